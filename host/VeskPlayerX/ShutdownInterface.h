@@ -1,0 +1,18 @@
+#pragma once
+
+namespace VeskPlayerX {
+
+/// A plug-in that wants to end its work before it is unloaded.
+class ShutdownInterface {
+ public:
+  ShutdownInterface() = default;
+  ShutdownInterface(const ShutdownInterface&) = delete;
+  ShutdownInterface& operator=(const ShutdownInterface&) = delete;
+  virtual ~ShutdownInterface() = default;
+
+  /// Ends all work and all threads of the plug-in, then gives back the hold that the plug-in had
+  /// taken on itself. Afterwards only releasing is allowed. Called once, on the host's thread.
+  virtual void Shutdown() = 0;
+};
+
+}  // namespace VeskPlayerX

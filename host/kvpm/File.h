@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace kvpm {
+
+/// How `File::open` opens.
+enum FileOpenMode : std::int32_t {
+  FileOpenRead = 0,   ///< read an existing file
+  FileOpenWrite = 1,  ///< write new content that replaces the file at `close`
+};
+
+/// One open file. Used by one thread at a time.
+///
+/// In write mode the new content appears under the name only at `close`, whole or not at all: a
+/// writer that fails, is destroyed before `close`, or dies at any instant leaves the old file. No
+/// call waits for the disk; the content is synced within a second on a thread of the platform.
+class File {
+ public:
+  File();
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+
+  /// Closes a file open for reading; drops an unclosed file open for writing, so that the old
+  /// content stays.
+  ~File();
+
+  /// Opens `path`, native or with "/" separators. Returns 0 on success and the system's error
+  /// number (`errno` values) otherwise. An open file is closed, or dropped, first.
+  int open(const std::wstring& path, FileOpenMode mode);
+
+  /// Size in bytes of the file open for reading; of what was written so far in write mode; -1 when
+  /// no file is open or the size cannot be learnt.
+  std::int64_t getTotalSize() const;
+
+  /// Reads up to `length` bytes from the present position. Returns the bytes read, 0 at the end
+  /// and -1 on an error or when the file is not open for reading.
+  std::int64_t read(void* buffer, std::uint64_t length);
+
+  /// Appends `length` bytes. Returns the bytes written, fewer than `length` or -1 on an error.
+  /// After a failure `close` keeps the old file.
+  std::int64_t write(const void* buffer, std::uint64_t length);
+
+  /// Ends reading, or puts what was written in the place of the old file. Returns 0 on success and
+  /// an error number otherwise; then the old file is as it was. Without an open file: 0.
+  int close();
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace kvpm
