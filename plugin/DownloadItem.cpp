@@ -1,0 +1,165 @@
+#include "plugin/DownloadItem.h"
+
+#include <atomic>
+#include <cstdint>
+#include <utility>
+
+namespace {
+
+/// Ids name items within one run of the player, whatever thread builds them.
+std::uint32_t nextId() {
+  static std::atomic<std::uint32_t> lastId{0};
+  return ++lastId;
+}
+
+}  // namespace
+
+struct DownloadItem::DownloadItemImpl {
+  std::uint64_t uid = 0;
+  std::uint32_t id = nextId();
+  DownloadStatusEnumType status = DownloadStatusQueued;
+  std::uint64_t size = 0;
+  std::int32_t percentDownloaded = 0;
+  std::wstring path;
+  std::wstring url;
+  std::wstring title;
+  std::wstring contentProviderDisplayName;
+  std::string ticket;
+  std::int32_t ticketId = 0;
+  bool encrypted = false;
+  bool ticketAlreadyTorn = false;
+  bool readyForProgressivePlayback = false;
+  bool autoProgressivePlayback = false;
+  std::int32_t slotNumber = -1;
+  std::uint32_t timeRemaining = 0;
+  std::uint32_t lastProgressUpdateTime = 0;
+  std::int32_t contentEncryptionUsageId = 0;
+  KPB::DownloadInfo downloadInfo;
+};
+
+DownloadItem::DownloadItem() : impl_(std::make_unique<DownloadItemImpl>()) {}
+
+DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : DownloadItem() {
+  impl_->uid = source->getUID();
+  impl_->status = source->getStatus();
+  impl_->size = source->getSize();
+  impl_->percentDownloaded = source->getPercentDownloaded();
+  impl_->path = source->getPath();
+  impl_->url = source->getUrl();
+  impl_->ticket = source->getTicket();
+  impl_->title = source->getTitle();
+  impl_->contentProviderDisplayName = source->getContentProviderDisplayName();
+  impl_->ticketAlreadyTorn = source->getTicketAlreadyTorn();
+  impl_->contentEncryptionUsageId =
+      static_cast<std::int32_t>(source->getContentEncryptionUsageId());
+  impl_->encrypted = source->getEncrypted();
+  impl_->readyForProgressivePlayback = source->getReadyForProgressivePlayback();
+  impl_->autoProgressivePlayback = source->getAutoProgressivePlayback();
+  impl_->slotNumber = source->getSlotNumber();
+  impl_->timeRemaining = static_cast<std::uint32_t>(source->getTimeRemaining());
+  impl_->id = source->getId();
+}
+
+DownloadItem::~DownloadItem() = default;
+
+unsigned long long DownloadItem::getUID() const { return impl_->uid; }
+
+void DownloadItem::setUID(unsigned long long uid) { impl_->uid = uid; }
+
+unsigned int DownloadItem::getId() const { return impl_->id; }
+
+void DownloadItem::setId(unsigned int id) { impl_->id = id; }
+
+const std::wstring& DownloadItem::getPath() const { return impl_->path; }
+
+void DownloadItem::setPath(const std::wstring& path) { impl_->path = path; }
+
+const std::wstring& DownloadItem::getUrl() const { return impl_->url; }
+
+void DownloadItem::setUrl(const std::wstring& url) { impl_->url = url; }
+
+unsigned long long DownloadItem::getSize() const { return impl_->size; }
+
+void DownloadItem::setSize(unsigned long long size) { impl_->size = size; }
+
+int DownloadItem::getPercentDownloaded() const { return impl_->percentDownloaded; }
+
+void DownloadItem::setPercentDownloaded(int percent) { impl_->percentDownloaded = percent; }
+
+const std::wstring& DownloadItem::getTitle() const { return impl_->title; }
+
+void DownloadItem::setTitle(const std::wstring& title) { impl_->title = title; }
+
+DownloadStatusEnumType DownloadItem::getStatus() const { return impl_->status; }
+
+void DownloadItem::setStatus(DownloadStatusEnumType status) {
+  if (impl_->status != DownloadStatusCompleted) impl_->status = status;
+}
+
+std::wstring DownloadItem::getContentProviderDisplayName() const {
+  return impl_->contentProviderDisplayName;
+}
+
+void DownloadItem::setContentProviderDisplayName(const std::wstring& name) {
+  impl_->contentProviderDisplayName = name;
+}
+
+long DownloadItem::getContentEncryptionUsageId() const { return impl_->contentEncryptionUsageId; }
+
+void DownloadItem::setContentEncryptionUsageId(long id) {
+  impl_->contentEncryptionUsageId = static_cast<std::int32_t>(id);
+}
+
+const std::string& DownloadItem::getTicket() const { return impl_->ticket; }
+
+void DownloadItem::setTicket(const std::string& ticket) { impl_->ticket = ticket; }
+
+long DownloadItem::getTicketId() const { return impl_->ticketId; }
+
+void DownloadItem::setTicketId(long id) { impl_->ticketId = static_cast<std::int32_t>(id); }
+
+bool DownloadItem::getTicketAlreadyTorn() const { return impl_->ticketAlreadyTorn; }
+
+void DownloadItem::setTicketAlreadyTorn(bool torn) { impl_->ticketAlreadyTorn = torn; }
+
+bool DownloadItem::getEncrypted() const { return impl_->encrypted; }
+
+void DownloadItem::setEncrypted(bool encrypted) { impl_->encrypted = encrypted; }
+
+int DownloadItem::getSlotNumber() const { return impl_->slotNumber; }
+
+void DownloadItem::setSlotNumber(int slot) { impl_->slotNumber = slot; }
+
+bool DownloadItem::getReadyForProgressivePlayback() const {
+  return impl_->readyForProgressivePlayback;
+}
+
+void DownloadItem::setReadyForProgressivePlayback(bool ready) {
+  impl_->readyForProgressivePlayback = ready;
+}
+
+bool DownloadItem::getAutoProgressivePlayback() const { return impl_->autoProgressivePlayback; }
+
+void DownloadItem::setAutoProgressivePlayback(bool automatic) {
+  impl_->autoProgressivePlayback = automatic;
+}
+
+unsigned long DownloadItem::getTimeRemaining() const { return impl_->timeRemaining; }
+
+void DownloadItem::setTimeRemaining(unsigned long seconds) {
+  impl_->timeRemaining = static_cast<std::uint32_t>(seconds);
+}
+
+unsigned long DownloadItem::getLastProgressUpdateTime() const {
+  return impl_->lastProgressUpdateTime;
+}
+
+void DownloadItem::setLastProgressUpdateTime(unsigned long seconds) {
+  impl_->lastProgressUpdateTime = static_cast<std::uint32_t>(seconds);
+}
+
+KPB::DownloadInfo DownloadItem::getDownloadInfo() const { return impl_->downloadInfo; }
+
+void DownloadItem::setDownloadInfo(KPB::DownloadInfo info) {
+  impl_->downloadInfo = std::move(info);
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "VeskPlayerX/DownloadItemInterface.h"
+#include "plugin/DownloadStatus.h"
+
+/// One entry of the download queue: a film to fetch, where it goes and how far it has got.
+///
+/// Whoever builds an item deletes it; the queue owns the items it holds. An item has no lock of its
+/// own: several threads may read one, or one may write it, and whoever shares it sees to that. The
+/// only thing that items share, the counter behind their ids, is safe on all threads. Nothing here
+/// fails.
+class DownloadItem : public VeskPlayerX::DownloadItemInterface {
+ public:
+  /// A queued item with the next id, the first one being 1, and nothing known about its film.
+  DownloadItem();
+
+  /// An independent copy for the worker or a view. It has the id of `source`, though an id of its
+  /// own was used up. Ticket id, time of the last progress report and download info start anew, so
+  /// that a copy neither confirms a download nor estimates time by itself.
+  explicit DownloadItem(const VeskPlayerX::DownloadItemInterface* source);
+
+  ~DownloadItem() override;
+
+  unsigned long long getUID() const override;
+  void setUID(unsigned long long uid) override;
+  unsigned int getId() const override;
+  void setId(unsigned int id) override;
+  const std::wstring& getPath() const override;
+  void setPath(const std::wstring& path) override;
+  const std::wstring& getUrl() const override;
+  void setUrl(const std::wstring& url) override;
+  unsigned long long getSize() const override;
+  void setSize(unsigned long long size) override;
+  int getPercentDownloaded() const override;
+  void setPercentDownloaded(int percent) override;
+  const std::wstring& getTitle() const override;
+  void setTitle(const std::wstring& title) override;
+  DownloadStatusEnumType getStatus() const override;
+  void setStatus(DownloadStatusEnumType status) override;
+  std::wstring getContentProviderDisplayName() const override;
+  void setContentProviderDisplayName(const std::wstring& name) override;
+  long getContentEncryptionUsageId() const override;
+  void setContentEncryptionUsageId(long id) override;
+  const std::string& getTicket() const override;
+  void setTicket(const std::string& ticket) override;
+  long getTicketId() const override;
+  void setTicketId(long id) override;
+  bool getTicketAlreadyTorn() const override;
+  void setTicketAlreadyTorn(bool torn) override;
+  bool getEncrypted() const override;
+  void setEncrypted(bool encrypted) override;
+  int getSlotNumber() const override;
+  void setSlotNumber(int slot) override;
+  bool getReadyForProgressivePlayback() const override;
+  void setReadyForProgressivePlayback(bool ready) override;
+  bool getAutoProgressivePlayback() const override;
+  void setAutoProgressivePlayback(bool automatic) override;
+  unsigned long getTimeRemaining() const override;
+  void setTimeRemaining(unsigned long seconds) override;
+  unsigned long getLastProgressUpdateTime() const override;
+  void setLastProgressUpdateTime(unsigned long seconds) override;
+  KPB::DownloadInfo getDownloadInfo() const override;
+  void setDownloadInfo(KPB::DownloadInfo info) override;
+
+ private:
+  struct DownloadItemImpl;
+  std::unique_ptr<DownloadItemImpl> impl_;
+};
