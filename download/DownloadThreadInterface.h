@@ -1,0 +1,39 @@
+#pragma once
+
+#include "VeskPlayerX/DownloadItemInterface.h"
+
+namespace VeskPlayerX {
+class DownloadManagerInterface;
+class DownloadManagerViewInterface;
+}  // namespace VeskPlayerX
+
+/// The download worker as its manager sees it: carries one item at a time from start to end.
+///
+/// The order of the virtual operations is part of the interface.
+class DownloadThreadInterface {
+ public:
+  DownloadThreadInterface() = default;
+  DownloadThreadInterface(const DownloadThreadInterface&) = delete;
+  DownloadThreadInterface& operator=(const DownloadThreadInterface&) = delete;
+  virtual ~DownloadThreadInterface() = default;
+
+  /// The item of the current or last run, owned by the worker; null before the first run. Valid
+  /// until the next `downloadVideo`.
+  virtual VeskPlayerX::DownloadItemInterface* getItem() = 0;
+
+  /// Downloads `item`, of which the worker takes ownership until the next call. Blocks until the
+  /// item has ended; returns 4 (completed), 5 (stopped) or 6 (failed, also for null). Called by one
+  /// thread at a time, with no lock of the manager held.
+  virtual DownloadStatusEnumType downloadVideo(VeskPlayerX::DownloadItemInterface* item) = 0;
+
+  /// Stops whatever runs; returns once a running `downloadVideo` has returned, at once when there
+  /// is none. May be called from any thread.
+  virtual void stop() = 0;
+
+  /// Stores both, neither owned; `view` may be null. May be called during a run.
+  virtual void setInterfaces(VeskPlayerX::DownloadManagerInterface* manager,
+                             VeskPlayerX::DownloadManagerViewInterface* view) = 0;
+
+  /// Asks for the session `uid` to be stopped. Takes no lock and returns at once.
+  virtual void stopDownload(unsigned long long uid) = 0;
+};

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "download/DownloadThreadInterface.h"
+
+namespace KPIM {
+class Context;
+}
+
+/// The download worker: authorises, measures, places and fetches one item at a time through the
+/// host's download library.
+///
+/// Owned by the manager. `downloadVideo` runs on the scheduler's thread, everything else on any
+/// thread. Failures are the status 6; nothing throws.
+///
+/// What it asks of the manager whose interfaces it is given:
+/// - The manager's reports (`updateStatus`, `updateDownloadProgress`, `setPlayable`, ...) may be
+///   called on the scheduler's thread and on threads of the library. They take no lock that is held
+///   around `stop`.
+/// - `play` is called on a thread of the worker's own, one call at a time, with no lock of the
+///   worker held by that thread. It may wait for locks that are held around `stop`, and may itself
+///   call `stop`: whoever waits for its answer gives up as soon as a stop is asked for, and the
+///   call then ends in its own time. It must come to an end soon after the manager has begun to
+///   shut down, since `close` waits for it.
+/// - `setInterfaces` is called with no lock held that a view's operation could ask for.
+class HttpDownloadThread : public DownloadThreadInterface {
+ public:
+  /// `context` finds the library, the services and the player; not owned, outlives the worker.
+  /// Creates the host's shared preferences object when there is none.
+  explicit HttpDownloadThread(KPIM::Context* context);
+
+  /// Closes the worker, then deletes the shared preferences object.
+  ~HttpDownloadThread() override;
+
+  VeskPlayerX::DownloadItemInterface* getItem() override;
+  DownloadStatusEnumType downloadVideo(VeskPlayerX::DownloadItemInterface* item) override;
+  void stop() override;
+
+  /// Once it returns, no notice is running at the earlier view and none will reach it (a notice
+  /// that the calling thread itself is in the middle of aside). A question that waits for the user,
+  /// `chooseSlot`, is not waited for: a view that is asked something outlives its own answer.
+  void setInterfaces(VeskPlayerX::DownloadManagerInterface* manager,
+                     VeskPlayerX::DownloadManagerViewInterface* view) override;
+
+  void stopDownload(unsigned long long uid) override;
+
+  /// Announces the next `downloadVideo`: a `stop` from here on ends that run with 5, even one that
+  /// has come and gone before `downloadVideo` is called. The scheduler calls it when it has picked
+  /// an item, as the last thing under its locks; without it a stop that falls between pick and
+  /// start would be lost. Never blocks.
+  void prepare();
+
+  /// Stops what runs, unregisters from the library and ends the worker's own threads. Once it
+  /// returns, nothing of this worker reaches the manager or the view, and every later
+  /// `downloadVideo` answers 5. Called without a lock that a report or `play` could ask for; may
+  /// wait for an answer of the online services up to the deadlines that these keep.
+  void close();
+
+  /// Bytes of the media behind `url`, learnt with HEAD requests that follow redirects; 0 when they
+  /// cannot be learnt. Blocks for the network; a stop of the run ends it early with 0.
+  unsigned long long getTotalMediaSize(const std::string& url);
+
+  class HttpDownloadThreadImpl;
+
+ private:
+  std::unique_ptr<HttpDownloadThreadImpl> impl_;
+};
