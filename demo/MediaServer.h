@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace httplib {
+class Server;
+struct Request;
+}  // namespace httplib
+
+namespace demo {
+
+/// Whether a request for a protected film carries what it needs.
+using AccessCheck = std::function<bool(const httplib::Request& request, const std::string& film)>;
+
+/// Serves the films of `folder` on `server`: freely under /media/, and under /protected/ to
+/// requests that `mayAccess` lets pass (401 otherwise). Whole files and ranges, with a strong
+/// validator (ETag) and `If-Range`. The server calls back on its own threads.
+void serveMedia(httplib::Server& server, const std::string& folder, AccessCheck mayAccess);
+
+}  // namespace demo
