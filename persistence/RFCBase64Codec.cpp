@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <string_view>
@@ -20,6 +21,17 @@ constexpr std::size_t kGroupCharacters = 4;
 /// Any value with one of these bits is no value of a character.
 constexpr std::uint8_t kInvalidBits = 0xC0;
 
+using CharacterPair = std::array<char, 2>;
+
+/// Per value of twelve bits: its two characters.
+constexpr auto kPairs = [] {
+  std::array<CharacterPair, 4096> pairs{};
+  for (std::size_t value = 0; value < pairs.size(); ++value) {
+    pairs[value] = {kAlphabet[value >> 6], kAlphabet[value & 0x3F]};
+  }
+  return pairs;
+}();
+
 constexpr auto kValues = [] {
   std::array<std::uint8_t, 256> values{};
   values.fill(0xFF);
@@ -33,10 +45,10 @@ std::uint8_t valueOf(char c) { return kValues[static_cast<unsigned char>(c)]; }
 
 /// Writes a full group of three bytes as four characters.
 void encodeGroup(const unsigned char* bytes, char* out) {
-  out[0] = kAlphabet[bytes[0] >> 2];
-  out[1] = kAlphabet[(bytes[0] & 0x03) << 4 | bytes[1] >> 4];
-  out[2] = kAlphabet[(bytes[1] & 0x0F) << 2 | bytes[2] >> 6];
-  out[3] = kAlphabet[bytes[2] & 0x3F];
+  const CharacterPair first = kPairs[static_cast<std::size_t>(bytes[0] << 4 | bytes[1] >> 4)];
+  const CharacterPair second = kPairs[static_cast<std::size_t>((bytes[1] & 0x0F) << 8 | bytes[2])];
+  std::memcpy(out, first.data(), first.size());
+  std::memcpy(out + first.size(), second.data(), second.size());
 }
 
 /// Writes a group of one or two bytes over the leading padding at `out`.

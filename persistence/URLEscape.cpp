@@ -1,82 +1,87 @@
 #include "persistence/URLEscape.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace {
 
-struct Escape {
-  char character;
-  std::string_view digits;  ///< the two that follow "%"
-};
+constexpr std::string_view kEscapedCharacters = " <>#{}\\|^~";
+constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+constexpr std::uint8_t kNoDigit = 0xFF;
+constexpr std::size_t kEscapeLength = 3;
 
-constexpr std::array<Escape, 10> kEscapes{{{' ', "20"},
-                                           {'<', "3C"},
-                                           {'>', "3E"},
-                                           {'#', "23"},
-                                           {'{', "7B"},
-                                           {'}', "7D"},
-                                           {'\\', "7C"},
-                                           {'|', "5C"},
-                                           {'^', "5E"},
-                                           {'~', "7E"}}};
+constexpr auto kIsEscaped = [] {
+  std::array<bool, 256> table{};
+  for (const char c : kEscapedCharacters) table[static_cast<unsigned char>(c)] = true;
+  return table;
+}();
 
-/// Reads the codes as they are, unlike `kEscapes` for a backslash and "|".
-constexpr std::array<Escape, 10> kUnescapes{{{' ', "20"},
-                                             {'<', "3C"},
-                                             {'>', "3E"},
-                                             {'#', "23"},
-                                             {'{', "7B"},
-                                             {'}', "7D"},
-                                             {'|', "7C"},
-                                             {'\\', "5C"},
-                                             {'^', "5E"},
-                                             {'~', "7E"}}};
-
-/// Per byte: the digits of its escape, or nothing for a byte that stays.
-constexpr auto kDigitsOf = [] {
-  std::array<std::string_view, 256> table{};
-  for (const Escape& escape : kEscapes) {
-    table[static_cast<unsigned char>(escape.character)] = escape.digits;
+constexpr auto kDigitValues = [] {
+  std::array<std::uint8_t, 256> table{};
+  table.fill(kNoDigit);
+  for (std::uint8_t value = 0; value < kHexDigits.size(); ++value) {
+    table[static_cast<unsigned char>(kHexDigits[value])] = value;
   }
   return table;
 }();
 
-/// The character that two digits stand for, or NUL, which no escape stands for.
-char characterFor(std::string_view digits) {
-  for (const Escape& escape : kUnescapes) {
-    if (escape.digits == digits) return escape.character;
-  }
-  return '\0';
+bool isEscaped(char c) { return kIsEscaped[static_cast<unsigned char>(c)]; }
+
+/// The code that stands for a character: its own, except that backslash and "|" have each other's.
+unsigned char codeFor(char c) {
+  if (c == '\\') return '|';
+  if (c == '|') return '\\';
+  return static_cast<unsigned char>(c);
+}
+
+char* writeEscape(char c, char* out) {
+  const unsigned char code = codeFor(c);
+  *out++ = '%';
+  *out++ = kHexDigits[code >> 4];
+  *out++ = kHexDigits[code & 0x0F];
+  return out;
+}
+
+/// The character that the escape at `text` stands for; "%" when there is none of the ten.
+char characterAt(const char* text) {
+  const std::uint8_t high = kDigitValues[static_cast<unsigned char>(text[1])];
+  const std::uint8_t low = kDigitValues[static_cast<unsigned char>(text[2])];
+  if (high == kNoDigit || low == kNoDigit) return '%';
+  const char c = static_cast<char>(high << 4 | low);
+  return isEscaped(c) ? c : '%';
 }
 
 }  // namespace
 
 std::string URLEscape::escape(const std::string& text) {
-  std::string escaped;
-  escaped.reserve(text.size());
-  std::size_t begin = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const std::string_view digits = kDigitsOf[static_cast<unsigned char>(text[i])];
-    if (digits.empty()) continue;
-    escaped.append(text, begin, i - begin).append(1, '%').append(digits);
-    begin = i + 1;
+  const auto escapes = static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isEscaped));
+  std::string escaped(text.size() + escapes * (kEscapeLength - 1), '\0');
+  char* out = escaped.data();
+  for (const char c : text) {
+    if (isEscaped(c)) {
+      out = writeEscape(c, out);
+    } else {
+      *out++ = c;
+    }
   }
-  return escaped.append(text, begin);
+  return escaped;
 }
 
 std::string URLEscape::unescape(const std::string& text) {
-  std::string plain;
-  plain.reserve(text.size());
-  std::size_t begin = 0;
-  for (std::size_t percent = text.find('%'); percent != std::string::npos;
-       percent = text.find('%', percent + 1)) {
-    const char character = characterFor(std::string_view(text).substr(percent + 1, 2));
-    if (character == '\0') continue;
-    plain.append(text, begin, percent - begin).append(1, character);
-    percent += 2;
-    begin = percent + 1;
+  std::string plain(text.size(), '\0');
+  char* out = plain.data();
+  const char* const end = text.data() + text.size();
+  for (const char* in = text.data(); in != end; ++in) {
+    *out = *in;
+    if (*in == '%' && end - in >= static_cast<std::ptrdiff_t>(kEscapeLength)) {
+      *out = characterAt(in);
+      if (*out != '%') in += kEscapeLength - 1;
+    }
+    ++out;
   }
-  return plain.append(text, begin);
+  plain.resize(static_cast<std::size_t>(out - plain.data()));
+  return plain;
 }
