@@ -1,0 +1,38 @@
+#pragma once
+
+#include <atomic>
+#include <mutex>
+
+namespace kvsc {
+
+/// Ends the waits of an exchange from outside: one side cancels, the other polls.
+///
+/// Owned by whoever may cancel; must outlive every session it was given to. All operations may be
+/// called from any thread and never wait. A cancel stays until `reset`, so one that comes before
+/// the exchange begins is not lost.
+class CancelToken {
+ public:
+  CancelToken();
+  CancelToken(const CancelToken&) = delete;
+  CancelToken& operator=(const CancelToken&) = delete;
+  ~CancelToken();
+
+  /// Ends every wait that polls this token, now and until `reset`.
+  void cancel() noexcept;
+
+  /// Takes the cancel back. Called between exchanges, not while one is to be ended.
+  void reset() noexcept;
+
+  bool isCancelled() const noexcept { return cancelled_.load(std::memory_order_acquire); }
+
+  /// Readable exactly while cancelled; never read from it. -1 when the system had no descriptor to
+  /// give: then a wait has to ask `isCancelled` from time to time.
+  int fd() const noexcept { return fd_; }
+
+ private:
+  const int fd_;
+  std::mutex mutex_;  // keeps the descriptor and the flag of one opinion
+  std::atomic<bool> cancelled_{false};
+};
+
+}  // namespace kvsc

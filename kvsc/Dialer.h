@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+
+namespace kvsc {
+
+class Waiter;
+
+/// Opens the byte stream under a connection.
+///
+/// Used by one thread at a time; must outlive the sessions it was given to.
+class Dialer {
+ public:
+  Dialer() = default;
+  Dialer(const Dialer&) = delete;
+  Dialer& operator=(const Dialer&) = delete;
+  virtual ~Dialer() = default;
+
+  /// Connects to `port` (a number or a service name) of `host` (a name or an address). Returns a
+  /// connected, non-blocking stream socket that the caller closes, or -1 with the reason in the
+  /// crypto library's error queue. Waits only through `waiter`.
+  virtual int dial(const std::string& host, const std::string& port, Waiter& waiter) = 0;
+};
+
+/// Dials over TCP: every address that the system knows for the host, one after the other.
+class TcpDialer : public Dialer {
+ public:
+  int dial(const std::string& host, const std::string& port, Waiter& waiter) override;
+};
+
+}  // namespace kvsc

@@ -1,0 +1,121 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+
+#include "kvsc/DataBuffer.h"
+#include "kvsc/HttpErrorIds.h"
+#include "kvsc/SSLConnect.h"
+
+namespace kvsc {
+
+class HttpUtilityVirtual;
+
+/// The secure HTTP client: one request at a time, on the calling thread, its body streamed to the
+/// caller's callbacks.
+///
+/// Used by one thread at a time; a session's cancel token is the way to end an exchange from
+/// another. Every operation reports through `HttpErrorIds` and `getErrorString`; nothing throws.
+/// The callbacks run on the calling thread, inside the exchange, and must not use this client.
+class SSLClient : public SSLConnect {
+ public:
+  /// Called with size 1 and count bytes; what it returns is not looked at.
+  using DataCallback = std::size_t (*)(void* data, std::size_t size, std::size_t count,
+                                       void* context);
+  /// Called after each piece of the body. The totals are always 0; -1 cancels the exchange.
+  using ProgressCallback = int (*)(void* context, double downloadTotal, double downloadNow,
+                                   double uploadTotal, double uploadNow);
+
+  explicit SSLClient(const std::string& environment);
+  ~SSLClient() override;
+
+  /// Reads the credentials anew, takes back every callback and context.
+  void init() override;
+
+  /// Says goodbye without waiting for anybody, then frees the session's connection and context.
+  void close(SSLSession* session) override;
+
+  /// Gets each header line of a response, with its line end; not those of a 301 or 302.
+  void setHeaderCallback(DataCallback callback) { headerCallback_ = callback; }
+  /// Gets the body, piece by piece.
+  void setBodyCallback(DataCallback callback) { bodyCallback_ = callback; }
+  /// Gets the body as well, while there is a file context.
+  void setFileWriteCallback(DataCallback callback) { fileWriteCallback_ = callback; }
+  void setProgressCallback(ProgressCallback callback) { progressCallback_ = callback; }
+
+  void* getHeaderContext() const { return headerContext_; }
+  void setHeaderContext(void* context) { headerContext_ = context; }
+  void* getBodyContext() const { return bodyContext_; }
+  void setBodyContext(void* context) { bodyContext_ = context; }
+  void* getFileContext() const { return fileContext_; }
+  void setFileContext(void* context) { fileContext_ = context; }
+  void* getProgressContext() const { return progressContext_; }
+  void setProgressContext(void* context) { progressContext_ = context; }
+
+  /// The utility whose buffer is emptied when a redirect is followed. Not owned, null for none.
+  void setCallerUtility(HttpUtilityVirtual* utility) { callerUtility_ = utility; }
+
+  /// Fetches `url`. `ifModifiedSince` is in seconds since 1970, 0 for none. Returns `*result`.
+  int httpGet(const std::string& url, long ifModifiedSince, HttpErrorIds* result,
+              SSLSession* session, const std::string& responseType, const std::string& extraHeaders,
+              SSLMethodProtocolType method);
+
+  /// Fetches the headers of `url` alone. Returns `*result`.
+  int httpHead(const std::string& url, long ifModifiedSince, HttpErrorIds* result,
+               SSLSession* session, const std::string& responseType,
+               const std::string& extraHeaders, SSLMethodProtocolType method);
+
+  /// Sends `data` as a POST, or as the query text of a GET without `usePost`, and fetches the
+  /// answer. Takes the protocol `method` only while certificates are checked. Returns `*result`.
+  int httpPost(const std::string& url, const unsigned char* data, int length, HttpErrorIds* result,
+               SSLSession* session, const std::string& responseType,
+               const std::string& extraHeaders, SSLMethodProtocolType method, bool usePost);
+  int httpPost(const std::string& url, const std::string& data, HttpErrorIds* result,
+               SSLSession* session, const std::string& responseType,
+               const std::string& extraHeaders, SSLMethodProtocolType method, bool usePost);
+
+  /// Connects, sends the request, reads the headers, follows redirects. The connection stays open
+  /// for `readData`; the caller closes the session.
+  HttpErrorIds sendRequest(const std::string& url, long ifModifiedSince, const std::string& method,
+                           SSLSession* session, const std::string& responseType,
+                           const unsigned char* data, int length, const std::string& extraHeaders);
+  HttpErrorIds sendRequest(const std::string& url, long ifModifiedSince, const std::string& method,
+                           SSLSession* session, const std::string& responseType,
+                           const std::string& data, const std::string& extraHeaders);
+
+  /// Where `url` finally leads, asked with HEAD requests; empty with result 0 when it is not
+  /// redirected. A redirect limit of 0 switches this off, any other value bounds nothing.
+  std::string getRedirectUrl(const std::string& url, HttpErrorIds* result, SSLSession* session,
+                             SSLMethodProtocolType method);
+
+  /// Reads once. A header block that is complete in these bytes is taken note of and handed to the
+  /// header callback; the rest, or everything when no block ends in them, is body. Returns 0, or an
+  /// `HttpErrorIds` with the session closed.
+  int readHeaders(SSLSession* session, bool suppressRedirectHeaders);
+
+  /// Streams the body until the server ends it.
+  void readData(SSLSession* session, HttpErrorIds* result);
+
+  /// Writes the whole request. Returns 0, or an `HttpErrorIds` that it also puts in `*result`.
+  int writeData(SSLSession* session, unsigned char* data, int length, HttpErrorIds* result);
+
+  /// Four texts that the owner may keep with the client, empty at first; `index` is 0 to 3.
+  const std::string& getText(std::size_t index) const { return texts_.at(index); }
+  void setText(std::size_t index, const std::string& text) { texts_.at(index) = text; }
+
+ private:
+  std::array<std::string, 4> texts_;
+  DataCallback headerCallback_ = nullptr;
+  DataCallback bodyCallback_ = nullptr;
+  DataCallback fileWriteCallback_ = nullptr;
+  ProgressCallback progressCallback_ = nullptr;
+  void* headerContext_ = nullptr;
+  void* bodyContext_ = nullptr;
+  void* fileContext_ = nullptr;
+  void* progressContext_ = nullptr;
+  HttpUtilityVirtual* callerUtility_ = nullptr;
+  DataBuffer buffer_;
+};
+
+}  // namespace kvsc

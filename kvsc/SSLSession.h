@@ -1,0 +1,183 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "kvsc/OpenSslPtr.h"
+
+namespace kvsc {
+
+class CancelToken;
+class Dialer;
+class SSLConnect;
+
+/// The protocol family of a connection. Any other value makes no connection.
+enum SSLMethodProtocolType : std::int32_t {
+  SSLV2 = 0,   ///< no library speaks it any more: the connection fails with a text
+  SSLV23 = 1,  ///< TLS 1.2 or newer
+  SSLV3 = 2,   ///< TLS 1.2 or newer; the value that every transfer passes
+  TLSV1 = 3,   ///< TLS 1.0 and nothing else
+};
+
+/// The settings and the live handles of one transfer.
+///
+/// Owned by whoever asks for the transfer, used by one thread at a time. It owns its revocation
+/// list store; the connection's handles belong to the client, which frees them in `close`. Nothing
+/// is ever shared or resumed between sessions.
+class SSLSession {
+ public:
+  static constexpr int kDefaultWaitTimeout = 30'000;
+  static constexpr int kDefaultExchangeTimeout = 120'000;
+
+  SSLSession();
+  SSLSession(const SSLSession&) = delete;
+  SSLSession& operator=(const SSLSession&) = delete;
+  virtual ~SSLSession();
+
+  /// Gives every field the value it has after construction. A connection must have been closed.
+  void clear();
+
+  /// The context of the open connection, null without one.
+  SSL_CTX* getSslContext() const { return sslContext_; }
+  void setSslContext(SSL_CTX* context) { sslContext_ = context; }
+
+  /// PEM file with both the client certificate and its private key; empty for the credentials in
+  /// memory.
+  const std::string& getCertFile() const { return certFile_; }
+  void setCertFile(const std::string& path) { certFile_ = path; }
+
+  /// The head of the open connection's BIO chain; with TLS it belongs to `getSsl`.
+  BIO* getConnect() const { return connect_; }
+  void setConnect(BIO* connect) { connect_ = connect; }
+
+  /// The TLS object of the open connection, null for plain HTTP.
+  SSL* getSsl() const { return ssl_; }
+  void setSsl(SSL* ssl) { ssl_ = ssl; }
+
+  /// Kept for the owner; the connection reads neither of the two.
+  const std::string& getRandomFile() const { return randomFile_; }
+  void setRandomFile(const std::string& path) { randomFile_ = path; }
+  const std::string& getCaFile() const { return caFile_; }
+  void setCaFile(const std::string& path) { caFile_ = path; }
+
+  /// Value for `SSL_CTX_set_verify`; an exchange sets 1 whenever certificates are checked.
+  int getVerifyMode() const { return verifyMode_; }
+  void setVerifyMode(int mode) { verifyMode_ = mode; }
+
+  /// Switches client credentials, peer verification, cipher list and host check on, all at once.
+  bool getCheckCertificate() const { return checkCertificate_; }
+  void setCheckCertificate(bool check) { checkCertificate_ = check; }
+
+  /// Milliseconds between two reads of a body, 0 for none.
+  int getDownloadLoopSleep() const { return downloadLoopSleep_; }
+  void setDownloadLoopSleep(int milliseconds) { downloadLoopSleep_ = milliseconds; }
+
+  SSLMethodProtocolType getSslMethod() const { return sslMethod_; }
+  void setSslMethod(SSLMethodProtocolType method) { sslMethod_ = method; }
+
+  const std::string& getHost() const { return host_; }
+  void setHost(const std::string& host) { host_ = host; }
+
+  /// Digits, or a service name such as "https".
+  const std::string& getPort() const { return port_; }
+  void setPort(const std::string& port) { port_ = port; }
+
+  /// Pass phrase of an encrypted private key.
+  const std::string& getPassword() const { return password_; }
+  void setPassword(const std::string& password) { password_ = password; }
+  /// The stored pass phrase itself; it stays where it is as long as the session lives.
+  std::string* getPasswordAddress() { return &password_; }
+
+  /// OpenSSL cipher string, empty for the library's default.
+  const std::string& getCipherList() const { return cipherList_; }
+  void setCipherList(const std::string& list) { cipherList_ = list; }
+
+  /// Host of an HTTP proxy, empty for a direct connection.
+  const std::string& getProxyURL() const { return proxyURL_; }
+  void setProxyURL(const std::string& host) { proxyURL_ = host; }
+  int getProxyPort() const { return proxyPort_; }
+  void setProxyPort(int port) { proxyPort_ = port; }
+
+  bool getUseSSL() const { return useSSL_; }
+  void setUseSSL(bool use) { useSSL_ = use; }
+
+  /// Bytes asked for by one read. A header block has to arrive within the first of them.
+  unsigned int getDownloadSize() const { return downloadSize_; }
+  void setDownloadSize(unsigned int bytes) { downloadSize_ = bytes; }
+
+  const std::string& getUserAgent() const { return userAgent_; }
+  void setUserAgent(const std::string& agent) { userAgent_ = agent; }
+
+  /// Redirects allowed, 0 for none, and followed so far; whoever asks for a new transfer resets the
+  /// second.
+  int getMaxRedirectCount() const { return maxRedirectCount_; }
+  void setMaxRedirectCount(int count) { maxRedirectCount_ = count; }
+  int getRedirectCount() const { return redirectCount_; }
+  void setRedirectCount(int count) { redirectCount_ = count; }
+
+  /// PEM file of certificate revocation lists. Setting it reads the file; what cannot be read
+  /// leaves a store without lists, and no list means no objection.
+  const std::string& getCrlFile() const { return crlFile_; }
+  void setCrlFile(const std::string& path);
+  X509_STORE* getCrlStore() const { return crlStore_.get(); }
+  /// Takes the store over and frees the one before.
+  void setCrlStore(X509_STORE* store);
+
+  /// The connection that is inside its handshake with this session: certificate checks write their
+  /// text to it. Null at all other times.
+  SSLConnect* getHandshakeOwner() const { return handshakeOwner_; }
+  void setHandshakeOwner(SSLConnect* owner) { handshakeOwner_ = owner; }
+
+  /// Milliseconds that one wait may last: for a name, a connect, a piece of the handshake, a read,
+  /// a write. 0 for no limit. Read when the connection is made.
+  int getWaitTimeout() const { return waitTimeout_; }
+  void setWaitTimeout(int milliseconds) { waitTimeout_ = milliseconds; }
+
+  /// Milliseconds that connect, handshake, request and headers may last together, and then each
+  /// read of the body. 0 for no limit. Read when the connection is made.
+  int getExchangeTimeout() const { return exchangeTimeout_; }
+  void setExchangeTimeout(int milliseconds) { exchangeTimeout_ = milliseconds; }
+
+  /// Ends every wait of the connection when it is cancelled. Not owned, null for none; must outlive
+  /// the connection. Read when the connection is made.
+  CancelToken* getCancelToken() const { return cancelToken_; }
+  void setCancelToken(CancelToken* token) { cancelToken_ = token; }
+
+  /// What opens the connection instead of TCP. Not owned, null for TCP.
+  Dialer* getDialer() const { return dialer_; }
+  void setDialer(Dialer* dialer) { dialer_ = dialer; }
+
+ private:
+  void initCrlStore();
+
+  SSL_CTX* sslContext_ = nullptr;
+  std::string certFile_;
+  BIO* connect_ = nullptr;
+  SSL* ssl_ = nullptr;
+  std::string randomFile_;
+  std::string caFile_;
+  int verifyMode_ = 0;
+  bool checkCertificate_ = false;
+  int downloadLoopSleep_ = 0;
+  SSLMethodProtocolType sslMethod_ = SSLV3;
+  std::string host_;
+  std::string port_;
+  std::string password_;
+  std::string cipherList_;
+  std::string proxyURL_;
+  int proxyPort_ = 443;
+  bool useSSL_ = false;
+  unsigned int downloadSize_ = 4096;
+  std::string userAgent_;
+  int maxRedirectCount_ = 0;
+  int redirectCount_ = 0;
+  std::string crlFile_;
+  StorePtr crlStore_;
+  SSLConnect* handshakeOwner_ = nullptr;
+  int waitTimeout_ = kDefaultWaitTimeout;
+  int exchangeTimeout_ = kDefaultExchangeTimeout;
+  CancelToken* cancelToken_ = nullptr;
+  Dialer* dialer_ = nullptr;
+};
+
+}  // namespace kvsc
