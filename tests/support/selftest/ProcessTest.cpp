@@ -1,0 +1,62 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <cstdlib>
+
+#include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
+
+namespace support {
+namespace {
+
+TEST(ProcessTest, OutputErrorsAndStatusAreKept) {
+  Process process({"sh", "-c", "echo out; echo err >&2; exit 3"});
+  EXPECT_EQ(process.wait(), 3);
+  EXPECT_EQ(process.output(), "out\n");
+  EXPECT_EQ(process.errors(), "err\n");
+}
+
+TEST(ProcessTest, InputFolderAndEnvironmentReachTheChild) {
+  const TempDir dir;
+  Process process(ProcessOptions{
+      {"sh", "-c", "cat; pwd; echo $COLOUR"}, {{"COLOUR", "red"}}, {}, dir.path(), "typed\n"});
+  EXPECT_EQ(process.wait(), 0);
+  EXPECT_EQ(process.output(), "typed\n" + dir.path().string() + "\nred\n");
+}
+
+TEST(ProcessTest, VariablesThatChangeTrustAreNotInherited) {
+  setenv("OPENSSL_CONF", "/nowhere", 1);
+  Process process({"sh", "-c", "echo [$OPENSSL_CONF]"});
+  EXPECT_EQ(process.wait(), 0);
+  EXPECT_EQ(process.output(), "[]\n");
+  unsetenv("OPENSSL_CONF");
+}
+
+TEST(ProcessTest, ASignalEndsItWithItsNumber) {
+  Process process({"sh", "-c", "echo up; exec sleep 1000"});
+  ASSERT_TRUE(process.waitForOutput("up"));
+  EXPECT_TRUE(process.running());
+  process.send(SIGTERM);
+  EXPECT_EQ(process.wait(), 128 + SIGTERM);
+}
+
+TEST(ProcessTest, ItIsKilledWithItsOwner) {
+  pid_t pid = 0;
+  {
+    const Process process({"sleep", "1000"});
+    pid = process.pid();
+  }
+  EXPECT_EQ(::kill(pid, 0), -1);
+}
+
+TEST(ProcessTest, AProgramThatDoesNotExistEndsWith127) {
+  EXPECT_EQ(Process({"no-such-program-anywhere"}).wait(), 127);
+}
+
+TEST(ProcessTest, WaitingGivesUpAtTheDeadline) {
+  Process process({"sleep", "1000"});
+  EXPECT_EQ(process.wait(std::chrono::milliseconds(20)), std::nullopt);
+}
+
+}  // namespace
+}  // namespace support
