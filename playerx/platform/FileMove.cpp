@@ -1,0 +1,82 @@
+#include "playerx/platform/FileMove.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <memory>
+#include <vector>
+
+#include "playerx/platform/Descriptor.h"
+#include "playerx/platform/FileIo.h"
+#include "playerx/platform/FileSync.h"
+#include "playerx/platform/ReplacementFile.h"
+
+namespace playerx {
+namespace {
+
+namespace fs = std::filesystem;
+
+int copyContent(int from, int to) {
+  std::vector<char> buffer(std::size_t{1} << 20U);
+  while (true) {
+    const IoResult got = readFully(from, buffer.data(), buffer.size());
+    if (got.error != 0) return got.error;
+    if (got.bytes == 0) return 0;
+    if (const IoResult put = writeFully(to, buffer.data(), got.bytes); put.error != 0) {
+      return put.error;
+    }
+  }
+}
+
+int copyFacts(const struct stat& from, int to) {
+  const struct timespec times[] = {from.st_atim, from.st_mtim};
+  if (::fchmod(to, from.st_mode & 0777U) != 0 || ::futimens(to, times) != 0) errno = 0;
+  return ::fsync(to) == 0 ? 0 : errno;
+}
+
+// Undoes the copy when the original cannot be removed, so that there is never one file too many.
+int removeOriginal(const fs::path& from, const fs::path& copy) {
+  if (::unlink(from.c_str()) == 0) return 0;
+  const int error = errno;
+  ::unlink(copy.c_str());
+  return error;
+}
+
+bool isTaken(const fs::path& path) {
+  struct stat status {};
+  return ::lstat(path.c_str(), &status) == 0;
+}
+
+}  // namespace
+
+int moveFileByCopying(const fs::path& from, const fs::path& to) {
+  if (isTaken(to)) return EEXIST;
+  const Descriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!source) return errno;
+  struct stat status {};
+  if (::fstat(source.get(), &status) != 0) return errno;
+  if (!S_ISREG(status.st_mode)) return EINVAL;
+  removeLeftovers(to);
+  int error = 0;
+  const std::unique_ptr<ReplacementFile> copy = ReplacementFile::create(to, error);
+  if (!copy) return error;
+  error = copyContent(source.get(), copy->descriptor());
+  if (error == 0) error = copyFacts(status, copy->descriptor());
+  if (error == 0) error = copy->claim();
+  if (error != 0) return error;
+  syncFolderOf(to);
+  return removeOriginal(from, to);
+}
+
+int moveFileWithoutOverwriting(const fs::path& from, const fs::path& to) {
+  struct stat status {};
+  if (::lstat(from.c_str(), &status) != 0) return errno;
+  if (S_ISDIR(status.st_mode)) return EISDIR;
+  const int error = renameWithoutOverwriting(from, to);
+  // Without a second name either, only a copy is left.
+  const bool copyHelps = error == EXDEV || error == EPERM || error == EOPNOTSUPP;
+  return copyHelps ? moveFileByCopying(from, to) : error;
+}
+
+}  // namespace playerx

@@ -1,0 +1,101 @@
+#include "kvpm/PathTools.h"
+
+#include <sys/stat.h>
+
+#include <QDir>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "playerx/platform/FileMove.h"
+#include "playerx/platform/NativePath.h"
+
+namespace kvpm {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr wchar_t kSchemeEnd[] = L"://";
+
+bool isAddress(const std::wstring& text) { return text.find(kSchemeEnd) != std::wstring::npos; }
+
+// What of an address names a file: neither the server before it nor the query behind it.
+std::wstring pathOfAddress(const std::wstring& address) {
+  const std::wstring text = address.substr(0, address.find_first_of(L"?#"));
+  const std::size_t scheme = text.find(kSchemeEnd);
+  if (scheme == std::wstring::npos) return text;
+  const std::size_t path = text.find(L'/', scheme + std::size(kSchemeEnd) - 1);
+  return path == std::wstring::npos ? std::wstring() : text.substr(path);
+}
+
+std::size_t lastSeparator(const std::wstring& path) {
+  return path.find_last_of(L"/" + PathTools::getWPathSeparator());
+}
+
+bool meansNoFile(int error) { return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG; }
+
+fs::path nearestExistingParent(fs::path path) {
+  std::error_code ignored;
+  while (!path.empty() && !fs::exists(path, ignored) && path != path.parent_path()) {
+    path = path.parent_path();
+  }
+  return path.empty() ? fs::path(".") : path;
+}
+
+}  // namespace
+
+std::wstring PathTools::getWPathSeparator() {
+  return {static_cast<wchar_t>(QDir::separator().unicode())};
+}
+
+std::wstring PathTools::getFileName(const std::wstring& path) {
+  const std::wstring local = isAddress(path) ? pathOfAddress(path) : path;
+  return local.substr(lastSeparator(local) + 1);  // without a separator: from 0 on
+}
+
+std::wstring PathTools::getExtension(const std::wstring& path) {
+  const std::wstring name = getFileName(path);
+  const std::size_t dot = name.rfind(L'.');
+  return dot == std::wstring::npos ? std::wstring() : name.substr(dot);
+}
+
+std::wstring PathTools::getDirectory(const std::wstring& path) {
+  const std::size_t separator = lastSeparator(path);
+  if (separator == std::wstring::npos) return {};
+  return path.substr(0, separator == 0 ? 1 : separator);
+}
+
+bool PathTools::fileExists(const std::wstring& path) {
+  const auto native = playerx::nativePath(path);
+  struct stat status {};
+  return native && ::lstat(native->c_str(), &status) == 0;
+}
+
+std::uint64_t PathTools::getFileSize(const std::wstring& path) {
+  const auto native = playerx::nativePath(path);
+  if (!native) return 0;
+  struct stat status {};
+  if (::stat(native->c_str(), &status) != 0) return meansNoFile(errno) ? 0 : kUnknownSize;
+  return S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : kUnknownSize;
+}
+
+bool PathTools::moveFile(const std::wstring& from, const std::wstring& to) {
+  const auto source = playerx::nativePath(from);
+  const auto target = playerx::nativePath(to);
+  return source && target && playerx::moveFileWithoutOverwriting(*source, *target) == 0;
+}
+
+bool PathTools::deleteFile(const std::wstring& path) {
+  const auto native = playerx::nativePath(path);
+  return native && ::unlink(native->c_str()) == 0;
+}
+
+std::uint64_t PathTools::getSpaceAvailable(const std::wstring& directory) {
+  const auto native = playerx::nativePath(directory);
+  if (!native) return kUnknownSize;
+  std::error_code failure;
+  const fs::space_info space = fs::space(nearestExistingParent(*native), failure);
+  return failure ? kUnknownSize : static_cast<std::uint64_t>(space.available);
+}
+
+}  // namespace kvpm

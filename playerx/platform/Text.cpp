@@ -1,0 +1,32 @@
+#include "playerx/platform/Text.h"
+
+#include <QStringDecoder>
+
+namespace playerx {
+namespace {
+
+char32_t scalarValue(wchar_t character) {
+  const auto value = static_cast<char32_t>(character);
+  const bool valid = value <= QChar::LastValidCodePoint && !QChar::isSurrogate(value);
+  return valid ? value : char32_t{QChar::ReplacementCharacter};
+}
+
+}  // namespace
+
+WideText decodeUtf8(std::string_view bytes) {
+  // A byte-order mark is a character like any other here.
+  QStringDecoder decoder(QStringDecoder::Utf8,
+                         QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+  const QString text =
+      decoder.decode(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())));
+  return {text.toStdWString(), decoder.hasError()};
+}
+
+QString toQString(std::wstring_view text) {
+  QString result;
+  result.reserve(static_cast<qsizetype>(text.size()));
+  for (const wchar_t character : text) result.append(QChar::fromUcs4(scalarValue(character)));
+  return result;
+}
+
+}  // namespace playerx
