@@ -1,0 +1,64 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "KPIM/Context.h"
+#include "KPIM/PluginInfo.h"
+#include "playerx/framework/PluginDirectory.h"
+#include "playerx/framework/PluginLibrary.h"
+
+namespace playerx {
+
+/// The player's plug-ins: finds them by their descriptions, loads each at most once and only when
+/// it is wanted, and unloads none that is held.
+///
+/// Owned by the player; outlives every plug-in that it loaded. The operations of the base may be
+/// called from any thread, also by plug-ins while they are made and destroyed; no lock is held
+/// while code of a plug-in, a filter or a selector runs. Descriptions and libraries that are of no
+/// use are passed over and named by `problems`.
+class PluginContext final : public KPIM::Context, public PluginDirectory {
+ public:
+  /// Reads the descriptions in `folders` (see `readPluginCatalog`); loads nothing.
+  explicit PluginContext(const std::vector<std::filesystem::path>& folders);
+  PluginContext(const PluginContext&) = delete;
+  PluginContext& operator=(const PluginContext&) = delete;
+
+  /// Shuts down first, if that was not done.
+  ~PluginContext() override;
+
+  /// Offers a plug-in that is part of the program; `factory` makes it when it is first wanted. Ids
+  /// are not compared with those of the descriptions.
+  void add(KPIM::PluginInfo info, PluginFactory factory);
+
+  /// As declared by the base. When the best choice cannot be loaded, the next best is tried, and a
+  /// later call begins with the best again. A thread that waits for a plug-in which another thread
+  /// is loading takes it too; where that would have threads wait for each other in a circle, it
+  /// cannot be loaded (2). After `shutdown` nothing is loaded any more.
+  KPIM::VESK_RESULT getPluginInstance(const PluginFilter& filter,
+                                      const PluginInfoSelector& selector, bool mayLoad,
+                                      KPIM::Plugin** out) override;
+
+  const KPIM::PluginInfo* infoOf(const KPIM::Plugin& plugin) const override;
+
+  /// Unloads the plug-ins that nobody but this context holds, and then those that they held.
+  /// Returns how many. Not to be called by plug-ins.
+  int unloadUnused();
+
+  /// Ends all plug-ins: calls `Shutdown` on those that offer `DIN_Shutdown`, one that was loaded
+  /// earlier before those that it had loaded, then gives back the holds in the same order and
+  /// unloads what is no longer held. Called on the host's thread, not by plug-ins; a second call
+  /// does nothing.
+  void shutdown();
+
+  /// One sentence for everything that was passed over so far.
+  std::vector<std::string> problems() const;
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace playerx
