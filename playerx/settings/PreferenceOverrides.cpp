@@ -1,0 +1,34 @@
+#include "playerx/settings/PreferenceOverrides.h"
+
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace playerx {
+namespace {
+
+std::mutex mutex;
+// Guarded by mutex. Plain text, because the shared data of a QString is handed between threads
+// inside the Qt library only.
+std::map<std::u16string, std::u16string> overrides;
+
+}  // namespace
+
+void setPreferenceOverride(const QString& key, const QString& value) {
+  const std::lock_guard lock(mutex);
+  overrides[key.toStdU16String()] = value.toStdU16String();
+}
+
+void clearPreferenceOverrides() {
+  const std::lock_guard lock(mutex);
+  overrides.clear();
+}
+
+std::optional<QString> preferenceOverride(const QString& key) {
+  const std::lock_guard lock(mutex);
+  const auto found = overrides.find(key.toStdU16String());
+  if (found == overrides.end() || found->second.empty()) return std::nullopt;
+  return QString::fromStdU16String(found->second);
+}
+
+}  // namespace playerx
