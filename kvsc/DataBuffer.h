@@ -1,0 +1,62 @@
+#pragma once
+
+#include <memory>
+
+namespace kvsc {
+
+/// The growable byte buffer that holds received data.
+///
+/// Owns its bytes; used by one thread at a time. Growth reallocates to the exact size, without
+/// doubling: the client asks for its read size once and keeps it. Nothing throws: a failed
+/// allocation answers -1. The bytes in use never outnumber the capacity.
+class DataBuffer {
+ public:
+  DataBuffer() = default;
+  DataBuffer(const DataBuffer&) = delete;
+  DataBuffer& operator=(const DataBuffer&) = delete;
+  virtual ~DataBuffer() = default;
+
+  /// Replaces the array by one of exactly `size` zero bytes, which may be none. Returns 0, or -1
+  /// with an empty buffer.
+  int Alloc(unsigned size);
+
+  /// Like `Alloc`, but the bytes in use are carried over as far as they fit. Returns 0, or -1 with
+  /// the buffer as it was.
+  int ReAlloc(unsigned size);
+
+  /// Frees the array.
+  void Free();
+
+  /// Adds `length` bytes after those in use. Returns 0, or -1 with the buffer as it was.
+  int append(const char* data, unsigned length);
+
+  /// Replaces the content, in the same array when that is large enough. `data` must not point into
+  /// this buffer. Returns 0, or -1 with an empty buffer.
+  int update(const char* data, unsigned length);
+
+  /// The array, null before the first allocation; valid until the next call that changes it.
+  char* GetData() { return data_.get(); }
+  const char* GetData() const { return data_.get(); }
+
+  /// Capacity in bytes.
+  unsigned GetSize() const { return size_; }
+
+  /// Bytes in use.
+  unsigned getDataSize() const { return dataSize_; }
+
+  /// Takes note of bytes that were written to the array directly; at most the capacity counts.
+  void setDataSize(unsigned dataSize);
+
+  /// Arrays made since the buffer was constructed or freed.
+  unsigned getAllocations() const { return allocations_; }
+
+ private:
+  void adopt(std::unique_ptr<char[]> data, unsigned size);
+
+  std::unique_ptr<char[]> data_;
+  unsigned dataSize_ = 0;
+  unsigned size_ = 0;
+  unsigned allocations_ = 0;
+};
+
+}  // namespace kvsc
