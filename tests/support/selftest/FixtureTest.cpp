@@ -136,6 +136,16 @@ TEST(ScriptedTlsTest, TheServerSeesNameProtocolCertificate) {
   EXPECT_FALSE(record.resumed);
 }
 
+TEST(ScriptedTlsTest, AnEarlierSessionIsRecognised) {
+  ScriptedServer server({.identity = pki::selfSigned(), .maxVersion = TLS1_2_VERSION});
+  server.always(Script());
+  Process again({"openssl", "s_client", "-reconnect", "-connect",
+                 "127.0.0.1:" + std::to_string(server.port())});
+  again.wait();
+  EXPECT_FALSE(server.ended(0).resumed);
+  EXPECT_TRUE(server.ended(1).resumed);
+}
+
 TEST(ScriptedTlsTest, APeerThatRefusesTheCertificateLeavesItsReason) {
   ScriptedServer server({.identity = pki::selfSigned()});
   server.next(Script::answer(okResponse("x")));
