@@ -7,7 +7,8 @@ namespace playerx {
 /// Id under which the player's front end offers `UserMessages`.
 inline constexpr char kUserMessagesId[] = "com.vesk.playerX.pluginInterface.UserMessages";
 
-/// The player's front end as its other plug-ins see it: a way to tell the user something.
+/// The player's front end as its other plug-ins see it. Operations return at once and may be called
+/// from any thread.
 class UserMessages {
  public:
   UserMessages() = default;
@@ -15,8 +16,11 @@ class UserMessages {
   UserMessages& operator=(const UserMessages&) = delete;
   virtual ~UserMessages() = default;
 
-  /// Shows one sentence (UTF-8). Returns at once. Any thread.
+  /// Shows one sentence (UTF-8).
   virtual void tellUser(const std::string& sentence) = 0;
+
+  /// The film at `path` (UTF-8, "/" separators) has arrived.
+  virtual void filmFinished(const std::string& path) = 0;
 };
 
 }  // namespace playerx

@@ -1,0 +1,80 @@
+#include "playerx/services/JsonClient.h"
+
+#include <curl/curl.h>
+
+#include <memory>
+#include <utility>
+
+namespace playerx {
+
+namespace {
+
+using CurlHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
+using CurlHeaders = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+
+std::string withoutSlash(std::string address) {
+  while (!address.empty() && address.back() == '/') address.pop_back();
+  return address;
+}
+
+std::size_t collect(char* data, std::size_t size, std::size_t count, void* body) {
+  auto& text = *static_cast<std::string*>(body);
+  if (text.size() + size * count > JsonClient::kMaxAnswer) return 0;
+  text.append(data, size * count);
+  return size * count;
+}
+
+void setUp(CURL* curl, const std::string& url, const std::string& caFile) {
+  curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, JsonClient::kConnectSeconds);
+  curl_easy_setopt(curl, CURLOPT_TIMEOUT, JsonClient::kWholeSeconds);
+  if (!caFile.empty()) curl_easy_setopt(curl, CURLOPT_CAINFO, caFile.c_str());
+}
+
+std::string problemOf(CURLcode code, long status) {
+  if (code != CURLE_OK) {
+    return std::string("The online services cannot be reached: ") + curl_easy_strerror(code) + ".";
+  }
+  return "The online services answered with status " + std::to_string(status) + ".";
+}
+
+}  // namespace
+
+JsonClient::JsonClient(std::string address, std::string caFile)
+    : address_(withoutSlash(std::move(address))), caFile_(std::move(caFile)) {}
+
+JsonReply JsonClient::get(const std::string& path) const { return exchange(path, nullptr); }
+
+JsonReply JsonClient::post(const std::string& path, const std::string& json) const {
+  return exchange(path, &json);
+}
+
+JsonReply JsonClient::exchange(const std::string& path, const std::string* json) const {
+  JsonReply reply;
+  const CurlHandle curl(curl_easy_init(), curl_easy_cleanup);
+  const CurlHeaders headers(curl_slist_append(nullptr, "Content-Type: application/json"),
+                            curl_slist_free_all);
+  if (curl == nullptr || headers == nullptr) {
+    reply.problem = "There is too little memory to ask the online services.";
+    return reply;
+  }
+  setUp(curl.get(), address_ + path, caFile_);
+  curl_easy_setopt(curl.get(), CURLOPT_WRITEFUNCTION, collect);
+  curl_easy_setopt(curl.get(), CURLOPT_WRITEDATA, &reply.body);
+  if (json != nullptr) {
+    curl_easy_setopt(curl.get(), CURLOPT_HTTPHEADER, headers.get());
+    curl_easy_setopt(curl.get(), CURLOPT_POSTFIELDSIZE_LARGE,
+                     static_cast<curl_off_t>(json->size()));
+    curl_easy_setopt(curl.get(), CURLOPT_POSTFIELDS, json->data());
+  }
+  const CURLcode code = curl_easy_perform(curl.get());
+  long status = 0;
+  curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &status);
+  reply.ok = code == CURLE_OK && status >= 200 && status < 300;
+  if (!reply.ok) reply.problem = problemOf(code, status);
+  return reply;
+}
+
+}  // namespace playerx

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+
+namespace playerx {
+
+/// What came back of a request.
+struct JsonReply {
+  bool ok = false;      ///< a complete answer with a status from 200 to 299
+  std::string body;     ///< at most `JsonClient::kMaxAnswer` bytes
+  std::string problem;  ///< one sentence when not `ok`
+};
+
+/// Exchanges JSON texts with one HTTP service. Certificates are checked, only http and https are
+/// spoken, redirects are not followed. Every exchange is a value of its own: all operations may be
+/// called from any thread, and block until the answer, at most `kWholeSeconds`.
+class JsonClient {
+ public:
+  static constexpr long kConnectSeconds = 5;
+  static constexpr long kWholeSeconds = 15;
+  static constexpr std::size_t kMaxAnswer = 8 * 1024 * 1024;
+
+  /// `address` is the service's base address; `caFile` a PEM file of authorities, empty for the
+  /// system's.
+  JsonClient(std::string address, std::string caFile);
+
+  /// Whether there is a service to ask at all.
+  bool hasAddress() const { return !address_.empty(); }
+
+  JsonReply get(const std::string& path) const;
+  JsonReply post(const std::string& path, const std::string& json) const;
+
+ private:
+  JsonReply exchange(const std::string& path, const std::string* json) const;
+
+  const std::string address_;  ///< without "/" at its end
+  const std::string caFile_;
+};
+
+}  // namespace playerx

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "KPIM/Plugin.h"
+#include "VeskPlayerX/ZPSServicesInterface.h"
+#include "playerx/services/ConfirmationSender.h"
+#include "playerx/services/JsonClient.h"
+
+namespace playerx {
+
+/// The online video services over HTTP with JSON, as a plug-in. The service's address is a
+/// preference; without one every ticket is clear and no download is authorised.
+class OnlineServices : public KPIM::Plugin, public VeskPlayerX::ZPSServicesInterface {
+ public:
+  OnlineServices(KPIM::Context* context, JsonClient client);
+
+  KPIM::VESK_RESULT kpimGetInterface(std::string id, void** out) override;
+
+  std::vector<VeskDrmTicketData*> readTicket(const std::wstring& path) override;
+  bool isReady(int first, int second, int third) override;
+  void authorizeDownload(VeskPlayerX::DownloadItemInterface* item,
+                         VeskDrmDownloadAuthorization& answer) override;
+  void showError(const std::wstring& details, bool interactive) override;
+  void confirmDownload(long ticketId, unsigned long long bytes) override;
+
+ private:
+  void tellUser(const std::string& sentence);
+
+  const JsonClient client_;
+  ConfirmationSender confirmations_;
+};
+
+}  // namespace playerx

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace playerx {
+
+/// Keys of preferences that only the player's own modules read.
+
+/// Address of the online services; empty for none.
+inline constexpr char kServicesAddressKey[] = "General/ServicesAddress";
+
+/// PEM file of the certificate authorities to trust; empty for the system's.
+inline constexpr char kCaFileKey[] = "General/CaFile";
+
+/// Command that plays a film, the location appended; empty for "mpv".
+inline constexpr char kPlayerKey[] = "General/Player";
+
+}  // namespace playerx
