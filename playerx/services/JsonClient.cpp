@@ -24,13 +24,15 @@ std::size_t collect(char* data, std::size_t size, std::size_t count, void* body)
   return size * count;
 }
 
-void setUp(CURL* curl, const std::string& url, const std::string& caFile) {
+void setUp(CURL* curl, const std::string& url, const TrustedAuthorities& authorities) {
   curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
   curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, JsonClient::kConnectSeconds);
   curl_easy_setopt(curl, CURLOPT_TIMEOUT, JsonClient::kWholeSeconds);
-  if (!caFile.empty()) curl_easy_setopt(curl, CURLOPT_CAINFO, caFile.c_str());
+  const auto& [file, folder] = authorities;
+  if (!file.empty()) curl_easy_setopt(curl, CURLOPT_CAINFO, file.c_str());
+  if (!folder.empty()) curl_easy_setopt(curl, CURLOPT_CAPATH, folder.c_str());
 }
 
 std::string problemOf(CURLcode code, long status) {
@@ -42,8 +44,8 @@ std::string problemOf(CURLcode code, long status) {
 
 }  // namespace
 
-JsonClient::JsonClient(std::string address, std::string caFile)
-    : address_(withoutSlash(std::move(address))), caFile_(std::move(caFile)) {}
+JsonClient::JsonClient(std::string address, TrustedAuthorities authorities)
+    : address_(withoutSlash(std::move(address))), authorities_(std::move(authorities)) {}
 
 JsonReply JsonClient::get(const std::string& path) const { return exchange(path, nullptr); }
 
@@ -60,7 +62,7 @@ JsonReply JsonClient::exchange(const std::string& path, const std::string* json)
     reply.problem = "There is too little memory to ask the online services.";
     return reply;
   }
-  setUp(curl.get(), address_ + path, caFile_);
+  setUp(curl.get(), address_ + path, authorities_);
   curl_easy_setopt(curl.get(), CURLOPT_WRITEFUNCTION, collect);
   curl_easy_setopt(curl.get(), CURLOPT_WRITEDATA, &reply.body);
   if (json != nullptr) {

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "playerx/settings/TrustedAuthorities.h"
+
 namespace playerx {
 
 /// What came back of a request.
@@ -20,9 +22,8 @@ class JsonClient {
   static constexpr long kWholeSeconds = 15;
   static constexpr std::size_t kMaxAnswer = 8 * 1024 * 1024;
 
-  /// `address` is the service's base address; `caFile` a PEM file of authorities, empty for the
-  /// system's.
-  JsonClient(std::string address, std::string caFile);
+  /// `address` is the service's base address, empty for none.
+  JsonClient(std::string address, TrustedAuthorities authorities);
 
   /// Whether there is a service to ask at all.
   bool hasAddress() const { return !address_.empty(); }
@@ -34,7 +35,7 @@ class JsonClient {
   JsonReply exchange(const std::string& path, const std::string* json) const;
 
   const std::string address_;  ///< without "/" at its end
-  const std::string caFile_;
+  const TrustedAuthorities authorities_;
 };
 
 }  // namespace playerx

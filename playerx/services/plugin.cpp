@@ -3,17 +3,10 @@
 #include "playerx/services/OnlineServices.h"
 #include "playerx/settings/PreferenceKeys.h"
 
-namespace {
-
-std::string preference(const char* key) {
-  return KPXPreferences::getPreferenceHelper<QString>(key, QString(), true).toStdString();
-}
-
-}  // namespace
-
 extern "C" KPIM::VESK_RESULT getPlugin(KPIM::Context* context, void** out) {
-  playerx::JsonClient client(preference(playerx::kServicesAddressKey),
-                             preference(playerx::kCaFileKey));
+  const QString address =
+      KPXPreferences::getPreferenceHelper<QString>(playerx::kServicesAddressKey, QString(), true);
+  playerx::JsonClient client(address.toStdString(), playerx::trustedAuthorities());
   *out = static_cast<KPIM::Plugin*>(new playerx::OnlineServices(context, std::move(client)));
   return KPIM::kSuccess;
 }

@@ -1,0 +1,24 @@
+#include "playerx/app/ConsoleMessages.h"
+
+#include <utility>
+
+#include "playerx/app/WakeUp.h"
+
+namespace playerx {
+
+void ConsoleMessages::tellUser(const std::string& sentence) {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    sentences_.push_back(sentence);
+  }
+  wakeUp_.raise();
+}
+
+void ConsoleMessages::filmFinished(const std::string&) {}
+
+std::vector<std::string> ConsoleMessages::take() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return std::exchange(sentences_, {});
+}
+
+}  // namespace playerx

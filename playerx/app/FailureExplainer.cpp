@@ -1,0 +1,63 @@
+#include "playerx/app/FailureExplainer.h"
+
+#include <utility>
+
+#include "playerx/app/WakeUp.h"
+
+namespace playerx {
+
+std::optional<FailureReason> reasonFromNotices(const ItemState& item,
+                                               const std::vector<Notice>& notices,
+                                               const std::string& words) {
+  for (const Notice& notice : notices) {
+    if (notice.kind == Notice::kNoSpace) return noSpaceAt(notice.text);
+    if (notice.kind == Notice::kNotAuthorized) return notAuthorized(notice.code, notice.text);
+  }
+  if (!item.ticket.empty() && !words.empty()) return FailureReason{"services", words};
+  if (item.url.empty()) return servicesUnavailable();
+  return std::nullopt;
+}
+
+FailureExplainer::FailureExplainer(WakeUp& wakeUp, TrustedAuthorities authorities,
+                                   LibraryReason libraryReason)
+    : wakeUp_(wakeUp),
+      authorities_(std::move(authorities)),
+      libraryReason_(std::move(libraryReason)) {}
+
+FailureExplainer::~FailureExplainer() {
+  for (std::jthread& question : questions_) question.request_stop();
+}
+
+void FailureExplainer::explain(const ItemState& item, const std::vector<Notice>& notices,
+                               const std::string& words) {
+  ++open_;
+  if (std::optional<FailureReason> reason = reasonFromNotices(item, notices, words)) {
+    return answer(item, *std::move(reason));
+  }
+  if (std::optional<FailureReason> reason = libraryReason_(item)) {
+    return answer(item, *std::move(reason));
+  }
+  questions_.emplace_back([this, item](const std::stop_token& stop) {
+    const ProbeResult probe = probeServer(item.url, authorities_, stop);
+    if (stop.stop_requested()) return;
+    answer(item, reasonFromProbe(probe).value_or(unexplained()));
+  });
+}
+
+std::vector<ExplainedFailure> FailureExplainer::takeAnswers() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  open_ -= answers_.size();
+  return std::exchange(answers_, {});
+}
+
+bool FailureExplainer::isBusy() const { return open_ > 0; }
+
+void FailureExplainer::answer(const ItemState& item, FailureReason reason) {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    answers_.push_back({item, std::move(reason)});
+  }
+  wakeUp_.raise();
+}
+
+}  // namespace playerx

@@ -1,0 +1,170 @@
+#include "playerx/app/GetCommand.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "VeskPlayerX/DownloadManagerInterface.h"
+#include "kvpm/StringTools.h"
+#include "playerx/app/ConsoleMessages.h"
+#include "playerx/app/InputKind.h"
+#include "playerx/app/Options.h"
+#include "playerx/app/QueueChanges.h"
+#include "playerx/app/QueueView.h"
+#include "playerx/app/Reporter.h"
+#include "playerx/app/WakeUp.h"
+
+namespace playerx {
+
+namespace {
+
+using kvpm::StringTools;
+
+/// How often the speed of a running transfer is looked at when nothing else happens.
+constexpr std::chrono::milliseconds kSpeedInterval(500);
+
+}  // namespace
+
+GetCommand::GetCommand(const Options& options, VeskPlayerX::DownloadManagerInterface& manager,
+                       QueueView& view, ConsoleMessages& messages, Reporter& reporter,
+                       WakeUp& wakeUp, TransferKnowledge knowledge)
+    : options_(options),
+      manager_(manager),
+      view_(view),
+      messages_(messages),
+      reporter_(reporter),
+      wakeUp_(wakeUp),
+      knowledge_(std::move(knowledge)),
+      explainer_(wakeUp, trustedAuthorities(), knowledge_.reasonOf) {}
+
+int GetCommand::run() {
+  queue_ = snapshotOf(manager_);
+  const int refused = addInputs();
+  if (refused > 0 && refused == static_cast<int>(options_.inputs.size())) return kExitUsage;
+  return workUntilDone(refused);
+}
+
+int GetCommand::addInputs() {
+  int refused = 0;
+  for (const std::string& input : options_.inputs) {
+    if (!addOne(input)) ++refused;
+    lookAtQueue();
+  }
+  return refused;
+}
+
+bool GetCommand::addOne(const std::string& input) {
+  FailureReason reason;
+  switch (sortInput(input, &reason)) {
+    case InputKind::kAddress:
+      return addAddress(input);
+    case InputKind::kTicket:
+      return addTicket(input);
+    case InputKind::kUnusable:
+      break;
+  }
+  return refuse(input, reason);
+}
+
+bool GetCommand::addAddress(const std::string& address) {
+  const bool added = manager_.add(StringTools::stringToWString(address), L"", L"") != nullptr;
+  return added || refuse(address, unsupportedType());
+}
+
+bool GetCommand::addTicket(const std::string& path) {
+  const bool added = !manager_.addTicket(StringTools::stringToWString(path), false).empty();
+  return added || refuse(path, {"empty_ticket",
+                                "This ticket names nothing that can be downloaded; `playerx-cli "
+                                "explain` says why."});
+}
+
+bool GetCommand::refuse(const std::string& argument, const FailureReason& reason) {
+  reporter_.refused(argument, reason);
+  return false;
+}
+
+int GetCommand::workUntilDone(int refused) {
+  for (;;) {
+    passMessagesOn();
+    lookAtQueue();
+    reportAnswers();
+    if (isDone()) break;
+    const WakeReason reason = wakeUp_.wait(kSpeedInterval);
+    if (reason == WakeReason::kInterrupt) return park();
+    if (reason == WakeReason::kTimeout) reportSpeed();
+  }
+  if (somethingFailed_) return kExitFailed;
+  return refused > 0 ? kExitUsage : kExitDone;
+}
+
+void GetCommand::lookAtQueue() {
+  std::vector<ItemState> now = snapshotOf(manager_);
+  const std::vector<QueueChange> changes = changesBetween(queue_, now);
+  queue_ = std::move(now);
+  for (const QueueChange& change : changes) report(change);
+}
+
+void GetCommand::report(const QueueChange& change) {
+  switch (change.kind) {
+    case QueueChange::kAdded:
+      return reporter_.added(change.item);
+    case QueueChange::kChanged:
+      reporter_.changed(change.item, speeds_[change.item.id].bytesPerSecond());
+      return playWhatIsReady(change.item);
+    case QueueChange::kFinished:
+      lastWords_.clear();
+      reporter_.finished(change.item);
+      return playWhatIsReady(change.item);
+    case QueueChange::kFailed:
+      somethingFailed_ = true;
+      return explainer_.explain(change.item, view_.takeNotices(change.item.id),
+                                std::exchange(lastWords_, {}));
+  }
+}
+
+void GetCommand::reportSpeed() {
+  for (const ItemState& item : queue_) {
+    if (item.status != DownloadStatusDownloading || !knowledge_.bytesOf) continue;
+    const std::optional<std::uint64_t> bytes = knowledge_.bytesOf(item);
+    if (!bytes) continue;
+    SpeedMeter& speed = speeds_[item.id];
+    speed.feed(SpeedMeter::Clock::now(), *bytes);
+    reporter_.changed(item, speed.bytesPerSecond());
+  }
+}
+
+void GetCommand::reportAnswers() {
+  for (const ExplainedFailure& answer : explainer_.takeAnswers()) {
+    reporter_.failed(answer.item, answer.reason);
+  }
+}
+
+void GetCommand::passMessagesOn() {
+  for (const std::string& sentence : messages_.take()) {
+    lastWords_ = sentence;
+    reporter_.note(sentence);
+  }
+}
+
+void GetCommand::playWhatIsReady(const ItemState& item) {
+  const bool ready = item.status == DownloadStatusCompleted ||
+                     (item.status == DownloadStatusDownloading && item.playable);
+  if (!options_.play || !ready || std::exchange(played_[item.id], true)) return;
+  if (!manager_.play(item.id)) reporter_.note("No player could be started for " + item.title + ".");
+}
+
+bool GetCommand::isDone() const {
+  const bool workLeft = std::any_of(queue_.begin(), queue_.end(), [](const ItemState& item) {
+    return isUnfinished(item.status);
+  });
+  return !workLeft && !explainer_.isBusy();
+}
+
+int GetCommand::park() {
+  manager_.pause();
+  lookAtQueue();
+  reporter_.note("Interrupted; what has arrived is kept, and the next `get` goes on from there.");
+  return kExitInterrupted;
+}
+
+}  // namespace playerx

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "plugin/DownloadStatus.h"
+
+namespace VeskPlayerX {
+class DownloadItemInterface;
+class DownloadManagerInterface;
+}  // namespace VeskPlayerX
+
+namespace playerx {
+
+/// What the player shows of one queued item: a value of its own, text in UTF-8.
+struct ItemState {
+  unsigned int id = 0;  ///< valid within this run
+  std::string title;
+  std::string provider;
+  std::string url;
+  std::string path;  ///< empty until the module has chosen one
+  DownloadStatusEnumType status = DownloadStatusQueued;
+  int percent = 0;                     ///< 0..100
+  std::uint64_t size = 0;              ///< bytes; 0 until known
+  std::uint32_t secondsRemaining = 0;  ///< 0 when not known
+  bool playable = false;               ///< playback may begin before the whole film is there
+  std::string ticket;                  ///< opaque bytes; empty for an item without ticket
+
+  bool operator==(const ItemState&) const = default;
+};
+
+/// The state of one item of a copied queue.
+ItemState stateOf(const VeskPlayerX::DownloadItemInterface& item);
+
+/// The whole queue in its order. May be called from any thread that may call the manager.
+std::vector<ItemState> snapshotOf(VeskPlayerX::DownloadManagerInterface& manager);
+
+/// One word for a status: "paused", "queued", "starting", "downloading", "completed", "stopped",
+/// "failed", "held"; "unknown" for a value that is none of these.
+const char* statusWord(DownloadStatusEnumType status);
+
+/// Whether the module will still work on an item of this status by itself.
+bool isUnfinished(DownloadStatusEnumType status);
+
+}  // namespace playerx

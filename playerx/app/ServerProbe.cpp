@@ -1,0 +1,73 @@
+#include "playerx/app/ServerProbe.h"
+
+#include <curl/curl.h>
+
+#include <array>
+#include <memory>
+
+namespace playerx {
+
+namespace {
+
+constexpr long kConnectSeconds = 10;
+constexpr long kWholeSeconds = 20;
+constexpr long kMaxRedirects = 10;
+
+using CurlHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
+
+int progress(void* stop, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+  return static_cast<std::stop_token*>(stop)->stop_requested() ? 1 : 0;
+}
+
+void setUp(CURL* curl, const std::string& url, const TrustedAuthorities& authorities) {
+  curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(curl, CURLOPT_NOBODY, 1L);
+  curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
+  curl_easy_setopt(curl, CURLOPT_MAXREDIRS, kMaxRedirects);
+  curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
+  curl_easy_setopt(curl, CURLOPT_TIMEOUT, kWholeSeconds);
+  const auto& [file, folder] = authorities;
+  if (!file.empty()) curl_easy_setopt(curl, CURLOPT_CAINFO, file.c_str());
+  if (!folder.empty()) curl_easy_setopt(curl, CURLOPT_CAPATH, folder.c_str());
+}
+
+}  // namespace
+
+std::string hostOf(const std::string& url) {
+  std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> parts(curl_url(), curl_url_cleanup);
+  if (curl_url_set(parts.get(), CURLUPART_URL, url.c_str(), 0) != CURLUE_OK) return url;
+  char* host = nullptr;
+  if (curl_url_get(parts.get(), CURLUPART_HOST, &host, 0) != CURLUE_OK) return url;
+  const std::unique_ptr<char, decltype(&curl_free)> owned(host, curl_free);
+  return host;
+}
+
+ProbeResult probeServer(const std::string& url, const TrustedAuthorities& authorities,
+                        std::stop_token stop) {
+  ProbeResult result;
+  result.host = hostOf(url);
+  const CurlHandle curl(curl_easy_init(), curl_easy_cleanup);
+  if (curl == nullptr) {
+    result.curlCode = CURLE_FAILED_INIT;
+    return result;
+  }
+  std::array<char, CURL_ERROR_SIZE> words{};
+  setUp(curl.get(), url, authorities);
+  curl_easy_setopt(curl.get(), CURLOPT_ERRORBUFFER, words.data());
+  curl_easy_setopt(curl.get(), CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(curl.get(), CURLOPT_XFERINFOFUNCTION, progress);
+  curl_easy_setopt(curl.get(), CURLOPT_XFERINFODATA, &stop);
+
+  result.curlCode = curl_easy_perform(curl.get());
+  result.detail = words.data();
+  curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &result.status);
+  curl_off_t length = -1;
+  curl_easy_getinfo(curl.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+  result.length = length;
+  return result;
+}
+
+}  // namespace playerx

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "playerx/app/FailureReason.h"
+#include "playerx/app/ItemState.h"
+
+namespace playerx {
+
+class PluginContext;
+
+/// What the download library knows about transfers, asked on the main thread.
+struct TransferKnowledge {
+  /// Why the last transfer of the item failed; none when it did not get that far.
+  std::function<std::optional<FailureReason>(const ItemState&)> reasonOf;
+
+  /// Bytes of the item that have arrived; none without a transfer.
+  std::function<std::optional<std::uint64_t>(const ItemState&)> bytesOf;
+};
+
+/// The knowledge of the download library that `context` offers, which is loaded when it is first
+/// asked for; the functions hold it.
+TransferKnowledge transferKnowledge(PluginContext& context);
+
+}  // namespace playerx

@@ -1,0 +1,68 @@
+#include "playerx/app/TransferReason.h"
+
+namespace playerx {
+
+namespace {
+
+/// What happened and what can be done, without the host's name where it says nothing.
+std::string sentenceOf(TransferFailure failure, const TransferReport& report,
+                       const std::string& host) {
+  switch (failure) {
+    case TransferFailure::kUnsupportedAddress:
+      return "The address cannot be used; give one that begins with http:// or https://.";
+    case TransferFailure::kBadName:
+      return "No file can be named like this film; ask the provider for another address.";
+    case TransferFailure::kNoSuchHost:
+      return "There is no host named " + host + "; check the address and the network connection.";
+    case TransferFailure::kNoSuchProxy:
+      return "The proxy's host name cannot be found; check the proxy settings.";
+    case TransferFailure::kRefused:
+      return host + " does not accept connections; try again when the server is up.";
+    case TransferFailure::kTimeout:
+      return host + " did not answer in time; try again later.";
+    case TransferFailure::kTls:
+      return "No secure connection to " + host + " could be made.";
+    case TransferFailure::kCertificate:
+      return "The certificate of " + host +
+             " cannot be trusted; if the server is your own, name its certificate authority with "
+             "--cacert.";
+    case TransferFailure::kTrustFile:
+      return "The file of trusted certificates cannot be read; check --cacert.";
+    case TransferFailure::kRedirectLoop:
+    case TransferFailure::kBadRedirect:
+      return host + " sends the player on to where no film is; ask the provider.";
+    case TransferFailure::kDropped:
+      return "The connection to " + host +
+             " broke again and again; what has arrived is kept, retry "
+             "later.";
+    case TransferFailure::kStalled:
+      return host + " stopped sending; what has arrived is kept, retry later.";
+    case TransferFailure::kBadAnswer:
+      return host + " gave an answer that makes no sense; try again later.";
+    case TransferFailure::kKeepsChanging:
+      return "The film at " + host + " changed while it was downloaded; retry later.";
+    case TransferFailure::kNoSpace:
+      return "The disk is full; what has arrived is kept, free some space and retry.";
+    case TransferFailure::kWriteFailed:
+      return "The disk does not take what arrives; check it and retry.";
+    case TransferFailure::kTempFolder:
+      return "The folder for unfinished films cannot be written; choose another with --data.";
+    case TransferFailure::kMediaFolder:
+      return "The film cannot be written to " + report.wishedPath +
+             "; check the media folder, or choose another with --media, and retry.";
+    default:
+      return "The transfer from " + host + " failed; try again later.";
+  }
+}
+
+}  // namespace
+
+std::optional<FailureReason> reasonFromTransfer(const TransferReport& report,
+                                                const std::string& host) {
+  if (report.failure == TransferFailure::kNone) return std::nullopt;
+  const int status = statusOfFailure(report.failure);
+  if (status > 0) return reasonFromStatus(status, host);
+  return FailureReason{failureWord(report.failure), sentenceOf(report.failure, report, host)};
+}
+
+}  // namespace playerx

@@ -1,0 +1,59 @@
+#include "playerx/app/WakeUp.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdint>
+#include <system_error>
+
+namespace playerx {
+
+namespace {
+
+sigset_t interrupts() {
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&set, signal);
+  return set;
+}
+
+int checked(int descriptor, const char* what) {
+  if (descriptor < 0) throw std::system_error(errno, std::generic_category(), what);
+  return descriptor;
+}
+
+}  // namespace
+
+WakeUp::WakeUp() : eventFd_(checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd")) {
+  const sigset_t set = interrupts();
+  pthread_sigmask(SIG_BLOCK, &set, nullptr);
+  signalFd_ = checked(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC), "signalfd");
+}
+
+WakeUp::~WakeUp() {
+  close(signalFd_);
+  close(eventFd_);
+}
+
+void WakeUp::raise() {
+  const std::uint64_t one = 1;
+  // A full counter means that the wait ends anyway.
+  [[maybe_unused]] const ssize_t written = write(eventFd_, &one, sizeof one);
+}
+
+WakeReason WakeUp::wait(std::chrono::milliseconds timeout) {
+  std::array<pollfd, 2> watched = {{{signalFd_, POLLIN, 0}, {eventFd_, POLLIN, 0}}};
+  poll(watched.data(), watched.size(),
+       timeout.count() < 0 ? -1 : static_cast<int>(timeout.count()));
+  signalfd_siginfo signal;
+  if (read(signalFd_, &signal, sizeof signal) == sizeof signal) return WakeReason::kInterrupt;
+  std::uint64_t count = 0;
+  if (read(eventFd_, &count, sizeof count) == sizeof count) return WakeReason::kEvent;
+  return WakeReason::kTimeout;
+}
+
+}  // namespace playerx

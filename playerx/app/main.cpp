@@ -1,0 +1,109 @@
+#include <curl/curl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <iostream>
+#include <memory>
+
+#include "playerx/app/ConsoleMessages.h"
+#include "playerx/app/DataFolderLock.h"
+#include "playerx/app/GetCommand.h"
+#include "playerx/app/Options.h"
+#include "playerx/app/PlayerHost.h"
+#include "playerx/app/QueueCommands.h"
+#include "playerx/app/QueueView.h"
+#include "playerx/app/Reporter.h"
+#include "playerx/app/SlotQuestion.h"
+#include "playerx/app/TransferKnowledge.h"
+#include "playerx/app/WakeUp.h"
+#include "playerx/platform/ThreadGate.h"
+
+namespace playerx {
+namespace {
+
+std::unique_ptr<Reporter> makeReporter(const Options& options) {
+  if (options.json) return makeJsonReporter(std::cout, std::cerr);
+  winsize size{};
+  if (isatty(STDOUT_FILENO) == 0 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) {
+    return makeLineReporter(std::cout, std::cerr);
+  }
+  return makeLiveReporter(std::cout, std::cerr, size.ws_col == 0 ? 80 : size.ws_col);
+}
+
+/// Attaches a view for as long as it lives.
+class AttachedView {
+ public:
+  AttachedView(VeskPlayerX::DownloadManagerInterface& manager, QueueView& view)
+      : manager_(manager) {
+    manager_.setViewInterface(&view);
+  }
+  AttachedView(const AttachedView&) = delete;
+  AttachedView& operator=(const AttachedView&) = delete;
+  ~AttachedView() { manager_.setViewInterface(nullptr); }
+
+ private:
+  VeskPlayerX::DownloadManagerInterface& manager_;
+};
+
+int runWithQueue(const Options& options, PlayerHost& host, ConsoleMessages& messages,
+                 Reporter& reporter, WakeUp& wakeUp) {
+  // Printing the queue must not write it: no view, no writing.
+  if (options.command == Options::kList) {
+    return runQueueCommand(options, host.manager(), reporter);
+  }
+  QueueView view(wakeUp, askForSlot);
+  const AttachedView attached(host.manager(), view);
+  if (options.command != Options::kGet) {
+    return runQueueCommand(options, host.manager(), reporter);
+  }
+  ThreadGate::open();
+  return GetCommand(options, host.manager(), view, messages, reporter, wakeUp,
+                    transferKnowledge(host.context()))
+      .run();
+}
+
+int run(const Options& options) {
+  WakeUp wakeUp;
+  ConsoleMessages messages(wakeUp);
+  const std::unique_ptr<Reporter> reporter = makeReporter(options);
+  const Places places = setUpPlaces(options);
+
+  std::unique_ptr<DataFolderLock> lock;
+  if (options.command != Options::kList) {
+    lock = std::make_unique<DataFolderLock>(places.data);
+    if (!lock->problem().empty()) {
+      reporter->note(lock->problem());
+      return kExitFailed;
+    }
+  }
+  // The scheduler starts with the module; it waits until the view is attached.
+  ThreadGate::close();
+  PlayerHost host(options, messages);
+  const std::string problem = host.loadManager();
+  if (!problem.empty()) {
+    reporter->note(problem);
+    return kExitFailed;
+  }
+  return runWithQueue(options, host, messages, *reporter, wakeUp);
+}
+
+}  // namespace
+}  // namespace playerx
+
+int main(int argc, char** argv) {
+  QCoreApplication application(argc, argv);
+  QCoreApplication::setOrganizationName("Vesk");
+  QCoreApplication::setApplicationName("VeskPlayerX");
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+
+  int status = playerx::kExitDone;
+  const std::optional<playerx::Options> options = playerx::parseOptions(argc, argv, &status);
+  if (!options) return status;
+  try {
+    return playerx::run(*options);
+  } catch (const std::exception& error) {
+    std::cerr << "playerx-cli: " << error.what() << std::endl;
+    return playerx::kExitFailed;
+  }
+}

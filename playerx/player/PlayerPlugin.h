@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "KPIM/Plugin.h"
+#include "VeskPlayerX/PlayerInterface.h"
+
+namespace playerx {
+
+class UserMessages;
+
+/// A program of the user's that is playing.
+struct PlayingProgram {
+  long long pid = 0;
+  QString location;
+};
+
+/// Playback as a plug-in: starts the user's player program on what is to be played. Operations may
+/// be called from any thread.
+class PlayerPlugin : public KPIM::Plugin, public VeskPlayerX::PlayerInterface {
+ public:
+  /// Key of the download session of an address; 0 for none.
+  using SessionLookup = std::function<unsigned long long(const std::string& address)>;
+
+  /// `command` is the program with its arguments; empty for "mpv".
+  PlayerPlugin(KPIM::Context* context, QString command, SessionLookup sessionOf);
+
+  KPIM::VESK_RESULT kpimGetInterface(std::string id, void** out) override;
+
+  void openMedia(const QString& location) override;
+  void downloadFinished(const QString& path, unsigned long long uid) override;
+  unsigned long long currentMediaId() override;
+
+ private:
+  void withMessages(const std::function<void(UserMessages&)>& use);
+
+  const QString command_;
+  const SessionLookup sessionOf_;
+  std::mutex mutex_;
+  std::optional<PlayingProgram> playing_;  // guarded by mutex_; the one started last
+  std::set<QString> announced_;            // guarded by mutex_; films already announced
+};
+
+}  // namespace playerx

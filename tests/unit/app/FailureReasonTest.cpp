@@ -1,0 +1,68 @@
+#include <curl/curl.h>
+#include <gtest/gtest.h>
+
+#include "playerx/app/FailureExplainer.h"
+#include "playerx/app/FailureReason.h"
+
+namespace playerx {
+namespace {
+
+ProbeResult probe(int curlCode, long status = 0, std::int64_t length = -1) {
+  return {curlCode, status, length, "films.test", ""};
+}
+
+std::string codeOf(const ProbeResult& result) {
+  const auto reason = reasonFromProbe(result);
+  return reason ? reason->code : "";
+}
+
+TEST(FailureReasonTest, EachWayToFailHasACodeOfItsOwn) {
+  EXPECT_EQ(codeOf(probe(CURLE_COULDNT_RESOLVE_HOST)), "no_such_host");
+  EXPECT_EQ(codeOf(probe(CURLE_COULDNT_CONNECT)), "refused");
+  EXPECT_EQ(codeOf(probe(CURLE_PEER_FAILED_VERIFICATION)), "certificate");
+  EXPECT_EQ(codeOf(probe(CURLE_SSL_CONNECT_ERROR)), "tls");
+  EXPECT_EQ(codeOf(probe(CURLE_OPERATION_TIMEDOUT)), "timeout");
+  EXPECT_EQ(codeOf(probe(CURLE_TOO_MANY_REDIRECTS)), "redirect_loop");
+  EXPECT_EQ(codeOf(probe(CURLE_GOT_NOTHING)), "bad_answer");
+  EXPECT_EQ(codeOf(probe(CURLE_FAILED_INIT)), "network");
+  EXPECT_EQ(codeOf(probe(CURLE_OK, 404)), "http_404");
+  EXPECT_EQ(codeOf(probe(CURLE_OK, 403)), "http_403");
+  EXPECT_EQ(codeOf(probe(CURLE_OK, 500)), "http_500");
+  EXPECT_EQ(codeOf(probe(CURLE_OK, 418)), "http_418");
+  EXPECT_EQ(codeOf(probe(CURLE_OK, 200)), "no_length");
+  EXPECT_EQ(codeOf(probe(CURLE_OK, 200, 0)), "empty_file");
+}
+
+TEST(FailureReasonTest, AServerThatAnswersAsItShouldExplainsNothing) {
+  EXPECT_EQ(reasonFromProbe(probe(CURLE_OK, 200, 5)), std::nullopt);
+}
+
+TEST(FailureReasonTest, SentencesNameTheHost) {
+  EXPECT_EQ(reasonFromProbe(probe(CURLE_COULDNT_RESOLVE_HOST))->sentence,
+            "There is no host named films.test; check the address and the network connection.");
+  EXPECT_NE(reasonFromStatus(404, "films.test").sentence.find("films.test"), std::string::npos);
+}
+
+TEST(FailureReasonTest, NoticesOfTheModuleGoBeforeASecondLook) {
+  ItemState item;
+  item.url = "http://films.test/a.avi";
+  EXPECT_EQ(reasonFromNotices(item, {{Notice::kBroken, "/m/a.avi"}}, ""), std::nullopt);
+  EXPECT_EQ(reasonFromNotices(item, {{Notice::kNoSpace, "/m"}}, ""), noSpaceAt("/m"));
+  EXPECT_EQ(reasonFromNotices(item, {{Notice::kNotAuthorized, "no", 7}}, "")->code,
+            "not_authorized");
+}
+
+TEST(FailureReasonTest, TheServicesWordsExplainAnItemWithATicketOnly) {
+  ItemState item;
+  item.url = "http://films.test/a.avi";
+  EXPECT_EQ(reasonFromNotices(item, {}, "No."), std::nullopt);
+  item.ticket = "t";
+  EXPECT_EQ(reasonFromNotices(item, {}, "No."), (FailureReason{"services", "No."}));
+}
+
+TEST(FailureReasonTest, AnItemWithoutAddressLacksTheServices) {
+  EXPECT_EQ(reasonFromNotices(ItemState{}, {}, ""), servicesUnavailable());
+}
+
+}  // namespace
+}  // namespace playerx

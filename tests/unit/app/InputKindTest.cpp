@@ -1,0 +1,37 @@
+#include <gtest/gtest.h>
+
+#include "playerx/app/InputKind.h"
+
+namespace playerx {
+namespace {
+
+InputKind kindOf(const std::string& argument) {
+  FailureReason reason;
+  return sortInput(argument, &reason);
+}
+
+TEST(InputKindTest, WebAddressesAreAddresses) {
+  for (const char* argument : {"http://h/a.avi", "https://h:8443/a b.mkv", "HTTP://h/a.avi?x=.tix",
+                               "http://127.0.0.1/film.tix"}) {
+    EXPECT_EQ(kindOf(argument), InputKind::kAddress) << argument;
+  }
+}
+
+TEST(InputKindTest, PathsThatEndInTixAreTickets) {
+  for (const char* argument : {"film.tix", "/a/b.TIX", "\"with blanks.tix\"", "./x.tix"}) {
+    EXPECT_EQ(kindOf(argument), InputKind::kTicket) << argument;
+  }
+}
+
+TEST(InputKindTest, EverythingElseIsRefusedWithAReason) {
+  for (const char* argument : {"", "film.avi", "ftp://h/a.avi", "http:///a.avi", "http://",
+                               "file:///a.tix", "http://[bad/a.avi", "mailto:x@y"}) {
+    FailureReason reason;
+    EXPECT_EQ(sortInput(argument, &reason), InputKind::kUnusable) << argument;
+    EXPECT_EQ(reason.code, "unsupported_url") << argument;
+    EXPECT_FALSE(reason.sentence.empty()) << argument;
+  }
+}
+
+}  // namespace
+}  // namespace playerx

@@ -1,0 +1,68 @@
+#include <gtest/gtest.h>
+
+#include "playerx/app/Options.h"
+
+namespace playerx {
+namespace {
+
+struct Parsed {
+  std::optional<Options> options;
+  int status = -1;
+};
+
+Parsed parse(std::vector<const char*> arguments) {
+  arguments.insert(arguments.begin(), "playerx-cli");
+  Parsed parsed;
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  parsed.options =
+      parseOptions(static_cast<int>(arguments.size()), arguments.data(), &parsed.status);
+  testing::internal::GetCapturedStdout();
+  testing::internal::GetCapturedStderr();
+  return parsed;
+}
+
+TEST(OptionsTest, GetTakesAddressesOrNone) {
+  EXPECT_TRUE(parse({"get"}).options->inputs.empty());
+  const auto options = parse({"get", "http://h/a.avi", "b.tix"}).options;
+  ASSERT_TRUE(options);
+  EXPECT_EQ(options->command, Options::kGet);
+  EXPECT_EQ(options->inputs, (std::vector<std::string>{"http://h/a.avi", "b.tix"}));
+}
+
+TEST(OptionsTest, FoldersStandBeforeOrBehindTheCommand) {
+  EXPECT_EQ(parse({"--data", "/d", "list"}).options->dataFolder, "/d");
+  EXPECT_EQ(parse({"list", "--data", "/d"}).options->dataFolder, "/d");
+}
+
+TEST(OptionsTest, MoveTakesAPositionWithADirection) {
+  const auto options = parse({"move", "3", "top"}).options;
+  ASSERT_TRUE(options);
+  EXPECT_EQ(options->command, Options::kMove);
+  EXPECT_EQ(options->position, 3);
+  EXPECT_EQ(options->direction, Options::kTop);
+}
+
+TEST(OptionsTest, WrongUsageExitsWithTwo) {
+  for (const std::vector<const char*>& arguments : {std::vector<const char*>{},
+                                                    {"nonsense"},
+                                                    {"remove"},
+                                                    {"remove", "0"},
+                                                    {"remove", "x"},
+                                                    {"move", "1"},
+                                                    {"move", "1", "sideways"},
+                                                    {"--cacert", "/none", "get"}}) {
+    const Parsed parsed = parse(arguments);
+    EXPECT_FALSE(parsed.options);
+    EXPECT_EQ(parsed.status, kExitUsage);
+  }
+}
+
+TEST(OptionsTest, HelpExitsWithZero) {
+  const Parsed parsed = parse({"--help"});
+  EXPECT_FALSE(parsed.options);
+  EXPECT_EQ(parsed.status, kExitDone);
+}
+
+}  // namespace
+}  // namespace playerx

@@ -1,0 +1,43 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <thread>
+
+#include "playerx/app/WakeUp.h"
+
+namespace playerx {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+
+TEST(WakeUpTest, NothingRaisedTimesOut) {
+  WakeUp wakeUp;
+  EXPECT_EQ(wakeUp.wait(milliseconds(0)), WakeReason::kTimeout);
+}
+
+TEST(WakeUpTest, ManyRaisesEndOneWait) {
+  WakeUp wakeUp;
+  wakeUp.raise();
+  wakeUp.raise();
+  EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kEvent);
+  EXPECT_EQ(wakeUp.wait(milliseconds(0)), WakeReason::kTimeout);
+}
+
+TEST(WakeUpTest, ARaiseOfAnotherThreadEndsAWait) {
+  WakeUp wakeUp;
+  std::thread other([&wakeUp] { wakeUp.raise(); });
+  EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kEvent);
+  other.join();
+}
+
+TEST(WakeUpTest, AnInterruptGoesBeforeAnEvent) {
+  WakeUp wakeUp;
+  wakeUp.raise();
+  ASSERT_EQ(pthread_kill(pthread_self(), SIGINT), 0);
+  EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kInterrupt);
+  EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kEvent);
+}
+
+}  // namespace
+}  // namespace playerx
