@@ -72,9 +72,11 @@ function(vesk_check_credential file kinds)
     vesk_credentials_fail("${file}"
       "has ${size} characters; at most ${VESK_CREDENTIALS_LONGEST} fit the client's buffer")
   endif()
+  # As text, a file seems to end at its first zero byte.
+  file(READ "${file}" hex HEX)
+  string(REGEX REPLACE "(..)" "\\1 " hex "${hex}")
   file(READ "${file}" text)
-  string(LENGTH "${text}" length)
-  if(NOT length EQUAL size OR NOT text MATCHES
+  if(hex MATCHES "00 " OR NOT text MATCHES
      "^-----BEGIN (${kinds})-----\r?\n([A-Za-z0-9+/\r\n]+=*)\r?\n-----END (${kinds})-----\r?\n?$"
      OR NOT CMAKE_MATCH_1 STREQUAL CMAKE_MATCH_3)
     vesk_credentials_fail("${file}" "is not one PEM block of the kind ${kinds}")

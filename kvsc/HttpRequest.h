@@ -18,15 +18,15 @@ class HttpRequest {
  public:
   /// The arguments of a request that end up in its header lines, as `findForbidden` sees them.
   struct Texts {
-    std::string_view method;
-    std::string_view host;
-    std::string_view port;
-    std::string_view path;
-    std::string_view responseType;
-    std::string_view userAgent;
-    std::string_view contentType;
-    std::string_view charset;
-    std::string_view extraHeaders;
+    std::string_view method = {};
+    std::string_view host = {};
+    std::string_view port = {};
+    std::string_view path = {};
+    std::string_view responseType = {};
+    std::string_view userAgent = {};
+    std::string_view contentType = {};
+    std::string_view charset = {};
+    std::string_view extraHeaders = {};
   };
 
   /// Splits `uri`. Returns 0 on success and -1 on failure: no ":", neither "http" nor "https"

@@ -7,6 +7,7 @@
 #include <ctime>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 
 #include "kvsc/HttpRequest.h"
@@ -35,6 +36,8 @@ struct UriCase {
   const char* path;
   bool isHttps;
 };
+
+void PrintTo(const UriCase& c, std::ostream* out) { *out << c.text; }
 
 class ParseUri : public testing::TestWithParam<UriCase> {};
 
@@ -326,6 +329,8 @@ struct FieldCase {
   TextField field;
   const char* name;
 };
+
+void PrintTo(const FieldCase& c, std::ostream* out) { *out << c.name; }
 
 class FindForbidden : public testing::TestWithParam<FieldCase> {};
 

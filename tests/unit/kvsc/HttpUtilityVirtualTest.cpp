@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -56,9 +57,12 @@ std::size_t deliver(Callback callback, std::string text, HttpUtilityVirtual* uti
 
 /// A callback and the way to what it has collected.
 struct CollectingCase {
+  const char* name;
   Callback callback;
   std::string (*collected)(const Collector&);
 };
+
+void PrintTo(const CollectingCase& c, std::ostream* out) { *out << c.name; }
 
 class Collecting : public testing::TestWithParam<CollectingCase> {
  protected:
@@ -121,11 +125,11 @@ TEST_P(Collecting, MayBeReadWhileItGoesOn) {
 
 INSTANTIATE_TEST_SUITE_P(
     Callbacks, Collecting,
-    testing::Values(CollectingCase{&HttpUtilityVirtual::writeMemoryCallback,
+    testing::Values(CollectingCase{"buffer", &HttpUtilityVirtual::writeMemoryCallback,
                                    [](const Collector& c) { return c.buffer(); }},
-                    CollectingCase{&HttpUtilityVirtual::writeUTF8MemoryCallback,
+                    CollectingCase{"UTF-8", &HttpUtilityVirtual::writeUTF8MemoryCallback,
                                    [](const Collector& c) { return c.utf8(); }},
-                    CollectingCase{&HttpUtilityVirtual::writeheadersCallback,
+                    CollectingCase{"headers", &HttpUtilityVirtual::writeheadersCallback,
                                    [](const Collector& c) { return c.getHeaders(); }}));
 
 TEST(CollectingWithoutMemory, TakesNothing) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "kvsc/HttpUtilityVirtual.h"
@@ -102,6 +103,10 @@ struct StripCase {
   const char* stripped;
 };
 
+void PrintTo(const StripCase& c, std::ostream* out) {
+  *out << testing::PrintToString(std::string(c.text));
+}
+
 class StripCarriageReturnLineFeed : public testing::TestWithParam<StripCase> {};
 
 TEST_P(StripCarriageReturnLineFeed, TakesOneLineEndOff) {
@@ -180,6 +185,8 @@ struct UrlCase {
   unsigned int port;
   const char* url;
 };
+
+void PrintTo(const UrlCase& c, std::ostream* out) { *out << c.port; }
 
 class GenerateUrl : public testing::TestWithParam<UrlCase> {};
 
