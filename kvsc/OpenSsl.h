@@ -1,0 +1,74 @@
+#pragma once
+
+#include <openssl/bio.h>
+#include <openssl/err.h>
+#include <openssl/pem.h>
+#include <openssl/ssl.h>
+#include <openssl/x509.h>
+#include <openssl/x509v3.h>
+
+#include <string>
+
+#include "kvsc/OpenSslPtr.h"
+#include "kvsc/SSLSession.h"
+
+namespace kvsc {
+
+// What OpenSSL 3 does not offer, or means differently, under the names that the client uses. All
+// functions are safe on any thread; an error stays in the calling thread's error queue.
+
+/// `SSL_library_init` and `SSL_load_error_strings`: one call now, which the library also makes by
+/// itself.
+void startCryptoLibrary();
+
+/// `SSLv2_method` to `TLSv1_method`: there is one method for every version, and the context's
+/// bounds choose. Null for SSLv2, which no library has, and for values that name no family.
+SslContextPtr newClientContext(SSLMethodProtocolType family);
+
+/// A verify depth of one issuer: the issuer itself used to be counted, now only what stands between
+/// it and the server's certificate.
+inline constexpr int kVerifyDepthOfOneIssuer = 0;
+
+/// `PEM_read_bio_RSAPrivateKey`: `RSA` objects are deprecated. Keys of other kinds are refused.
+KeyPtr readRsaKey(BIO* pem, pem_password_cb* callback, void* userData);
+
+/// `SSL_get_peer_certificate`: the form that counts a reference was renamed. Null without one.
+X509* peerCertificateOf(const SSL* ssl);
+
+/// Application data 0 of the store context: its place is empty now, the TLS object has an index of
+/// its own. Null outside a handshake.
+SSL* sslOf(X509_STORE_CTX* context);
+
+/// `X509_STORE_get_by_subject`: an `X509_OBJECT` can no longer stand on the stack, and the look-up
+/// gave whichever list was added first. The newest list of that issuer, null for none.
+struct CrlFree {
+  void operator()(X509_CRL* crl) const { X509_CRL_free(crl); }
+};
+using CrlPtr = std::unique_ptr<X509_CRL, CrlFree>;
+CrlPtr newestCrlOf(X509_STORE* store, const X509_NAME* issuer);
+
+/// The packed code 0x14090086: function codes are gone, library and reason remain.
+bool isCertificateFailure(unsigned long code);
+
+/// `ERR_get_error_line_data`: deprecated for a form that also names the function. Returns the code
+/// of the oldest error, which leaves the queue, and 0 when there is none.
+unsigned long takeError(const char** file, int* line, const char** data, int* flags);
+
+/// `ERR_remove_state`: a thread's state goes with the thread. What is left to do is to leave no
+/// entry behind on a thread that lives on; `OPENSSL_thread_stop` would also take the state of the
+/// host's own use of the library away.
+void releaseThreadErrors();
+
+/// `CRYPTO_num_locks`, and the bit that asks for a lock: left are macros that are hidden among the
+/// deprecated ones. `CRYPTO_set_locking_callback` and its like compile to nothing at all.
+inline constexpr int kCryptoLocks = 1;
+inline constexpr int kCryptoLockBit = 1;
+
+/// Puts an error of the operating system (an `errno` value) into the queue, as the library's own
+/// connect BIO does; `what` says what was tried.
+void raiseSystemError(int number, const std::string& what);
+
+/// The same for a failure without a number of its own.
+void raiseLookupError(const std::string& what);
+
+}  // namespace kvsc
