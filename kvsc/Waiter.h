@@ -30,6 +30,10 @@ class Waiter {
   /// Lets every wait from now on end at once: for goodbyes that nobody waits for.
   void stopWaiting() { outcome_ = Outcome::kTimedOut; }
 
+  /// Forgets a wait that took too long, as long as the whole may go on; returns whether it may: for
+  /// another way to the same goal.
+  bool mayTryAgain();
+
   /// Waits until `fd` shows one of the poll `events`, or an error that the next call on it reports.
   Outcome waitFor(int fd, short events);
 
