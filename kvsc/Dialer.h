@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "kvsc/NameLookup.h"
+
 namespace kvsc {
 
 class Waiter;
@@ -25,7 +27,15 @@ class Dialer {
 /// Dials over TCP: every address that the system knows for the host, one after the other.
 class TcpDialer : public Dialer {
  public:
+  /// `lookup` starts the look-up of a name; an address in numbers needs none.
+  explicit TcpDialer(StartNameLookup lookup = startSystemLookup);
+
   int dial(const std::string& host, const std::string& port, Waiter& waiter) override;
+
+ private:
+  Addresses resolve(const std::string& host, Waiter& waiter);
+
+  const StartNameLookup lookup_;
 };
 
 }  // namespace kvsc

@@ -1,0 +1,107 @@
+#include "kvsc/Dialer.h"
+
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <utility>
+
+#include "kvsc/OpenSsl.h"
+#include "kvsc/ServicePort.h"
+#include "kvsc/UniqueFd.h"
+#include "kvsc/Waiter.h"
+
+namespace kvsc {
+namespace {
+
+// A look-up has no descriptor to poll beside the token's, so it is waited for in slices.
+constexpr std::chrono::milliseconds kLookupSlice{10};
+
+std::string withoutBrackets(const std::string& host) {
+  const bool bracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
+  return bracketed ? host.substr(1, host.size() - 2) : host;
+}
+
+int errorOf(Waiter::Outcome outcome) {
+  return outcome == Waiter::Outcome::kCancelled ? ECANCELED : ETIMEDOUT;
+}
+
+void setPort(sockaddr* address, std::uint16_t port) {
+  if (address->sa_family == AF_INET) {
+    reinterpret_cast<sockaddr_in*>(address)->sin_port = htons(port);
+  } else if (address->sa_family == AF_INET6) {
+    reinterpret_cast<sockaddr_in6*>(address)->sin6_port = htons(port);
+  }
+}
+
+int pendingError(int fd) {
+  int error = 0;
+  socklen_t size = sizeof error;
+  return getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &size) == 0 ? error : errno;
+}
+
+// Returns 0 or an errno value.
+int connectSocket(int fd, const addrinfo& address, Waiter& waiter) {
+  if (::connect(fd, address.ai_addr, address.ai_addrlen) == 0) return 0;
+  if (errno != EINPROGRESS && errno != EINTR) return errno;
+  const Waiter::Outcome outcome = waiter.waitFor(fd, POLLOUT);
+  return outcome == Waiter::Outcome::kReady ? pendingError(fd) : errorOf(outcome);
+}
+
+UniqueFd openSocket(const addrinfo& address, Waiter& waiter, int* error) {
+  UniqueFd fd(::socket(address.ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, IPPROTO_TCP));
+  *error = fd ? connectSocket(fd.get(), address, waiter) : errno;
+  if (*error != 0) return UniqueFd();
+  const int on = 1;
+  setsockopt(fd.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  return fd;
+}
+
+}  // namespace
+
+TcpDialer::TcpDialer(StartNameLookup lookup) : lookup_(std::move(lookup)) {}
+
+int TcpDialer::dial(const std::string& host, const std::string& port, Waiter& waiter) {
+  const auto number = servicePort(port);
+  if (!number) {
+    raiseLookupError("no such port: " + port);
+    return -1;
+  }
+  const Addresses addresses = resolve(withoutBrackets(host), waiter);
+  if (!addresses) return -1;
+  int error = 0;
+  for (addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next) {
+    setPort(address->ai_addr, *number);
+    UniqueFd fd = openSocket(*address, waiter, &error);
+    if (fd) return fd.release();
+    if (!waiter.mayTryAgain()) break;
+  }
+  raiseSystemError(error, "connecting to " + host + ":" + port);
+  return -1;
+}
+
+Addresses TcpDialer::resolve(const std::string& host, Waiter& waiter) {
+  // An empty name would stand for this machine, a name with a NUL for the part before it.
+  if (host.empty() || host.find('\0') != std::string::npos) {
+    raiseLookupError("no such host: an empty name or one with a zero byte");
+    return nullptr;
+  }
+  if (Addresses numeric = numericAddress(host)) return numeric;
+  const std::unique_ptr<NameLookup> lookup = lookup_(host);
+  const auto begin = Waiter::Clock::now();
+  while (!lookup->waitFor(kLookupSlice)) {
+    const Waiter::Outcome outcome = waiter.mayGoOn(begin);
+    if (outcome == Waiter::Outcome::kReady) continue;
+    raiseSystemError(errorOf(outcome), "looking up " + host);
+    return nullptr;
+  }
+  int error = 0;
+  Addresses found = lookup->take(&error);
+  if (!found) raiseLookupError("looking up " + host + ": " + gai_strerror(error));
+  return found;
+}
+
+}  // namespace kvsc

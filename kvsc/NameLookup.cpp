@@ -1,0 +1,150 @@
+#include "kvsc/NameLookup.h"
+
+#include <csignal>
+#include <ctime>
+#include <list>
+#include <mutex>
+#include <utility>
+
+#if defined(__SANITIZE_THREAD__)
+#define KVSC_LOOKUP_ON_OWN_THREAD
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define KVSC_LOOKUP_ON_OWN_THREAD
+#endif
+#endif
+
+namespace kvsc {
+namespace {
+
+addrinfo streamHints(int flags) {
+  addrinfo hints{};
+  hints.ai_socktype = SOCK_STREAM;
+  hints.ai_protocol = IPPROTO_TCP;
+  hints.ai_flags = flags;
+  return hints;
+}
+
+#ifdef KVSC_LOOKUP_ON_OWN_THREAD
+
+// ThreadSanitizer crashes on threads that the C library starts by itself, so that under it the
+// calling thread has to ask.
+class DirectLookup : public NameLookup {
+ public:
+  explicit DirectLookup(const std::string& host) {
+    const addrinfo hints = streamHints(0);
+    addrinfo* found = nullptr;
+    error_ = getaddrinfo(host.c_str(), nullptr, &hints, &found);
+    addresses_.reset(found);
+  }
+
+  bool waitFor(std::chrono::milliseconds) override { return true; }
+
+  Addresses take(int* error) override {
+    *error = error_;
+    return std::move(addresses_);
+  }
+
+ private:
+  int error_ = 0;
+  Addresses addresses_;
+};
+
+using SystemLookup = DirectLookup;
+
+#else
+
+// What the C library holds on to while it asks.
+struct Request {
+  explicit Request(const std::string& host) : name(host), hints(streamHints(0)) {
+    block.ar_name = name.c_str();
+    block.ar_request = &hints;
+  }
+  Request(const Request&) = delete;
+  Request& operator=(const Request&) = delete;
+  ~Request() {
+    if (block.ar_result != nullptr) freeaddrinfo(block.ar_result);
+  }
+
+  bool running() { return gai_error(&block) == EAI_INPROGRESS; }
+
+  const std::string name;
+  const addrinfo hints;
+  gaicb block{};
+};
+
+// Requests that nobody waits for any more but the C library still works on. Never destroyed: it may
+// do so until the process ends.
+class Abandoned {
+ public:
+  static Abandoned& instance() {
+    static auto* const abandoned = new Abandoned;
+    return *abandoned;
+  }
+
+  void add(std::unique_ptr<Request> request) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    requests_.push_back(std::move(request));
+  }
+
+  void freeFinished() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    requests_.remove_if([](const auto& request) { return !request->running(); });
+  }
+
+ private:
+  std::mutex mutex_;
+  std::list<std::unique_ptr<Request> > requests_;
+};
+
+class SystemLookup : public NameLookup {
+ public:
+  explicit SystemLookup(const std::string& host) : request_(std::make_unique<Request>(host)) {
+    Abandoned::instance().freeFinished();
+    gaicb* list[] = {&request_->block};
+    sigevent silent{};
+    silent.sigev_notify = SIGEV_NONE;
+    startError_ = getaddrinfo_a(GAI_NOWAIT, list, 1, &silent);
+  }
+
+  ~SystemLookup() override {
+    if (startError_ != 0 || !request_->running()) return;
+    if (gai_cancel(&request_->block) == EAI_NOTCANCELED) {
+      Abandoned::instance().add(std::move(request_));
+    }
+  }
+
+  bool waitFor(std::chrono::milliseconds limit) override {
+    if (startError_ != 0) return true;
+    const gaicb* list[] = {&request_->block};
+    const timespec timeout{limit.count() / 1000, limit.count() % 1000 * 1'000'000};
+    gai_suspend(list, 1, &timeout);
+    return !request_->running();
+  }
+
+  Addresses take(int* error) override {
+    *error = startError_ != 0 ? startError_ : gai_error(&request_->block);
+    return Addresses(std::exchange(request_->block.ar_result, nullptr));
+  }
+
+ private:
+  std::unique_ptr<Request> request_;
+  int startError_ = 0;
+};
+
+#endif
+
+}  // namespace
+
+std::unique_ptr<NameLookup> startSystemLookup(const std::string& host) {
+  return std::make_unique<SystemLookup>(host);
+}
+
+Addresses numericAddress(const std::string& host) {
+  const addrinfo hints = streamHints(AI_NUMERICHOST);
+  addrinfo* found = nullptr;
+  if (getaddrinfo(host.c_str(), nullptr, &hints, &found) != 0) return nullptr;
+  return Addresses(found);
+}
+
+}  // namespace kvsc
