@@ -119,13 +119,29 @@ class SSLConnect {
   /// Locks that `lockingFunction` knows.
   static std::size_t getLockCount();
 
-  const std::string& getEnvironment() const { return environment_; }
   void clearResponseHeaders() { responseHeaders_.clear(); }
   void addDownloaded(int bytes);
+
+  /// Leaves the text of an exception behind and hands it to the error callback. Returns 0.
+  int reportException(const char* text) noexcept;
+
   /// `checkErrors` for those who need the text alone.
   void collectErrors();
 
  private:
+  static void initializeOnce();
+  static void countConnection(int change);
+
+  bool fail(const char* text);
+  bool readCertificates();
+  bool prepareChecks(SSL_CTX* context, const SSLSession& session, std::string* password);
+  bool trustAuthority(SSL_CTX* context);
+  bool readClientKey(std::string* password);
+  bool installCredentials(SSL_CTX* context, const SSLSession& session);
+  BIO* open(SSLSession* session);
+  BIO* dial(SSLSession* session);
+  BIO* shakeHands(SSLSession* session);
+
   std::int32_t totalDownloaded_ = 0;
   std::map<std::string, std::string> responseHeaders_;
   ErrorCallback errorCallback_ = nullptr;

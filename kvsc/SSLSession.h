@@ -26,6 +26,8 @@ enum SSLMethodProtocolType : std::int32_t {
 /// is ever shared or resumed between sessions.
 class SSLSession {
  public:
+  static constexpr int kDefaultProxyPort = 443;
+  static constexpr unsigned int kDefaultDownloadSize = 4096;
   static constexpr int kDefaultWaitTimeout = 30'000;
   static constexpr int kDefaultExchangeTimeout = 120'000;
 
@@ -165,9 +167,9 @@ class SSLSession {
   std::string password_;
   std::string cipherList_;
   std::string proxyURL_;
-  int proxyPort_ = 443;
+  int proxyPort_ = kDefaultProxyPort;
   bool useSSL_ = false;
-  unsigned int downloadSize_ = 4096;
+  unsigned int downloadSize_ = kDefaultDownloadSize;
   std::string userAgent_;
   int maxRedirectCount_ = 0;
   int redirectCount_ = 0;

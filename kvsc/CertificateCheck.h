@@ -1,0 +1,32 @@
+#pragma once
+
+#include <openssl/types.h>
+
+#include <string>
+
+namespace kvsc {
+
+/// What a revocation list says against a certificate.
+struct CrlVerdict {
+  bool accepted = true;
+  std::string text;    ///< why not; empty for none
+  int storeError = 0;  ///< X509 verification result to note; 0 to leave what is there
+};
+
+/// Checks a certificate against the lists of `store`: the list that it issued itself, if there is
+/// one, must be signed by it and be in force; the list of its issuer must not name it. Any thread.
+CrlVerdict checkAgainstCrls(X509* certificate, X509_STORE* store);
+
+/// Whether one of the certificate's subjectAltName entries is this DNS name, byte for byte.
+bool hasDnsName(const X509* certificate, const std::string& host);
+
+/// Whether the certificate's subject has a common name, and that is another than `host`.
+bool hasOtherCommonName(const X509* certificate, const std::string& host);
+
+/// Issuer or subject as one line of at most 255 characters, for messages only.
+std::string nameLine(const X509_NAME* name);
+
+/// One line on the certificate that the store context has just refused.
+std::string refusalText(X509_STORE_CTX* context);
+
+}  // namespace kvsc

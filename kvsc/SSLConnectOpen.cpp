@@ -1,0 +1,112 @@
+// From the session's settings to an open connection.
+#include <array>
+#include <cerrno>
+
+#include "kvsc/Dialer.h"
+#include "kvsc/HttpRequest.h"
+#include "kvsc/NameLookup.h"
+#include "kvsc/OpenSsl.h"
+#include "kvsc/SSLConnect.h"
+#include "kvsc/SocketBio.h"
+#include "kvsc/Tunnel.h"
+
+namespace kvsc {
+namespace {
+
+constexpr std::array<const char*, 9> kErrorNames = {"SSL_ERROR_NONE",
+                                                    "SSL_ERROR_SSL",
+                                                    "SSL_ERROR_WANT_READ",
+                                                    "SSL_ERROR_WANT_WRITE",
+                                                    "SSL_ERROR_WANT_X509_LOOKUP",
+                                                    "SSL_ERROR_SYSCALL",
+                                                    "SSL_ERROR_ZERO_RETURN",
+                                                    "SSL_ERROR_WANT_CONNECT",
+                                                    "SSL_ERROR_WANT_ACCEPT"};
+
+const char* nameOf(int error) {
+  const auto index = static_cast<std::size_t>(error);
+  return index < kErrorNames.size() ? kErrorNames[index] : "";
+}
+
+Waiter waiterFor(const SSLSession& session) {
+  return Waiter(session.getCancelToken(), Waiter::Milliseconds(session.getWaitTimeout()),
+                Waiter::Milliseconds(session.getExchangeTimeout()));
+}
+
+int dialFor(const SSLSession& session, Waiter& waiter) {
+  TcpDialer tcp;
+  Dialer* dialer = session.getDialer() != nullptr ? session.getDialer() : &tcp;
+  if (session.getProxyURL().empty()) {
+    return dialer->dial(session.getHost(), session.getPort(), waiter);
+  }
+  return dialer->dial(session.getProxyURL(), std::to_string(session.getProxyPort()), waiter);
+}
+
+// The server's name goes out in the clear greeting, so that it can choose its certificate. Only
+// names do: an address is none, and a name's trailing dot is not part of it.
+bool sendServerName(SSL* ssl, std::string host) {
+  if (host.ends_with('.')) host.pop_back();
+  if (host.empty() || numericAddress(host)) return true;
+  return SSL_set_tlsext_host_name(ssl, host.c_str()) == 1;
+}
+
+}  // namespace
+
+BIO* SSLConnect::connect(SSLSession* session) {
+  try {
+    ERR_clear_error();
+    return open(session);
+  } catch (...) {
+    session->setHandshakeOwner(nullptr);
+    reportException("SSLConnect::connect() Unknown exception caught");
+    return nullptr;
+  }
+}
+
+BIO* SSLConnect::open(SSLSession* session) {
+  const std::string refusal = HttpRequest::findForbidden({.host = session->getHost(),
+                                                          .port = session->getPort(),
+                                                          .userAgent = session->getUserAgent()});
+  if (!refusal.empty()) {
+    errorString_ = refusal;
+    return nullptr;
+  }
+  std::string* password = session->getPassword().empty() ? nullptr : session->getPasswordAddress();
+  if (session->getUseSSL() && setupContext(session, password) == 0) return nullptr;
+  BIO* bio = dial(session);
+  if (bio == nullptr) return nullptr;
+  if (!session->getProxyURL().empty() && !openTunnel(bio, *session)) return nullptr;
+  if (session->getUseSSL()) return shakeHands(session);
+  session->setHandshakeOwner(nullptr);
+  return bio;
+}
+
+BIO* SSLConnect::dial(SSLSession* session) {
+  Waiter waiter = waiterFor(*session);
+  if (waiter.mayGoOn(Waiter::Clock::now()) != Waiter::Outcome::kReady) {
+    raiseSystemError(ECANCELED, "connecting");
+    return nullptr;
+  }
+  const int fd = dialFor(*session, waiter);
+  BioPtr bio = fd >= 0 ? newSocketBio(fd, waiter) : nullptr;
+  session->setConnect(bio.release());
+  return session->getConnect();
+}
+
+BIO* SSLConnect::shakeHands(SSLSession* session) {
+  SSL* ssl = SSL_new(session->getSslContext());
+  if (ssl == nullptr) return nullptr;
+  session->setHandshakeOwner(this);
+  SSL_set_app_data(ssl, session);
+  session->setSsl(ssl);
+  SSL_set_bio(ssl, session->getConnect(), session->getConnect());
+  ERR_clear_error();
+  const int result = sendServerName(ssl, session->getHost()) ? SSL_connect(ssl) : -1;
+  const int error = result > 0 ? SSL_ERROR_NONE : SSL_get_error(ssl, result);
+  session->setHandshakeOwner(nullptr);
+  if (result > 0) return session->getConnect();
+  if (errorString_.empty()) errorString_ = nameOf(error);
+  return nullptr;
+}
+
+}  // namespace kvsc

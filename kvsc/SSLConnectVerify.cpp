@@ -1,0 +1,56 @@
+// Is the peer who it should be?
+#include "kvsc/CertificateCheck.h"
+#include "kvsc/OpenSsl.h"
+#include "kvsc/SSLConnect.h"
+
+namespace kvsc {
+namespace {
+
+void tellOwner(const SSLSession& session, const std::string& text) {
+  SSLConnect* owner = session.getHandshakeOwner();
+  if (owner != nullptr && !text.empty()) owner->setErrorString(text);
+}
+
+// What there is to say about a refused certificate. It is built where a debugger finds it, and
+// dropped: the handshake's end is reported by `connect` under its own name, and the library's error
+// queue tells the certificate apart from other reasons.
+void describeRefusal(X509_STORE_CTX* context, const SSLSession* session) {
+  std::string text = refusalText(context);
+  const SSLConnect* owner = session != nullptr ? session->getHandshakeOwner() : nullptr;
+  if (owner != nullptr) text += owner->getErrorString();
+}
+
+}  // namespace
+
+int SSLConnect::verifyCallback(int ok, X509_STORE_CTX* context) {
+  try {
+    SSL* ssl = sslOf(context);
+    auto* session = ssl != nullptr ? static_cast<SSLSession*>(SSL_get_app_data(ssl)) : nullptr;
+    if (ssl != nullptr) ok = crlCheck(ok, context, session);
+    if (ok != 0) return ok;
+    describeRefusal(context, session);
+  } catch (...) {
+    // No memory: the handshake ends, as it does without a text.
+  }
+  return 0;
+}
+
+int SSLConnect::crlCheck(int ok, X509_STORE_CTX* context, SSLSession* session) {
+  if (session == nullptr || session->getCrlStore() == nullptr) return ok;
+  const CrlVerdict verdict =
+      checkAgainstCrls(X509_STORE_CTX_get_current_cert(context), session->getCrlStore());
+  tellOwner(*session, verdict.text);
+  if (verdict.storeError != 0) X509_STORE_CTX_set_error(context, verdict.storeError);
+  return verdict.accepted ? ok : 0;
+}
+
+long SSLConnect::postConnectionCheck(SSL* ssl, const std::string& host) {
+  const X509* certificate = ssl != nullptr ? peerCertificateOf(ssl) : nullptr;
+  if (certificate == nullptr) return X509_V_ERR_APPLICATION_VERIFICATION;
+  if (!hasDnsName(certificate, host) && hasOtherCommonName(certificate, host)) {
+    return X509_V_ERR_APPLICATION_VERIFICATION;
+  }
+  return SSL_get_verify_result(ssl);
+}
+
+}  // namespace kvsc
