@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "kvsc/DataBuffer.h"
 #include "kvsc/HttpErrorIds.h"
@@ -105,6 +106,47 @@ class SSLClient : public SSLConnect {
   void setText(std::size_t index, const std::string& text) { texts_.at(index) = text; }
 
  private:
+  struct Request;
+
+  /// Runs a part of an exchange; whatever it throws is a failure.
+  template <typename Operation>
+  HttpErrorIds guarded(SSLSession* session, Operation operation) noexcept {
+    try {
+      return operation();
+    } catch (...) {
+      return giveUp(session);
+    }
+  }
+  HttpErrorIds giveUp(SSLSession* session) noexcept;
+
+  static void prepare(SSLSession* session, SSLMethodProtocolType method);
+  int finish(HttpErrorIds sent, bool withBody, SSLSession* session, HttpErrorIds* result);
+
+  HttpErrorIds follow(std::string url, const Request& request, SSLSession* session);
+  HttpErrorIds resolve(std::string url, SSLSession* session, std::string* found);
+  HttpErrorIds exchange(const std::string& url, const Request& request, SSLSession* session);
+  HttpErrorIds openFor(const std::string& url, const Request& request, SSLSession* session,
+                       std::string* path);
+  bool isSafe(const Request& request, const SSLSession& session, const std::string& path);
+  HttpErrorIds connectFailure(SSLSession* session);
+  HttpErrorIds checkPeer(SSLSession* session);
+  static unsigned char* build(const Request& request, const SSLSession& session,
+                              const std::string& path, int* length);
+  void leaveHop(SSLSession* session);
+  HttpErrorIds failed(const std::string& text);
+
+  bool writeEncrypted(SSLSession* session, const unsigned char* data, int length);
+  bool writePlain(SSLSession* session, const unsigned char* data, int length);
+  bool growBuffer(const SSLSession& session);
+  HttpErrorIds takeResponse(SSLSession* session, bool suppressRedirectHeaders);
+  bool readHeaderBlock(std::string_view block, bool suppressRedirectHeaders);
+  void takeFirstBody(char* data, int length, bool suppressRedirectHeaders);
+  void deliver(char* data, int length);
+  HttpErrorIds streamBody(SSLSession* session);
+  bool takeBody(char* data, int length);
+  HttpErrorIds endOfBody(SSLSession* session, int count);
+  HttpErrorIds readFailure(SSLSession* session);
+
   std::array<std::string, 4> texts_;
   DataCallback headerCallback_ = nullptr;
   DataCallback bodyCallback_ = nullptr;

@@ -1,0 +1,221 @@
+// From an address to the headers of the response, redirects included.
+#include <strings.h>
+
+#include <cstdio>
+#include <memory>
+
+#include "kvsc/CancelToken.h"
+#include "kvsc/HttpRequest.h"
+#include "kvsc/HttpStatus.h"
+#include "kvsc/HttpUtilityVirtual.h"
+#include "kvsc/OpenSsl.h"
+#include "kvsc/SSLClient.h"
+
+namespace kvsc {
+
+/// What a request says besides its address: the same on every hop of a redirection.
+struct SSLClient::Request {
+  std::string method;
+  long ifModifiedSince = 0;
+  std::string responseType;
+  const unsigned char* data = nullptr;
+  int length = 0;
+  std::string extraHeaders;
+
+  bool isPost() const { return strcasecmp(method.c_str(), "post") == 0; }
+};
+
+namespace {
+
+constexpr const char* kRedirectRefused =
+    "Redirection url is not defined or redirect count exceeded.";
+constexpr const char* kPostContentType = "text/xml";
+constexpr const char* kPostCharset = "UTF-8";
+
+// What a server that leads in circles is followed for, where nobody counts.
+constexpr int kMostHops = 50;
+
+using Bytes = std::unique_ptr<unsigned char[]>;
+
+bool mayRedirect(const SSLSession& session) {
+  return session.getRedirectCount() < session.getMaxRedirectCount();
+}
+
+bool isCancelled(const SSLSession& session) {
+  return session.getCancelToken() != nullptr && session.getCancelToken()->isCancelled();
+}
+
+// A query is part of the request line: only zero bytes of it are beyond suspicion.
+bool isQuery(const unsigned char* data, int length) {
+  const std::string_view text(reinterpret_cast<const char*>(data),
+                              static_cast<std::size_t>(length));
+  return text.find_first_of("\r\n") == std::string_view::npos;
+}
+
+}  // namespace
+
+HttpErrorIds SSLClient::sendRequest(const std::string& url, long ifModifiedSince,
+                                    const std::string& method, SSLSession* session,
+                                    const std::string& responseType, const unsigned char* data,
+                                    int length, const std::string& extraHeaders) {
+  const int known = data != nullptr && length > 0 ? length : 0;
+  return guarded(session, [&] {
+    return follow(url, {method, ifModifiedSince, responseType, data, known, extraHeaders}, session);
+  });
+}
+
+HttpErrorIds SSLClient::sendRequest(const std::string& url, long ifModifiedSince,
+                                    const std::string& method, SSLSession* session,
+                                    const std::string& responseType, const std::string& data,
+                                    const std::string& extraHeaders) {
+  return sendRequest(url, ifModifiedSince, method, session, responseType,
+                     reinterpret_cast<const unsigned char*>(data.data()),
+                     static_cast<int>(data.size()), extraHeaders);
+}
+
+HttpErrorIds SSLClient::follow(std::string url, const Request& request, SSLSession* session) {
+  setErrorString("");
+  close(session);
+  for (;;) {
+    const HttpErrorIds outcome = exchange(url, request, session);
+    if (outcome != HTTP_ERROR_NONE) return outcome;
+    if (!isRedirect(getResponseCode())) return outcomeOfStatus(getResponseCode());
+    const std::string location = getResponseValue("Location");
+    if (location.empty() || !mayRedirect(*session)) return failed(kRedirectRefused);
+    leaveHop(session);
+    session->setRedirectCount(session->getRedirectCount() + 1);
+    url = location;
+  }
+}
+
+// One connection, one request, the headers of its response.
+HttpErrorIds SSLClient::exchange(const std::string& url, const Request& request,
+                                 SSLSession* session) {
+  std::string path;
+  const HttpErrorIds opened = openFor(url, request, session, &path);
+  if (opened != HTTP_ERROR_NONE) return opened;
+  int length = 0;
+  const Bytes bytes(build(request, *session, path, &length));
+  HttpErrorIds written = HTTP_ERROR_NONE;
+  if (writeData(session, bytes.get(), length, &written) != HTTP_ERROR_NONE) {
+    return written == HTTP_ERROR_CANCELLED ? written : failed("SSLClient::writeData failed.");
+  }
+  return static_cast<HttpErrorIds>(readHeaders(session, true));
+}
+
+HttpErrorIds SSLClient::openFor(const std::string& url, const Request& request, SSLSession* session,
+                                std::string* path) {
+  std::string host;
+  std::string port;
+  bool isHttps = false;
+  if (HttpRequest::parseUri(url, &host, &port, path, &isHttps) != 0) return HTTP_ERROR_FAILED;
+  session->setUseSSL(isHttps);
+  session->setHost(host);
+  session->setPort(port);
+  clearResponseHeaders();
+  if (!isSafe(request, *session, *path)) return HTTP_ERROR_FAILED;
+  if (connect(session) == nullptr) return connectFailure(session);
+  return checkPeer(session);
+}
+
+bool SSLClient::isSafe(const Request& request, const SSLSession& session, const std::string& path) {
+  std::string refusal = HttpRequest::findForbidden({.method = request.method,
+                                                    .host = session.getHost(),
+                                                    .port = session.getPort(),
+                                                    .path = path,
+                                                    .responseType = request.responseType,
+                                                    .userAgent = session.getUserAgent(),
+                                                    .contentType = {},
+                                                    .charset = {},
+                                                    .extraHeaders = request.extraHeaders});
+  if (refusal.empty() && !request.isPost() && !isQuery(request.data, request.length)) {
+    refusal = "Request refused: the query holds a line end.";
+  }
+  if (refusal.empty()) return true;
+  setErrorString(refusal);
+  return false;
+}
+
+HttpErrorIds SSLClient::connectFailure(SSLSession* session) {
+  const bool certificate = isCertificateFailure(ERR_peek_error());
+  collectErrors();
+  close(session);
+  if (isCancelled(*session)) return HTTP_ERROR_CANCELLED;
+  return certificate ? HTTP_ERROR_CERTIFICATE : HTTP_ERROR_FAILED;
+}
+
+HttpErrorIds SSLClient::checkPeer(SSLSession* session) {
+  if (!session->getCheckCertificate()) return HTTP_ERROR_NONE;
+  const long verdict = postConnectionCheck(session->getSsl(), session->getHost());
+  if (verdict == X509_V_OK) return HTTP_ERROR_NONE;
+  const std::string text = X509_verify_cert_error_string(verdict);
+  std::puts(text.c_str());
+  return failed(text);
+}
+
+unsigned char* SSLClient::build(const Request& request, const SSLSession& session,
+                                const std::string& path, int* length) {
+  if (request.isPost()) {
+    return HttpRequest::generatePostRequest(session.getHost(), path, length,
+                                            request.ifModifiedSince, request.responseType,
+                                            session.getUserAgent(), kPostContentType, kPostCharset,
+                                            request.data, request.length, request.extraHeaders);
+  }
+  return HttpRequest::generateRequest(request.method, session.getHost(), path, length,
+                                      request.ifModifiedSince, request.responseType,
+                                      session.getUserAgent(), "", "", request.data, request.length,
+                                      request.extraHeaders);
+}
+
+// Forgets what a response that only leads elsewhere has brought.
+void SSLClient::leaveHop(SSLSession* session) {
+  close(session);
+  if (callerUtility_ != nullptr) callerUtility_->setBuffer(nullptr, 0);
+  buffer_.Free();
+  setTotalDownloaded(0);
+}
+
+HttpErrorIds SSLClient::failed(const std::string& text) {
+  setErrorString(text);
+  return HTTP_ERROR_FAILED;
+}
+
+std::string SSLClient::getRedirectUrl(const std::string& url, HttpErrorIds* result,
+                                      SSLSession* session, SSLMethodProtocolType method) {
+  std::string found;
+  const HttpErrorIds outcome = guarded(session, [&] {
+    prepare(session, method);
+    return resolve(url, session, &found);
+  });
+  close(session);
+  if (result != nullptr) *result = outcome;
+  return found;
+}
+
+// Each hop hands its own Location back unless the hops behind it came to a good end, so that a
+// failure anywhere leaves the first Location.
+HttpErrorIds SSLClient::resolve(std::string url, SSLSession* session, std::string* found) {
+  setErrorString("");
+  close(session);
+  Request head;
+  head.method = "HEAD";
+  head.responseType = "text/xml";
+  std::string first;
+  for (int hop = 0;; ++hop) {
+    const HttpErrorIds outcome = exchange(url, head, session);
+    if (outcome != HTTP_ERROR_NONE || !isMoved(getResponseCode())) {
+      *found = outcome == HTTP_ERROR_NONE && hop > 0 ? url : first;
+      return outcome;
+    }
+    const std::string location = getResponseValue("Location");
+    if (location.empty() || !mayRedirect(*session) || hop == kMostHops) {
+      *found = first;
+      return failed(kRedirectRefused);
+    }
+    leaveHop(session);
+    if (hop == 0) first = location;
+    url = location;
+  }
+}
+
+}  // namespace kvsc

@@ -1,0 +1,182 @@
+// The bytes of an open connection, in both directions.
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <string_view>
+
+#include "kvsc/HttpStatus.h"
+#include "kvsc/OpenSsl.h"
+#include "kvsc/SSLClient.h"
+#include "kvsc/SocketBio.h"
+
+namespace kvsc {
+namespace {
+
+constexpr int kWriteAttempts = 10;
+constexpr Waiter::Milliseconds kWritePause{100};
+constexpr std::string_view kBlankLine = "\r\n\r\n";
+constexpr int kHeaderLineSize = 1024;
+constexpr const char* kNoMemory = "Unable to get memory for the response";
+
+int readSome(SSLSession* session, char* buffer, int size) {
+  return session->getSsl() != nullptr ? SSL_read(session->getSsl(), buffer, size)
+                                      : BIO_read(session->getConnect(), buffer, size);
+}
+
+int readSize(const SSLSession& session) {
+  return static_cast<int>(std::min<unsigned>(session.getDownloadSize(), INT_MAX));
+}
+
+// How the waits of the session's connection are doing; a BIO of another kind has none.
+Waiter::Outcome waitOutcome(const SSLSession& session) {
+  const Waiter* waiter = waiterOf(session.getConnect());
+  return waiter != nullptr ? waiter->outcome() : Waiter::Outcome::kReady;
+}
+
+HttpErrorIds waitFailure(const SSLSession& session) {
+  return waitOutcome(session) == Waiter::Outcome::kCancelled ? HTTP_ERROR_CANCELLED
+                                                             : HTTP_ERROR_FAILED;
+}
+
+void pause(SSLSession* session, Waiter::Milliseconds length) {
+  Waiter unlimited(session->getCancelToken(), Waiter::Milliseconds(0), Waiter::Milliseconds(0));
+  Waiter* waiter = waiterOf(session->getConnect());
+  (waiter != nullptr ? waiter : &unlimited)->pause(length);
+}
+
+// A peer that ends the stream says why before it does so; a write that finds it ended does not ask.
+void hearReason(SSL* ssl) {
+  std::array<char, 256> unused{};
+  SSL_read(ssl, unused.data(), static_cast<int>(unused.size()));
+}
+
+}  // namespace
+
+int SSLClient::writeData(SSLSession* session, unsigned char* data, int length,
+                         HttpErrorIds* result) {
+  const bool written = session->getSsl() != nullptr ? writeEncrypted(session, data, length)
+                                                    : writePlain(session, data, length);
+  const HttpErrorIds outcome = written ? HTTP_ERROR_NONE : waitFailure(*session);
+  if (!written) collectErrors();
+  if (!written && result != nullptr) *result = outcome;
+  return outcome;
+}
+
+bool SSLClient::writeEncrypted(SSLSession* session, const unsigned char* data, int length) {
+  if (SSL_write(session->getSsl(), data, length) > 0) return true;
+  hearReason(session->getSsl());
+  return false;
+}
+
+bool SSLClient::writePlain(SSLSession* session, const unsigned char* data, int length) {
+  for (int attempt = 1;; ++attempt) {
+    if (BIO_write(session->getConnect(), data, length) > 0) return true;
+    if (attempt == kWriteAttempts || waitOutcome(*session) != Waiter::Outcome::kReady) return false;
+    ERR_clear_error();
+    pause(session, kWritePause);
+  }
+}
+
+int SSLClient::readHeaders(SSLSession* session, bool suppressRedirectHeaders) {
+  return guarded(session, [&] { return takeResponse(session, suppressRedirectHeaders); });
+}
+
+HttpErrorIds SSLClient::takeResponse(SSLSession* session, bool suppressRedirectHeaders) {
+  if (!growBuffer(*session)) return failed(kNoMemory);
+  const int count = readSome(session, buffer_.GetData(), readSize(*session));
+  if (count == 0) return HTTP_ERROR_NONE;
+  if (count < 0) return readFailure(session);
+  const std::string_view bytes(buffer_.GetData(), static_cast<std::size_t>(count));
+  // A block that does not end within the first read is no block at all.
+  const std::size_t blankLine = bytes.find(kBlankLine);
+  const std::size_t headers =
+      blankLine != std::string_view::npos ? blankLine + kBlankLine.size() : 0;
+  if (headers > 0 && !readHeaderBlock(bytes.substr(0, headers), suppressRedirectHeaders)) {
+    return failed(kNoMemory);
+  }
+  takeFirstBody(buffer_.GetData() + headers, count - static_cast<int>(headers),
+                suppressRedirectHeaders);
+  return HTTP_ERROR_NONE;
+}
+
+bool SSLClient::readHeaderBlock(std::string_view block, bool suppressRedirectHeaders) {
+  const BioPtr lines(BIO_new_mem_buf(block.data(), static_cast<int>(block.size())));
+  if (!lines) return false;
+  std::array<char, kHeaderLineSize> line{};
+  int length = 0;
+  while ((length = BIO_gets(lines.get(), line.data(), kHeaderLineSize)) > 0) {
+    parseHeaderLine(line.data(), length);
+    if (headerCallback_ == nullptr) continue;
+    if (suppressRedirectHeaders && isMoved(getResponseCode())) continue;
+    headerCallback_(line.data(), 1, static_cast<std::size_t>(length), headerContext_);
+  }
+  return true;
+}
+
+// The part of the body that came together with the headers.
+void SSLClient::takeFirstBody(char* data, int length, bool suppressRedirectHeaders) {
+  if (length <= 0) return;
+  addDownloaded(length);
+  // Chunk framing is not decoded; what came of it with the headers is dropped.
+  if (getResponseValue("Transfer-Encoding") == "chunked") return;
+  if (!(suppressRedirectHeaders && isMoved(getResponseCode()))) deliver(data, length);
+}
+
+void SSLClient::deliver(char* data, int length) {
+  const auto count = static_cast<std::size_t>(length);
+  if (bodyCallback_ != nullptr) bodyCallback_(data, 1, count, bodyContext_);
+  if (fileWriteCallback_ != nullptr && fileContext_ != nullptr) {
+    fileWriteCallback_(data, 1, count, fileContext_);
+  }
+}
+
+void SSLClient::readData(SSLSession* session, HttpErrorIds* result) {
+  const HttpErrorIds outcome = guarded(session, [&] { return streamBody(session); });
+  if (result != nullptr) *result = outcome;
+}
+
+HttpErrorIds SSLClient::streamBody(SSLSession* session) {
+  if (!growBuffer(*session)) return failed(kNoMemory);
+  for (;;) {
+    if (Waiter* waiter = waiterOf(session->getConnect())) waiter->restart();
+    const int count = readSome(session, buffer_.GetData(), readSize(*session));
+    if (count > 0 && !takeBody(buffer_.GetData(), count)) {
+      close(session);
+      return HTTP_ERROR_CANCELLED;
+    }
+    const int sleep = session->getDownloadLoopSleep();
+    if (sleep > 0) pause(session, Waiter::Milliseconds(sleep));
+    if (count <= 0) return endOfBody(session, count);
+  }
+}
+
+// Returns false when the caller wants no more.
+bool SSLClient::takeBody(char* data, int length) {
+  addDownloaded(length);
+  deliver(data, length);
+  if (progressCallback_ == nullptr) return true;
+  const auto total = static_cast<double>(getTotalDownloaded());
+  return progressCallback_(progressContext_, 0.0, total, 0.0, 0.0) != -1;
+}
+
+HttpErrorIds SSLClient::endOfBody(SSLSession* session, int count) {
+  // Over TLS a stream that breaks off counts as one that ends, unless it was given up on here.
+  const bool broken = count < 0 && session->getSsl() == nullptr;
+  if (broken || waitOutcome(*session) != Waiter::Outcome::kReady) return readFailure(session);
+  releaseThreadErrors();
+  return outcomeOfStatus(getResponseCode());
+}
+
+HttpErrorIds SSLClient::readFailure(SSLSession* session) {
+  const HttpErrorIds failure = waitFailure(*session);
+  collectErrors();
+  close(session);
+  return failure;
+}
+
+bool SSLClient::growBuffer(const SSLSession& session) {
+  const unsigned size = std::max(session.getDownloadSize(), 1U);
+  return buffer_.GetSize() >= size || buffer_.ReAlloc(size) == 0;
+}
+
+}  // namespace kvsc
