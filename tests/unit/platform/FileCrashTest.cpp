@@ -1,0 +1,75 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+#include <random>
+#include <sstream>
+#include <string>
+
+#include "kvpm/File.h"
+#include "playerx/platform/FileSync.h"
+#include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
+#include "tests/support/WaitFor.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using support::TempDir;
+
+// The version that the file holds; 0 when it does not hold exactly one whole version.
+unsigned long wholeVersion(const std::string& content) {
+  std::istringstream lines(content);
+  unsigned long version = 0;
+  unsigned long count = 0;
+  for (std::string line; std::getline(lines, line); ++count) {
+    if (line.starts_with("lines ")) {
+      const bool last = lines.peek() == std::istringstream::traits_type::eof();
+      return last && line == "lines " + std::to_string(count) ? version : 0;
+    }
+    const unsigned long read = std::stoul(line);
+    if (count > 0 && read != version) return 0;
+    version = read;
+  }
+  return 0;
+}
+
+TEST(FileCrash, AKilledWriterLeavesAWholeVersionAtAnyInstant) {
+  const TempDir folder;
+  const fs::path path = folder / "queue.xml";
+  std::mt19937 random(20240501);
+  std::uniform_int_distribution<std::size_t> versions(1, 40);
+  unsigned long known = 0;
+  for (int killing = 0; killing < 60; ++killing) {
+    support::Process writer({FILE_REWRITER, path.string(), std::to_string(known + 1)});
+    const std::size_t enough = versions(random);
+    ASSERT_TRUE(support::waitFor([&] { return writer.output().size() >= enough; }));
+    writer.send(SIGKILL);
+    ASSERT_EQ(writer.wait(), 128 + SIGKILL);
+    const unsigned long found = wholeVersion(support::readFile(path));
+    // What was in place stays in place; one more may have come since it was last announced.
+    const unsigned long announced = known + writer.output().size();
+    ASSERT_TRUE(found == announced || found == announced + 1) << found << " of " << announced;
+    known = found;
+  }
+}
+
+TEST(FileCrash, WhatKilledWritersLeftGoesWithTheNextWrite) {
+  const TempDir folder;
+  const fs::path path = folder / "queue.xml";
+  for (int killing = 0; killing < 20; ++killing) {
+    support::Process writer({FILE_REWRITER, path.string(), "1"});
+    ASSERT_TRUE(support::waitFor([&] { return !writer.output().empty(); }));
+    writer.send(SIGKILL);
+    ASSERT_TRUE(writer.wait());
+  }
+  folder.write(".queue.xml.00000000deadbeef.new", "of one more");
+  kvpm::File file;
+  ASSERT_EQ(file.open(path.wstring(), kvpm::FileOpenWrite), 0);
+  ASSERT_EQ(file.close(), 0);
+  playerx::flushFileSyncs();
+  const fs::directory_iterator all(folder.path());
+  EXPECT_EQ(std::distance(begin(all), end(all)), 1);
+}
+
+}  // namespace

@@ -1,0 +1,43 @@
+// Rewrites a file for ever, version after version, and says on standard output, a byte for each,
+// when one is in place. The test kills it.
+//
+// FileRewriter FILE FIRST_VERSION
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "kvpm/File.h"
+#include "kvpm/StringTools.h"
+
+namespace {
+
+// Every line carries the version, the last one says how many there are.
+std::string line(unsigned long version) { return std::to_string(version) + "\n"; }
+
+bool rewrite(const std::wstring& path, unsigned long version) {
+  kvpm::File file;
+  if (file.open(path, kvpm::FileOpenWrite) != 0) return false;
+  const unsigned long lines = 1 + version * 37 % 3000;
+  std::string content;
+  for (unsigned long number = 0; number < lines; ++number) {
+    content += line(version);
+    if (number % 500 != 0) continue;
+    file.write(content.data(), content.size());
+    content.clear();
+  }
+  content += "lines " + line(lines);
+  file.write(content.data(), content.size());
+  return file.close() == 0;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count != 3) return 2;
+  const std::wstring path = kvpm::StringTools::stringToWString(arguments[1]);
+  for (unsigned long version = std::strtoul(arguments[2], nullptr, 10);; ++version) {
+    if (!rewrite(path, version) || ::write(STDOUT_FILENO, ".", 1) != 1) return 1;
+  }
+}
