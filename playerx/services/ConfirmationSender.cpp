@@ -8,13 +8,12 @@ namespace playerx {
 
 namespace {
 
-constexpr std::chrono::seconds kFirstPause(1);
-constexpr std::chrono::seconds kLongestPause(60);
+constexpr std::chrono::milliseconds kLongestPause(60'000);
 
 }  // namespace
 
-ConfirmationSender::ConfirmationSender(Send send)
-    : send_(std::move(send)), thread_([this] { run(); }) {}
+ConfirmationSender::ConfirmationSender(Send send, std::chrono::milliseconds firstPause)
+    : send_(std::move(send)), firstPause_(firstPause), thread_([this] { run(); }) {}
 
 ConfirmationSender::~ConfirmationSender() {
   {
@@ -34,7 +33,7 @@ void ConfirmationSender::enqueue(std::string request) {
 }
 
 void ConfirmationSender::run() {
-  std::chrono::seconds pause = kFirstPause;
+  std::chrono::milliseconds pause = firstPause_;
   std::unique_lock<std::mutex> lock(mutex_);
   for (;;) {
     wake_.wait(lock, [this] { return ending_ || !requests_.empty(); });
@@ -47,7 +46,7 @@ void ConfirmationSender::run() {
     if (lastTry && !arrived) return;
     if (arrived) {
       requests_.pop_front();
-      pause = kFirstPause;
+      pause = firstPause_;
     } else {
       wake_.wait_for(lock, pause, [this] { return ending_; });
       pause = std::min(pause * 2, kLongestPause);

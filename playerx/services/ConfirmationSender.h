@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -18,7 +19,10 @@ class ConfirmationSender {
   /// Sends one request; returns whether it arrived. Called on the sender's thread.
   using Send = std::function<bool(const std::string& request)>;
 
-  explicit ConfirmationSender(Send send);
+  /// `firstPause` is the pause after the first failure in a row; each further one doubles it, up to
+  /// a minute.
+  explicit ConfirmationSender(Send send,
+                              std::chrono::milliseconds firstPause = std::chrono::seconds(1));
   ConfirmationSender(const ConfirmationSender&) = delete;
   ConfirmationSender& operator=(const ConfirmationSender&) = delete;
   ~ConfirmationSender();
@@ -30,6 +34,7 @@ class ConfirmationSender {
   void run();
 
   const Send send_;
+  const std::chrono::milliseconds firstPause_;
   std::mutex mutex_;
   std::condition_variable wake_;
   std::deque<std::string> requests_;  // guarded by mutex_

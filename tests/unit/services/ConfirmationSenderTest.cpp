@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <vector>
+
+#include "playerx/services/ConfirmationSender.h"
+
+namespace playerx {
+namespace {
+
+TEST(ConfirmationSenderTest, RequestsAreSentInTheirOrder) {
+  std::vector<std::string> sent;
+  {
+    ConfirmationSender sender([&sent](const std::string& request) {
+      sent.push_back(request);
+      return true;
+    });
+    for (const char* request : {"a", "b", "c"}) sender.enqueue(request);
+  }
+  EXPECT_EQ(sent, (std::vector<std::string>{"a", "b", "c"}));
+}
+
+TEST(ConfirmationSenderTest, QueueingDoesNotWaitForTheService) {
+  std::promise<void> answer;
+  std::shared_future<void> answered(answer.get_future());
+  ConfirmationSender sender([&answered](const std::string&) {
+    answered.wait();
+    return true;
+  });
+  sender.enqueue("a");
+  sender.enqueue("b");  // the service has not answered "a" yet
+  answer.set_value();
+}
+
+TEST(ConfirmationSenderTest, WhatFailedIsSentAgain) {
+  std::atomic<int> tries{0};
+  std::promise<void> arrived;
+  ConfirmationSender sender(
+      [&](const std::string&) {
+        if (++tries < 4) return false;
+        arrived.set_value();
+        return true;
+      },
+      std::chrono::milliseconds(1));
+  sender.enqueue("a");
+  arrived.get_future().wait();
+  EXPECT_EQ(tries, 4);
+}
+
+TEST(ConfirmationSenderTest, TheEndTriesUpToTheFirstFailureOnly) {
+  std::atomic<int> tries{0};
+  std::promise<void> first;
+  {
+    ConfirmationSender sender([&](const std::string&) {
+      if (++tries == 1) first.set_value();
+      return false;
+    });
+    for (const char* request : {"a", "b", "c"}) sender.enqueue(request);
+    first.get_future().wait();
+  }
+  EXPECT_LE(tries, 2);
+}
+
+}  // namespace
+}  // namespace playerx
