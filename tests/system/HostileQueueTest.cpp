@@ -1,0 +1,76 @@
+#include <gmock/gmock.h>
+
+#include "tests/support/Nginx.h"
+#include "tests/support/TempDir.h"
+#include "tests/system/BigFile.h"
+#include "tests/system/PlayerHome.h"
+
+namespace system_test {
+namespace {
+
+using testing::ElementsAre;
+
+class HostileQueueTest : public testing::Test {
+ protected:
+  support::Nginx server;
+  PlayerHome home;
+
+  void SetUp() override {
+    std::filesystem::create_directories(home.data());
+    server.serve("a.avi", distinctBytes(5000));
+  }
+
+  /// Whether some file in the data folder still holds these bytes.
+  bool isKept(const std::string& content) {
+    for (const auto& entry : std::filesystem::directory_iterator(home.data())) {
+      if (entry.is_regular_file() && support::readFile(entry.path()) == content) return true;
+    }
+    return false;
+  }
+
+  void expectDownloadsAllTheSame() {
+    const PlayerResult result = home.run({"get", server.url("/a.avi")});
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    EXPECT_THAT(home.films(), ElementsAre("a.avi"));
+  }
+};
+
+TEST_F(HostileQueueTest, AnEmptyQueueFileIsAnEmptyQueue) {
+  support::writeFile(home.queueFile(), "");
+  expectDownloadsAllTheSame();
+}
+
+TEST_F(HostileQueueTest, ATornQueueFileIsSetAside) {
+  const std::string torn =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue><DownloadItem title=\"precious";
+  support::writeFile(home.queueFile(), torn);
+  expectDownloadsAllTheSame();
+  EXPECT_TRUE(isKept(torn));
+}
+
+TEST_F(HostileQueueTest, AFileOfAnotherFormatIsSetAside) {
+  const std::string other(4000, '\x01');
+  support::writeFile(home.queueFile(), other);
+  expectDownloadsAllTheSame();
+  EXPECT_TRUE(isKept(other));
+}
+
+TEST_F(HostileQueueTest, HostileTextInOneItemLeavesTheOthersAlone) {
+  support::writeFile(
+      home.queueFile(),
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue>"
+      "<DownloadItem title=\"&#x1b;]0;evil&#7;\" status=\"4\"/>"
+      "<DownloadItem title=\"\xF0\x9F\x8E\xAC &lt;b&gt; &quot;x&quot;\" status=\"99\" "
+      "fileSize=\"-5\" percentDownloaded=\"9999999999\"/></DownloadQueue>\n");
+  expectDownloadsAllTheSame();
+}
+
+TEST_F(HostileQueueTest, ANewQueueSurvivesARestart) {
+  expectDownloadsAllTheSame();
+  ASSERT_EQ(home.queue().size(), 1u);
+  EXPECT_EQ(home.queue()[0]["status"], "completed");
+  EXPECT_EQ(home.queue()[0]["url"], server.url("/a.avi"));
+}
+
+}  // namespace
+}  // namespace system_test

@@ -1,0 +1,102 @@
+#include "tests/system/PlayerHome.h"
+
+#include <algorithm>
+#include <chrono>
+#include <sstream>
+
+namespace system_test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// A gigabyte on a busy machine with a sanitizer takes its time.
+constexpr std::chrono::minutes kLongestRun(4);
+
+std::vector<std::string> filesIn(const fs::path& folder) {
+  std::vector<std::string> names;
+  std::error_code error;
+  for (const auto& entry : fs::directory_iterator(folder, error)) {
+    if (entry.is_regular_file()) names.push_back(entry.path().filename());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+}  // namespace
+
+std::vector<Json> PlayerResult::events() const {
+  std::vector<Json> list;
+  std::istringstream lines(output);
+  for (std::string line; std::getline(lines, line);) list.push_back(Json::parse(line));
+  return list;
+}
+
+std::vector<Json> PlayerResult::events(const std::string& kind) const {
+  std::vector<Json> list = events();
+  std::erase_if(list, [&kind](const Json& event) { return event["event"] != kind; });
+  return list;
+}
+
+std::string PlayerResult::failureCode() const {
+  const std::vector<Json> failures = events("failed");
+  if (failures.size() != 1)
+    return std::to_string(failures.size()) + " failures\n" + output + errors;
+  return failures[0]["reason"]["code"];
+}
+
+PlayerHome::PlayerHome() : media_(folder_ / "films") {
+  environment_["HOME"] = folder_.path();
+  environment_["XDG_CONFIG_HOME"] = folder_ / "config";
+  environment_["XDG_DATA_HOME"] = folder_ / "share";
+}
+
+void PlayerHome::setEnvironment(const std::string& name, const std::string& value) {
+  environment_[name] = value;
+}
+
+void PlayerHome::addOptions(const std::vector<std::string>& options) {
+  options_.insert(options_.end(), options.begin(), options.end());
+}
+
+support::ProcessOptions PlayerHome::command(std::vector<std::string> front,
+                                            const std::vector<std::string>& arguments) const {
+  front.insert(front.begin(), PLAYERX_CLI);
+  for (const std::string& option :
+       {std::string("--data"), data().string(), std::string("--media"), media_.string()}) {
+    front.push_back(option);
+  }
+  front.insert(front.end(), options_.begin(), options_.end());
+  front.insert(front.end(), arguments.begin(), arguments.end());
+  return {.arguments = front, .environment = environment_};
+}
+
+support::Process PlayerHome::start(const std::vector<std::string>& arguments) const {
+  return support::Process(command({"--json"}, arguments));
+}
+
+PlayerResult PlayerHome::run(const std::vector<std::string>& arguments) const {
+  support::Process process(command({"--json"}, arguments));
+  return finish(process);
+}
+
+PlayerResult PlayerHome::runForPeople(const std::vector<std::string>& arguments) const {
+  support::Process process(command({}, arguments));
+  return finish(process);
+}
+
+std::vector<Json> PlayerHome::queue() const { return run({"list"}).events("listed"); }
+
+std::vector<std::string> PlayerHome::films() const { return filesIn(media_); }
+
+std::vector<std::string> PlayerHome::partials() const { return filesIn(data() / "partial"); }
+
+PlayerResult finish(support::Process& process) {
+  PlayerResult result;
+  result.status = process.wait(kLongestRun).value_or(-1);
+  result.output = process.output();
+  result.errors = process.errors();
+  return result;
+}
+
+}  // namespace system_test

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/support/Process.h"
+#include "tests/support/TempDir.h"
+
+namespace system_test {
+
+using Json = nlohmann::json;
+
+/// What one run of the command line did.
+struct PlayerResult {
+  int status = -1;
+  std::string output;
+  std::string errors;
+
+  /// The JSON lines of standard output; std::runtime_error when one is none.
+  std::vector<Json> events() const;
+
+  /// The events of one kind ("added", "failed", ...).
+  std::vector<Json> events(const std::string& kind) const;
+
+  /// The reason code of the only failure; a text that says what is wrong when there is not just
+  /// one.
+  std::string failureCode() const;
+};
+
+/// A user of the player: folders of their own, and the program to run in them.
+/// Owner: the test, on the thread that made it.
+class PlayerHome {
+ public:
+  PlayerHome();
+
+  std::filesystem::path data() const { return folder_ / "data"; }
+  std::filesystem::path media() const { return media_; }
+  std::filesystem::path queueFile() const { return data() / "downloadmanager.xml"; }
+  void setMedia(const std::filesystem::path& folder) { media_ = folder; }
+  void setEnvironment(const std::string& name, const std::string& value);
+
+  /// Options put in front of every command.
+  void addOptions(const std::vector<std::string>& options);
+
+  /// Starts `playerx-cli --json` with these arguments.
+  support::Process start(const std::vector<std::string>& arguments) const;
+
+  /// Starts it and waits for its end.
+  PlayerResult run(const std::vector<std::string>& arguments) const;
+
+  /// As `run`, without "--json".
+  PlayerResult runForPeople(const std::vector<std::string>& arguments) const;
+
+  /// The queue as `list` prints it.
+  std::vector<Json> queue() const;
+
+  /// Names of the files in the media folder, sorted.
+  std::vector<std::string> films() const;
+
+  /// Files below the folder of unfinished films.
+  std::vector<std::string> partials() const;
+
+ private:
+  support::ProcessOptions command(std::vector<std::string> front,
+                                  const std::vector<std::string>& arguments) const;
+
+  support::TempDir folder_;
+  std::filesystem::path media_;
+  std::map<std::string, std::string> environment_;
+  std::vector<std::string> options_;
+};
+
+/// Waits for the end of a started player.
+PlayerResult finish(support::Process& process);
+
+}  // namespace system_test
