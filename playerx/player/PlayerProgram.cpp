@@ -2,7 +2,8 @@
 
 #include <QProcess>
 #include <QStandardPaths>
-#include <csignal>
+#include <fstream>
+#include <string>
 
 namespace playerx {
 
@@ -34,6 +35,16 @@ long long startProgram(const QStringList& program) {
   return process.startDetached(&pid) ? pid : 0;
 }
 
-bool isAlive(long long pid) { return pid > 0 && kill(static_cast<pid_t>(pid), 0) == 0; }
+bool isAlive(long long pid) {
+  if (pid <= 0) return false;
+  // A signal to a process that has ended and was not collected by its parent succeeds; its state
+  // tells. The state is the letter behind the name in brackets, which may hold anything.
+  std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
+  std::string line;
+  if (!std::getline(file, line)) return false;
+  const std::size_t name = line.rfind(") ");
+  const char state = name != std::string::npos && name + 2 < line.size() ? line[name + 2] : 'X';
+  return state != 'Z' && state != 'X';
+}
 
 }  // namespace playerx
