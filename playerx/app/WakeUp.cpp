@@ -39,6 +39,11 @@ WakeUp::~WakeUp() {
   close(eventFd_);
 }
 
+void WakeUp::releaseInterrupts() {
+  const sigset_t set = interrupts();
+  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
 void WakeUp::raise() {
   const std::uint64_t one = 1;
   // A full counter means that the wait ends anyway.

@@ -17,6 +17,9 @@ class WakeUp {
   WakeUp& operator=(const WakeUp&) = delete;
   ~WakeUp();
 
+  /// Lets interrupts end the program as usual from now on, instead of a wait.
+  void releaseInterrupts();
+
   /// Ends the present or the next wait. Any thread.
   void raise();
 

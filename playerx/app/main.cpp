@@ -8,6 +8,7 @@
 
 #include "playerx/app/ConsoleMessages.h"
 #include "playerx/app/DataFolderLock.h"
+#include "playerx/app/ExplainCommand.h"
 #include "playerx/app/GetCommand.h"
 #include "playerx/app/Options.h"
 #include "playerx/app/PlayerHost.h"
@@ -65,10 +66,17 @@ int runWithQueue(const Options& options, PlayerHost& host, ConsoleMessages& mess
 
 int run(const Options& options) {
   WakeUp wakeUp;
+  if (options.command != Options::kGet) wakeUp.releaseInterrupts();
   ConsoleMessages messages(wakeUp);
   const std::unique_ptr<Reporter> reporter = makeReporter(options);
   const Places places = setUpPlaces(options);
 
+  if (options.command == Options::kExplain) {
+    PlayerHost host(options, messages);
+    const int status = runExplainCommand(options, host, std::cout);
+    for (const std::string& sentence : messages.take()) reporter->note(sentence);
+    return status;
+  }
   std::unique_ptr<DataFolderLock> lock;
   if (options.command != Options::kList) {
     lock = std::make_unique<DataFolderLock>(places.data);

@@ -39,5 +39,15 @@ TEST(WakeUpTest, AnInterruptGoesBeforeAnEvent) {
   EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kEvent);
 }
 
+TEST(WakeUpTest, ReleasedInterruptsEndTheProgram) {
+  EXPECT_EXIT(
+      {
+        WakeUp wakeUp;
+        wakeUp.releaseInterrupts();
+        raise(SIGINT);
+      },
+      testing::KilledBySignal(SIGINT), "");
+}
+
 }  // namespace
 }  // namespace playerx
