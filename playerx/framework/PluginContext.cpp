@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "KPIM/Plugin.h"
 #include "VeskPlayerX/InterfaceIds.h"
 #include "VeskPlayerX/ShutdownInterface.h"
 #include "playerx/framework/PluginCatalog.h"
@@ -34,16 +35,24 @@ struct PluginContext::Impl {
 
 namespace {
 
-void endWork(PluginShelf& shelf, ShelfEntry& entry) {
+void callShutdown(KPIM::Plugin& plugin) {
   void* face = nullptr;
+  if (plugin.kpimGetInterface(VeskPlayerX::DIN_Shutdown, &face) != KPIM::kSuccess) return;
+  static_cast<VeskPlayerX::ShutdownInterface*>(face)->Shutdown();
+}
+
+void endWork(PluginShelf& shelf, ShelfEntry& entry) {
+  KPIM::Plugin* plugin = nullptr;
+  if (shelf.hold(entry, false, &plugin) != KPIM::kSuccess) return;
+  const std::string problem = "Plug-in " + entry.info.id + ": Its Shutdown failed";
   try {
-    if (entry.plugin->kpimGetInterface(VeskPlayerX::DIN_Shutdown, &face) != KPIM::kSuccess) return;
-    static_cast<VeskPlayerX::ShutdownInterface*>(face)->Shutdown();
+    callShutdown(*plugin);
   } catch (const std::exception& failure) {
-    shelf.addProblem("Plug-in " + entry.info.id + ": Its Shutdown failed: " + failure.what() + ".");
+    shelf.addProblem(problem + ": " + failure.what() + ".");
   } catch (...) {
-    shelf.addProblem("Plug-in " + entry.info.id + ": Its Shutdown failed.");
+    shelf.addProblem(problem + ".");
   }
+  plugin->kpimRelease();
 }
 
 }  // namespace

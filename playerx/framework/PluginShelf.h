@@ -19,7 +19,7 @@ namespace playerx {
 struct ShelfEntry {
   const KPIM::PluginInfo info;
   const std::filesystem::path library;  ///< empty for a plug-in that is part of the program
-  const PluginFactory factory;          ///< set for a plug-in that is part of the program
+  const PluginFactory factory;          ///< of a plug-in that is part of the program
 
   KPIM::Plugin* plugin = nullptr;  ///< with the context's own hold; null when not loaded
   LibraryHandle handle = nullptr;

@@ -1,0 +1,6 @@
+#include "KPIM/Plugin.h"
+
+extern "C" __attribute__((visibility("default"))) KPIM::VESK_RESULT getPlugin(
+    KPIM::Context* /*context*/, void** /*out*/) {
+  return KPIM::kLoadFailed;
+}
