@@ -18,8 +18,22 @@ constexpr std::string_view kBlankLine = "\r\n\r\n";
 constexpr int kHeaderLineSize = 1024;
 constexpr const char* kNoMemory = "Unable to get memory for the response";
 
+// Whether an `SSL_read` that brought 0 bytes met the end of the stream, with or without a goodbye.
+// A fatal alert also reads as 0, but is a refusal: under TLS 1.3 a server that will not have the
+// client's certificate says so only here.
+bool isEndOfStream(SSL* ssl) {
+  return SSL_get_error(ssl, 0) != SSL_ERROR_SSL ||
+         ERR_GET_REASON(ERR_peek_error()) == SSL_R_UNEXPECTED_EOF_WHILE_READING;
+}
+
+int readEncrypted(SSL* ssl, char* buffer, int size) {
+  ERR_clear_error();
+  const int count = SSL_read(ssl, buffer, size);
+  return count == 0 && !isEndOfStream(ssl) ? -1 : count;
+}
+
 int readSome(SSLSession* session, char* buffer, int size) {
-  return session->getSsl() != nullptr ? SSL_read(session->getSsl(), buffer, size)
+  return session->getSsl() != nullptr ? readEncrypted(session->getSsl(), buffer, size)
                                       : BIO_read(session->getConnect(), buffer, size);
 }
 
@@ -84,8 +98,11 @@ int SSLClient::readHeaders(SSLSession* session, bool suppressRedirectHeaders) {
 HttpErrorIds SSLClient::takeResponse(SSLSession* session, bool suppressRedirectHeaders) {
   if (!growBuffer(*session)) return failed(kNoMemory);
   const int count = readSome(session, buffer_.GetData(), readSize(*session));
-  if (count == 0) return HTTP_ERROR_NONE;
   if (count < 0) return readFailure(session);
+  if (count == 0) {
+    releaseThreadErrors();
+    return HTTP_ERROR_NONE;
+  }
   const std::string_view bytes(buffer_.GetData(), static_cast<std::size_t>(count));
   // A block that does not end within the first read is no block at all.
   const std::size_t blankLine = bytes.find(kBlankLine);
