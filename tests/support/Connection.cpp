@@ -47,8 +47,8 @@ void Connection::noteHandshake(bool done) {
   update_([&](ConnectionRecord& record) {
     record.handshakeDone = done;
     record.handshakeError = channel_.handshakeError();
-    if (!done) return;
     record.clientSubject = subjectOf(ssl);
+    if (!done) return;
     record.protocol = SSL_get_version(ssl);
     record.cipher = SSL_get_cipher_name(ssl);
     record.resumed = SSL_session_reused(ssl) == 1;
@@ -58,7 +58,9 @@ void Connection::noteHandshake(bool done) {
 void Connection::startTls() {
   const bool done = channel_.startTls(context_.get(), this);
   noteHandshake(done);
-  if (!done) throw PeerGone();
+  if (done) return;
+  channel_.linger();
+  throw PeerGone();
 }
 
 std::string Connection::read(std::size_t size) {

@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 namespace support {
@@ -137,6 +139,19 @@ bool takenByPeer(int fd) {
 std::string loopbackUrl(const std::string& scheme, const std::string& host, std::uint16_t port,
                         const std::string& path) {
   return scheme + "://" + host + ":" + std::to_string(port) + path;
+}
+
+// "sl local_address rem_address st": the addresses as hexadecimal host:port, 02 for an attempt.
+bool isConnecting(std::uint16_t port) {
+  std::ifstream sockets("/proc/net/tcp");
+  std::string line, number, local, remote, state;
+  while (std::getline(sockets, line)) {
+    std::istringstream(line) >> number >> local >> remote >> state;
+    const std::size_t colon = remote.find(':');
+    if (state != "02" || colon == std::string::npos) continue;
+    if (std::stoul(remote.substr(colon + 1), nullptr, 16) == port) return true;
+  }
+  return false;
 }
 
 RefusingPort::RefusingPort() : fd_(boundSocket()) {}

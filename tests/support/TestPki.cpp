@@ -18,8 +18,6 @@
 namespace support {
 namespace {
 
-constexpr int kRsaBits = 2048;
-
 // Throws with the library's own words when a call has failed.
 void require(bool done, const char* what) {
   if (done) return;
@@ -27,6 +25,11 @@ void require(bool done, const char* what) {
   ERR_error_string_n(ERR_get_error(), text, sizeof text);
   ERR_clear_error();
   throw std::runtime_error(std::string(what) + ": " + text);
+}
+
+EVP_PKEY* newKey(KeyKind kind) {
+  if (kind == KeyKind::kEc) return EVP_EC_gen("P-256");
+  return EVP_RSA_gen(kind == KeyKind::kRsa ? 2048U : 1024U);
 }
 
 struct BioDeleter {
@@ -210,9 +213,8 @@ Key keyNamed(KeyKind kind, const std::string& name) {
   const std::lock_guard lock(mutex);
   Key& key = keys[{kind, name}];
   if (!key) {
-    EVP_PKEY* made = kind == KeyKind::kEc ? EVP_EC_gen("P-256") : EVP_RSA_gen(kRsaBits);
-    require(made != nullptr, "key generation");
-    key = Key(made, &EVP_PKEY_free);
+    key = Key(newKey(kind), &EVP_PKEY_free);
+    require(key != nullptr, "key generation");
   }
   return key;
 }
@@ -237,6 +239,15 @@ Identity issue(const Identity& issuer, const CertificateSpec& spec) {
 Identity intermediate(const Identity& issuer, const std::string& commonName) {
   Identity made = issue(issuer, authoritySpec(commonName, KeyKind::kEc));
   made.chain.insert(made.chain.begin(), made.certificate);
+  return made;
+}
+
+Identity forgerOf(const Identity& authority) {
+  const bool rsa = EVP_PKEY_is_a(authority.key.get(), "RSA") == 1;
+  const CertificateSpec spec = authoritySpec("Forger", rsa ? KeyKind::kRsa : KeyKind::kEc);
+  Identity made = bare(spec);
+  X509_set_subject_name(made.certificate.get(), X509_get_subject_name(authority.certificate.get()));
+  sealWith(made, made.certificate.get(), made.key.get(), spec);
   return made;
 }
 

@@ -28,7 +28,7 @@ struct Identity {
   long serial() const;
 };
 
-enum class KeyKind { kEc, kRsa };
+enum class KeyKind { kEc, kRsa, kWeakRsa };  ///< P-256, 2048 bits, 1024 bits
 
 /// Time relative to the moment of making.
 using Offset = std::chrono::hours;
@@ -75,6 +75,9 @@ Identity issue(const Identity& issuer, const CertificateSpec& spec = {});
 
 /// A certificate below `issuer` that may sign others; what it issues carries it in its chain.
 Identity intermediate(const Identity& issuer, const std::string& commonName);
+
+/// An authority with the subject of another and a key of its own, of the same kind.
+Identity forgerOf(const Identity& authority);
 
 /// A revocation list as PEM text.
 std::string revocationList(const CrlSpec& spec);

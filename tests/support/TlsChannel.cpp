@@ -191,6 +191,18 @@ void TlsChannel::closeNotify() {
   ERR_clear_error();
 }
 
+void TlsChannel::linger() {
+  ssl_.reset();
+  shutdownWrite();
+  try {
+    while (!read(4096).empty()) {
+    }
+  } catch (const PeerGone&) {
+    // That is an end, too.
+  }
+  closeNow();
+}
+
 void TlsChannel::shutdownWrite() { ::shutdown(fd_.get(), SHUT_WR); }
 
 void TlsChannel::closeNow() {
@@ -199,7 +211,7 @@ void TlsChannel::closeNow() {
 }
 
 void TlsChannel::reset() {
-  const linger atOnce{1, 0};
+  const ::linger atOnce{1, 0};
   setsockopt(fd_.get(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
   closeNow();
 }

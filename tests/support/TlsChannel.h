@@ -66,6 +66,9 @@ class TlsChannel {
   bool waitReadable(int fd, int milliseconds);
 
   void closeNotify();
+  /// Ends the own stream, then throws away what still comes until the peer has closed too; so that
+  /// an alert that was sent is not lost to a reset.
+  void linger();
   void shutdownWrite();
   void closeNow();
   void reset();

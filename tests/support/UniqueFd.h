@@ -21,6 +21,8 @@ class UniqueFd {
 
   int get() const { return fd_; }
   explicit operator bool() const { return fd_ >= 0; }
+  /// Hands the descriptor over to the caller, who closes it.
+  int release() { return std::exchange(fd_, -1); }
   void reset(int fd = -1) {
     const int old = std::exchange(fd_, fd);
     if (old >= 0) ::close(old);

@@ -103,6 +103,7 @@ TEST(LoopbackTest, ASilentPortNeitherAcceptsNorRefuses) {
   EXPECT_EQ(errno, EINPROGRESS);
   pollfd watched{fd.get(), POLLIN | POLLOUT, 0};
   EXPECT_EQ(::poll(&watched, 1, 100), 0);
+  EXPECT_TRUE(isConnecting(silent.port()));
 }
 
 }  // namespace
