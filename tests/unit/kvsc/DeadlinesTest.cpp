@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "tests/support/ScriptedServer.h"
+#include "tests/unit/kvsc/TlsTesting.h"
+
+namespace {
+
+using kvsc::HTTP_ERROR_FAILED;
+using std::chrono::milliseconds;
+using support::Script;
+using support::ScriptedServer;
+
+constexpr int kLimit = 150;
+// Far above what a loaded machine takes, far below the limits that hold without being set.
+constexpr milliseconds kSoon{10'000};
+
+/// A server that leaves the client waiting, and limits that are short.
+class DeadlinesTest : public testing::Test {
+ protected:
+  DeadlinesTest() {
+    client_.session().setWaitTimeout(kLimit);
+    plainClient_.session().setWaitTimeout(kLimit);
+  }
+
+  /// The outcome, once it is known that it came neither early nor late.
+  Outcome getInTime(CheckingClient& client, const std::string& url) {
+    const auto begin = std::chrono::steady_clock::now();
+    const Outcome outcome = client.get(url);
+    const auto took = std::chrono::steady_clock::now() - begin;
+    EXPECT_GE(took, milliseconds(kLimit));
+    EXPECT_LT(took, kSoon);
+    return outcome;
+  }
+
+  static std::string url(const std::string& scheme, std::uint16_t port) {
+    return scheme + "://127.0.0.1:" + std::to_string(port) + "/";
+  }
+
+  static Outcome timedOut(const std::string& text, const std::string& what) {
+    return {HTTP_ERROR_FAILED,
+            text + "\n " + what + " error:8000006E:system library::Connection timed out\n"};
+  }
+
+  ScriptedServer plain_;
+  CheckingClient client_;
+  PlainClient plainClient_;
+};
+
+TEST_F(DeadlinesTest, AConnectThatNobodyAnswersEnds) {
+  const support::SilentPort silent;
+  const std::string where = "connecting to 127.0.0.1:" + std::to_string(silent.port());
+  EXPECT_EQ(getInTime(plainClient_, url("http", silent.port())), timedOut("", where));
+}
+
+TEST_F(DeadlinesTest, AHandshakeThatNobodyAnswersEnds) {
+  plain_.next(Script().stall());
+  EXPECT_EQ(getInTime(client_, url("https", plain_.port())),
+            timedOut("SSL_ERROR_SYSCALL", "reading"));
+}
+
+TEST_F(DeadlinesTest, AProxyThatDoesNotAnswerEnds) {
+  plain_.next(Script().readRequest().stall());
+  client_.session().setProxyURL("127.0.0.1");
+  client_.session().setProxyPort(plain_.port());
+  EXPECT_EQ(getInTime(client_, "https://films.example/").result, HTTP_ERROR_FAILED);
+}
+
+TEST_F(DeadlinesTest, ARequestThatNobodyAnswersEnds) {
+  plain_.next(Script().readRequest().stall());
+  EXPECT_EQ(getInTime(plainClient_, url("http", plain_.port())), timedOut("", "reading"));
+}
+
+TEST_F(DeadlinesTest, ARequestThatNobodyAnswersUnderTlsEnds) {
+  ScriptedServer server(support::TlsSettings{.identity = serverOf()});
+  server.next(Script().readRequest().stall());
+  EXPECT_EQ(getInTime(client_, server.url()), timedOut("", "reading"));
+}
+
+TEST_F(DeadlinesTest, ABodyThatStopsComingIsAFailure) {
+  plain_.next(Script().readRequest().send(support::okResponse("begin")).stall());
+  EXPECT_EQ(getInTime(plainClient_, url("http", plain_.port())).result, HTTP_ERROR_FAILED);
+  EXPECT_EQ(plainClient_.body(), "begin");
+}
+
+TEST_F(DeadlinesTest, ABodyThatStopsComingUnderTlsIsAFailure) {
+  ScriptedServer server(support::TlsSettings{.identity = serverOf()});
+  server.next(Script().readRequest().send(support::okResponse("begin")).stall());
+  EXPECT_EQ(getInTime(client_, server.url()).result, HTTP_ERROR_FAILED);
+  EXPECT_EQ(client_.body(), "begin");
+}
+
+TEST_F(DeadlinesTest, AHandshakeThatDripsEndsWithTheWhole) {
+  const std::string record = std::string("\x16\x03\x03\x10\x00", 5) + std::string(4096, '\0');
+  plain_.next(Script().readBytes(1).drip(record, milliseconds(20)));
+  client_.session().setWaitTimeout(0);
+  client_.session().setExchangeTimeout(kLimit);
+  EXPECT_EQ(getInTime(client_, url("https", plain_.port())),
+            timedOut("SSL_ERROR_SYSCALL", "reading"));
+}
+
+TEST_F(DeadlinesTest, AServerThatTakesNoBytesEnds) {
+  const std::string data(64 << 20, 'x');
+  plain_.next(Script().stall());
+  kvsc::HttpErrorIds result = kvsc::HTTP_ERROR_NONE;
+  plainClient_.client().httpPost(url("http", plain_.port()), data, &result, &plainClient_.session(),
+                                 "", "", kvsc::SSLV3, true);
+  EXPECT_EQ(result, HTTP_ERROR_FAILED);
+  EXPECT_EQ(plainClient_.client().getErrorString().find("SSLClient::writeData failed."), 0u);
+}
+
+TEST_F(DeadlinesTest, AServerThatIsMerelySlowIsWaitedFor) {
+  plain_.next(Script().readRequest().drip(support::okResponse("0123456789"), milliseconds(5)));
+  plainClient_.session().setWaitTimeout(5000);
+  EXPECT_EQ(plainClient_.get(url("http", plain_.port())), kSuccess);
+}
+
+}  // namespace

@@ -1,0 +1,127 @@
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "tests/support/Loopback.h"
+#include "tests/support/Nginx.h"
+#include "tests/support/WaitFor.h"
+#include "tests/unit/kvsc/TlsTesting.h"
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+#else
+constexpr bool kSanitized = false;
+#endif
+
+// A sanitizer finds the smallest leak in few exchanges, and needs ten times as long for each.
+constexpr int kPlainExchanges = kSanitized ? 1'000 : 10'000;
+constexpr int kTlsExchanges = kSanitized ? 60 : 1'000;
+// What is made once and kept, caches and spare blocks of the allocator, is there after these.
+constexpr int kWarmUp = kSanitized ? 10 : 500;
+// The smallest block in each exchange would come to as much.
+constexpr std::size_t kToleratedGrowth = 32 * 1024;
+
+std::size_t entriesOf(const char* folder) {
+  const std::filesystem::directory_iterator all(folder);
+  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+// Sanitizers bring an allocator of their own that does not keep this account; they look for leaks
+// themselves.
+std::size_t memoryInUse() {
+  const auto account = mallinfo2();
+  return kSanitized ? 0 : account.uordblks + account.hblkhd;
+}
+
+std::size_t threads() { return entriesOf("/proc/self/task"); }
+std::size_t descriptors() { return entriesOf("/proc/self/fd"); }
+
+/// Runs the exchange `count` times, after a few that are not counted, and compares what the process
+/// holds. A thread that has looked up a name may take a moment to end.
+void expectNothingKept(int count, const std::function<void()>& exchange) {
+  const std::size_t threadsBefore = threads();
+  for (int number = 0; number < kWarmUp; ++number) exchange();
+  const std::size_t descriptorsBefore = descriptors();
+  const std::size_t memoryBefore = memoryInUse();
+  for (int number = 0; number < count; ++number) exchange();
+  EXPECT_EQ(descriptors(), descriptorsBefore);
+  EXPECT_LE(memoryInUse(), memoryBefore + kToleratedGrowth);
+  EXPECT_TRUE(support::waitFor([&] { return threads() <= threadsBefore; })) << threads();
+}
+
+/// One client for all, or a new one for each: the two ways in which the client is used.
+class LongRunTest : public testing::Test {
+ protected:
+  static kvsc::HttpErrorIds getOnce(kvsc::SSLClient& client, kvsc::SSLSession& session,
+                                    const std::string& url) {
+    kvsc::HttpErrorIds result = kvsc::HTTP_ERROR_FAILED;
+    client.httpGet(url, 0, &result, &session, "", "", kvsc::SSLV3);
+    return result;
+  }
+
+  static kvsc::HttpErrorIds headOnce(const std::string& url, bool check) {
+    kvsc::SSLClient client("LOCALHOST");
+    kvsc::SSLSession session;
+    session.setCheckCertificate(check);
+    kvsc::HttpErrorIds result = kvsc::HTTP_ERROR_FAILED;
+    client.httpHead(url, 0, &result, &session, "", "", kvsc::SSLV3);
+    return result;
+  }
+};
+
+TEST_F(LongRunTest, PlainExchangesKeepNothing) {
+  support::Nginx nginx;
+  nginx.serve("film", std::string(10'000, 'x'));
+  kvsc::SSLClient client("LOCALHOST");
+  kvsc::SSLSession session;
+  int failures = 0;
+  expectNothingKept(kPlainExchanges, [&, number = 0]() mutable {
+    if (++number % 20 == 0) {
+      failures += getOnce(client, session, nginx.url("/none")) == kvsc::HTTP_ERROR_FAILED ? 0 : 1;
+    } else {
+      failures += getOnce(client, session, nginx.url("/film")) == kvsc::HTTP_ERROR_NONE ? 0 : 1;
+    }
+  });
+  EXPECT_EQ(failures, 0);
+}
+
+TEST_F(LongRunTest, TlsExchangesWithANewClientEachKeepNothing) {
+  support::Nginx nginx({.tls = serverOf()});
+  nginx.serve("film", "film");
+  int failures = 0;
+  expectNothingKept(kTlsExchanges, [&] {
+    failures += headOnce(nginx.url("/film"), true) == kvsc::HTTP_ERROR_NONE ? 0 : 1;
+  });
+  EXPECT_EQ(failures, 0);
+}
+
+TEST_F(LongRunTest, RefusedCertificatesKeepNothing) {
+  support::Nginx nginx({.tls = support::pki::selfSigned()});
+  int failures = 0;
+  expectNothingKept(kTlsExchanges / 4, [&] {
+    failures += headOnce(nginx.url("/film"), true) == kvsc::HTTP_ERROR_CERTIFICATE ? 0 : 1;
+  });
+  EXPECT_EQ(failures, 0);
+}
+
+TEST_F(LongRunTest, RefusedConnectionsKeepNothing) {
+  const support::RefusingPort refusing;
+  const std::string url = support::loopbackUrl("http", "localhost", refusing.port(), "/");
+  int failures = 0;
+  expectNothingKept(kTlsExchanges,
+                    [&] { failures += headOnce(url, false) == kvsc::HTTP_ERROR_FAILED ? 0 : 1; });
+  EXPECT_EQ(failures, 0);
+}
+
+}  // namespace
