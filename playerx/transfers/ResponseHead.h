@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace playerx::transfers {
+
+/// The head of the latest of the responses that one request brings (redirects and questions for
+/// credentials come before the last one), read line by line.
+class ResponseHead {
+ public:
+  /// Takes one raw header line, line end included. A status line begins a new head; lines behind a
+  /// head's blank line (the trailer of a body in chunks) are passed over.
+  void addLine(std::string_view line);
+
+  /// 0 before the first status line.
+  int status() const { return fields_.status; }
+  /// Bytes of the body; none when not told or when the body comes in chunks.
+  std::optional<std::uint64_t> bodyLength() const;
+  /// True when the body is coded in any way but as it is.
+  bool isEncoded() const;
+
+  const std::string& contentRange() const { return fields_.contentRange; }
+  const std::string& etag() const { return fields_.etag; }
+  const std::string& lastModified() const { return fields_.lastModified; }
+  const std::string& date() const { return fields_.date; }
+  const std::string& retryAfter() const { return fields_.retryAfter; }
+
+  /// Bytes of all lines taken.
+  std::size_t size() const { return size_; }
+
+ private:
+  struct Fields {
+    int status = 0;
+    bool ended = false;
+    std::string contentLength, contentRange, contentEncoding, transferEncoding;
+    std::string etag, lastModified, date, retryAfter;
+  };
+
+  void addField(std::string_view name, std::string_view value);
+
+  Fields fields_;
+  std::size_t size_ = 0;
+};
+
+}  // namespace playerx::transfers

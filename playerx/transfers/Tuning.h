@@ -1,0 +1,22 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+
+#include "playerx/transfers/RetryPlan.h"
+
+namespace playerx::transfers {
+
+/// The numbers that the library works by. Tests shorten the times; nothing else changes them.
+struct Tuning {
+  Milliseconds stall{30'000};           ///< without a byte
+  Milliseconds connectTimeout{30'000};  ///< name, connection and handshake
+  RetryRules retry;
+  unsigned mostRestarts = 5;                           ///< of one session, from the first byte on
+  std::uint64_t overlap = std::uint64_t{64} << 10U;    ///< bytes compared before the rest is added
+  std::uint64_t syncEvery = std::uint64_t{32} << 20U;  ///< bytes between two visits to the disk
+  std::function<double()> jitter;                      ///< [0, 1); empty: random
+};
+
+}  // namespace playerx::transfers
