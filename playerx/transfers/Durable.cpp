@@ -1,0 +1,52 @@
+#include "playerx/transfers/Durable.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+
+#include "playerx/platform/Descriptor.h"
+#include "playerx/platform/FileIo.h"
+#include "playerx/platform/FileSync.h"
+#include "playerx/platform/ReplacementFile.h"
+
+namespace playerx::transfers {
+namespace {
+
+constexpr std::size_t kMostBytes = std::size_t{1} << 20U;
+constexpr char kBootFile[] = "/proc/sys/kernel/random/boot_id";
+
+}  // namespace
+
+int replaceContent(const std::filesystem::path& file, std::string_view content,
+                   Durability durability) {
+  int error = 0;
+  const std::unique_ptr<ReplacementFile> fresh = ReplacementFile::create(file, error);
+  if (!fresh) return error;
+  if (::fchmod(fresh->descriptor(), S_IRUSR | S_IWUSR) != 0) errno = 0;
+  error = writeFully(fresh->descriptor(), content.data(), content.size()).error;
+  if (error == 0 && durability == Durability::kNow && ::fsync(fresh->descriptor()) != 0) {
+    error = errno;
+  }
+  if (error == 0) error = fresh->replace();
+  if (error == 0 && durability == Durability::kNow) syncFolderOf(file);
+  return error;
+}
+
+std::string readSmallFile(const std::filesystem::path& file) {
+  const Descriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (!opened) return {};
+  std::string content(kMostBytes, '\0');
+  const IoResult got = readFully(opened.get(), content.data(), content.size());
+  content.resize(got.error == 0 ? got.bytes : 0);
+  return content;
+}
+
+const std::string& presentBoot() {
+  static const std::string boot = readSmallFile(kBootFile);
+  return boot;
+}
+
+}  // namespace playerx::transfers

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "playerx/transfers/Address.h"
+#include "playerx/transfers/SessionLog.h"
+
+namespace playerx::transfers {
+
+/// What one session is to fetch and where the file goes: checked, and constant from then on.
+struct Wish {
+  Address address;
+  bool rightsManaged =
+      false;  ///< addresses of such a film differ from one authorisation to the next
+  std::string username, password;
+  std::vector<unsigned char> rights;  ///< empty: none to keep
+  std::string name;                   ///< below `movies`, clean
+  std::filesystem::path movies;
+  std::filesystem::path downloads;
+
+  std::filesystem::path path() const { return movies / name; }
+};
+
+/// One session, as all threads of the library see it.
+struct Session {
+  Session(unsigned long long id, Wish what) : uid(id), wish(std::move(what)) {}
+
+  const unsigned long long uid;
+  const Wish wish;
+  SessionLog log;
+  std::atomic<bool> stopped{false};    ///< no further report of it is made, no further work done
+  std::atomic<bool> announced{false};  ///< its completion is being, or has been, reported
+};
+
+}  // namespace playerx::transfers

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "kvpm/Mutex.h"
+#include "playerx/transfers/SpeedWindow.h"
+#include "playerx/transfers/TransferReports.h"
+
+namespace playerx::transfers {
+
+/// What is told of one session to whoever asks. All operations may be called from any thread.
+class SessionLog {
+ public:
+  using Time = SpeedWindow::Time;
+
+  void enter(TransferPhase phase);
+  void arrived(std::uint64_t bytes, std::optional<std::uint64_t> total, Time now);
+
+  /// A failure that is being retried; `attempts` failed in a row.
+  void failedAttempt(TransferFailure failure, const std::string& detail, unsigned attempts);
+  void wentWell();
+
+  void broke(TransferFailure failure, const std::string& detail);
+  void completed(const std::string& finalPath);
+
+  /// All of it but the identity of the session, which the log does not know.
+  TransferReport report(Time now) const;
+
+ private:
+  mutable kvpm::Mutex mutex_;
+  TransferReport report_ KVPM_GUARDED_BY(mutex_);
+  SpeedWindow speed_ KVPM_GUARDED_BY(mutex_);
+};
+
+}  // namespace playerx::transfers
