@@ -1,0 +1,46 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "KPB/DownloadInterface.h"
+#include "playerx/transfers/Engine.h"
+#include "playerx/transfers/ReportBook.h"
+#include "playerx/transfers/Reporter.h"
+#include "playerx/transfers/TransferSettings.h"
+#include "playerx/transfers/Trust.h"
+#include "playerx/transfers/Tuning.h"
+
+namespace playerx::transfers {
+
+/// The download library as a whole: checks what is asked for, hands it to the engine, answers
+/// questions. Three threads are its own, one for the network, one for files, one for reports.
+///
+/// Threads: as the interfaces say. The destructor ends all sessions, keeps what has arrived, and
+/// returns when no thread of it runs; it must not run within a report.
+class Downloads : public KPB::DownloadInterface, public TransferSettings {
+ public:
+  explicit Downloads(const Tuning& tuning = {});
+  ~Downloads() override;
+
+  void setCallback(KPB::DownloadCallback* callback) override;
+  int startSession(const std::string& urlUtf8, const KPB::DownloadInfo& info,
+                   unsigned long long* uid) override;
+  void stopSession(unsigned long long uid) override;
+
+  void setTrustFile(const std::string& pathUtf8) override;
+
+  TransferReports& reports() { return book_; }
+
+ private:
+  int refuse(Wish wish, TransferFailure failure);
+
+  const Trust environmentTrust_;
+  std::atomic<unsigned long long> lastUid_{0};
+  ReportBook book_;
+  Reporter reporter_;
+  Engine engine_;
+};
+
+}  // namespace playerx::transfers

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "kvpm/Mutex.h"
+#include "playerx/transfers/FetchLoop.h"
+#include "playerx/transfers/Reporter.h"
+#include "playerx/transfers/Session.h"
+#include "playerx/transfers/Transfer.h"
+#include "playerx/transfers/Trust.h"
+#include "playerx/transfers/Tuning.h"
+#include "playerx/transfers/WorkQueue.h"
+
+namespace playerx::transfers {
+
+/// The library's own thread, on which all sessions run side by side.
+///
+/// `start`, `stop` and `setTrust` may be called from any thread and return at once; sessions begin
+/// in the order of `start`, and one that was stopped before has let go of its partial by then.
+/// Destroyed, it ends all sessions as `stop` does and forgets completions that were taken note of.
+class Engine {
+ public:
+  /// `reporter` outlives it.
+  Engine(const Tuning& tuning, Reporter& reporter, Trust trust);
+  Engine(const Engine&) = delete;
+  Engine& operator=(const Engine&) = delete;
+  ~Engine();
+
+  void start(std::shared_ptr<Session> session);
+
+  /// The session's completion counts as noted when it has been announced.
+  void stop(std::shared_ptr<Session> session);
+
+  /// For requests made from now on.
+  void setTrust(const Trust& trust);
+
+ private:
+  using Clock = Transfer::Clock;
+  using Work = std::function<void()>;
+
+  /// A film that is in its place, while the library remembers that.
+  struct Finished {
+    std::shared_ptr<Session> session;
+    PartPaths paths;
+  };
+
+  void post(Work work);
+  void run();
+  void doPosted();
+  void workOn(Clock::time_point now);
+  std::chrono::milliseconds timeToWait(Clock::time_point now) const;
+  void beginSession(const std::shared_ptr<Session>& session);
+  void endSession(const std::shared_ptr<Session>& session);
+  void keepFinished(const Transfer& transfer);
+  void note(const Finished& finished);
+  void noteOthers(const Wish& wish);
+  void close();
+
+  // Constant after construction.
+  const Tuning tuning_;
+  Reporter& reporter_;
+
+  // Guarded.
+  mutable kvpm::Mutex mutex_;
+  std::deque<Work> posted_ KVPM_GUARDED_BY(mutex_);
+  bool isClosing_ KVPM_GUARDED_BY(mutex_) = false;
+  Trust trust_ KVPM_GUARDED_BY(mutex_);
+
+  // The engine's thread alone.
+  FetchLoop loop_;
+  std::map<unsigned long long, std::shared_ptr<Transfer>> transfers_;
+  std::vector<Finished> finished_;
+  std::set<std::filesystem::path> notedIn_;  ///< folders with completions that were noted
+
+  WorkQueue files_;
+  Workshop workshop_;
+  std::thread thread_;
+};
+
+}  // namespace playerx::transfers

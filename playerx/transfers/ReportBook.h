@@ -1,0 +1,35 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "kvpm/Mutex.h"
+#include "playerx/transfers/Session.h"
+#include "playerx/transfers/TransferReports.h"
+
+namespace playerx::transfers {
+
+/// The last few hundred sessions of the process, and those still running, for whoever asks about
+/// them. All operations may be called from any thread.
+class ReportBook : public TransferReports {
+ public:
+  void add(const std::shared_ptr<Session>& session);
+
+  /// The session `uid`; null for none. Never one that was refused.
+  std::shared_ptr<Session> find(unsigned long long uid) const;
+
+  bool findByUid(unsigned long long uid, TransferReport* report) const override;
+  bool findByAddress(const std::string& urlUtf8, TransferReport* report) const override;
+  bool findByPath(const std::string& pathUtf8, TransferReport* report) const override;
+
+ private:
+  bool findLatest(const std::function<bool(const TransferReport&)>& fits,
+                  TransferReport* report) const;
+
+  mutable kvpm::Mutex mutex_;
+  std::deque<std::shared_ptr<Session>> sessions_ KVPM_GUARDED_BY(mutex_);
+};
+
+}  // namespace playerx::transfers

@@ -1,0 +1,108 @@
+#include "playerx/transfers/Reporter.h"
+
+#include <utility>
+
+#include "playerx/transfers/QuietThread.h"
+
+namespace playerx::transfers {
+
+Reporter::Reporter() : thread_(startQuietThread([this] { run(); })) {}
+
+Reporter::~Reporter() {
+  {
+    const kvpm::MutexLock lock(mutex_);
+    isClosing_ = true;
+  }
+  changed_.notify_all();
+  thread_.join();
+}
+
+void Reporter::setCallback(KPB::DownloadCallback* callback) {
+  const kvpm::MutexLock lock(mutex_);
+  callback_ = callback;
+  if (callback != nullptr || std::this_thread::get_id() == thread_.get_id()) return;
+  while (isRunning_) changed_.wait(mutex_);
+}
+
+void Reporter::began(const std::shared_ptr<Session>& session) {
+  post({session, Kind::kBegan, 0, {}});
+}
+
+void Reporter::header(const std::shared_ptr<Session>& session, std::string line) {
+  post({session, Kind::kHeader, 0, std::move(line)});
+}
+
+void Reporter::percent(const std::shared_ptr<Session>& session, int percent) {
+  post({session, Kind::kPercent, percent, {}});
+}
+
+void Reporter::complete(const std::shared_ptr<Session>& session) {
+  post({session, Kind::kComplete, 0, {}});
+}
+
+void Reporter::broke(const std::shared_ptr<Session>& session, int code) {
+  post({session, Kind::kBroke, code, {}});
+}
+
+void Reporter::post(Report report) {
+  {
+    const kvpm::MutexLock lock(mutex_);
+    if (callback_ == nullptr) return;
+    reports_.push_back(std::move(report));
+  }
+  changed_.notify_all();
+}
+
+void Reporter::run() {
+  Report report;
+  KPB::DownloadCallback* callback = nullptr;
+  while (takeNext(report, callback)) {
+    deliver(report, *callback);
+    delivered();
+  }
+}
+
+// Waits for the next report that is still of interest; false once the reporter is closing.
+bool Reporter::takeNext(Report& report, KPB::DownloadCallback*& callback) {
+  const kvpm::MutexLock lock(mutex_);
+  while (!isClosing_) {
+    if (reports_.empty()) {
+      changed_.wait(mutex_);
+      continue;
+    }
+    report = std::move(reports_.front());
+    reports_.pop_front();
+    callback = callback_;
+    if (callback == nullptr || report.session->stopped) continue;
+    isRunning_ = true;
+    return true;
+  }
+  return false;
+}
+
+void Reporter::deliver(const Report& report, KPB::DownloadCallback& callback) {
+  Session& session = *report.session;
+  switch (report.kind) {
+    case Kind::kBegan:
+      return callback.httpTransferBegan(session.uid, {});
+    case Kind::kHeader:
+      return callback.httpHeaderReceived(session.uid, report.line);
+    case Kind::kPercent:
+      return callback.updateProgress(session.uid, report.number);
+    case Kind::kComplete:
+      session.announced = true;
+      return callback.httpTransferComplete(session.uid);
+    case Kind::kBroke:
+      return callback.httpTransferBroke(session.uid, report.number);
+  }
+}
+
+void Reporter::delivered() {
+  {
+    const kvpm::MutexLock lock(mutex_);
+    isRunning_ = false;
+  }
+  changed_.notify_all();
+}
+
+}  // namespace playerx::transfers

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "KPB/DownloadCallback.h"
+#include "kvpm/Mutex.h"
+#include "playerx/transfers/Session.h"
+
+namespace playerx::transfers {
+
+/// Delivers the library's reports to the registered receiver, one at a time, in the order in which
+/// they were made, on a thread of its own: a receiver that takes its time holds up no transfer.
+///
+/// Reports of a session that was stopped meanwhile, or while nobody is registered, are dropped. All
+/// operations may be called from any thread, also from within a report; the destructor not from
+/// there. No lock is held while a report runs.
+class Reporter {
+ public:
+  Reporter();
+  Reporter(const Reporter&) = delete;
+  Reporter& operator=(const Reporter&) = delete;
+
+  /// Drops what has not been delivered and waits for the report that is running.
+  ~Reporter();
+
+  /// As `KPB::DownloadInterface::setCallback`.
+  void setCallback(KPB::DownloadCallback* callback);
+
+  // Each returns at once.
+  void began(const std::shared_ptr<Session>& session);
+  void header(const std::shared_ptr<Session>& session, std::string line);
+  void percent(const std::shared_ptr<Session>& session, int percent);
+  void complete(const std::shared_ptr<Session>& session);
+  void broke(const std::shared_ptr<Session>& session, int code);
+
+ private:
+  enum class Kind { kBegan, kHeader, kPercent, kComplete, kBroke };
+  struct Report {
+    std::shared_ptr<Session> session;
+    Kind kind = Kind::kBegan;
+    int number = 0;
+    std::string line;
+  };
+
+  static void deliver(const Report& report, KPB::DownloadCallback& callback);
+  void post(Report report);
+  void run();
+  bool takeNext(Report& report, KPB::DownloadCallback*& callback);
+  void delivered();
+
+  kvpm::Mutex mutex_;
+  std::condition_variable_any changed_;
+  std::deque<Report> reports_ KVPM_GUARDED_BY(mutex_);
+  KPB::DownloadCallback* callback_ KVPM_GUARDED_BY(mutex_) = nullptr;
+  bool isRunning_ KVPM_GUARDED_BY(mutex_) = false;  ///< a report is being delivered
+  bool isClosing_ KVPM_GUARDED_BY(mutex_) = false;
+  std::thread thread_;
+};
+
+}  // namespace playerx::transfers

@@ -1,0 +1,120 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "playerx/transfers/Attempt.h"
+#include "playerx/transfers/Fetch.h"
+#include "playerx/transfers/FetchLoop.h"
+#include "playerx/transfers/PartFinder.h"
+#include "playerx/transfers/PercentReporter.h"
+#include "playerx/transfers/Placement.h"
+#include "playerx/transfers/Reporter.h"
+#include "playerx/transfers/RetryPlan.h"
+#include "playerx/transfers/Session.h"
+#include "playerx/transfers/Trust.h"
+#include "playerx/transfers/Tuning.h"
+#include "playerx/transfers/WorkQueue.h"
+
+namespace playerx::transfers {
+
+/// What a transfer works with. Owned by the engine, which outlives its transfers.
+struct Workshop {
+  const Tuning& tuning;
+  Reporter& reporter;
+  WorkQueue& files;
+  FetchLoop& loop;
+  std::function<void(std::function<void()>)> onEngine;  ///< runs work on the engine's thread
+  std::function<Trust()> trust;
+};
+
+/// One session at work: opens its partial, asks for what is missing as often as it takes, has the
+/// film placed, and reports.
+///
+/// Lives on the engine's thread; what takes the disk's time is done on the files thread. The
+/// partial belongs to one of the two at a time: to the files thread until it is opened and from the
+/// moment on at which it is placed or let go.
+class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSink {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  enum class State { kRunning, kComplete, kBroken };
+
+  Transfer(std::shared_ptr<Session> session, Workshop& workshop);
+  ~Transfer() override = default;
+
+  const std::shared_ptr<Session>& session() const { return session_; }
+  State state() const { return state_; }
+  /// For a complete one: where its record is.
+  const PartPaths& paths() const { return paths_; }
+
+  void begin();
+
+  /// To be called after the loop has performed: writes, reports, ends a silent request or a pause.
+  void work(Clock::time_point now);
+
+  /// When `work` has to be called even if nothing happens; none for no such moment.
+  std::optional<Clock::time_point> deadline() const;
+
+  /// Lets go of everything at once; nothing more is reported.
+  void stop();
+
+ private:
+  enum class Phase { kOpening, kRequesting, kPausing, kPlacing, kOver };
+  /// Handed back and forth between the two threads.
+  struct Slot {
+    Opened opened;
+    Placed placed;
+  };
+
+  bool onHeaderLine(std::string_view line) override;
+  bool onBody(const char* data, std::size_t length) override;
+  void onOver(const FetchOutcome& outcome) override;
+
+  void onFilesThread(std::function<void(Slot&, Session&)> job, void (Transfer::*then)());
+  void onOpened();
+  void onPlaced();
+  void request();
+  RangeRequest nextRange() const;
+  FetchSpec nextSpec(const RangeRequest& range) const;
+  void reportProgress(Clock::time_point now);
+  void reportBegan();
+  void syncNowAndThen();
+  void onSynced() { isSyncing_ = false; }
+  void endAttempt(TransferFailure transport, const std::string& detail);
+  void follow(const AttemptEnd& end);
+  void askForWhole();
+  void pauseOrBreak(const AttemptEnd& end);
+  void place();
+  void breakOff(TransferFailure failure, const std::string& detail);
+  void letGo();
+  Part& part() { return *slot_->opened.part; }
+
+  const std::shared_ptr<Session> session_;
+  Workshop& workshop_;
+  const std::shared_ptr<Slot> slot_;
+  State state_ = State::kRunning;
+  Phase phase_ = Phase::kOpening;
+  PartPaths paths_;
+
+  std::unique_ptr<Fetch> fetch_;
+  std::unique_ptr<Attempt> attempt_;
+  PercentReporter percent_{std::nullopt};
+  RetryCounter retries_{0};
+  unsigned restarts_ = 0;
+  bool wholeWanted_ = false;  ///< what is there is of no use for the next request
+  bool hasBegun_ = false;
+  bool isContacted_ = false;
+  bool isFirstRequest_ = true;
+  bool isSyncing_ = false;
+  std::uint64_t synced_ = 0;
+  bool isTouched_ = false;  ///< something came since the last `work`
+  Clock::time_point lastTouch_;
+  Clock::time_point wakeAt_;
+};
+
+}  // namespace playerx::transfers

@@ -1,0 +1,42 @@
+#include "playerx/transfers/WorkQueue.h"
+
+#include <utility>
+
+#include "playerx/transfers/QuietThread.h"
+
+namespace playerx::transfers {
+
+WorkQueue::WorkQueue() : thread_(startQuietThread([this] { run(); })) {}
+
+WorkQueue::~WorkQueue() {
+  {
+    const kvpm::MutexLock lock(mutex_);
+    isClosing_ = true;
+  }
+  changed_.notify_all();
+  thread_.join();
+}
+
+void WorkQueue::post(std::function<void()> work) {
+  {
+    const kvpm::MutexLock lock(mutex_);
+    works_.push_back(std::move(work));
+  }
+  changed_.notify_all();
+}
+
+void WorkQueue::run() {
+  while (const std::function<void()> work = next()) work();
+}
+
+// Empty once the queue is closing and nothing is left.
+std::function<void()> WorkQueue::next() {
+  const kvpm::MutexLock lock(mutex_);
+  while (works_.empty() && !isClosing_) changed_.wait(mutex_);
+  if (works_.empty()) return {};
+  std::function<void()> work = std::move(works_.front());
+  works_.pop_front();
+  return work;
+}
+
+}  // namespace playerx::transfers
