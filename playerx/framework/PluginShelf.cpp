@@ -13,19 +13,19 @@ const std::thread::id kNobody;
 void PluginShelf::add(KPIM::PluginInfo info, std::filesystem::path library, PluginFactory factory) {
   auto entry = std::unique_ptr<ShelfEntry>(
       new ShelfEntry{std::move(info), std::move(library), std::move(factory)});
-  const std::lock_guard lock(mutex_);
+  const GuardLock lock(mutex_);
   entries_.push_back(std::move(entry));
 }
 
 std::vector<ShelfEntry*> PluginShelf::all() const {
-  const std::lock_guard lock(mutex_);
+  const GuardLock lock(mutex_);
   std::vector<ShelfEntry*> result;
   for (const auto& entry : entries_) result.push_back(entry.get());
   return result;
 }
 
 std::vector<ShelfEntry*> PluginShelf::loaded() const {
-  const std::lock_guard lock(mutex_);
+  const GuardLock lock(mutex_);
   std::vector<ShelfEntry*> result;
   for (const auto& entry : entries_) {
     if (entry->plugin != nullptr) result.push_back(entry.get());
@@ -37,22 +37,22 @@ std::vector<ShelfEntry*> PluginShelf::loaded() const {
 }
 
 KPIM::VESK_RESULT PluginShelf::hold(ShelfEntry& entry, bool mayLoad, KPIM::Plugin** out) {
-  Lock lock(mutex_);
-  if (!waitUntilFree(entry, lock)) return KPIM::kLoadFailed;
+  const GuardLock lock(mutex_);
+  if (!waitUntilFree(entry)) return KPIM::kLoadFailed;
   if (entry.plugin == nullptr) {
     if (!mayLoad || closed_) return KPIM::kNoSuchPlugin;
-    if (!load(entry, lock)) return KPIM::kLoadFailed;
+    if (!load(entry)) return KPIM::kLoadFailed;
   }
-  lend(entry, lock, out);
+  lend(entry, out);
   return KPIM::kSuccess;
 }
 
-bool PluginShelf::waitUntilFree(ShelfEntry& entry, Lock& lock) {
+bool PluginShelf::waitUntilFree(ShelfEntry& entry) {
   const std::thread::id self = std::this_thread::get_id();
   while (entry.owner != kNobody) {
     if (closesCircle(entry)) return false;
     waits_[self] = &entry;
-    changed_.wait(lock);
+    changed_.wait(mutex_);
     waits_.erase(self);
   }
   return true;
@@ -70,60 +70,57 @@ bool PluginShelf::closesCircle(const ShelfEntry& entry) const {
   return false;
 }
 
-bool PluginShelf::load(ShelfEntry& entry, Lock& lock) {
-  entry.owner = std::this_thread::get_id();
+bool PluginShelf::load(ShelfEntry& entry) {
+  setOwner(entry, std::this_thread::get_id());
   entry.loadNumber = ++loads_;
-  lock.unlock();
-  CreatedPlugin created =
-      entry.factory ? createPlugin(entry.factory, context_) : createPlugin(entry.library, context_);
-  lock.lock();
-  entry.owner = kNobody;
+  mutex_.unlock();
+  CreatedPlugin created = entry.library.empty() ? createPlugin(entry.factory, context_)
+                                                : createPlugin(entry.library, context_);
+  mutex_.lock();
   entry.plugin = created.plugin;
   entry.handle = std::move(created.library);
-  changed_.notify_all();
+  setOwner(entry, kNobody);
   if (created.plugin != nullptr) return true;
-  addProblemLocked("Plug-in " + entry.info.id + ": " + created.problem);
+  note("Plug-in " + entry.info.id + ": " + created.problem);
   return false;
 }
 
-void PluginShelf::lend(ShelfEntry& entry, Lock& lock, KPIM::Plugin** out) {
+void PluginShelf::lend(ShelfEntry& entry, KPIM::Plugin** out) {
   KPIM::Plugin* plugin = entry.plugin;
   ++entry.borrowers;
-  lock.unlock();
+  mutex_.unlock();
   plugin->kpimRetain();
-  lock.lock();
+  mutex_.lock();
   --entry.borrowers;
-  changed_.notify_all();
+  changed_.notifyAll();
   *out = plugin;
 }
 
 bool PluginShelf::unloadIfUnused(ShelfEntry& entry) {
-  Lock lock(mutex_);
+  const GuardLock lock(mutex_);
   if (entry.plugin == nullptr || entry.owner != kNobody || entry.borrowers > 0) return false;
-  entry.owner = std::this_thread::get_id();
-  lock.unlock();
+  setOwner(entry, std::this_thread::get_id());
+  mutex_.unlock();
   const bool unused = entry.plugin->kpimHoldCount() == 1;
-  lock.lock();
-  if (unused) release(entry, lock);
-  entry.owner = kNobody;
-  changed_.notify_all();
+  mutex_.lock();
+  if (unused) release(entry);
+  setOwner(entry, kNobody);
   return unused;
 }
 
 void PluginShelf::unload(ShelfEntry& entry) {
-  Lock lock(mutex_);
-  changed_.wait(lock, [&entry] { return entry.owner == kNobody && entry.borrowers == 0; });
+  const GuardLock lock(mutex_);
+  while (entry.owner != kNobody || entry.borrowers > 0) changed_.wait(mutex_);
   if (entry.plugin == nullptr) return;
-  entry.owner = std::this_thread::get_id();
-  release(entry, lock);
-  entry.owner = kNobody;
-  changed_.notify_all();
+  setOwner(entry, std::this_thread::get_id());
+  release(entry);
+  setOwner(entry, kNobody);
 }
 
 // Called by the entry's owner. The entry keeps its plug-in while that is destroyed, so that a
 // destructor may still ask for its description.
-void PluginShelf::release(ShelfEntry& entry, Lock& lock) {
-  lock.unlock();
+void PluginShelf::release(ShelfEntry& entry) {
+  mutex_.unlock();
   const int holds = entry.plugin->kpimRelease();
   LibraryHandle handle = std::move(entry.handle);
   if (holds > 0) {
@@ -132,22 +129,29 @@ void PluginShelf::release(ShelfEntry& entry, Lock& lock) {
   } else {
     handle.reset();
   }
-  lock.lock();
+  mutex_.lock();
   entry.plugin = nullptr;
-  if (holds > 0) addProblemLocked("Plug-in " + entry.info.id + ": It is still held.");
+  if (holds > 0) note("Plug-in " + entry.info.id + ": It is still held.");
 }
 
 void PluginShelf::close() {
-  Lock lock(mutex_);
+  const GuardLock lock(mutex_);
   closed_ = true;
-  changed_.wait(lock, [this] {
-    return std::all_of(entries_.begin(), entries_.end(),
-                       [](const auto& entry) { return entry->owner == kNobody; });
-  });
+  while (isAnyOwned()) changed_.wait(mutex_);
+}
+
+bool PluginShelf::isAnyOwned() const {
+  return std::any_of(entries_.begin(), entries_.end(),
+                     [](const auto& entry) { return entry->owner != kNobody; });
+}
+
+void PluginShelf::setOwner(ShelfEntry& entry, std::thread::id owner) {
+  entry.owner = owner;
+  changed_.notifyAll();
 }
 
 const KPIM::PluginInfo* PluginShelf::infoOf(const KPIM::Plugin& plugin) const {
-  const std::lock_guard lock(mutex_);
+  const GuardLock lock(mutex_);
   for (const auto& entry : entries_) {
     if (entry->plugin == &plugin) return &entry->info;
   }
@@ -155,17 +159,17 @@ const KPIM::PluginInfo* PluginShelf::infoOf(const KPIM::Plugin& plugin) const {
 }
 
 void PluginShelf::addProblem(const std::string& sentence) {
-  const std::lock_guard lock(mutex_);
-  addProblemLocked(sentence);
+  const GuardLock lock(mutex_);
+  note(sentence);
 }
 
-void PluginShelf::addProblemLocked(const std::string& sentence) {
+void PluginShelf::note(const std::string& sentence) {
   const bool known = std::find(problems_.begin(), problems_.end(), sentence) != problems_.end();
   if (!known) problems_.push_back(sentence);
 }
 
 std::vector<std::string> PluginShelf::problems() const {
-  const std::lock_guard lock(mutex_);
+  const GuardLock lock(mutex_);
   return problems_;
 }
 

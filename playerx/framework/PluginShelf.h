@@ -1,17 +1,16 @@
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "KPIM/PluginInfo.h"
 #include "playerx/framework/PluginCreation.h"
+#include "playerx/platform/Monitor.h"
 
 namespace playerx {
 
@@ -63,25 +62,24 @@ class PluginShelf {
   std::vector<std::string> problems() const;
 
  private:
-  using Lock = std::unique_lock<std::mutex>;
-
-  bool waitUntilFree(ShelfEntry& entry, Lock& lock);
-  bool closesCircle(const ShelfEntry& entry) const;
-  bool load(ShelfEntry& entry, Lock& lock);
-  void lend(ShelfEntry& entry, Lock& lock, KPIM::Plugin** out);
-  void release(ShelfEntry& entry, Lock& lock);
-  void addProblemLocked(const std::string& sentence);
+  bool waitUntilFree(ShelfEntry& entry) KVPM_REQUIRES(mutex_);
+  bool closesCircle(const ShelfEntry& entry) const KVPM_REQUIRES(mutex_);
+  bool load(ShelfEntry& entry) KVPM_REQUIRES(mutex_);
+  void lend(ShelfEntry& entry, KPIM::Plugin** out) KVPM_REQUIRES(mutex_);
+  void release(ShelfEntry& entry) KVPM_REQUIRES(mutex_);
+  void setOwner(ShelfEntry& entry, std::thread::id owner) KVPM_REQUIRES(mutex_);
+  bool isAnyOwned() const KVPM_REQUIRES(mutex_);
+  void note(const std::string& sentence) KVPM_REQUIRES(mutex_);
 
   KPIM::Context* const context_;
 
-  mutable std::mutex mutex_;
-  std::condition_variable changed_;
-  // Guarded by mutex_.
-  std::vector<std::unique_ptr<ShelfEntry>> entries_;
-  std::map<std::thread::id, const ShelfEntry*> waits_;
-  std::vector<std::string> problems_;
-  std::uint64_t loads_ = 0;
-  bool closed_ = false;
+  mutable GuardMutex mutex_;
+  Condition changed_;
+  std::vector<std::unique_ptr<ShelfEntry>> entries_ KVPM_GUARDED_BY(mutex_);
+  std::map<std::thread::id, const ShelfEntry*> waits_ KVPM_GUARDED_BY(mutex_);
+  std::vector<std::string> problems_ KVPM_GUARDED_BY(mutex_);
+  std::uint64_t loads_ KVPM_GUARDED_BY(mutex_) = 0;
+  bool closed_ KVPM_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace playerx

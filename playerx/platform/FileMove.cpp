@@ -10,6 +10,7 @@
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
 #include "playerx/platform/FileSync.h"
+#include "playerx/platform/Rename.h"
 #include "playerx/platform/ReplacementFile.h"
 
 namespace playerx {
@@ -74,9 +75,7 @@ int moveFileWithoutOverwriting(const fs::path& from, const fs::path& to) {
   if (::lstat(from.c_str(), &status) != 0) return errno;
   if (S_ISDIR(status.st_mode)) return EISDIR;
   const int error = renameWithoutOverwriting(from, to);
-  // Without a second name either, only a copy is left.
-  const bool copyHelps = error == EXDEV || error == EPERM || error == EOPNOTSUPP;
-  return copyHelps ? moveFileByCopying(from, to) : error;
+  return error == EXDEV ? moveFileByCopying(from, to) : error;
 }
 
 }  // namespace playerx

@@ -3,10 +3,10 @@
 #include <fcntl.h>
 
 #include <cstdlib>
-#include <mutex>
 
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileSyncer.h"
+#include "playerx/platform/Monitor.h"
 #include "playerx/platform/ReplacementFile.h"
 
 namespace playerx {
@@ -24,9 +24,9 @@ void syncPath(const fs::path& path, int flags) {
 
 // Once per name is enough: whoever wrote before this process began has left by now or lives.
 bool isFirstOfItsName(const fs::path& file) {
-  static std::mutex mutex;
+  static GuardMutex mutex;
   static FileSyncer::Files& seen = *new FileSyncer::Files;  // outlives the syncing at process end
-  const std::lock_guard lock(mutex);
+  const GuardLock lock(mutex);
   return seen.insert(file).second;
 }
 

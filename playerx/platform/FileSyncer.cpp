@@ -34,41 +34,41 @@ FileSyncer::FileSyncer(Action action, std::chrono::milliseconds gathering)
 FileSyncer::~FileSyncer() { finish(); }
 
 void FileSyncer::request(const std::filesystem::path& file) {
-  Lock lock(mutex_);
+  const GuardLock lock(mutex_);
   const bool first = pending_.empty();
   pending_.insert(file);
   ++requested_;
   if (finishing_) {
-    syncPending(lock);
+    syncPending();
     return;
   }
   ensureThread();
-  if (first) work_.notify_one();
+  if (first) work_.notifyOne();
 }
 
 void FileSyncer::flush() {
-  Lock lock(mutex_);
+  const GuardLock lock(mutex_);
   if (!thread_.joinable()) {
-    syncPending(lock);
+    syncPending();
     return;
   }
   const std::uint64_t wanted = requested_;
   ++flushing_;
-  work_.notify_one();
-  progress_.wait(lock, [this, wanted] { return synced_ >= wanted; });
+  work_.notifyOne();
+  while (synced_ < wanted) progress_.wait(mutex_);
   --flushing_;
 }
 
 void FileSyncer::finish() {
   if (::getpid() != process_) return;
-  Lock lock(mutex_);
+  const GuardLock lock(mutex_);
   finishing_ = true;
-  work_.notify_one();
+  work_.notifyOne();
   std::thread ending = std::exchange(thread_, std::thread());
-  lock.unlock();
+  mutex_.unlock();
   if (ending.joinable()) ending.join();
-  lock.lock();
-  syncPending(lock);
+  mutex_.lock();
+  syncPending();
 }
 
 void FileSyncer::ensureThread() {
@@ -82,23 +82,25 @@ void FileSyncer::ensureThread() {
 }
 
 void FileSyncer::run() {
-  Lock lock(mutex_);
+  const GuardLock lock(mutex_);
   while (true) {
-    work_.wait(lock, [this] { return finishing_ || !pending_.empty(); });
+    while (!finishing_ && pending_.empty()) work_.wait(mutex_);
     if (pending_.empty()) return;
-    work_.wait_for(lock, gathering_, [this] { return finishing_ || flushing_ > 0; });
-    syncPending(lock);
+    const auto deadline = Condition::Clock::now() + gathering_;
+    while (!finishing_ && flushing_ == 0 && work_.waitUntil(mutex_, deadline)) {
+    }
+    syncPending();
   }
 }
 
-void FileSyncer::syncPending(Lock& lock) {
+void FileSyncer::syncPending() {
   const std::uint64_t upTo = requested_;
   const Files files = std::exchange(pending_, {});
-  lock.unlock();
+  mutex_.unlock();
   if (!files.empty()) action_(files);
-  lock.lock();
+  mutex_.lock();
   synced_ = std::max(synced_, upTo);
-  progress_.notify_all();
+  progress_.notifyAll();
 }
 
 }  // namespace playerx

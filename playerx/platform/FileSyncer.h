@@ -1,13 +1,13 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <mutex>
 #include <set>
 #include <thread>
+
+#include "playerx/platform/Monitor.h"
 
 namespace playerx {
 
@@ -40,26 +40,23 @@ class FileSyncer {
   void finish();
 
  private:
-  using Lock = std::unique_lock<std::mutex>;
-
-  void ensureThread();
+  void ensureThread() KVPM_REQUIRES(mutex_);
   void run();
-  void syncPending(Lock& lock);
+  void syncPending() KVPM_REQUIRES(mutex_);
 
   const Action action_;
   const std::chrono::milliseconds gathering_;
   const int process_;
 
-  std::mutex mutex_;
-  std::condition_variable work_;
-  std::condition_variable progress_;
-  // Guarded by mutex_.
-  Files pending_;
-  std::uint64_t requested_ = 0;
-  std::uint64_t synced_ = 0;  // requests up to this one are done
-  int flushing_ = 0;
-  bool finishing_ = false;
-  std::thread thread_;
+  GuardMutex mutex_;
+  Condition work_;
+  Condition progress_;
+  Files pending_ KVPM_GUARDED_BY(mutex_);
+  std::uint64_t requested_ KVPM_GUARDED_BY(mutex_) = 0;
+  std::uint64_t synced_ KVPM_GUARDED_BY(mutex_) = 0;  // requests up to this one are done
+  int flushing_ KVPM_GUARDED_BY(mutex_) = 0;
+  bool finishing_ KVPM_GUARDED_BY(mutex_) = false;
+  std::thread thread_ KVPM_GUARDED_BY(mutex_);
 };
 
 }  // namespace playerx

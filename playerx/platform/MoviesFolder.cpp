@@ -1,15 +1,15 @@
 #include "playerx/platform/MoviesFolder.h"
 
 #include <QStandardPaths>
-#include <mutex>
 
 #include "kvpm/PathTools.h"
+#include "playerx/platform/Monitor.h"
 
 namespace playerx {
 namespace {
 
-std::mutex mutex;
-std::wstring chosen;  // guarded by mutex; empty for the default
+GuardMutex mutex;
+std::wstring chosen KVPM_GUARDED_BY(mutex);  // empty for the default
 
 std::wstring withoutSeparatorsAtTheEnd(const std::wstring& folder) {
   return folder.substr(0, folder.find_last_not_of(kvpm::PathTools::getWPathSeparator()) + 1);
@@ -18,7 +18,7 @@ std::wstring withoutSeparatorsAtTheEnd(const std::wstring& folder) {
 }  // namespace
 
 void setMoviesFolder(const std::wstring& folder) {
-  const std::lock_guard lock(mutex);
+  const GuardLock lock(mutex);
   chosen = withoutSeparatorsAtTheEnd(folder);
 }
 
@@ -33,7 +33,7 @@ namespace kvpm {
 
 std::wstring PathTools::getVeskMoviesFolder() {
   {
-    const std::lock_guard lock(playerx::mutex);
+    const playerx::GuardLock lock(playerx::mutex);
     if (!playerx::chosen.empty()) return playerx::chosen;
   }
   return playerx::defaultMoviesFolder();

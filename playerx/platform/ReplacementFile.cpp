@@ -13,6 +13,8 @@
 #include <system_error>
 #include <utility>
 
+#include "playerx/platform/Rename.h"
+
 namespace playerx {
 namespace {
 
@@ -82,11 +84,15 @@ std::optional<struct stat> replaceableState(const fs::path& target, int& error) 
   return status;
 }
 
+// Changing the owner clears marks that permissions carry, so it comes first. A user who may not
+// give the file away keeps it; if the group cannot be kept either, it gets what everybody gets.
 void takeOverPermissions(int file, const struct stat& from) {
-  // Changing the owner clears marks that permissions carry, so it comes first. A user who may not
-  // give the file away keeps it.
-  if (::fchown(file, from.st_uid, from.st_gid) != 0) errno = 0;
-  if (::fchmod(file, from.st_mode & 07777U) != 0) errno = 0;
+  constexpr auto kSameOwner = static_cast<uid_t>(-1);
+  const bool groupKept =
+      ::fchown(file, from.st_uid, from.st_gid) == 0 || ::fchown(file, kSameOwner, from.st_gid) == 0;
+  const mode_t mode = from.st_mode & 07777U;
+  const mode_t everybody = mode & 07U;
+  if (::fchmod(file, groupKept ? mode : ((mode & ~070U) | (everybody << 3U))) != 0) errno = 0;
 }
 
 struct NamedFile {
@@ -147,17 +153,6 @@ int ReplacementFile::claim() {
   if (const int error = renameWithoutOverwriting(name_, target_); error != 0) return error;
   name_.clear();
   return 0;
-}
-
-int renameWithoutOverwriting(const fs::path& from, const fs::path& to) {
-  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
-  if (errno != EINVAL && errno != ENOSYS) return errno;
-  // A file system that cannot do this in one step: a second name never overwrites either.
-  if (::link(from.c_str(), to.c_str()) != 0) return errno;
-  if (::unlink(from.c_str()) == 0) return 0;
-  const int error = errno;
-  ::unlink(to.c_str());
-  return error;
 }
 
 void removeLeftovers(const fs::path& target) {

@@ -44,10 +44,6 @@ class ReplacementFile {
   const std::filesystem::path target_;
 };
 
-/// Gives `from` the name `to` unless something of that name exists, within one file system. Returns
-/// 0 or an error number; then nothing has changed.
-int renameWithoutOverwriting(const std::filesystem::path& from, const std::filesystem::path& to);
-
 /// Deletes what dead writers have left beside `target`.
 void removeLeftovers(const std::filesystem::path& target);
 

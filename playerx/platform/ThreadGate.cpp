@@ -1,55 +1,54 @@
 #include "playerx/platform/ThreadGate.h"
 
-#include <condition_variable>
-#include <mutex>
-
+#include "playerx/platform/Monitor.h"
 #include "playerx/platform/ThreadGateWait.h"
 
 namespace playerx {
 namespace {
 
 struct Gate {
-  std::mutex mutex;
-  std::condition_variable changed;
-  bool open = true;  // guarded by mutex
+  GuardMutex mutex;
+  Condition changed;
+  bool open KVPM_GUARDED_BY(mutex) = true;
 };
 
 // Never destroyed: a thread may still wait here while the process ends.
-Gate& gate() {
+Gate& theGate() {
   static Gate& instance = *new Gate;
   return instance;
 }
 
-void setOpen(bool open) {
-  {
-    const std::lock_guard lock(gate().mutex);
-    gate().open = open;
-  }
-  gate().changed.notify_all();
+void setOpen(Gate& gate, bool open) {
+  const GuardLock lock(gate.mutex);
+  gate.open = open;
+  gate.changed.notifyAll();
 }
 
 }  // namespace
 
-void ThreadGate::close() { setOpen(false); }
+void ThreadGate::close() { setOpen(theGate(), false); }
 
-void ThreadGate::open() { setOpen(true); }
+void ThreadGate::open() { setOpen(theGate(), true); }
 
 bool ThreadGate::isOpen() {
-  const std::lock_guard lock(gate().mutex);
-  return gate().open;
+  Gate& gate = theGate();
+  const GuardLock lock(gate.mutex);
+  return gate.open;
 }
 
 bool passThreadGate(const std::atomic<bool>& stop) {
-  std::unique_lock lock(gate().mutex);
-  if (gate().open) return true;
-  gate().changed.wait(lock, [&stop] { return gate().open || stop.load(); });
-  return !stop.load();
+  Gate& gate = theGate();
+  const GuardLock lock(gate.mutex);
+  if (gate.open) return true;
+  while (!gate.open && !stop) gate.changed.wait(gate.mutex);
+  return !stop;
 }
 
 void wakeThreadGate() {
-  // Passing through the lock: a waiter has either seen the flag or is reachable by the notice.
-  { const std::lock_guard lock(gate().mutex); }
-  gate().changed.notify_all();
+  Gate& gate = theGate();
+  // Under the lock: whoever waits has either seen the flag or is reached by the notice.
+  const GuardLock lock(gate.mutex);
+  gate.changed.notifyAll();
 }
 
 }  // namespace playerx

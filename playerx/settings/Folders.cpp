@@ -1,43 +1,50 @@
 #include "playerx/settings/Folders.h"
 
 #include <QDir>
-#include <mutex>
 #include <string>
+#include <utility>
 
+#include "playerx/platform/Monitor.h"
 #include "playerx/settings/ChosenFolders.h"
 
 namespace playerx {
 namespace {
 
-std::mutex mutex;
-// Guarded by mutex; empty for the default. Plain text, because the shared data of a QString is
-// handed between threads inside the Qt library only.
-std::u16string applicationData;
-std::u16string temp;
+GuardMutex mutex;
+// Empty for the default. Plain text, because the shared data of a QString is handed between threads
+// inside the Qt library only.
+std::u16string applicationData KVPM_GUARDED_BY(mutex);
+std::u16string temp KVPM_GUARDED_BY(mutex);
 
 std::u16string absolute(const QString& folder) {
-  return folder.isEmpty() ? std::u16string() : QDir(folder).absolutePath().toStdU16String();
-}
-
-void choose(std::u16string& folder, const QString& value) {
-  std::u16string chosen = absolute(value);
-  const std::lock_guard lock(mutex);
-  folder = std::move(chosen);
-}
-
-QString chosen(const std::u16string& folder) {
-  const std::lock_guard lock(mutex);
-  return QString::fromStdU16String(folder);
+  if (folder.isEmpty()) return {};
+  QString path = QDir(folder).absolutePath();
+  while (path.size() > 1 && path.endsWith('/')) path.chop(1);
+  return path.toStdU16String();
 }
 
 }  // namespace
 
-void setApplicationDataPath(const QString& folder) { choose(applicationData, folder); }
+void setApplicationDataPath(const QString& folder) {
+  std::u16string path = absolute(folder);
+  const GuardLock lock(mutex);
+  applicationData = std::move(path);
+}
 
-void setTempPath(const QString& folder) { choose(temp, folder); }
+void setTempPath(const QString& folder) {
+  std::u16string path = absolute(folder);
+  const GuardLock lock(mutex);
+  temp = std::move(path);
+}
 
-QString chosenApplicationDataPath() { return chosen(applicationData); }
+QString chosenApplicationDataPath() {
+  const GuardLock lock(mutex);
+  return QString::fromStdU16String(applicationData);
+}
 
-QString chosenTempPath() { return chosen(temp); }
+QString chosenTempPath() {
+  const GuardLock lock(mutex);
+  return QString::fromStdU16String(temp);
+}
 
 }  // namespace playerx

@@ -1,8 +1,8 @@
 #include "KPX/KPXPreferences.h"
 
 #include <QVariant>
-#include <mutex>
 
+#include "playerx/platform/Monitor.h"
 #include "playerx/platform/MoviesFolder.h"
 #include "playerx/settings/PreferenceOverrides.h"
 
@@ -16,12 +16,12 @@ const QString KPXPreferences::MediaFolder_DEFAULT =
 namespace {
 
 // Readers on several threads share one settings object; the text handed out shares nothing.
-std::mutex reading;
+playerx::GuardMutex reading;
 
 QString detached(const QString& text) { return QString(text.constData(), text.size()); }
 
 QString stored(const QString& key, const QString& defaultValue) {
-  const std::lock_guard lock(reading);
+  const playerx::GuardLock lock(reading);
   if (KPXPreferences::userSettings == nullptr) return defaultValue;
   const QVariant value = KPXPreferences::userSettings->value(key, defaultValue);
   const QString text = value.isValid() ? value.toString() : QString();

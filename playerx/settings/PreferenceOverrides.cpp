@@ -1,31 +1,32 @@
 #include "playerx/settings/PreferenceOverrides.h"
 
 #include <map>
-#include <mutex>
 #include <string>
+
+#include "playerx/platform/Monitor.h"
 
 namespace playerx {
 namespace {
 
-std::mutex mutex;
-// Guarded by mutex. Plain text, because the shared data of a QString is handed between threads
-// inside the Qt library only.
-std::map<std::u16string, std::u16string> overrides;
+GuardMutex mutex;
+// Plain text, because the shared data of a QString is handed between threads inside the Qt library
+// only.
+std::map<std::u16string, std::u16string> overrides KVPM_GUARDED_BY(mutex);
 
 }  // namespace
 
 void setPreferenceOverride(const QString& key, const QString& value) {
-  const std::lock_guard lock(mutex);
+  const GuardLock lock(mutex);
   overrides[key.toStdU16String()] = value.toStdU16String();
 }
 
 void clearPreferenceOverrides() {
-  const std::lock_guard lock(mutex);
+  const GuardLock lock(mutex);
   overrides.clear();
 }
 
 std::optional<QString> preferenceOverride(const QString& key) {
-  const std::lock_guard lock(mutex);
+  const GuardLock lock(mutex);
   const auto found = overrides.find(key.toStdU16String());
   if (found == overrides.end() || found->second.empty()) return std::nullopt;
   return QString::fromStdU16String(found->second);

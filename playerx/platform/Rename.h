@@ -1,0 +1,19 @@
+#pragma once
+
+#include <filesystem>
+
+namespace playerx {
+
+/// Gives the file `from` the name `to`, within one file system, unless something of that name
+/// exists: then it fails with EEXIST. Returns 0 or an error number (`errno` values); then nothing
+/// has changed. May be called from any thread.
+int renameWithoutOverwriting(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// The ways it takes, from the best to the one that works on every file system. Each keeps the
+/// promise above; a process that dies in the middle leaves, in this order, never anything odd, the
+/// file under both names, or an empty file as `to`.
+int renameInOneStep(const std::filesystem::path& from, const std::filesystem::path& to);
+int renameBySecondName(const std::filesystem::path& from, const std::filesystem::path& to);
+int renameOntoPlaceholder(const std::filesystem::path& from, const std::filesystem::path& to);
+
+}  // namespace playerx
