@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "playerx/platform/FileMove.h"
+#include "playerx/platform/Rename.h"
 #include "tests/support/TempDir.h"
 
 namespace {
@@ -18,7 +19,7 @@ namespace fs = std::filesystem;
 using support::readFile;
 using support::TempDir;
 
-// Both ways must keep the same promises.
+// All ways must keep the same promises.
 using Move = int (*)(const fs::path&, const fs::path&);
 
 class FileMove : public testing::TestWithParam<Move> {
@@ -35,6 +36,10 @@ class FileMove : public testing::TestWithParam<Move> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Whole, FileMove, testing::Values(&playerx::moveFileWithoutOverwriting));
+INSTANTIATE_TEST_SUITE_P(InOneStep, FileMove, testing::Values(&playerx::renameInOneStep));
+INSTANTIATE_TEST_SUITE_P(BySecondName, FileMove, testing::Values(&playerx::renameBySecondName));
+INSTANTIATE_TEST_SUITE_P(OntoPlaceholder, FileMove,
+                         testing::Values(&playerx::renameOntoPlaceholder));
 INSTANTIATE_TEST_SUITE_P(Copying, FileMove, testing::Values(&playerx::moveFileByCopying));
 
 TEST_P(FileMove, MovesTheContent) {
@@ -89,13 +94,6 @@ TEST_P(FileMove, AFileIsNotMovedOntoItself) {
   folder_.write("from", "film");
   EXPECT_EQ(move("from", "from"), EEXIST);
   EXPECT_EQ(readFile(folder_ / "from"), "film");
-}
-
-TEST_P(FileMove, MovesNoFolder) {
-  fs::create_directory(folder_ / "from");
-  EXPECT_NE(move("from", "to"), 0);
-  EXPECT_TRUE(fs::exists(folder_ / "from"));
-  EXPECT_EQ(files(), 1U);
 }
 
 TEST_P(FileMove, FailsWithoutAFile) {
@@ -195,6 +193,16 @@ TEST(FileMoveByCopying, LeavesNothingWhenTheNameIsTakenMeanwhile) {
   for (std::thread& thread : threads) thread.join();
   const fs::directory_iterator all(folder.path());
   EXPECT_EQ(std::distance(begin(all), end(all)), 1);
+}
+
+TEST(FileMoveNever, MovesAFolder) {
+  for (const Move move : {&playerx::moveFileWithoutOverwriting, &playerx::moveFileByCopying}) {
+    const TempDir folder;
+    fs::create_directory(folder / "from");
+    EXPECT_NE(move(folder / "from", folder / "to"), 0);
+    EXPECT_TRUE(fs::exists(folder / "from"));
+    EXPECT_FALSE(fs::exists(folder / "to"));
+  }
 }
 
 TEST(FileMoveByCopying, CopiesNoPipe) {

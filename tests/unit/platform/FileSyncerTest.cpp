@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <mutex>
@@ -168,6 +171,21 @@ TEST(FileSyncer, ManyThreadsMayRequestFlushAndFinish) {
   Files seen;
   for (const Files& batch : disk.batches()) seen.insert(batch.begin(), batch.end());
   EXPECT_EQ(seen, (Files{"/0", "/1", "/2", "/3"}));
+}
+
+TEST(FileSyncer, AChildProcessLeavesTheWorkToItsParent) {
+  Disk disk;
+  FileSyncer syncer(disk.action(), kLong);
+  syncer.request("/a");
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::alarm(30);  // instead of waiting for ever for a thread that it does not have
+    syncer.finish();
+    ::_exit(disk.batches().empty() ? 0 : 1);
+  }
+  int status = -1;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
 }
 
 TEST(FileSyncer, ItsThreadTakesNoSignals) {

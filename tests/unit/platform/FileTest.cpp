@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <atomic>
@@ -295,6 +296,17 @@ TEST(FileWriting, KeepsThePermissionsOfTheOldFile) {
     ASSERT_EQ(replace(path, "new"), 0);
     EXPECT_EQ(fs::status(path).permissions(), fs::perms(mode));
   }
+}
+
+TEST(FileWriting, KeepsTheOwnerWhereThatIsAllowed) {
+  const TempDir folder;
+  const fs::path path = folder.write("queue.xml", "old");
+  const bool givenAway = ::chown(path.c_str(), 12345, 23456) == 0;
+  ASSERT_EQ(replace(path, "new"), 0);
+  struct stat status {};
+  ASSERT_EQ(::stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_uid, givenAway ? 12345U : ::geteuid());
+  EXPECT_EQ(status.st_gid, givenAway ? 23456U : ::getegid());
 }
 
 TEST(FileWriting, TheNewContentIsNeverMoreOpenThanTheOldFile) {
