@@ -1,0 +1,58 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "VeskPlayerX/DownloadItemInterface.h"
+#include "kvpm/CritSection.h"
+
+/// Keeps the download queue in a file, and takes over the file of an earlier release.
+///
+/// There is no state but the lock. All operations are static and may be called from any thread; a
+/// caller that holds the lock of the queue takes it before, never after. Items that are returned
+/// are new and belong to the caller. Nothing here throws or reports an error: a file that cannot be
+/// read is an empty queue, and one that cannot be written stays as it was.
+///
+/// At start-up the manager reads with `loadDownloadQueue`. After it has written a queue taken over
+/// from an earlier release, it deletes that release's file only when the new one is there.
+class DownloadManagerPersistence {
+ public:
+  using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
+
+  DownloadManagerPersistence() = delete;
+
+  /// Replaces the file by one that holds `items`, in their order. Always true, also when nothing
+  /// could be written; the old file is then whole. Characters of the items' texts that XML cannot
+  /// carry are written as U+FFFD, and texts of more than 9,000,000 bytes are cut off.
+  static bool writeDownloadQueue(const std::wstring& path, const Items& items);
+
+  /// The queue in the file, which may be of this release or of an earlier one; empty when it is
+  /// missing, empty, unreadable or of no known format.
+  static Items readDownloadQueue(const std::wstring& path);
+
+  /// Reads as `readDownloadQueue` does. A file that holds something, yet could not be read or
+  /// understood, is moved to a new name beside it first: '<path>.unreadable', or
+  /// '<path>.unreadable.2' and so on where that name is taken. So whatever replaces or deletes the
+  /// file afterwards destroys nothing.
+  static Items loadDownloadQueue(const std::wstring& path);
+
+  /// The queue in a file of this release's format.
+  static Items readNewQueue(const std::wstring& path) KVPM_REQUIRES(persistenceLock);
+
+  /// The queue in a file of the earlier release's format.
+  static Items readOldQueue(const std::wstring& path) KVPM_REQUIRES(persistenceLock);
+
+  /// UTF-8 of wide text, terminated, as an array from `new[]` that the caller frees with
+  /// `delete[]`. Empty where the text cannot be converted.
+  static unsigned char* wstringToUtf8(const std::wstring& text);
+
+  /// Wide text of terminated UTF-8. Empty for null and where it cannot be converted.
+  static std::wstring utf8ToWstring(const unsigned char* text);
+
+  /// Wide text that an earlier release has written: base64 of its 32-bit characters. A last
+  /// character that is not whole is lost; a text that is no base64 is empty.
+  static std::wstring encodedStringToWstring(const char* text);
+
+  /// Serialises all reading and writing of queue files. Made when the module is loaded.
+  static kvpm::CritSection persistenceLock;
+};

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+
+#include "persistence/ItemList.h"
+#include "plugin/DownloadItem.h"
+
+/// What both queue formats share: documents whose root has one element per item, each with the
+/// item's fields as attributes.
+namespace persistence {
+
+/// An attribute of an item's element and the field that it is read into.
+struct ItemAttribute {
+  const char* name;
+  void (*read)(DownloadItem& item, const char* text);
+};
+
+/// The shape of a format.
+struct ItemFormat {
+  const char* rootName;
+  const char* elementName;
+  const char* version;  ///< attribute of the root that must read 1; null for none
+  std::span<const ItemAttribute> attributes;  ///< in the order in which they are read
+};
+
+/// The items of a document in its order; nothing when it is malformed, has another root, or could
+/// not be read whole for lack of memory. An absent attribute leaves the item's default.
+std::optional<ItemList> readItems(std::string bytes, const ItemFormat& format);
+
+void readContentEncryptionUsageId(DownloadItem& item, const char* text);
+void readFileSize(DownloadItem& item, const char* text);
+void readTicket(DownloadItem& item, const char* text);
+void readTimeRemaining(DownloadItem& item, const char* text);
+void readEncrypted(DownloadItem& item, const char* text);
+void readTicketAlreadyTorn(DownloadItem& item, const char* text);
+
+}  // namespace persistence

@@ -1,0 +1,56 @@
+#include "persistence/LegacyQueueDocument.h"
+
+#include <array>
+#include <utility>
+
+#include "kvpm/StringTools.h"
+#include "persistence/DownloadManagerPersistence.h"
+#include "persistence/ItemAttributes.h"
+
+namespace persistence {
+namespace {
+
+using kvpm::StringTools;
+
+constexpr const char* kRoot = "DownloadManagerDataContainer";
+constexpr const char* kElement = "DownloadManagerVideoElement";
+constexpr const char* kVersion = "version";
+
+std::wstring readText(const char* text) {
+  return DownloadManagerPersistence::encodedStringToWstring(text);
+}
+
+/// Taken as it is: this format has no status that is read back as another.
+void readStatus(DownloadItem& item, const char* text) {
+  item.setStatus(static_cast<DownloadStatusEnumType>(StringTools::stringToInt32(text)));
+}
+
+constexpr std::array<ItemAttribute, 12> kAttributes{{
+    {"contentEncryptionUsageID", readContentEncryptionUsageId},
+    {"status", readStatus},
+    {"fileSize", readFileSize},
+    {"title", [](DownloadItem& item, const char* text) { item.setTitle(readText(text)); }},
+    {"ticket", readTicket},
+    {"filePath", [](DownloadItem& item, const char* text) { item.setPath(readText(text)); }},
+    {"timeRemaining", readTimeRemaining},
+    {"contentProviderDisplayName",
+     [](DownloadItem& item, const char* text) {
+       item.setContentProviderDisplayName(readText(text));
+     }},
+    {"encrypted", readEncrypted},
+    {"ticketAlreadyTorn", readTicketAlreadyTorn},
+    {"url", [](DownloadItem& item, const char* text) { item.setUrl(readText(text)); }},
+    {"percentDownloaded",
+     [](DownloadItem& item, const char* text) {
+       item.setPercentDownloaded(StringTools::stringToInt32(text));
+     }},
+}};
+
+}  // namespace
+
+std::optional<ItemList> readLegacyQueueDocument(std::string bytes) {
+  // An item without `percentDownloaded` keeps the default of a new item, which is 0.
+  return readItems(std::move(bytes), {kRoot, kElement, kVersion, kAttributes});
+}
+
+}  // namespace persistence

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "persistence/ItemList.h"
+
+namespace persistence {
+
+/// What a queue file is, as far as its beginning tells.
+enum class QueueFormat {
+  kEmpty,    ///< holds nothing: no bytes, or the document of a queue without items
+  kCurrent,  ///< this release's
+  kLegacy,   ///< an earlier release's
+  kUnknown,
+};
+
+/// Bytes at the beginning of a file by which its format is known.
+inline constexpr std::size_t kQueueHeadSize = 86;
+
+/// The format of a file that begins with `head`, which is shorter than `kQueueHeadSize` only when
+/// the file is.
+QueueFormat formatOf(std::string_view head);
+
+/// What a queue file gave.
+struct QueueReading {
+  ItemList items;
+  bool isUnderstood = false;  ///< false: the file holds, or may hold, more than `items` tells
+};
+
+/// Reads a file of this release's format.
+QueueReading readCurrentQueue(const std::wstring& path);
+
+/// Reads a file of the earlier release's format.
+QueueReading readLegacyQueue(const std::wstring& path);
+
+/// Reads a file of either format. A missing file is understood: it holds nothing.
+QueueReading readQueue(const std::wstring& path);
+
+/// Replaces a file whole, or leaves it as it is.
+void replaceFile(const std::wstring& path, std::string_view content);
+
+/// Moves a file to a name beside it that no other file has. Returns success.
+bool setAside(const std::wstring& path);
+
+}  // namespace persistence

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+/// What the queue file is made of, below `DownloadManagerPersistence`.
+namespace persistence {
+
+/// Bytes of text that one attribute may hold, as the XML library counts them when it reads: UTF-8,
+/// except that it keeps an "&" as five bytes. It refuses a document with more than 10,000,000.
+inline constexpr std::size_t kLongestXmlValue = 9'000'000;
+
+/// The `limit` below with which texts of these lengths, characters of wide or bytes of narrow text,
+/// together stay within what the XML library can count: `kLongestXmlValue` in any queue that
+/// people make, less where a host floods it.
+std::size_t longestValueFor(const std::vector<std::size_t>& lengths);
+
+/// Text that XML can carry: every character that it cannot is replaced with U+FFFD, and what goes
+/// beyond `limit` bytes (counted as above) is cut off before a character.
+std::wstring carriedByXml(const std::wstring& text, std::size_t limit = kLongestXmlValue);
+
+/// The same for bytes. Valid UTF-8 of characters that XML can carry stays as it is, byte for byte;
+/// every other byte is replaced with U+FFFD.
+std::string carriedByXml(const std::string& bytes, std::size_t limit = kLongestXmlValue);
+
+}  // namespace persistence

@@ -1,0 +1,84 @@
+// Documents made to cost memory, time or secrets.
+#include <chrono>
+
+#include "tests/unit/persistence/QueueFileFixture.h"
+
+namespace persistence {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class HostileXml : public QueueFileFixture {};
+
+std::string withDocumentType(const std::string& declarations, const std::string& inside) {
+  return kDeclaration + "<!DOCTYPE DownloadQueue [" + declarations + "]>\n<DownloadQueue>" +
+         inside + "</DownloadQueue>\n";
+}
+
+std::string repeated(const std::string& text, int count) {
+  std::string all;
+  for (int i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+TEST_F(HostileXml, EntitiesThatMultiplyAreRefused) {
+  std::string declarations = "<!ENTITY l0 \"ha\">";
+  for (int level = 1; level < 10; ++level) {
+    const std::string inner = "&l" + std::to_string(level - 1) + ";";
+    declarations += "<!ENTITY l" + std::to_string(level) + " \"" + repeated(inner, 10) + "\">";
+  }
+  EXPECT_THAT(readOf(withDocumentType(declarations, "<DownloadItem title=\"&l9;\"/>")), IsEmpty());
+  EXPECT_THAT(readOf(withDocumentType(declarations, "&l9;<DownloadItem/>")), IsEmpty());
+}
+
+TEST_F(HostileXml, ALongEntityNamedOftenIsRefused) {
+  const std::string declaration = "<!ENTITY a \"" + std::string(100'000, 'x') + "\">";
+  const std::string item = "<DownloadItem title=\"" + repeated("&a;", 3'000) + "\"/>";
+  EXPECT_THAT(readOf(withDocumentType(declaration, item)), IsEmpty());
+}
+
+TEST_F(HostileXml, LongDefaultValuesAreRefused) {
+  const std::string declaration =
+      "<!ATTLIST DownloadItem title CDATA \"" + std::string(100'000, 'x') + "\">";
+  EXPECT_THAT(readOf(withDocumentType(declaration, repeated("<DownloadItem/>", 50'000))),
+              IsEmpty());
+}
+
+TEST_F(HostileXml, NoOtherFileIsRead) {
+  const auto secret = folder().write("secret.txt", "the secret");
+  const std::string declaration = "<!ENTITY e SYSTEM \"file://" + secret.string() + "\">";
+  EXPECT_THAT(readOf(withDocumentType(declaration, "<DownloadItem title=\"&e;\"/>")), IsEmpty());
+  EXPECT_THAT(readOf(withDocumentType(declaration, "&e;<DownloadItem title=\"one\"/>")), IsEmpty());
+}
+
+TEST_F(HostileXml, AnElementWithAHundredThousandAttributesIsRefused) {
+  std::string item = "<DownloadItem";
+  for (int i = 0; i < 100'000; ++i) item += " a" + std::to_string(i) + "=''";
+  EXPECT_THAT(readOf(queueHolding(item + "/>")), IsEmpty());
+}
+
+TEST_F(HostileXml, ElementsNestedVeryDeepAreRefused) {
+  EXPECT_THAT(readOf(queueHolding(repeated("<a>", 100'000) + repeated("</a>", 100'000))),
+              IsEmpty());
+}
+
+TEST_F(HostileXml, AQueueOfAHundredThousandItemsIsRead) {
+  EXPECT_THAT(readOf(queueHolding(repeated("<DownloadItem title=\"a\"/>", 100'000))),
+              SizeIs(100'000));
+}
+
+TEST_F(HostileXml, AHundredMegabytesOfNothingAreNoQueue) {
+  EXPECT_THAT(readOf(kDeclaration + std::string(100'000'000, ' ')), IsEmpty());
+}
+
+TEST_F(HostileXml, AFileLargerThanTheLibraryCanCountIsNotRead) {
+  put(queueHolding("<DownloadItem title=\"one\"/>" + std::string(100, ' ')));
+  ASSERT_THAT(read(), ElementsAre(titled(L"one")));
+  std::filesystem::resize_file(file(), std::uintmax_t{5} << 30);
+  EXPECT_THAT(read(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace persistence

@@ -1,0 +1,211 @@
+// What the readers make of an earlier release's file.
+#include <climits>
+
+#include "tests/support/LegacyQueueFile.h"
+#include "tests/unit/persistence/QueueFileFixture.h"
+
+namespace persistence {
+namespace {
+
+using support::LegacyQueueFile;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class LegacyQueue : public QueueFileFixture {
+ protected:
+  std::vector<Fields> readOfLegacy(const LegacyQueueFile& legacy) const {
+    return readOf(legacy.document());
+  }
+  Fields itemWith(const std::string& name, const std::string& value) const {
+    const auto items = readOfLegacy(LegacyQueueFile().item().attribute(name, value));
+    EXPECT_THAT(items, SizeIs(1));
+    return items.empty() ? Fields() : items.front();
+  }
+};
+
+LegacyQueueFile everyAttribute() {
+  LegacyQueueFile legacy;
+  legacy.item()
+      .attribute("contentEncryptionUsageID", "-42")
+      .attribute("status", "6")
+      .attribute("fileSize", "123456789012")
+      .text("title", L"Summer \u00E4\U0001F600")
+      .attribute("ticket", "the <ticket> & \"more\"")
+      .text("filePath", L"/films/Summer.vesk")
+      .attribute("timeRemaining", "95")
+      .text("contentProviderDisplayName", L"Vesk")
+      .attribute("encrypted", "true")
+      .attribute("ticketAlreadyTorn", "true")
+      .text("url", L"http://h/Summer.avi")
+      .attribute("percentDownloaded", "37");
+  return legacy;
+}
+
+Fields everyField() {
+  return {L"Summer \u00E4\U0001F600",
+          -42,
+          6,
+          123456789012ULL,
+          37,
+          L"/films/Summer.vesk",
+          "the <ticket> & \"more\"",
+          95,
+          L"Vesk",
+          true,
+          true,
+          L"http://h/Summer.avi"};
+}
+
+TEST_F(LegacyQueue, BeginsWithTheHeaderByWhichItIsKnown) {
+  EXPECT_EQ(LegacyQueueFile().document().substr(0, 86),
+            "<drmAuth:DownloadManagerDataContainer xmlns:drmAuth=\"com.vesk.container\" "
+            "version=\"1\" >");
+}
+
+TEST_F(LegacyQueue, EveryFieldIsTakenOver) {
+  EXPECT_THAT(readOfLegacy(everyAttribute()), ElementsAre(everyField()));
+}
+
+TEST_F(LegacyQueue, ItemsComeInFileOrder) {
+  LegacyQueueFile legacy;
+  legacy.item().text("title", L"one").item().text("title", L"two").item().text("title", L"three");
+  EXPECT_THAT(readOfLegacy(legacy), ElementsAre(titled(L"one"), titled(L"two"), titled(L"three")));
+}
+
+TEST_F(LegacyQueue, AQueueWithoutItemsIsEmpty) {
+  EXPECT_THAT(readOfLegacy(LegacyQueueFile()), IsEmpty());
+}
+
+TEST_F(LegacyQueue, AbsentAttributesLeaveTheDefaultsAndZeroPercent) {
+  EXPECT_THAT(readOfLegacy(LegacyQueueFile().item()), ElementsAre(Fields()));
+}
+
+TEST_F(LegacyQueue, EveryStatusIsTakenAsItIs) {
+  for (const std::int32_t status : {0, 1, 2, 3, 4, 5, 6, 7, 99, -1, INT_MIN}) {
+    EXPECT_EQ(itemWith("status", std::to_string(status)).status, status);
+  }
+}
+
+TEST_F(LegacyQueue, OddNumbersAreKeptAsThePlatformReadsThem) {
+  EXPECT_EQ(itemWith("contentEncryptionUsageID", "18446744073709551615").contentEncryptionUsageId,
+            -1);
+  EXPECT_EQ(itemWith("timeRemaining", "-1").timeRemaining, UINT_MAX);
+  EXPECT_EQ(itemWith("timeRemaining", "4294967297").timeRemaining, 1U);
+  EXPECT_EQ(itemWith("fileSize", "18446744073709551615").fileSize, ULLONG_MAX);
+  EXPECT_EQ(itemWith("percentDownloaded", "-5").percentDownloaded, -5);
+  EXPECT_EQ(itemWith("percentDownloaded", "many").percentDownloaded, 0);
+  EXPECT_FALSE(itemWith("encrypted", "no").encrypted);
+}
+
+TEST_F(LegacyQueue, AnotherVersionGivesNoItems) {
+  const std::string text = everyAttribute().document();
+  const std::string header = text.substr(0, 86);
+  for (const char* version : {"2", "0", "", "x", "-1"}) {
+    const std::string other = "version=\"" + std::string(version) + "\"";
+    const std::string root =
+        "<drmAuth:DownloadManagerDataContainer xmlns:drmAuth=\"com.vesk.container\" " + other +
+        " >";
+    put(root + text.substr(header.size()));
+    const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
+    EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), IsEmpty()) << version;
+  }
+}
+
+TEST_F(LegacyQueue, ARootWithoutAVersionGivesNoItems) {
+  put("<DownloadManagerDataContainer><DownloadManagerVideoElement/>"
+      "</DownloadManagerDataContainer>");
+  const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
+  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), IsEmpty());
+}
+
+TEST_F(LegacyQueue, OfTheRootsNameOnlyTheLocalPartCounts) {
+  const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
+  put("<DownloadManagerDataContainer version=\" 1.5\"><DownloadManagerVideoElement/>"
+      "</DownloadManagerDataContainer>");
+  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), SizeIs(1));
+  put("<x:DownloadManagerDataContainer xmlns:x=\"urn:x\" version=\"1\">"
+      "<y:DownloadManagerVideoElement xmlns:y=\"urn:y\"/></x:DownloadManagerDataContainer>");
+  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), SizeIs(1));
+  put("<DownloadQueue version=\"1\"><DownloadManagerVideoElement/></DownloadQueue>");
+  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), IsEmpty());
+}
+
+TEST_F(LegacyQueue, OtherChildrenAreSkipped) {
+  LegacyQueueFile legacy;
+  legacy.raw("text<!-- c --><drmAuth:Other title=\"x\"/><DownloadItem/>")
+      .item()
+      .text("title", L"one")
+      .raw("<DownloadManagerVideoElement/><Other><DownloadManagerVideoElement/></Other>");
+  EXPECT_THAT(readOfLegacy(legacy), ElementsAre(titled(L"one"), Fields()));
+}
+
+TEST_F(LegacyQueue, AnUnknownLegacyHeaderIsNotRecognised) {
+  const std::string text = everyAttribute().document();
+  EXPECT_THAT(readOf(kDeclaration + text), IsEmpty());
+  EXPECT_THAT(readOf(" " + text), IsEmpty());
+}
+
+TEST_F(LegacyQueue, AFileCutAnywhereIsAnEmptyQueue) {
+  const std::string text = everyAttribute().document();
+  for (std::size_t size = 0; size < text.size(); ++size) {
+    ASSERT_THAT(readOf(text.substr(0, size)), IsEmpty()) << "cut at " << size;
+  }
+}
+
+TEST_F(LegacyQueue, MissingAndEmptyFilesGiveNoItems) {
+  const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
+  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), IsEmpty());
+  put("");
+  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), IsEmpty());
+}
+
+TEST_F(LegacyQueue, ATextOfMalformedBase64StillGivesAnItem) {
+  EXPECT_EQ(itemWith("title", ""), Fields());
+  EXPECT_EQ(itemWith("title", "abc"), Fields());
+  EXPECT_EQ(itemWith("title", "++++++++"), titled(std::wstring(1, L'\0')));
+}
+
+TEST_F(LegacyQueue, WhatItGivesCanBeWrittenWhateverTheTexts) {
+  LegacyQueueFile legacy;
+  legacy.item().attribute("title", "________").item().text("title", L"two");
+  const auto items = DownloadManagerPersistence::readDownloadQueue([&] {
+    put(legacy.document());
+    return path();
+  }());
+  DownloadManagerPersistence::writeDownloadQueue(path(), items);
+  taken(items);
+  EXPECT_THAT(read(), ElementsAre(titled(L"\uFFFD"), titled(L"two")));
+}
+
+std::wstring decoded(const std::string& text) {
+  return DownloadManagerPersistence::encodedStringToWstring(text.c_str());
+}
+
+TEST(EncodedString, HoldsTheCharactersInLittleEndianOrder) {
+  EXPECT_EQ(decoded("YQAAAA=="), L"a");
+  EXPECT_EQ(decoded("YQAAAGIAAAA="), L"ab");
+  EXPECT_EQ(decoded(support::legacyText(L"\u20AC\U0001F600")), L"\u20AC\U0001F600");
+}
+
+TEST(EncodedString, LosesALastPartialCharacter) {
+  EXPECT_EQ(decoded("YQAAAGIA"), L"a");
+  EXPECT_EQ(decoded("YQAAAGI="), L"a");
+  EXPECT_EQ(decoded("YQAA"), L"");
+}
+
+TEST(EncodedString, IsEmptyForWhatIsNoBase64) {
+  EXPECT_EQ(decoded(""), L"");
+  EXPECT_EQ(decoded("YQAAAA="), L"");
+}
+
+TEST(EncodedString, ReadsBackEveryLength) {
+  std::wstring text;
+  for (wchar_t c = 0; c < 300; ++c) {
+    EXPECT_EQ(decoded(support::legacyText(text)), text);
+    text += static_cast<wchar_t>(c * 4001);
+  }
+}
+
+}  // namespace
+}  // namespace persistence

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "persistence/DownloadManagerPersistence.h"
+#include "tests/support/TempDir.h"
+#include "tests/unit/persistence/Items.h"
+
+namespace persistence {
+
+inline const std::string kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
+/// A queue file in a folder of its own.
+class QueueFileFixture : public testing::Test {
+ protected:
+  std::wstring path() const { return file().wstring(); }
+  std::filesystem::path file() const { return folder_ / "downloadmanager.xml"; }
+  const support::TempDir& folder() const { return folder_; }
+
+  void put(const std::string& content) const { support::writeFile(file(), content); }
+  std::string content() const { return support::readFile(file()); }
+  bool exists(const std::string& name) const {
+    return std::filesystem::exists(std::filesystem::symlink_status(folder_ / name));
+  }
+
+  std::vector<Fields> read() const {
+    return taken(DownloadManagerPersistence::readDownloadQueue(path()));
+  }
+  std::vector<Fields> readOf(const std::string& content) const {
+    put(content);
+    return read();
+  }
+  std::vector<Fields> load() const {
+    return taken(DownloadManagerPersistence::loadDownloadQueue(path()));
+  }
+
+  /// Writes the queue and answers with what the file then holds.
+  std::string written(const std::vector<Fields>& queue) const {
+    DownloadManagerPersistence::writeDownloadQueue(path(), Queue(queue).items());
+    return content();
+  }
+  std::vector<Fields> writtenAndReadBack(const std::vector<Fields>& queue) const {
+    written(queue);
+    return read();
+  }
+
+ private:
+  support::TempDir folder_;
+};
+
+/// A document with this between its root's tags.
+inline std::string queueHolding(const std::string& inside) {
+  return kDeclaration + "<DownloadQueue>" + inside + "</DownloadQueue>\n";
+}
+
+}  // namespace persistence

@@ -1,0 +1,132 @@
+// What writeDownloadQueue leaves in the file.
+#include <climits>
+
+#include "tests/unit/persistence/QueueFileFixture.h"
+
+namespace persistence {
+namespace {
+
+using testing::HasSubstr;
+
+class QueueFileWrite : public QueueFileFixture {};
+
+Fields everyFieldSet() {
+  return {L"Summer", 42,   3,    123456789012ULL,       37, L"/films/Summer.avi", "ticket text", 95,
+          L"Vesk",   true, true, L"http://h/Summer.avi"};
+}
+
+TEST_F(QueueFileWrite, AnEmptyQueueTakesFiftySixBytes) {
+  EXPECT_EQ(written({}), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue/>\n");
+  EXPECT_EQ(content().size(), 56U);
+}
+
+TEST_F(QueueFileWrite, AnItemIsOneEmptyElementWithTwelveAttributesInOrder) {
+  EXPECT_EQ(written({everyFieldSet()}),
+            kDeclaration +
+                "<DownloadQueue><DownloadItem title=\"Summer\" contentEncryptionUsageID=\"42\" "
+                "status=\"3\" fileSize=\"123456789012\" percentDownloaded=\"37\" "
+                "filePath=\"/films/Summer.avi\" ticket=\"ticket text\" timeRemaining=\"95\" "
+                "contentProviderDisplayName=\"Vesk\" encrypted=\"true\" "
+                "ticketAlreadyTorn=\"true\" url=\"http://h/Summer.avi\"/></DownloadQueue>\n");
+}
+
+TEST_F(QueueFileWrite, ANewItemHasAllAttributesToo) {
+  EXPECT_EQ(written({{}}),
+            kDeclaration +
+                "<DownloadQueue><DownloadItem title=\"\" contentEncryptionUsageID=\"0\" "
+                "status=\"1\" fileSize=\"0\" percentDownloaded=\"0\" filePath=\"\" ticket=\"\" "
+                "timeRemaining=\"0\" contentProviderDisplayName=\"\" encrypted=\"false\" "
+                "ticketAlreadyTorn=\"false\" url=\"\"/></DownloadQueue>\n");
+}
+
+TEST_F(QueueFileWrite, ItemsStandInQueueOrderWithoutAnythingBetweenThem) {
+  const std::string text = written({titled(L"one"), titled(L"two"), titled(L"three")});
+  EXPECT_THAT(text, HasSubstr("url=\"\"/><DownloadItem title=\"two\""));
+  EXPECT_LT(text.find("one"), text.find("two"));
+  EXPECT_LT(text.find("two"), text.find("three"));
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2);
+}
+
+TEST_F(QueueFileWrite, AUsageIdBelowZeroIsExtendedToSixtyFourBits) {
+  Fields item;
+  item.contentEncryptionUsageId = -1;
+  EXPECT_THAT(written({item}), HasSubstr("contentEncryptionUsageID=\"18446744073709551615\""));
+  item.contentEncryptionUsageId = INT_MIN;
+  EXPECT_THAT(written({item}), HasSubstr("contentEncryptionUsageID=\"18446744071562067968\""));
+}
+
+TEST_F(QueueFileWrite, APercentageBelowZeroIsExtendedToSixtyFourBits) {
+  Fields item;
+  item.percentDownloaded = -1;
+  EXPECT_THAT(written({item}), HasSubstr("percentDownloaded=\"18446744073709551615\""));
+}
+
+TEST_F(QueueFileWrite, ATimeRemainingFromTwoToTheThirtyFirstOnIsNegative) {
+  Fields item;
+  item.timeRemaining = 0x7FFFFFFF;
+  EXPECT_THAT(written({item}), HasSubstr("timeRemaining=\"2147483647\""));
+  item.timeRemaining = 0x80000000;
+  EXPECT_THAT(written({item}), HasSubstr("timeRemaining=\"-2147483648\""));
+  item.timeRemaining = 0xFFFFFFFF;
+  EXPECT_THAT(written({item}), HasSubstr("timeRemaining=\"-1\""));
+}
+
+TEST_F(QueueFileWrite, TheLargestSizeIsPrintedUnsigned) {
+  Fields item;
+  item.fileSize = ULLONG_MAX;
+  EXPECT_THAT(written({item}), HasSubstr("fileSize=\"18446744073709551615\""));
+}
+
+TEST_F(QueueFileWrite, AStatusOfSevenIsWrittenAsItIs) {
+  Fields item;
+  item.status = 7;
+  EXPECT_THAT(written({item}), HasSubstr("status=\"7\""));
+  item.status = -3;
+  EXPECT_THAT(written({item}), HasSubstr("status=\"-3\""));
+}
+
+TEST_F(QueueFileWrite, WideTextIsUtf8) {
+  EXPECT_THAT(written({titled(L"\u00E4\u20AC\U0001F600")}),
+              HasSubstr("title=\"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80\""));
+}
+
+TEST_F(QueueFileWrite, OnlyWhatAnAttributeCannotHoldIsEscaped) {
+  EXPECT_THAT(written({titled(L"<>&\"'\t\n\r\u007F;%")}),
+              HasSubstr("title=\"&lt;&gt;&amp;&quot;'&#9;&#10;&#13;\x7F;%\""));
+}
+
+TEST_F(QueueFileWrite, TheTicketIsWrittenWithoutConversion) {
+  Fields item;
+  item.ticket = "a=\xC3\xA4 \xF0\x9F\x98\x80";
+  EXPECT_THAT(written({item}), HasSubstr("ticket=\"a=\xC3\xA4 \xF0\x9F\x98\x80\""));
+}
+
+TEST_F(QueueFileWrite, AShorterQueueLeavesNothingOfTheOneBefore) {
+  written({everyFieldSet(), everyFieldSet()});
+  EXPECT_EQ(written({}).size(), 56U);
+}
+
+TEST_F(QueueFileWrite, NothingElseStaysInTheFolder) {
+  written({everyFieldSet()});
+  written({});
+  const std::filesystem::directory_iterator entries(folder().path());
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
+}
+
+TEST_F(QueueFileWrite, SuccessIsReportedAlsoWhenTheFileCannotBeOpened) {
+  const auto nowhere = (folder() / "missing" / "downloadmanager.xml").wstring();
+  EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(nowhere, {}));
+  EXPECT_FALSE(exists("missing"));
+  put("a file where a folder should be");
+  EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(path() + L"/below", {}));
+  EXPECT_EQ(content(), "a file where a folder should be");
+}
+
+TEST_F(QueueFileWrite, AFolderInThePlaceOfTheFileStays) {
+  std::filesystem::create_directory(file());
+  EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(path(), {}));
+  EXPECT_TRUE(std::filesystem::is_directory(file()));
+}
+
+}  // namespace
+}  // namespace persistence

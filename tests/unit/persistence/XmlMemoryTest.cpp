@@ -1,0 +1,87 @@
+// Every allocation of the XML library fails once: nothing is ever lost without a word.
+#include <libxml/xmlmemory.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "persistence/QueueDocument.h"
+#include "tests/unit/persistence/QueueFileFixture.h"
+
+namespace persistence {
+namespace {
+
+/// Lets one allocation of the XML library fail, or that one and all that follow.
+class FailingXmlMemory {
+ public:
+  FailingXmlMemory(long allocationsBefore, bool forGood) {
+    left_ = allocationsBefore;
+    forGood_ = forGood;
+    hasFailed_ = false;
+    xmlMemSetup(std::free, allocate, reallocate, duplicate);
+  }
+  FailingXmlMemory(const FailingXmlMemory&) = delete;
+  FailingXmlMemory& operator=(const FailingXmlMemory&) = delete;
+  ~FailingXmlMemory() { xmlMemSetup(std::free, std::malloc, std::realloc, strdup); }
+
+  static bool hasFailed() { return hasFailed_; }
+
+ private:
+  static bool mustFail() {
+    if (hasFailed_) return forGood_;
+    hasFailed_ = left_-- == 0;
+    return hasFailed_;
+  }
+  static void* allocate(std::size_t size) { return mustFail() ? nullptr : std::malloc(size); }
+  static void* reallocate(void* memory, std::size_t size) {
+    return mustFail() ? nullptr : std::realloc(memory, size);
+  }
+  static char* duplicate(const char* text) { return mustFail() ? nullptr : strdup(text); }
+
+  static inline long left_ = 0;
+  static inline bool forGood_ = false;
+  static inline bool hasFailed_ = false;
+};
+
+class XmlMemory : public QueueFileFixture, public testing::WithParamInterface<bool> {
+ protected:
+  static std::vector<Fields> queue() {
+    return {titled(L"one & \"two\" <\u20AC>\n"), titled(std::wstring(5'000, L'x')), Fields()};
+  }
+};
+
+TEST_P(XmlMemory, TheFileIsReplacedWholeOrNotAtAll) {
+  const std::string whole = written(queue());
+  const Queue owned(queue());
+  bool hasFailed = true;
+  for (long allocations = 0; hasFailed; ++allocations) {
+    put("old content");
+    {
+      const FailingXmlMemory memory(allocations, GetParam());
+      EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(path(), owned.items()));
+      hasFailed = FailingXmlMemory::hasFailed();
+    }
+    ASSERT_EQ(content(), hasFailed ? "old content" : whole) << allocations;
+  }
+}
+
+TEST_P(XmlMemory, AQueueThatCouldNotBeReadWholeIsSetAside) {
+  const std::string whole = written(queue());
+  bool hasFailed = true;
+  for (long allocations = 0; hasFailed; ++allocations) {
+    put(whole);
+    std::vector<Fields> loaded;
+    {
+      const FailingXmlMemory memory(allocations, GetParam());
+      loaded = load();
+      hasFailed = FailingXmlMemory::hasFailed();
+    }
+    ASSERT_EQ(loaded, hasFailed ? std::vector<Fields>() : queue()) << allocations;
+    ASSERT_EQ(exists("downloadmanager.xml.unreadable"), hasFailed) << allocations;
+    std::filesystem::remove(folder() / "downloadmanager.xml.unreadable");
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(OnceAndForGood, XmlMemory, testing::Bool());
+
+}  // namespace
+}  // namespace persistence
