@@ -108,6 +108,23 @@ TEST_P(RefusedRequestsTest, InARedirectThatIsAskedFor) {
   expectRefused("path", {result, client_.client().getErrorString()});
 }
 
+// A query may hold a zero byte, so only line ends are refused there.
+class RefusedQueriesTest : public RefusedRequestsTest {};
+
+INSTANTIATE_TEST_SUITE_P(Bytes, RefusedQueriesTest,
+                         testing::Values(Smuggled{"CrLf", "\r\n"}, Smuggled{"Lf", "\n"},
+                                         Smuggled{"Cr", "\r"}),
+                         [](const auto& info) { return info.param.name; });
+
+TEST_P(RefusedQueriesTest, InTheQueryOfAGet) {
+  kvsc::HttpErrorIds result = kvsc::HTTP_ERROR_NONE;
+  client_.client().httpPost("http://films.example/", "?a=1" + bad() + "X-Evil: 1", &result,
+                            &client_.session(), "", "", kvsc::SSLV3, false);
+  EXPECT_EQ((Outcome{result, client_.client().getErrorString()}),
+            (Outcome{HTTP_ERROR_FAILED, "Request refused: the query holds a line end."}));
+  EXPECT_EQ(server_.connectionCount(), 0u);
+}
+
 class RefusedHeadersTest : public RefusedRequestsTest {};
 
 INSTANTIATE_TEST_SUITE_P(Bytes, RefusedHeadersTest,
