@@ -1,0 +1,155 @@
+#include <gmock/gmock.h>
+
+#include <future>
+
+#include "download/MediaSize.h"
+#include "tests/support/Gate.h"
+#include "tests/support/ScriptedServer.h"
+
+namespace download {
+namespace {
+
+using support::bareResponse;
+using support::Gate;
+using support::Script;
+using support::ScriptedServer;
+
+class MediaSize : public testing::Test {
+ protected:
+  /// The server answers a request for `path` with this header block.
+  void answer(const std::string& path, const std::string& headers,
+              const std::string& status = "200 OK") {
+    server_.onPath(path, Script().send(bareResponse(status, headers)).close());
+  }
+
+  std::string locationOf(const std::string& path) {
+    return "Location: " + server_.url(path) + "\r\n";
+  }
+
+  std::uint64_t sizeOf(const std::string& path) {
+    return totalMediaSize(server_.url(path), cancel_);
+  }
+
+  ScriptedServer server_;
+  kvsc::CancelToken cancel_;
+};
+
+TEST_F(MediaSize, IsTheLengthThatTheServerAnnounces) {
+  answer("/film.avi", "Content-Length: 4294967297\r\n");
+  EXPECT_EQ(sizeOf("/film.avi"), 4294967297u);
+}
+
+TEST_F(MediaSize, IsAskedForWithHead) {
+  answer("/film.avi", "Content-Length: 1\r\n");
+  sizeOf("/film.avi");
+  EXPECT_TRUE(server_.requests().at(0).starts_with("HEAD /film.avi "));
+}
+
+TEST_F(MediaSize, FollowsALocationWithoutTheLineEnd) {
+  answer("/here", locationOf("/there"));
+  answer("/there", "Content-Length: 7\r\n");
+  EXPECT_EQ(sizeOf("/here"), 7u);
+  EXPECT_EQ(server_.connectionCount(), 2u);
+}
+
+TEST_F(MediaSize, FollowsMoreStepsThanTheClientWouldByItself) {
+  for (int step = 0; step < 25; ++step) {
+    answer("/" + std::to_string(step), locationOf("/" + std::to_string(step + 1)));
+  }
+  answer("/25", "Content-Length: 7\r\n");
+  EXPECT_EQ(sizeOf("/0"), 7u);
+}
+
+TEST_F(MediaSize, FollowsARealRedirect) {
+  answer("/here", locationOf("/there"), "302 Found");
+  answer("/there", "Content-Length: 7\r\n");
+  EXPECT_EQ(sizeOf("/here"), 7u);
+}
+
+TEST_F(MediaSize, AsksTheSameAddressASecondTimeWhenItIsSentThere) {
+  server_.onRequest([this](const std::string&) {
+    const bool first = server_.connectionCount() == 1;
+    const std::string headers = first ? locationOf("/film") : "Content-Length: 7\r\n";
+    return Script().send(bareResponse("200 OK", headers)).close();
+  });
+  EXPECT_EQ(sizeOf("/film"), 7u);
+}
+
+TEST_F(MediaSize, IsZeroForACircle) {
+  answer("/a", locationOf("/b"));
+  answer("/b", locationOf("/a"));
+  EXPECT_EQ(sizeOf("/a"), 0u);
+}
+
+TEST_F(MediaSize, IsZeroForACircleOfRealRedirects) {
+  answer("/a", locationOf("/b"), "302 Found");
+  answer("/b", locationOf("/a"), "302 Found");
+  EXPECT_EQ(sizeOf("/a"), 0u);
+}
+
+TEST_F(MediaSize, IsZeroForAnErrorOfTheServer) {
+  answer("/film.avi", "Content-Length: 7\r\n", "404 Not Found");
+  EXPECT_EQ(sizeOf("/film.avi"), 0u);
+}
+
+TEST_F(MediaSize, IsZeroForAnAnswerWithoutLength) {
+  answer("/film.avi", "");
+  EXPECT_EQ(sizeOf("/film.avi"), 0u);
+}
+
+TEST_F(MediaSize, IsZeroForAnAddressThatDoesNotParse) {
+  EXPECT_EQ(totalMediaSize("not an address", cancel_), 0u);
+  EXPECT_EQ(totalMediaSize("", cancel_), 0u);
+}
+
+TEST_F(MediaSize, IsZeroForARelativeLocation) {
+  answer("/film.avi", "Location: /there\r\n");
+  EXPECT_EQ(sizeOf("/film.avi"), 0u);
+}
+
+TEST_F(MediaSize, IsNotAskedForOnceCancelled) {
+  cancel_.cancel();
+  EXPECT_EQ(sizeOf("/film.avi"), 0u);
+  EXPECT_EQ(server_.connectionCount(), 0u);
+}
+
+TEST_F(MediaSize, EndsPromptlyWhenCancelledDuringASilence) {
+  Gate asked;
+  server_.next(Script().readRequest().announce(asked).stall());
+  auto size = std::async(std::launch::async, [this] { return sizeOf("/film.avi"); });
+  ASSERT_TRUE(asked.wait());
+  const auto before = std::chrono::steady_clock::now();
+  cancel_.cancel();
+  EXPECT_EQ(size.get(), 0u);
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(250));
+}
+
+TEST(RedirectTarget, LosesTheTwoCharactersOfALineEnd) {
+  EXPECT_EQ(redirectTarget("http://h/a\r\n"), "http://h/a");
+  EXPECT_EQ(redirectTarget("http://h/a"), "http://h/a");
+  EXPECT_EQ(redirectTarget("http://h/a\r"), "http://h/a\r");
+  EXPECT_EQ(redirectTarget(""), "");
+}
+
+TEST(RedirectTarget, LosesTwoCharactersEvenOfABareLineFeed) {
+  EXPECT_EQ(redirectTarget("http://h/a\n"), "http://h/");
+  EXPECT_EQ(redirectTarget("\n"), "");
+}
+
+TEST(RedirectTrail, AllowsAnAddressTenTimes) {
+  RedirectTrail trail;
+  for (int time = 0; time < RedirectTrail::kSameAddress; ++time) EXPECT_TRUE(trail.mayAsk("a"));
+  EXPECT_FALSE(trail.mayAsk("a"));
+  EXPECT_TRUE(trail.mayAsk("b"));
+}
+
+TEST(RedirectTrail, EndsAWayWithoutEnd) {
+  RedirectTrail trail;
+  for (int step = 0; step < RedirectTrail::kSteps; ++step) {
+    ASSERT_TRUE(trail.mayAsk(std::to_string(step)));
+  }
+  EXPECT_FALSE(trail.mayAsk("one more"));
+}
+
+}  // namespace
+}  // namespace download
