@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace download {
+
+/// One report of the download library that means something to the worker.
+struct LibraryReport {
+  enum class Kind : std::uint8_t { kProgress, kComplete, kBroken };
+
+  Kind kind;
+  unsigned long long uid;
+  int percent;  ///< of progress; 0 otherwise
+
+  bool operator==(const LibraryReport&) const = default;
+};
+
+/// Lets through the reports of the present session alone.
+///
+/// The library may report before it has told the id of a session that it starts: such reports are
+/// held until the id is known. What belongs to any other session is dropped. A plain value without
+/// a lock; the worker keeps it under its callback mutex.
+class SessionGate {
+ public:
+  /// A session is being started, its id is not known yet.
+  void expect();
+
+  /// The id is known. Returns the reports of this session that were held, in order.
+  std::vector<LibraryReport> open(unsigned long long uid);
+
+  /// There is no session any more; what was held is dropped.
+  void close();
+
+  /// True when `report` is to be dealt with now; otherwise it was held or dropped.
+  bool admits(const LibraryReport& report);
+
+ private:
+  enum class Phase : std::uint8_t { kClosed, kExpecting, kOpen };
+
+  Phase phase_ = Phase::kClosed;
+  unsigned long long uid_ = 0;
+  std::vector<LibraryReport> held_;
+};
+
+}  // namespace download
