@@ -1,0 +1,90 @@
+// What the download library tells of its session, on its own threads.
+
+#include <utility>
+
+#include "download/HttpDownloadThreadImpl.h"
+
+using Impl = HttpDownloadThread::HttpDownloadThreadImpl;
+using download::LibraryReport;
+
+namespace {
+
+constexpr int kPlayableAbove = 5;  // percent
+
+}  // namespace
+
+void Impl::httpTransferBegan(unsigned long long, const std::basic_string<unsigned char>&) {}
+
+void Impl::httpHeaderReceived(unsigned long long, const std::string&) {}
+
+void Impl::updateProgress(unsigned long long uid, int percent) {
+  receive({LibraryReport::Kind::kProgress, uid, percent});
+}
+
+void Impl::httpTransferComplete(unsigned long long uid) {
+  receive({LibraryReport::Kind::kComplete, uid, 0});
+}
+
+void Impl::httpTransferBroke(unsigned long long uid, int) {
+  receive({LibraryReport::Kind::kBroken, uid, 0});
+}
+
+void Impl::receive(const LibraryReport& report) {
+  const kvpm::MutexLock lock(callbackMutex_);
+  try {
+    if (gate_.admits(report)) dealWith(report);
+  } catch (...) {  // the library must not see it
+    state_.reach(DownloadStatusFailed);
+  }
+}
+
+void Impl::dealWith(const LibraryReport& report) {
+  if (!state_.isRunning()) return;
+  const unsigned int id = item_->getId();
+  switch (report.kind) {
+    case LibraryReport::Kind::kProgress:
+      takeProgress(report.percent);
+      break;
+    case LibraryReport::Kind::kComplete:
+      if (!state_.reach(DownloadStatusCompleted)) break;
+      audience_.report([&](auto& manager) { manager.setPlayable(id, true); });
+      break;
+    case LibraryReport::Kind::kBroken:
+      if (state_.reach(DownloadStatusFailed)) takeBroken();
+      break;
+  }
+}
+
+void Impl::takeProgress(int percent) {
+  if (percent < 0 || percent > 100) return;
+  const unsigned int id = item_->getId();
+  audience_.report([&](auto& manager) { manager.updateDownloadProgress(id, percent); });
+  if (percent <= kPlayableAbove) return;
+  audience_.report([&](auto& manager) { manager.setPlayable(id, true); });
+  playAsWished();
+}
+
+void Impl::takeBroken() {
+  audience_.notify([&](auto& view) { view.downloadBroken(item_->getPath()); });
+  item_->setStatus(DownloadStatusFailed);
+  audience_.notify([&](auto& view) { view.refreshItem(item_->getId()); });
+}
+
+/// True when the item wished to be played and is being played.
+bool Impl::playAsWished() {
+  if (!item_->getAutoProgressivePlayback() || !play()) return false;
+  item_->setAutoProgressivePlayback(false);
+  return true;
+}
+
+/// Has the manager play the item. The manager may need a lock whose holder is waiting for this very
+/// run to stop, so the call is made on a thread of its own and a stop ends the wait for it. False
+/// when it was not played, or not yet.
+bool Impl::play() {
+  auto* const manager = audience_.presentManager();
+  if (manager == nullptr) return false;
+  const auto played = std::make_shared<std::atomic<bool>>(false);
+  const bool begun =
+      plays_.start([manager, id = item_->getId(), played] { *played = manager->play(id); });
+  return begun && state_.waitUnlessStopped([this] { return !plays_.isBusy(); }) && *played;
+}

@@ -1,0 +1,71 @@
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QSettings>
+#include <type_traits>
+
+#include "KPX/KPXPreferences.h"
+#include "download/HttpDownloadThread.h"
+#include "tests/unit/download/WorkerFixture.h"
+
+namespace {
+
+using support::Script;
+
+TEST(HttpDownloadThread, CreatesThePlayersPreferencesWhenThereAreNone) {
+  support::FakeContext context;
+  QCoreApplication::setOrganizationName("Organisation");
+  QCoreApplication::setApplicationName("Application");
+  ASSERT_EQ(KPXPreferences::userSettings, nullptr);
+  {
+    const HttpDownloadThread worker(&context);
+    const QSettings* const settings = KPXPreferences::userSettings;
+    ASSERT_NE(settings, nullptr);
+    EXPECT_EQ(settings->scope(), QSettings::UserScope);
+    EXPECT_EQ(settings->organizationName(), "Organisation");
+    EXPECT_EQ(settings->applicationName(), "Settings");
+    EXPECT_EQ(settings->group(), "Application");
+  }
+  EXPECT_EQ(KPXPreferences::userSettings, nullptr);
+}
+
+TEST(HttpDownloadThread, TakesPreferencesThatAreThereThenDeletesThem) {
+  support::FakeContext context;
+  const support::TempDir dir;
+  auto* const mine =
+      new QSettings(QString::fromStdString((dir / "mine.ini").string()), QSettings::IniFormat);
+  KPXPreferences::userSettings = mine;
+  {
+    const HttpDownloadThread worker(&context);
+    EXPECT_EQ(KPXPreferences::userSettings, mine);
+  }
+  EXPECT_EQ(KPXPreferences::userSettings, nullptr);
+}
+
+TEST(HttpDownloadThread, HasTheWorkersFace) {
+  EXPECT_TRUE((std::is_base_of_v<DownloadThreadInterface, HttpDownloadThread>));
+  EXPECT_TRUE(std::has_virtual_destructor_v<DownloadThreadInterface>);
+}
+
+class WorkerFace : public support::WorkerTest {};
+
+TEST_F(WorkerFace, TellsTheTotalSizeOfMedia) {
+  EXPECT_EQ(worker_->getTotalMediaSize(server_.url("/film.avi")), kLength);
+}
+
+TEST_F(WorkerFace, TellsTheTotalSizeAfterAStoppedRunToo) {
+  startAndFetch(film());
+  worker_->stop();
+  EXPECT_EQ(ended(), 5);
+  EXPECT_EQ(worker_->getTotalMediaSize(server_.url("/film.avi")), kLength);
+}
+
+TEST_F(WorkerFace, LetsTheViewGoDuringARun) {
+  startAndFetch(film());
+  worker_->setInterfaces(&manager_, nullptr);
+  library_.broke(kUid);
+  EXPECT_EQ(ended(), 6);
+  EXPECT_TRUE(views().empty());
+}
+
+}  // namespace

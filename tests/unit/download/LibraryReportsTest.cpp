@@ -1,0 +1,193 @@
+#include "tests/unit/download/WorkerFixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class LibraryReports : public support::WorkerTest {
+ protected:
+  void finish() {
+    library_.complete(kUid);
+    ended();
+  }
+};
+
+TEST_F(LibraryReports, OfFivePercentDoNotMakeTheItemPlayable) {
+  startAndReport(film());
+  library_.progress(kUid, 5);
+  EXPECT_THAT(log_.lines(), ElementsAre("manager.updateDownloadProgress 7 5"));
+}
+
+TEST_F(LibraryReports, OfSixPercentMakeTheItemPlayable) {
+  startAndReport(film());
+  library_.progress(kUid, 6);
+  EXPECT_THAT(log_.lines(),
+              ElementsAre("manager.updateDownloadProgress 7 6", "manager.setPlayable 7 true"));
+}
+
+TEST_F(LibraryReports, OutsideOfZeroToAHundredAreIgnored) {
+  startAndReport(film());
+  library_.progress(kUid, -1);
+  library_.progress(kUid, 101);
+  EXPECT_THAT(log_.lines(), IsEmpty());
+  library_.progress(kUid, 0);
+  library_.progress(kUid, 100);
+  EXPECT_THAT(
+      log_.lines("manager.updateDownloadProgress"),
+      ElementsAre("manager.updateDownloadProgress 7 0", "manager.updateDownloadProgress 7 100"));
+}
+
+TEST_F(LibraryReports, PlayAnItemThatWishesItOnce) {
+  manager_.answerPlay(true);
+  auto item = film();
+  item->setAutoProgressivePlayback(true);
+  startAndReport(std::move(item));
+  library_.progress(kUid, 5);
+  library_.progress(kUid, 6);
+  library_.progress(kUid, 7);
+  EXPECT_THAT(
+      log_.lines(),
+      ElementsAre("manager.updateDownloadProgress 7 5", "manager.updateDownloadProgress 7 6",
+                  "manager.setPlayable 7 true", "manager.play 7",
+                  "manager.updateDownloadProgress 7 7", "manager.setPlayable 7 true"));
+}
+
+TEST_F(LibraryReports, TryToPlayAgainAfterAFailure) {
+  auto item = film();
+  item->setAutoProgressivePlayback(true);
+  startAndReport(std::move(item));
+  library_.progress(kUid, 6);
+  library_.progress(kUid, 7);
+  EXPECT_EQ(log_.count("manager.play 7"), 2u);
+}
+
+TEST_F(LibraryReports, OfCompletionMakeTheItemPlayableBeforeTheRunEnds) {
+  startAndReport(film());
+  finish();
+  EXPECT_EQ(log_.lines().front(), "manager.setPlayable 7 true");
+}
+
+TEST_F(LibraryReports, OfABreakTellTheViewAndFailTheItem) {
+  startAndReport(film());
+  DownloadStatusEnumType whenRefreshed = DownloadStatusQueued;
+  view_.onEvent([&](const std::string& line) {
+    if (line == "view.refresh 7") whenRefreshed = worker_->getItem()->getStatus();
+  });
+  library_.broke(kUid, 5);
+  EXPECT_EQ(ended(), 6);
+  EXPECT_EQ(whenRefreshed, DownloadStatusFailed);
+  EXPECT_THAT(log_.lines(), ElementsAre("view.broken " + media("movie.vesk"), "view.refresh 7",
+                                        "manager.updateStatus 7 6"));
+}
+
+TEST_F(LibraryReports, OfABreakFailTheItemWithoutAView) {
+  worker_->setInterfaces(&manager_, nullptr);
+  startAndReport(film());
+  library_.broke(kUid);
+  EXPECT_EQ(ended(), 6);
+  EXPECT_EQ(worker_->getItem()->getStatus(), DownloadStatusFailed);
+  EXPECT_THAT(views(), IsEmpty());
+}
+
+TEST_F(LibraryReports, OfTheBeginAndOfHeadersDoNothing) {
+  startAndReport(film());
+  library_.began(kUid);
+  library_.header(kUid, "Content-Length: 7\r\n");
+  EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(LibraryReports, OfAnotherSessionNeverTouchTheItem) {
+  startAndReport(film());
+  library_.progress(kUid - 1, 50);
+  library_.complete(kUid + 1);
+  library_.broke(kUid - 1);
+  EXPECT_THAT(log_.lines(), IsEmpty());
+  finish();
+}
+
+TEST_F(LibraryReports, OfAnEarlierRunNeverTouchTheNextItem) {
+  startAndReport(film());
+  finish();
+  log_.clear();
+  startAndReport(film("second.vesk"), kUid + 1);
+  library_.progress(kUid, 50);
+  library_.broke(kUid);
+  EXPECT_THAT(log_.lines(), IsEmpty());
+  library_.complete(kUid + 1);
+  EXPECT_EQ(ended(), 4);
+}
+
+TEST_F(LibraryReports, AfterTheEndOfTheRunAreIgnored) {
+  startAndReport(film());
+  finish();
+  log_.clear();
+  library_.progress(kUid, 50);
+  library_.broke(kUid);
+  EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(LibraryReports, AfterTheOutcomeDoNotChangeIt) {
+  startAndReport(film());
+  manager_.onEvent([this](const std::string& line) {
+    if (line == "manager.updateDownloadProgress 7 100") library_.broke(kUid);
+  });
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+  EXPECT_THAT(views(), IsEmpty());
+}
+
+TEST_F(LibraryReports, ThatComeBeforeTheSessionIsKnownWaitForIt) {
+  library_.whileStarting([this](unsigned long long uid) {
+    library_.progress(uid, 4);
+    library_.progress(uid - 1, 99);
+    library_.progress(uid, 8);
+    library_.complete(uid);
+  });
+  EXPECT_EQ(run(film()), 4);
+  const auto lines = reports();
+  const auto first = std::find(lines.begin(), lines.end(), "manager.updateStatus 7 3");
+  EXPECT_THAT(std::vector(first, lines.end()),
+              ElementsAre("manager.updateStatus 7 3", "manager.updateDownloadProgress 7 4",
+                          "manager.updateDownloadProgress 7 8", "manager.setPlayable 7 true",
+                          "manager.setPlayable 7 true", "manager.updateDownloadProgress 7 100",
+                          "manager.updateStatus 7 4"));
+}
+
+TEST_F(LibraryReports, OfABreakBeforeTheSessionIsKnownFailTheRun) {
+  library_.whileStarting([this](unsigned long long uid) { library_.broke(uid); });
+  EXPECT_EQ(run(film()), 6);
+  EXPECT_TRUE(log_.has("view.refresh 7"));
+}
+
+TEST_F(LibraryReports, FromTheLibrarysOwnThreadRaceWithNothing) {
+  startAndReport(film());
+  for (int percent = 1; percent <= 100; ++percent) {
+    library_.onOwnThread([this, percent] { library_.progress(kUid, percent); });
+  }
+  library_.onOwnThread([this] { library_.complete(kUid); });
+  EXPECT_EQ(ended(), 4);
+  EXPECT_EQ(log_.lines("manager.updateDownloadProgress").size(), 101u);
+}
+
+TEST_F(LibraryReports, AreServedOneAtATime) {
+  startAndReport(film());
+  std::atomic<int> inside{0};
+  std::atomic<bool> together{false};
+  manager_.onEvent([&](const std::string&) {
+    if (++inside > 1) together = true;
+    --inside;
+  });
+  std::vector<std::future<void>> threads;
+  for (int thread = 0; thread < 4; ++thread) {
+    threads.push_back(elsewhere([this] {
+      for (int percent = 0; percent < 50; ++percent) library_.progress(kUid, percent);
+    }));
+  }
+  for (auto& thread : threads) EXPECT_TRUE(returned(thread));
+  EXPECT_FALSE(together);
+  manager_.onEvent({});
+  finish();
+}
+
+}  // namespace

@@ -1,0 +1,257 @@
+#include "VeskPlayerX/InterfaceIds.h"
+#include "tests/unit/download/HostPlaces.h"
+#include "tests/unit/download/WorkerFixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using VeskPlayerX::DIN_ZPSServices;
+
+constexpr int kServicesShow = 5000;
+constexpr int kSlotNeeded = 32054;
+
+class RightsManagedRun : public support::WorkerTest {
+ protected:
+  /// Everything from the talk with the services on.
+  std::vector<std::string> talk() const {
+    auto lines = log_.lines();
+    lines.erase(lines.begin());  // the registration with the library
+    return lines;
+  }
+
+  int heldServices() const { return context_.holds(DIN_ZPSServices); }
+};
+
+TEST_F(RightsManagedRun, ReportsEveryStepOfTheAuthorisationInOrder) {
+  services_.setAnswers({grant()});
+  startAndFetch(protectedFilm());
+  const std::string path = media("movie.vesk");
+  EXPECT_THAT(
+      talk(),
+      ElementsAre("manager.updateStatus 7 2", "services.isReady 0 0 0", "services.authorize 7 -1",
+                  "manager.setTicketAlreadyTorn 7", "manager.setTicketId 7 42",
+                  "manager.setDownloadUrl 7 https://content.example/a%20b/movie.vesk",
+                  "manager.updatePath 7 " + path, "manager.updatePath 7 " + path,
+                  "manager.updateSize 7 7168", "manager.setDownloadInfo 7",
+                  "library.start https://content.example/a%20b/movie.vesk",
+                  "manager.updateStatus 7 3"));
+}
+
+TEST_F(RightsManagedRun, GivesTheLibraryCredentialsAndRights) {
+  services_.setAnswers({grant()});
+  startAndFetch(protectedFilm());
+  const auto session = library_.session();
+  ASSERT_TRUE(session);
+  EXPECT_EQ(session->info.getTempUsername(), "guest");
+  EXPECT_EQ(session->info.getTempPassword(), "secret");
+  EXPECT_THAT(session->info.getSTRDChunk(), ElementsAre(0xFB, 0xFF));
+  EXPECT_TRUE(worker_->getItem()->getTicketAlreadyTorn());
+  EXPECT_EQ(worker_->getItem()->getSize(), kLength);
+}
+
+TEST_F(RightsManagedRun, DoesNotAskTheContentServerForTheSize) {
+  services_.setAnswers({grant()});
+  startAndFetch(protectedFilm());
+  EXPECT_EQ(server_.connectionCount(), 0u);
+}
+
+TEST_F(RightsManagedRun, ReleasesTheServicesBeforeTheTransfer) {
+  services_.setAnswers({grant()});
+  startAndFetch(protectedFilm());
+  EXPECT_EQ(context_.lookups(DIN_ZPSServices), 1);
+  EXPECT_EQ(heldServices(), 0);
+}
+
+TEST_F(RightsManagedRun, TakesRightsThatAreNotBase64ForNone) {
+  auto answer = grant();
+  answer.strdChunkBase64 = "abc";
+  services_.setAnswers({answer});
+  startAndFetch(protectedFilm());
+  EXPECT_THAT(library_.session()->info.getSTRDChunk(), IsEmpty());
+}
+
+TEST_F(RightsManagedRun, WithoutServicesFailsSilently) {
+  context_.answer(DIN_ZPSServices, KPIM::kNoSuchPlugin);
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_THAT(talk(), IsEmpty());
+}
+
+TEST_F(RightsManagedRun, WithServicesThatAreNotReadyFailsSilently) {
+  services_.setReady(false);
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_THAT(talk(), ElementsAre("manager.updateStatus 7 2", "services.isReady 0 0 0"));
+  EXPECT_EQ(heldServices(), 0);
+}
+
+TEST_F(RightsManagedRun, LetsTheServicesShowTheirOwnError) {
+  services_.setAnswers({refusal(kServicesShow)});
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_THAT(talk(), ElementsAre("manager.updateStatus 7 2", "services.isReady 0 0 0",
+                                  "services.authorize 7 -1", "services.showError details true"));
+  EXPECT_EQ(heldServices(), 0);
+}
+
+TEST_F(RightsManagedRun, LetsTheViewShowAnyOtherError) {
+  services_.setAnswers({refusal(1)});
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_THAT(views(), ElementsAre("view.authorizationError 1"));
+  EXPECT_THAT(reports(), ElementsAre("manager.updateStatus 7 2"));
+  EXPECT_FALSE(worker_->getItem()->getTicketAlreadyTorn());
+}
+
+TEST_F(RightsManagedRun, AsksForASlotThenForTheAuthorisationOnceMore) {
+  services_.setAnswers({refusal(kSlotNeeded), grant()});
+  view_.answerSlot(3);
+  startAndFetch(protectedFilm());
+  EXPECT_THAT(views(), ElementsAre("view.chooseSlot Film 32054"));
+  EXPECT_THAT(log_.lines("services.authorize"),
+              ElementsAre("services.authorize 7 -1", "services.authorize 7 3"));
+  EXPECT_EQ(worker_->getItem()->getSlotNumber(), 3);
+}
+
+TEST_F(RightsManagedRun, TakesSlotZeroForAChoice) {
+  services_.setAnswers({refusal(kSlotNeeded), grant()});
+  view_.answerSlot(0);
+  startAndFetch(protectedFilm());
+  EXPECT_TRUE(log_.has("services.authorize 7 0"));
+}
+
+TEST_F(RightsManagedRun, FailsSilentlyWhenTheUserDeclinesASlot) {
+  services_.setAnswers({refusal(kSlotNeeded), grant()});
+  view_.answerSlot(-1);
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_EQ(log_.lines("services.authorize").size(), 1u);
+  EXPECT_EQ(worker_->getItem()->getSlotNumber(), -1);
+}
+
+TEST_F(RightsManagedRun, TakesAMissingViewForADeclinedSlot) {
+  worker_->setInterfaces(&manager_, nullptr);
+  services_.setAnswers({refusal(kSlotNeeded), grant()});
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_EQ(log_.lines("services.authorize").size(), 1u);
+}
+
+TEST_F(RightsManagedRun, DoesNotAskForASlotASecondTime) {
+  services_.setAnswers({refusal(kSlotNeeded), refusal(kSlotNeeded), grant()});
+  view_.answerSlot(3);
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_THAT(views(), ElementsAre("view.chooseSlot Film 32054", "view.authorizationError 32054"));
+  EXPECT_EQ(log_.lines("services.authorize").size(), 2u);
+  EXPECT_EQ(worker_->getItem()->getSlotNumber(), 3);
+}
+
+TEST_F(RightsManagedRun, HandlesTheSecondRefusalLikeTheFirst) {
+  services_.setAnswers({refusal(kSlotNeeded), refusal(kServicesShow)});
+  view_.answerSlot(3);
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_TRUE(log_.has("services.showError details true"));
+  EXPECT_EQ(heldServices(), 0);
+}
+
+TEST_F(RightsManagedRun, WithASizeOfZeroFails) {
+  auto answer = grant();
+  answer.totalSize = 0;
+  services_.setAnswers({answer});
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_THAT(log_.lines("manager.updateStatus"),
+              ElementsAre("manager.updateStatus 7 2", "manager.updateStatus 7 6"));
+}
+
+TEST_F(RightsManagedRun, DoesNotTrustASizeThatServicesInvent) {
+  auto answer = grant();
+  answer.totalSize = ~std::uint64_t{0};
+  services_.setAnswers({answer});
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + (dir_ / "media").string()));
+}
+
+TEST_F(RightsManagedRun, EndsAtOnceWhenStoppedWhileTheServicesAreSilent) {
+  support::Gate asked;
+  support::Gate silence;
+  services_.setAnswers({grant()});
+  services_.whileAuthorizing([&] {
+    asked.open();
+    silence.wait();
+  });
+  start(protectedFilm());
+  ASSERT_TRUE(asked.wait());
+  worker_->stop();  // returns although the services say nothing
+  EXPECT_EQ(ended(), 5);
+  silence.open();
+  worker_->close();
+  EXPECT_THAT(reports(), ElementsAre("manager.updateStatus 7 2"));
+  EXPECT_EQ(heldServices(), 0);
+}
+
+TEST_F(RightsManagedRun, EndsAtOnceWhenStoppedWhileTheUserChooses) {
+  support::Gate asked;
+  support::Gate silence;
+  services_.setAnswers({refusal(kSlotNeeded), grant()});
+  view_.answerSlot(3);
+  view_.onEvent([&](const std::string&) {
+    asked.open();
+    silence.wait();
+  });
+  start(protectedFilm());
+  ASSERT_TRUE(asked.wait());
+  worker_->stop();
+  EXPECT_EQ(ended(), 5);
+  silence.open();
+  worker_->close();
+  EXPECT_EQ(log_.lines("services.authorize").size(), 1u);
+}
+
+TEST_F(RightsManagedRun, ShowsNothingOfATalkThatWasGivenUp) {
+  support::Gate asked;
+  support::Gate silence;
+  services_.setAnswers({refusal(1)});
+  services_.whileAuthorizing([&] {
+    asked.open();
+    silence.wait();
+  });
+  start(protectedFilm());
+  ASSERT_TRUE(asked.wait());
+  worker_->stop();
+  ended();
+  silence.open();
+  worker_->close();
+  EXPECT_THAT(views(), IsEmpty());
+}
+
+TEST_F(RightsManagedRun, BeginsTheNextTalkWhenTheOneGivenUpHasEnded) {
+  support::Gate asked;
+  support::Gate silence;
+  services_.setAnswers({grant()});
+  services_.whileAuthorizing([&] {
+    asked.open();
+    silence.wait();
+  });
+  start(protectedFilm());
+  ASSERT_TRUE(asked.wait());
+  worker_->stop();
+  ended();
+  start(protectedFilm());
+  ASSERT_TRUE(log_.waitFor("manager.updateStatus 7 2", 2));
+  EXPECT_EQ(log_.lines("services.authorize").size(), 1u);
+  silence.open();
+  ASSERT_TRUE(waitFor("manager.updateStatus 7 3"));
+  EXPECT_EQ(log_.lines("services.authorize").size(), 2u);
+}
+
+TEST_F(RightsManagedRun, LetsAnAttachedViewGoWhileItIsBeingAsked) {
+  support::Gate asked;
+  support::Gate silence;
+  services_.setAnswers({refusal(kSlotNeeded)});
+  view_.onEvent([&](const std::string&) {
+    asked.open();
+    silence.wait();
+  });
+  start(protectedFilm());
+  ASSERT_TRUE(asked.wait());
+  worker_->setInterfaces(&manager_, nullptr);  // does not wait for the user
+  silence.open();
+  EXPECT_EQ(ended(), 6);
+}
+
+}  // namespace

@@ -1,0 +1,276 @@
+// Stops, pauses and ends at every moment of a run.
+
+#include <chrono>
+#include <mutex>
+
+#include "tests/unit/download/WorkerFixture.h"
+
+namespace {
+
+using support::Gate;
+using support::Script;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds kPrompt{250};
+
+class WorkerStop : public support::WorkerTest {
+ protected:
+  /// A film whose server takes the question and never answers.
+  std::unique_ptr<DownloadItem> filmOfADeadServer() {
+    server_.always(Script().readRequest().announce(asked_).stall());
+    return film();
+  }
+
+  /// Milliseconds that `stop` takes.
+  std::chrono::milliseconds stop() {
+    const auto before = Clock::now();
+    worker_->stop();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - before);
+  }
+
+  Gate asked_;
+};
+
+TEST_F(WorkerStop, WithNothingRunningReturnsAtOnce) {
+  worker_->stop();
+  EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(WorkerStop, OfAnIdleWorkerDoesNotStopTheNextRun) {
+  worker_->stop();
+  startAndFetch(film());
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+}
+
+TEST_F(WorkerStop, DuringTheTransferEndsTheRunThenTheSession) {
+  startAndFetch(film());
+  log_.clear();
+  EXPECT_LT(stop(), kPrompt);
+  EXPECT_EQ(ended(), 5);
+  EXPECT_THAT(log_.lines(), ElementsAre("library.stop 1001"));
+}
+
+TEST_F(WorkerStop, DuringTheQuestionForTheSizeEndsTheRun) {
+  start(filmOfADeadServer());
+  ASSERT_TRUE(asked_.wait());
+  EXPECT_LT(stop(), kPrompt);
+  EXPECT_EQ(ended(), 5);
+  EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(WorkerStop, DuringTheQuestionForTheSizeLeavesTheNextRunAlone) {
+  start(filmOfADeadServer());
+  ASSERT_TRUE(asked_.wait());
+  worker_->stop();
+  EXPECT_EQ(ended(), 5);
+  server_.always(Script::answer(support::bareResponse("200 OK", "Content-Length: 7168\r\n")));
+  startAndFetch(film());
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+}
+
+TEST_F(WorkerStop, DuringARedirectLoopEndsTheRun) {
+  server_.onRequest([this](const std::string&) {
+    asked_.open();
+    return Script().send("HTTP/1.0 200 OK\r\nLocation: " + server_.url("/again") + "\r\n\r\n");
+  });
+  start(film());
+  ASSERT_TRUE(asked_.wait());
+  worker_->stop();
+  const int outcome = ended();
+  EXPECT_TRUE(outcome == 5 || outcome == 6) << outcome;
+}
+
+TEST_F(WorkerStop, BetweenPickAndStartIsNotLost) {
+  worker_->prepare();
+  worker_->stop();
+  EXPECT_EQ(run(film()), 5);
+  EXPECT_THAT(reports(), IsEmpty());
+  EXPECT_EQ(library_.sessionCount(), 0u);
+}
+
+TEST_F(WorkerStop, BetweenPickAndStartStopsThatRunAlone) {
+  worker_->prepare();
+  worker_->stop();
+  EXPECT_EQ(run(film()), 5);
+  worker_->prepare();
+  startAndFetch(film());
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+}
+
+TEST_F(WorkerStop, TakesTheItemOfARunThatNeverBegins) {
+  worker_->prepare();
+  worker_->stop();
+  auto item = film();
+  const DownloadItem* const given = item.get();
+  EXPECT_EQ(run(std::move(item)), 5);
+  EXPECT_EQ(worker_->getItem(), given);
+}
+
+TEST_F(WorkerStop, AfterCompletionDoesNotUndoIt) {
+  startAndFetch(film());
+  manager_.onEvent([this](const std::string& line) {
+    if (line == "manager.updateDownloadProgress 7 100") asked_.open();
+  });
+  library_.complete(kUid);
+  ASSERT_TRUE(asked_.wait());
+  worker_->stop();
+  EXPECT_EQ(ended(), 4);
+  EXPECT_TRUE(log_.has("manager.updateStatus 7 4"));
+}
+
+TEST_F(WorkerStop, BeforeCompletionIsNotUndoneByIt) {
+  startAndFetch(film());
+  log_.clear();
+  worker_->stop();
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 5);
+  EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(WorkerStop, FromSeveralThreadsAtOnceReturnsOnAll) {
+  startAndFetch(film());
+  std::vector<std::future<void>> stops;
+  for (int thread = 0; thread < 4; ++thread) {
+    stops.push_back(elsewhere([this] { worker_->stop(); }));
+  }
+  for (auto& stop : stops) EXPECT_TRUE(returned(stop));
+  EXPECT_EQ(ended(), 5);
+}
+
+TEST_F(WorkerStop, OfASessionByItsIdReturnsAtOnce) {
+  worker_->stopDownload(5);
+  EXPECT_THAT(log_.lines(), IsEmpty());  // the library is not loaded yet
+  startAndFetch(film());
+  worker_->stopDownload(5);
+  EXPECT_THAT(library_.stopped(), ElementsAre(5u));
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+}
+
+TEST_F(WorkerStop, DoesNotWaitForAPlayThatNeedsTheStoppersLock) {
+  // The host holds the manager's lock while it stops; the play of the completed film needs it.
+  std::mutex managersLock;
+  manager_.onEvent([&](const std::string& line) {
+    if (line != "manager.play 7") return;
+    asked_.open();
+    const std::lock_guard lock(managersLock);
+  });
+  auto item = film();
+  item->setAutoProgressivePlayback(true);
+  startAndFetch(std::move(item));
+  {
+    const std::lock_guard lock(managersLock);
+    library_.onOwnThread([this] { library_.complete(kUid); });
+    ASSERT_TRUE(asked_.wait());
+    worker_->stop();
+    EXPECT_EQ(ended(), 4);
+  }
+  worker_->close();
+  EXPECT_TRUE(log_.has("manager.updateStatus 7 4"));
+}
+
+TEST_F(WorkerStop, DoesNotWaitForAPlayThatAReportBegan) {
+  std::mutex managersLock;
+  manager_.onEvent([&](const std::string& line) {
+    if (line != "manager.play 7") return;
+    asked_.open();
+    const std::lock_guard lock(managersLock);
+  });
+  auto item = film();
+  item->setAutoProgressivePlayback(true);
+  startAndFetch(std::move(item));
+  {
+    const std::lock_guard lock(managersLock);
+    library_.onOwnThread([this] { library_.progress(kUid, 50); });
+    ASSERT_TRUE(asked_.wait());
+    worker_->stop();
+    EXPECT_EQ(ended(), 5);
+  }
+  EXPECT_TRUE(library_.waitUntilIdle());
+  worker_->close();
+}
+
+TEST_F(WorkerStop, MayComeFromWithinAPlay) {
+  manager_.onEvent([&](const std::string& line) {
+    if (line == "manager.play 7") worker_->stop();
+  });
+  auto item = film();
+  item->setAutoProgressivePlayback(true);
+  startAndFetch(std::move(item));
+  library_.progress(kUid, 50);
+  EXPECT_EQ(ended(), 5);
+}
+
+TEST_F(WorkerStop, OfManyRunsAtAnyMomentNeverHangs) {
+  manager_.answerPlay(true);
+  for (int round = 0; round < 20; ++round) {
+    auto item = film();
+    item->setAutoProgressivePlayback(round % 2 == 0);
+    worker_->prepare();
+    start(std::move(item));
+    auto reporter = elsewhere([this, round] {
+      const unsigned long long uid = kUid + static_cast<unsigned long long>(round);
+      for (int percent = 0; percent <= 100; percent += 10) library_.progress(uid, percent);
+      library_.complete(uid);
+    });
+    auto stopper = elsewhere([this] { worker_->stop(); });
+    EXPECT_TRUE(returned(reporter));
+    EXPECT_TRUE(returned(stopper));
+    worker_->stop();
+    const int outcome = ended();
+    EXPECT_TRUE(outcome == 4 || outcome == 5) << outcome;
+  }
+}
+
+TEST_F(WorkerStop, ByClosingUnregistersFromTheLibrary) {
+  startAndFetch(film());
+  worker_->close();
+  EXPECT_EQ(ended(), 5);
+  EXPECT_FALSE(library_.hasCallback());
+}
+
+TEST_F(WorkerStop, ByClosingWaitsForAReportWithoutHoldingItUp) {
+  Gate inside;
+  Gate leave;
+  manager_.onEvent([&](const std::string& line) {
+    if (line != "manager.updateDownloadProgress 7 1") return;
+    inside.open();
+    leave.wait();
+  });
+  startAndFetch(film());
+  library_.onOwnThread([this] { library_.progress(kUid, 1); });
+  ASSERT_TRUE(inside.wait());
+  auto closing = elsewhere([this] { worker_->close(); });
+  leave.open();
+  EXPECT_TRUE(returned(closing));
+  EXPECT_EQ(ended(), 5);
+  EXPECT_TRUE(library_.waitUntilIdle());
+}
+
+TEST_F(WorkerStop, ByClosingEndsEveryLaterRun) {
+  worker_->close();
+  worker_->close();
+  EXPECT_EQ(run(film()), 5);
+  worker_->prepare();
+  EXPECT_EQ(run(film()), 5);
+  EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(WorkerStop, ByDestructionEndsTheRun) {
+  startAndFetch(film());
+  library_.onOwnThread([this] {
+    for (int percent = 0; percent <= 100; ++percent) library_.progress(kUid, percent);
+  });
+  worker_->close();
+  EXPECT_EQ(ended(), 5);
+  worker_.reset();
+  EXPECT_EQ(context_.holds(KPB::DIN_Download), 0);
+  EXPECT_FALSE(library_.hasCallback());
+}
+
+}  // namespace
