@@ -2,14 +2,12 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <memory>
 
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
-#include "playerx/platform/FileSync.h"
 #include "playerx/platform/ReplacementFile.h"
 
 namespace playerx::transfers {
@@ -20,19 +18,13 @@ constexpr char kBootFile[] = "/proc/sys/kernel/random/boot_id";
 
 }  // namespace
 
-int replaceContent(const std::filesystem::path& file, std::string_view content,
-                   Durability durability) {
+int replaceContent(const std::filesystem::path& file, std::string_view content) {
   int error = 0;
   const std::unique_ptr<ReplacementFile> fresh = ReplacementFile::create(file, error);
   if (!fresh) return error;
   if (::fchmod(fresh->descriptor(), S_IRUSR | S_IWUSR) != 0) errno = 0;
   error = writeFully(fresh->descriptor(), content.data(), content.size()).error;
-  if (error == 0 && durability == Durability::kNow && ::fsync(fresh->descriptor()) != 0) {
-    error = errno;
-  }
-  if (error == 0) error = fresh->replace();
-  if (error == 0 && durability == Durability::kNow) syncFolderOf(file);
-  return error;
+  return error == 0 ? fresh->replace() : error;
 }
 
 std::string readSmallFile(const std::filesystem::path& file) {

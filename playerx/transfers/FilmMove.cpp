@@ -11,6 +11,7 @@
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
 #include "playerx/platform/FileSync.h"
+#include "playerx/platform/Rename.h"
 #include "playerx/platform/ReplacementFile.h"
 
 namespace playerx::transfers {

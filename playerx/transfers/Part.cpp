@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "playerx/platform/ReplacementFile.h"
+#include "playerx/transfers/Durable.h"
 
 namespace playerx::transfers {
 namespace {
@@ -122,10 +123,10 @@ std::uint64_t Part::inode() const {
   return status ? status->st_ino : 0;
 }
 
-int Part::change(const std::function<void(PartState&)>& apply, Durability durability) {
+int Part::change(const std::function<void(PartState&)>& apply) {
   const kvpm::MutexLock lock(mutex_);
   apply(state_);
-  return replaceContent(paths_.state(), writeState(state_), durability);
+  return replaceContent(paths_.state(), writeState(state_));
 }
 
 int Part::newVersion(const std::function<void(PartState&)>& apply) {
@@ -138,7 +139,7 @@ int Part::newVersion(const std::function<void(PartState&)>& apply) {
   fresh.boot = presentBoot();
   apply(fresh);
   state_ = fresh;
-  return replaceContent(paths_.state(), writeState(state_), Durability::kSoon);
+  return replaceContent(paths_.state(), writeState(state_));
 }
 
 int Part::adopt(const std::string& address, const std::string& place) {
@@ -148,7 +149,10 @@ int Part::adopt(const std::string& address, const std::string& place) {
     state.noted = false;
     state.boot = presentBoot();
   };
-  return change(apply, Durability::kSoon);
+  if (!isNew_) return change(apply);
+  const kvpm::MutexLock lock(mutex_);
+  apply(state_);
+  return 0;
 }
 
 int Part::beginVersion(const Validator& validator, std::optional<std::uint64_t> total) {
@@ -164,7 +168,7 @@ int Part::forgetCompletion() {
 }
 
 int Part::learnTotal(std::uint64_t total) {
-  return change([&](PartState& state) { state.total = total; }, Durability::kSoon);
+  return change([&](PartState& state) { state.total = total; });
 }
 
 Part::Mark Part::mark() const {
@@ -177,12 +181,12 @@ int Part::makeDurable(const Mark& mark) {
   const kvpm::MutexLock lock(mutex_);
   if (mark.version != version_) return 0;
   state_.durable = std::max(state_.durable, mark.bytes);
-  return replaceContent(paths_.state(), writeState(state_), Durability::kSoon);
+  return replaceContent(paths_.state(), writeState(state_));
 }
 
 int Part::keepRights(const std::vector<unsigned char>& rights) {
   const std::string_view content(reinterpret_cast<const char*>(rights.data()), rights.size());
-  return replaceContent(paths_.rights(), content, Durability::kSoon);
+  return replaceContent(paths_.rights(), content);
 }
 
 int Part::announceMove(const std::string& target, const std::string& source,
@@ -194,11 +198,11 @@ int Part::announceMove(const std::string& target, const std::string& source,
     state.size = size;
     state.inode = inode;
   };
-  return change(apply, Durability::kNow);
+  return change(apply);
 }
 
 int Part::noteCompletion() {
-  return change([](PartState& state) { state.noted = true; }, Durability::kSoon);
+  return change([](PartState& state) { state.noted = true; });
 }
 
 }  // namespace playerx::transfers

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "kvpm/Mutex.h"
-#include "playerx/transfers/Durable.h"
 #include "playerx/transfers/PartFile.h"
 #include "playerx/transfers/PartState.h"
 #include "playerx/transfers/ResumePlan.h"
@@ -52,7 +51,8 @@ class Part {
   /// The number by which the file system knows the bytes.
   std::uint64_t inode() const;
 
-  /// The bytes now belong to this address; keeps them.
+  /// The bytes, which are kept, now belong to this address. That of a new partial is written with
+  /// its first version.
   int adopt(const std::string& address, const std::string& place);
 
   /// Drops the bytes: those that follow belong to another version of the file.
@@ -75,7 +75,7 @@ class Part {
   /// Keeps the rights data beside the bytes.
   int keepRights(const std::vector<unsigned char>& rights);
 
-  /// Writes, to the disk, that everything is there and where it goes; `state` as `PartState` says.
+  /// Writes that everything is there, and where it goes; the arguments as in `PartState`.
   int announceMove(const std::string& target, const std::string& source, const std::string& wished,
                    std::uint64_t size, std::uint64_t inode);
 
@@ -90,7 +90,7 @@ class Part {
 
  private:
   Part(PartPaths paths, Descriptor file, std::uint64_t size, PartState state, bool isNew);
-  int change(const std::function<void(PartState&)>& apply, Durability durability);
+  int change(const std::function<void(PartState&)>& apply);
   int newVersion(const std::function<void(PartState&)>& apply);
   void leaveComplete(const PartState& state);
   void leavePartial();

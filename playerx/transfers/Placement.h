@@ -21,9 +21,9 @@ struct Placed {
 
 /// Moves a whole film, and its rights data beside it, to the place that `wish` names, or to a
 /// variant of the name when that is taken. `film` is where an earlier session has put it already;
-/// empty while it is still the partial. Everything is on the disk before it moves, also the record
-/// of where it goes: whenever the process dies, the film is found again. Runs on the files thread;
-/// `giveUp` may be set by another.
+/// empty while it is still the partial. Its bytes are on the disk, and the record of where it goes
+/// is written, before it moves: whenever the process dies, the film is found again. Runs on the
+/// files thread; `giveUp` may be set by another.
 Placed placeFilm(Part& part, const std::filesystem::path& film, const Wish& wish,
                  const std::atomic<bool>& giveUp);
 
