@@ -2,10 +2,12 @@
 
 #include <httplib.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <optional>
+#include <thread>
 #include <utility>
 
 namespace demo {
@@ -13,6 +15,8 @@ namespace demo {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::size_t kPiece = 1 << 14;
 
 /// A film on the server's disk.
 struct Film {
@@ -43,7 +47,8 @@ bool wantsAnotherVersion(const httplib::Request& request, const Film& film) {
   return request.has_header("If-Range") && request.get_header_value("If-Range") != film.validator;
 }
 
-void sendFilm(const httplib::Request& request, httplib::Response& response, const Film& film) {
+void sendFilm(const httplib::Request& request, httplib::Response& response, const Film& film,
+              std::uint64_t rate) {
   response.set_header("ETag", film.validator);
   response.set_header("Accept-Ranges", "bytes");
   if (wantsAnotherVersion(request, film)) {
@@ -54,8 +59,10 @@ void sendFilm(const httplib::Request& request, httplib::Response& response, cons
   if (film.size == 0) return response.set_content("", "application/octet-stream");
   response.set_content_provider(
       film.size, "application/octet-stream",
-      [file = film.file](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
-        std::string piece(std::min<std::size_t>(length, 1 << 16), '\0');
+      [file = film.file, rate](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
+        std::string piece(std::min<std::size_t>(length, kPiece), '\0');
+        if (rate > 0)
+          std::this_thread::sleep_for(std::chrono::microseconds(kPiece * 1000000 / rate));
         file->clear();
         file->seekg(static_cast<std::streamoff>(offset));
         file->read(piece.data(), static_cast<std::streamsize>(piece.size()));
@@ -63,25 +70,26 @@ void sendFilm(const httplib::Request& request, httplib::Response& response, cons
       });
 }
 
-void answer(const httplib::Request& request, httplib::Response& response, const fs::path& folder) {
+void answer(const httplib::Request& request, httplib::Response& response, const Media& media) {
   const std::string name = request.matches[1];
-  const std::optional<Film> film = isPlainName(name) ? openFilm(folder / name) : std::nullopt;
+  const std::optional<Film> film =
+      isPlainName(name) ? openFilm(fs::path(media.folder) / name) : std::nullopt;
   if (!film) {
     response.status = 404;
     return response.set_content("There is no such film.\n", "text/plain");
   }
-  sendFilm(request, response, *film);
+  sendFilm(request, response, *film, media.rate);
 }
 
 }  // namespace
 
-void serveMedia(httplib::Server& server, const std::string& folder, AccessCheck mayAccess) {
-  server.Get("/media/(.+)", [folder](const httplib::Request& request, httplib::Response& response) {
-    answer(request, response, folder);
+void serveMedia(httplib::Server& server, const Media& media, AccessCheck mayAccess) {
+  server.Get("/media/(.+)", [media](const httplib::Request& request, httplib::Response& response) {
+    answer(request, response, media);
   });
-  server.Get("/protected/(.+)", [folder, mayAccess = std::move(mayAccess)](
+  server.Get("/protected/(.+)", [media, mayAccess = std::move(mayAccess)](
                                     const httplib::Request& request, httplib::Response& response) {
-    if (mayAccess(request, request.matches[1])) return answer(request, response, folder);
+    if (mayAccess(request, request.matches[1])) return answer(request, response, media);
     response.status = 401;
     response.set_header("WWW-Authenticate", "Basic realm=\"films\"");
     response.set_content("This film needs credentials.\n", "text/plain");

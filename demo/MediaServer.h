@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -13,9 +14,15 @@ namespace demo {
 /// Whether a request for a protected film carries what it needs.
 using AccessCheck = std::function<bool(const httplib::Request& request, const std::string& film)>;
 
-/// Serves the films of `folder` on `server`: freely under /media/, and under /protected/ to
+/// What is served, and how.
+struct Media {
+  std::string folder;
+  std::uint64_t rate = 0;  ///< bytes per second of each film; 0: as fast as can be
+};
+
+/// Serves the films of `media` on `server`: freely under /media/, and under /protected/ to
 /// requests that `mayAccess` lets pass (401 otherwise). Whole files and ranges, with a strong
 /// validator (ETag) and `If-Range`. The server calls back on its own threads.
-void serveMedia(httplib::Server& server, const std::string& folder, AccessCheck mayAccess);
+void serveMedia(httplib::Server& server, const Media& media, AccessCheck mayAccess);
 
 }  // namespace demo

@@ -25,6 +25,8 @@ struct Options {
   std::string privateKey;
   std::string host = "127.0.0.1";
   int port = 0;
+  std::uint64_t rate = 0;
+  bool stay = false;
   std::vector<std::string> protectedFilms;
 };
 
@@ -39,6 +41,10 @@ void addOptions(CLI::App& app, Options& options) {
                  "File that keeps the key of sealed tickets; made when missing");
   app.add_option("--port", options.port, "Port; any free one unless told");
   app.add_option("--host", options.host, "Loopback address or name to listen at");
+  app.add_option("--rate", options.rate,
+                 "Bytes per second of each film; as fast as can be unless told");
+  app.add_flag("--stay", options.stay,
+               "Serve until a signal ends the program, not until standard input ends");
   auto* certificate =
       app.add_option("--certificate", options.certificate, "PEM file: serve over TLS")
           ->check(CLI::ExistingFile);
@@ -101,7 +107,7 @@ int run(const Options& options) {
   const std::string address = scheme + "://" + options.host + ":" + std::to_string(port);
   demo::ServicesServer services(ticketKey(options.ticketKey), address, protectedFilms(options));
   services.serve(*server);
-  demo::serveMedia(*server, options.media,
+  demo::serveMedia(*server, {options.media, options.rate},
                    [&services](const httplib::Request& request, const std::string& film) {
                      return services.grants().opens(request.get_header_value("Authorization"),
                                                     film);
@@ -110,7 +116,11 @@ int run(const Options& options) {
     demo::writeTickets(options.tickets, address, services, options.protectedFilms);
   }
   std::cout << nlohmann::json{{"address", address}, {"port", port}}.dump() << std::endl;
-  serveUntilInputEnds(*server);
+  if (options.stay) {
+    server->listen_after_bind();
+  } else {
+    serveUntilInputEnds(*server);
+  }
   return 0;
 }
 

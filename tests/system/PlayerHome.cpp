@@ -85,6 +85,10 @@ PlayerResult PlayerHome::runForPeople(const std::vector<std::string>& arguments)
   return finish(process);
 }
 
+std::vector<std::string> PlayerHome::commandLine(const std::vector<std::string>& arguments) const {
+  return command({}, arguments).arguments;
+}
+
 std::vector<Json> PlayerHome::queue() const { return run({"list"}).events("listed"); }
 
 std::vector<std::string> PlayerHome::films() const { return filesIn(media_); }

@@ -54,6 +54,10 @@ class PlayerHome {
   /// As `run`, without "--json".
   PlayerResult runForPeople(const std::vector<std::string>& arguments) const;
 
+  /// The words of a command for people, to be started by other means in `environment`.
+  std::vector<std::string> commandLine(const std::vector<std::string>& arguments) const;
+  const std::map<std::string, std::string>& environment() const { return environment_; }
+
   /// The queue as `list` prints it.
   std::vector<Json> queue() const;
 

@@ -20,7 +20,7 @@ class MediaServerTest : public testing::Test {
     folder.write("films/a.avi", "0123456789");
     folder.write("films/empty.avi", "");
     folder.write("secret.txt", "s");
-    serveMedia(server, folder / "films", [](const httplib::Request& request, const std::string&) {
+    serveMedia(server, {folder / "films"}, [](const httplib::Request& request, const std::string&) {
       return request.get_header_value("Authorization") == "open";
     });
     port = server.bind_to_any_port("127.0.0.1");

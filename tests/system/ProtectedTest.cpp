@@ -1,0 +1,200 @@
+#include <gmock/gmock.h>
+
+#include <csignal>
+
+#include "tests/support/WaitFor.h"
+#include "tests/system/BigFile.h"
+#include "tests/system/DemoServer.h"
+#include "tests/system/PlayerHome.h"
+
+namespace system_test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+class ProtectedTest : public testing::Test {
+ protected:
+  DemoServer server;
+  PlayerHome home;
+
+  void SetUp() override { server.introduceTo(home); }
+
+  void expectFilm() {
+    EXPECT_TRUE(sameContent(server.film(), home.media() / "film.vesk"));
+    EXPECT_THAT(home.films(), ElementsAre("film.vesk", "film.vesk.rights"));
+    EXPECT_THAT(home.partials(), IsEmpty());
+  }
+};
+
+TEST_F(ProtectedTest, AProtectedFilmArrivesConfirmedWithItsRights) {
+  const PlayerResult result = home.run({"get", server.ticket()});
+  EXPECT_EQ(result.status, 0) << result.output << result.errors;
+  expectFilm();
+  EXPECT_EQ(support::readFile(home.media() / "film.vesk.rights"), "rights of film.mkv");
+  EXPECT_EQ(server.authorizations(), 1);
+  EXPECT_EQ(server.confirmedBytes().back(), 200'000u);
+}
+
+TEST_F(ProtectedTest, TheTicketIsConsumed) {
+  const std::string ticket = server.ticket();
+  EXPECT_EQ(home.run({"get", ticket}).status, 0);
+  EXPECT_FALSE(std::filesystem::exists(ticket));
+  EXPECT_FALSE(std::filesystem::exists(home.media() / "film.tix"));
+}
+
+TEST_F(ProtectedTest, ARefusalIsNamedInTheServicesWords) {
+  server.misbehave("error-5000");
+  const PlayerResult result = home.run({"get", server.ticket()});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.failureCode(), "services");
+  EXPECT_THAT(result.output, HasSubstr("The film was withdrawn by its provider."));
+}
+
+TEST_F(ProtectedTest, AnyOtherErrorIsShownAsARefusal) {
+  server.misbehave("error-7");
+  const PlayerResult result = home.run({"get", server.ticket()});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.failureCode(), "not_authorized");
+  EXPECT_THAT(result.output, HasSubstr("error 7: This account may not download."));
+}
+
+TEST_F(ProtectedTest, AnswersThatMakeNoSenseAreRefusals) {
+  server.misbehave("malformed");
+  EXPECT_EQ(home.run({"get", server.ticket()}).failureCode(), "not_authorized");
+}
+
+TEST_F(ProtectedTest, ServicesThatAreNotReadyFailTheDownload) {
+  server.misbehave("not-ready");
+  EXPECT_EQ(home.run({"get", server.ticket()}).failureCode(), "services_unavailable");
+}
+
+TEST_F(ProtectedTest, TheSlotQuestionIsDeclinedWithoutATerminal) {
+  server.misbehave("error-32054");
+  EXPECT_EQ(home.run({"get", server.ticket()}).status, 1);
+  EXPECT_EQ(server.authorizations(), 1);
+}
+
+TEST_F(ProtectedTest, TheSlotQuestionIsAskedOnATerminal) {
+  server.misbehave("error-32054");
+  std::string command;
+  for (const std::string& word : home.commandLine({"get", server.ticket()})) {
+    command += "'" + word + "' ";
+  }
+  support::Process terminal({.arguments = {"script", "-qec", command, "/dev/null"},
+                             .environment = home.environment(),
+                             .input = "2\n"});
+  EXPECT_EQ(terminal.wait(), 0) << terminal.output();
+  EXPECT_THAT(terminal.output(), HasSubstr("Slot to give up"));
+  EXPECT_EQ(server.authorizations(), 2);
+  expectFilm();
+}
+
+TEST_F(ProtectedTest, DamagedRightsTextStillFetchesTheFilm) {
+  server.misbehave("bad-base64");
+  EXPECT_EQ(home.run({"get", server.ticket()}).status, 0);
+  EXPECT_TRUE(sameContent(server.film(), home.media() / "film.vesk"));
+}
+
+TEST_F(ProtectedTest, ExpiredCredentialsAreAuthorisedAnewByARetry) {
+  server.misbehave("expired");
+  EXPECT_EQ(home.run({"get", server.ticket()}).failureCode(), "http_401");
+  EXPECT_EQ(home.run({"retry", "1"}).status, 0);
+  EXPECT_EQ(home.run({"get"}).status, 0);
+  EXPECT_EQ(server.authorizations(), 2);
+  expectFilm();
+}
+
+TEST_F(ProtectedTest, AServiceThatLiesAboutTheSizeEndsCleanly) {
+  server.misbehave("lying-size");
+  const PlayerResult result = home.run({"get", server.ticket()});
+  EXPECT_THAT(result.status, testing::AnyOf(0, 1));
+  EXPECT_EQ(home.queue().size(), 1u);
+}
+
+TEST_F(ProtectedTest, ASilentServiceDoesNotHoldCtrlCUp) {
+  server.misbehave("silent");
+  support::Process player = home.start({"get", server.ticket()});
+  ASSERT_TRUE(support::waitFor([this] { return server.authorizations() == 1; }));
+  player.send(SIGINT);
+  EXPECT_EQ(player.wait(std::chrono::seconds(20)), 130);
+  EXPECT_EQ(home.queue().size(), 1u);
+}
+
+TEST_F(ProtectedTest, AServiceThatIsGoneIsSaid) {
+  PlayerHome alone;
+  alone.addOptions({"--services", "http://127.0.0.1:1"});
+  const PlayerResult result = alone.run({"get", server.ticket()});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.errors, HasSubstr("cannot be reached"));
+}
+
+TEST_F(ProtectedTest, WithoutServicesASealedTicketYieldsNothing) {
+  PlayerHome alone;
+  const std::string ticket = server.ticket();
+  EXPECT_EQ(alone.run({"get", ticket}).status, 2);
+  EXPECT_TRUE(std::filesystem::exists(ticket));
+}
+
+/// A film that takes a few seconds.
+class ProtectedCrashTest : public testing::Test {
+ protected:
+  static constexpr std::uint64_t kSize = 3'000'000;
+
+  DemoServer server{kSize, 2'000'000};
+  PlayerHome home;
+
+  void SetUp() override { server.introduceTo(home); }
+
+  void kill(support::Process& player) {
+    player.send(SIGKILL);
+    player.wait();
+  }
+
+  void expectWholeOnce() {
+    const PlayerResult result = home.run({"get"});
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    ASSERT_EQ(home.queue().size(), 1u);
+    const std::string path = home.queue()[0]["path"];
+    EXPECT_TRUE(sameContent(server.film(), path)) << path;
+    EXPECT_EQ(home.films().size(), 2u) << testing::PrintToString(home.films());
+    EXPECT_EQ(server.confirmedBytes().back(), kSize);
+  }
+};
+
+TEST_F(ProtectedCrashTest, KilledBetweenAuthorisationAndFirstByte) {
+  support::Process player = home.start({"get", server.ticket()});
+  ASSERT_TRUE(support::waitFor([this] { return server.authorizations() == 1; }));
+  kill(player);
+  expectWholeOnce();
+}
+
+TEST_F(ProtectedCrashTest, KilledInMidTransfer) {
+  support::Process player = home.start({"get", server.ticket()});
+  ASSERT_TRUE(player.waitForOutput("\"percent\":1"));
+  ASSERT_TRUE(player.waitForOutput("\"percent\":3"));
+  kill(player);
+  expectWholeOnce();
+}
+
+TEST_F(ProtectedCrashTest, KilledBetweenTheLastByteAndItsRecord) {
+  for (int round = 0; round < 3; ++round) {
+    PlayerHome fresh;
+    server.introduceTo(fresh);
+    support::Process player = fresh.start({"get", server.ticket()});
+    ASSERT_TRUE(support::waitFor([&] { return !fresh.films().empty(); }));
+    kill(player);
+    const PlayerResult result = fresh.run({"get"});
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    const std::string path = fresh.queue().at(0)["path"];
+    EXPECT_TRUE(sameContent(server.film(), path)) << path;
+    EXPECT_EQ(fresh.films().size(), 2u) << testing::PrintToString(fresh.films());
+    EXPECT_THAT(fresh.films(), Contains(std::filesystem::path(path).filename().string()));
+  }
+}
+
+}  // namespace
+}  // namespace system_test
