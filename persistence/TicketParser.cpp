@@ -1,0 +1,94 @@
+#include "persistence/TicketParser.h"
+
+#include <cstdint>
+#include <exception>
+#include <limits>
+#include <utility>
+
+#include "kvpm/File.h"
+#include "kvpm/PathTools.h"
+#include "kvpm/StringTools.h"
+#include "persistence/ClearTicket.h"
+#include "persistence/TicketParserImpl.h"
+#include "plugin/DownloadItem.h"
+
+namespace {
+
+using kvpm::PathTools;
+using kvpm::StringTools;
+using persistence::ItemList;
+
+constexpr const wchar_t* kTicketExtension = L".tix";
+
+std::wstring withoutQuotes(const std::wstring& path) {
+  return StringTools::stripBeginingAndEndChar(path, L'"');
+}
+
+/// The bytes of a file; empty when they cannot all be read, or not be counted in 32 bits.
+std::basic_string<unsigned char> bytesOf(const std::wstring& path) {
+  const std::uint64_t size = PathTools::getFileSize(path);
+  if (size == 0 || size > std::numeric_limits<std::uint32_t>::max()) return {};
+  kvpm::File file;
+  if (file.open(path, kvpm::FileOpenRead) != 0) return {};
+  std::basic_string<unsigned char> bytes(size, 0);
+  if (file.read(bytes.data(), size) != static_cast<std::int64_t>(size)) return {};
+  return bytes;
+}
+
+/// The form in which paths are compared: case and kind of separator do not matter.
+std::wstring comparable(const std::wstring& path) {
+  return StringTools::replaceString(L"\\", L"/", StringTools::toLower(path));
+}
+
+/// Files the ticket beside the films, and tells where it is then.
+std::wstring fileTicket(const std::wstring& ticketPath, const std::wstring& title) {
+  const std::wstring target = PathTools::getVeskMoviesFolder() + L"/" + title + kTicketExtension;
+  if (comparable(target) == comparable(ticketPath)) return ticketPath;
+  return PathTools::moveFile(ticketPath, target) ? target : ticketPath;
+}
+
+std::unique_ptr<DownloadItem> itemFrom(const VeskDrmTicketData& record) {
+  auto item = std::make_unique<DownloadItem>();
+  item->setContentEncryptionUsageId(record.contentEncryptionUsageId);
+  item->setPath(TicketParser::TicketParserImpl::getLocalFilePathFromTicketData(&record));
+  item->setSize(0);
+  item->setStatus(DownloadStatusQueued);
+  item->setTitle(record.title);
+  item->setTicket(record.ticket);
+  item->setContentProviderDisplayName(record.contentProviderDisplayName);
+  item->setTicketAlreadyTorn(false);
+  item->setEncrypted(true);
+  return item;
+}
+
+ItemList readRecords(const std::vector<VeskDrmTicketData*>& records, std::wstring ticketPath) {
+  ItemList items;
+  if (!records.empty()) ticketPath = fileTicket(ticketPath, records.front()->title);
+  for (const VeskDrmTicketData* record : records) {
+    items.push_back(itemFrom(*record));
+    PathTools::deleteFile(ticketPath);
+  }
+  return items;
+}
+
+/// The items that `read` finds; none when there is no memory for them.
+template <class Read>
+TicketParser::Items readSafely(Read read) {
+  try {
+    return persistence::handOver(read());
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
+}  // namespace
+
+TicketParser::Items TicketParser::parseClearTicket(const std::wstring& path) {
+  return readSafely([&] { return persistence::readClearTicket(bytesOf(withoutQuotes(path))); });
+}
+
+TicketParser::Items TicketParser::processEncryptedTicket(std::vector<VeskDrmTicketData*> records,
+                                                         std::wstring ticketPath) {
+  std::erase(records, nullptr);
+  return readSafely([&] { return readRecords(records, withoutQuotes(ticketPath)); });
+}

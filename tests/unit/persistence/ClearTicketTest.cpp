@@ -1,0 +1,258 @@
+// What parseClearTicket makes of a file.
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "persistence/TicketParser.h"
+#include "tests/support/TempDir.h"
+#include "tests/unit/persistence/Items.h"
+
+namespace persistence {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class ClearTicket : public testing::Test {
+ protected:
+  std::vector<Fields> readFile(const std::wstring& path) const {
+    return taken(TicketParser::parseClearTicket(path));
+  }
+  std::vector<Fields> read(const std::string& content) const {
+    return readFile(folder_.write("film.tix", content).wstring());
+  }
+  const support::TempDir& folder() const { return folder_; }
+
+ private:
+  support::TempDir folder_;
+};
+
+Fields film(const std::wstring& url, const std::wstring& title, const std::wstring& provider) {
+  Fields fields;
+  fields.url = url;
+  fields.title = title;
+  fields.contentProviderDisplayName = provider;
+  return fields;
+}
+
+/// A film whose address names neither host nor file.
+Fields bare(const std::wstring& url) { return film(url, url, L""); }
+
+const std::string kHeader = "TixVeskVersion=1.0\n";
+
+/// A ticket of one block.
+std::string block(const std::string& lines) { return kHeader + "start\n" + lines + "\nend\n"; }
+
+TEST_F(ClearTicket, NamesFilmsWithTitleProviderAndUrl) {
+  EXPECT_THAT(read("TixVeskVersion=1.0\nstart\nurl=http://h/a.avi\ntitle=A film\n"
+                   "contentProvider=Vesk\nend\nstart\nurl=http://h/b.avi\ntitle=B\n"
+                   "contentProvider=Other\nend\n"),
+              ElementsAre(film(L"http://h/a.avi", L"A film", L"Vesk"),
+                          film(L"http://h/b.avi", L"B", L"Other")));
+}
+
+TEST_F(ClearTicket, ItemsHaveAllOtherDefaults) {
+  const auto items = read(block("url=a"));
+  ASSERT_THAT(items, SizeIs(1));
+  EXPECT_EQ(items[0].status, 1);
+  EXPECT_EQ(items[0].ticket, "");
+  EXPECT_FALSE(items[0].encrypted);
+}
+
+TEST_F(ClearTicket, LineEndsOfAnyKindReadTheSame) {
+  const std::string lines[] = {"TixVeskVersion=1.0", "start", "url=a", "title=b", "end"};
+  for (const char* lineEnd : {"\n", "\r", "\r\n", "\n\r", "\n\n\n", "\r\n\r\n"}) {
+    std::string text;
+    for (const std::string& line : lines) text += line + lineEnd;
+    EXPECT_THAT(read(text), ElementsAre(film(L"a", L"b", L"")));
+  }
+}
+
+TEST_F(ClearTicket, TheLastLineNeedsNoEnd) {
+  EXPECT_THAT(read(kHeader + "start\nurl=a\nend"), ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, BlanksAndBlankLinesDoNotMatter) {
+  EXPECT_THAT(read("\n  \n\t TixVeskVersion \t=  1.0 \n\n  start \n\n\turl\t=\ta \n   \n end\t\n"),
+              ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, HeaderVersionsThatAreOneAreAccepted) {
+  for (const char* header : {"TixVeskVersion=1", "TixVeskVersion=1.0", "TixVeskVersion = 1.0",
+                             "TixVeskVersion=1.000", "TixVeskVersion=1e0", "TixVeskVersion="}) {
+    EXPECT_THAT(read(std::string(header) + "\nstart\nurl=a\nend\n"), SizeIs(1)) << header;
+  }
+}
+
+TEST_F(ClearTicket, OtherHeadersGiveNothing) {
+  for (const char* header : {"TixVeskVersion=2", "TixVeskVersion=1.1", "TixVeskVersion=x",
+                             "TixVeskVersion", "tixveskversion=1.0", "Version=1.0", "start",
+                             "TixVeskVersion=1.0=1.0", "url=a", "end", "=1.0"}) {
+    EXPECT_THAT(read(std::string(header) + "\nstart\nurl=a\nend\n"), IsEmpty()) << header;
+  }
+}
+
+TEST_F(ClearTicket, AnyFirstLineThatEndsInItsEqualsSignIsAcceptedAsWanted) {
+  EXPECT_THAT(read("anything=\nstart\nurl=a\nend\n"), SizeIs(1));
+}
+
+TEST_F(ClearTicket, OnlyTheFirstLineIsTheHeader) {
+  EXPECT_THAT(read(kHeader + "TixVeskVersion=2\nstart\nurl=a\nend\n"), SizeIs(1));
+}
+
+TEST_F(ClearTicket, AnItemOfABlockThatWasStillOpenIsAbandoned) {
+  EXPECT_THAT(read(kHeader + "start\nurl=a\nstart\nurl=b\nend\n"), ElementsAre(bare(L"b")));
+  EXPECT_THAT(read(kHeader + "start\nurl=a\ntitle=t\nstart\nend\n"), IsEmpty());
+}
+
+TEST_F(ClearTicket, ABlockThatIsNeverClosedIsNotAdded) {
+  EXPECT_THAT(read(kHeader + "start\nurl=a\nend\nstart\nurl=b\n"), ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, AnEndOutsideABlockIsIgnored) {
+  EXPECT_THAT(read(kHeader + "end\nstart\nurl=a\nend\nend\nurl=b\nend\n"), ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, ABlockWithoutAUrlIsDropped) {
+  EXPECT_THAT(read(block("title=t\ncontentProvider=p")), IsEmpty());
+  EXPECT_THAT(read(block("url=")), IsEmpty());
+  EXPECT_THAT(read(block("")), IsEmpty());
+}
+
+TEST_F(ClearTicket, KeysOutsideABlockAreIgnored) {
+  EXPECT_THAT(read(kHeader + "url=x\ntitle=x\nstart\nurl=a\nend\ntitle=y\n"),
+              ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, UnknownKeysAreIgnored) {
+  EXPECT_THAT(
+      read(block("Url=x\nURL=x\nTitle=x\ncontentprovider=x\nsize=5\nstart=1\nend=1\nurl=a")),
+      ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, TheLastValueOfAKeyCounts) {
+  EXPECT_THAT(read(block("url=a\nurl=b\ntitle=c\ntitle=d")), ElementsAre(film(L"b", L"d", L"")));
+  EXPECT_THAT(read(block("url=a\nurl=")), ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, AValueMayHoldEqualsSigns) {
+  EXPECT_THAT(read(block("url=x?a=b\ntitle==")), ElementsAre(film(L"x?a=b", L"=", L"")));
+}
+
+TEST_F(ClearTicket, ALineWithoutAnEqualsSignIsItsOwnValueAsWanted) {
+  EXPECT_THAT(read(block("url\ntitle")), ElementsAre(film(L"url", L"title", L"")));
+}
+
+TEST_F(ClearTicket, AWordThatTheFirstTrimmingLaysBareCounts) {
+  EXPECT_THAT(read(kHeader + " \tstart\n \turl=a\n \tend\n"), ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, TitleAndProviderComeFromTheUrlWhereTheyAreMissing) {
+  EXPECT_THAT(
+      read(block("url=http://media.example/a%20b/film.avi")),
+      ElementsAre(film(L"http://media.example/a%20b/film.avi", L"film.avi", L"media.example")));
+  EXPECT_THAT(read(block("url=https://h:8443/x.avi?token=1")),
+              ElementsAre(film(L"https://h:8443/x.avi?token=1", L"x.avi", L"h")));
+  EXPECT_THAT(read(block("url=http://h/x.avi\ntitle=T")),
+              ElementsAre(film(L"http://h/x.avi", L"T", L"h")));
+  EXPECT_THAT(read(block("url=http://h/x.avi\ncontentProvider=P")),
+              ElementsAre(film(L"http://h/x.avi", L"x.avi", L"P")));
+}
+
+TEST_F(ClearTicket, EscapesOfTheUrlAreUndoneBeforeItsHostIsTaken) {
+  EXPECT_THAT(read(block("url=http://a%7Eb/x.avi")),
+              ElementsAre(film(L"http://a%7Eb/x.avi", L"x.avi", L"a~b")));
+}
+
+TEST_F(ClearTicket, AUrlOfAnotherSchemeHasNoProvider) {
+  EXPECT_THAT(read(block("url=ftp://host/film.avi")),
+              ElementsAre(film(L"ftp://host/film.avi", L"film.avi", L"")));
+}
+
+TEST_F(ClearTicket, TextIsUtf8WithOrWithoutAByteOrderMark) {
+  const std::string text = block("url=a\ntitle=\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80");
+  const Fields expected = film(L"a", L"\u00E4\u20AC\U0001F600", L"");
+  EXPECT_THAT(read(text), ElementsAre(expected));
+  EXPECT_THAT(read("\xEF\xBB\xBF" + text), ElementsAre(expected));
+}
+
+TEST_F(ClearTicket, MalformedBytesAreReplaced) {
+  EXPECT_THAT(read(block("url=a\ntitle=x\xFFy")), ElementsAre(film(L"a", L"x\uFFFDy", L"")));
+}
+
+TEST_F(ClearTicket, TheTextEndsAtItsFirstNul) {
+  const std::string nul(1, '\0');
+  EXPECT_THAT(read(block("url=a") + nul + "start\nurl=b\nend\n"), ElementsAre(bare(L"a")));
+  EXPECT_THAT(read(nul + block("url=a")), IsEmpty());
+  EXPECT_THAT(read(kHeader + "start\nurl=a" + nul + "\nend\n"), IsEmpty());
+}
+
+TEST_F(ClearTicket, ThePathMayStandInDoubleQuotes) {
+  const auto path = folder().write("my film.tix", block("url=a")).wstring();
+  EXPECT_THAT(readFile(L'"' + path + L'"'), SizeIs(1));
+  EXPECT_THAT(readFile(L'"' + path), SizeIs(1));
+  EXPECT_THAT(readFile(path), SizeIs(1));
+}
+
+TEST_F(ClearTicket, WhatCannotBeReadGivesNothing) {
+  EXPECT_THAT(readFile((folder() / "missing.tix").wstring()), IsEmpty());
+  EXPECT_THAT(readFile(folder().path().wstring()), IsEmpty());
+  EXPECT_THAT(readFile(L""), IsEmpty());
+  EXPECT_THAT(read(""), IsEmpty());
+  EXPECT_THAT(read("\n\r \t\n"), IsEmpty());
+  EXPECT_THAT(read(kHeader), IsEmpty());
+}
+
+TEST_F(ClearTicket, AFileWhoseSizeDoesNotFitThirtyTwoBitsGivesNothing) {
+  const auto path = folder().write("huge.tix", block("url=a"));
+  std::filesystem::resize_file(path, std::uintmax_t{1} << 32);
+  EXPECT_THAT(readFile(path.wstring()), IsEmpty());
+}
+
+TEST_F(ClearTicket, TheFileStays) {
+  const std::string text = block("url=a");
+  read(text);
+  EXPECT_EQ(support::readFile(folder() / "film.tix"), text);
+}
+
+TEST_F(ClearTicket, CutAnywhereItGivesTheFilmsThatAreWhole) {
+  const std::string text = kHeader + "start\nurl=http://h/a\nend\nstart\nurl=http://h/b\nend\n";
+  const std::size_t first = text.find("end") + 3;
+  const std::size_t second = text.rfind("end") + 3;
+  for (std::size_t size = 0; size <= text.size(); ++size) {
+    const std::size_t whole = size >= second ? 2 : size >= first ? 1 : 0;
+    ASSERT_THAT(read(text.substr(0, size)), SizeIs(whole)) << "cut at " << size;
+  }
+}
+
+TEST_F(ClearTicket, LinesOfTenMegabytesAreRead) {
+  const std::string address = "http://h/" + std::string(10'000'000, 'a');
+  const auto items = read(block(std::string(10'000'000, ' ') + "url=" + address));
+  ASSERT_THAT(items, SizeIs(1));
+  EXPECT_EQ(items[0].url.size(), address.size());
+  EXPECT_EQ(items[0].contentProviderDisplayName, L"h");
+}
+
+TEST_F(ClearTicket, TenMegabytesWithoutALineEndAreNoTicket) {
+  EXPECT_THAT(read(std::string(10'000'000, 'x')), IsEmpty());
+  EXPECT_THAT(read(std::string(10'000'000, ' ')), IsEmpty());
+}
+
+std::string repeated(const std::string& text, int count) {
+  std::string all;
+  for (int i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+TEST_F(ClearTicket, AHundredThousandBlocksAreRead) {
+  EXPECT_THAT(read(kHeader + repeated("start\nurl=a\nend\n", 100'000)), SizeIs(100'000));
+}
+
+TEST_F(ClearTicket, AHundredThousandNestedStartsLeaveOneFilm) {
+  EXPECT_THAT(read(kHeader + repeated("start\nurl=a\n", 100'000) + "end\n"),
+              ElementsAre(bare(L"a")));
+}
+
+}  // namespace
+}  // namespace persistence
