@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <memory>
 
-#include "kvsc/CancelToken.h"
 #include "kvsc/HttpRequest.h"
 #include "kvsc/HttpStatus.h"
 #include "kvsc/HttpUtilityVirtual.h"
@@ -39,10 +38,6 @@ using Bytes = std::unique_ptr<unsigned char[]>;
 
 bool mayRedirect(const SSLSession& session) {
   return session.getRedirectCount() < session.getMaxRedirectCount();
-}
-
-bool isCancelled(const SSLSession& session) {
-  return session.getCancelToken() != nullptr && session.getCancelToken()->isCancelled();
 }
 
 // A query is part of the request line: only zero bytes of it are beyond suspicion.
@@ -140,7 +135,7 @@ HttpErrorIds SSLClient::connectFailure(SSLSession* session) {
   const bool certificate = isCertificateFailure(ERR_peek_error());
   collectErrors();
   close(session);
-  if (isCancelled(*session)) return HTTP_ERROR_CANCELLED;
+  if (session->isCancelled()) return HTTP_ERROR_CANCELLED;
   return certificate ? HTTP_ERROR_CERTIFICATE : HTTP_ERROR_FAILED;
 }
 

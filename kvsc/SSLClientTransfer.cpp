@@ -47,15 +47,15 @@ Waiter::Outcome waitOutcome(const SSLSession& session) {
   return waiter != nullptr ? waiter->outcome() : Waiter::Outcome::kReady;
 }
 
-HttpErrorIds waitFailure(const SSLSession& session) {
-  return waitOutcome(session) == Waiter::Outcome::kCancelled ? HTTP_ERROR_CANCELLED
-                                                             : HTTP_ERROR_FAILED;
+HttpErrorIds failureOf(const SSLSession& session) {
+  return session.isCancelled() ? HTTP_ERROR_CANCELLED : HTTP_ERROR_FAILED;
 }
 
-void pause(SSLSession* session, Waiter::Milliseconds length) {
+// Returns whether it was left in peace.
+bool pause(SSLSession* session, Waiter::Milliseconds length) {
   Waiter unlimited(session->getCancelToken(), Waiter::Milliseconds(0), Waiter::Milliseconds(0));
   Waiter* waiter = waiterOf(session->getConnect());
-  (waiter != nullptr ? waiter : &unlimited)->pause(length);
+  return (waiter != nullptr ? waiter : &unlimited)->pause(length) == Waiter::Outcome::kReady;
 }
 
 // A peer that ends the stream says why before it does so; a write that finds it ended does not ask.
@@ -70,7 +70,7 @@ int SSLClient::writeData(SSLSession* session, unsigned char* data, int length,
                          HttpErrorIds* result) {
   const bool written = session->getSsl() != nullptr ? writeEncrypted(session, data, length)
                                                     : writePlain(session, data, length);
-  const HttpErrorIds outcome = written ? HTTP_ERROR_NONE : waitFailure(*session);
+  const HttpErrorIds outcome = written ? HTTP_ERROR_NONE : failureOf(*session);
   if (!written) collectErrors();
   if (!written && result != nullptr) *result = outcome;
   return outcome;
@@ -85,9 +85,8 @@ bool SSLClient::writeEncrypted(SSLSession* session, const unsigned char* data, i
 bool SSLClient::writePlain(SSLSession* session, const unsigned char* data, int length) {
   for (int attempt = 1;; ++attempt) {
     if (BIO_write(session->getConnect(), data, length) > 0) return true;
-    if (attempt == kWriteAttempts || waitOutcome(*session) != Waiter::Outcome::kReady) return false;
+    if (attempt == kWriteAttempts || !pause(session, kWritePause)) return false;
     ERR_clear_error();
-    pause(session, kWritePause);
   }
 }
 
@@ -185,7 +184,7 @@ HttpErrorIds SSLClient::endOfBody(SSLSession* session, int count) {
 }
 
 HttpErrorIds SSLClient::readFailure(SSLSession* session) {
-  const HttpErrorIds failure = waitFailure(*session);
+  const HttpErrorIds failure = failureOf(*session);
   collectErrors();
   close(session);
   return failure;

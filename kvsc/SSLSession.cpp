@@ -1,5 +1,6 @@
 #include "kvsc/SSLSession.h"
 
+#include "kvsc/CancelToken.h"
 #include "kvsc/OpenSsl.h"
 
 namespace kvsc {
@@ -42,6 +43,10 @@ void SSLSession::clear() {
 void SSLSession::setCrlFile(const std::string& path) {
   crlFile_ = path;
   initCrlStore();
+}
+
+bool SSLSession::isCancelled() const {
+  return cancelToken_ != nullptr && cancelToken_->isCancelled();
 }
 
 void SSLSession::setCrlStore(X509_STORE* store) {

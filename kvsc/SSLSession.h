@@ -145,6 +145,9 @@ class SSLSession {
   CancelToken* getCancelToken() const { return cancelToken_; }
   void setCancelToken(CancelToken* token) { cancelToken_ = token; }
 
+  /// Whether there is a token and it is cancelled.
+  bool isCancelled() const;
+
   /// What opens the connection instead of TCP. Not owned, null for TCP.
   Dialer* getDialer() const { return dialer_; }
   void setDialer(Dialer* dialer) { dialer_ = dialer; }
