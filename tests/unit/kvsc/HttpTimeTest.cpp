@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "kvsc/HttpTime.h"
+
+namespace kvsc {
+namespace {
+
+/// Sets the process's time zone for a test.
+class HttpTimeTest : public testing::Test {
+ protected:
+  HttpTimeTest() {
+    const char* old = std::getenv("TZ");
+    if (old != nullptr) oldZone_ = old;
+    useZone("UTC0");
+  }
+  ~HttpTimeTest() override { useZone(oldZone_.c_str()); }
+
+  static void useZone(const char* zone) {
+    setenv("TZ", zone, 1);
+    tzset();
+  }
+
+ private:
+  std::string oldZone_ = "UTC0";
+};
+
+TEST_F(HttpTimeTest, ADateIsRead) {
+  EXPECT_EQ(parseHttpTime("Tue, 05 Mar 2024 10:00:00 GMT"), 1709632800);
+  EXPECT_EQ(parseHttpTime("Thu, 01 Jan 1970 00:00:01 GMT"), 1);
+}
+
+TEST_F(HttpTimeTest, TheDayNeedsNoZeroInFront) {
+  EXPECT_EQ(parseHttpTime("Tue, 5 Mar 2024 10:00:00 GMT"), 1709632800);
+}
+
+TEST_F(HttpTimeTest, EveryMonthIsKnown) {
+  const char* const months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  for (int month = 0; month < 12; ++month) {
+    const std::string text = std::string("Mon, 01 ") + months[month] + " 2023 00:00:00 GMT";
+    const std::time_t time = parseHttpTime(text);
+    EXPECT_EQ(std::gmtime(&time)->tm_mon, month) << text;
+  }
+}
+
+TEST_F(HttpTimeTest, TheTextCountsAsLocalTimeWhateverItsZone) {
+  useZone("EST5");
+  EXPECT_EQ(parseHttpTime("Tue, 05 Mar 2024 10:00:00 GMT"), 1709632800 + 5 * 3600);
+}
+
+TEST_F(HttpTimeTest, SummerTimeIsWhatTheZoneSaysForThatDay) {
+  useZone("CET-1CEST,M3.5.0,M10.5.0/3");
+  EXPECT_EQ(parseHttpTime("Mon, 01 Jul 2024 12:00:00 GMT"), 1719828000);
+  EXPECT_EQ(parseHttpTime("Mon, 01 Jan 2024 12:00:00 GMT"), 1704106800);
+}
+
+TEST_F(HttpTimeTest, TheZoneMayBeMissing) {
+  EXPECT_EQ(parseHttpTime("Tue, 05 Mar 2024 10:00:00"), 1709632800);
+}
+
+TEST_F(HttpTimeTest, TheWeekdayIsNotHeldAgainstTheDate) {
+  EXPECT_EQ(parseHttpTime("Sunday, 05 Mar 2024 10:00:00 GMT"), 1709632800);
+  EXPECT_EQ(parseHttpTime("Xyz 05 Mar 2024 10:00:00 GMT"), 1709632800);
+}
+
+TEST_F(HttpTimeTest, FewerThanSevenFieldsAreNoTime) {
+  for (const char* text :
+       {"", "Tue,", "Tue, 05", "Tue, 05 Mar", "Tue, 05 Mar 2024", "Tue, 05 Mar 2024 10",
+        "Tue, 05 Mar 2024 10:00", "Tue, 05 Mar 2024 10:00:", "Tuesday, 05-Mar-24 10:00:00 GMT",
+        "Tue Mar  5 10:00:00 2024", "garbage", "Tue, x Mar 2024 10:00:00"}) {
+    EXPECT_EQ(parseHttpTime(text), 0) << text;
+  }
+}
+
+TEST_F(HttpTimeTest, AnUnknownMonthIsNoTime) {
+  EXPECT_EQ(parseHttpTime("Tue, 05 March 2024 10:00:00 GMT"), 0);
+  EXPECT_EQ(parseHttpTime("Tue, 05 mar 2024 10:00:00 GMT"), 0);
+}
+
+TEST_F(HttpTimeTest, NumbersThatDoNotFitAreNoTime) {
+  EXPECT_EQ(parseHttpTime("Tue, 05 Mar 99999999999 10:00:00 GMT"), 0);
+  EXPECT_EQ(parseHttpTime("Tue, 05 Mar -2147483648 10:00:00 GMT"), 0);
+  EXPECT_EQ(parseHttpTime("Tue, 05 Mar 2024 99999999999:00:00 GMT"), 0);
+}
+
+TEST_F(HttpTimeTest, WordsOfAnyLengthAreBounded) {
+  const std::string endless(1 << 20, 'W');
+  EXPECT_EQ(parseHttpTime(endless + " 05 Mar 2024 10:00:00 GMT"), 1709632800);
+  EXPECT_EQ(parseHttpTime("Tue, 05 " + endless + " 2024 10:00:00 GMT"), 0);
+}
+
+}  // namespace
+}  // namespace kvsc

@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "kvsc/NameLookup.h"
+
+namespace kvsc {
+namespace {
+
+constexpr std::chrono::milliseconds kSlice{10};
+
+Addresses answerOf(const std::string& host, int* error) {
+  const auto lookup = startSystemLookup(host);
+  while (!lookup->waitFor(kSlice)) continue;
+  return lookup->take(error);
+}
+
+TEST(NumericAddressTest, AnAddressInNumbersIsRead) {
+  ASSERT_NE(numericAddress("127.0.0.1"), nullptr);
+  EXPECT_EQ(numericAddress("127.0.0.1")->ai_family, AF_INET);
+  ASSERT_NE(numericAddress("::1"), nullptr);
+  EXPECT_EQ(numericAddress("::1")->ai_family, AF_INET6);
+  EXPECT_EQ(numericAddress("::1")->ai_socktype, SOCK_STREAM);
+}
+
+TEST(NumericAddressTest, ANameIsNone) {
+  for (const char* name :
+       {"localhost", "films.example", "[::1]", "127.0.0.1.example", "::1.example"}) {
+    EXPECT_EQ(numericAddress(name), nullptr) << name;
+  }
+}
+
+TEST(NameLookupTest, AKnownNameHasAddresses) {
+  int error = -1;
+  const Addresses found = answerOf("localhost", &error);
+  EXPECT_EQ(error, 0);
+  ASSERT_NE(found, nullptr);
+  EXPECT_EQ(found->ai_socktype, SOCK_STREAM);
+}
+
+TEST(NameLookupTest, AnUnknownNameHasAnError) {
+  int error = 0;
+  EXPECT_EQ(answerOf("no-such-host.invalid", &error), nullptr);
+  EXPECT_NE(error, 0);
+}
+
+TEST(NameLookupTest, AnAnswerThatNobodyTakesIsFreed) {
+  const auto lookup = startSystemLookup("localhost");
+  while (!lookup->waitFor(kSlice)) continue;
+}
+
+TEST(NameLookupTest, AnAbandonedLookupIsFreedByLaterOnes) {
+  for (int i = 0; i < 50; ++i) startSystemLookup("localhost");
+  int error = -1;
+  EXPECT_NE(answerOf("localhost", &error), nullptr);
+}
+
+TEST(NameLookupTest, ManyThreadsMayAskAtOnce) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([] {
+      int error = -1;
+      EXPECT_NE(answerOf("localhost", &error), nullptr);
+      startSystemLookup("localhost");
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace kvsc

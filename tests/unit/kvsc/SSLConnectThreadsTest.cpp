@@ -1,0 +1,147 @@
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cstdlib>
+#include <thread>
+#include <vector>
+
+#include "kvsc/OpenSsl.h"
+#include "kvsc/SSLConnect.h"
+
+namespace kvsc {
+namespace {
+
+constexpr int kUnlock = 2;
+
+/// Shows what the class keeps to itself.
+class Bare : public SSLConnect {
+ public:
+  using SSLConnect::getLockCount;
+  using SSLConnect::getShouldSetupThreads;
+  using SSLConnect::isInitialized;
+};
+
+void exitUnless(bool condition, int code) {
+  if (!condition) std::_Exit(code);
+}
+
+/// Each case runs in a process of its own, in which no connection has been made yet.
+class FreshProcessTest : public testing::Test {
+ protected:
+  FreshProcessTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+TEST_F(FreshProcessTest, TheFirstConnectionSetsUpTheLocks) {
+  const auto run = [] {
+    exitUnless(!Bare::isInitialized() && Bare::getLockCount() == 0, 1);
+    const SSLConnect one("LOCALHOST");
+    exitUnless(Bare::isInitialized() && Bare::getLockCount() == std::size_t{kCryptoLocks}, 2);
+    const SSLConnect two("LOCALHOST");
+    exitUnless(Bare::getLockCount() == std::size_t{kCryptoLocks}, 3);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(FreshProcessTest, ManyFirstConnectionsSetThemUpOnce) {
+  const auto run = [] {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) threads.emplace_back([] { SSLConnect("LOCALHOST"); });
+    for (std::thread& thread : threads) thread.join();
+    exitUnless(Bare::getLockCount() == std::size_t{kCryptoLocks}, 1);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(FreshProcessTest, AHostWithLockingOfItsOwnKeepsIt) {
+  const auto run = [] {
+    SSLConnect::doNotSetupThreads();
+    const SSLConnect connect("LOCALHOST");
+    exitUnless(!Bare::getShouldSetupThreads() && Bare::getLockCount() == 0, 1);
+    SSLConnect::setupThreads();
+    SSLConnect::cleanupThreads();
+    exitUnless(Bare::getLockCount() == 0, 2);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(FreshProcessTest, AfterTheFirstConnectionItIsTooLateForThat) {
+  const auto run = [] {
+    const SSLConnect connect("LOCALHOST");
+    SSLConnect::doNotSetupThreads();
+    exitUnless(Bare::getShouldSetupThreads(), 1);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(FreshProcessTest, TheLocksAreTakenDownAndSetUpAgain) {
+  const auto run = [] {
+    const SSLConnect connect("LOCALHOST");
+    SSLConnect::cleanupThreads();
+    exitUnless(Bare::getLockCount() == 0, 1);
+    SSLConnect::lockingFunction(kCryptoLockBit, 0, "", 0);
+    SSLConnect::setupThreads();
+    exitUnless(Bare::getLockCount() == std::size_t{kCryptoLocks}, 2);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+/// What a lock is for: no thread disturbs another.
+template <typename Lock, typename Unlock>
+int countUnder(Lock lock, Unlock unlock) {
+  constexpr int kRounds = 1000;
+  int counter = 0;
+  const auto work = [&] {
+    for (int i = 0; i < kRounds; ++i) {
+      lock();
+      ++counter;
+      unlock();
+    }
+  };
+  std::thread other(work);
+  work();
+  other.join();
+  return counter == 2 * kRounds ? 0 : counter;
+}
+
+TEST(LockingFunctionTest, ItLocksAndUnlocksByNumber) {
+  const SSLConnect connect("LOCALHOST");
+  EXPECT_EQ(countUnder([] { SSLConnect::lockingFunction(kCryptoLockBit | 4, 0, "file", 1); },
+                       [] { SSLConnect::lockingFunction(kUnlock | 4, 0, "file", 1); }),
+            0);
+}
+
+TEST(LockingFunctionTest, ANumberWithoutALockIsIgnored) {
+  const SSLConnect connect("LOCALHOST");
+  for (int n : {-1, 1'000'000}) {
+    SSLConnect::lockingFunction(kCryptoLockBit, n, "", 0);
+    SSLConnect::lockingFunction(kUnlock, n, "", 0);
+  }
+}
+
+TEST(DynamicLockTest, ItLocksAndUnlocks) {
+  auto* const lock = SSLConnect::dynCreateFunction("file", 1);
+  EXPECT_EQ(countUnder([&] { SSLConnect::dynLockFunction(kCryptoLockBit, lock, "file", 1); },
+                       [&] { SSLConnect::dynLockFunction(kUnlock, lock, "file", 1); }),
+            0);
+  SSLConnect::dynDestroyFunction(lock, "file", 1);
+}
+
+TEST(DynamicLockTest, NoLockIsIgnored) {
+  SSLConnect::dynLockFunction(kCryptoLockBit, nullptr, "", 0);
+  SSLConnect::dynDestroyFunction(nullptr, "", 0);
+}
+
+TEST(IdFunctionTest, EachThreadHasItsNumber) {
+  EXPECT_EQ(SSLConnect::idFunction(), static_cast<unsigned long>(pthread_self()));
+  unsigned long other = 0;
+  std::thread([&] { other = SSLConnect::idFunction(); }).join();
+  EXPECT_NE(other, SSLConnect::idFunction());
+}
+
+}  // namespace
+}  // namespace kvsc

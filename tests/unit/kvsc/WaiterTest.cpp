@@ -1,0 +1,186 @@
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <array>
+#include <thread>
+
+#include "kvsc/CancelToken.h"
+#include "kvsc/UniqueFd.h"
+#include "kvsc/Waiter.h"
+
+namespace kvsc {
+namespace {
+
+using Milliseconds = Waiter::Milliseconds;
+using Outcome = Waiter::Outcome;
+
+constexpr Milliseconds kNever{0};
+constexpr Milliseconds kSoon{30};
+constexpr Milliseconds kLong{30'000};
+
+/// A pipe that is empty until something is put in.
+class Pipe {
+ public:
+  Pipe() {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(pipe(ends.data()), 0);
+    out_ = UniqueFd(ends[0]);
+    in_ = UniqueFd(ends[1]);
+  }
+
+  int fd() const { return out_.get(); }
+  void fill() { EXPECT_EQ(write(in_.get(), "x", 1), 1); }
+
+ private:
+  UniqueFd out_;
+  UniqueFd in_;
+};
+
+class WaiterTest : public testing::Test {
+ protected:
+  // Cancels once the other thread is waiting, or about to.
+  std::thread cancelSoon() {
+    return std::thread([this] { token_.cancel(); });
+  }
+
+  Pipe pipe_;
+  CancelToken token_;
+};
+
+TEST_F(WaiterTest, WhatIsThereIsNotWaitedFor) {
+  pipe_.fill();
+  Waiter waiter(&token_, kLong, kLong);
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kReady);
+}
+
+TEST_F(WaiterTest, AWaitEndsWithWhatItWaitsFor) {
+  Waiter waiter(nullptr, kNever, kNever);
+  std::thread filler([this] { pipe_.fill(); });
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kReady);
+  filler.join();
+}
+
+TEST_F(WaiterTest, AnErrorOfTheDescriptorEndsAWait) {
+  Waiter waiter(nullptr, kNever, kNever);
+  EXPECT_EQ(waiter.waitFor(1'000'000, POLLIN), Outcome::kReady);
+}
+
+TEST_F(WaiterTest, EachWaitHasALimit) {
+  Waiter waiter(&token_, kSoon, kNever);
+  const auto begin = Waiter::Clock::now();
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
+  EXPECT_GE(Waiter::Clock::now() - begin, kSoon);
+}
+
+TEST_F(WaiterTest, AllWaitsTogetherHaveALimit) {
+  Waiter waiter(&token_, kLong, kSoon);
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
+}
+
+TEST_F(WaiterTest, ACancelEndsAWaitWithoutLimit) {
+  Waiter waiter(&token_, kNever, kNever);
+  std::thread other = cancelSoon();
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kCancelled);
+  other.join();
+}
+
+TEST_F(WaiterTest, ACancelCountsMoreThanWhatIsThere) {
+  pipe_.fill();
+  token_.cancel();
+  Waiter waiter(&token_, kLong, kLong);
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kCancelled);
+}
+
+TEST_F(WaiterTest, TheFirstBadEndDecidesForAllLaterWaits) {
+  Waiter waiter(&token_, kSoon, kNever);
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
+  pipe_.fill();
+  token_.cancel();
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
+  EXPECT_EQ(waiter.pause(kLong), Outcome::kTimedOut);
+  EXPECT_EQ(waiter.mayGoOn(Waiter::Clock::now()), Outcome::kTimedOut);
+  EXPECT_EQ(waiter.outcome(), Outcome::kTimedOut);
+}
+
+TEST_F(WaiterTest, AWaitThatTookTooLongMayBeForgottenWhileTheWholeGoesOn) {
+  pipe_.fill();
+  Waiter waiter(&token_, kSoon, kLong);
+  Pipe empty;
+  EXPECT_EQ(waiter.waitFor(empty.fd(), POLLIN), Outcome::kTimedOut);
+  EXPECT_TRUE(waiter.mayTryAgain());
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kReady);
+}
+
+TEST_F(WaiterTest, TheEndOfTheWholeIsNotForgotten) {
+  Waiter waiter(&token_, kLong, kSoon);
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
+  EXPECT_FALSE(waiter.mayTryAgain());
+}
+
+TEST_F(WaiterTest, ACancelIsNotForgotten) {
+  token_.cancel();
+  Waiter waiter(&token_, kLong, kLong);
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kCancelled);
+  EXPECT_FALSE(waiter.mayTryAgain());
+}
+
+TEST_F(WaiterTest, ARestartGivesTheWholeItsTimeAgain) {
+  Waiter waiter(&token_, kNever, kSoon);
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
+  EXPECT_FALSE(waiter.mayTryAgain());
+  waiter.restart();
+  EXPECT_TRUE(waiter.mayTryAgain());
+}
+
+TEST_F(WaiterTest, AWaitElsewhereIsMeasuredFromItsBeginning) {
+  Waiter waiter(&token_, kSoon, kNever);
+  const auto now = Waiter::Clock::now();
+  EXPECT_EQ(waiter.mayGoOn(now + kLong), Outcome::kReady);
+  EXPECT_EQ(waiter.mayGoOn(now - kSoon), Outcome::kTimedOut);
+}
+
+TEST_F(WaiterTest, AWaitElsewhereSeesACancel) {
+  Waiter waiter(&token_, kNever, kNever);
+  EXPECT_EQ(waiter.mayGoOn(Waiter::Clock::now()), Outcome::kReady);
+  token_.cancel();
+  EXPECT_EQ(waiter.mayGoOn(Waiter::Clock::now()), Outcome::kCancelled);
+}
+
+TEST_F(WaiterTest, APauseLastsItsLengthWhateverTheLimits) {
+  Waiter waiter(&token_, Milliseconds(1), Milliseconds(1));
+  const auto begin = Waiter::Clock::now();
+  EXPECT_EQ(waiter.pause(kSoon), Outcome::kReady);
+  EXPECT_GE(Waiter::Clock::now() - begin, kSoon);
+}
+
+TEST_F(WaiterTest, ACancelEndsAPause) {
+  Waiter waiter(&token_, kNever, kNever);
+  std::thread other = cancelSoon();
+  EXPECT_EQ(waiter.pause(kLong), Outcome::kCancelled);
+  other.join();
+}
+
+TEST_F(WaiterTest, AfterItIsStoppedNothingIsWaitedFor) {
+  Waiter waiter(nullptr, kNever, kNever);
+  waiter.stopWaiting();
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
+}
+
+TEST_F(WaiterTest, ATokenWithoutADescriptorEndsAWaitToo) {
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit none{0, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  CancelToken blind;
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+  ASSERT_EQ(blind.fd(), -1);
+  Waiter waiter(&blind, kNever, kNever);
+  std::thread other([&] { blind.cancel(); });
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kCancelled);
+  other.join();
+}
+
+}  // namespace
+}  // namespace kvsc
