@@ -1,0 +1,47 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <iterator>
+#include <string>
+
+#include "kvpm/File.h"
+#include "kvpm/StringTools.h"
+#include "tests/support/TempDir.h"
+
+namespace platform_test {
+
+/// Short words for what the tests of `kvpm::File` do again and again.
+
+inline std::wstring wide(const std::filesystem::path& path) {
+  return kvpm::StringTools::stringToWString(path.string());
+}
+
+inline std::int64_t write(kvpm::File& file, const std::string& text) {
+  return file.write(text.data(), text.size());
+}
+
+inline std::string read(kvpm::File& file, std::uint64_t length) {
+  std::string text(length, '\0');
+  const std::int64_t got = file.read(text.data(), length);
+  EXPECT_GE(got, 0);
+  text.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
+  return text;
+}
+
+/// Replaces the content of a file; returns the first error number other than 0.
+inline int replace(const std::filesystem::path& path, const std::string& content) {
+  kvpm::File file;
+  if (const int error = file.open(wide(path), kvpm::FileOpenWrite); error != 0) return error;
+  write(file, content);
+  return file.close();
+}
+
+inline std::size_t filesIn(const support::TempDir& folder) {
+  const std::filesystem::directory_iterator all(folder.path());
+  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+}  // namespace platform_test
