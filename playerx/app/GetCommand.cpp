@@ -40,6 +40,7 @@ GetCommand::GetCommand(const Options& options, VeskPlayerX::DownloadManagerInter
 int GetCommand::run() {
   queue_ = snapshotOf(manager_);
   const int refused = addInputs();
+  passMessagesOn();
   if (refused > 0 && refused == static_cast<int>(options_.inputs.size())) return kExitUsage;
   return workUntilDone(refused);
 }

@@ -8,6 +8,7 @@ namespace playerx {
 namespace {
 
 void addGlobalOptions(CLI::App& app, Options& options) {
+  app.option_defaults()->take_last();
   app.add_option("--data", options.dataFolder, "Folder of the queue and of unfinished files");
   app.add_option("--media", options.mediaFolder, "Folder that receives the films");
   app.add_option("--cacert", options.caFile, "PEM file of certificate authorities to trust")
@@ -15,6 +16,8 @@ void addGlobalOptions(CLI::App& app, Options& options) {
   app.add_option("--services", options.services, "Address of the online services");
   app.add_option("--plugins", options.pluginFolder, "Folder of the plug-ins")
       ->check(CLI::ExistingDirectory);
+  app.add_flag("--diagnostics", options.diagnostics,
+               "Print the module's own diagnostics on standard error");
   app.add_flag("--json", options.json, "One JSON object per line on standard output");
 }
 

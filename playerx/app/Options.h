@@ -19,6 +19,7 @@ struct Options {
   std::string player;        ///< program that plays; empty: "mpv" when present
   std::string services;      ///< address of the online services; empty: as the preferences say
   bool json = false;
+  bool diagnostics = false;  ///< show what the module prints for its engineers
   bool play = false;
   std::vector<std::string> inputs;  ///< addresses and ticket files
   int position = 0;                 ///< in the queue, from 1 on

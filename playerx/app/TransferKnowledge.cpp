@@ -7,6 +7,7 @@
 #include "playerx/app/TransferReason.h"
 #include "playerx/framework/PluginContext.h"
 #include "playerx/transfers/TransferReports.h"
+#include "playerx/transfers/TransferSettings.h"
 
 namespace playerx {
 
@@ -14,12 +15,13 @@ namespace {
 
 using Reports = KPIM::Helper<TransferReports>;
 
-std::shared_ptr<Reports> loadReports(PluginContext& context) {
-  auto reports = std::make_shared<Reports>(DIN_TransferReports);
-  const KPIM::Context::PluginInterfaceFilter filter(DIN_TransferReports);
+template <class I>
+std::shared_ptr<KPIM::Helper<I>> load(PluginContext& context, const char* id) {
+  auto helper = std::make_shared<KPIM::Helper<I>>(id);
+  const KPIM::Context::PluginInterfaceFilter filter(id);
   const KPIM::Context::SimplePluginInfoSelector selector;
-  reports->loadPlugin(&context, filter, selector, true);
-  return reports;
+  helper->loadPlugin(&context, filter, selector, true);
+  return helper;
 }
 
 std::optional<TransferReport> reportOn(const ItemState& item, const Reports& reports) {
@@ -31,7 +33,7 @@ std::optional<TransferReport> reportOn(const ItemState& item, const Reports& rep
 }  // namespace
 
 TransferKnowledge transferKnowledge(PluginContext& context) {
-  const std::shared_ptr<Reports> reports = loadReports(context);
+  const std::shared_ptr<Reports> reports = load<TransferReports>(context, DIN_TransferReports);
   TransferKnowledge knowledge;
   knowledge.reasonOf = [reports](const ItemState& item) -> std::optional<FailureReason> {
     const std::optional<TransferReport> report = reportOn(item, *reports);
@@ -43,6 +45,12 @@ TransferKnowledge transferKnowledge(PluginContext& context) {
     return report ? std::optional(report->arrived) : std::nullopt;
   };
   return knowledge;
+}
+
+void trustForTransfers(PluginContext& context, const std::string& caFile) {
+  if (caFile.empty()) return;
+  const auto settings = load<TransferSettings>(context, DIN_TransferSettings);
+  if (settings->get() != nullptr) settings->get()->setTrustFile(caFile);
 }
 
 }  // namespace playerx

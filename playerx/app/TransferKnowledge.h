@@ -24,4 +24,8 @@ struct TransferKnowledge {
 /// asked for; the functions hold it.
 TransferKnowledge transferKnowledge(PluginContext& context);
 
+/// Has the download library trust the authorities in this PEM file; an empty name leaves it as it
+/// is.
+void trustForTransfers(PluginContext& context, const std::string& caFile);
+
 }  // namespace playerx

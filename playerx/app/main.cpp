@@ -16,20 +16,28 @@
 #include "playerx/app/QueueView.h"
 #include "playerx/app/Reporter.h"
 #include "playerx/app/SlotQuestion.h"
+#include "playerx/app/StandardOutput.h"
 #include "playerx/app/TransferKnowledge.h"
 #include "playerx/app/WakeUp.h"
 #include "playerx/platform/ThreadGate.h"
+#include "playerx/settings/TrustedAuthorities.h"
 
 namespace playerx {
 namespace {
 
-std::unique_ptr<Reporter> makeReporter(const Options& options) {
-  if (options.json) return makeJsonReporter(std::cout, std::cerr);
+constexpr int kUsualColumns = 80;
+
+/// Columns of the terminal on standard output; 0 when it is none.
+int terminalColumns() {
   winsize size{};
-  if (isatty(STDOUT_FILENO) == 0 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) {
-    return makeLineReporter(std::cout, std::cerr);
-  }
-  return makeLiveReporter(std::cout, std::cerr, size.ws_col == 0 ? 80 : size.ws_col);
+  if (isatty(STDOUT_FILENO) == 0 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
+  return size.ws_col == 0 ? kUsualColumns : size.ws_col;
+}
+
+std::unique_ptr<Reporter> makeReporter(bool json, int columns, std::ostream& out) {
+  if (json) return makeJsonReporter(out, std::cerr);
+  if (columns == 0) return makeLineReporter(out, std::cerr);
+  return makeLiveReporter(out, std::cerr, columns);
 }
 
 /// Attaches a view for as long as it lives.
@@ -58,6 +66,7 @@ int runWithQueue(const Options& options, PlayerHost& host, ConsoleMessages& mess
   if (options.command != Options::kGet) {
     return runQueueCommand(options, host.manager(), reporter);
   }
+  trustForTransfers(host.context(), trustedAuthorities().file);
   ThreadGate::open();
   return GetCommand(options, host.manager(), view, messages, reporter, wakeUp,
                     transferKnowledge(host.context()))
@@ -68,12 +77,15 @@ int run(const Options& options) {
   WakeUp wakeUp;
   if (options.command != Options::kGet) wakeUp.releaseInterrupts();
   ConsoleMessages messages(wakeUp);
-  const std::unique_ptr<Reporter> reporter = makeReporter(options);
+  const int columns = terminalColumns();
+  StandardOutput output(options.diagnostics ? StandardOutput::Diagnostics::kToStandardError
+                                            : StandardOutput::Diagnostics::kDropped);
+  const std::unique_ptr<Reporter> reporter = makeReporter(options.json, columns, output.stream());
   const Places places = setUpPlaces(options);
 
   if (options.command == Options::kExplain) {
     PlayerHost host(options, messages);
-    const int status = runExplainCommand(options, host, std::cout);
+    const int status = runExplainCommand(options, host, output.stream());
     for (const std::string& sentence : messages.take()) reporter->note(sentence);
     return status;
   }

@@ -37,10 +37,9 @@ void DemoServer::misbehave(const std::string& mode, int times) {
 
 Json DemoServer::report() { return Json::parse(ask({address_ + "/control"})); }
 
-std::vector<std::uint64_t> DemoServer::confirmedBytes() {
-  std::vector<std::uint64_t> bytes;
-  for (const Json& each : report()["confirmations"]) bytes.push_back(each["bytes"]);
-  return bytes;
+std::uint64_t DemoServer::lastConfirmedBytes() {
+  const Json all = report()["confirmations"];
+  return all.empty() ? 0 : all.back()["bytes"].get<std::uint64_t>();
 }
 
 void DemoServer::introduceTo(PlayerHome& home) const {

@@ -35,8 +35,8 @@ class DemoServer {
   Json report();
   int authorizations() { return report()["authorizations"]; }
 
-  /// The bytes of the confirmations so far.
-  std::vector<std::uint64_t> confirmedBytes();
+  /// The bytes of the latest confirmation; 0 when there was none.
+  std::uint64_t lastConfirmedBytes();
 
   /// Lets a player know this server.
   void introduceTo(PlayerHome& home) const;

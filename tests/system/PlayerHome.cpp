@@ -71,12 +71,16 @@ support::ProcessOptions PlayerHome::command(std::vector<std::string> front,
   return {.arguments = front, .environment = environment_};
 }
 
+support::ProcessOptions PlayerHome::startOptions(const std::vector<std::string>& arguments) const {
+  return command({"--json"}, arguments);
+}
+
 support::Process PlayerHome::start(const std::vector<std::string>& arguments) const {
-  return support::Process(command({"--json"}, arguments));
+  return support::Process(startOptions(arguments));
 }
 
 PlayerResult PlayerHome::run(const std::vector<std::string>& arguments) const {
-  support::Process process(command({"--json"}, arguments));
+  support::Process process(startOptions(arguments));
   return finish(process);
 }
 

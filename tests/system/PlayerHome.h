@@ -45,6 +45,9 @@ class PlayerHome {
   /// Options put in front of every command.
   void addOptions(const std::vector<std::string>& options);
 
+  /// What `start` starts.
+  support::ProcessOptions startOptions(const std::vector<std::string>& arguments) const;
+
   /// Starts `playerx-cli --json` with these arguments.
   support::Process start(const std::vector<std::string>& arguments) const;
 

@@ -36,7 +36,7 @@ TEST_F(ProtectedTest, AProtectedFilmArrivesConfirmedWithItsRights) {
   expectFilm();
   EXPECT_EQ(support::readFile(home.media() / "film.vesk.rights"), "rights of film.mkv");
   EXPECT_EQ(server.authorizations(), 1);
-  EXPECT_EQ(server.confirmedBytes().back(), 200'000u);
+  EXPECT_EQ(server.lastConfirmedBytes(), 200'000u);
 }
 
 TEST_F(ProtectedTest, TheTicketIsConsumed) {
@@ -161,7 +161,7 @@ class ProtectedCrashTest : public testing::Test {
     const std::string path = home.queue()[0]["path"];
     EXPECT_TRUE(sameContent(server.film(), path)) << path;
     EXPECT_EQ(home.films().size(), 2u) << testing::PrintToString(home.films());
-    EXPECT_EQ(server.confirmedBytes().back(), kSize);
+    EXPECT_EQ(server.lastConfirmedBytes(), kSize);
   }
 };
 

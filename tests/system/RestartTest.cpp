@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <memory>
 
 #include "tests/support/Nginx.h"
 #include "tests/support/ScriptedServer.h"
@@ -30,10 +31,10 @@ class RestartTest : public testing::Test {
   }
 
   /// A player that has a part of the film.
-  Process startHalfWay() {
-    Process player = home.start({"get", url});
-    EXPECT_TRUE(player.waitForOutput("\"percent\":1")) << player.errors();
-    EXPECT_TRUE(player.waitForOutput("\"percent\":2")) << player.errors();
+  std::unique_ptr<Process> startHalfWay() {
+    auto player = std::make_unique<Process>(home.startOptions({"get", url}));
+    EXPECT_TRUE(player->waitForOutput("\"percent\":1")) << player->errors();
+    EXPECT_TRUE(player->waitForOutput("\"percent\":2")) << player->errors();
     return player;
   }
 
@@ -47,9 +48,9 @@ class RestartTest : public testing::Test {
 };
 
 TEST_F(RestartTest, CtrlCParksTheQueueThatTheNextGetGoesOnWith) {
-  Process player = startHalfWay();
-  player.send(SIGINT);
-  EXPECT_EQ(player.wait(), 130);
+  const std::unique_ptr<Process> player = startHalfWay();
+  player->send(SIGINT);
+  EXPECT_EQ(player->wait(), 130);
   ASSERT_EQ(home.queue().size(), 1u);
   EXPECT_EQ(home.queue()[0]["status"], "paused");
   expectWholeAfterNextGet();
@@ -57,17 +58,17 @@ TEST_F(RestartTest, CtrlCParksTheQueueThatTheNextGetGoesOnWith) {
 }
 
 TEST_F(RestartTest, AKilledPlayerGoesOnFromTheBytesAlreadyThere) {
-  Process player = startHalfWay();
-  player.send(SIGKILL);
-  EXPECT_EQ(player.wait(), 128 + SIGKILL);
+  const std::unique_ptr<Process> player = startHalfWay();
+  player->send(SIGKILL);
+  EXPECT_EQ(player->wait(), 128 + SIGKILL);
   expectWholeAfterNextGet();
   EXPECT_THAT(server.accessLog(), HasSubstr(" 206 "));
 }
 
 TEST_F(RestartTest, AFilmThatChangedMeanwhileIsFetchedAnew) {
-  Process player = startHalfWay();
-  player.send(SIGKILL);
-  player.wait();
+  const std::unique_ptr<Process> player = startHalfWay();
+  player->send(SIGKILL);
+  player->wait();
   writeDistinctFile(server.root() / "film.avi", kSize, 99);
   std::filesystem::last_write_time(
       server.root() / "film.avi",
@@ -76,21 +77,21 @@ TEST_F(RestartTest, AFilmThatChangedMeanwhileIsFetchedAnew) {
 }
 
 TEST_F(RestartTest, AServerThatGoesAwayForAMomentIsWaitedFor) {
-  Process player = startHalfWay();
+  const std::unique_ptr<Process> player = startHalfWay();
   server.stop();
   server.start();
-  const PlayerResult result = finish(player);
+  const PlayerResult result = finish(*player);
   EXPECT_EQ(result.status, 0) << result.output << result.errors;
   EXPECT_TRUE(sameContent(server.root() / "film.avi", home.media() / "film.avi"));
 }
 
 TEST_F(RestartTest, AListBesideARunningPlayerLeavesTheQueueAlone) {
-  Process player = startHalfWay();
+  const std::unique_ptr<Process> player = startHalfWay();
   ASSERT_EQ(home.queue().size(), 1u);
   EXPECT_EQ(home.queue()[0]["status"], "downloading");
-  EXPECT_TRUE(player.running());
-  player.send(SIGTERM);
-  EXPECT_EQ(player.wait(), 130);
+  EXPECT_TRUE(player->running());
+  player->send(SIGTERM);
+  EXPECT_EQ(player->wait(), 130);
 }
 
 TEST_F(RestartTest, KillingOverAndOverLosesNothing) {
