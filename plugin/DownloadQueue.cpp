@@ -1,0 +1,112 @@
+#include "plugin/DownloadQueue.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "plugin/PathMatch.h"
+#include "plugin/StatusGroups.h"
+
+void DownloadQueue::assign(const Items& items) {
+  Owned owned;
+  for (Item* const item : items) owned.emplace_back(item);
+  items_ = std::move(owned);
+}
+
+DownloadQueue::Items DownloadQueue::items() const {
+  Items items;
+  items.reserve(items_.size());
+  for (const auto& item : items_) items.push_back(item.get());
+  return items;
+}
+
+DownloadQueue::Item* DownloadQueue::at(std::size_t index) const {
+  return index < items_.size() ? items_[index].get() : nullptr;
+}
+
+DownloadQueue::Item* DownloadQueue::find(unsigned int id) const { return at(indexOf(id)); }
+
+DownloadQueue::Item* DownloadQueue::findUrl(const std::wstring& url) const {
+  return findIf([&url](const Item& item) { return item.getUrl() == url; });
+}
+
+DownloadQueue::Item* DownloadQueue::findTicket(const std::string& ticket) const {
+  return findIf([&ticket](const Item& item) { return item.getTicket() == ticket; });
+}
+
+DownloadQueue::Item* DownloadQueue::findPath(const std::wstring& path, wchar_t separator) const {
+  return findIf([&](const Item& item) { return isSamePath(item.getPath(), path, separator); });
+}
+
+bool DownloadQueue::refuses(const Item& item) const {
+  return item.getEncrypted() && findTicket(item.getTicket()) != nullptr;
+}
+
+void DownloadQueue::add(std::unique_ptr<Item> item) {
+  const auto settled = [](const auto& other) { return isAtBottom(other->getStatus()); };
+  const auto bottom = std::find_if_not(items_.rbegin(), items_.rend(), settled).base();
+  items_.insert(bottom, std::move(item));
+}
+
+bool DownloadQueue::moveUp(unsigned int id) {
+  const std::size_t index = indexOf(id);
+  if (index == 0 || index == items_.size()) return false;
+  std::swap(items_[index], items_[index - 1]);
+  return true;
+}
+
+bool DownloadQueue::moveDown(unsigned int id) {
+  const std::size_t below = indexOf(id) + 1;
+  if (below >= items_.size() || isAtBottom(items_[below]->getStatus())) return false;
+  std::swap(items_[below], items_[below - 1]);
+  return true;
+}
+
+void DownloadQueue::moveToBottom(unsigned int id) {
+  const std::size_t index = indexOf(id);
+  if (index == items_.size()) return;
+  const auto item = items_.begin() + static_cast<std::ptrdiff_t>(index);
+  std::rotate(item, std::next(item), items_.end());
+}
+
+bool DownloadQueue::remove(unsigned int id) {
+  return removeIf([id](const Item& item) { return item.getId() == id; }) > 0;
+}
+
+std::size_t DownloadQueue::removeIf(const std::function<bool(const Item&)>& dropped) {
+  return std::erase_if(items_, [&dropped](const auto& item) { return dropped(*item); });
+}
+
+DownloadQueue::Item* DownloadQueue::nextForDownload() const {
+  return findIf([](const Item& item) { return isCandidate(item.getStatus()); });
+}
+
+std::optional<unsigned long long> DownloadQueue::park() {
+  std::optional<unsigned long long> heldSession;
+  DownloadStatusEnumType parked = DownloadStatusPaused;
+  for (const auto& item : items_) {
+    if (!isParkable(item->getStatus())) continue;
+    const bool first = parked == DownloadStatusPaused;
+    if (first && item->getStatus() == DownloadStatusHeld) heldSession = item->getUID();
+    item->setStatus(std::exchange(parked, DownloadStatusQueued));
+  }
+  return heldSession;
+}
+
+void DownloadQueue::requeue() {
+  for (const auto& item : items_) {
+    if (isResumable(item->getStatus())) item->setStatus(DownloadStatusQueued);
+  }
+}
+
+DownloadQueue::Item* DownloadQueue::findIf(const std::function<bool(const Item&)>& wanted) const {
+  const auto found = std::find_if(items_.begin(), items_.end(),
+                                  [&wanted](const auto& item) { return wanted(*item); });
+  return found == items_.end() ? nullptr : found->get();
+}
+
+std::size_t DownloadQueue::indexOf(unsigned int id) const {
+  const auto found = std::find_if(items_.begin(), items_.end(),
+                                  [id](const auto& item) { return item->getId() == id; });
+  return static_cast<std::size_t>(found - items_.begin());
+}

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "VeskPlayerX/DownloadItemInterface.h"
+#include "plugin/DownloadStatus.h"
+
+/// The ordered list of downloads: what is downloaded first stands first, completed and failed items
+/// collect at the bottom.
+///
+/// Owns its items. Has no lock: whoever shares it guards it. Items are named by their id; an id
+/// that is not there changes nothing and is answered with null, false or nothing.
+class DownloadQueue {
+ public:
+  using Item = VeskPlayerX::DownloadItemInterface;
+  using Items = std::vector<Item*>;
+
+  DownloadQueue() = default;
+  DownloadQueue(const DownloadQueue&) = delete;
+  DownloadQueue& operator=(const DownloadQueue&) = delete;
+
+  /// Replaces all items by `items`, of which the queue becomes the owner.
+  void assign(const Items& items);
+
+  /// The items in order; they stay the queue's.
+  Items items() const;
+  std::size_t size() const { return items_.size(); }
+
+  Item* at(std::size_t index) const;
+  Item* find(unsigned int id) const;
+
+  /// The first item with exactly this address, exactly this ticket text, or this local path.
+  Item* findUrl(const std::wstring& url) const;
+  Item* findTicket(const std::string& ticket) const;
+  Item* findPath(const std::wstring& path, wchar_t separator) const;
+
+  /// Whether `item` must not be added: it is rights-protected and its ticket is queued already.
+  bool refuses(const Item& item) const;
+
+  /// Adds an item as the last one above the completed and failed items at the bottom.
+  void add(std::unique_ptr<Item> item);
+
+  /// One place up, past anything; false at the top.
+  bool moveUp(unsigned int id);
+
+  /// One place down; false at the end and above a completed or failed item.
+  bool moveDown(unsigned int id);
+
+  /// To the very end, past everything.
+  void moveToBottom(unsigned int id);
+
+  /// Drops an item; returns whether it was there.
+  bool remove(unsigned int id);
+
+  /// Drops the items for which `dropped` holds; returns how many there were.
+  std::size_t removeIf(const std::function<bool(const Item&)>& dropped);
+
+  /// The first item that may be downloaded, a held one included.
+  Item* nextForDownload() const;
+
+  /// Pauses: the first parkable item becomes paused, each later one queued. Returns the session of
+  /// the paused one when it was held, since that session is none of the scheduler's.
+  std::optional<unsigned long long> park();
+
+  /// Ends a pause: the paused item, and those that a stopped transfer left behind, become queued.
+  void requeue();
+
+ private:
+  using Owned = std::vector<std::unique_ptr<Item>>;
+
+  Item* findIf(const std::function<bool(const Item&)>& wanted) const;
+  std::size_t indexOf(unsigned int id) const;
+
+  Owned items_;
+};
