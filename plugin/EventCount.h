@@ -1,0 +1,32 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+/// Ends waits when something has happened, without losing anything that happens just before one.
+///
+/// Take a ticket, look whether there is something to do, and if not, wait on the ticket: an event
+/// raised after the ticket was taken ends the wait at once. Safe on all threads; nothing fails.
+class EventCount {
+ public:
+  using Ticket = std::uint64_t;
+
+  EventCount() = default;
+  EventCount(const EventCount&) = delete;
+  EventCount& operator=(const EventCount&) = delete;
+
+  Ticket ticket() const;
+
+  /// Ends every wait on a ticket taken before.
+  void raise();
+
+  /// Returns when an event is raised after `ticket` was taken, and after `longest` at the latest.
+  void wait(Ticket ticket, std::chrono::milliseconds longest) const;
+
+ private:
+  mutable std::mutex mutex_;
+  mutable std::condition_variable raised_;
+  Ticket count_ = 0;  // guarded by mutex_
+};
