@@ -1,0 +1,16 @@
+#include "plugin/HostServices.h"
+
+#include "VeskPlayerX/InterfaceIds.h"
+
+std::shared_ptr<OnlineServices::Service> OnlineServices::find() {
+  {
+    const std::lock_guard lock(mutex_);
+    if (service_) return service_;
+  }
+  // Loading may take its time and runs foreign code: without the lock, at worst twice.
+  auto service = std::make_shared<Service>(VeskPlayerX::DIN_ZPSServices);
+  if (!loadService(*service, context_, VeskPlayerX::DIN_ZPSServices)) return nullptr;
+  const std::lock_guard lock(mutex_);
+  if (!service_) service_ = std::move(service);
+  return service_;
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include "KPIM/Context.h"
+#include "KPIM/Helper.h"
+#include "VeskPlayerX/ZPSServicesInterface.h"
+
+/// Finds the plug-in that offers the interface `id`, loading it when needed, and holds it as long
+/// as `service` lives. Returns whether it is there.
+template <class I>
+bool loadService(KPIM::Helper<I>& service, KPIM::Context* context, const char* id) {
+  const KPIM::Context::PluginInterfaceFilter filter{id};
+  const KPIM::Context::SimplePluginInfoSelector selector;
+  return service.loadPlugin(context, filter, selector, true) == KPIM::kSuccess;
+}
+
+/// The online services, looked up at the first use and kept from then on.
+///
+/// Safe on all threads. A service that cannot be found is looked up anew at the next use.
+class OnlineServices {
+ public:
+  using Service = KPIM::Helper<VeskPlayerX::ZPSServicesInterface>;
+
+  /// `context` is not owned and outlives this object.
+  explicit OnlineServices(KPIM::Context* context) : context_(context) {}
+  OnlineServices(const OnlineServices&) = delete;
+  OnlineServices& operator=(const OnlineServices&) = delete;
+
+  /// The services, held as long as the result lives; null when they are not there.
+  std::shared_ptr<Service> find();
+
+ private:
+  KPIM::Context* const context_;
+  std::mutex mutex_;
+  std::shared_ptr<Service> service_;  // guarded by mutex_
+};
