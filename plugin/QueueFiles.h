@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "VeskPlayerX/DownloadItemInterface.h"
+
+/// The files in the application-data folder that the queue is read from at the start.
+class QueueFiles {
+ public:
+  using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
+
+  /// `folder` has no separator at its end.
+  explicit QueueFiles(const std::wstring& folder);
+
+  /// Where the queue is kept.
+  const std::wstring& current() const { return current_; }
+
+  /// The queue in the current file. When there is none yet, the queue of an earlier release, which
+  /// becomes the current one: its file is deleted once the current file is there. A file that
+  /// cannot be read is set aside under another name first, and gives no items. The items belong to
+  /// the caller. Never fails.
+  Items readQueue() const;
+
+ private:
+  std::wstring current_;
+  std::wstring legacy_;
+};
