@@ -1,0 +1,61 @@
+#include "plugin/DownloadManagerImpl.h"
+
+#include "KPX/OSUtilities.h"
+#include "kvpm/TimeTools.h"
+#include "plugin/QueueFiles.h"
+
+namespace {
+
+/// How often the end of the scheduler thread is looked for. Its last event comes before its end, so
+/// nothing announces the end itself.
+constexpr std::uint32_t kStopPollMilliseconds = 1;
+
+}  // namespace
+
+DownloadManager::DownloadManagerImpl::DownloadManagerImpl(DownloadManager* owner,
+                                                          KPIM::Context* context)
+    : context_(context),
+      services_(context),
+      workerFace_(*owner, [this](unsigned int id) { return playRunning(id); }),
+      worker_(context),
+      thread_(this) {}
+
+DownloadManager::DownloadManagerImpl::~DownloadManagerImpl() { stopDownloadManagerThread(); }
+
+void DownloadManager::DownloadManagerImpl::open() {
+  worker_.setInterfaces(&workerFace_, nullptr);
+  const QueueFiles files(VeskPlayerX::OSUtilities::getApplicationDataPath().toStdWString());
+  {
+    const kvpm::CritLock lock(queueLock_);
+    queue_.assign(files.readQueue());
+  }
+  queueFile_ = files.current();
+  updateListChanged();
+  startDownloadManagerThread();
+}
+
+void DownloadManager::DownloadManagerImpl::close() {
+  closing_ = true;
+  events_.raise();
+  view_.attach(nullptr);
+  worker_.setInterfaces(&workerFace_, nullptr);
+  pauseByHost();
+  stopDownloadManagerThread();
+  worker_.close();
+}
+
+void DownloadManager::DownloadManagerImpl::setViewInterface(View* view) {
+  view_.attach(view);
+  worker_.setInterfaces(&workerFace_, view);
+}
+
+void DownloadManager::DownloadManagerImpl::startDownloadManagerThread() {
+  if (!closing_ && !thread_.isRunning()) thread_.start();
+}
+
+void DownloadManager::DownloadManagerImpl::stopDownloadManagerThread() {
+  if (!thread_.isRunning()) return;
+  thread_.stop();
+  events_.raise();
+  while (thread_.isRunning()) kvpm::TimeTools::sleep(kStopPollMilliseconds);
+}

@@ -1,0 +1,135 @@
+#include <cstdint>
+
+#include "kvpm/TimeTools.h"
+#include "plugin/Confirmation.h"
+#include "plugin/DownloadManagerImpl.h"
+#include "plugin/StatusGroups.h"
+#include "plugin/TimeRemaining.h"
+
+namespace {
+
+using Item = VeskPlayerX::DownloadItemInterface;
+
+std::int64_t secondsNow() { return kvpm::TimeTools::getTime() / kvpm::TimeTools::getTimeScale(); }
+
+void recordProgress(Item& item, int percent) {
+  const std::int64_t now = secondsNow();
+  const auto lastTime = static_cast<std::int64_t>(item.getLastProgressUpdateTime());
+  const auto remaining =
+      estimateTimeRemaining({lastTime, now, item.getPercentDownloaded(), percent});
+  if (remaining) item.setTimeRemaining(*remaining);
+  item.setLastProgressUpdateTime(static_cast<unsigned long>(now));
+  item.setPercentDownloaded(percent);
+}
+
+}  // namespace
+
+bool DownloadManager::DownloadManagerImpl::change(unsigned int id, const Change& change) {
+  const kvpm::CritLock lock(queueLock_);
+  Item* const item = queue_.find(id);
+  if (item == nullptr) return false;
+  change(*item);
+  return true;
+}
+
+bool DownloadManager::DownloadManagerImpl::changeAndAnnounce(unsigned int id,
+                                                             const Change& change) {
+  const bool found = this->change(id, change);
+  if (found) updateItemChanged(id);
+  return found;
+}
+
+bool DownloadManager::DownloadManagerImpl::updatePath(unsigned int id, const std::wstring& path) {
+  return changeAndAnnounce(id, [&path](Item& item) { item.setPath(path); });
+}
+
+bool DownloadManager::DownloadManagerImpl::updateSize(unsigned int id, unsigned long long size) {
+  return changeAndAnnounce(id, [size](Item& item) { item.setSize(size); });
+}
+
+bool DownloadManager::DownloadManagerImpl::updateSlotAssignment(unsigned int id, int slot) {
+  return changeAndAnnounce(id, [slot](Item& item) { item.setSlotNumber(slot); });
+}
+
+bool DownloadManager::DownloadManagerImpl::setTicketAlreadyTorn(unsigned int id) {
+  return changeAndAnnounce(id, [](Item& item) { item.setTicketAlreadyTorn(true); });
+}
+
+bool DownloadManager::DownloadManagerImpl::setPlayable(unsigned int id, bool playable) {
+  return changeAndAnnounce(
+      id, [playable](Item& item) { item.setReadyForProgressivePlayback(playable); });
+}
+
+bool DownloadManager::DownloadManagerImpl::setDownloadUrl(unsigned int id,
+                                                          const std::wstring& url) {
+  return change(id, [&url](Item& item) { item.setUrl(url); });
+}
+
+bool DownloadManager::DownloadManagerImpl::setTicketId(unsigned int id, long ticketId) {
+  return change(id, [ticketId](Item& item) { item.setTicketId(ticketId); });
+}
+
+bool DownloadManager::DownloadManagerImpl::setDownloadInfo(unsigned int id,
+                                                           const KPB::DownloadInfo& info) {
+  return change(id, [&info](Item& item) { item.setDownloadInfo(info); });
+}
+
+bool DownloadManager::DownloadManagerImpl::updateStatus(unsigned int id,
+                                                        DownloadStatusEnumType status) {
+  std::wstring path;
+  unsigned long long uid = 0;
+  const bool found = changeAndAnnounce(id, [&](Item& item) {
+    item.setStatus(status);
+    path = item.getPath();
+    uid = item.getUID();
+  });
+  if (found && isAtBottom(status)) {
+    moveVideoToBottom(id);
+    updateListChanged();
+  }
+  if (found && status == DownloadStatusCompleted) tellPlayerOfFinished(path, uid);
+  events_.raise();
+  // The view wants to be asked; what it answers changes nothing here.
+  view_.visit([](View& view) { view.keepsRunningWhenFinished(); });
+  return found;
+}
+
+bool DownloadManager::DownloadManagerImpl::updateDownloadProgress(unsigned int id, int percent) {
+  ProgressOfTicket progress;
+  const bool found = change(id, [&](Item& item) {
+    progress = {item.getTicketId(), item.getSize(), item.getPercentDownloaded(), percent};
+    recordProgress(item, percent);
+  });
+  if (!found) return false;
+  const auto bytes = bytesToConfirm(progress);
+  if (bytes) confirmDownload(progress.ticketId, *bytes);
+  updateItemChanged(id);
+  return true;
+}
+
+void DownloadManager::DownloadManagerImpl::confirmDownload(long ticketId,
+                                                           unsigned long long bytes) {
+  if (const auto services = services_.find()) services->get()->confirmDownload(ticketId, bytes);
+}
+
+void DownloadManager::DownloadManagerImpl::setStatusForHost(Item& item,
+                                                            DownloadStatusEnumType status) {
+  const bool revived = item.getStatus() == DownloadStatusFailed && status != DownloadStatusFailed;
+  if (revived && item.getId() == run_.id) run_.superseded = true;
+  item.setStatus(status);
+}
+
+bool DownloadManager::DownloadManagerImpl::requeueForHost(unsigned int id) {
+  const kvpm::CritLock lock(queueLock_);
+  Item* const item = queue_.find(id);
+  if (item == nullptr) return false;
+  setStatusForHost(*item, DownloadStatusQueued);
+  return true;
+}
+
+std::optional<DownloadStatusEnumType> DownloadManager::DownloadManagerImpl::statusOf(
+    unsigned int id) {
+  const kvpm::CritLock lock(queueLock_);
+  const Item* const item = queue_.find(id);
+  return item == nullptr ? std::nullopt : std::make_optional(item->getStatus());
+}

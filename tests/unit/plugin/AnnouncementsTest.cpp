@@ -1,0 +1,170 @@
+#include "tests/unit/plugin/ManagerTest.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class AnnouncementsTest : public ManagerTest {
+ protected:
+  void SetUp() override {
+    startAsleep("A1 B1");
+    item("B").setTicket("another");
+    forgetFile();
+    log_.clear();
+  }
+
+  /// What announcing A sends to the view.
+  Lines announcedA() { return {"view.itemChanged " + std::to_string(id("A"))}; }
+};
+
+TEST_F(AnnouncementsTest, APathIsStoredAndAnnounced) {
+  EXPECT_TRUE(manager().updatePath(id("A"), L"/films/a.vesk"));
+  EXPECT_EQ(item("A").getPath(), L"/films/a.vesk");
+  EXPECT_EQ(notices(), announcedA());
+  EXPECT_TRUE(isWritten());
+}
+
+TEST_F(AnnouncementsTest, ASizeIsStoredAndAnnounced) {
+  EXPECT_TRUE(manager().updateSize(id("A"), 1ULL << 40));
+  EXPECT_EQ(item("A").getSize(), 1ULL << 40);
+  EXPECT_EQ(notices(), announcedA());
+  EXPECT_TRUE(isWritten());
+}
+
+TEST_F(AnnouncementsTest, ASlotIsStoredAndAnnounced) {
+  EXPECT_TRUE(manager().updateSlotAssignment(id("A"), 4));
+  EXPECT_EQ(item("A").getSlotNumber(), 4);
+  EXPECT_EQ(notices(), announcedA());
+  EXPECT_TRUE(isWritten());
+}
+
+TEST_F(AnnouncementsTest, ATornTicketIsStoredAndAnnounced) {
+  EXPECT_TRUE(manager().setTicketAlreadyTorn(id("A")));
+  EXPECT_TRUE(item("A").getTicketAlreadyTorn());
+  EXPECT_EQ(notices(), announcedA());
+  EXPECT_TRUE(isWritten());
+}
+
+TEST_F(AnnouncementsTest, BeingPlayableIsStoredAndAnnounced) {
+  EXPECT_TRUE(manager().setPlayable(id("A"), true));
+  EXPECT_TRUE(item("A").getReadyForProgressivePlayback());
+  EXPECT_TRUE(manager().setPlayable(id("A"), false));
+  EXPECT_FALSE(item("A").getReadyForProgressivePlayback());
+  EXPECT_EQ(notices().size(), 2U);
+  EXPECT_TRUE(isWritten());
+}
+
+TEST_F(AnnouncementsTest, AnAddressIsStoredSilently) {
+  EXPECT_TRUE(manager().setDownloadUrl(id("A"), L"http://h/new.vesk"));
+  EXPECT_EQ(item("A").getUrl(), L"http://h/new.vesk");
+  EXPECT_TRUE(log_.lines().empty());
+  EXPECT_FALSE(isWritten());
+}
+
+TEST_F(AnnouncementsTest, ATicketIdIsStoredSilently) {
+  EXPECT_TRUE(manager().setTicketId(id("A"), 7));
+  EXPECT_EQ(item("A").getTicketId(), 7);
+  EXPECT_TRUE(log_.lines().empty());
+  EXPECT_FALSE(isWritten());
+}
+
+TEST_F(AnnouncementsTest, ADownloadInfoIsStoredWholeAndSilently) {
+  KPB::DownloadInfo info;
+  info.setTempUsername("user");
+  info.setOutputFilename("a.vesk");
+  const unsigned char chunk[] = {1, 0, 2};
+  info.setSTRDChunk(chunk, sizeof(chunk));
+  EXPECT_TRUE(manager().setDownloadInfo(id("A"), info));
+  EXPECT_EQ(item("A").getDownloadInfo(), info);
+  EXPECT_TRUE(log_.lines().empty());
+  EXPECT_FALSE(isWritten());
+}
+
+TEST_F(AnnouncementsTest, WhatWasSetSilentlyIsWrittenWithTheNextAnnouncement) {
+  manager().setDownloadUrl(id("A"), L"http://h/new.vesk");
+  manager().updateSize(id("B"), 5);
+  EXPECT_NE(support::readFile(queueFile()).find("http://h/new.vesk"), std::string::npos);
+}
+
+TEST_F(AnnouncementsTest, AnUnknownIdIsFalseAndChangesNothing) {
+  EXPECT_FALSE(manager().updatePath(0, L"/x"));
+  EXPECT_FALSE(manager().updateSize(0, 1));
+  EXPECT_FALSE(manager().updateSlotAssignment(0, 1));
+  EXPECT_FALSE(manager().setTicketAlreadyTorn(0));
+  EXPECT_FALSE(manager().setPlayable(0, true));
+  EXPECT_FALSE(manager().setDownloadUrl(0, L"x"));
+  EXPECT_FALSE(manager().setTicketId(0, 1));
+  EXPECT_FALSE(manager().setDownloadInfo(0, {}));
+  EXPECT_TRUE(log_.lines().empty());
+  EXPECT_FALSE(isWritten());
+}
+
+TEST_F(AnnouncementsTest, TheWholeQueueIsWrittenBeforeTheViewIsTold) {
+  std::string seen;
+  view_.onEvent([&](const std::string&) { seen = written(); });
+  manager().updateSize(id("B"), 5);
+  EXPECT_EQ(seen, "A1 B1");
+}
+
+TEST_F(AnnouncementsTest, TheViewIsToldWithTheQueueUnlocked) {
+  std::string seen;
+  view_.onEvent([&](const std::string&) {
+    std::thread other([&] { seen = queue(); });
+    other.join();
+  });
+  manager().updateSize(id("B"), 5);
+  EXPECT_EQ(seen, "A1 B1");
+}
+
+TEST_F(AnnouncementsTest, WithoutAViewNoOperationWritesTheQueue) {
+  manager().setViewInterface(nullptr);
+  const unsigned int a = id("A");
+  const unsigned int b = id("B");
+  manager().updatePath(a, L"/x");
+  manager().updateSize(a, 1);
+  manager().updateSlotAssignment(a, 1);
+  manager().setTicketAlreadyTorn(a);
+  manager().setDownloadUrl(a, L"x");
+  manager().setDownloadInfo(a, {});
+  manager().setPlayable(a, true);
+  manager().setTicketId(a, 1);
+  manager().updateStatus(a, DownloadStatusDownloading);
+  manager().updateDownloadProgress(a, 10);
+  manager().moveUp(b);
+  manager().moveDown(b);
+  manager().moveToTop(b);
+  manager().moveToBottom(b);
+  manager().pause();
+  manager().resume();
+  manager().cancel();
+  manager().updateStatus(b, DownloadStatusFailed);
+  manager().retry(b);
+  manager().play(b);
+  manager().resumeDownloadingFile(L"/x");
+  manager().add(L"http://h/c.avi", L"C", L"P");
+  manager().updateStatus(a, DownloadStatusCompleted);
+  manager().clearCompletedDownloads();
+  manager().remove(b);
+  EXPECT_FALSE(isWritten());
+  EXPECT_TRUE(log_.lines("view.").empty());
+}
+
+TEST_F(AnnouncementsTest, AViewThatIsDetachedIsToldNothingMore) {
+  manager().setViewInterface(nullptr);
+  manager().updateSize(id("A"), 5);
+  EXPECT_TRUE(notices().empty());
+  manager().setViewInterface(&view_);
+  manager().updateSize(id("A"), 6);
+  EXPECT_EQ(notices(), announcedA());
+}
+
+TEST_F(AnnouncementsTest, AViewMayRemoveTheItemThatItIsToldOf) {
+  const unsigned int a = id("A");
+  view_.onEvent([&](const std::string& line) {
+    if (line == "view.itemChanged " + std::to_string(a)) manager().remove(a);
+  });
+  EXPECT_TRUE(manager().updateStatus(a, DownloadStatusFailed));
+  EXPECT_EQ(queue(), "B1");
+}
+
+}  // namespace

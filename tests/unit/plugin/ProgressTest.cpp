@@ -1,0 +1,134 @@
+#include <gtest/gtest.h>
+
+#include "kvpm/TimeTools.h"
+#include "tests/unit/plugin/ManagerTest.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class ProgressTest : public ManagerTest {
+ protected:
+  void SetUp() override {
+    startAsleep("A3");
+    a_ = id("A");
+    log_.clear();
+  }
+
+  static unsigned long now() {
+    return static_cast<unsigned long>(kvpm::TimeTools::getTime() / kvpm::TimeTools::getTimeScale());
+  }
+
+  unsigned int a_ = 0;
+};
+
+TEST_F(ProgressTest, APercentIsStoredWithItsTimeAndAnnounced) {
+  const unsigned long before = now();
+  EXPECT_TRUE(manager().updateDownloadProgress(a_, 40));
+  EXPECT_EQ(item("A").getPercentDownloaded(), 40);
+  EXPECT_GE(item("A").getLastProgressUpdateTime(), before);
+  EXPECT_LE(item("A").getLastProgressUpdateTime(), now());
+  EXPECT_EQ(notices(), Lines{"view.itemChanged " + std::to_string(a_)});
+}
+
+TEST_F(ProgressTest, AnUnknownItemIsFalse) {
+  EXPECT_FALSE(manager().updateDownloadProgress(0, 40));
+  EXPECT_TRUE(log_.lines().empty());
+}
+
+TEST_F(ProgressTest, TheTimeRemainingFollowsFromTheLastTwoReports) {
+  item("A").setPercentDownloaded(10);
+  item("A").setLastProgressUpdateTime(1);
+  const unsigned long before = now();
+  manager().updateDownloadProgress(a_, 20);
+  const unsigned long elapsed = item("A").getLastProgressUpdateTime() - 1;
+  EXPECT_GE(elapsed + 1, before);
+  EXPECT_EQ(item("A").getTimeRemaining(), elapsed * 8);
+}
+
+TEST_F(ProgressTest, AReportThatSaysNothingKeepsTheEstimate) {
+  item("A").setTimeRemaining(240);
+  manager().updateDownloadProgress(a_, 20);
+  EXPECT_EQ(item("A").getTimeRemaining(), 240U);
+}
+
+TEST_F(ProgressTest, NothingRemainsAtTheEndAndAtTheBeginning) {
+  for (const int percent : {100, 0}) {
+    item("A").setTimeRemaining(240);
+    manager().updateDownloadProgress(a_, percent);
+    EXPECT_EQ(item("A").getTimeRemaining(), 0U) << percent;
+  }
+}
+
+TEST_F(ProgressTest, ATicketsDownloadIsConfirmedAtItsFirstAndItsLastPercent) {
+  item("A").setTicketId(7);
+  item("A").setSize(1000);
+  for (const int percent : {0, 50, 51, 99, 100, 100}) {
+    manager().updateDownloadProgress(a_, percent);
+  }
+  EXPECT_EQ(log_.lines("services."), (Lines{"services.confirm 7 500", "services.confirm 7 1000"}));
+}
+
+TEST_F(ProgressTest, NothingIsConfirmedWithoutATicketOrASize) {
+  item("A").setSize(1000);
+  manager().updateDownloadProgress(a_, 50);
+  item("A").setPercentDownloaded(0);
+  item("A").setTicketId(7);
+  item("A").setSize(0);
+  manager().updateDownloadProgress(a_, 50);
+  EXPECT_TRUE(log_.lines("services.").empty());
+  EXPECT_EQ(context_.lookups("com.vesk.playerX.pluginInterface.ZPSServices"), 0);
+}
+
+TEST_F(ProgressTest, ADownloadIsConfirmedBeforeItIsAnnounced) {
+  item("A").setTicketId(7);
+  item("A").setSize(1000);
+  manager().updateDownloadProgress(a_, 50);
+  EXPECT_EQ(log_.lines(),
+            (Lines{"services.confirm 7 500", "view.itemChanged " + std::to_string(a_)}));
+}
+
+TEST_F(ProgressTest, TheServicesAreKeptForTheNextConfirmation) {
+  item("A").setTicketId(7);
+  item("A").setSize(1000);
+  manager().updateDownloadProgress(a_, 50);
+  manager().updateDownloadProgress(a_, 100);
+  EXPECT_EQ(context_.lookups("com.vesk.playerX.pluginInterface.ZPSServices"), 1);
+  EXPECT_EQ(context_.holds("com.vesk.playerX.pluginInterface.ZPSServices"), 1);
+  shutDown();
+  EXPECT_EQ(context_.holds("com.vesk.playerX.pluginInterface.ZPSServices"), 0);
+}
+
+TEST_F(ProgressTest, ServicesThatCannotBeLoadedAreTriedAgainAtTheNextReport) {
+  item("A").setTicketId(7);
+  item("A").setSize(1000);
+  context_.answer("com.vesk.playerX.pluginInterface.ZPSServices", KPIM::kLoadFailed);
+  EXPECT_TRUE(manager().updateDownloadProgress(a_, 50));
+  EXPECT_TRUE(log_.lines("services.").empty());
+  context_.answer("com.vesk.playerX.pluginInterface.ZPSServices", KPIM::kSuccess);
+  manager().updateDownloadProgress(a_, 100);
+  EXPECT_EQ(log_.lines("services."), Lines{"services.confirm 7 1000"});
+}
+
+/// Progress of a transfer that runs.
+class RunningProgressTest : public ManagerTest {};
+
+TEST_F(RunningProgressTest, AnAuthorisedTicketIsConfirmedFromItsFirstByteToItsLast) {
+  VeskDrmDownloadAuthorization answer;
+  answer.success = true;
+  answer.url = kFilm;
+  answer.ticketId = 7;
+  answer.totalSize = 1000;
+  services_.setAnswers({answer});
+  given("A1");
+  start();
+  const auto uid = transferOf("A");
+  await("A3");
+  for (const int percent : {0, 50, 75}) library_.progress(uid, percent);
+  library_.complete(uid);
+  await("A4");
+  EXPECT_EQ(log_.lines("services.confirm"),
+            (Lines{"services.confirm 7 500", "services.confirm 7 1000"}));
+}
+
+}  // namespace
