@@ -17,11 +17,11 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr std::uint64_t kSize = 8'000'000;
+constexpr std::uint64_t kSize = 6'000'000;
 
 class RestartTest : public testing::Test {
  protected:
-  Nginx server{{.limitRate = "4m"}};
+  Nginx server{{.limitRate = "1m"}};
   PlayerHome home;
   std::string url = offer();
 
@@ -34,7 +34,6 @@ class RestartTest : public testing::Test {
   std::unique_ptr<Process> startHalfWay() {
     auto player = std::make_unique<Process>(home.startOptions({"get", url}));
     EXPECT_TRUE(player->waitForOutput("\"percent\":1")) << player->errors();
-    EXPECT_TRUE(player->waitForOutput("\"percent\":2")) << player->errors();
     return player;
   }
 
