@@ -43,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(OntoPlaceholder, FileMove,
 INSTANTIATE_TEST_SUITE_P(Copying, FileMove, testing::Values(&playerx::moveFileByCopying));
 
 TEST_P(FileMove, MovesTheContent) {
-  const std::string film(3'000'001, 'f');
+  const std::string film(1'100'001, 'f');
   folder_.write("from", film);
   EXPECT_EQ(move("from", "to"), 0);
   EXPECT_EQ(readFile(folder_ / "to"), film);
@@ -153,7 +153,7 @@ TEST(FileMoveAcross, MovesToAnotherFileSystemAndBack) {
   const TempDir disk;
   const FolderInMemory memory;
   ASSERT_FALSE(memory.path().empty());
-  const std::string film(2'500'000, 'f');
+  const std::string film(1'200'000, 'f');
   disk.write("film", film);
   ASSERT_EQ(playerx::moveFileWithoutOverwriting(disk / "film", memory.path() / "film"), 0);
   EXPECT_FALSE(fs::exists(disk / "film"));
