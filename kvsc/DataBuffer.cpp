@@ -46,7 +46,7 @@ int DataBuffer::append(const char* data, unsigned length) {
 }
 
 int DataBuffer::update(const char* data, unsigned length) {
-  if ((!data_ || size_ < length) && Alloc(length) != 0) return -1;
+  if (size_ < length && Alloc(length) != 0) return -1;
   std::copy_n(data, length, data_.get());
   dataSize_ = length;
   return 0;

@@ -6,9 +6,10 @@ namespace kvsc {
 
 /// The growable byte buffer that holds received data.
 ///
-/// Owns its bytes; used by one thread at a time. Growth reallocates to the exact size, without
-/// doubling: the client asks for its read size once and keeps it. Nothing throws: a failed
-/// allocation answers -1. The bytes in use never outnumber the capacity.
+/// Owns its bytes; used by one thread at a time. What is handed in must not lie in the buffer.
+/// Growth reallocates to the exact size, without doubling: the client asks for its read size once
+/// and keeps it. Nothing throws: a failed allocation answers -1. The bytes in use never outnumber
+/// the capacity.
 class DataBuffer {
  public:
   DataBuffer() = default;
@@ -30,8 +31,8 @@ class DataBuffer {
   /// Adds `length` bytes after those in use. Returns 0, or -1 with the buffer as it was.
   int append(const char* data, unsigned length);
 
-  /// Replaces the content, in the same array when that is large enough. `data` must not point into
-  /// this buffer. Returns 0, or -1 with an empty buffer.
+  /// Replaces the content, in the same array when that is large enough. Returns 0, or -1 with an
+  /// empty buffer.
   int update(const char* data, unsigned length);
 
   /// The array, null before the first allocation; valid until the next call that changes it.

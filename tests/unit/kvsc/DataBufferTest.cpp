@@ -145,6 +145,18 @@ TEST(DataBuffer, UpdateThatDoesNotFitAllocatesExactlyItsSize) {
   EXPECT_EQ(contentOf(buffer), "vwxyz");
 }
 
+TEST(DataBuffer, UpdateToNothingKeepsTheArrayOrTheWantOfOne) {
+  DataBuffer buffer;
+  EXPECT_EQ(buffer.update(nullptr, 0), 0);
+  EXPECT_EQ(buffer.GetData(), nullptr);
+  buffer.append("abc", 3);
+  const char* array = buffer.GetData();
+  EXPECT_EQ(buffer.update(nullptr, 0), 0);
+  EXPECT_EQ(buffer.GetData(), array);
+  EXPECT_EQ(buffer.GetSize(), 3U);
+  EXPECT_EQ(buffer.getDataSize(), 0U);
+}
+
 TEST(DataBuffer, CountsAtMostItsCapacityAsInUse) {
   DataBuffer buffer;
   buffer.Alloc(4);
