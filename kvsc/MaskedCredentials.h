@@ -5,7 +5,7 @@
 namespace kvsc {
 
 /// A credential's PEM text as the build stores it: every byte masked with a keystream that starts
-/// from `seed`. `unmask` gives the text.
+/// from `seed`. `CredentialText` rebuilds the text.
 struct MaskedText {
   const unsigned char* bytes;
   unsigned length;
