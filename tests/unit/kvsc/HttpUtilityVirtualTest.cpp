@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <future>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -123,6 +125,18 @@ TEST_P(Collecting, MayBeReadWhileItGoesOn) {
   transfer.join();
 }
 
+TEST_P(Collecting, WaitsForWhoeverHoldsTheMutex) {
+  std::future<std::size_t> delivered;
+  {
+    const kvpm::MutexLock lock(collector_.getMutex());
+    delivered = std::async(std::launch::async, [this] { return deliverPiece("late"); });
+    // Time enough for a callback that does not wait.
+    EXPECT_EQ(delivered.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  }
+  EXPECT_EQ(delivered.get(), 4U);
+  EXPECT_EQ(collected(), "late");
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Callbacks, Collecting,
     testing::Values(CollectingCase{"buffer", &HttpUtilityVirtual::writeMemoryCallback,
@@ -216,18 +230,6 @@ TEST(Fields, HoldWhatWasSet) {
   EXPECT_EQ(collector.getProgressContext(), &context);
   EXPECT_EQ(collector.getAmountDownloadedSoFar(), 12.5);
   EXPECT_EQ(collector.getTotalAmountToDownload(), 100.0);
-}
-
-TEST(Mutex, KeepsTheCallbacksOut) {
-  Collector collector;
-  std::thread transfer;
-  {
-    const kvpm::MutexLock lock(collector.getMutex());
-    transfer = std::thread(
-        [&collector] { deliver(&HttpUtilityVirtual::writeheadersCallback, "late", &collector); });
-  }
-  transfer.join();
-  EXPECT_EQ(collector.getHeaders(), "late");
 }
 
 class MultiWriteFile : public testing::Test {
