@@ -57,6 +57,7 @@ TEST(ProcessServerResponse, RefusesAPageWhereAnAnswerBelongs) {
   EXPECT_FALSE(check.ok);
   EXPECT_EQ(check.error, HTTP_ERROR_FAILED);
   EXPECT_EQ(check.message, "Server returned HTML");
+  EXPECT_EQ(check.length, 22);
   EXPECT_EQ(parser.parsed, "(not asked)");
 }
 
@@ -84,6 +85,7 @@ TEST(ProcessServerResponse, LeavesTheAnswerToTheParser) {
   EXPECT_TRUE(good.ok);
   EXPECT_EQ(good.message, "");
   EXPECT_EQ(parser.parsed, "<answer/>");
+  EXPECT_EQ(good.length, 9);
   parser.fault = "no such title";
   const Check bad(parser, "<!DOCTYPE HTML>", false);
   EXPECT_FALSE(bad.ok);
