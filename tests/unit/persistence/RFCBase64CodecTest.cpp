@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "persistence/RFCBase64Codec.h"
+#include "tests/support/VtableSlots.h"
 
 namespace kv64 {
 namespace {
@@ -125,6 +126,18 @@ TEST(RFCBase64Codec, EncodesAStringThroughTheArrayForm) {
   Base64Codec& interface = codec;
   EXPECT_EQ(interface.encode(std::string("a\0b", 3)), "counted");
   EXPECT_EQ(codec.given, std::string("a\0b", 3));
+}
+
+TEST(RFCBase64Codec, HasTheSlotsOfTheInterfaceInTheirOrder) {
+  using support::slotOf;
+  using ArrayForm = std::string (Base64Codec::*)(char*, int);
+  using TextForm = std::string (Base64Codec::*)(std::string);
+  EXPECT_EQ(slotOf(static_cast<ArrayForm>(&Base64Codec::encode)), 0);
+  EXPECT_EQ(slotOf(static_cast<TextForm>(&Base64Codec::encode)), 1);
+  EXPECT_EQ(slotOf(&Base64Codec::decode), 2);
+  EXPECT_EQ(slotOf(&RFCBase64Codec::encodeBlock), -1);
+  EXPECT_EQ(slotOf(&RFCBase64Codec::decodeBlock), -1);
+  EXPECT_EQ(slotOf(&RFCBase64Codec::charValue), -1);
 }
 
 TEST(RFCBase64Codec, DecodesTheShortTextsOfTheStandard) {
