@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <csignal>
 #include <system_error>
 #include <utility>
@@ -48,13 +47,10 @@ void FileSyncer::request(const std::filesystem::path& file) {
 
 void FileSyncer::flush() {
   const GuardLock lock(mutex_);
-  if (!thread_.joinable()) {
-    syncPending();
-    return;
-  }
   const std::uint64_t wanted = requested_;
   ++flushing_;
   work_.notifyOne();
+  if (!thread_.joinable()) syncPending();
   while (synced_ < wanted) progress_.wait(mutex_);
   --flushing_;
 }
@@ -94,12 +90,14 @@ void FileSyncer::run() {
 }
 
 void FileSyncer::syncPending() {
-  const std::uint64_t upTo = requested_;
   const Files files = std::exchange(pending_, {});
+  taken_ = requested_;
+  ++syncing_;
   mutex_.unlock();
   if (!files.empty()) action_(files);
   mutex_.lock();
-  synced_ = std::max(synced_, upTo);
+  if (--syncing_ > 0) return;  // what another thread took before may still be on its way
+  synced_ = taken_;
   progress_.notifyAll();
 }
 

@@ -53,7 +53,9 @@ class FileSyncer {
   Condition progress_;
   Files pending_ KVPM_GUARDED_BY(mutex_);
   std::uint64_t requested_ KVPM_GUARDED_BY(mutex_) = 0;
+  std::uint64_t taken_ KVPM_GUARDED_BY(mutex_) = 0;   // requests up to this one are being done
   std::uint64_t synced_ KVPM_GUARDED_BY(mutex_) = 0;  // requests up to this one are done
+  int syncing_ KVPM_GUARDED_BY(mutex_) = 0;           // actions that run at this moment
   int flushing_ KVPM_GUARDED_BY(mutex_) = 0;
   bool finishing_ KVPM_GUARDED_BY(mutex_) = false;
   std::thread thread_ KVPM_GUARDED_BY(mutex_);

@@ -36,6 +36,7 @@ class Disk {
       }
       began.open();
       if (slow) go.wait();
+      ended = true;
     };
   }
 
@@ -49,6 +50,7 @@ class Disk {
   }
 
   bool slow = false;
+  std::atomic<bool> ended{false};
   Gate began;
   Gate go;
 
@@ -99,15 +101,33 @@ TEST(FileSyncer, FlushWaitsForASyncThatHasBegun) {
   FileSyncer syncer(disk.action(), 0ms);
   syncer.request("/a");
   ASSERT_TRUE(disk.began.wait());
-  bool done = false;
+  bool endedFirst = false;
   std::thread flusher([&] {
     syncer.flush();
-    done = true;
+    endedFirst = disk.ended;
   });
   disk.go.open();
   flusher.join();
-  EXPECT_TRUE(done);
+  EXPECT_TRUE(endedFirst);
   EXPECT_EQ(disk.batches().size(), 1U);
+}
+
+TEST(FileSyncer, FlushWaitsForASyncThatTheFinishWaitsForToo) {
+  Disk disk;
+  disk.slow = true;
+  FileSyncer syncer(disk.action(), 0ms);
+  syncer.request("/a");
+  ASSERT_TRUE(disk.began.wait());
+  std::thread finisher([&] { syncer.finish(); });
+  bool endedFirst = false;
+  std::thread flusher([&] {
+    syncer.flush();
+    endedFirst = disk.ended;
+  });
+  disk.go.open();
+  finisher.join();
+  flusher.join();
+  EXPECT_TRUE(endedFirst);
 }
 
 TEST(FileSyncer, FlushWithoutARequestReturns) {
