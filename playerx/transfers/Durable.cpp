@@ -37,7 +37,10 @@ std::string readSmallFile(const std::filesystem::path& file) {
 }
 
 const std::string& presentBoot() {
-  static const std::string boot = readSmallFile(kBootFile);
+  static const std::string boot = [] {
+    const std::string line = readSmallFile(kBootFile);
+    return line.substr(0, line.find('\n'));
+  }();
   return boot;
 }
 

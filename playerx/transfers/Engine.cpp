@@ -79,18 +79,24 @@ void Engine::doPosted() {
     const kvpm::MutexLock lock(mutex_);
     posted.swap(posted_);
   }
-  for (const Work& work : posted) work();
+  for (const Work& work : posted) {
+    work();
+    settleEnded();
+  }
 }
 
 void Engine::workOn(Clock::time_point now) {
-  for (auto next = transfers_.begin(); next != transfers_.end();) {
-    const auto current = next++;
-    const Transfer& transfer = *current->second;
-    current->second->work(now);
-    if (transfer.state() == Transfer::State::kRunning) continue;
-    keepFinished(transfer);
-    transfers_.erase(current);
-  }
+  for (const auto& [uid, transfer] : transfers_) transfer->work(now);
+  settleEnded();
+}
+
+// At once, so that whatever comes next about a session finds it where it belongs.
+void Engine::settleEnded() {
+  std::erase_if(transfers_, [this](const auto& entry) {
+    const Transfer& transfer = *entry.second;
+    if (transfer.state() == Transfer::State::kComplete) keepFinished(transfer);
+    return transfer.state() != Transfer::State::kRunning;
+  });
 }
 
 std::chrono::milliseconds Engine::timeToWait(Clock::time_point now) const {
@@ -126,7 +132,6 @@ void Engine::endSession(const std::shared_ptr<Session>& session) {
 
 // A partial that was finished anew is remembered for the latest session alone.
 void Engine::keepFinished(const Transfer& transfer) {
-  if (transfer.state() != Transfer::State::kComplete) return;
   const PartPaths& paths = transfer.paths();
   std::erase_if(finished_, [&](const Finished& one) {
     return one.paths.folder == paths.folder && one.paths.key == paths.key;

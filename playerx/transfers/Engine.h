@@ -56,6 +56,7 @@ class Engine {
   void run();
   void doPosted();
   void workOn(Clock::time_point now);
+  void settleEnded();
   std::chrono::milliseconds timeToWait(Clock::time_point now) const;
   void beginSession(const std::shared_ptr<Session>& session);
   void endSession(const std::shared_ptr<Session>& session);
