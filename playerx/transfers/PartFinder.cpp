@@ -61,9 +61,15 @@ bool partIsWhole(const Candidate& candidate) {
   return isFileOfSize(candidate.paths.bytes(), candidate.state.size);
 }
 
+bool isSameAddress(const Wish& wish, const PartState& state) {
+  return state.address == wish.address.remembered;
+}
+
+// Once noted, a film is asked for again under its old address alone by somebody who has lost the
+// note; under a new authorisation it is wanted once more.
 bool isSameFilm(const Wish& wish, const PartState& state) {
-  if (state.address == wish.address.remembered) return true;
-  return wish.rightsManaged && state.place == wish.address.place;
+  if (isSameAddress(wish, state)) return true;
+  return wish.rightsManaged && state.place == wish.address.place && !state.noted;
 }
 
 std::string nameOf(const std::string& path) { return fs::path(path).filename(); }
@@ -85,7 +91,7 @@ int rankOf(const Wish& wish, const Candidate& candidate) {
     if (findFilm(state, isWhole)) return nameFits(wish, state) ? kFinishedRank : kUselessRank;
     if (isWhole) return kArrivedRank;
   }
-  return state.address == wish.address.remembered ? kSameAddressRank : kSamePlaceRank;
+  return isSameAddress(wish, state) ? kSameAddressRank : kSamePlaceRank;
 }
 
 std::vector<Candidate> readStates(const fs::path& folder, const std::string& keyStart) {
