@@ -10,6 +10,7 @@
 #include "KPB/DownloadInfo.h"
 #include "playerx/transfers/Downloads.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/WaitFor.h"
 #include "tests/unit/transfers/FilmServer.h"
 #include "tests/unit/transfers/Receiver.h"
 

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 #include "tests/support/ScriptedServer.h"
 #include "tests/unit/transfers/DownloadsFixture.h"
 
@@ -34,13 +36,20 @@ TEST_F(DownloadsTest, FilmsOfNoByteAndOfOneByteArrive) {
 }
 
 TEST_F(DownloadsTest, EveryPercentThatChangesIsReportedOnce) {
-  FilmServer server(filmOf(1000));
-  server.server().next(Script().readRequest().sendPieces(
-      "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + filmBytes(1000), 10));
-  const Reported reported = fetch(server.url());
+  support::ScriptedServer server;
+  std::atomic<unsigned long long> uid{0};
+  server.next(Script().readRequest().then([&](support::Connection& connection) {
+    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n");
+    for (int bytes = 5; bytes <= 1000; bytes += 5) {
+      connection.send("12345");
+      if (bytes % 10 == 0) receiver_.waitForPercent(uid, bytes / 10);
+    }
+  }));
+  uid = start(server.url("/film.avi"));
+  ASSERT_TRUE(receiver_.waitForEnd(uid));
   std::vector<int> wanted;
   for (int percent = 1; percent <= 100; ++percent) wanted.push_back(percent);
-  EXPECT_EQ(reported.percents, wanted);
+  EXPECT_EQ(receiver_.of(uid).percents, wanted);
 }
 
 TEST_F(DownloadsTest, TheHeadersAreForwardedAsTheyCome) {

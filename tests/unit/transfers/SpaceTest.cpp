@@ -1,0 +1,139 @@
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+
+#include "tests/support/Process.h"
+#include "tests/unit/transfers/DownloadsFixture.h"
+
+namespace playerx::transfers {
+namespace {
+
+using support::Process;
+
+constexpr std::size_t kSmall = 1'000'000;
+constexpr std::size_t kSize = 3'000'000;
+constexpr int kNoSpace = static_cast<int>(TransferFailure::kNoSpace);
+
+/// A small disk of its own, where the system lets us have one.
+class SmallDisk {
+ public:
+  explicit SmallDisk(std::filesystem::path place) : place_(std::move(place)) {
+    std::filesystem::create_directories(place_);
+    isThere_ = resize(kSmall, 0);
+  }
+  ~SmallDisk() {
+    if (isThere_) ::umount2(place_.c_str(), MNT_DETACH);
+  }
+  bool isThere() const { return isThere_; }
+  bool grow() { return resize(10 * kSize, MS_REMOUNT); }
+
+ private:
+  bool resize(std::size_t bytes, unsigned long flags) {
+    const std::string options = "size=" + std::to_string(bytes);
+    return ::mount("tmpfs", place_.c_str(), "tmpfs", flags, options.c_str()) == 0;
+  }
+
+  const std::filesystem::path place_;
+  bool isThere_ = false;
+};
+
+class SpaceTest : public DownloadsFixture {
+ protected:
+  SpaceTest() : server_(filmOf(kSize)) {}
+
+  static Film endless() {
+    Film film = filmOf(kSize);
+    film.length = false;
+    return film;
+  }
+  /// The same by a limit on the size of files, which needs nobody's leave.
+  std::string fetchUnderLimit() {
+    const std::string command =
+        "ulimit -f " + std::to_string(kSmall / 1024) + "; exec \"$0\" \"$@\"";
+    Process process(
+        {"bash", "-c", command, VESK_FETCH_PROGRAM, parts(), movies(), server_.url(), "film.avi"});
+    EXPECT_EQ(process.wait(), 1) << process.errors();
+    return process.output();
+  }
+
+  FilmServer server_;
+};
+
+TEST_F(SpaceTest, AFilmThatDoesNotFitBreaks) {
+  const std::string output = fetchUnderLimit();
+  EXPECT_TRUE(output.ends_with("broke " + std::to_string(kNoSpace) + "\n")) << output;
+  EXPECT_EQ(filesIn(movies()), std::vector<std::string>{});
+}
+
+TEST_F(SpaceTest, AFilmThatDoesNotFitBreaksBeforeItsFirstByteIsKept) {
+  Film huge = filmOf(10);
+  huge.extraHeaders = "Content-Length: " + std::to_string(1'000'000'000'000'000) + "\r\n";
+  huge.length = false;
+  server_.setFilm(huge);
+  EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
+  EXPECT_TRUE(partsBecome({}));
+  const SmallDisk disk(parts());
+  if (!disk.isThere()) return;
+  server_.setFilm(filmOf(kSize));
+  EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
+  EXPECT_TRUE(partsBecome({}));
+}
+
+TEST_F(SpaceTest, ADiskThatFillsUpBreaksAndWhatCameIsContinued) {
+  server_.setFilm(endless());
+  fetchUnderLimit();
+  server_.setFilm(filmOf(kSize));
+  EXPECT_TRUE(fetch(server_.url()).complete);
+  EXPECT_NE(server_.header(1, "Range"), "");
+  EXPECT_EQ(film(), filmBytes(kSize));
+}
+
+TEST_F(SpaceTest, ASmallDiskThatGrowsLaterIsContinuedOn) {
+  SmallDisk disk(parts());
+  server_.setFilm(endless());
+  if (!disk.isThere()) {
+    fetchUnderLimit();
+  } else {
+    EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
+    ASSERT_TRUE(disk.grow());
+  }
+  server_.setFilm(filmOf(kSize));
+  EXPECT_TRUE(fetch(server_.url()).complete);
+  EXPECT_NE(server_.header(1, "Range"), "");
+  EXPECT_EQ(film(), filmBytes(kSize));
+}
+
+TEST_F(SpaceTest, AFilmThatDoesNotFitAmongTheMoviesIsPlacedLaterWithoutFetching) {
+  SmallDisk disk(movies());
+  if (!disk.isThere()) {
+    folder_.write("movies/film.avi", "");  // another way to have to place it elsewhere
+  } else {
+    EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
+    EXPECT_EQ(filesIn(movies()), std::vector<std::string>{});
+    ASSERT_TRUE(disk.grow());
+  }
+  EXPECT_TRUE(fetch(server_.url()).complete);
+  EXPECT_EQ(server_.requestCount(), 1u);
+  EXPECT_EQ(film(disk.isThere() ? "film.avi" : "film[2].avi"), filmBytes(kSize));
+}
+
+TEST_F(SpaceTest, TheReservedSpaceIsGivenBackWhenASessionStops) {
+  server_.stallNext(kSize / 10);
+  const auto uid = start(server_.url());
+  ASSERT_TRUE(receiver_.waitForPercent(uid, 10));
+  std::filesystem::path bytes;
+  for (const std::string& name : filesIn(parts())) {
+    if (name.ends_with(".part")) bytes = parts() / name;
+  }
+  struct stat status {};
+  ASSERT_EQ(::stat(bytes.c_str(), &status), 0);
+  EXPECT_GE(status.st_blocks * 512, static_cast<off_t>(kSize)) << "reserved";
+  EXPECT_LE(status.st_size, static_cast<off_t>(kSize / 2)) << "but not counted";
+  downloads_->stopSession(uid);
+  EXPECT_TRUE(support::waitFor([&] {
+    return ::stat(bytes.c_str(), &status) == 0 &&
+           status.st_blocks * 512 < static_cast<off_t>(kSize / 2);
+  }));
+}
+
+}  // namespace
+}  // namespace playerx::transfers
