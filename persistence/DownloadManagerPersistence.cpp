@@ -6,10 +6,14 @@
 
 #include "persistence/QueueDocument.h"
 #include "persistence/QueueFile.h"
+#include "persistence/WrittenQueue.h"
 
 namespace {
 
 using persistence::QueueReading;
+
+/// Under the persistence lock.
+persistence::WrittenQueue writtenQueue;
 
 /// Nothing but a lack of memory is thrown below this class, and nothing is thrown above it.
 template <class Action>
@@ -41,7 +45,7 @@ kvpm::CritSection DownloadManagerPersistence::persistenceLock;
 bool DownloadManagerPersistence::writeDownloadQueue(const std::wstring& path, const Items& items) {
   const kvpm::CritLock lock(persistenceLock);
   withoutThrowing([&] {
-    const std::optional<std::string> document = persistence::writeQueueDocument(items);
+    const std::optional<std::string> document = writtenQueue.document(items);
     if (document) persistence::replaceFile(path, *document);
   });
   return true;

@@ -8,10 +8,11 @@
 
 /// Keeps the download queue in a file, and takes over the file of an earlier release.
 ///
-/// There is no state but the lock. All operations are static and may be called from any thread; a
-/// caller that holds the lock of the queue takes it before, never after. Items that are returned
-/// are new and belong to the caller. Nothing here throws or reports an error: a file that cannot be
-/// read is an empty queue, and one that cannot be written stays as it was.
+/// There is no state but the lock and, under it, a memory of how each item was written last. All
+/// operations are static and may be called from any thread; a caller that holds the lock of the
+/// queue takes it before, never after. Items that are returned are new and belong to the caller.
+/// Nothing here throws or reports an error: a file that cannot be read is an empty queue, and one
+/// that cannot be written stays as it was.
 ///
 /// At start-up the manager reads with `loadDownloadQueue`. After it has written a queue taken over
 /// from an earlier release, it deletes that release's file only when the new one is there.

@@ -100,17 +100,6 @@ constexpr std::array<ItemAttribute, 12> kReadAttributes{{
     {"url", [](DownloadItem& item, const char* text) { item.setUrl(readText(text)); }},
 }};
 
-std::size_t longestValueIn(const std::vector<DownloadItemInterface*>& items) {
-  std::vector<std::size_t> lengths;
-  lengths.reserve(items.size() * 5);
-  for (const DownloadItemInterface* item : items) {
-    lengths.insert(lengths.end(),
-                   {item->getTitle().size(), item->getPath().size(), item->getUrl().size(),
-                    item->getTicket().size(), item->getContentProviderDisplayName().size()});
-  }
-  return longestValueFor(lengths);
-}
-
 bool appendItem(xmlNode& root, const DownloadItemInterface& item, std::size_t limit) {
   xmlNode* const element = xmlNewChild(&root, nullptr, xmlText(kElement), nullptr);
   if (element == nullptr) return false;
@@ -132,6 +121,28 @@ XmlDocument newDocument() {
 }
 
 }  // namespace
+
+std::size_t longestValueIn(const std::vector<DownloadItemInterface*>& items) {
+  std::vector<std::size_t> lengths;
+  lengths.reserve(items.size() * 5);
+  for (const DownloadItemInterface* item : items) {
+    lengths.insert(lengths.end(),
+                   {item->getTitle().size(), item->getPath().size(), item->getUrl().size(),
+                    item->getTicket().size(), item->getContentProviderDisplayName().size()});
+  }
+  return longestValueFor(lengths);
+}
+
+std::optional<std::string> writeQueueElement(const DownloadItemInterface& item, std::size_t limit) {
+  const XmlReports reports;
+  const XmlDocument document = newDocument();
+  if (document == nullptr) return std::nullopt;
+  if (!appendItem(*xmlDocGetRootElement(document.get()), item, limit)) return std::nullopt;
+  std::optional<std::string> text = serialiseXml(*document, reports);
+  if (!text) return std::nullopt;
+  const std::size_t length = text->size() - kQueueBeginning.size() - kQueueEnd.size();
+  return text->substr(kQueueBeginning.size(), length);
+}
 
 std::optional<std::string> writeQueueDocument(const std::vector<DownloadItemInterface*>& items) {
   const XmlReports reports;

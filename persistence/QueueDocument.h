@@ -16,6 +16,19 @@ inline constexpr std::string_view kQueueDeclaration = "<?xml version=\"1.0\" enc
 inline constexpr std::string_view kEmptyQueueDocument =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue/>\n";
 
+/// What stands before and behind the elements of a queue with items.
+inline constexpr std::string_view kQueueBeginning =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue>";
+inline constexpr std::string_view kQueueEnd = "</DownloadQueue>\n";
+
+/// Bytes of text that one attribute may hold in the document of these items.
+std::size_t longestValueIn(const std::vector<VeskPlayerX::DownloadItemInterface*>& items);
+
+/// One item's element with its twelve attributes, as it stands in a document whose attributes hold
+/// at most `limit` bytes. Nothing when it could not be built whole.
+std::optional<std::string> writeQueueElement(const VeskPlayerX::DownloadItemInterface& item,
+                                             std::size_t limit);
+
 /// The queue as an XML document, one element per item with twelve attributes. Text that XML cannot
 /// carry is cleaned first, so that one item never makes the others unreadable. Nothing when the
 /// document could not be built whole.

@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "persistence/QueueDocument.h"
+#include "persistence/WrittenQueue.h"
+#include "plugin/DownloadItem.h"
+
+namespace persistence {
+namespace {
+
+using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
+
+class WrittenQueueTest : public testing::Test {
+ protected:
+  DownloadItem one, two;
+  Items both{&one, &two};
+  WrittenQueue written;
+
+  void SetUp() override {
+    one.setTitle(L"<eins> & Zürich");
+    one.setTicket("t\n\"1\"");
+    two.setUrl(L"http://h/two.avi");
+  }
+
+  void expectAsWrittenAnew(const Items& items) {
+    EXPECT_EQ(written.document(items), writeQueueDocument(items));
+  }
+};
+
+TEST_F(WrittenQueueTest, TheDocumentIsTheOneWrittenAnew) {
+  expectAsWrittenAnew(both);
+  expectAsWrittenAnew(both);
+  expectAsWrittenAnew({&two, &one});
+  expectAsWrittenAnew({&two});
+  expectAsWrittenAnew({});
+  expectAsWrittenAnew(both);
+}
+
+TEST_F(WrittenQueueTest, AChangeOfAnyFieldIsWritten) {
+  const std::vector<std::function<void(DownloadItem&)>> changes = {
+      [](auto& item) { item.setTitle(L"new"); },
+      [](auto& item) { item.setContentEncryptionUsageId(-1); },
+      [](auto& item) { item.setStatus(DownloadStatusFailed); },
+      [](auto& item) { item.setSize(5); },
+      [](auto& item) { item.setPercentDownloaded(50); },
+      [](auto& item) { item.setPath(L"/m/a.avi"); },
+      [](auto& item) { item.setTicket("other"); },
+      [](auto& item) { item.setTimeRemaining(7); },
+      [](auto& item) { item.setContentProviderDisplayName(L"P"); },
+      [](auto& item) { item.setEncrypted(true); },
+      [](auto& item) { item.setTicketAlreadyTorn(true); },
+      [](auto& item) { item.setUrl(L"http://h/new.avi"); },
+  };
+  expectAsWrittenAnew(both);
+  for (const auto& change : changes) {
+    const auto before = written.document(both);
+    change(one);
+    EXPECT_NE(written.document(both), before);
+    expectAsWrittenAnew(both);
+  }
+}
+
+TEST_F(WrittenQueueTest, ItemsOfOneIdKeepTheirOwnFields) {
+  DownloadItem copy(&one);
+  copy.setTitle(L"a copy");
+  expectAsWrittenAnew({&one, &copy});
+  expectAsWrittenAnew({&copy, &one});
+}
+
+TEST_F(WrittenQueueTest, ATextThatIsTooLongIsCutAsInTheWholeDocument) {
+  one.setTicket(std::string(20'000'000, 'x'));
+  expectAsWrittenAnew(both);
+}
+
+}  // namespace
+}  // namespace persistence
