@@ -23,9 +23,12 @@ WideText decodeUtf8(std::string_view bytes) {
 }
 
 QString toQString(std::wstring_view text) {
-  QString result;
-  result.reserve(static_cast<qsizetype>(text.size()));
-  for (const wchar_t character : text) result.append(QChar::fromUcs4(scalarValue(character)));
+  QString result(2 * static_cast<qsizetype>(text.size()), Qt::Uninitialized);
+  QChar* end = result.data();
+  for (const wchar_t character : text) {
+    for (const char16_t unit : QChar::fromUcs4(scalarValue(character))) *end++ = unit;
+  }
+  result.truncate(end - result.constData());
   return result;
 }
 
