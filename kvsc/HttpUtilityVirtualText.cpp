@@ -93,7 +93,7 @@ std::string HttpUtilityVirtual::urlEncode(const std::string& text) {
 std::string HttpUtilityVirtual::generateUrl(std::string host, unsigned int port, std::string path) {
   const std::string scheme = isOneOf({443, 7002, 8443}, port) ? "https://" : "http://";
   const std::string portText =
-      isOneOf({7001, 7002, 8080, 8443}, port) ? ":" + std::to_string(port) : std::string();
+      isOneOf({7001, 7002, 8080, 8443}, port) ? std::string(":").append(std::to_string(port)) : "";
   return scheme + host + portText + path;
 }
 
