@@ -58,10 +58,12 @@ DownloadManagerPersistence::Items DownloadManagerPersistence::readDownloadQueue(
 }
 
 DownloadManagerPersistence::Items DownloadManagerPersistence::loadDownloadQueue(
-    const std::wstring& path) {
+    const std::wstring& path, bool* isKept) {
   const kvpm::CritLock lock(persistenceLock);
   QueueReading reading = readSafely(persistence::readQueue, path);
-  if (!reading.isUnderstood) withoutThrowing([&] { persistence::setAside(path); });
+  bool kept = reading.isUnderstood;
+  if (!kept) withoutThrowing([&] { kept = persistence::setAside(path); });
+  if (isKept != nullptr) *isKept = kept;
   return itemsOf(std::move(reading));
 }
 

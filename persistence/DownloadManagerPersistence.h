@@ -34,8 +34,9 @@ class DownloadManagerPersistence {
   /// Reads as `readDownloadQueue` does. A file that holds something, yet could not be read or
   /// understood, is moved to a new name beside it first: '<path>.unreadable', or
   /// '<path>.unreadable.2' and so on where that name is taken. So whatever replaces or deletes the
-  /// file afterwards destroys nothing.
-  static Items loadDownloadQueue(const std::wstring& path);
+  /// file afterwards destroys nothing. Stores through `isKept`, which may be null, whether that was
+  /// so: false only for a file that could be neither understood nor moved.
+  static Items loadDownloadQueue(const std::wstring& path, bool* isKept = nullptr);
 
   /// The queue in a file of this release's format.
   static Items readNewQueue(const std::wstring& path) KVPM_REQUIRES(persistenceLock);

@@ -118,6 +118,14 @@ TEST_F(EncryptedTicket, TheTicketIsUsedUpAlsoWhereItCannotBeMoved) {
   EXPECT_TRUE(fs::is_empty(movies()));
 }
 
+TEST_F(EncryptedTicket, TheMoviesFolderIsNotMade) {
+  const auto file = ticket();
+  fs::remove(movies());
+  EXPECT_THAT(process({record(L"Summer")}, file), SizeIs(1));
+  EXPECT_FALSE(fs::exists(movies()));
+  EXPECT_FALSE(fs::exists(file));
+}
+
 TEST_F(EncryptedTicket, AFileInTheTicketsPlaceBesideTheFilmsStays) {
   support::writeFile(movies() / "Summer.tix", "another ticket");
   process({record(L"Summer")}, ticket());

@@ -230,5 +230,18 @@ TEST_F(QueueFileRead, ThePlayersOwnHandlerOfXmlErrorsIsLeftInPlace) {
   xmlSetStructuredErrorFunc(nullptr, nullptr);
 }
 
+TEST_F(QueueFileRead, TheReaderOfThePresentFormatAloneAsksForNoLengthOrDeclaration) {
+  const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
+  EXPECT_THAT(taken(DownloadManagerPersistence::readNewQueue(path())), IsEmpty());
+  put("");
+  EXPECT_THAT(taken(DownloadManagerPersistence::readNewQueue(path())), IsEmpty());
+  put("<DownloadQueue><DownloadItem title=\"one\" status=\"7\"/></DownloadQueue>");
+  Fields expected = titled(L"one");
+  expected.status = 3;
+  EXPECT_THAT(taken(DownloadManagerPersistence::readNewQueue(path())), ElementsAre(expected));
+  put("<Queue><DownloadItem title=\"one\"/></Queue>");
+  EXPECT_THAT(taken(DownloadManagerPersistence::readNewQueue(path())), IsEmpty());
+}
+
 }  // namespace
 }  // namespace persistence

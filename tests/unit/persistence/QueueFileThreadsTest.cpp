@@ -1,5 +1,6 @@
 // Threads that meet at one queue file.
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "tests/support/Gate.h"
@@ -46,21 +47,52 @@ TEST_F(QueueFileThreads, LoadingSetsAnUnreadableFileAsideOnce) {
   EXPECT_FALSE(exists("downloadmanager.xml.unreadable.2"));
 }
 
+/// Far longer than an operation takes that does not wait.
+constexpr std::chrono::milliseconds kLongForOneFile{100};
+
 TEST_F(QueueFileThreads, AWriterWaitsForWhoeverHoldsTheLock) {
-  support::Gate begun;
+  support::Gate ended;
   std::thread writer;
   {
     const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
     writer = std::thread([&] {
-      begun.open();
       DownloadManagerPersistence::writeDownloadQueue(path(), Queue({titled(L"one")}).items());
+      ended.open();
     });
-    EXPECT_TRUE(begun.wait());
+    EXPECT_FALSE(ended.wait(kLongForOneFile));
     EXPECT_TRUE(read().empty());  // the holder itself may still read
     EXPECT_FALSE(exists("downloadmanager.xml"));
   }
   writer.join();
   EXPECT_THAT(read(), testing::ElementsAre(titled(L"one")));
+}
+
+TEST_F(QueueFileThreads, ReadersWaitForWhoeverHoldsTheLock) {
+  written({titled(L"old")});
+  support::Gate hasRead;
+  support::Gate hasLoaded;
+  std::vector<Fields> readQueue;
+  std::vector<Fields> loadedQueue;
+  std::thread reader;
+  std::thread loader;
+  {
+    const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
+    reader = std::thread([&] {
+      readQueue = read();
+      hasRead.open();
+    });
+    loader = std::thread([&] {
+      loadedQueue = load();
+      hasLoaded.open();
+    });
+    EXPECT_FALSE(hasRead.wait(kLongForOneFile));
+    EXPECT_FALSE(hasLoaded.wait(kLongForOneFile));
+    written({titled(L"new")});
+  }
+  reader.join();
+  loader.join();
+  EXPECT_THAT(readQueue, testing::ElementsAre(titled(L"new")));
+  EXPECT_THAT(loadedQueue, testing::ElementsAre(titled(L"new")));
 }
 
 }  // namespace

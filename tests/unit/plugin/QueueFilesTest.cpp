@@ -94,6 +94,24 @@ TEST_F(QueueFilesTest, AnUnreadableEarlierFileIsSetAsideBeforeItIsDeleted) {
   EXPECT_EQ(support::readFile(folder_ / "DownloadQueue.dlq.unreadable"), "half a que");
 }
 
+TEST_F(QueueFilesTest, AnUnreadableEarlierFileStaysWhereItCannotBeSetAside) {
+  folder_.write("DownloadQueue.dlq", "half a que");
+  folder_.write("DownloadQueue.dlq.unreadable", "");
+  for (int number = 2; number <= 10'000; ++number) {
+    folder_.write("DownloadQueue.dlq.unreadable." + std::to_string(number), "");
+  }
+  EXPECT_EQ(read(), "");
+  EXPECT_EQ(support::readFile(legacy()), "half a que");
+}
+
+TEST_F(QueueFilesTest, AnEarlierFileOfThePresentFormatIsTakenOverToo) {
+  givenCurrent("A1 B4");
+  fs::rename(current(), legacy());
+  EXPECT_EQ(read(), "A1 B4");
+  EXPECT_TRUE(fs::exists(current()));
+  EXPECT_FALSE(fs::exists(legacy()));
+}
+
 TEST_F(QueueFilesTest, TheEarlierFileStaysWhenTheCurrentOneCannotBeWritten) {
   // So deep that the earlier file's path is just short enough for the system, the current one's
   // not.
