@@ -16,6 +16,8 @@ DownloadManager::DownloadManagerImpl::DownloadManagerImpl(DownloadManager* owner
                                                           KPIM::Context* context)
     : context_(context),
       services_(context),
+      confirmations_([this](long ticketId, std::uint64_t bytes) { tellServices(ticketId, bytes); },
+                     events_),
       workerFace_(*owner, [this](unsigned int id) { return playRunning(id); }),
       worker_(context),
       thread_(this) {}
@@ -42,6 +44,7 @@ void DownloadManager::DownloadManagerImpl::close() {
   pauseByHost();
   stopDownloadManagerThread();
   worker_.close();
+  confirmations_.finish();
 }
 
 void DownloadManager::DownloadManagerImpl::setViewInterface(View* view) {

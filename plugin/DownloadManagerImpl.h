@@ -14,6 +14,7 @@
 #include "kvpm/IRunnable.h"
 #include "kvpm/Thread.h"
 #include "plugin/AttachedView.h"
+#include "plugin/Confirmations.h"
 #include "plugin/DownloadItem.h"
 #include "plugin/DownloadManager.h"
 #include "plugin/DownloadQueue.h"
@@ -123,7 +124,7 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   using Change = std::function<void(Item&)>;
 
   /// Looks the item up and changes it in one step, so that a removed one is never written to.
-  bool change(unsigned int id, const Change& change);
+  bool changeItem(unsigned int id, const Change& change);
   bool changeAndAnnounce(unsigned int id, const Change& change);
 
   /// Sets a status on the host's behalf, also that of a failed item whose transfer is still to be
@@ -153,7 +154,9 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   void pause();
   void resume();
   void cancelCurrentDownload();
+  void stopWorker();
   void confirmDownload(long ticketId, unsigned long long bytes);
+  void tellServices(long ticketId, unsigned long long bytes);
   void tellPlayerOfFinished(const std::wstring& path, unsigned long long uid);
 
   Item* addNewItemToEnd(std::unique_ptr<Item> item);
@@ -183,9 +186,11 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   EventCount events_;  ///< something has changed that the scheduler, or `play`, may wait for
   AttachedView view_;
   OnlineServices services_;
+  Confirmations confirmations_;
   std::atomic<bool> paused_{false};        ///< by the user
   std::atomic<bool> changingHead_{false};  ///< for the length of a move of the first item
   std::atomic<bool> closing_{false};
+  std::atomic<int> stops_{0};  ///< of the worker, under way
   WorkerFace workerFace_;
   HttpDownloadThread worker_;
 

@@ -51,7 +51,7 @@ DownloadStatusEnumType DownloadManager::DownloadManagerImpl::restartWith(unsigne
   if (statusOf(id) == DownloadStatusCompleted) return DownloadStatusCompleted;
   requeueForHost(id);
   if (percent < kPlayablePercent) {
-    change(id, [](Item& item) { item.setAutoProgressivePlayback(true); });
+    changeItem(id, [](Item& item) { item.setAutoProgressivePlayback(true); });
   }
   moveVideoToTop(id);
   return DownloadStatusQueued;

@@ -140,7 +140,15 @@ void DownloadManager::DownloadManagerImpl::cancelCurrentDownload() {
     return head->getUID();
   }();
   if (session) worker_.stopDownload(*session);
-  if (thread_.isRunning()) worker_.stop();
+  if (thread_.isRunning()) stopWorker();
+}
+
+/// Stops the present transfer and waits for its end, which does not wait for the online services.
+void DownloadManager::DownloadManagerImpl::stopWorker() {
+  ++stops_;
+  events_.raise();
+  worker_.stop();
+  --stops_;
 }
 
 void DownloadManager::DownloadManagerImpl::retry(unsigned int id) {

@@ -24,7 +24,7 @@ void recordProgress(Item& item, int percent) {
 
 }  // namespace
 
-bool DownloadManager::DownloadManagerImpl::change(unsigned int id, const Change& change) {
+bool DownloadManager::DownloadManagerImpl::changeItem(unsigned int id, const Change& change) {
   const kvpm::CritLock lock(queueLock_);
   Item* const item = queue_.find(id);
   if (item == nullptr) return false;
@@ -34,7 +34,7 @@ bool DownloadManager::DownloadManagerImpl::change(unsigned int id, const Change&
 
 bool DownloadManager::DownloadManagerImpl::changeAndAnnounce(unsigned int id,
                                                              const Change& change) {
-  const bool found = this->change(id, change);
+  const bool found = changeItem(id, change);
   if (found) updateItemChanged(id);
   return found;
 }
@@ -62,33 +62,34 @@ bool DownloadManager::DownloadManagerImpl::setPlayable(unsigned int id, bool pla
 
 bool DownloadManager::DownloadManagerImpl::setDownloadUrl(unsigned int id,
                                                           const std::wstring& url) {
-  return change(id, [&url](Item& item) { item.setUrl(url); });
+  return changeItem(id, [&url](Item& item) { item.setUrl(url); });
 }
 
 bool DownloadManager::DownloadManagerImpl::setTicketId(unsigned int id, long ticketId) {
-  return change(id, [ticketId](Item& item) { item.setTicketId(ticketId); });
+  return changeItem(id, [ticketId](Item& item) { item.setTicketId(ticketId); });
 }
 
 bool DownloadManager::DownloadManagerImpl::setDownloadInfo(unsigned int id,
                                                            const KPB::DownloadInfo& info) {
-  return change(id, [&info](Item& item) { item.setDownloadInfo(info); });
+  return changeItem(id, [&info](Item& item) { item.setDownloadInfo(info); });
 }
 
 bool DownloadManager::DownloadManagerImpl::updateStatus(unsigned int id,
                                                         DownloadStatusEnumType status) {
   std::wstring path;
   unsigned long long uid = 0;
-  const bool found = changeAndAnnounce(id, [&](Item& item) {
+  const bool found = changeItem(id, [&](Item& item) {
     item.setStatus(status);
     path = item.getPath();
     uid = item.getUID();
   });
+  events_.raise();
+  if (found) updateItemChanged(id);
   if (found && isAtBottom(status)) {
     moveVideoToBottom(id);
     updateListChanged();
   }
   if (found && status == DownloadStatusCompleted) tellPlayerOfFinished(path, uid);
-  events_.raise();
   // The view wants to be asked; what it answers changes nothing here.
   view_.visit([](View& view) { view.keepsRunningWhenFinished(); });
   return found;
@@ -96,7 +97,7 @@ bool DownloadManager::DownloadManagerImpl::updateStatus(unsigned int id,
 
 bool DownloadManager::DownloadManagerImpl::updateDownloadProgress(unsigned int id, int percent) {
   ProgressOfTicket progress;
-  const bool found = change(id, [&](Item& item) {
+  const bool found = changeItem(id, [&](Item& item) {
     progress = {item.getTicketId(), item.getSize(), item.getPercentDownloaded(), percent};
     recordProgress(item, percent);
   });
@@ -107,8 +108,13 @@ bool DownloadManager::DownloadManagerImpl::updateDownloadProgress(unsigned int i
   return true;
 }
 
+/// Waits for the services, unless somebody waits for the transfer to stop meanwhile.
 void DownloadManager::DownloadManagerImpl::confirmDownload(long ticketId,
                                                            unsigned long long bytes) {
+  confirmations_.confirm(ticketId, bytes, [this] { return !closing_ && stops_ == 0; });
+}
+
+void DownloadManager::DownloadManagerImpl::tellServices(long ticketId, unsigned long long bytes) {
   if (const auto services = services_.find()) services->get()->confirmDownload(ticketId, bytes);
 }
 

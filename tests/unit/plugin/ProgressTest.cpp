@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include "VeskPlayerX/InterfaceIds.h"
 #include "kvpm/TimeTools.h"
+#include "tests/support/Gate.h"
 #include "tests/unit/plugin/ManagerTest.h"
 
 namespace {
@@ -11,6 +13,8 @@ class ProgressTest : public ManagerTest {
  protected:
   void SetUp() override {
     startAsleep("A3");
+    manager().pause();
+    wakeScheduler();
     a_ = id("A");
     log_.clear();
   }
@@ -110,16 +114,36 @@ TEST_F(ProgressTest, ServicesThatCannotBeLoadedAreTriedAgainAtTheNextReport) {
   EXPECT_EQ(log_.lines("services."), Lines{"services.confirm 7 1000"});
 }
 
+/// Online services that take their time over a confirmation.
+class SlowServices : public support::FakeServices {
+ public:
+  using FakeServices::FakeServices;
+
+  void confirmDownload(long ticketId, unsigned long long bytes) override {
+    confirming.open();
+    goOn.wait();
+    FakeServices::confirmDownload(ticketId, bytes);
+  }
+
+  support::Gate confirming;
+  support::Gate goOn;
+};
+
 /// Progress of a transfer that runs.
-class RunningProgressTest : public ManagerTest {};
+class RunningProgressTest : public ManagerTest {
+ protected:
+  static VeskDrmDownloadAuthorization confirmable() {
+    VeskDrmDownloadAuthorization answer;
+    answer.success = true;
+    answer.url = kFilm;
+    answer.ticketId = 7;
+    answer.totalSize = 1000;
+    return answer;
+  }
+};
 
 TEST_F(RunningProgressTest, AnAuthorisedTicketIsConfirmedFromItsFirstByteToItsLast) {
-  VeskDrmDownloadAuthorization answer;
-  answer.success = true;
-  answer.url = kFilm;
-  answer.ticketId = 7;
-  answer.totalSize = 1000;
-  services_.setAnswers({answer});
+  services_.setAnswers({confirmable()});
   given("A1");
   start();
   const auto uid = transferOf("A");
@@ -129,6 +153,25 @@ TEST_F(RunningProgressTest, AnAuthorisedTicketIsConfirmedFromItsFirstByteToItsLa
   await("A4");
   EXPECT_EQ(log_.lines("services.confirm"),
             (Lines{"services.confirm 7 500", "services.confirm 7 1000"}));
+}
+
+TEST_F(RunningProgressTest, AConfirmationThatTakesLongHoldsNoPauseUp) {
+  SlowServices slow(log_);
+  slow.setAnswers({confirmable()});
+  context_.offer<VeskPlayerX::ZPSServicesInterface>(VeskPlayerX::DIN_ZPSServices, &slow);
+  given("A1");
+  start();
+  const auto uid = transferOf("A");
+  await("A3");
+  library_.onOwnThread([this, uid] { library_.progress(uid, 50); });
+  ASSERT_TRUE(slow.confirming.wait());
+  manager().pause();
+  EXPECT_EQ(queue(), "A0");
+  EXPECT_TRUE(log_.lines("services.confirm").empty());
+  slow.goOn.open();
+  shutDown();
+  EXPECT_EQ(log_.lines("services.confirm"), Lines{"services.confirm 7 500"});
+  library_.waitUntilIdle();
 }
 
 }  // namespace

@@ -1,0 +1,78 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "plugin/Confirmations.h"
+#include "tests/support/Gate.h"
+#include "tests/support/fakes/EventLog.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class ConfirmationsTest : public ::testing::Test {
+ protected:
+  void tell(long ticketId, std::uint64_t bytes) {
+    telling_.open();
+    if (hangs_) goOn_.wait();
+    log_.add(std::to_string(ticketId) + " " + std::to_string(bytes));
+  }
+
+  bool mayWait() { return !stopping_; }
+  void confirm(long ticketId, std::uint64_t bytes) {
+    confirmations_.confirm(ticketId, bytes, [this] { return mayWait(); });
+  }
+
+  support::EventLog log_;
+  support::Gate telling_;
+  support::Gate goOn_;
+  std::atomic<bool> hangs_{false};
+  std::atomic<bool> stopping_{false};
+  EventCount events_;
+  Confirmations confirmations_{[this](long id, std::uint64_t bytes) { tell(id, bytes); }, events_};
+};
+
+TEST_F(ConfirmationsTest, TheServicesHaveBeenToldWhenTheReportReturns) {
+  confirm(7, 500);
+  EXPECT_EQ(log_.lines(), Lines{"7 500"});
+  confirm(7, 1000);
+  EXPECT_EQ(log_.lines(), (Lines{"7 500", "7 1000"}));
+}
+
+TEST_F(ConfirmationsTest, AReportDoesNotWaitOnceSomebodyWaitsForIt) {
+  hangs_ = true;
+  std::thread reporter([this] { confirm(7, 500); });
+  ASSERT_TRUE(telling_.wait());
+  stopping_ = true;
+  events_.raise();
+  reporter.join();
+  EXPECT_TRUE(log_.lines().empty());
+  goOn_.open();
+  EXPECT_TRUE(log_.waitFor("7 500")) << "in its own time";
+}
+
+TEST_F(ConfirmationsTest, WhatIsReportedMeanwhileIsToldInOrder) {
+  hangs_ = true;
+  stopping_ = true;
+  for (const std::uint64_t bytes : {1, 2, 3}) confirm(7, bytes);
+  EXPECT_TRUE(log_.lines().empty());
+  goOn_.open();
+  confirmations_.finish();
+  EXPECT_EQ(log_.lines(), (Lines{"7 1", "7 2", "7 3"}));
+}
+
+TEST_F(ConfirmationsTest, FinishingWithoutAReportIsNothing) { confirmations_.finish(); }
+
+TEST_F(ConfirmationsTest, ReportsOnManyThreadsAreAllTold) {
+  std::vector<std::thread> reporters;
+  for (int i = 0; i < 4; ++i) {
+    reporters.emplace_back([this] {
+      for (std::uint64_t bytes = 0; bytes < 50; ++bytes) confirm(7, bytes);
+    });
+  }
+  for (auto& reporter : reporters) reporter.join();
+  EXPECT_EQ(log_.lines().size(), 200U);
+}
+
+}  // namespace
