@@ -6,11 +6,12 @@
 
 #include "KPX/KPXPreferences.h"
 #include "download/HttpDownloadThread.h"
+#include "tests/support/VtableSlots.h"
 #include "tests/unit/download/WorkerFixture.h"
 
 namespace {
 
-using support::Script;
+using support::slotOf;
 
 TEST(HttpDownloadThread, CreatesThePlayersPreferencesWhenThereAreNone) {
   support::FakeContext context;
@@ -45,6 +46,11 @@ TEST(HttpDownloadThread, TakesPreferencesThatAreThereThenDeletesThem) {
 TEST(HttpDownloadThread, HasTheWorkersFace) {
   EXPECT_TRUE((std::is_base_of_v<DownloadThreadInterface, HttpDownloadThread>));
   EXPECT_TRUE(std::has_virtual_destructor_v<DownloadThreadInterface>);
+  EXPECT_EQ(slotOf(&DownloadThreadInterface::getItem), 2);
+  EXPECT_EQ(slotOf(&DownloadThreadInterface::downloadVideo), 3);
+  EXPECT_EQ(slotOf(&DownloadThreadInterface::stop), 4);
+  EXPECT_EQ(slotOf(&DownloadThreadInterface::setInterfaces), 5);
+  EXPECT_EQ(slotOf(&DownloadThreadInterface::stopDownload), 6);
 }
 
 class WorkerFace : public support::WorkerTest {};

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <deque>
 #include <future>
 #include <memory>
 
@@ -28,6 +29,9 @@ class HttpHelperTest : public testing::Test {
  protected:
   HttpHelperTest() { helper_.setup(server_.url("/film.avi"), ""); }
 
+  /// A gate that outlives the server.
+  Gate& gate() { return gates_.emplace_back(); }
+
   Result infoOf(const std::string& response) {
     server_.always(Script::answer(response));
     return Result(helper_.getInfo());
@@ -43,6 +47,7 @@ class HttpHelperTest : public testing::Test {
     return HttpHelper::downloadHeaderFunc(bytes.data(), 1, bytes.size(), &helper_);
   }
 
+  std::deque<Gate> gates_;
   ScriptedServer server_;
   support::EventLog log_;
   RecordingCallback receiver_{log_};
@@ -160,7 +165,7 @@ TEST_F(HttpHelperInfo, OutlivesTheHelper) {
 }
 
 TEST_F(HttpHelperInfo, EndsPromptlyWhenCancelledFromOutside) {
-  Gate asked;
+  Gate& asked = gate();
   server_.always(Script().readRequest().announce(asked).stall());
   auto info = std::async(std::launch::async, [this] { return Result(helper_.getInfo()); });
   ASSERT_TRUE(asked.wait());
@@ -250,7 +255,7 @@ TEST_F(HttpHelperGet, KnowsTheLengthWhenItReturns) {
 }
 
 TEST_F(HttpHelperGet, ReturnsAtTheFirstPieceOfTheBody) {
-  Gate rest;
+  Gate& rest = gate();
   server_.always(Script()
                      .readRequest()
                      .send("HTTP/1.0 200 OK\r\nContent-Length: 6\r\n\r\nabc")
@@ -325,7 +330,7 @@ TEST_F(HttpHelperGet, TakesBackAnEarlierCancel) {
 }
 
 TEST_F(HttpHelperGet, FailsWhenCancelledBeforeTheFirstPiece) {
-  Gate asked;
+  Gate& asked = gate();
   server_.always(Script().readRequest().announce(asked).stall());
   auto result = std::async(std::launch::async, [this] { return get(); });
   ASSERT_TRUE(asked.wait());
@@ -336,7 +341,7 @@ TEST_F(HttpHelperGet, FailsWhenCancelledBeforeTheFirstPiece) {
 }
 
 TEST_F(HttpHelperGet, IsCancelledThroughAnyOtherHelper) {
-  Gate asked;
+  Gate& asked = gate();
   server_.always(Script().readRequest().announce(asked).stall());
   auto result = std::async(std::launch::async, [this] { return get(); });
   ASSERT_TRUE(asked.wait());
@@ -413,7 +418,7 @@ class HttpHelperPost : public HttpHelperTest {
 };
 
 TEST_F(HttpHelperPost, StreamsTheAnswerWithoutReportingTheEnd) {
-  Gate rest;
+  Gate& rest = gate();
   server_.always(Script()
                      .readRequest()
                      .send("HTTP/1.0 200 OK\r\nContent-Length: 6\r\n\r\nabc")
@@ -458,7 +463,7 @@ TEST_F(HttpHelperPost, DoesNotTakeBackAnEarlierCancel) {
 }
 
 TEST_F(HttpHelperPost, ReturnsPromptlyWhenCancelled) {
-  Gate asked;
+  Gate& asked = gate();
   server_.always(Script().readRequest().announce(asked).stall());
   auto result = std::async(std::launch::async, [this] { return post(); });
   ASSERT_TRUE(asked.wait());

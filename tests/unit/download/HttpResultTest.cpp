@@ -4,6 +4,7 @@
 
 #include "download/HttpCallback.h"
 #include "download/HttpResult.h"
+#include "tests/support/VtableSlots.h"
 
 namespace {
 
@@ -47,6 +48,13 @@ TEST(HttpResult, KeepsWhatIsSet) {
   EXPECT_EQ(result.getRedirection(), "http://h/\r\n");
   EXPECT_EQ(result.getErrorDescription(), "no");
   EXPECT_EQ(result.getHttpCallbacks(), &receiver);
+}
+
+TEST(HttpCallback, HasItsOperationsInOrder) {
+  EXPECT_EQ(support::slotOf(&HttpCallback::headerReceived), 2);
+  EXPECT_EQ(support::slotOf(&HttpCallback::bodyReceived), 3);
+  EXPECT_EQ(support::slotOf(&HttpCallback::transferComplete), 4);
+  EXPECT_EQ(support::slotOf(&HttpCallback::transferBroke), 5);
 }
 
 }  // namespace

@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
 
+#include <deque>
 #include <future>
 
 #include "download/MediaSize.h"
 #include "tests/support/Gate.h"
 #include "tests/support/ScriptedServer.h"
+#include "tests/support/TestPki.h"
 
 namespace download {
 namespace {
@@ -26,10 +28,14 @@ class MediaSize : public testing::Test {
     return "Location: " + server_.url(path) + "\r\n";
   }
 
+  /// A gate that outlives the server.
+  Gate& gate() { return gates_.emplace_back(); }
+
   std::uint64_t sizeOf(const std::string& path) {
     return totalMediaSize(server_.url(path), cancel_);
   }
 
+  std::deque<Gate> gates_;
   ScriptedServer server_;
   kvsc::CancelToken cancel_;
 };
@@ -114,7 +120,7 @@ TEST_F(MediaSize, IsNotAskedForOnceCancelled) {
 }
 
 TEST_F(MediaSize, EndsPromptlyWhenCancelledDuringASilence) {
-  Gate asked;
+  Gate& asked = gate();
   server_.next(Script().readRequest().announce(asked).stall());
   auto size = std::async(std::launch::async, [this] { return sizeOf("/film.avi"); });
   ASSERT_TRUE(asked.wait());
@@ -122,6 +128,19 @@ TEST_F(MediaSize, EndsPromptlyWhenCancelledDuringASilence) {
   cancel_.cancel();
   EXPECT_EQ(size.get(), 0u);
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(250));
+}
+
+TEST_F(MediaSize, IsLearntOverTlsWhateverTheCertificate) {
+  ScriptedServer secure(support::TlsSettings{.identity = support::pki::selfSigned()});
+  secure.always(Script::answer(bareResponse("200 OK", "Content-Length: 7\r\n")));
+  EXPECT_EQ(totalMediaSize(secure.url("/film.avi"), cancel_), 7u);
+}
+
+TEST_F(MediaSize, FollowsARedirectAcrossSchemes) {
+  ScriptedServer secure(support::TlsSettings{.identity = support::pki::selfSigned()});
+  secure.always(Script::answer(bareResponse("200 OK", "Content-Length: 7\r\n")));
+  answer("/here", "Location: " + secure.url("/there") + "\r\n");
+  EXPECT_EQ(sizeOf("/here"), 7u);
 }
 
 TEST(RedirectTarget, LosesTheTwoCharactersOfALineEnd) {

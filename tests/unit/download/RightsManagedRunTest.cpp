@@ -167,8 +167,8 @@ TEST_F(RightsManagedRun, DoesNotTrustASizeThatServicesInvent) {
 }
 
 TEST_F(RightsManagedRun, EndsAtOnceWhenStoppedWhileTheServicesAreSilent) {
-  support::Gate asked;
-  support::Gate silence;
+  support::Gate& asked = gate();
+  support::Gate& silence = gate();
   services_.setAnswers({grant()});
   services_.whileAuthorizing([&] {
     asked.open();
@@ -185,8 +185,8 @@ TEST_F(RightsManagedRun, EndsAtOnceWhenStoppedWhileTheServicesAreSilent) {
 }
 
 TEST_F(RightsManagedRun, EndsAtOnceWhenStoppedWhileTheUserChooses) {
-  support::Gate asked;
-  support::Gate silence;
+  support::Gate& asked = gate();
+  support::Gate& silence = gate();
   services_.setAnswers({refusal(kSlotNeeded), grant()});
   view_.answerSlot(3);
   view_.onEvent([&](const std::string&) {
@@ -203,8 +203,8 @@ TEST_F(RightsManagedRun, EndsAtOnceWhenStoppedWhileTheUserChooses) {
 }
 
 TEST_F(RightsManagedRun, ShowsNothingOfATalkThatWasGivenUp) {
-  support::Gate asked;
-  support::Gate silence;
+  support::Gate& asked = gate();
+  support::Gate& silence = gate();
   services_.setAnswers({refusal(1)});
   services_.whileAuthorizing([&] {
     asked.open();
@@ -220,8 +220,8 @@ TEST_F(RightsManagedRun, ShowsNothingOfATalkThatWasGivenUp) {
 }
 
 TEST_F(RightsManagedRun, BeginsTheNextTalkWhenTheOneGivenUpHasEnded) {
-  support::Gate asked;
-  support::Gate silence;
+  support::Gate& asked = gate();
+  support::Gate& silence = gate();
   services_.setAnswers({grant()});
   services_.whileAuthorizing([&] {
     asked.open();
@@ -240,8 +240,8 @@ TEST_F(RightsManagedRun, BeginsTheNextTalkWhenTheOneGivenUpHasEnded) {
 }
 
 TEST_F(RightsManagedRun, LetsAnAttachedViewGoWhileItIsBeingAsked) {
-  support::Gate asked;
-  support::Gate silence;
+  support::Gate& asked = gate();
+  support::Gate& silence = gate();
   services_.setAnswers({refusal(kSlotNeeded)});
   view_.onEvent([&](const std::string&) {
     asked.open();

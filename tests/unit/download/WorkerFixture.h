@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <functional>
 #include <future>
 #include <memory>
@@ -40,6 +41,8 @@ class WorkerTest : public ::testing::Test {
   VeskDrmDownloadAuthorization grant() const;
   static VeskDrmDownloadAuthorization refusal(int code);
   void putFile(const std::string& name, std::size_t bytes);
+  /// A gate that outlives the server and the worker.
+  Gate& gate() { return gates_.emplace_back(); }
 
   // What is done.
   void start(std::unique_ptr<DownloadItem> item);
@@ -59,6 +62,7 @@ class WorkerTest : public ::testing::Test {
   std::vector<std::string> reports() const { return log_.lines("manager."); }
   std::vector<std::string> views() const { return log_.lines("view."); }
 
+  std::deque<Gate> gates_;
   TempDir dir_;
   EventLog log_;
   ScriptedServer server_;

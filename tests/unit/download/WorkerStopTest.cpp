@@ -30,7 +30,7 @@ class WorkerStop : public support::WorkerTest {
     return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - before);
   }
 
-  Gate asked_;
+  Gate& asked_ = gate();
 };
 
 TEST_F(WorkerStop, WithNothingRunningReturnsAtOnce) {
@@ -59,6 +59,16 @@ TEST_F(WorkerStop, DuringTheQuestionForTheSizeEndsTheRun) {
   EXPECT_LT(stop(), kPrompt);
   EXPECT_EQ(ended(), 5);
   EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(WorkerStop, DuringAHandshakeEndsTheRun) {
+  server_.always(Script().readBytes(1).announce(asked_).stall());
+  auto item = film();
+  item->setUrl(L"https" + item->getUrl().substr(4));
+  start(std::move(item));
+  ASSERT_TRUE(asked_.wait());
+  EXPECT_LT(stop(), kPrompt);
+  EXPECT_EQ(ended(), 5);
 }
 
 TEST_F(WorkerStop, DuringTheQuestionForTheSizeLeavesTheNextRunAlone) {
@@ -235,8 +245,8 @@ TEST_F(WorkerStop, ByClosingUnregistersFromTheLibrary) {
 }
 
 TEST_F(WorkerStop, ByClosingWaitsForAReportWithoutHoldingItUp) {
-  Gate inside;
-  Gate leave;
+  Gate& inside = gate();
+  Gate& leave = gate();
   manager_.onEvent([&](const std::string& line) {
     if (line != "manager.updateDownloadProgress 7 1") return;
     inside.open();
