@@ -1,5 +1,6 @@
 // What a connection proves its own identity with, what it trusts, and the context made of both.
 #include "kvsc/CAInfo.h"
+#include "kvsc/CertificateCache.h"
 #include "kvsc/OpenSsl.h"
 #include "kvsc/SSLConnect.h"
 
@@ -20,6 +21,38 @@ bool writeSecret(BIO* bio, std::string secret) {
   return written;
 }
 
+// A certificate's reader with the texts of its failures.
+struct CertificateKind {
+  X509* (*read)(BIO* bio);
+  const char* shortWrite;
+  const char* unreadable;
+};
+
+constexpr CertificateKind kAuthority = {
+    [](BIO* bio) {
+      return PEM_read_bio_X509_AUX(bio, nullptr, SSLConnect::pem_passwd_cb, nullptr);
+    },
+    "Error reading in CA certificate into BIO", "Error reading in CA certificate into X509 object"};
+
+constexpr CertificateKind kClient = {
+    [](BIO* bio) { return PEM_read_bio_X509(bio, nullptr, SSLConnect::pem_passwd_cb, nullptr); },
+    "Error reading in client certificate into BIO",
+    "Error reading in client certificate into X509 object"};
+
+// Returns the text of a failure, null for none.
+const char* readCertificate(const std::string& pem, const CertificateKind& kind,
+                            CertificatePtr* certificate) {
+  *certificate = knownCertificate(pem);
+  if (*certificate) return nullptr;
+  const BioPtr bio = newMemoryBio();
+  if (!bio) return "Unable to create memory BIOs to read in certificates";
+  if (!writeAll(bio.get(), pem)) return kind.shortWrite;
+  certificate->reset(kind.read(bio.get()));
+  if (!*certificate) return kind.unreadable;
+  keepCertificate(pem, *certificate);
+  return nullptr;
+}
+
 }  // namespace
 
 void SSLConnect::init() {
@@ -30,23 +63,10 @@ void SSLConnect::init() {
 }
 
 bool SSLConnect::readCertificates() {
-  const BioPtr authority = newMemoryBio();
-  const BioPtr client = newMemoryBio();
-  if (!authority || !client) {
-    return fail("Unable to create memory BIOs to read in certificates");
-  }
   const CAInfo info(environment_);
-  if (!writeAll(authority.get(), info.getServerCert())) {
-    return fail("Error reading in CA certificate into BIO");
-  }
-  caCert_.reset(PEM_read_bio_X509_AUX(authority.get(), nullptr, pem_passwd_cb, nullptr));
-  if (!caCert_) return fail("Error reading in CA certificate into X509 object");
-  if (!writeAll(client.get(), info.getClientKey())) {
-    return fail("Error reading in client certificate into BIO");
-  }
-  clientCert_.reset(PEM_read_bio_X509(client.get(), nullptr, pem_passwd_cb, nullptr));
-  if (!clientCert_) return fail("Error reading in client certificate into X509 object");
-  return true;
+  const char* failure = readCertificate(info.getServerCert(), kAuthority, &caCert_);
+  if (failure == nullptr) failure = readCertificate(info.getClientKey(), kClient, &clientCert_);
+  return failure == nullptr || fail(failure);
 }
 
 int SSLConnect::setupContext(SSLSession* session, std::string* password) {

@@ -1,0 +1,75 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "kvsc/CertificateCache.h"
+#include "kvsc/OpenSsl.h"
+#include "kvsc/SSLConnect.h"
+#include "tests/support/TestPki.h"
+
+namespace kvsc {
+namespace {
+
+namespace pki = support::pki;
+
+CertificatePtr read(const std::string& pem) {
+  const BioPtr bio(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())));
+  return CertificatePtr(PEM_read_bio_X509(bio.get(), nullptr, nullptr, nullptr));
+}
+
+TEST(CertificateCacheTest, ATextThatNobodyKeptIsUnknown) {
+  EXPECT_EQ(knownCertificate(pki::selfSigned().certificatePem()), nullptr);
+  EXPECT_EQ(knownCertificate(""), nullptr);
+}
+
+TEST(CertificateCacheTest, EachTextHasItsOwnCertificate) {
+  const std::string one = pki::selfSigned({.commonName = "one"}).certificatePem();
+  const std::string two = pki::selfSigned({.commonName = "two"}).certificatePem();
+  const CertificatePtr first = read(one);
+  const CertificatePtr second = read(two);
+  keepCertificate(one, first);
+  keepCertificate(two, second);
+  EXPECT_EQ(knownCertificate(one).get(), first.get());
+  EXPECT_EQ(knownCertificate(two).get(), second.get());
+  EXPECT_EQ(knownCertificate(one + "\n"), nullptr);
+}
+
+TEST(CertificateCacheTest, ACertificateOutlivesWhoeverKeptIt) {
+  const std::string pem = pki::selfSigned({.commonName = "kept"}).certificatePem();
+  keepCertificate(pem, read(pem));
+  const CertificatePtr known = knownCertificate(pem);
+  ASSERT_NE(known, nullptr);
+  EXPECT_EQ(X509_cmp(known.get(), read(pem).get()), 0);
+}
+
+// In a process of its own, as a full cache has no room for the other tests.
+TEST(CertificateCacheTest, ThereIsAnEndToWhatIsKept) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto run = [] {
+    const CertificatePtr certificate = read(pki::selfSigned().certificatePem());
+    for (int i = 0; i < 1000; ++i) keepCertificate("text " + std::to_string(i), certificate);
+    std::_Exit(
+        knownCertificate("text 0") != nullptr && knownCertificate("text 999") == nullptr ? 0 : 1);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST(CertificateCacheTest, ManyThreadsShareTheSameCredentials) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([i] {
+      SSLConnect connect(i % 2 == 0 ? "LOCALHOST" : "JTEST");
+      SSLSession session;
+      session.setCheckCertificate(true);
+      EXPECT_EQ(connect.setupContext(&session, nullptr), 1);
+      connect.close(&session);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace kvsc
