@@ -72,14 +72,16 @@ int TcpDialer::dial(const std::string& host, const std::string& port, Waiter& wa
   }
   const Addresses addresses = resolve(withoutBrackets(host), waiter);
   if (!addresses) return -1;
-  int error = 0;
+  int firstError = 0;
   for (addrinfo* address = addresses.get(); address != nullptr; address = address->ai_next) {
+    int error = 0;
     setPort(address->ai_addr, *number);
     UniqueFd fd = openSocket(*address, waiter, &error);
     if (fd) return fd.release();
+    if (firstError == 0 || error == ECANCELED) firstError = error;
     if (!waiter.mayTryAgain()) break;
   }
-  raiseSystemError(error, "connecting to " + host + ":" + port);
+  raiseSystemError(firstError, "connecting to " + host + ":" + port);
   return -1;
 }
 
@@ -90,6 +92,7 @@ Addresses TcpDialer::resolve(const std::string& host, Waiter& waiter) {
     return nullptr;
   }
   if (Addresses numeric = numericAddress(host)) return numeric;
+  if (Addresses loopback = localhostAddresses(host)) return loopback;
   const std::unique_ptr<NameLookup> lookup = lookup_(host);
   const auto begin = Waiter::Clock::now();
   while (!lookup->waitFor(kLookupSlice)) {

@@ -1,5 +1,7 @@
 #include "kvsc/NameLookup.h"
 
+#include <strings.h>
+
 #include <csignal>
 #include <ctime>
 #include <list>
@@ -138,6 +140,15 @@ class SystemLookup : public NameLookup {
 
 std::unique_ptr<NameLookup> startSystemLookup(const std::string& host) {
   return std::make_unique<SystemLookup>(host);
+}
+
+Addresses localhostAddresses(const std::string& host) {
+  const bool dotted = host.ends_with('.');
+  const std::string name = dotted ? host.substr(0, host.size() - 1) : host;
+  if (strcasecmp(name.c_str(), "localhost") != 0) return nullptr;
+  Addresses addresses = numericAddress("127.0.0.1");
+  if (addresses) addresses->ai_next = numericAddress("::1").release();
+  return addresses;
 }
 
 Addresses numericAddress(const std::string& host) {

@@ -40,6 +40,10 @@ using StartNameLookup = std::function<std::unique_ptr<NameLookup>(const std::str
 /// frees.
 std::unique_ptr<NameLookup> startSystemLookup(const std::string& host);
 
+/// The loopback addresses for "localhost" in any case, with or without its trailing dot, which no
+/// name server needs to be asked for; null for every other name.
+Addresses localhostAddresses(const std::string& host);
+
 /// The addresses that `host` spells out as numbers; null when it is a name.
 Addresses numericAddress(const std::string& host);
 

@@ -111,6 +111,11 @@ TEST_F(DialerTest, AnAddressInNumbersIsReachedWithoutALookup) {
 }
 
 TEST_F(DialerTest, ANameIsReachedThroughItsAddresses) {
+  const auto lookup = [](const std::string& host) {
+    EXPECT_EQ(host, "films.example");
+    return std::make_unique<ReadyLookup>(numericAddress("127.0.0.1"));
+  };
+  EXPECT_TRUE(dial("films.example", serverPort(), lookup));
   EXPECT_TRUE(dial("localhost", serverPort()));
 }
 

@@ -31,6 +31,23 @@ TEST(NumericAddressTest, ANameIsNone) {
   }
 }
 
+TEST(LocalhostTest, ItIsThisMachineInAnySpelling) {
+  for (const char* name : {"localhost", "LocalHost", "localhost."}) {
+    const Addresses addresses = localhostAddresses(name);
+    ASSERT_NE(addresses, nullptr) << name;
+    EXPECT_EQ(addresses->ai_family, AF_INET);
+    ASSERT_NE(addresses->ai_next, nullptr);
+    EXPECT_EQ(addresses->ai_next->ai_family, AF_INET6);
+    EXPECT_EQ(addresses->ai_next->ai_next, nullptr);
+  }
+}
+
+TEST(LocalhostTest, OtherNamesAreAskedFor) {
+  for (const char* name : {"", ".", "localhost..", "localhost.example", "a.localhost", "local"}) {
+    EXPECT_EQ(localhostAddresses(name), nullptr) << name;
+  }
+}
+
 TEST(NameLookupTest, AKnownNameHasAddresses) {
   int error = -1;
   const Addresses found = answerOf("localhost", &error);
