@@ -104,7 +104,17 @@ QueueReading readQueue(const std::wstring& path) {
   return {};
 }
 
+bool holdsExactly(const std::wstring& path, std::string_view content) {
+  kvpm::File file;
+  if (file.open(path, kvpm::FileOpenRead) != 0) return false;
+  if (file.getTotalSize() != static_cast<std::int64_t>(content.size())) return false;
+  const std::optional<std::string> present = readBeginning(file, content.size());
+  return present && *present == content;
+}
+
 void replaceFile(const std::wstring& path, std::string_view content) {
+  // Many announcements concern what the file does not hold; reading is far cheaper than replacing.
+  if (holdsExactly(path, content)) return;
   kvpm::File file;
   if (file.open(path, kvpm::FileOpenWrite) != 0) return;
   const std::int64_t written = file.write(content.data(), content.size());

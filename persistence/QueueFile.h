@@ -37,7 +37,11 @@ QueueReading readLegacyQueue(const std::wstring& path);
 /// Reads a file of either format. A missing file is understood: it holds nothing.
 QueueReading readQueue(const std::wstring& path);
 
-/// Replaces a file whole, or leaves it as it is.
+/// Whether the file can be read and holds these bytes and no others.
+bool holdsExactly(const std::wstring& path, std::string_view content);
+
+/// Replaces a file whole, or leaves it as it is: after a failure, and when it holds the content
+/// already.
 void replaceFile(const std::wstring& path, std::string_view content);
 
 /// Moves a file to a name beside it that no other file has. Returns success.

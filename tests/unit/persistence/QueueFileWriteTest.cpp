@@ -1,5 +1,8 @@
 // What writeDownloadQueue leaves in the file.
+#include <sys/stat.h>
+
 #include <climits>
+#include <filesystem>
 
 #include "tests/unit/persistence/QueueFileFixture.h"
 
@@ -126,6 +129,26 @@ TEST_F(QueueFileWrite, AFolderInThePlaceOfTheFileStays) {
   std::filesystem::create_directory(file());
   EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(path(), {}));
   EXPECT_TRUE(std::filesystem::is_directory(file()));
+}
+
+TEST_F(QueueFileWrite, AFileThatHoldsTheQueueAlreadyIsNotReplaced) {
+  const auto fileNow = [this] {
+    struct stat status {};
+    EXPECT_EQ(stat(std::filesystem::path(path()).c_str(), &status), 0);
+    return status.st_ino;
+  };
+  written({titled(L"one")});
+  const auto before = fileNow();
+  written({titled(L"one")});
+  EXPECT_EQ(fileNow(), before);
+}
+
+TEST_F(QueueFileWrite, AFileThatSomebodyElseChangedIsReplaced) {
+  const std::string text = written({titled(L"one")});
+  for (const std::string& other : {text + " ", std::string(text.size(), 'x'), std::string()}) {
+    put(other);
+    EXPECT_EQ(written({titled(L"one")}), text);
+  }
 }
 
 }  // namespace

@@ -60,11 +60,13 @@ TEST_P(XmlMemory, TheFileIsReplacedWholeOrNotAtAll) {
       EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(path(), owned.items()));
       hasFailed = FailingXmlMemory::hasFailed();
     }
-    ASSERT_EQ(content(), hasFailed ? "old content" : whole) << allocations;
+    // Some allocations the library can do without.
+    const bool isReplaced = content() == whole;
+    ASSERT_TRUE(isReplaced || (hasFailed && content() == "old content")) << allocations;
   }
 }
 
-TEST_P(XmlMemory, AQueueThatCouldNotBeReadWholeIsSetAside) {
+TEST_P(XmlMemory, AQueueIsReadWholeOrSetAside) {
   const std::string whole = written(queue());
   bool hasFailed = true;
   for (long allocations = 0; hasFailed; ++allocations) {
@@ -75,8 +77,9 @@ TEST_P(XmlMemory, AQueueThatCouldNotBeReadWholeIsSetAside) {
       loaded = load();
       hasFailed = FailingXmlMemory::hasFailed();
     }
-    ASSERT_EQ(loaded, hasFailed ? std::vector<Fields>() : queue()) << allocations;
-    ASSERT_EQ(exists("downloadmanager.xml.unreadable"), hasFailed) << allocations;
+    const bool isWhole = loaded == queue();
+    ASSERT_TRUE(isWhole || (hasFailed && loaded.empty())) << allocations;
+    ASSERT_EQ(exists("downloadmanager.xml.unreadable"), !isWhole) << allocations;
     std::filesystem::remove(folder() / "downloadmanager.xml.unreadable");
   }
 }
