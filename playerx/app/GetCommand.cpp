@@ -23,6 +23,14 @@ using kvpm::StringTools;
 /// How often the speed of a running transfer is looked at when nothing else happens.
 constexpr std::chrono::milliseconds kSpeedInterval(500);
 
+/// How long to leave the queue alone after a look that took so long: a long queue changes often,
+/// and looking must not take the time that the download needs.
+std::chrono::milliseconds restAfter(std::chrono::steady_clock::duration look) {
+  constexpr int kShare = 9;  // of the time is not spent looking, to one part that is
+  constexpr std::chrono::milliseconds kLongest(200);
+  return std::min(std::chrono::ceil<std::chrono::milliseconds>(kShare * look), kLongest);
+}
+
 }  // namespace
 
 GetCommand::GetCommand(const Options& options, VeskPlayerX::DownloadManagerInterface& manager,
@@ -86,10 +94,13 @@ bool GetCommand::refuse(const std::string& argument, const FailureReason& reason
 
 int GetCommand::workUntilDone(int refused) {
   for (;;) {
+    const auto start = std::chrono::steady_clock::now();
     passMessagesOn();
     lookAtQueue();
     reportAnswers();
     if (isDone()) break;
+    const auto took = std::chrono::steady_clock::now() - start;
+    if (wakeUp_.rest(restAfter(took)) == WakeReason::kInterrupt) return park();
     const WakeReason reason = wakeUp_.wait(kSpeedInterval);
     if (reason == WakeReason::kInterrupt) return park();
     if (reason == WakeReason::kTimeout) reportSpeed();

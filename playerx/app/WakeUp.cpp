@@ -54,11 +54,21 @@ WakeReason WakeUp::wait(std::chrono::milliseconds timeout) {
   std::array<pollfd, 2> watched = {{{signalFd_, POLLIN, 0}, {eventFd_, POLLIN, 0}}};
   poll(watched.data(), watched.size(),
        timeout.count() < 0 ? -1 : static_cast<int>(timeout.count()));
-  signalfd_siginfo signal;
-  if (read(signalFd_, &signal, sizeof signal) == sizeof signal) return WakeReason::kInterrupt;
+  if (takeInterrupt()) return WakeReason::kInterrupt;
   std::uint64_t count = 0;
   if (read(eventFd_, &count, sizeof count) == sizeof count) return WakeReason::kEvent;
   return WakeReason::kTimeout;
+}
+
+WakeReason WakeUp::rest(std::chrono::milliseconds time) {
+  pollfd watched{signalFd_, POLLIN, 0};
+  poll(&watched, 1, static_cast<int>(time.count()));
+  return takeInterrupt() ? WakeReason::kInterrupt : WakeReason::kTimeout;
+}
+
+bool WakeUp::takeInterrupt() {
+  signalfd_siginfo signal;
+  return read(signalFd_, &signal, sizeof signal) == sizeof signal;
 }
 
 }  // namespace playerx

@@ -27,7 +27,13 @@ class WakeUp {
   /// goes before an event. Main thread only.
   WakeReason wait(std::chrono::milliseconds timeout);
 
+  /// Waits for `time`, or less when an interrupt comes; what was raised stays for the next `wait`.
+  /// Returns kInterrupt or kTimeout. Main thread only.
+  WakeReason rest(std::chrono::milliseconds time);
+
  private:
+  bool takeInterrupt();
+
   int eventFd_;
   int signalFd_;
 };

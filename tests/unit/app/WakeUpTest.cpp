@@ -39,6 +39,19 @@ TEST(WakeUpTest, AnInterruptGoesBeforeAnEvent) {
   EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kEvent);
 }
 
+TEST(WakeUpTest, ARestLeavesWhatWasRaised) {
+  WakeUp wakeUp;
+  wakeUp.raise();
+  EXPECT_EQ(wakeUp.rest(milliseconds(0)), WakeReason::kTimeout);
+  EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kEvent);
+}
+
+TEST(WakeUpTest, AnInterruptEndsARest) {
+  WakeUp wakeUp;
+  ASSERT_EQ(pthread_kill(pthread_self(), SIGINT), 0);
+  EXPECT_EQ(wakeUp.rest(minutes(5)), WakeReason::kInterrupt);
+}
+
 TEST(WakeUpTest, ReleasedInterruptsEndTheProgram) {
   EXPECT_EXIT(
       {
