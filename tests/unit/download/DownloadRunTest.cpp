@@ -105,6 +105,12 @@ TEST_F(DownloadRun, WithASizeOfZeroFailsBeforeAnyFileIsTouched) {
   EXPECT_EQ(library_.sessionCount(), 0u);
 }
 
+TEST_F(DownloadRun, TakesANegativeSizeForMoreThanThereIsSpace) {
+  announceLength("-5");
+  EXPECT_EQ(run(film()), 6);
+  EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + (dir_ / "media").string()));
+}
+
 TEST_F(DownloadRun, KeepsThePathThatTheItemHas) {
   auto item = film();
   item->setPercentDownloaded(10);
