@@ -32,7 +32,8 @@ class DownloadManagerViewInterface {
   virtual bool keepsRunningWhenFinished() = 0;
 
   /// Has the user choose a slot for the item titled `title`; returns its number, below 0 when the
-  /// user declines. May block for the user.
+  /// user declines. May block for the user; a view that is to go ends the question as declined,
+  /// since the manager's shutdown waits for the answer.
   virtual int chooseSlot(const std::wstring& title, const VeskDrmDownloadAuthorization& answer) = 0;
 
   /// The online services refused a download.
