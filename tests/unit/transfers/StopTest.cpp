@@ -124,13 +124,14 @@ TEST_F(StopTest, IsPossibleWithinAReport) {
   server.stallNext(100'000);
   std::atomic<unsigned long long> uid{0};
   std::atomic<bool> stopped{false};
-  receiver_.during([&](const std::string& event) {
+  receiver_.during([&, &library = *downloads_](const std::string& event) {
     if (!event.starts_with("percent") || stopped.exchange(true)) return;
     EXPECT_TRUE(support::waitFor([&] { return uid != 0; }));
-    downloads_->stopSession(uid);
+    library.stopSession(uid);
   });
   uid = start(server.url());
   EXPECT_TRUE(support::waitFor([&] { return report(uid).phase == TransferPhase::kStopped; }));
+  downloads_.reset();
 }
 
 TEST_F(StopTest, ASessionCanBeStartedWithinAReport) {
@@ -142,6 +143,7 @@ TEST_F(StopTest, ASessionCanBeStartedWithinAReport) {
   ASSERT_TRUE(fetch(server.url("/1.avi"), "1.avi").complete);
   ASSERT_TRUE(support::waitFor([&] { return second != 0; }));
   EXPECT_TRUE(receiver_.waitForEnd(second));
+  downloads_.reset();
 }
 
 TEST_F(StopTest, TheEndOfTheLibraryKeepsWhatHasArrived) {
@@ -168,6 +170,7 @@ TEST_F(StopTest, AReceiverThatTakesItsTimeHoldsUpNeitherTransferNorStop) {
   EXPECT_TRUE(support::waitFor([&] { return report(uid).phase == TransferPhase::kComplete; }));
   EXPECT_LT(timeOf([&] { downloads_->stopSession(uid); }), kPromptly);
   goOn.open();
+  downloads_.reset();  // before the gates go that its reports use
 }
 
 TEST_F(StopTest, UnregisteringWaitsForTheReportOfAnotherThread) {
@@ -191,20 +194,22 @@ TEST_F(StopTest, UnregisteringWaitsForTheReportOfAnotherThread) {
   EXPECT_FALSE(support::waitFor([&] { return returned.load(); }, Milliseconds(50)));
   goOn.open();
   unregistering.join();
+  downloads_.reset();
 }
 
 TEST_F(StopTest, UnregisteringWithinAReportDoesNotWait) {
   FilmServer server(filmOf(1000));
   Gate done;
-  receiver_.during([&](const std::string& event) {
+  receiver_.during([&, &library = *downloads_](const std::string& event) {
     if (event != "began") return;
-    downloads_->setCallback(nullptr);
+    library.setCallback(nullptr);
     done.open();
   });
   const auto uid = start(server.url());
   EXPECT_TRUE(done.wait());
   EXPECT_TRUE(support::waitFor([&] { return report(uid).phase == TransferPhase::kComplete; }));
   EXPECT_EQ(receiver_.of(uid).events, std::vector<std::string>{"began"});
+  downloads_.reset();
 }
 
 }  // namespace
