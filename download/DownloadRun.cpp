@@ -25,15 +25,13 @@ std::string utf8(const QString& text) { return text.toStdString(); }
 }  // namespace
 
 void Impl::runItem() {
-  if (item_ == nullptr) {
+  const bool stopped = !state_.isRunning();  // between pick and start
+  const bool loaded = !stopped && loadLibrary();
+  if (item_ == nullptr || (!stopped && !loaded)) {
     fail();
     return;
   }
-  if (!state_.isRunning()) return;  // stopped between pick and start
-  if (!loadLibrary()) {
-    fail();
-    return;
-  }
+  if (stopped) return;
   Transfer transfer;
   const bool ready = findSource(transfer) && measure(transfer) && choosePlace(transfer) &&
                      checkPresentFile() && state_.isRunning();
@@ -99,6 +97,7 @@ void Impl::fetch(Transfer& transfer) {
   closeSession();
   if (state_.status() == DownloadStatusCompleted) finishCompleted();
   if (state_.status() != DownloadStatusStopped) reportStatus(state_.status());
+  openUid_ = 0;
 }
 
 void Impl::describe(Transfer& transfer) {
@@ -121,6 +120,7 @@ void Impl::startSession(const Transfer& transfer) {
   unsigned long long uid = 0;
   if (library_->get()->startSession(transfer.url, transfer.info, &uid) == kSessionStarted) {
     item_->setUID(uid);
+    openUid_ = uid;
     return;
   }
   if (!state_.reach(DownloadStatusFailed)) return;

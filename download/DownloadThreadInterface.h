@@ -27,7 +27,8 @@ class DownloadThreadInterface {
   virtual DownloadStatusEnumType downloadVideo(VeskPlayerX::DownloadItemInterface* item) = 0;
 
   /// Stops whatever runs; returns once a running `downloadVideo` has returned, at once when there
-  /// is none. May be called from any thread.
+  /// is none. May be called from any thread; from within a report of the download library it only
+  /// asks, and the run ends when the report has returned.
   virtual void stop() = 0;
 
   /// Stores both, neither owned; `view` may be null. May be called during a run.

@@ -26,6 +26,7 @@ HttpDownloadThread::HttpDownloadThread(KPIM::Context* context)
 }
 
 HttpDownloadThread::~HttpDownloadThread() {
+  impl_->close();  // whoever is still inside uses the pointer
   impl_.reset();
   delete std::exchange(KPXPreferences::userSettings, nullptr);
 }

@@ -21,6 +21,7 @@ DownloadStatusEnumType Impl::downloadVideo(Item* item) {
     runItem();
   } catch (...) {  // out of memory, at worst: the item has failed, the queue goes on
     state_.reach(DownloadStatusFailed);
+    if (openUid_ != 0) stopDownload(openUid_);
   }
   closeSession();
   const DownloadStatusEnumType outcome = state_.status();
@@ -32,6 +33,7 @@ void Impl::takeOver(Item* item) {
   presentItem_ = item;
   item_.reset(item);
   totalSize_ = 0;
+  openUid_ = 0;
 }
 
 bool Impl::loadLibrary() {
@@ -46,7 +48,9 @@ bool Impl::loadLibrary() {
 
 void Impl::stop() {
   state_.askToStop();
-  {
+  if (reporting_ == std::this_thread::get_id()) {
+    stopPresentSession();  // the run cannot end before this very report does
+  } else {
     const kvpm::CritLock run(runLock_);
     stopPresentSession();
   }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "KPB/DownloadCallback.h"
 #include "KPB/DownloadInfo.h"
@@ -107,6 +108,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   kvpm::CritSection runLock_;
   std::unique_ptr<KPIM::Helper<KPB::DownloadInterface>> library_;  // the run's
   std::uint64_t totalSize_ = 0;                                    // the run's, in bytes
+  unsigned long long openUid_ = 0;                                 // the run's, while it fetches
   download::RunState state_;
   download::Audience audience_;  // the manager and the view
   std::int32_t ticketId_ = 0;    // the run's
@@ -116,6 +118,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   std::atomic<Item*> presentItem_{nullptr};
   std::atomic<KPB::DownloadInterface*> presentLibrary_{nullptr};  // never changes once it is set
   std::atomic<bool> closed_{false};
+  std::atomic<std::thread::id> reporting_{};  // the thread that is inside a report
   download::SessionGate gate_ KVPM_GUARDED_BY(callbackMutex_);
   download::SideThread talks_;  // with the online services
   download::SideThread plays_;  // the manager's `play`

@@ -31,11 +31,13 @@ void Impl::httpTransferBroke(unsigned long long uid, int) {
 
 void Impl::receive(const LibraryReport& report) {
   const kvpm::MutexLock lock(callbackMutex_);
+  reporting_ = std::this_thread::get_id();
   try {
     if (gate_.admits(report)) dealWith(report);
   } catch (...) {  // the library must not see it
     state_.reach(DownloadStatusFailed);
   }
+  reporting_ = std::thread::id();
 }
 
 void Impl::dealWith(const LibraryReport& report) {
@@ -59,9 +61,10 @@ void Impl::takeProgress(int percent) {
   if (percent < 0 || percent > 100) return;
   const unsigned int id = item_->getId();
   audience_.report([&](auto& manager) { manager.updateDownloadProgress(id, percent); });
-  if (percent <= kPlayableAbove) return;
+  // Whoever is told may have stopped the run.
+  if (percent <= kPlayableAbove || !state_.isRunning()) return;
   audience_.report([&](auto& manager) { manager.setPlayable(id, true); });
-  playAsWished();
+  if (state_.isRunning()) playAsWished();
 }
 
 void Impl::takeBroken() {

@@ -67,6 +67,29 @@ TEST_F(DownloadRun, OfNothingFails) {
   EXPECT_EQ(worker_->downloadVideo(nullptr), 6);
   EXPECT_EQ(worker_->getItem(), nullptr);
   EXPECT_THAT(reports(), IsEmpty());
+  EXPECT_TRUE(library_.hasCallback());
+}
+
+TEST_F(DownloadRun, ThatThrowsLeavesNoSessionBehind) {
+  manager_.onEvent([](const std::string& line) {
+    if (line == "manager.updateStatus 7 3") throw std::runtime_error("no");
+  });
+  EXPECT_EQ(run(film()), 6);
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
+}
+
+TEST_F(DownloadRun, DestroysTheItemOfTheLastRunWhenTheNextBegins) {
+  struct Watched : DownloadItem {
+    explicit Watched(bool& gone) : gone_(gone) {}
+    ~Watched() override { gone_ = true; }
+    bool& gone_;
+  };
+  bool gone = false;
+  context_.answer(KPB::DIN_Download, KPIM::kLoadFailed);
+  EXPECT_EQ(run(std::make_unique<Watched>(gone)), 6);
+  EXPECT_FALSE(gone);
+  EXPECT_EQ(worker_->downloadVideo(nullptr), 6);
+  EXPECT_TRUE(gone);
 }
 
 TEST_F(DownloadRun, FailsSilentlyWithoutTheLibrary) {

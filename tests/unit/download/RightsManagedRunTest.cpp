@@ -81,6 +81,7 @@ TEST_F(RightsManagedRun, WithServicesThatAreNotReadyFailsSilently) {
   services_.setReady(false);
   EXPECT_EQ(run(protectedFilm()), 6);
   EXPECT_THAT(talk(), ElementsAre("manager.updateStatus 7 2", "services.isReady 0 0 0"));
+  EXPECT_EQ(worker_->getItem()->getStatus(), DownloadStatusStarting);
   EXPECT_EQ(heldServices(), 0);
 }
 

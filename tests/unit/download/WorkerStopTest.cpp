@@ -283,4 +283,43 @@ TEST_F(WorkerStop, ByDestructionEndsTheRun) {
   EXPECT_FALSE(library_.hasCallback());
 }
 
+TEST_F(WorkerStop, AfterARunReleasesItsSession) {
+  player_.setCurrentMediaId(kUid);  // the run itself leaves the session alone
+  startAndFetch(film());
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+  EXPECT_THAT(library_.stopped(), IsEmpty());
+  worker_->stop();
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
+}
+
+TEST_F(WorkerStop, MayComeFromWithinAReport) {
+  manager_.onEvent([this](const std::string& line) {
+    if (line == "manager.updateDownloadProgress 7 50") worker_->stop();
+  });
+  startAndReport(film());
+  library_.onOwnThread([this] { library_.progress(kUid, 50); });
+  EXPECT_EQ(ended(), 5);
+  EXPECT_TRUE(library_.waitUntilIdle());
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
+}
+
+TEST_F(WorkerStop, MayComeFromAPlayDuringTheDestruction) {
+  manager_.onEvent([this, worker = worker_.get()](const std::string& line) {
+    if (line != "manager.play 7") return;
+    asked_.open();
+    log_.waitFor("library.callback none");  // the worker is closing
+    worker->stop();
+  });
+  auto item = film();
+  item->setAutoProgressivePlayback(true);
+  startAndReport(std::move(item));
+  library_.onOwnThread([this] { library_.progress(kUid, 50); });
+  ASSERT_TRUE(asked_.wait());
+  worker_->stop();
+  EXPECT_EQ(ended(), 5);
+  EXPECT_TRUE(library_.waitUntilIdle());
+  worker_.reset();
+}
+
 }  // namespace
