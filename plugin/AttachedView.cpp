@@ -11,10 +11,15 @@ void AttachedView::attach(View* view) {
 }
 
 void AttachedView::visit(const std::function<void(View&)>& visit) {
+  struct Leaving {
+    AttachedView& attached;
+    View* view;
+    ~Leaving() { attached.leave(view); }
+  };
   View* const view = enter();
   if (view == nullptr) return;
+  const Leaving leaving{*this, view};  // also when the visit throws: detaching waits for its end
   visit(*view);
-  leave(view);
 }
 
 AttachedView::View* AttachedView::enter() {

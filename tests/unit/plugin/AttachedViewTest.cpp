@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <new>
 #include <thread>
 
 #include "plugin/AttachedView.h"
@@ -86,6 +87,17 @@ TEST_F(AttachedViewTest, AttachingTheSameViewAgainWaitsForNobody) {
   attached_.attach(&view_);
   goOn.open();
   visitor.join();
+}
+
+TEST_F(AttachedViewTest, AVisitThatThrowsIsOver) {
+  attached_.attach(&view_);
+  std::thread visitor([this] {
+    EXPECT_THROW(attached_.visit([](auto&) { throw std::bad_alloc(); }), std::bad_alloc);
+  });
+  visitor.join();
+  attached_.attach(nullptr);
+  tellOfList();
+  EXPECT_TRUE(log_.lines().empty());
 }
 
 }  // namespace

@@ -9,6 +9,11 @@
 
 namespace {
 
+/// Of the first item of the program: built before any test runs.
+const unsigned int kFirstId = DownloadItem().getId();
+
+TEST(DownloadItem, TheFirstOneHasTheIdOne) { EXPECT_EQ(kFirstId, 1U); }
+
 KPB::DownloadInfo infoTitled(const std::string& title) {
   KPB::DownloadInfo info;
   info.setTitle(title);

@@ -97,8 +97,6 @@ TEST_F(RacesTest, ACompletionAndAPauseEndInOneOfTheTwo) {
     ASSERT_TRUE(library_.waitUntilIdle());
     const std::string outcome = queue();
     EXPECT_TRUE(outcome == "A4" || outcome == "A0") << outcome;
-    manager().resume();
-    EXPECT_EQ(queue(), outcome == "A4" ? "A4" : "A1");
     shutDown();
   }
 }

@@ -358,4 +358,36 @@ TEST_F(StatusTest, AnUnknownItemIsFalseAndChangesNothing) {
   EXPECT_FALSE(isWritten());
 }
 
+TEST_F(SchedulerTest, AClimbToTheTopStopsTheWorkerOnce) {
+  begin("A1 B5 C1");
+  const auto uid = transferOf("A");
+  await("A3 B5 C1");
+  library_.broke(uid);
+  transferOf("C");
+  await("C3 B1 A6");
+  EXPECT_EQ(stoppedSessions(), Uids{uid}) << "the worker's last session, released once";
+}
+
+TEST_F(SchedulerTest, CancellingStopsTheHeadsOwnSessionOnlyWhileItIsActive) {
+  begin("A1");
+  transferOf("A");
+  await("A3");
+  manager().pause();
+  item("A").setUID(77);
+  const auto stopsOfA = [this](DownloadStatusEnumType status) {
+    const Uids before = stoppedSessions();
+    manager().updateStatus(id("A"), status);
+    manager().cancel();
+    const Uids after = stoppedSessions();
+    return std::count(after.begin(), after.end(), 77U) -
+           std::count(before.begin(), before.end(), 77U);
+  };
+  for (const int status : {0, 1, 5, 6}) {
+    EXPECT_EQ(stopsOfA(static_cast<DownloadStatusEnumType>(status)), 0) << status;
+  }
+  for (const int status : {2, 3, 7}) {
+    EXPECT_EQ(stopsOfA(static_cast<DownloadStatusEnumType>(status)), 1) << status;
+  }
+}
+
 }  // namespace
