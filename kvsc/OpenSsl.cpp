@@ -2,6 +2,8 @@
 
 #include <openssl/x509_vfy.h>
 
+#include <array>
+
 namespace kvsc {
 namespace {
 
@@ -100,5 +102,24 @@ void releaseThreadErrors() { ERR_clear_error(); }
 void raiseSystemError(int number, const std::string& what) { raise(ERR_LIB_SYS, number, what); }
 
 void raiseLookupError(const std::string& what) { raise(ERR_LIB_BIO, ERR_R_SYS_LIB, what); }
+
+namespace {
+
+constexpr std::array<const char*, 9> kErrorNames = {"SSL_ERROR_NONE",
+                                                    "SSL_ERROR_SSL",
+                                                    "SSL_ERROR_WANT_READ",
+                                                    "SSL_ERROR_WANT_WRITE",
+                                                    "SSL_ERROR_WANT_X509_LOOKUP",
+                                                    "SSL_ERROR_SYSCALL",
+                                                    "SSL_ERROR_ZERO_RETURN",
+                                                    "SSL_ERROR_WANT_CONNECT",
+                                                    "SSL_ERROR_WANT_ACCEPT"};
+
+}  // namespace
+
+const char* sslErrorName(int error) {
+  const auto index = static_cast<std::size_t>(error);
+  return index < kErrorNames.size() ? kErrorNames[index] : "";
+}
 
 }  // namespace kvsc

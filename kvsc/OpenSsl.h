@@ -71,4 +71,7 @@ void raiseSystemError(int number, const std::string& what);
 /// The same for a failure without a number of its own.
 void raiseLookupError(const std::string& what);
 
+/// The name of what `SSL_get_error` answers; empty for an answer without one.
+const char* sslErrorName(int error);
+
 }  // namespace kvsc

@@ -1,5 +1,8 @@
 #include "kvsc/SSLClient.h"
 
+#include <algorithm>
+#include <climits>
+
 #include "kvsc/OpenSsl.h"
 #include "kvsc/SocketBio.h"
 
@@ -82,8 +85,12 @@ int SSLClient::httpPost(const std::string& url, const std::string& data, HttpErr
                         const std::string& extraHeaders, SSLMethodProtocolType method,
                         bool usePost) {
   const auto* bytes = reinterpret_cast<const unsigned char*>(data.data());
-  return httpPost(url, bytes, static_cast<int>(data.size()), result, session, responseType,
-                  extraHeaders, method, usePost);
+  return httpPost(url, bytes, lengthFor(data), result, session, responseType, extraHeaders, method,
+                  usePost);
+}
+
+int SSLClient::lengthFor(const std::string& data) {
+  return static_cast<int>(std::min<std::size_t>(data.size(), INT_MAX));
 }
 
 void SSLClient::prepare(SSLSession* session, SSLMethodProtocolType method) {

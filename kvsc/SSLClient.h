@@ -108,6 +108,9 @@ class SSLClient : public SSLConnect {
  private:
   struct Request;
 
+  /// The text's length; for one that no request can hold, a length that no request can hold either.
+  static int lengthFor(const std::string& data);
+
   /// Runs a part of an exchange; whatever it throws is a failure.
   template <typename Operation>
   HttpErrorIds guarded(SSLSession* session, Operation operation) noexcept {

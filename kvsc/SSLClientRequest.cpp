@@ -64,8 +64,8 @@ HttpErrorIds SSLClient::sendRequest(const std::string& url, long ifModifiedSince
                                     const std::string& responseType, const std::string& data,
                                     const std::string& extraHeaders) {
   return sendRequest(url, ifModifiedSince, method, session, responseType,
-                     reinterpret_cast<const unsigned char*>(data.data()),
-                     static_cast<int>(data.size()), extraHeaders);
+                     reinterpret_cast<const unsigned char*>(data.data()), lengthFor(data),
+                     extraHeaders);
 }
 
 HttpErrorIds SSLClient::follow(std::string url, const Request& request, SSLSession* session) {

@@ -152,8 +152,9 @@ void SSLClient::readData(SSLSession* session, HttpErrorIds* result) {
 }
 
 HttpErrorIds SSLClient::streamBody(SSLSession* session) {
-  if (!growBuffer(*session)) return failed(kNoMemory);
   for (;;) {
+    // Asked each time: a callback may have changed what the session wants.
+    if (!growBuffer(*session)) return failed(kNoMemory);
     if (Waiter* waiter = waiterOf(session->getConnect())) waiter->restart();
     const int count = readSome(session, buffer_.GetData(), readSize(*session));
     if (count > 0 && !takeBody(buffer_.GetData(), count)) {

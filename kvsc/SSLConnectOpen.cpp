@@ -1,5 +1,4 @@
 // From the session's settings to an open connection.
-#include <array>
 #include <cerrno>
 
 #include "kvsc/Dialer.h"
@@ -12,21 +11,6 @@
 
 namespace kvsc {
 namespace {
-
-constexpr std::array<const char*, 9> kErrorNames = {"SSL_ERROR_NONE",
-                                                    "SSL_ERROR_SSL",
-                                                    "SSL_ERROR_WANT_READ",
-                                                    "SSL_ERROR_WANT_WRITE",
-                                                    "SSL_ERROR_WANT_X509_LOOKUP",
-                                                    "SSL_ERROR_SYSCALL",
-                                                    "SSL_ERROR_ZERO_RETURN",
-                                                    "SSL_ERROR_WANT_CONNECT",
-                                                    "SSL_ERROR_WANT_ACCEPT"};
-
-const char* nameOf(int error) {
-  const auto index = static_cast<std::size_t>(error);
-  return index < kErrorNames.size() ? kErrorNames[index] : "";
-}
 
 Waiter waiterFor(const SSLSession& session) {
   return Waiter(session.getCancelToken(), Waiter::Milliseconds(session.getWaitTimeout()),
@@ -46,7 +30,8 @@ int dialFor(const SSLSession& session, Waiter& waiter) {
 // names do: an address is none, and a name's trailing dot is not part of it.
 bool sendServerName(SSL* ssl, std::string host) {
   if (host.ends_with('.')) host.pop_back();
-  if (host.empty() || numericAddress(host)) return true;
+  // A name begins with no bracket, an address may.
+  if (host.empty() || host.front() == '[' || numericAddress(host)) return true;
   return SSL_set_tlsext_host_name(ssl, host.c_str()) == 1;
 }
 
@@ -105,7 +90,7 @@ BIO* SSLConnect::shakeHands(SSLSession* session) {
   const int error = result > 0 ? SSL_ERROR_NONE : SSL_get_error(ssl, result);
   session->setHandshakeOwner(nullptr);
   if (result > 0) return session->getConnect();
-  if (errorString_.empty()) errorString_ = nameOf(error);
+  if (errorString_.empty()) errorString_ = sslErrorName(error);
   return nullptr;
 }
 

@@ -49,6 +49,24 @@ TEST_F(HttpBodyTest, APieceIsAtMostAsLongAsTheSessionSays) {
   }
 }
 
+TEST_F(HttpBodyTest, ACallbackMayAskForLongerPieces) {
+  struct Growing {
+    kvsc::SSLSession& session;
+    std::string body;
+  } growing{session_, {}};
+  client_.setBodyContext(&growing);
+  client_.setBodyCallback([](void* data, std::size_t, std::size_t count, void* context) {
+    auto& self = *static_cast<Growing*>(context);
+    self.session.setDownloadSize(65'536);
+    self.body.append(static_cast<char*>(data), count);
+    return count;
+  });
+  const std::string rest(40'000, 'x');
+  server_.next(inPieces({"one"}).send(rest));
+  EXPECT_EQ(get(), HTTP_ERROR_NONE);
+  EXPECT_EQ(growing.body, "one" + rest);
+}
+
 TEST_F(HttpBodyTest, ALongBodyArrivesWhole) {
   std::string body(3'000'000, '\0');
   for (std::size_t i = 0; i < body.size(); ++i) body[i] = static_cast<char>(i * 31 >> 3);

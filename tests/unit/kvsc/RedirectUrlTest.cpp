@@ -1,3 +1,4 @@
+#include "kvsc/HttpUtilityVirtual.h"
 #include "tests/support/DevelopmentPki.h"
 #include "tests/support/Loopback.h"
 #include "tests/unit/kvsc/ExchangeTesting.h"
@@ -105,6 +106,30 @@ TEST_F(RedirectUrlTest, ALocationThatIsNoAddressLeavesItself) {
   redirect("/here", "301 Moved", "/there");
   EXPECT_EQ(resolve(at("/here")), "/there");
   EXPECT_EQ(result_, HTTP_ERROR_FAILED);
+}
+
+TEST_F(RedirectUrlTest, WhatTheCallersUtilityHasCollectedIsDropped) {
+  class Utility : public kvsc::HttpUtilityVirtual {
+   public:
+    kvsc::HttpErrorIds get(const std::string&) override { return HTTP_ERROR_NONE; }
+    kvsc::HttpErrorIds post(const std::string&, const std::string&) override {
+      return HTTP_ERROR_NONE;
+    }
+    std::string parseResponse(const unsigned char*, int) override { return ""; }
+  };
+  Utility utility;
+  char old[] = "old";
+  kvsc::HttpUtilityVirtual::writeMemoryCallback(old, 1, 3,
+                                                static_cast<kvsc::HttpUtilityVirtual*>(&utility));
+  client_.setCallerUtility(&utility);
+  client_.setTotalDownloaded(3);
+  redirect("/here", "301 Moved", at("/there"));
+  serve("/there", "200 OK");
+  resolve(at("/here"));
+  int length = -1;
+  kvsc::HttpUtilityVirtual::release(utility.getBuffer(&length));
+  EXPECT_EQ(length, 0);
+  EXPECT_EQ(client_.getTotalDownloaded(), 0);
 }
 
 TEST_F(RedirectUrlTest, ACircleEnds) {
