@@ -67,6 +67,7 @@ class Attempt {
   void accept(const Verdict& verdict);
   int prepare(const Verdict& verdict);
   bool compare(const char* data, std::size_t length);
+  bool leavesRoom(std::size_t length);
   bool append(const char* data, std::size_t length);
   bool end(AttemptEnd::Kind kind, TransferFailure failure = TransferFailure::kNone,
            std::string detail = {});
@@ -80,6 +81,7 @@ class Attempt {
   Stage stage_ = Stage::kHead;
   std::optional<std::uint64_t> total_;  ///< once the answer is accepted
   std::uint64_t compared_ = 0;          ///< bytes of the overlap
+  std::uint64_t unchecked_ = 0;         ///< bytes without known total since the space was looked at
   std::vector<char> kept_;              ///< the overlap as it is in the partial
   AttemptEnd end_;                      ///< once `stage_` is kOver
 };
