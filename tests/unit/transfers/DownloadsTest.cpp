@@ -157,8 +157,8 @@ TEST_F(DownloadsTest, AFolderThatCannotBeMadeBreaksBeforeAnythingIsAsked) {
 }
 
 TEST_F(DownloadsTest, SessionsRunSideBySide) {
-  FilmServer slow(filmOf(100'000, 1)), quick(filmOf(1000, 2));
   support::Gate gate;
+  FilmServer slow(filmOf(100'000, 1)), quick(filmOf(1000, 2));
   slow.holdNext(50'000, gate);
   const auto held = start(slow.url(), "slow.avi");
   ASSERT_TRUE(receiver_.waitForPercent(held, 50));
@@ -170,8 +170,8 @@ TEST_F(DownloadsTest, SessionsRunSideBySide) {
 }
 
 TEST_F(DownloadsTest, TwoSessionsOfOneAddressKeepTheirOwnBytes) {
-  FilmServer server(filmOf(100'000));
   support::Gate gate;
+  FilmServer server(filmOf(100'000));
   server.holdNext(50'000, gate).holdNext(60'000, gate);
   const auto first = start(server.url(), "a.avi");
   ASSERT_TRUE(receiver_.waitForPercent(first, 50));

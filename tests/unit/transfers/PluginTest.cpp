@@ -127,8 +127,8 @@ TEST_F(ReportsTest, ABrokenSessionTellsItsReason) {
 }
 
 TEST_F(ReportsTest, TheSpeedIsThatOfTheBytesThatCome) {
-  FilmServer server(filmOf(1'000'000));
   support::Gate gate;
+  FilmServer server(filmOf(1'000'000));
   server.holdNext(500'000, gate);
   const auto uid = start(server.url());
   ASSERT_TRUE(receiver_.waitForPercent(uid, 50));

@@ -6,7 +6,6 @@
 namespace playerx::transfers {
 namespace {
 
-using support::Gate;
 using support::Script;
 
 constexpr std::size_t kSize = 400'000;
@@ -145,8 +144,7 @@ TEST_F(ResumeTest, ARangeThatBeginsElsewhereIsNotAppended) {
 
 TEST_F(ResumeTest, NoSuchRangeWithEverythingThereFinishes) {
   FilmServer server(filmOf(kSize));
-  Gate never;
-  server.holdNext(kSize - 1, never);
+  server.stallNext(kSize - 1);
   fetchUntil(99, server.url());
   ASSERT_TRUE(partsBecome({".json", ".part"}));
   restart();
@@ -163,8 +161,7 @@ TEST_F(ResumeTest, NoSuchRangeWithEverythingThereFinishes) {
 
 TEST_F(ResumeTest, EverythingThereIsProvenByItsLastBytes) {
   FilmServer server(filmOf(kSize));
-  Gate never;
-  server.holdNext(kSize - 1, never);
+  server.stallNext(kSize - 1);
   fetchUntil(99, server.url());
   ASSERT_TRUE(partsBecome({".json", ".part"}));
   restart();

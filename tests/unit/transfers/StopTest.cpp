@@ -82,8 +82,8 @@ TEST_F(StopTest, TwiceIsOnce) {
 }
 
 TEST_F(StopTest, NothingIsReportedAfterwards) {
-  FilmServer server(filmOf(kSize));
   Gate gate;
+  FilmServer server(filmOf(kSize));
   server.holdNext(100'000, gate);
   const auto uid = start(server.url());
   ASSERT_TRUE(receiver_.waitForPercent(uid, 50));
