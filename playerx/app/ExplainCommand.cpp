@@ -9,13 +9,13 @@
 #include "KPX/OSUtilities.h"
 #include "VeskPlayerX/InterfaceIds.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
-#include "kvpm/File.h"
 #include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
 #include "playerx/app/Options.h"
 #include "playerx/app/PlayerHost.h"
 #include "playerx/app/ServerProbe.h"
 #include "playerx/app/TextFormat.h"
+#include "playerx/app/TicketFile.h"
 
 namespace playerx {
 
@@ -23,9 +23,6 @@ namespace {
 
 using kvpm::StringTools;
 using Json = nlohmann::ordered_json;
-
-/// A larger file is no ticket that anybody wrote.
-constexpr std::int64_t kLargestTicket = 64 * 1024 * 1024;
 
 /// Servers are asked for this many films of a ticket; more are listed without their sizes.
 constexpr std::size_t kMostQuestions = 50;
@@ -107,16 +104,10 @@ std::vector<Finding> protectedFilms(const std::wstring& path, PlayerHost& host) 
 }
 
 std::vector<Finding> clearFilms(const std::wstring& path) {
-  kvpm::File file;
-  if (file.open(path, kvpm::FileOpenRead) != 0) return {problem(0, "The file cannot be read.")};
-  const std::int64_t size = file.getTotalSize();
-  if (size > kLargestTicket) return {problem(0, "The file is too large for a ticket.")};
-  std::basic_string<unsigned char> bytes(static_cast<std::size_t>(std::max<std::int64_t>(size, 0)),
-                                         0);
-  if (file.read(bytes.data(), bytes.size()) != size) {
-    return {problem(0, "The file cannot be read.")};
-  }
-  const TicketCheck check = checkClearTicket(StringTools::uStringToWstring(bytes));
+  std::string problemOfFile;
+  const std::optional<std::wstring> text = readTicketText(path, &problemOfFile);
+  if (!text) return {problem(0, problemOfFile)};
+  const TicketCheck check = checkClearTicket(*text);
   std::vector<Finding> findings;
   for (const TicketFilm& film : check.films) {
     findings.push_back(findingOf(film, findings.size() < kMostQuestions));

@@ -14,7 +14,10 @@ std::optional<FailureReason> reasonFromNotices(const ItemState& item,
     if (notice.kind == Notice::kNotAuthorized) return notAuthorized(notice.code, notice.text);
   }
   if (!item.ticket.empty() && !words.empty()) return FailureReason{"services", words};
-  if (item.url.empty()) return servicesUnavailable();
+  if (item.url.empty() && !item.ticket.empty()) return servicesUnavailable();
+  if (item.url.empty()) {
+    return FailureReason{"no_address", "This item has no address; remove it and add it again."};
+  }
   return std::nullopt;
 }
 

@@ -10,7 +10,6 @@ FailureReason reasonFromCurl(const ProbeResult& probe) {
   const std::string& host = probe.host;
   switch (probe.curlCode) {
     case CURLE_URL_MALFORMAT:
-    case CURLE_UNSUPPORTED_PROTOCOL:
       return {"unsupported_url",
               "The address cannot be used; give one that begins with http:// or "
               "https://."};
@@ -45,7 +44,9 @@ FailureReason reasonFromCurl(const ProbeResult& probe) {
     case CURLE_SEND_ERROR:
     case CURLE_PARTIAL_FILE:
     case CURLE_WEIRD_SERVER_REPLY:
-      return {"bad_answer", host + " broke off without a proper answer; try again later."};
+    case CURLE_UNSUPPORTED_PROTOCOL:  // the address asked is http or https, so the answer is not
+    case CURLE_OUT_OF_MEMORY:         // a header without end
+      return {"bad_answer", host + " gave no proper answer; try again later."};
     default:
       return {"network",
               host + " could not be asked (" +

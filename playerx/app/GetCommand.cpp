@@ -12,6 +12,7 @@
 #include "playerx/app/QueueChanges.h"
 #include "playerx/app/QueueView.h"
 #include "playerx/app/Reporter.h"
+#include "playerx/app/TicketFile.h"
 #include "playerx/app/WakeUp.h"
 
 namespace playerx {
@@ -81,10 +82,15 @@ bool GetCommand::addAddress(const std::string& address) {
 }
 
 bool GetCommand::addTicket(const std::string& path) {
-  const bool added = !manager_.addTicket(StringTools::stringToWString(path), false).empty();
-  return added || refuse(path, {"empty_ticket",
-                                "This ticket names nothing that can be downloaded; `playerx-cli "
-                                "explain` says why."});
+  const std::wstring wide = StringTools::stringToWString(path);
+  const auto refusal = refusalOfTicket(StringTools::stripBeginingAndEndChar(wide, L'"'));
+  if (refusal) return refuse(path, *refusal);
+  if (!manager_.addTicket(wide, false).empty()) return true;
+  const std::vector<std::string> words = messages_.take();
+  if (!words.empty()) return refuse(path, {"services", words.back()});
+  return refuse(path, {"empty_ticket",
+                       "This ticket names nothing that can be downloaded; `playerx-cli explain` "
+                       "says why."});
 }
 
 bool GetCommand::refuse(const std::string& argument, const FailureReason& reason) {

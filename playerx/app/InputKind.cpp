@@ -12,6 +12,10 @@ InputKind sortInput(const std::string& argument, FailureReason* reason) {
   if (!isAddress && bare.endsWith(".tix", Qt::CaseInsensitive)) return InputKind::kTicket;
 
   const QUrl url(text, QUrl::TolerantMode);
+  if (!url.userInfo().isEmpty()) {
+    *reason = {"unsupported_url", "An address with a user name or password is not supported."};
+    return InputKind::kUnusable;
+  }
   const bool web = url.scheme() == "http" || url.scheme() == "https";
   if (web && !url.host().isEmpty()) return InputKind::kAddress;
   *reason = {"unsupported_url",

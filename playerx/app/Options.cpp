@@ -7,6 +7,9 @@ namespace playerx {
 
 namespace {
 
+/// More items than any queue holds.
+constexpr int kMostItems = 1'000'000;
+
 void addGlobalOptions(CLI::App& app, Options& options) {
   app.option_defaults()->take_last();
   app.add_option("--data", options.dataFolder, "Folder of the queue and of unfinished files");
@@ -34,7 +37,7 @@ void addPositioned(CLI::App& app, Options& options, const char* name, const char
   CLI::App* sub = app.add_subcommand(name, help);
   sub->add_option("N", options.position, "Position as `list` prints it")
       ->required()
-      ->check(CLI::PositiveNumber);
+      ->check(CLI::Range(1, kMostItems));
   sub->callback([&options, command] { options.command = command; });
   if (command != Options::kMove) return;
   static const std::map<std::string, Options::Direction> kDirections = {

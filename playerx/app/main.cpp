@@ -15,6 +15,7 @@
 #include "playerx/app/QueueCommands.h"
 #include "playerx/app/QueueView.h"
 #include "playerx/app/Reporter.h"
+#include "playerx/app/SetAsideFiles.h"
 #include "playerx/app/SlotQuestion.h"
 #include "playerx/app/StandardOutput.h"
 #include "playerx/app/TransferKnowledge.h"
@@ -99,13 +100,20 @@ int run(const Options& options) {
   }
   // The scheduler starts with the module; it waits until the view is attached.
   ThreadGate::close();
+  const SetAsideFiles keeper(places.data);
   PlayerHost host(options, messages);
   const std::string problem = host.loadManager();
   if (!problem.empty()) {
     reporter->note(problem);
     return kExitFailed;
   }
-  return runWithQueue(options, host, messages, *reporter, wakeUp);
+  for (const std::string& file : keeper.setAside()) {
+    reporter->note("The queue could not be read; it was set aside as " + file + ".");
+  }
+  const int status = runWithQueue(options, host, messages, *reporter, wakeUp);
+  if (output.stream().flush()) return status;
+  reporter->note("What was to be said could not be written to standard output.");
+  return kExitFailed;
 }
 
 }  // namespace

@@ -51,6 +51,7 @@ TEST_F(HostileQueueTest, ATornQueueFileIsSetAside) {
 TEST_F(HostileQueueTest, AFileOfAnotherFormatIsSetAside) {
   const std::string other(4000, '\x01');
   support::writeFile(home.queueFile(), other);
+  EXPECT_THAT(home.run({"list"}).errors, testing::HasSubstr("set aside as "));
   expectDownloadsAllTheSame();
   EXPECT_TRUE(isKept(other));
 }

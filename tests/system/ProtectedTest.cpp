@@ -129,7 +129,8 @@ TEST_F(ProtectedTest, AServiceThatIsGoneIsSaid) {
   alone.addOptions({"--services", "http://127.0.0.1:1"});
   const PlayerResult result = alone.run({"get", server.ticket()});
   EXPECT_EQ(result.status, 2);
-  EXPECT_THAT(result.errors, HasSubstr("cannot be reached"));
+  EXPECT_EQ(result.events("refused").at(0)["reason"]["code"], "services");
+  EXPECT_THAT(result.output, HasSubstr("cannot be reached"));
 }
 
 TEST_F(ProtectedTest, WithoutServicesASealedTicketYieldsNothing) {

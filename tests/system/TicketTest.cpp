@@ -76,7 +76,18 @@ TEST_F(TicketTest, ATicketThatNamesNothingIsRefused) {
 }
 
 TEST_F(TicketTest, AMissingTicketIsRefused) {
-  EXPECT_EQ(home.run({"get", folder / "none.tix"}).status, 2);
+  const PlayerResult result = home.run({"get", folder / "none.tix"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.events("refused").at(0)["reason"]["code"], "bad_ticket");
+}
+
+TEST_F(TicketTest, AFloodOfFilmsIsRefused) {
+  std::string text = "TixVeskVersion=1.0\n";
+  for (int i = 0; i <= 10'000; ++i) text += "start\nurl=http://h/a.avi\nend\n";
+  const PlayerResult result = home.run({"get", write(text)});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.events("refused").at(0)["reason"]["code"], "bad_ticket");
+  EXPECT_THAT(home.queue(), IsEmpty());
 }
 
 TEST_F(TicketTest, ExplainTellsWhatWouldArrive) {

@@ -61,7 +61,10 @@ TEST(FailureReasonTest, TheServicesWordsExplainAnItemWithATicketOnly) {
 }
 
 TEST(FailureReasonTest, AnItemWithoutAddressLacksTheServices) {
-  EXPECT_EQ(reasonFromNotices(ItemState{}, {}, ""), servicesUnavailable());
+  ItemState item;
+  item.ticket = "t";
+  EXPECT_EQ(reasonFromNotices(item, {}, ""), servicesUnavailable());
+  EXPECT_EQ(reasonFromNotices(ItemState{}, {}, "")->code, "no_address");
 }
 
 }  // namespace

@@ -24,8 +24,9 @@ TEST(InputKindTest, PathsThatEndInTixAreTickets) {
 }
 
 TEST(InputKindTest, EverythingElseIsRefusedWithAReason) {
-  for (const char* argument : {"", "film.avi", "ftp://h/a.avi", "http:///a.avi", "http://",
-                               "file:///a.tix", "http://[bad/a.avi", "mailto:x@y"}) {
+  for (const char* argument :
+       {"", "film.avi", "ftp://h/a.avi", "http:///a.avi", "http://", "file:///a.tix",
+        "http://[bad/a.avi", "mailto:x@y", "http://user:word@h/a.avi"}) {
     FailureReason reason;
     EXPECT_EQ(sortInput(argument, &reason), InputKind::kUnusable) << argument;
     EXPECT_EQ(reason.code, "unsupported_url") << argument;
