@@ -14,9 +14,9 @@ class DownloadManagerViewInterface;
 
 /// The download manager as the host sees it, offered under `DIN_DownloadManager`.
 ///
-/// The host calls all operations on one thread of its own. None waits for the network. Items are
-/// named by their id; an id that is not queued makes an operation answer false or null, or do
-/// nothing. Item pointers returned are those of the live queue, owned by it and gone when the item
+/// The host calls all operations on one thread of its own. None waits for the network but
+/// `addTicket`, which asks the online services, and `play`. Items are named by their id; an id that
+/// is not queued makes an operation answer false or null, or do nothing. Item pointers returned are those of the live queue, owned by it and gone when the item
 /// is removed. After `ShutdownInterface::Shutdown` no operation may be called. The order of the
 /// virtual operations is part of the interface.
 class DownloadManagerInterface {
