@@ -16,9 +16,10 @@ class DownloadManagerViewInterface;
 ///
 /// The host calls all operations on one thread of its own. None waits for the network but
 /// `addTicket`, which asks the online services, and `play`. Items are named by their id; an id that
-/// is not queued makes an operation answer false or null, or do nothing. Item pointers returned are those of the live queue, owned by it and gone when the item
-/// is removed. After `ShutdownInterface::Shutdown` no operation may be called. The order of the
-/// virtual operations is part of the interface.
+/// is not queued makes an operation answer false or null, or do nothing. Item pointers returned are
+/// those of the live queue, owned by it and gone when the item is removed. After
+/// `ShutdownInterface::Shutdown` no operation may be called. The order of the virtual operations is
+/// part of the interface.
 class DownloadManagerInterface {
  public:
   DownloadManagerInterface() = default;
