@@ -3,12 +3,20 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <string_view>
 
 namespace playerx {
 
 namespace {
 
 bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+
+/// Whether U+202A..U+202E or U+2066..U+2069, which turn the direction of what follows, stand here.
+bool turnsDirection(std::string_view text) {
+  const std::string_view mark = text.substr(0, 3);
+  return (mark >= "\xE2\x80\xAA" && mark <= "\xE2\x80\xAE") ||
+         (mark >= "\xE2\x81\xA6" && mark <= "\xE2\x81\xA9");
+}
 
 }  // namespace
 
@@ -21,6 +29,11 @@ std::string printable(const std::string& text) {
     const bool secondControl = byte == 0xC2 && i + 1 < text.size() &&
                                static_cast<unsigned char>(text[i + 1]) >= 0x80 &&
                                static_cast<unsigned char>(text[i + 1]) < 0xA0;
+    if (turnsDirection(std::string_view(text).substr(i))) {
+      i += 2;
+      clean += '?';
+      continue;
+    }
     if (secondControl) ++i;
     clean += secondControl || byte < 0x20 || byte == 0x7F ? '?' : text[i];
   }

@@ -5,8 +5,8 @@
 
 namespace playerx {
 
-/// `text` (UTF-8) fit for a terminal: control characters become "?", so that no title can steer
-/// the terminal.
+/// `text` (UTF-8) fit for a terminal: control characters and marks that turn the direction of
+/// text become "?", so that no title can steer the terminal.
 std::string printable(const std::string& text);
 
 /// `text` cut to at most `columns` characters, the last one "…" when something was cut.

@@ -39,6 +39,11 @@ TEST(TextFormatTest, ControlCharactersCannotReachTheTerminal) {
   EXPECT_EQ(printable("Zürich – 東京"), "Zürich – 東京");
 }
 
+TEST(TextFormatTest, MarksThatTurnTheDirectionCannotReachTheTerminal) {
+  EXPECT_EQ(printable("a\u202Eiva.b\u2066c\u2069"), "a?iva.b?c?");
+  EXPECT_EQ(printable("\u2029\u202F\u2065\u206A"), "\u2029\u202F\u2065\u206A");
+}
+
 TEST(TextFormatTest, CuttingCountsCharactersNotBytes) {
   EXPECT_EQ(cutTo("Zürich", 6), "Zürich");
   EXPECT_EQ(cutTo("Zürich", 3), "Zü…");
