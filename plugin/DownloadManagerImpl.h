@@ -150,7 +150,8 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   std::optional<unsigned int> idOfNext();
   void recordOutcome(unsigned int id, DownloadStatusEnumType result);
   Run takeRun();
-  bool enterDownloadLock(kvpm::Thread* thread);
+  bool enterDownloadLock(kvpm::Thread* thread)
+      KVPM_TRY_ACQUIRE(true, downloadLock_) KVPM_NO_ANALYSIS;
   void pause();
   void resume();
   void cancelCurrentDownload();
