@@ -2,31 +2,12 @@
 
 #include <unistd.h>
 
-#include <csignal>
 #include <system_error>
 #include <utility>
 
+#include "playerx/platform/QuietThread.h"
+
 namespace playerx {
-namespace {
-
-// Threads started meanwhile take no signals: those of the process belong to the player.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before_);
-  }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-
- private:
-  sigset_t before_;
-};
-
-}  // namespace
-
 FileSyncer::FileSyncer(Action action, std::chrono::milliseconds gathering)
     : action_(std::move(action)), gathering_(gathering), process_(::getpid()) {}
 
@@ -69,9 +50,8 @@ void FileSyncer::finish() {
 
 void FileSyncer::ensureThread() {
   if (thread_.joinable()) return;
-  const SignalsBlocked blocked;
   try {
-    thread_ = std::thread([this] { run(); });
+    thread_ = startQuietThread([this] { run(); });
   } catch (const std::system_error&) {
     // None to be had now; the next request tries again.
   }

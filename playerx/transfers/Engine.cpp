@@ -4,7 +4,7 @@
 #include <chrono>
 #include <utility>
 
-#include "playerx/transfers/QuietThread.h"
+#include "playerx/platform/QuietThread.h"
 
 namespace playerx::transfers {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "playerx/transfers/QuietThread.h"
+#include "playerx/platform/QuietThread.h"
 
 namespace playerx::transfers {
 

@@ -1,9 +1,9 @@
-#include "playerx/transfers/QuietThread.h"
+#include "playerx/platform/QuietThread.h"
 
 #include <csignal>
 #include <utility>
 
-namespace playerx::transfers {
+namespace playerx {
 namespace {
 
 /// Blocks all signals for the calling thread, for the length of a scope.
@@ -29,4 +29,4 @@ std::thread startQuietThread(std::function<void()> body) {
   return std::thread(std::move(body));
 }
 
-}  // namespace playerx::transfers
+}  // namespace playerx
