@@ -32,11 +32,11 @@ Wish wishOf(const KPB::DownloadInfo& info) {
 }  // namespace
 
 Downloads::Downloads(const Tuning& tuning)
-    : environmentTrust_(trustOfProcess()), engine_(tuning, reporter_, environmentTrust_) {}
+    : environmentTrust_(trustOfProcess()), engine_(tuning, delivery_, environmentTrust_) {}
 
-Downloads::~Downloads() { reporter_.setCallback(nullptr); }
+Downloads::~Downloads() { delivery_.setCallback(nullptr); }
 
-void Downloads::setCallback(KPB::DownloadCallback* callback) { reporter_.setCallback(callback); }
+void Downloads::setCallback(KPB::DownloadCallback* callback) { delivery_.setCallback(callback); }
 
 int Downloads::startSession(const std::string& urlUtf8, const KPB::DownloadInfo& info,
                             unsigned long long* uid) {

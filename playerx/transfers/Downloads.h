@@ -7,7 +7,7 @@
 #include "KPB/DownloadInterface.h"
 #include "playerx/transfers/Engine.h"
 #include "playerx/transfers/ReportBook.h"
-#include "playerx/transfers/Reporter.h"
+#include "playerx/transfers/ReportDelivery.h"
 #include "playerx/transfers/TransferSettings.h"
 #include "playerx/transfers/Trust.h"
 #include "playerx/transfers/Tuning.h"
@@ -39,7 +39,7 @@ class Downloads : public KPB::DownloadInterface, public TransferSettings {
   const Trust environmentTrust_;
   std::atomic<unsigned long long> lastUid_{0};
   ReportBook book_;
-  Reporter reporter_;
+  ReportDelivery delivery_;
   Engine engine_;
 };
 

@@ -13,12 +13,12 @@ constexpr std::chrono::milliseconds kLongestWait{60'000};
 
 }  // namespace
 
-Engine::Engine(const Tuning& tuning, Reporter& reporter, Trust trust)
+Engine::Engine(const Tuning& tuning, ReportDelivery& delivery, Trust trust)
     : tuning_(tuning),
-      reporter_(reporter),
+      delivery_(delivery),
       trust_(std::move(trust)),
       workshop_{tuning_,
-                reporter_,
+                delivery_,
                 files_,
                 loop_,
                 [this](Work work) { post(std::move(work)); },

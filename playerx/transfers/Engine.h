@@ -12,7 +12,7 @@
 
 #include "kvpm/Mutex.h"
 #include "playerx/transfers/FetchLoop.h"
-#include "playerx/transfers/Reporter.h"
+#include "playerx/transfers/ReportDelivery.h"
 #include "playerx/transfers/Session.h"
 #include "playerx/transfers/Transfer.h"
 #include "playerx/transfers/Trust.h"
@@ -28,8 +28,8 @@ namespace playerx::transfers {
 /// Destroyed, it ends all sessions as `stop` does and forgets completions that were taken note of.
 class Engine {
  public:
-  /// `reporter` outlives it.
-  Engine(const Tuning& tuning, Reporter& reporter, Trust trust);
+  /// `delivery` outlives it.
+  Engine(const Tuning& tuning, ReportDelivery& delivery, Trust trust);
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
   ~Engine();
@@ -67,7 +67,7 @@ class Engine {
 
   // Constant after construction.
   const Tuning tuning_;
-  Reporter& reporter_;
+  ReportDelivery& delivery_;
 
   // Guarded.
   mutable kvpm::Mutex mutex_;

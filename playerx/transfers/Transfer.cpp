@@ -44,7 +44,7 @@ void Transfer::onOpened() {
     const std::uint64_t size = opened.part->state().size;
     session_->log.arrived(size, size, Clock::now());
     reportBegan();
-    workshop_.reporter.percent(session_, 100);
+    workshop_.delivery.percent(session_, 100);
     return place();
   }
   const std::uint64_t size = part().file().size();
@@ -87,7 +87,7 @@ void Transfer::request() {
 bool Transfer::onHeaderLine(std::string_view line) {
   isTouched_ = true;
   isContacted_ = true;
-  workshop_.reporter.header(session_, std::string(line));
+  workshop_.delivery.header(session_, std::string(line));
   return attempt_->headerLine(line);
 }
 
@@ -119,7 +119,7 @@ std::optional<Transfer::Clock::time_point> Transfer::deadline() const {
 }
 
 void Transfer::reportBegan() {
-  if (!std::exchange(hasBegun_, true)) workshop_.reporter.began(session_);
+  if (!std::exchange(hasBegun_, true)) workshop_.delivery.began(session_);
 }
 
 void Transfer::reportProgress(Clock::time_point now) {
@@ -130,7 +130,7 @@ void Transfer::reportProgress(Clock::time_point now) {
   session_->log.arrived(size, total, now);
   reportBegan();
   if (const auto percent = percent_.next(size, total)) {
-    workshop_.reporter.percent(session_, *percent);
+    workshop_.delivery.percent(session_, *percent);
   }
 }
 
@@ -214,14 +214,14 @@ void Transfer::onPlaced() {
   phase_ = Phase::kOver;
   state_ = State::kComplete;
   session_->log.completed(placed.film);
-  workshop_.reporter.complete(session_);
+  workshop_.delivery.complete(session_);
 }
 
 void Transfer::breakOff(TransferFailure failure, const std::string& detail) {
   letGo();
   state_ = State::kBroken;
   session_->log.broke(failure, detail);
-  workshop_.reporter.broke(session_, static_cast<int>(failure));
+  workshop_.delivery.broke(session_, static_cast<int>(failure));
 }
 
 void Transfer::stop() {

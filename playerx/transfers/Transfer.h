@@ -13,7 +13,7 @@
 #include "playerx/transfers/PartFinder.h"
 #include "playerx/transfers/PercentReporter.h"
 #include "playerx/transfers/Placement.h"
-#include "playerx/transfers/Reporter.h"
+#include "playerx/transfers/ReportDelivery.h"
 #include "playerx/transfers/RetryPlan.h"
 #include "playerx/transfers/Session.h"
 #include "playerx/transfers/Trust.h"
@@ -25,7 +25,7 @@ namespace playerx::transfers {
 /// What a transfer works with. Owned by the engine, which outlives its transfers.
 struct Workshop {
   const Tuning& tuning;
-  Reporter& reporter;
+  ReportDelivery& delivery;
   WorkQueue& files;
   FetchLoop& loop;
   std::function<void(std::function<void()>)> onEngine;  ///< runs work on the engine's thread

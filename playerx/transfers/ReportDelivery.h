@@ -18,14 +18,14 @@ namespace playerx::transfers {
 /// Reports of a session that was stopped meanwhile, or while nobody is registered, are dropped. All
 /// operations may be called from any thread, also from within a report; the destructor not from
 /// there. No lock is held while a report runs.
-class Reporter {
+class ReportDelivery {
  public:
-  Reporter();
-  Reporter(const Reporter&) = delete;
-  Reporter& operator=(const Reporter&) = delete;
+  ReportDelivery();
+  ReportDelivery(const ReportDelivery&) = delete;
+  ReportDelivery& operator=(const ReportDelivery&) = delete;
 
   /// Drops what has not been delivered and waits for the report that is running.
-  ~Reporter();
+  ~ReportDelivery();
 
   /// As `KPB::DownloadInterface::setCallback`.
   void setCallback(KPB::DownloadCallback* callback);

@@ -1,4 +1,4 @@
-#include "playerx/transfers/Reporter.h"
+#include "playerx/transfers/ReportDelivery.h"
 
 #include <utility>
 
@@ -6,9 +6,9 @@
 
 namespace playerx::transfers {
 
-Reporter::Reporter() : thread_(startQuietThread([this] { run(); })) {}
+ReportDelivery::ReportDelivery() : thread_(startQuietThread([this] { run(); })) {}
 
-Reporter::~Reporter() {
+ReportDelivery::~ReportDelivery() {
   {
     const kvpm::MutexLock lock(mutex_);
     isClosing_ = true;
@@ -17,34 +17,34 @@ Reporter::~Reporter() {
   thread_.join();
 }
 
-void Reporter::setCallback(KPB::DownloadCallback* callback) {
+void ReportDelivery::setCallback(KPB::DownloadCallback* callback) {
   const kvpm::MutexLock lock(mutex_);
   callback_ = callback;
   if (callback != nullptr || std::this_thread::get_id() == thread_.get_id()) return;
   while (isRunning_) changed_.wait(mutex_);
 }
 
-void Reporter::began(const std::shared_ptr<Session>& session) {
+void ReportDelivery::began(const std::shared_ptr<Session>& session) {
   post({session, Kind::kBegan, 0, {}});
 }
 
-void Reporter::header(const std::shared_ptr<Session>& session, std::string line) {
+void ReportDelivery::header(const std::shared_ptr<Session>& session, std::string line) {
   post({session, Kind::kHeader, 0, std::move(line)});
 }
 
-void Reporter::percent(const std::shared_ptr<Session>& session, int percent) {
+void ReportDelivery::percent(const std::shared_ptr<Session>& session, int percent) {
   post({session, Kind::kPercent, percent, {}});
 }
 
-void Reporter::complete(const std::shared_ptr<Session>& session) {
+void ReportDelivery::complete(const std::shared_ptr<Session>& session) {
   post({session, Kind::kComplete, 0, {}});
 }
 
-void Reporter::broke(const std::shared_ptr<Session>& session, int code) {
+void ReportDelivery::broke(const std::shared_ptr<Session>& session, int code) {
   post({session, Kind::kBroke, code, {}});
 }
 
-void Reporter::post(Report report) {
+void ReportDelivery::post(Report report) {
   {
     const kvpm::MutexLock lock(mutex_);
     if (callback_ == nullptr) return;
@@ -53,7 +53,7 @@ void Reporter::post(Report report) {
   changed_.notify_all();
 }
 
-void Reporter::run() {
+void ReportDelivery::run() {
   Report report;
   KPB::DownloadCallback* callback = nullptr;
   while (takeNext(report, callback)) {
@@ -62,8 +62,8 @@ void Reporter::run() {
   }
 }
 
-// Waits for the next report that is still of interest; false once the reporter is closing.
-bool Reporter::takeNext(Report& report, KPB::DownloadCallback*& callback) {
+// Waits for the next report that is still of interest; false once the delivery is closing.
+bool ReportDelivery::takeNext(Report& report, KPB::DownloadCallback*& callback) {
   const kvpm::MutexLock lock(mutex_);
   while (!isClosing_) {
     if (reports_.empty()) {
@@ -80,7 +80,7 @@ bool Reporter::takeNext(Report& report, KPB::DownloadCallback*& callback) {
   return false;
 }
 
-void Reporter::deliver(const Report& report, KPB::DownloadCallback& callback) {
+void ReportDelivery::deliver(const Report& report, KPB::DownloadCallback& callback) {
   Session& session = *report.session;
   switch (report.kind) {
     case Kind::kBegan:
@@ -97,7 +97,7 @@ void Reporter::deliver(const Report& report, KPB::DownloadCallback& callback) {
   }
 }
 
-void Reporter::delivered() {
+void ReportDelivery::delivered() {
   {
     const kvpm::MutexLock lock(mutex_);
     isRunning_ = false;
