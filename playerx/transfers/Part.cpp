@@ -12,7 +12,8 @@
 #include <utility>
 
 #include "playerx/platform/ReplacementFile.h"
-#include "playerx/transfers/Durable.h"
+#include "playerx/transfers/BootId.h"
+#include "playerx/transfers/SmallFile.h"
 
 namespace playerx::transfers {
 namespace {
@@ -51,7 +52,7 @@ Descriptor openBytes(const fs::path& name, int& error) {
 std::uint64_t usableSize(const PartState& state, std::uint64_t size) {
   if (state.isComplete()) return size;
   if (!state.answered || (state.total && size > *state.total)) return 0;
-  return state.boot == presentBoot() ? size : std::min(size, state.durable);
+  return state.boot == bootId() ? size : std::min(size, state.durable);
 }
 
 }  // namespace
@@ -126,7 +127,7 @@ std::uint64_t Part::inode() const {
 int Part::change(const std::function<void(PartState&)>& apply) {
   const kvpm::MutexLock lock(mutex_);
   apply(state_);
-  return replaceContent(paths_.state(), writeState(state_));
+  return replaceSmallFile(paths_.state(), writeState(state_));
 }
 
 int Part::newVersion(const std::function<void(PartState&)>& apply) {
@@ -136,10 +137,10 @@ int Part::newVersion(const std::function<void(PartState&)>& apply) {
   PartState fresh;
   fresh.address = state_.address;
   fresh.place = state_.place;
-  fresh.boot = presentBoot();
+  fresh.boot = bootId();
   apply(fresh);
   state_ = fresh;
-  return replaceContent(paths_.state(), writeState(state_));
+  return replaceSmallFile(paths_.state(), writeState(state_));
 }
 
 int Part::adopt(const std::string& address, const std::string& place) {
@@ -147,7 +148,7 @@ int Part::adopt(const std::string& address, const std::string& place) {
     state.address = address;
     state.place = place;
     state.noted = false;
-    state.boot = presentBoot();
+    state.boot = bootId();
   };
   if (!isNew_) return change(apply);
   const kvpm::MutexLock lock(mutex_);
@@ -181,12 +182,12 @@ int Part::makeDurable(const Mark& mark) {
   const kvpm::MutexLock lock(mutex_);
   if (mark.version != version_) return 0;
   state_.durable = std::max(state_.durable, mark.bytes);
-  return replaceContent(paths_.state(), writeState(state_));
+  return replaceSmallFile(paths_.state(), writeState(state_));
 }
 
 int Part::keepRights(const std::vector<unsigned char>& rights) {
   const std::string_view content(reinterpret_cast<const char*>(rights.data()), rights.size());
-  return replaceContent(paths_.rights(), content);
+  return replaceSmallFile(paths_.rights(), content);
 }
 
 int Part::announceMove(const std::string& target, const std::string& source,

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "playerx/transfers/Durable.h"
 #include "playerx/transfers/FileNames.h"
+#include "playerx/transfers/SmallFile.h"
 #include "playerx/transfers/SystemError.h"
 
 namespace playerx::transfers {

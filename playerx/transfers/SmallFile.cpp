@@ -1,4 +1,4 @@
-#include "playerx/transfers/Durable.h"
+#include "playerx/transfers/SmallFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,11 +14,10 @@ namespace playerx::transfers {
 namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{1} << 20U;
-constexpr char kBootFile[] = "/proc/sys/kernel/random/boot_id";
 
 }  // namespace
 
-int replaceContent(const std::filesystem::path& file, std::string_view content) {
+int replaceSmallFile(const std::filesystem::path& file, std::string_view content) {
   int error = 0;
   const std::unique_ptr<ReplacementFile> fresh = ReplacementFile::create(file, error);
   if (!fresh) return error;
@@ -34,14 +33,6 @@ std::string readSmallFile(const std::filesystem::path& file) {
   const IoResult got = readFully(opened.get(), content.data(), content.size());
   content.resize(got.error == 0 ? got.bytes : 0);
   return content;
-}
-
-const std::string& presentBoot() {
-  static const std::string boot = [] {
-    const std::string line = readSmallFile(kBootFile);
-    return line.substr(0, line.find('\n'));
-  }();
-  return boot;
 }
 
 }  // namespace playerx::transfers
