@@ -49,6 +49,26 @@ TEST(ServicesProtocolTest, MalformedRecordsYieldNone) {
   }
 }
 
+TEST(ServicesProtocolTest, AnAnswerThatNestsWithoutEndMakesNoSense) {
+  const std::string deep(100'000, '[');
+  for (const std::string& json :
+       {deep, R"({"ready":)" + deep,
+        R"({"success":true,"url":)" + std::string(17, '[') + std::string(17, ']') + "}"}) {
+    EXPECT_FALSE(readyAnswer(json));
+    EXPECT_TRUE(readTicketAnswer(json).empty());
+    EXPECT_EQ(answerTo(json).errorCode, kServicesMalformed);
+  }
+  EXPECT_FALSE(
+      readyAnswer(R"({"ready":true,"more":)" + std::string(17, '[') + std::string(17, ']') + "}"));
+  EXPECT_TRUE(readyAnswer(R"({"ready":true,"more":[[[["x"]]]]})"));
+}
+
+TEST(ServicesProtocolTest, BracketsInATextNestNothing) {
+  const std::string brackets(100, '[');
+  EXPECT_TRUE(readyAnswer(R"({"ready":true,"more":"\")" + brackets + R"("})"));
+  EXPECT_TRUE(readyAnswer(R"({"more":")" + brackets + R"(\\","ready":true})"));
+}
+
 TEST(ServicesProtocolTest, HugeFieldsYieldNone) {
   const std::string huge(kMaxTicketText + 1, 'x');
   EXPECT_TRUE(
