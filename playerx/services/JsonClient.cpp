@@ -35,11 +35,36 @@ void setUp(CURL* curl, const std::string& url, const TrustedAuthorities& authori
   if (!folder.empty()) curl_easy_setopt(curl, CURLOPT_CAPATH, folder.c_str());
 }
 
-std::string problemOf(CURLcode code, long status) {
-  if (code != CURLE_OK) {
-    return std::string("The online services cannot be reached: ") + curl_easy_strerror(code) + ".";
+/// Whether the exchange ended in this way because of what came back, not because nothing did.
+bool isNonsense(CURLcode code) {
+  switch (code) {
+    case CURLE_UNSUPPORTED_PROTOCOL:  // an answer that does not begin as one
+    case CURLE_WEIRD_SERVER_REPLY:
+    case CURLE_GOT_NOTHING:
+    case CURLE_PARTIAL_FILE:
+    case CURLE_WRITE_ERROR:    // a body beyond the limit
+    case CURLE_OUT_OF_MEMORY:  // a header without end
+      return true;
+    default:
+      return false;
   }
-  return "The online services answered with status " + std::to_string(status) + ".";
+}
+
+std::string problemOf(CURL* curl, CURLcode code, long status) {
+  long connections = 0;
+  curl_easy_getinfo(curl, CURLINFO_NUM_CONNECTS, &connections);
+  if (code == CURLE_OK) {
+    return "The online services answered with status " + std::to_string(status) + ".";
+  }
+  if (connections > 0 && isNonsense(code)) {
+    return "The online services gave no proper answer; check their address (--services), or try "
+           "again later.";
+  }
+  if (code == CURLE_UNSUPPORTED_PROTOCOL || code == CURLE_URL_MALFORMAT) {
+    return "The address of the online services (--services) is none that begins with http:// or "
+           "https://.";
+  }
+  return std::string("The online services cannot be reached: ") + curl_easy_strerror(code) + ".";
 }
 
 }  // namespace
@@ -75,7 +100,7 @@ JsonReply JsonClient::exchange(const std::string& path, const std::string* json)
   long status = 0;
   curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &status);
   reply.ok = code == CURLE_OK && status >= 200 && status < 300;
-  if (!reply.ok) reply.problem = problemOf(code, status);
+  if (!reply.ok) reply.problem = problemOf(curl.get(), code, status);
   return reply;
 }
 

@@ -48,6 +48,30 @@ TEST(JsonClientTest, ARefusedConnectionIsAProblem) {
   EXPECT_EQ(reply.problem.find("The online services cannot be reached"), 0u) << reply.problem;
 }
 
+TEST(JsonClientTest, AnAnswerThatIsNoneIsCalledSo) {
+  for (const char* bytes :
+       {"SSH-2.0-server\r\n", "", "HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\n",
+        "HTTP/1.0 200 OK\r\nContent-Length: 50\r\n\r\n{}"}) {
+    ScriptedServer server;
+    server.always(Script::answer(bytes));
+    const JsonReply reply = JsonClient(server.url(), {}).get("/x");
+    EXPECT_FALSE(reply.ok);
+    EXPECT_EQ(reply.problem,
+              "The online services gave no proper answer; check their address (--services), or "
+              "try again later.")
+        << bytes;
+  }
+}
+
+TEST(JsonClientTest, AnAddressThatIsNoneIsCalledSo) {
+  for (const char* address : {"ftp://127.0.0.1", "http://[x"}) {
+    EXPECT_EQ(JsonClient(address, {}).get("/x").problem,
+              "The address of the online services (--services) is none that begins with http:// "
+              "or https://.")
+        << address;
+  }
+}
+
 TEST(JsonClientTest, ABodyBeyondTheLimitIsRefused) {
   ScriptedServer server;
   server.always(Script::answer(okResponse(std::string(JsonClient::kMaxAnswer + 1, 'x'))));
