@@ -19,6 +19,23 @@
 #include "playerx/transfers/Tuning.h"
 #include "playerx/transfers/WorkQueue.h"
 
+// The chain a transfer passes through; an indented class is owned by the one above it. In brackets
+// the thread that runs it.
+//
+//   Downloads             checks the wish, gives the uid                        [any caller]
+//     ReportBook          the sessions, for whoever asks about them             [any caller]
+//     ReportDelivery      the receiver's reports, one after the other           [reports]
+//     Engine              takes sessions to begin and to stop                   [engine]
+//       FetchLoop         libcurl's multi handle: all requests side by side     [engine]
+//       WorkQueue         opens, syncs and places partials                      [files]
+//       Transfer          one session at work, from its partial to its place    [engine]
+//         Fetch           the present request, a libcurl handle in the loop     [engine]
+//         Attempt         judges what it brings, appends to the partial         [engine]
+//         Part            the bytes and their state                             [engine or files]
+//
+// Session, with its SessionLog, is shared by all of them and outlives its transfer. On the way:
+// openPart [files] -> Fetch -> Attempt -> Part [engine] -> placeFilm [files] -> ReportDelivery.
+
 namespace playerx::transfers {
 
 /// The library's own thread, on which all sessions run side by side.
