@@ -6,7 +6,10 @@
 
 namespace playerx::transfers {
 
-/// Average speed of the last few seconds. Time comes from the caller and never goes back.
+/// Average speed of the last few seconds, up to the moment of the question: it falls to 0 when
+/// nothing comes any more. Fed at every turn of the engine, it keeps one measurement per 100 ms.
+/// (`SpeedMeter` of the command line is fed with rare reports and keeps its last value between
+/// them.) Time comes from the caller and never goes back. Not synchronised.
 class SpeedWindow {
  public:
   using Time = std::chrono::steady_clock::time_point;
