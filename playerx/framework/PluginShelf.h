@@ -10,7 +10,7 @@
 
 #include "KPIM/PluginInfo.h"
 #include "playerx/framework/PluginCreation.h"
-#include "playerx/platform/Monitor.h"
+#include "playerx/platform/GuardMutex.h"
 
 namespace playerx {
 

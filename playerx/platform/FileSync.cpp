@@ -6,7 +6,7 @@
 
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileSyncer.h"
-#include "playerx/platform/Monitor.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/platform/ReplacementFile.h"
 
 namespace playerx {

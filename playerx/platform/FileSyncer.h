@@ -7,7 +7,7 @@
 #include <set>
 #include <thread>
 
-#include "playerx/platform/Monitor.h"
+#include "playerx/platform/GuardMutex.h"
 
 namespace playerx {
 

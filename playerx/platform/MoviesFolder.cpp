@@ -3,7 +3,7 @@
 #include <QStandardPaths>
 
 #include "kvpm/PathTools.h"
-#include "playerx/platform/Monitor.h"
+#include "playerx/platform/GuardMutex.h"
 
 namespace playerx {
 namespace {

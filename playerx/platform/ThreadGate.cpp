@@ -1,6 +1,6 @@
 #include "playerx/platform/ThreadGate.h"
 
-#include "playerx/platform/Monitor.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/platform/ThreadGateWait.h"
 
 namespace playerx {

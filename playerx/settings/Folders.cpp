@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "playerx/platform/Monitor.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/settings/ChosenFolders.h"
 
 namespace playerx {

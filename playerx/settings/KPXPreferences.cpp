@@ -2,7 +2,7 @@
 
 #include <QVariant>
 
-#include "playerx/platform/Monitor.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/platform/MoviesFolder.h"
 #include "playerx/settings/PreferenceOverrides.h"
 

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "playerx/platform/Monitor.h"
+#include "playerx/platform/GuardMutex.h"
 
 namespace playerx {
 namespace {
