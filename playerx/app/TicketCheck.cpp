@@ -13,7 +13,7 @@ using kvpm::StringTools;
 
 struct Line {
   int number;
-  std::wstring text;  ///< trimmed, not empty
+  std::wstring text;  ///< trimmed once, not empty
 };
 
 /// A key with its value; a line without "=" is both.
@@ -44,10 +44,13 @@ std::vector<Line> linesOf(const std::wstring& text) {
   return lines;
 }
 
-std::optional<Entry> entryOf(const std::wstring& line) {
+/// The line is trimmed once more, as the manager does: that may take off what the first time laid
+/// bare.
+std::optional<Entry> entryOf(const std::wstring& text) {
+  const std::wstring line = trimmed(text);
   const std::size_t equals = line.find(L'=');
+  if (line.empty() || equals == line.size() - 1) return std::nullopt;
   if (equals == std::wstring::npos) return Entry{line, line};
-  if (equals + 1 >= line.size()) return std::nullopt;
   return Entry{trimmed(line.substr(0, equals)), trimmed(line.substr(equals + 1))};
 }
 
@@ -67,12 +70,12 @@ class BodyReader {
   explicit BodyReader(TicketCheck& check) : check_(check) {}
 
   void read(const Line& line) {
-    const std::optional<Entry> entry = entryOf(line.text);
-    if (line.text == L"start") {
+    const std::wstring word = trimmed(line.text);
+    if (word == L"start") {
       open(line.number);
-    } else if (line.text == L"end") {
+    } else if (word == L"end") {
       close(line.number);
-    } else if (film_ && entry) {
+    } else if (const std::optional<Entry> entry = entryOf(line.text); film_ && entry) {
       set(*entry);
     }
   }

@@ -76,5 +76,28 @@ TEST(TicketCheckTest, AnEndWithoutStartIsNamed) {
   EXPECT_EQ(check.problems[0].line, 2);
 }
 
+TEST(TicketCheckTest, ALineIsTrimmedOnceMoreAsTheManagerDoes) {
+  const struct {
+    const char* what;
+    std::wstring text;
+    std::vector<TicketFilm> films;
+  } rows[] = {
+      {"start", kHeader + L" \tstart\nurl=a\nend", {{L"", L"", L"a", 2}}},
+      {"end",
+       kHeader + L"start\nurl=a\n \tend\nstart\nurl=b\nend",
+       {{L"", L"", L"a", 2}, {L"", L"", L"b", 5}}},
+      {"first line", L" \t \nstart\nurl=a\nend", {{L"", L"", L"a", 2}}},
+      {"header", L"x=\t \nstart\nurl=a\nend", {{L"", L"", L"a", 2}}},
+      {"key", kHeader + L"start\n \turl=a\nend", {{L"", L"", L"a", 2}}},
+      {"bare key", kHeader + L"start\n \turl\nend", {{L"", L"", L"url", 2}}},
+      {"no value", kHeader + L"start\nurl=a\nurl=\t \nend", {{L"", L"", L"a", 2}}},
+      {"emptied", kHeader + L"start\nurl=a\ntitle=b\ntitle=\t \t \t \nend", {{L"", L"", L"a", 2}}},
+      {"kept", kHeader + L"start\nurl=a\ntitle=b\ntitle= \t \nend", {{L"b", L"", L"a", 2}}},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(checkClearTicket(row.text).films, row.films) << row.what;
+  }
+}
+
 }  // namespace
 }  // namespace playerx
