@@ -5,7 +5,7 @@
 #include <new>
 #include <utility>
 
-#include "download/HeaderLine.h"
+#include "download/AnnouncedHeader.h"
 #include "download/HttpCallback.h"
 
 namespace {

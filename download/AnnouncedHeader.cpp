@@ -1,4 +1,4 @@
-#include "download/HeaderLine.h"
+#include "download/AnnouncedHeader.h"
 
 #include <cstddef>
 #include <cstdlib>
