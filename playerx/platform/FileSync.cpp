@@ -5,9 +5,9 @@
 #include <cstdlib>
 
 #include "playerx/platform/Descriptor.h"
-#include "playerx/platform/FileSyncer.h"
 #include "playerx/platform/GuardMutex.h"
 #include "playerx/platform/ReplacementFile.h"
+#include "playerx/platform/SyncBatcher.h"
 
 namespace playerx {
 namespace {
@@ -25,13 +25,13 @@ void syncPath(const fs::path& path, int flags) {
 // Once per name is enough: whoever wrote before this process began has left by now or lives.
 bool isFirstOfItsName(const fs::path& file) {
   static GuardMutex mutex;
-  static FileSyncer::Files& seen = *new FileSyncer::Files;  // outlives the syncing at process end
+  static SyncBatcher::Files& seen = *new SyncBatcher::Files;  // outlives the syncing at process end
   const GuardLock lock(mutex);
   return seen.insert(file).second;
 }
 
-void syncToDisk(const FileSyncer::Files& files) {
-  FileSyncer::Files folders;
+void syncToDisk(const SyncBatcher::Files& files) {
+  SyncBatcher::Files folders;
   for (const fs::path& file : files) {
     syncPath(file, 0);
     folders.insert(file.parent_path());
@@ -43,10 +43,10 @@ void syncToDisk(const FileSyncer::Files& files) {
 }
 
 // Never destroyed: files may still be closed by destructors that run late in the process.
-FileSyncer& syncer() {
-  static FileSyncer& instance = []() -> FileSyncer& {
-    auto* made = new FileSyncer(syncToDisk, kGathering);
-    std::atexit([] { syncer().finish(); });
+SyncBatcher& batcher() {
+  static SyncBatcher& instance = []() -> SyncBatcher& {
+    auto* made = new SyncBatcher(syncToDisk, kGathering);
+    std::atexit([] { batcher().finish(); });
     return *made;
   }();
   return instance;
@@ -54,9 +54,9 @@ FileSyncer& syncer() {
 
 }  // namespace
 
-void syncSoon(const fs::path& file) { syncer().request(fs::absolute(file)); }
+void syncSoon(const fs::path& file) { batcher().request(fs::absolute(file)); }
 
-void flushFileSyncs() { syncer().flush(); }
+void flushFileSyncs() { batcher().flush(); }
 
 void syncFolderOf(const fs::path& file) { syncPath(fs::absolute(file).parent_path(), O_DIRECTORY); }
 

@@ -10,24 +10,24 @@
 #include <thread>
 #include <vector>
 
-#include "playerx/platform/FileSyncer.h"
+#include "playerx/platform/SyncBatcher.h"
 #include "tests/support/Gate.h"
 #include "tests/support/WaitFor.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using playerx::FileSyncer;
+using playerx::SyncBatcher;
 using support::Gate;
 using support::waitFor;
-using Files = FileSyncer::Files;
+using Files = SyncBatcher::Files;
 
 constexpr auto kLong = 1h;  // nothing comes before a flush
 
 /// Remembers what it was asked to sync, and can be held up in the middle of it.
 class Disk {
  public:
-  FileSyncer::Action action() {
+  SyncBatcher::Action action() {
     return [this](const Files& files) {
       {
         const std::lock_guard lock(mutex_);
@@ -60,50 +60,50 @@ class Disk {
   std::thread::id thread_;
 };
 
-TEST(FileSyncer, SyncsByItselfOnceTheGatheringIsOver) {
+TEST(SyncBatcher, SyncsByItselfOnceTheGatheringIsOver) {
   Disk disk;
-  FileSyncer syncer(disk.action(), 1ms);
-  syncer.request("/a");
+  SyncBatcher batcher(disk.action(), 1ms);
+  batcher.request("/a");
   ASSERT_TRUE(waitFor([&] { return disk.batches().size() == 1; }));
-  syncer.request("/b");
+  batcher.request("/b");
   ASSERT_TRUE(waitFor([&] { return disk.batches().size() == 2; }));
   EXPECT_EQ(disk.batches(), (std::vector<Files>{{"/a"}, {"/b"}}));
   EXPECT_NE(disk.thread(), std::this_thread::get_id());
 }
 
-TEST(FileSyncer, GathersWhatComesMeanwhile) {
+TEST(SyncBatcher, GathersWhatComesMeanwhile) {
   Disk disk;
-  FileSyncer syncer(disk.action(), kLong);
-  for (int change = 0; change < 1000; ++change) syncer.request("/a");
-  syncer.request("/b");
+  SyncBatcher batcher(disk.action(), kLong);
+  for (int change = 0; change < 1000; ++change) batcher.request("/a");
+  batcher.request("/b");
   EXPECT_TRUE(disk.batches().empty());
-  syncer.flush();
+  batcher.flush();
   EXPECT_EQ(disk.batches(), (std::vector<Files>{{"/a", "/b"}}));
 }
 
-TEST(FileSyncer, RequestsDoNotWaitForTheDisk) {
+TEST(SyncBatcher, RequestsDoNotWaitForTheDisk) {
   Disk disk;
   disk.slow = true;
-  FileSyncer syncer(disk.action(), 0ms);
-  syncer.request("/a");
+  SyncBatcher batcher(disk.action(), 0ms);
+  batcher.request("/a");
   ASSERT_TRUE(disk.began.wait());
-  syncer.request("/a");  // would hang here if the lock were held
-  syncer.request("/b");
+  batcher.request("/a");  // would hang here if the lock were held
+  batcher.request("/b");
   disk.go.open();
-  syncer.flush();
+  batcher.flush();
   EXPECT_EQ(disk.batches().front(), Files{"/a"});
   EXPECT_TRUE(disk.batches().back().contains("/b"));
 }
 
-TEST(FileSyncer, FlushWaitsForASyncThatHasBegun) {
+TEST(SyncBatcher, FlushWaitsForASyncThatHasBegun) {
   Disk disk;
   disk.slow = true;
-  FileSyncer syncer(disk.action(), 0ms);
-  syncer.request("/a");
+  SyncBatcher batcher(disk.action(), 0ms);
+  batcher.request("/a");
   ASSERT_TRUE(disk.began.wait());
   bool endedFirst = false;
   std::thread flusher([&] {
-    syncer.flush();
+    batcher.flush();
     endedFirst = disk.ended;
   });
   disk.go.open();
@@ -112,16 +112,16 @@ TEST(FileSyncer, FlushWaitsForASyncThatHasBegun) {
   EXPECT_EQ(disk.batches().size(), 1U);
 }
 
-TEST(FileSyncer, FlushWaitsForASyncThatTheFinishWaitsForToo) {
+TEST(SyncBatcher, FlushWaitsForASyncThatTheFinishWaitsForToo) {
   Disk disk;
   disk.slow = true;
-  FileSyncer syncer(disk.action(), 0ms);
-  syncer.request("/a");
+  SyncBatcher batcher(disk.action(), 0ms);
+  batcher.request("/a");
   ASSERT_TRUE(disk.began.wait());
-  std::thread finisher([&] { syncer.finish(); });
+  std::thread finisher([&] { batcher.finish(); });
   bool endedFirst = false;
   std::thread flusher([&] {
-    syncer.flush();
+    batcher.flush();
     endedFirst = disk.ended;
   });
   disk.go.open();
@@ -130,77 +130,77 @@ TEST(FileSyncer, FlushWaitsForASyncThatTheFinishWaitsForToo) {
   EXPECT_TRUE(endedFirst);
 }
 
-TEST(FileSyncer, FlushWithoutARequestReturns) {
+TEST(SyncBatcher, FlushWithoutARequestReturns) {
   Disk disk;
-  FileSyncer syncer(disk.action(), kLong);
-  syncer.flush();
-  syncer.request("/a");
-  syncer.flush();
-  syncer.flush();
+  SyncBatcher batcher(disk.action(), kLong);
+  batcher.flush();
+  batcher.request("/a");
+  batcher.flush();
+  batcher.flush();
   EXPECT_EQ(disk.batches().size(), 1U);
 }
 
-TEST(FileSyncer, FlushEndsThoughRequestsGoOn) {
+TEST(SyncBatcher, FlushEndsThoughRequestsGoOn) {
   Disk disk;
-  FileSyncer syncer(disk.action(), 0ms);
+  SyncBatcher batcher(disk.action(), 0ms);
   std::atomic<bool> enough{false};
   std::thread writer([&] {
-    while (!enough) syncer.request("/a");
+    while (!enough) batcher.request("/a");
   });
-  syncer.request("/b");
-  syncer.flush();
+  batcher.request("/b");
+  batcher.flush();
   enough = true;
   writer.join();
 }
 
-TEST(FileSyncer, ItsEndSyncsWhatIsLeft) {
+TEST(SyncBatcher, ItsEndSyncsWhatIsLeft) {
   Disk disk;
   {
-    FileSyncer syncer(disk.action(), kLong);
-    syncer.request("/a");
+    SyncBatcher batcher(disk.action(), kLong);
+    batcher.request("/a");
   }
   EXPECT_EQ(disk.batches(), (std::vector<Files>{{"/a"}}));
 }
 
-TEST(FileSyncer, AfterItsFinishRequestsAreDoneAtOnce) {
+TEST(SyncBatcher, AfterItsFinishRequestsAreDoneAtOnce) {
   Disk disk;
-  FileSyncer syncer(disk.action(), kLong);
-  syncer.finish();
-  syncer.request("/a");
+  SyncBatcher batcher(disk.action(), kLong);
+  batcher.finish();
+  batcher.request("/a");
   EXPECT_EQ(disk.batches(), (std::vector<Files>{{"/a"}}));
   EXPECT_EQ(disk.thread(), std::this_thread::get_id());
-  syncer.finish();
+  batcher.finish();
   EXPECT_EQ(disk.batches().size(), 1U);
 }
 
-TEST(FileSyncer, ManyThreadsMayRequestFlushAndFinish) {
+TEST(SyncBatcher, ManyThreadsMayRequestFlushAndFinish) {
   Disk disk;
-  FileSyncer syncer(disk.action(), 0ms);
+  SyncBatcher batcher(disk.action(), 0ms);
   std::vector<std::thread> threads;
   for (int number = 0; number < 4; ++number) {
     threads.emplace_back([&, number] {
       for (int change = 0; change < 200; ++change) {
-        syncer.request("/" + std::to_string(number));
-        if (change % 50 == 0) syncer.flush();
+        batcher.request("/" + std::to_string(number));
+        if (change % 50 == 0) batcher.flush();
       }
-      if (number == 0) syncer.finish();
+      if (number == 0) batcher.finish();
     });
   }
   for (std::thread& thread : threads) thread.join();
-  syncer.flush();
+  batcher.flush();
   Files seen;
   for (const Files& batch : disk.batches()) seen.insert(batch.begin(), batch.end());
   EXPECT_EQ(seen, (Files{"/0", "/1", "/2", "/3"}));
 }
 
-TEST(FileSyncer, AChildProcessLeavesTheWorkToItsParent) {
+TEST(SyncBatcher, AChildProcessLeavesTheWorkToItsParent) {
   Disk disk;
-  FileSyncer syncer(disk.action(), kLong);
-  syncer.request("/a");
+  SyncBatcher batcher(disk.action(), kLong);
+  batcher.request("/a");
   const pid_t child = ::fork();
   if (child == 0) {
     ::alarm(30);  // instead of waiting for ever for a thread that it does not have
-    syncer.finish();
+    batcher.finish();
     ::_exit(disk.batches().empty() ? 0 : 1);
   }
   int status = -1;
@@ -208,12 +208,12 @@ TEST(FileSyncer, AChildProcessLeavesTheWorkToItsParent) {
   EXPECT_EQ(status, 0);
 }
 
-TEST(FileSyncer, ItsThreadTakesNoSignals) {
+TEST(SyncBatcher, ItsThreadTakesNoSignals) {
   sigset_t inside;
   sigemptyset(&inside);
-  FileSyncer syncer([&](const Files&) { pthread_sigmask(SIG_SETMASK, nullptr, &inside); }, 0ms);
-  syncer.request("/a");
-  syncer.flush();
+  SyncBatcher batcher([&](const Files&) { pthread_sigmask(SIG_SETMASK, nullptr, &inside); }, 0ms);
+  batcher.request("/a");
+  batcher.flush();
   EXPECT_EQ(sigismember(&inside, SIGINT), 1);
   EXPECT_EQ(sigismember(&inside, SIGTERM), 1);
   sigset_t outside;

@@ -11,24 +11,25 @@
 
 namespace playerx {
 
-/// Gathers files that are to be synced and has them synced together on one thread of its own.
+/// Gathers files that are to be synced and has them synced in batches on one thread of its own.
+/// `FileSync.h` holds the one of the process.
 ///
 /// The thread starts with the first request and takes no signals. All operations may be called from
 /// any thread; the lock is never held while files are synced. Does not throw: without a thread to
 /// be had, files wait for the next request, `flush` or `finish`.
-class FileSyncer {
+class SyncBatcher {
  public:
   using Files = std::set<std::filesystem::path>;
   using Action = std::function<void(const Files&)>;
 
   /// `action` syncs the files it is given; it may be called on several threads at once. A file is
   /// given to it at most `gathering` after its request, once the action before has returned.
-  FileSyncer(Action action, std::chrono::milliseconds gathering);
-  FileSyncer(const FileSyncer&) = delete;
-  FileSyncer& operator=(const FileSyncer&) = delete;
+  SyncBatcher(Action action, std::chrono::milliseconds gathering);
+  SyncBatcher(const SyncBatcher&) = delete;
+  SyncBatcher& operator=(const SyncBatcher&) = delete;
 
   /// Calls `finish`.
-  ~FileSyncer();
+  ~SyncBatcher();
 
   /// Does not wait for a sync, unless `finish` was called: then the file is synced at once.
   void request(const std::filesystem::path& file);

@@ -1,4 +1,4 @@
-#include "playerx/platform/FileSyncer.h"
+#include "playerx/platform/SyncBatcher.h"
 
 #include <unistd.h>
 
@@ -8,12 +8,13 @@
 #include "playerx/platform/QuietThread.h"
 
 namespace playerx {
-FileSyncer::FileSyncer(Action action, std::chrono::milliseconds gathering)
+
+SyncBatcher::SyncBatcher(Action action, std::chrono::milliseconds gathering)
     : action_(std::move(action)), gathering_(gathering), process_(::getpid()) {}
 
-FileSyncer::~FileSyncer() { finish(); }
+SyncBatcher::~SyncBatcher() { finish(); }
 
-void FileSyncer::request(const std::filesystem::path& file) {
+void SyncBatcher::request(const std::filesystem::path& file) {
   const GuardLock lock(mutex_);
   const bool first = pending_.empty();
   pending_.insert(file);
@@ -26,7 +27,7 @@ void FileSyncer::request(const std::filesystem::path& file) {
   if (first) work_.notifyOne();
 }
 
-void FileSyncer::flush() {
+void SyncBatcher::flush() {
   const GuardLock lock(mutex_);
   const std::uint64_t wanted = requested_;
   ++flushing_;
@@ -36,7 +37,7 @@ void FileSyncer::flush() {
   --flushing_;
 }
 
-void FileSyncer::finish() {
+void SyncBatcher::finish() {
   if (::getpid() != process_) return;
   const GuardLock lock(mutex_);
   finishing_ = true;
@@ -48,7 +49,7 @@ void FileSyncer::finish() {
   syncPending();
 }
 
-void FileSyncer::ensureThread() {
+void SyncBatcher::ensureThread() {
   if (thread_.joinable()) return;
   try {
     thread_ = startQuietThread([this] { run(); });
@@ -57,7 +58,7 @@ void FileSyncer::ensureThread() {
   }
 }
 
-void FileSyncer::run() {
+void SyncBatcher::run() {
   const GuardLock lock(mutex_);
   while (true) {
     while (!finishing_ && pending_.empty()) work_.wait(mutex_);
@@ -69,7 +70,7 @@ void FileSyncer::run() {
   }
 }
 
-void FileSyncer::syncPending() {
+void SyncBatcher::syncPending() {
   const Files files = std::exchange(pending_, {});
   taken_ = requested_;
   ++syncing_;
