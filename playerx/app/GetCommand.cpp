@@ -114,6 +114,7 @@ int GetCommand::workUntilDone(int refused) {
   if (somethingFailed_) return kExitFailed;
   return refused > 0 ? kExitUsage : kExitDone;
 }
+  passMessagesOn();  // what the player said of the last film
 
 void GetCommand::lookAtQueue() {
   std::vector<ItemState> now = snapshotOf(manager_);
