@@ -6,8 +6,16 @@ namespace playerx {
 
 namespace {
 
+/// Whether the library did not like where it was sent, rather than what it was asked.
+bool isBadRedirect(const ProbeResult& probe) {
+  const bool isOfAddress =
+      probe.curlCode == CURLE_UNSUPPORTED_PROTOCOL || probe.curlCode == CURLE_URL_MALFORMAT;
+  return isOfAddress && probe.redirects > 0;
+}
+
 FailureReason reasonFromCurl(const ProbeResult& probe) {
   const std::string& host = probe.host;
+  if (isBadRedirect(probe)) return badRedirect(host);
   switch (probe.curlCode) {
     case CURLE_URL_MALFORMAT:
       return {"unsupported_url",
@@ -57,6 +65,14 @@ FailureReason reasonFromCurl(const ProbeResult& probe) {
 }
 
 }  // namespace
+
+FailureReason badAnswer(const std::string& host) {
+  return {"bad_answer", host + " gave no proper answer; try again later."};
+}
+
+FailureReason badRedirect(const std::string& host) {
+  return {"bad_redirect", host + " sends the player on to where no film is; ask the provider."};
+}
 
 FailureReason reasonFromStatus(long status, const std::string& host) {
   const std::string number = std::to_string(status);

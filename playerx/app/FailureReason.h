@@ -18,6 +18,7 @@ struct FailureReason {
 struct ProbeResult {
   int curlCode = 0;          ///< libcurl's result
   long status = 0;           ///< HTTP status of the last answer; 0 when there was none
+  long redirects = 0;        ///< followed
   std::int64_t length = -1;  ///< announced bytes; -1 when none were announced
   std::string host;          ///< of the address asked
   std::string detail;        ///< libcurl's own words; may be empty
@@ -25,6 +26,12 @@ struct ProbeResult {
 
 /// The reason that a second look at the server shows; none when the server answered as it should.
 std::optional<FailureReason> reasonFromProbe(const ProbeResult& probe);
+
+/// What the server of `host` says cannot be understood.
+FailureReason badAnswer(const std::string& host);
+
+/// The server of `host` redirected to something that is no address of a film.
+FailureReason badRedirect(const std::string& host);
 
 /// The reason for an HTTP status of 400 and above.
 FailureReason reasonFromStatus(long status, const std::string& host);

@@ -64,6 +64,7 @@ ProbeResult probeServer(const std::string& url, const TrustedAuthorities& author
   result.curlCode = curl_easy_perform(curl.get());
   result.detail = words.data();
   curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &result.status);
+  curl_easy_getinfo(curl.get(), CURLINFO_REDIRECT_COUNT, &result.redirects);
   curl_off_t length = -1;
   curl_easy_getinfo(curl.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   result.length = length;

@@ -30,7 +30,7 @@ std::string sentenceOf(TransferFailure failure, const TransferReport& report,
       return "The file of trusted certificates cannot be read; check --cacert.";
     case TransferFailure::kRedirectLoop:
     case TransferFailure::kBadRedirect:
-      return host + " sends the player on to where no film is; ask the provider.";
+      return badRedirect(host).sentence;
     case TransferFailure::kDropped:
       return "The connection to " + host +
              " broke again and again; what has arrived is kept, retry "
