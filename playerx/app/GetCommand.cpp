@@ -44,19 +44,22 @@ GetCommand::GetCommand(const Options& options, VeskPlayerX::DownloadManagerInter
       reporter_(reporter),
       wakeUp_(wakeUp),
       knowledge_(std::move(knowledge)),
-      explainer_(wakeUp, trustedAuthorities(), knowledge_.reasonOf) {}
+      explainer_(wakeUp, trustedAuthorities(), knowledge_.reasonOf),
+      queue_(snapshotOf(manager)) {}
 
 int GetCommand::run() {
-  queue_ = snapshotOf(manager_);
-  const int refused = addInputs();
+  const std::optional<int> refused = addInputs();
+  if (!refused) return park();
   passMessagesOn();
-  if (refused > 0 && refused == static_cast<int>(options_.inputs.size())) return kExitUsage;
-  return workUntilDone(refused);
+  if (*refused > 0 && *refused == static_cast<int>(options_.inputs.size())) return kExitUsage;
+  return workUntilDone(*refused);
 }
 
-int GetCommand::addInputs() {
+/// Returns how many were refused; nothing when the user interrupts, which keeps what was added.
+std::optional<int> GetCommand::addInputs() {
   int refused = 0;
   for (const std::string& input : options_.inputs) {
+    if (wakeUp_.takeInterrupt()) return std::nullopt;
     if (!addOne(input)) ++refused;
     lookAtQueue();
   }
@@ -111,10 +114,10 @@ int GetCommand::workUntilDone(int refused) {
     if (reason == WakeReason::kInterrupt) return park();
     if (reason == WakeReason::kTimeout) reportSpeed();
   }
+  passMessagesOn();  // what the player said of the last film
   if (somethingFailed_) return kExitFailed;
   return refused > 0 ? kExitUsage : kExitDone;
 }
-  passMessagesOn();  // what the player said of the last film
 
 void GetCommand::lookAtQueue() {
   std::vector<ItemState> now = snapshotOf(manager_);
@@ -182,6 +185,7 @@ bool GetCommand::isDone() const {
 int GetCommand::park() {
   manager_.pause();
   lookAtQueue();
+  passMessagesOn();
   reporter_.note("Interrupted; what has arrived is kept, and the next `get` goes on from there.");
   return kExitInterrupted;
 }

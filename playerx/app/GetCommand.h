@@ -26,7 +26,8 @@ struct Options;
 /// the module's view attached.
 class GetCommand {
  public:
-  /// Nothing is owned; everything outlives the command.
+  /// Nothing is owned; everything outlives the command. The queue as it is now is what later
+  /// changes are told against, so the module's scheduler must still be held back.
   GetCommand(const Options& options, VeskPlayerX::DownloadManagerInterface& manager,
              QueueView& view, ConsoleMessages& messages, Reporter& reporter, WakeUp& wakeUp,
              TransferKnowledge knowledge);
@@ -36,7 +37,7 @@ class GetCommand {
   int run();
 
  private:
-  int addInputs();
+  std::optional<int> addInputs();
   bool addOne(const std::string& input);
   bool addAddress(const std::string& address);
   bool addTicket(const std::string& path);

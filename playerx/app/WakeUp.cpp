@@ -28,9 +28,14 @@ int checked(int descriptor, const char* what) {
 
 }  // namespace
 
-WakeUp::WakeUp() : eventFd_(checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd")) {
+void blockInterrupts() {
   const sigset_t set = interrupts();
   pthread_sigmask(SIG_BLOCK, &set, nullptr);
+}
+
+WakeUp::WakeUp() : eventFd_(checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd")) {
+  blockInterrupts();
+  const sigset_t set = interrupts();
   signalFd_ = checked(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC), "signalfd");
 }
 

@@ -7,6 +7,10 @@ namespace playerx {
 /// What ended a wait.
 enum class WakeReason { kEvent, kInterrupt, kTimeout };
 
+/// Blocks SIGINT, SIGTERM and SIGHUP in this thread and in all that are started from it, so that
+/// none ends the program before a `WakeUp` takes it. Call it first of all.
+void blockInterrupts();
+
 /// The main thread's one place to wait: for events that other threads raise, for Ctrl-C, or for a
 /// time. While it lives, SIGINT, SIGTERM and SIGHUP are blocked in the thread that built it and in
 /// all threads started from there, and are taken as interrupts. Build it before any thread.
@@ -27,13 +31,14 @@ class WakeUp {
   /// goes before an event. Main thread only.
   WakeReason wait(std::chrono::milliseconds timeout);
 
+  /// Whether an interrupt has come; takes it. Main thread only.
+  bool takeInterrupt();
+
   /// Waits for `time`, or less when an interrupt comes; what was raised stays for the next `wait`.
   /// Returns kInterrupt or kTimeout. Main thread only.
   WakeReason rest(std::chrono::milliseconds time);
 
  private:
-  bool takeInterrupt();
-
   int eventFd_;
   int signalFd_;
 };

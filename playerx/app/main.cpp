@@ -56,22 +56,30 @@ class AttachedView {
   VeskPlayerX::DownloadManagerInterface& manager_;
 };
 
-int runWithQueue(const Options& options, PlayerHost& host, ConsoleMessages& messages,
-                 Reporter& reporter, WakeUp& wakeUp) {
+int runGet(const Options& options, PlayerHost& host, QueueView& view, ConsoleMessages& messages,
+           Reporter& reporter, WakeUp& wakeUp) {
+  trustForTransfers(host.context(), trustedAuthorities().file);
+  GetCommand command(options, host.manager(), view, messages, reporter, wakeUp,
+                     transferKnowledge(host.context()));
+  ThreadGate::open();
+  return command.run();
+}
+
+int runWithQueue(const Options& options, const Places& places, PlayerHost& host,
+                 ConsoleMessages& messages, Reporter& reporter, WakeUp& wakeUp) {
   // Printing the queue must not write it: no view, no writing.
   if (options.command == Options::kList) {
     return runQueueCommand(options, host.manager(), reporter);
   }
   QueueView view(wakeUp, askForSlot);
   const AttachedView attached(host.manager(), view);
-  if (options.command != Options::kGet) {
-    return runQueueCommand(options, host.manager(), reporter);
-  }
-  trustForTransfers(host.context(), trustedAuthorities().file);
-  ThreadGate::open();
-  return GetCommand(options, host.manager(), view, messages, reporter, wakeUp,
-                    transferKnowledge(host.context()))
-      .run();
+  const int status = options.command == Options::kGet
+                         ? runGet(options, host, view, messages, reporter, wakeUp)
+                         : runQueueCommand(options, host.manager(), reporter);
+  const std::string loss = saved.loss(host.manager());
+  if (loss.empty()) return status;
+  reporter.note(loss);
+  return kExitFailed;
 }
 
 int run(const Options& options) {
@@ -133,5 +141,7 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     std::cerr << "playerx-cli: " << error.what() << std::endl;
     return playerx::kExitFailed;
+  playerx::blockInterrupts();
+  const bool hasHome = playerx::settleHome();
   }
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <thread>
 
 #include "playerx/app/WakeUp.h"
@@ -50,6 +51,25 @@ TEST(WakeUpTest, AnInterruptEndsARest) {
   WakeUp wakeUp;
   ASSERT_EQ(pthread_kill(pthread_self(), SIGINT), 0);
   EXPECT_EQ(wakeUp.rest(minutes(5)), WakeReason::kInterrupt);
+}
+
+TEST(WakeUpTest, AnInterruptIsTakenOnce) {
+  WakeUp wakeUp;
+  EXPECT_FALSE(wakeUp.takeInterrupt());
+  ASSERT_EQ(pthread_kill(pthread_self(), SIGTERM), 0);
+  EXPECT_TRUE(wakeUp.takeInterrupt());
+  EXPECT_FALSE(wakeUp.takeInterrupt());
+}
+
+TEST(WakeUpTest, AnInterruptThatCameBeforeIsNotLost) {
+  EXPECT_EXIT(
+      {
+        blockInterrupts();
+        raise(SIGTERM);
+        WakeUp wakeUp;
+        std::_Exit(wakeUp.takeInterrupt() ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 TEST(WakeUpTest, ReleasedInterruptsEndTheProgram) {
