@@ -21,6 +21,16 @@ std::optional<FailureReason> reasonFromNotices(const ItemState& item,
   return std::nullopt;
 }
 
+bool isWorthAsking(const ItemState& item, const FailureReason& reason) {
+  return reason.code == noSpaceAt("").code && item.ticket.empty() && item.size == 0;
+}
+
+FailureReason weigh(const std::optional<FailureReason>& known,
+                    const std::optional<FailureReason>& probed) {
+  if (!known) return probed.value_or(unexplained());
+  return probed && probed->code == badAnswer("").code ? *probed : *known;
+}
+
 FailureExplainer::FailureExplainer(WakeUp& wakeUp, TrustedAuthorities authorities,
                                    LibraryReason libraryReason)
     : wakeUp_(wakeUp),
@@ -34,16 +44,13 @@ FailureExplainer::~FailureExplainer() {
 void FailureExplainer::explain(const ItemState& item, const std::vector<Notice>& notices,
                                const std::string& words) {
   ++open_;
-  if (std::optional<FailureReason> reason = reasonFromNotices(item, notices, words)) {
-    return answer(item, *std::move(reason));
-  }
-  if (std::optional<FailureReason> reason = libraryReason_(item)) {
-    return answer(item, *std::move(reason));
-  }
-  questions_.emplace_back([this, item](const std::stop_token& stop) {
+  std::optional<FailureReason> reason = reasonFromNotices(item, notices, words);
+  if (!reason) reason = libraryReason_(item);
+  if (reason && !isWorthAsking(item, *reason)) return answer(item, *std::move(reason));
+  questions_.emplace_back([this, item, reason](const std::stop_token& stop) {
     const ProbeResult probe = probeServer(item.url, authorities_, stop);
     if (stop.stop_requested()) return;
-    answer(item, reasonFromProbe(probe).value_or(unexplained()));
+    answer(item, weigh(reason, reasonFromProbe(probe)));
   });
 }
 

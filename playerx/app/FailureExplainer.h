@@ -65,4 +65,12 @@ std::optional<FailureReason> reasonFromNotices(const ItemState& item,
                                                const std::vector<Notice>& notices,
                                                const std::string& words);
 
+/// Whether the server has to be asked all the same: there seems to be too little room, but for a
+/// size that the module did not even note and that may be nonsense.
+bool isWorthAsking(const ItemState& item, const FailureReason& reason);
+
+/// The reason to give, of the one that is known and the one that a second look at the server shows.
+FailureReason weigh(const std::optional<FailureReason>& known,
+                    const std::optional<FailureReason>& probed);
+
 }  // namespace playerx

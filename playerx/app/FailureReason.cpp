@@ -54,7 +54,7 @@ FailureReason reasonFromCurl(const ProbeResult& probe) {
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_UNSUPPORTED_PROTOCOL:  // the address asked is http or https, so the answer is not
     case CURLE_OUT_OF_MEMORY:         // a header without end
-      return {"bad_answer", host + " gave no proper answer; try again later."};
+      return badAnswer(host);
     default:
       return {"network",
               host + " could not be asked (" +
@@ -117,7 +117,8 @@ std::optional<FailureReason> reasonFromProbe(const ProbeResult& probe) {
 
 FailureReason noSpaceAt(const std::string& path) {
   return {"no_space", "There is too little free space at " + path +
-                          "; free some, or choose another media folder, then retry."};
+                          "; free some there, or choose other folders with --media (films) and "
+                          "--data (unfinished ones), then retry."};
 }
 
 FailureReason notAuthorized(int errorCode, const std::string& details) {

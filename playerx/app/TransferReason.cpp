@@ -4,6 +4,17 @@ namespace playerx {
 
 namespace {
 
+std::string sentenceOfNoSpace(const TransferReport& report) {
+  const std::string media = report.wishedPath.substr(0, report.wishedPath.rfind('/'));
+  // The technical words begin with the file that could not be written.
+  const bool isForMedia = report.detail.starts_with(media + "/");
+  return (isForMedia ? "There is no room for the film in " + media
+                     : std::string("The disk with the folder for unfinished films is full")) +
+         "; what has arrived is kept: free some space there and retry, or choose another folder "
+         "with " +
+         (isForMedia ? "--media." : "--data.");
+}
+
 /// What happened and what can be done, without the host's name where it says nothing.
 std::string sentenceOf(TransferFailure failure, const TransferReport& report,
                        const std::string& host) {
@@ -42,7 +53,7 @@ std::string sentenceOf(TransferFailure failure, const TransferReport& report,
     case TransferFailure::kKeepsChanging:
       return "The film at " + host + " changed while it was downloaded; retry later.";
     case TransferFailure::kNoSpace:
-      return "The disk is full; what has arrived is kept, free some space and retry.";
+      return sentenceOfNoSpace(report);
     case TransferFailure::kWriteFailed:
       return "The disk does not take what arrives; check it and retry.";
     case TransferFailure::kTempFolder:

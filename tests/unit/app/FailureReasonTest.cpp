@@ -8,7 +8,7 @@ namespace playerx {
 namespace {
 
 ProbeResult probe(int curlCode, long status = 0, std::int64_t length = -1) {
-  return {curlCode, status, length, "films.test", ""};
+  return {curlCode, status, 0, length, "films.test", ""};
 }
 
 std::string codeOf(const ProbeResult& result) {
@@ -35,6 +35,34 @@ TEST(FailureReasonTest, EachWayToFailHasACodeOfItsOwn) {
 
 TEST(FailureReasonTest, AServerThatAnswersAsItShouldExplainsNothing) {
   EXPECT_EQ(reasonFromProbe(probe(CURLE_OK, 200, 5)), std::nullopt);
+}
+
+TEST(FailureReasonTest, WhereTheServerSentThePlayerIsNotWhatTheUserAskedFor) {
+  for (const int code : {CURLE_UNSUPPORTED_PROTOCOL, CURLE_URL_MALFORMAT}) {
+    EXPECT_EQ(codeOf({code, 302, 1, -1, "films.test", ""}), "bad_redirect");
+  }
+  EXPECT_EQ(codeOf(probe(CURLE_UNSUPPORTED_PROTOCOL)), "bad_answer");
+  EXPECT_EQ(codeOf(probe(CURLE_URL_MALFORMAT)), "unsupported_url");
+}
+
+TEST(FailureReasonTest, ALackOfSpaceForAnUnknownSizeIsAskedAbout) {
+  ItemState item;
+  EXPECT_TRUE(isWorthAsking(item, noSpaceAt("/m")));
+  EXPECT_FALSE(isWorthAsking(item, servicesUnavailable()));
+  item.size = 5;
+  EXPECT_FALSE(isWorthAsking(item, noSpaceAt("/m")));
+  item = ItemState{};
+  item.ticket = "t";
+  EXPECT_FALSE(isWorthAsking(item, noSpaceAt("/m")));
+}
+
+TEST(FailureReasonTest, OnlyNonsenseOverrulesALackOfSpace) {
+  const FailureReason space = noSpaceAt("/m");
+  EXPECT_EQ(weigh(space, badAnswer("h")), badAnswer("h"));
+  EXPECT_EQ(weigh(space, reasonFromStatus(500, "h")), space);
+  EXPECT_EQ(weigh(space, std::nullopt), space);
+  EXPECT_EQ(weigh(std::nullopt, reasonFromStatus(500, "h")), reasonFromStatus(500, "h"));
+  EXPECT_EQ(weigh(std::nullopt, std::nullopt), unexplained());
 }
 
 TEST(FailureReasonTest, SentencesNameTheHost) {
