@@ -61,8 +61,10 @@ Places setUpPlaces(const Options& options) {
   overrideWith(kServicesAddressKey, QString::fromStdString(options.services));
   overrideWith(kPlayerKey, QString::fromStdString(options.player));
 
+  // The usual folder was noted when the program was loaded; the home folder is settled later.
   const QString media = KPXPreferences::getPreferenceHelper<QString>(
-      KPXPreferences::MediaFolder, KPXPreferences::MediaFolder_DEFAULT, true);
+      KPXPreferences::MediaFolder, QString::fromStdWString(defaultMoviesFolder()), true);
+  overrideWith(KPXPreferences::MediaFolder, media);
   setMoviesFolder(media.toStdWString());
   return {VeskPlayerX::OSUtilities::getApplicationDataPath().toStdString(), media.toStdString()};
 }

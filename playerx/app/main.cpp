@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 
@@ -10,11 +11,13 @@
 #include "playerx/app/DataFolderLock.h"
 #include "playerx/app/ExplainCommand.h"
 #include "playerx/app/GetCommand.h"
+#include "playerx/app/HomeFolder.h"
 #include "playerx/app/Options.h"
 #include "playerx/app/PlayerHost.h"
 #include "playerx/app/QueueCommands.h"
 #include "playerx/app/QueueView.h"
 #include "playerx/app/Reporter.h"
+#include "playerx/app/SavedQueue.h"
 #include "playerx/app/SetAsideFiles.h"
 #include "playerx/app/SlotQuestion.h"
 #include "playerx/app/StandardOutput.h"
@@ -71,6 +74,11 @@ int runWithQueue(const Options& options, const Places& places, PlayerHost& host,
   if (options.command == Options::kList) {
     return runQueueCommand(options, host.manager(), reporter);
   }
+  const SavedQueue saved(places.data);
+  if (const std::string obstacle = saved.obstacle(); !obstacle.empty()) {
+    reporter.note(obstacle);
+    return kExitFailed;
+  }
   QueueView view(wakeUp, askForSlot);
   const AttachedView attached(host.manager(), view);
   const int status = options.command == Options::kGet
@@ -82,7 +90,7 @@ int runWithQueue(const Options& options, const Places& places, PlayerHost& host,
   return kExitFailed;
 }
 
-int run(const Options& options) {
+int run(const Options& options, bool hasHome) {
   WakeUp wakeUp;
   if (options.command != Options::kGet) wakeUp.releaseInterrupts();
   ConsoleMessages messages(wakeUp);
@@ -90,6 +98,11 @@ int run(const Options& options) {
   StandardOutput output(options.diagnostics ? StandardOutput::Diagnostics::kToStandardError
                                             : StandardOutput::Diagnostics::kDropped);
   const std::unique_ptr<Reporter> reporter = makeReporter(options.json, columns, output.stream());
+  const std::string lack = hasHome ? "" : homelessness(options, std::getenv("XDG_DATA_HOME"));
+  if (!lack.empty()) {
+    reporter->note(lack);
+    return kExitUsage;
+  }
   const Places places = setUpPlaces(options);
 
   if (options.command == Options::kExplain) {
@@ -118,7 +131,7 @@ int run(const Options& options) {
   for (const std::string& file : keeper.setAside()) {
     reporter->note("The queue could not be read; it was set aside as " + file + ".");
   }
-  const int status = runWithQueue(options, host, messages, *reporter, wakeUp);
+  const int status = runWithQueue(options, places, host, messages, *reporter, wakeUp);
   if (output.stream().flush()) return status;
   reporter->note("What was to be said could not be written to standard output.");
   return kExitFailed;
@@ -128,6 +141,8 @@ int run(const Options& options) {
 }  // namespace playerx
 
 int main(int argc, char** argv) {
+  playerx::blockInterrupts();
+  const bool hasHome = playerx::settleHome();
   QCoreApplication application(argc, argv);
   QCoreApplication::setOrganizationName("Vesk");
   QCoreApplication::setApplicationName("VeskPlayerX");
@@ -137,11 +152,9 @@ int main(int argc, char** argv) {
   const std::optional<playerx::Options> options = playerx::parseOptions(argc, argv, &status);
   if (!options) return status;
   try {
-    return playerx::run(*options);
+    return playerx::run(*options, hasHome);
   } catch (const std::exception& error) {
     std::cerr << "playerx-cli: " << error.what() << std::endl;
     return playerx::kExitFailed;
-  playerx::blockInterrupts();
-  const bool hasHome = playerx::settleHome();
   }
 }
