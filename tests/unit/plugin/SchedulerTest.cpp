@@ -194,8 +194,15 @@ TEST_F(SchedulerTest, AWrongTurnOfAStartIsReportedInItsOrder) {
   library_.answerStartWith(0);
   startAsleep("A1");
   log_.clear();
+  view_.onEvent([this](const std::string&) {
+    const std::string line = "queue " + queue();
+    const Lines seen = log_.lines("queue");
+    if (seen.empty() || seen.back() != line) log_.add(line);
+  });
   wakeScheduler();
-  await("A6");
+  log_.waitUntil([](const Lines& lines) { return std::ranges::count(lines, "queue A6") == 2; });
+  EXPECT_EQ(log_.lines("queue"),
+            (Lines{"queue A1", "queue A2", "queue A6", "queue A3", "queue A6"}));
   EXPECT_EQ(log_.lines("view.urlFailed"), Lines{std::string("view.urlFailed ") + kFilm});
 }
 
