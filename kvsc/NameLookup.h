@@ -9,6 +9,7 @@
 
 namespace kvsc {
 
+/// Gives a list of addresses back to the C library, which allocated it.
 struct AddressesFree {
   void operator()(addrinfo* addresses) const { freeaddrinfo(addresses); }
 };

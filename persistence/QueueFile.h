@@ -5,6 +5,10 @@
 
 #include "persistence/ItemList.h"
 
+/// The queue file as bytes on the disk. Nothing here takes a lock: whoever reads, replaces or sets
+/// aside one path holds `DownloadManagerPersistence::persistenceLock`. All operations touch the
+/// disk but `formatOf`, and may block as long as it does. A failure shows in the result alone;
+/// thrown is nothing but `std::bad_alloc`.
 namespace persistence {
 
 /// What a queue file is, as far as its beginning tells.
@@ -22,7 +26,7 @@ inline constexpr std::size_t kQueueHeadSize = 86;
 /// the file is.
 QueueFormat formatOf(std::string_view head);
 
-/// What a queue file gave.
+/// What a queue file gave. The items belong to the caller.
 struct QueueReading {
   ItemList items;
   bool isUnderstood = false;  ///< false: the file holds, or may hold, more than `items` tells

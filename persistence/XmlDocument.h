@@ -10,11 +10,13 @@
 /// The door to the XML library: ownership, and what it reports.
 namespace persistence {
 
+/// Frees a whole document with all its nodes: pointers to them are good as long as it lives.
 struct XmlDocumentFree {
   void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
 using XmlDocument = std::unique_ptr<xmlDoc, XmlDocumentFree>;
 
+/// Frees a text that the library handed over, with the library's own release.
 struct XmlStringFree {
   void operator()(xmlChar* text) const { xmlFree(text); }
 };

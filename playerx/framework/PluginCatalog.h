@@ -9,7 +9,8 @@
 namespace playerx {
 
 /// What was found in the folders of plug-ins: the usable descriptions, in the order of the folders
-/// and within one of the file names, and a sentence for each that is not usable.
+/// and within one of the file names, and a sentence for each that is not usable. A record without
+/// ties to the files it was read from.
 struct PluginCatalog {
   std::vector<PluginDescription> descriptions;
   std::vector<std::string> problems;

@@ -12,6 +12,10 @@ namespace playerx {
 
 /// The online video services over HTTP with JSON, as a plug-in. The service's address is a
 /// preference; without one every ticket is clear and no download is authorised.
+///
+/// Any thread may call; an operation that asks the service blocks up to the deadlines of
+/// `JsonClient`, `confirmDownload` never. What fails is told to the user or in the answer. Its
+/// destructor tries the confirmations that are left once more, and blocks for that.
 class OnlineServices : public KPIM::Plugin, public VeskPlayerX::ZPSServicesInterface {
  public:
   OnlineServices(KPIM::Context* context, JsonClient client);

@@ -8,7 +8,8 @@ namespace playerx::transfers {
 /// Whole percent of `total` that `bytes` are, 0..100; 100 only when nothing is missing.
 int percentOf(std::uint64_t bytes, std::uint64_t total);
 
-/// Says which percentages are worth a report: each that differs from the one before.
+/// Says which percentages are worth a report: each that differs from the one before. It
+/// belongs to one transfer and reports nothing itself. Not synchronised.
 class PercentReporter {
  public:
   /// `shown` is what the receiver takes for granted; none when it may believe anything.

@@ -9,7 +9,8 @@
 namespace playerx::transfers {
 
 /// The head of the latest of the responses that one request brings (redirects and questions for
-/// credentials come before the last one), read line by line.
+/// credentials come before the last one), read line by line. Holds copies of the fields that count.
+/// Not synchronised. No line is an error: one without sense is passed over.
 class ResponseHead {
  public:
   /// Takes one raw header line, line end included. A status line begins a new head; lines behind a
