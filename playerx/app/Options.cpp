@@ -1,7 +1,12 @@
 #include "playerx/app/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <functional>
+#include <iostream>
 #include <map>
+
+#include "playerx/app/TextFormat.h"
 
 namespace playerx {
 
@@ -32,22 +37,43 @@ void addGet(CLI::App& app, Options& options) {
   get->callback([&options] { options.command = Options::kGet; });
 }
 
-void addPositioned(CLI::App& app, Options& options, const char* name, const char* help,
-                   Options::Command command) {
-  CLI::App* sub = app.add_subcommand(name, help);
-  sub->add_option("N", options.position, "Position as `list` prints it")
-      ->required()
-      ->check(CLI::Range(1, kMostItems));
-  sub->callback([&options, command] { options.command = command; });
-  if (command != Options::kMove) return;
+[[noreturn]] void complain(const std::string& sentence) { throw CLI::ValidationError(sentence); }
+
+int positionOf(const std::string& text) {
+  int position = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), position);
+  const bool isWhole = error == std::errc() && end == text.data() + text.size();
+  if (isWhole && position >= 1 && position <= kMostItems) return position;
+  complain("\"" + printable(text) +
+           "\" is no position; give a whole number from 1 on, as `list` prints it.");
+}
+
+Options::Direction directionOf(const std::string& text) {
   static const std::map<std::string, Options::Direction> kDirections = {
       {"up", Options::kUp},
       {"down", Options::kDown},
       {"top", Options::kTop},
       {"bottom", Options::kBottom}};
-  sub->add_option("direction", options.direction, "up, down, top or bottom")
-      ->required()
-      ->transform(CLI::CheckedTransformer(kDirections));
+  const auto found = kDirections.find(text);
+  if (found != kDirections.end()) return found->second;
+  complain("\"" + printable(text) + "\" is no direction; give up, down, top or bottom.");
+}
+
+/// A required argument whose words `take` turns into an option.
+void addArgument(CLI::App& command, const char* name, const char* help,
+                 const std::function<void(const std::string&)>& take) {
+  command.add_option_function<std::string>(name, take, help)->required();
+}
+
+void addPositioned(CLI::App& app, Options& options, const char* name, const char* help,
+                   Options::Command command) {
+  CLI::App* sub = app.add_subcommand(name, help);
+  addArgument(*sub, "N", "Position as `list` prints it",
+              [&options](const std::string& text) { options.position = positionOf(text); });
+  sub->callback([&options, command] { options.command = command; });
+  if (command != Options::kMove) return;
+  addArgument(*sub, "direction", "up, down, top or bottom",
+              [&options](const std::string& text) { options.direction = directionOf(text); });
 }
 
 void addQueueCommands(CLI::App& app, Options& options) {
@@ -65,6 +91,35 @@ void addQueueCommands(CLI::App& app, Options& options) {
   explain->callback([&options] { options.command = Options::kExplain; });
 }
 
+std::string commandsOf(const CLI::App& app) {
+  std::string names;
+  const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
+  for (const CLI::App* command : commands) {
+    if (!names.empty()) names += command == commands.back() ? " and " : ", ";
+    names += command->get_name();
+  }
+  return names;
+}
+
+/// One plain sentence on what is wrong with the arguments.
+std::string complaintOf(const CLI::App& app, const CLI::ParseError& error) {
+  const bool isCommandMissing = app.get_subcommands().empty();
+  const std::vector<std::string> unknown = app.remaining(true);
+  const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
+  const bool isTooMuch = code == CLI::ExitCodes::ExtrasError;
+  const bool isTooLittle = code == CLI::ExitCodes::RequiredError && isCommandMissing;
+  if (!isTooMuch && !isTooLittle) return error.what();
+  if (unknown.empty()) return "A command is missing; the commands are " + commandsOf(app) + ".";
+  const std::string word = "\"" + printable(unknown.front()) + "\"";
+  if (unknown.front().starts_with("-")) {
+    return "There is no option " + word + "; `playerx-cli --help` names those that there are.";
+  }
+  if (isCommandMissing) {
+    return "There is no command " + word + "; the commands are " + commandsOf(app) + ".";
+  }
+  return "The argument " + word + " is one too many; `playerx-cli --help` shows the usage.";
+}
+
 }  // namespace
 
 std::optional<Options> parseOptions(int argc, const char* const* argv, int* status) {
@@ -78,7 +133,10 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    *status = app.exit(error) == 0 ? kExitDone : kExitUsage;
+    const bool isHelp = error.get_exit_code() == 0;
+    if (isHelp) app.exit(error);
+    if (!isHelp) std::cerr << "playerx-cli: " << complaintOf(app, error) << std::endl;
+    *status = isHelp ? kExitDone : kExitUsage;
     return std::nullopt;
   }
   return options;

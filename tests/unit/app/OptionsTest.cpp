@@ -8,6 +8,7 @@ namespace {
 struct Parsed {
   std::optional<Options> options;
   int status = -1;
+  std::string errors;
 };
 
 Parsed parse(std::vector<const char*> arguments) {
@@ -18,7 +19,7 @@ Parsed parse(std::vector<const char*> arguments) {
   parsed.options =
       parseOptions(static_cast<int>(arguments.size()), arguments.data(), &parsed.status);
   testing::internal::GetCapturedStdout();
-  testing::internal::GetCapturedStderr();
+  parsed.errors = testing::internal::GetCapturedStderr();
   return parsed;
 }
 
@@ -51,9 +52,38 @@ TEST(OptionsTest, WrongUsageExitsWithTwo) {
                                                     {"remove", "x"},
                                                     {"move", "1"},
                                                     {"move", "1", "sideways"},
+                                                    {"move", "1", "0"},
+                                                    {"move", "1", "UP"},
+                                                    {"move", "1", "up", "down"},
+                                                    {"--nonsense", "list"},
                                                     {"--cacert", "/none", "get"}}) {
     const Parsed parsed = parse(arguments);
     EXPECT_FALSE(parsed.options);
+    EXPECT_EQ(parsed.status, kExitUsage);
+  }
+}
+
+TEST(OptionsTest, OnePlainSentenceNamesWhatIsAllowed) {
+  const std::pair<std::vector<const char*>, const char*> cases[] = {
+      {{"move", "1", "sideways"}, "\"sideways\" is no direction; give up, down, top or bottom."},
+      {{"move", "1", "3"}, "\"3\" is no direction; give up, down, top or bottom."},
+      {{"move", "x", "up"},
+       "\"x\" is no position; give a whole number from 1 on, as `list` prints it."},
+      {{"remove", "0"},
+       "\"0\" is no position; give a whole number from 1 on, as `list` prints it."},
+      {{"nonsense"},
+       "There is no command \"nonsense\"; the commands are get, list, remove, retry, move, clear "
+       "and explain."},
+      {{},
+       "A command is missing; the commands are get, list, remove, retry, move, clear and "
+       "explain."},
+      {{"list", "--nonsense"},
+       "There is no option \"--nonsense\"; `playerx-cli --help` names those that there are."},
+      {{"list", "x"}, "The argument \"x\" is one too many; `playerx-cli --help` shows the usage."},
+  };
+  for (const auto& [arguments, sentence] : cases) {
+    const Parsed parsed = parse(arguments);
+    EXPECT_EQ(parsed.errors, std::string("playerx-cli: ") + sentence + "\n");
     EXPECT_EQ(parsed.status, kExitUsage);
   }
 }
