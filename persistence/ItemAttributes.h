@@ -36,4 +36,27 @@ void readTimeRemaining(DownloadItem& item, const char* text);
 void readEncrypted(DownloadItem& item, const char* text);
 void readTicketAlreadyTorn(DownloadItem& item, const char* text);
 
+/// Wide text, which each format spells in its own way.
+using TextReader = std::wstring (*)(const char* text);
+
+template <TextReader kText>
+void readTitle(DownloadItem& item, const char* text) {
+  item.setTitle(kText(text));
+}
+
+template <TextReader kText>
+void readFilePath(DownloadItem& item, const char* text) {
+  item.setPath(kText(text));
+}
+
+template <TextReader kText>
+void readContentProviderDisplayName(DownloadItem& item, const char* text) {
+  item.setContentProviderDisplayName(kText(text));
+}
+
+template <TextReader kText>
+void readUrl(DownloadItem& item, const char* text) {
+  item.setUrl(kText(text));
+}
+
 }  // namespace persistence

@@ -25,25 +25,23 @@ void readStatus(DownloadItem& item, const char* text) {
   item.setStatus(static_cast<DownloadStatusEnumType>(StringTools::stringToInt32(text)));
 }
 
+void readPercentDownloaded(DownloadItem& item, const char* text) {
+  item.setPercentDownloaded(StringTools::stringToInt32(text));
+}
+
 constexpr std::array<ItemAttribute, 12> kAttributes{{
     {"contentEncryptionUsageID", readContentEncryptionUsageId},
     {"status", readStatus},
     {"fileSize", readFileSize},
-    {"title", [](DownloadItem& item, const char* text) { item.setTitle(readText(text)); }},
+    {"title", readTitle<readText>},
     {"ticket", readTicket},
-    {"filePath", [](DownloadItem& item, const char* text) { item.setPath(readText(text)); }},
+    {"filePath", readFilePath<readText>},
     {"timeRemaining", readTimeRemaining},
-    {"contentProviderDisplayName",
-     [](DownloadItem& item, const char* text) {
-       item.setContentProviderDisplayName(readText(text));
-     }},
+    {"contentProviderDisplayName", readContentProviderDisplayName<readText>},
     {"encrypted", readEncrypted},
     {"ticketAlreadyTorn", readTicketAlreadyTorn},
-    {"url", [](DownloadItem& item, const char* text) { item.setUrl(readText(text)); }},
-    {"percentDownloaded",
-     [](DownloadItem& item, const char* text) {
-       item.setPercentDownloaded(StringTools::stringToInt32(text));
-     }},
+    {"url", readUrl<readText>},
+    {"percentDownloaded", readPercentDownloaded},
 }};
 
 }  // namespace

@@ -71,33 +71,29 @@ constexpr std::array<WrittenAttribute, 12> kWrittenAttributes{{
 }};
 
 /// An item that was held when the player ended is taken for one that was downloading.
-DownloadStatusEnumType readBackStatus(std::int32_t value) {
-  const auto status = static_cast<DownloadStatusEnumType>(value);
-  return status == DownloadStatusHeld ? DownloadStatusDownloading : status;
+void readStatus(DownloadItem& item, const char* text) {
+  const auto status = static_cast<DownloadStatusEnumType>(StringTools::stringToInt32(text));
+  item.setStatus(status == DownloadStatusHeld ? DownloadStatusDownloading : status);
+}
+
+/// Written sign-extended, so read as 64 bits.
+void readPercentDownloaded(DownloadItem& item, const char* text) {
+  item.setPercentDownloaded(static_cast<std::int32_t>(StringTools::stringToUint64(text)));
 }
 
 constexpr std::array<ItemAttribute, 12> kReadAttributes{{
     {"contentEncryptionUsageID", readContentEncryptionUsageId},
-    {"status",
-     [](DownloadItem& item, const char* text) {
-       item.setStatus(readBackStatus(StringTools::stringToInt32(text)));
-     }},
+    {"status", readStatus},
     {"fileSize", readFileSize},
-    {"percentDownloaded",
-     [](DownloadItem& item, const char* text) {
-       item.setPercentDownloaded(static_cast<std::int32_t>(StringTools::stringToUint64(text)));
-     }},
-    {"title", [](DownloadItem& item, const char* text) { item.setTitle(readText(text)); }},
+    {"percentDownloaded", readPercentDownloaded},
+    {"title", readTitle<readText>},
     {"ticket", readTicket},
-    {"filePath", [](DownloadItem& item, const char* text) { item.setPath(readText(text)); }},
+    {"filePath", readFilePath<readText>},
     {"timeRemaining", readTimeRemaining},
-    {"contentProviderDisplayName",
-     [](DownloadItem& item, const char* text) {
-       item.setContentProviderDisplayName(readText(text));
-     }},
+    {"contentProviderDisplayName", readContentProviderDisplayName<readText>},
     {"encrypted", readEncrypted},
     {"ticketAlreadyTorn", readTicketAlreadyTorn},
-    {"url", [](DownloadItem& item, const char* text) { item.setUrl(readText(text)); }},
+    {"url", readUrl<readText>},
 }};
 
 bool appendItem(xmlNode& root, const DownloadItemInterface& item, std::size_t limit) {
