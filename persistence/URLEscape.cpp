@@ -1,6 +1,5 @@
 #include "persistence/URLEscape.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -57,8 +56,7 @@ char characterAt(const char* text) {
 }  // namespace
 
 std::string URLEscape::escape(const std::string& text) {
-  const auto escapes = static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isEscaped));
-  std::string escaped(text.size() + escapes * (kEscapeLength - 1), '\0');
+  std::string escaped(text.size() * kEscapeLength, '\0');  // as if every byte were escaped
   char* out = escaped.data();
   for (const char c : text) {
     if (isEscaped(c)) {
@@ -67,6 +65,7 @@ std::string URLEscape::escape(const std::string& text) {
       *out++ = c;
     }
   }
+  escaped.resize(static_cast<std::size_t>(out - escaped.data()));
   return escaped;
 }
 
