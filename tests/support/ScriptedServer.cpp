@@ -58,7 +58,7 @@ void ScriptedServer::stop() {
   for (const auto& worker : workers_) worker->thread.join();
   workers_.clear();
   acceptor_.reset();
-  listener_.reset();
+  listener_ = UniqueFd();
 }
 
 std::string ScriptedServer::url(const std::string& path, const std::string& host) const {

@@ -207,7 +207,7 @@ void TlsChannel::shutdownWrite() { ::shutdown(fd_.get(), SHUT_WR); }
 
 void TlsChannel::closeNow() {
   ssl_.reset();
-  fd_.reset();
+  fd_ = UniqueFd();
 }
 
 void TlsChannel::reset() {
