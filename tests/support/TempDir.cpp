@@ -10,7 +10,8 @@
 namespace support {
 
 TempDir::TempDir() {
-  std::string name = (std::filesystem::temp_directory_path() / "vesk-test-XXXXXX").string();
+  std::string name = (std::filesystem::temp_directory_path() / "vesk-test-").string();
+  name.append(6, 'X');
   if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make a temporary folder");
   path_ = name;
 }

@@ -139,7 +139,7 @@ TEST_P(FileMove, OneOfManyGetsTheName) {
 class FolderInMemory {
  public:
   FolderInMemory() {
-    std::string name = "/dev/shm/vesk-XXXXXX";
+    std::string name = "/dev/shm/vesk-" + std::string(6, 'X');
     path_ = ::mkdtemp(name.data()) == nullptr ? fs::path() : fs::path(name);
   }
   ~FolderInMemory() { fs::remove_all(path_); }
