@@ -1,8 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <future>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <thread>
@@ -11,6 +10,7 @@
 
 #include "kvpm/File.h"
 #include "kvsc/HttpUtilityVirtual.h"
+#include "tests/support/LockWaiter.h"
 #include "tests/support/TempDir.h"
 #include "tests/unit/kvsc/NoMemory.h"
 
@@ -126,14 +126,15 @@ TEST_P(Collecting, MayBeReadWhileItGoesOn) {
 }
 
 TEST_P(Collecting, WaitsForWhoeverHoldsTheMutex) {
-  std::future<std::size_t> delivered;
+  std::size_t taken = 0;
+  std::optional<support::LockWaiter> delivery;
   {
     const kvpm::MutexLock lock(collector_.getMutex());
-    delivered = std::async(std::launch::async, [this] { return deliverPiece("late"); });
-    // Time enough for a callback that does not wait.
-    EXPECT_EQ(delivered.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    delivery.emplace([&] { taken = deliverPiece("late"); });
+    EXPECT_TRUE(delivery->isHeldUp());
   }
-  EXPECT_EQ(delivered.get(), 4U);
+  delivery->join();
+  EXPECT_EQ(taken, 4U);
   EXPECT_EQ(collected(), "late");
 }
 

@@ -1,13 +1,15 @@
 // Threads that meet at one queue file.
 #include <atomic>
-#include <chrono>
+#include <optional>
 #include <thread>
 
-#include "tests/support/Gate.h"
+#include "tests/support/LockWaiter.h"
 #include "tests/unit/persistence/QueueFileFixture.h"
 
 namespace persistence {
 namespace {
+
+using support::LockWaiter;
 
 class QueueFileThreads : public QueueFileFixture {};
 
@@ -47,50 +49,37 @@ TEST_F(QueueFileThreads, LoadingSetsAnUnreadableFileAsideOnce) {
   EXPECT_FALSE(exists("downloadmanager.xml.unreadable.2"));
 }
 
-/// Far longer than an operation takes that does not wait.
-constexpr std::chrono::milliseconds kLongForOneFile{100};
-
 TEST_F(QueueFileThreads, AWriterWaitsForWhoeverHoldsTheLock) {
-  support::Gate ended;
-  std::thread writer;
+  std::optional<LockWaiter> writer;
   {
     const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
-    writer = std::thread([&] {
+    writer.emplace([&] {
       DownloadManagerPersistence::writeDownloadQueue(path(), Queue({titled(L"one")}).items());
-      ended.open();
     });
-    EXPECT_FALSE(ended.wait(kLongForOneFile));
+    EXPECT_TRUE(writer->isHeldUp());
     EXPECT_TRUE(read().empty());  // the holder itself may still read
     EXPECT_FALSE(exists("downloadmanager.xml"));
   }
-  writer.join();
+  writer->join();
   EXPECT_THAT(read(), testing::ElementsAre(titled(L"one")));
 }
 
 TEST_F(QueueFileThreads, ReadersWaitForWhoeverHoldsTheLock) {
   written({titled(L"old")});
-  support::Gate hasRead;
-  support::Gate hasLoaded;
   std::vector<Fields> readQueue;
   std::vector<Fields> loadedQueue;
-  std::thread reader;
-  std::thread loader;
+  std::optional<LockWaiter> reader;
+  std::optional<LockWaiter> loader;
   {
     const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
-    reader = std::thread([&] {
-      readQueue = read();
-      hasRead.open();
-    });
-    loader = std::thread([&] {
-      loadedQueue = load();
-      hasLoaded.open();
-    });
-    EXPECT_FALSE(hasRead.wait(kLongForOneFile));
-    EXPECT_FALSE(hasLoaded.wait(kLongForOneFile));
+    reader.emplace([&] { readQueue = read(); });
+    loader.emplace([&] { loadedQueue = load(); });
+    EXPECT_TRUE(reader->isHeldUp());
+    EXPECT_TRUE(loader->isHeldUp());
     written({titled(L"new")});
   }
-  reader.join();
-  loader.join();
+  reader->join();
+  loader->join();
   EXPECT_THAT(readQueue, testing::ElementsAre(titled(L"new")));
   EXPECT_THAT(loadedQueue, testing::ElementsAre(titled(L"new")));
 }
