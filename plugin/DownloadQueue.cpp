@@ -70,7 +70,10 @@ void DownloadQueue::moveToBottom(unsigned int id) {
 }
 
 bool DownloadQueue::remove(unsigned int id) {
-  return removeIf([id](const Item& item) { return item.getId() == id; }) > 0;
+  const std::size_t index = indexOf(id);
+  if (index == items_.size()) return false;
+  items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(index));
+  return true;
 }
 
 std::size_t DownloadQueue::removeIf(const std::function<bool(const Item&)>& dropped) {

@@ -54,7 +54,7 @@ class DownloadQueue {
   /// To the very end, past everything.
   void moveToBottom(unsigned int id);
 
-  /// Drops an item; returns whether it was there.
+  /// Drops the first item with this id; returns whether there was one.
   bool remove(unsigned int id);
 
   /// Drops the items for which `dropped` holds; returns how many there were.

@@ -23,6 +23,30 @@ class DownloadQueueTest : public ::testing::Test {
   DownloadQueue queue_;
 };
 
+/// An item that counts how many of its kind were deleted.
+struct Counted : DownloadItem {
+  explicit Counted(int& deletions) : deleted(deletions) {}
+  ~Counted() override { ++deleted; }
+
+  int& deleted;
+};
+
+TEST(DownloadQueue, DeletesWhatIsRemovedAndTheRestAtItsEnd) {
+  int deleted = 0;
+  {
+    DownloadQueue queue;
+    for (int i = 0; i < 4; ++i) queue.add(std::make_unique<Counted>(deleted));
+    queue.remove(queue.at(1)->getId());
+    EXPECT_EQ(deleted, 1);
+    queue.at(0)->setStatus(DownloadStatusCompleted);
+    queue.removeIf([](const auto& item) { return item.getStatus() == DownloadStatusCompleted; });
+    EXPECT_EQ(deleted, 2);
+    queue.moveToBottom(queue.at(0)->getId());
+    EXPECT_EQ(deleted, 2);
+  }
+  EXPECT_EQ(deleted, 4);
+}
+
 TEST_F(DownloadQueueTest, HoldsItsItemsInOrder) {
   given("A1 B4");
   EXPECT_EQ(queue_.size(), 2U);
@@ -134,6 +158,13 @@ TEST_F(DownloadQueueTest, RemovesByIdAndByProperty) {
   EXPECT_EQ(queue_.removeIf(completed), 2U);
   EXPECT_EQ(queue_.removeIf(completed), 0U);
   EXPECT_EQ(text(), "D6");
+}
+
+TEST_F(DownloadQueueTest, RemovesTheFirstOfTwoWithOneId) {
+  given("A1 B1 C1");
+  item("C").setId(id("A"));
+  EXPECT_TRUE(queue_.remove(id("A")));
+  EXPECT_EQ(text(), "B1 C1");
 }
 
 TEST_F(DownloadQueueTest, TheFirstCandidateIsNext) {
