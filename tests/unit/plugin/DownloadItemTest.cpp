@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "plugin/DownloadItem.h"
+#include "tests/unit/plugin/FilledItem.h"
 
 namespace {
 
@@ -13,35 +15,6 @@ namespace {
 const unsigned int kFirstId = DownloadItem().getId();
 
 TEST(DownloadItem, TheFirstOneHasTheIdOne) { EXPECT_EQ(kFirstId, 1U); }
-
-KPB::DownloadInfo infoTitled(const std::string& title) {
-  KPB::DownloadInfo info;
-  info.setTitle(title);
-  return info;
-}
-
-/// An item in which no field has its default.
-void fill(DownloadItem& item) {
-  item.setUID(77);
-  item.setStatus(DownloadStatusHeld);
-  item.setSize(1ULL << 40);
-  item.setPercentDownloaded(42);
-  item.setPath(L"/films/a.avi");
-  item.setUrl(L"http://h/a.avi");
-  item.setTitle(L"Title");
-  item.setContentProviderDisplayName(L"Provider");
-  item.setTicket(std::string("ti\0cket", 7));
-  item.setTicketId(7);
-  item.setEncrypted(true);
-  item.setTicketAlreadyTorn(true);
-  item.setReadyForProgressivePlayback(true);
-  item.setAutoProgressivePlayback(true);
-  item.setSlotNumber(3);
-  item.setTimeRemaining(60);
-  item.setLastProgressUpdateTime(100);
-  item.setContentEncryptionUsageId(-9);
-  item.setDownloadInfo(infoTitled("info"));
-}
 
 TEST(DownloadItem, ANewOneIsQueuedWithoutSlotAndKnowsNothingOfItsFilm) {
   const DownloadItem item;
@@ -92,12 +65,30 @@ TEST(DownloadItem, GivesBackWhatWasSet) {
 
 TEST(DownloadItem, StoresValuesOutOfRangeAsTheyAre) {
   DownloadItem item;
-  item.setPercentDownloaded(-5);
-  EXPECT_EQ(item.getPercentDownloaded(), -5);
-  item.setPercentDownloaded(1000);
-  EXPECT_EQ(item.getPercentDownloaded(), 1000);
-  item.setStatus(static_cast<DownloadStatusEnumType>(99));
-  EXPECT_EQ(item.getStatus(), static_cast<DownloadStatusEnumType>(99));
+  for (const unsigned long long value : {0ULL, static_cast<unsigned long long>(UINT64_MAX)}) {
+    item.setUID(value);
+    EXPECT_EQ(item.getUID(), value);
+    item.setSize(value);
+    EXPECT_EQ(item.getSize(), value);
+  }
+  for (const int value : {-5, 1000, INT_MIN, INT_MAX}) {
+    item.setPercentDownloaded(value);
+    EXPECT_EQ(item.getPercentDownloaded(), value);
+    item.setSlotNumber(value);
+    EXPECT_EQ(item.getSlotNumber(), value);
+    item.setStatus(static_cast<DownloadStatusEnumType>(value));
+    EXPECT_EQ(item.getStatus(), static_cast<DownloadStatusEnumType>(value));
+  }
+  for (const long value : {0L, long{INT32_MIN}, long{INT32_MAX}}) {
+    item.setTicketId(value);
+    EXPECT_EQ(item.getTicketId(), value);
+    item.setContentEncryptionUsageId(value);
+    EXPECT_EQ(item.getContentEncryptionUsageId(), value);
+  }
+  for (const unsigned int value : {0U, UINT_MAX}) {
+    item.setId(value);
+    EXPECT_EQ(item.getId(), value);
+  }
 }
 
 TEST(DownloadItem, KeepsThirtyTwoBitsOfALong) {
@@ -112,13 +103,79 @@ TEST(DownloadItem, KeepsThirtyTwoBitsOfALong) {
   EXPECT_EQ(item.getLastProgressUpdateTime(), 0xFFFFFFFFUL);
 }
 
+TEST(DownloadItem, KeepsEveryCharacterOfItsTexts) {
+  DownloadItem item;
+  setTexts(item, kWideText, kNarrowText);
+  expectTexts(item, kWideText, kNarrowText);
+}
+
+TEST(DownloadItem, TextIsReferredToWhereItIsStored) {
+  DownloadItem item;
+  EXPECT_EQ(&item.getPath(), &item.getPath());
+  EXPECT_EQ(&item.getUrl(), &item.getUrl());
+  EXPECT_EQ(&item.getTitle(), &item.getTitle());
+  EXPECT_EQ(&item.getTicket(), &item.getTicket());
+  const std::wstring& title = item.getTitle();
+  item.setTitle(L"new");
+  EXPECT_EQ(title, L"new");
+}
+
+TEST(DownloadItem, KeepsTheWholeDownloadInfoByValue) {
+  const unsigned char rights[] = {1, 0, 255};
+  KPB::DownloadInfo info = infoTitled("title");
+  info.setDownloadId(9);
+  info.setTempUsername("user");
+  info.setTempPassword("password");
+  info.setSTRDChunk(rights, sizeof(rights));
+  info.setOutputFilename("a.vesk");
+  info.setMoviesDirectory("/films");
+  info.setDownloadDirectory("/partial");
+  const KPB::DownloadInfo given = info;
+  DownloadItem item;
+  item.setDownloadInfo(info);
+  info.setTitle("changed since");
+  EXPECT_EQ(item.getDownloadInfo(), given);
+  KPB::DownloadInfo taken = item.getDownloadInfo();
+  taken.setTitle("changed since");
+  EXPECT_EQ(item.getDownloadInfo(), given);
+}
+
+TEST(DownloadItem, TheStatesHaveTheirNumbers) {
+  EXPECT_EQ(DownloadStatusPaused, 0);
+  EXPECT_EQ(DownloadStatusQueued, 1);
+  EXPECT_EQ(DownloadStatusStarting, 2);
+  EXPECT_EQ(DownloadStatusDownloading, 3);
+  EXPECT_EQ(DownloadStatusCompleted, 4);
+  EXPECT_EQ(DownloadStatusStopped, 5);
+  EXPECT_EQ(DownloadStatusFailed, 6);
+  EXPECT_EQ(DownloadStatusHeld, 7);
+}
+
 TEST(DownloadItem, StaysCompletedWhateverIsSet) {
   DownloadItem item;
   item.setStatus(DownloadStatusCompleted);
-  item.setStatus(DownloadStatusFailed);
-  EXPECT_EQ(item.getStatus(), DownloadStatusCompleted);
-  item.setStatus(DownloadStatusQueued);
-  EXPECT_EQ(item.getStatus(), DownloadStatusCompleted);
+  for (int status = -1; status <= 8; ++status) {
+    item.setStatus(static_cast<DownloadStatusEnumType>(status));
+    EXPECT_EQ(item.getStatus(), DownloadStatusCompleted) << status;
+  }
+}
+
+TEST(DownloadItem, OnlyCompletedIsFinal) {
+  for (const int status : {0, 1, 2, 3, 5, 6, 7}) {
+    for (int next = 0; next <= 7; ++next) {
+      DownloadItem item;
+      item.setStatus(static_cast<DownloadStatusEnumType>(status));
+      item.setStatus(static_cast<DownloadStatusEnumType>(next));
+      EXPECT_EQ(item.getStatus(), next) << status;
+    }
+  }
+}
+
+TEST(DownloadItem, SettingAnIdDoesNotMoveTheCounter) {
+  DownloadItem item;
+  const unsigned int id = item.getId();
+  item.setId(id + 1000);
+  EXPECT_EQ(DownloadItem().getId(), id + 1);
 }
 
 TEST(DownloadItem, TwoBuiltOneAfterTheOtherHaveConsecutiveIds) {
@@ -128,66 +185,11 @@ TEST(DownloadItem, TwoBuiltOneAfterTheOtherHaveConsecutiveIds) {
   EXPECT_EQ(second.getId(), first.getId() + 1);
 }
 
-TEST(DownloadItem, ACopyHasTheIdOfItsSourceYetUsesOneUp) {
-  const DownloadItem source;
-  const DownloadItem copy(&source);
-  const DownloadItem next;
-  EXPECT_EQ(copy.getId(), source.getId());
-  EXPECT_EQ(next.getId(), source.getId() + 2);
-}
-
 TEST(DownloadItem, TakesAnyIdThatIsSet) {
   DownloadItem item;
   item.setId(4000000000U);
   EXPECT_EQ(item.getId(), 4000000000U);
   EXPECT_EQ(DownloadItem(&item).getId(), 4000000000U);
-}
-
-TEST(DownloadItem, ACopyHasTheFieldsThatAWorkerAndAViewNeed) {
-  DownloadItem source;
-  fill(source);
-  const DownloadItem copy(&source);
-  EXPECT_EQ(copy.getUID(), 77U);
-  EXPECT_EQ(copy.getStatus(), DownloadStatusHeld);
-  EXPECT_EQ(copy.getSize(), 1ULL << 40);
-  EXPECT_EQ(copy.getPercentDownloaded(), 42);
-  EXPECT_EQ(copy.getPath(), L"/films/a.avi");
-  EXPECT_EQ(copy.getUrl(), L"http://h/a.avi");
-  EXPECT_EQ(copy.getTitle(), L"Title");
-  EXPECT_EQ(copy.getContentProviderDisplayName(), L"Provider");
-  EXPECT_EQ(copy.getTicket(), std::string("ti\0cket", 7));
-  EXPECT_TRUE(copy.getEncrypted());
-  EXPECT_TRUE(copy.getTicketAlreadyTorn());
-  EXPECT_TRUE(copy.getReadyForProgressivePlayback());
-  EXPECT_TRUE(copy.getAutoProgressivePlayback());
-  EXPECT_EQ(copy.getSlotNumber(), 3);
-  EXPECT_EQ(copy.getTimeRemaining(), 60U);
-  EXPECT_EQ(copy.getContentEncryptionUsageId(), -9);
-}
-
-TEST(DownloadItem, ACopyNeitherConfirmsNorEstimatesByItself) {
-  DownloadItem source;
-  fill(source);
-  const DownloadItem copy(&source);
-  EXPECT_EQ(copy.getTicketId(), 0);
-  EXPECT_EQ(copy.getLastProgressUpdateTime(), 0U);
-  EXPECT_EQ(copy.getDownloadInfo(), KPB::DownloadInfo());
-}
-
-TEST(DownloadItem, ACopyOfACompletedItemIsCompleted) {
-  DownloadItem source;
-  source.setStatus(DownloadStatusCompleted);
-  EXPECT_EQ(DownloadItem(&source).getStatus(), DownloadStatusCompleted);
-}
-
-TEST(DownloadItem, ACopyGoesItsOwnWay) {
-  DownloadItem source;
-  source.setTitle(L"before");
-  DownloadItem copy(&source);
-  source.setTitle(L"source");
-  copy.setStatus(DownloadStatusFailed);
-  EXPECT_EQ(copy.getTitle(), L"before");
-  EXPECT_EQ(source.getStatus(), DownloadStatusQueued);
 }
 
 TEST(DownloadItem, IdsAreUniqueOnAllThreads) {
