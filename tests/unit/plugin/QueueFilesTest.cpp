@@ -65,6 +65,20 @@ TEST_F(QueueFilesTest, AnEarlierReleasesQueueIsTakenOverOnce) {
   EXPECT_EQ(read(), "4") << "from the current file";
 }
 
+TEST_F(QueueFilesTest, ALinkThatLeadsNowhereIsNoCurrentFile) {
+  fs::create_symlink(folder_ / "elsewhere.xml", current());
+  EXPECT_EQ(read(), "");
+  EXPECT_TRUE(fs::exists(current())) << "an empty queue was written";
+}
+
+TEST_F(QueueFilesTest, BesideALinkThatLeadsNowhereTheEarlierFileIsTakenOver) {
+  fs::create_symlink(folder_ / "elsewhere.xml", current());
+  givenLegacy();
+  EXPECT_EQ(read(), "4");
+  EXPECT_TRUE(fs::exists(current()));
+  EXPECT_FALSE(fs::exists(legacy()));
+}
+
 TEST_F(QueueFilesTest, WithBothFilesTheEarlierOneIsLeftAlone) {
   givenCurrent("A1");
   givenLegacy();
