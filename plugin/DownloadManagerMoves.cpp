@@ -22,6 +22,8 @@ bool DownloadManager::DownloadManagerImpl::moveDown(unsigned int id) {
   const OperationHold control(controlLock_);
   const OperationHold download(downloadLock_);
   const std::optional<Top> pair = top();
+  // Above a completed or failed item the head stays where it is. Such a move changes nothing, so it
+  // stops no transfer either.
   const bool leavesTop = pair && pair->head == id && !isAtBottom(pair->secondStatus);
   const bool changing = leavesTop && changeHead(*pair);
   const bool moved = [&] {
