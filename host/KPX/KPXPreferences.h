@@ -10,8 +10,9 @@ class KPXPreferences {
 
   /// The shared settings object; null until somebody creates it. Whoever needs it first creates it
   /// (user scope, organisation of the application, application "Settings", group = application
-  /// name); the download manager deletes it, and sets it to null, when it is destroyed. Created and
-  /// deleted on the host's thread; reading a value is allowed on every thread.
+  /// name). The download manager deletes it, and sets it to null, when it is shut down, and once
+  /// more when it is destroyed if somebody has set it again meanwhile. Created and deleted on the
+  /// host's thread; reading a value is allowed on every thread.
   static QSettings* userSettings;
 
   /// "General/MediaFolder": the folder in which films are kept.
