@@ -41,6 +41,21 @@ TEST_F(MovesTest, MoveUpOfTheSecondItemWhilePausedHandsThePausedMarkOver) {
   EXPECT_TRUE(manager().isPaused());
 }
 
+TEST_F(MovesTest, MoveUpWhilePausedPastAnyStatus) {
+  struct {
+    const char* before;
+    const char* after;
+  } const cases[] = {{"A0 B4", "B4 A1"}, {"A0 B6", "B0 A1"}, {"A0 B5", "B0 A1"},
+                     {"A6 B1", "B0 A1"}, {"A4 B1", "B0 A4"}, {"A5 B1", "B0 A1"}};
+  for (const auto& one : cases) {
+    beginPaused(one.before);
+    ASSERT_EQ(queue(), one.before);
+    EXPECT_TRUE(manager().moveUp(id("B")));
+    EXPECT_EQ(queue(), one.after) << one.before;
+    shutDown();
+  }
+}
+
 TEST_F(MovesTest, MoveUpOfAFailedSecondItemQueuesItAnew) {
   begin("A1 B6");
   EXPECT_TRUE(manager().moveUp(id("B")));
@@ -86,6 +101,7 @@ TEST_F(MovesTest, MoveDownOfTheHeadQueuesBoth) {
   EXPECT_TRUE(manager().moveDown(id("A")));
   EXPECT_EQ(queue(), "B1 A1");
   EXPECT_FALSE(manager().isPaused());
+  EXPECT_EQ(notices(), Lines{"view.listChanged"});
 }
 
 TEST_F(MovesTest, MoveDownOfTheHeadWhilePausedHandsThePausedMarkOver) {
@@ -139,6 +155,7 @@ TEST_F(MovesTest, MoveToBottomStopsAboveTheCompletedAndFailed) {
   begin("A3 B1 C1 D6 E4");
   manager().moveToBottom(id("A"));
   EXPECT_EQ(queue(), "B1 C1 A1 D6 E4");
+  EXPECT_EQ(notices(), (Lines{"view.listChanged", "view.listChanged"}));
 }
 
 TEST_F(MovesTest, MovingNothingToTheTopOrBottomDoesNothing) {
@@ -156,6 +173,10 @@ TEST_F(MovesTest, TheQueueCountsAsPausedWhileItsHeadChanges) {
   manager().moveUp(id("B"));
   EXPECT_TRUE(paused);
   EXPECT_FALSE(manager().isPaused());
+  paused = false;
+  manager().moveDown(id("B"));
+  EXPECT_TRUE(paused);
+  EXPECT_FALSE(manager().isPaused());
 }
 
 TEST_F(MovesTest, APauseFromTheViewInTheMiddleOfAMoveIsNotLost) {
@@ -166,64 +187,6 @@ TEST_F(MovesTest, APauseFromTheViewInTheMiddleOfAMoveIsNotLost) {
   });
   manager().moveUp(id("B"));
   EXPECT_TRUE(manager().isPaused());
-}
-
-/// Moves during a transfer.
-class MovesOfRunningTest : public ManagerTest {
- protected:
-  void begin(const std::string& queue) {
-    given(queue);
-    start();
-  }
-};
-
-TEST_F(MovesOfRunningTest, MoveUpOfTheSecondItemStopsTheTransferAndStartsTheOther) {
-  begin("A1 B1");
-  const auto uid = transferOf("A");
-  await("A3 B1");
-  EXPECT_TRUE(manager().moveUp(id("B")));
-  EXPECT_EQ(stoppedSessions(), Uids{uid});
-  transferOf("B");
-  await("B3 A1");
-}
-
-TEST_F(MovesOfRunningTest, MoveDownOfTheHeadStopsTheTransferAndStartsTheOther) {
-  begin("A1 B1");
-  const auto uid = transferOf("A");
-  await("A3 B1");
-  EXPECT_TRUE(manager().moveDown(id("A")));
-  EXPECT_EQ(stoppedSessions(), Uids{uid});
-  transferOf("B");
-  await("B3 A1");
-}
-
-TEST_F(MovesOfRunningTest, MovesFartherDownLeaveTheTransferAlone) {
-  begin("A1 B1 C1");
-  transferOf("A");
-  await("A3 B1 C1");
-  manager().moveUp(id("C"));
-  manager().moveDown(id("C"));
-  EXPECT_TRUE(stoppedSessions().empty());
-  EXPECT_EQ(queue(), "A3 B1 C1");
-}
-
-TEST_F(MovesOfRunningTest, AMoveThatCannotMoveLeavesTheTransferAlone) {
-  begin("A1 B4");
-  transferOf("A");
-  await("A3 B4");
-  EXPECT_FALSE(manager().moveDown(id("A")));
-  EXPECT_FALSE(manager().moveUp(id("A")));
-  EXPECT_TRUE(stoppedSessions().empty());
-  EXPECT_EQ(queue(), "A3 B4");
-}
-
-TEST_F(MovesOfRunningTest, MoveToTopOfAnyItemStartsItAtOnce) {
-  begin("A1 B1 C1");
-  transferOf("A");
-  await("A3 B1 C1");
-  manager().moveToTop(id("C"));
-  transferOf("C");
-  await("C3 A1 B1");
 }
 
 }  // namespace
