@@ -47,10 +47,18 @@ Item* DownloadManager::DownloadManagerImpl::add(const std::wstring& url, const s
                                                 const std::wstring& providerName) {
   std::unique_ptr<Item> item = makeDownload(url, title, providerName);
   if (item == nullptr) return nullptr;
+  Item* const added = addAndResume(std::move(item));
+  // With the lock given back: a view that plays the new item from here waits for the scheduler.
+  tellOfAdding(view_);
+  return added;
+}
+
+/// The scheduler picks the item only afterwards: resuming would queue it anew while it runs.
+Item* DownloadManager::DownloadManagerImpl::addAndResume(std::unique_ptr<Item> item) {
+  const OperationHold download(downloadLock_);
   Item* const added = addNewItemToEnd(std::move(item));
   updateListChanged();
   resume();
-  tellOfAdding(view_);
   return added;
 }
 

@@ -160,6 +160,7 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   void tellServices(long ticketId, unsigned long long bytes);
   void tellPlayerOfFinished(const std::wstring& path, unsigned long long uid);
 
+  Item* addAndResume(std::unique_ptr<Item> item);
   Item* addNewItemToEnd(std::unique_ptr<Item> item);
   void putFirst(std::unique_ptr<Item> item);
   std::vector<Item*> addClearTicket(const std::wstring& path);

@@ -86,6 +86,25 @@ TEST_F(RacesTest, AMoveBetweenPickAndStartIsNotLost) {
   }
 }
 
+TEST_F(RacesTest, NothingOfAPickStandsBetweenTheNoticesOfAnAdding) {
+  for (int round = 0; round < 50; ++round) {
+    startAsleep("A1");
+    support::EventLog order;
+    view_.onEvent([&, host = std::this_thread::get_id()](const std::string& line) {
+      const bool adding = std::this_thread::get_id() == host;
+      order.add((adding ? "adding " : "pick ") + line);
+      if (adding) wakeScheduler();
+    });
+    manager().add(L"http://films.example/c.avi", L"C", L"P");
+    EXPECT_TRUE(library_.session(static_cast<std::size_t>(round)));
+    view_.onEvent({});
+    const std::vector<std::string> lines = order.lines();
+    EXPECT_EQ(lines.at(0), "adding view.listChanged");
+    EXPECT_EQ(lines.at(1), "adding view.listChanged") << "resumed before anything is picked";
+    shutDown();
+  }
+}
+
 TEST_F(RacesTest, ACompletionAndAPauseEndInOneOfTheTwo) {
   for (int round = 0; round < 50; ++round) {
     startAsleep("A1");
