@@ -51,6 +51,8 @@ std::unique_ptr<DownloadItem> DownloadManager::DownloadManagerImpl::pickUnderLoc
   moveVideoToTop(*id);
   updateListChanged();
   updateListChanged();
+  // The view that was told may have paused or rearranged the queue: this thread has the locks.
+  if (isPaused() || idOfNext() != id) return nullptr;
   const kvpm::CritLock lock(queueLock_);
   const Item* const item = queue_.find(*id);
   if (item == nullptr) return nullptr;

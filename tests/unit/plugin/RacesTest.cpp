@@ -86,6 +86,38 @@ TEST_F(RacesTest, AMoveBetweenPickAndStartIsNotLost) {
   }
 }
 
+TEST_F(RacesTest, APauseFromTheViewInTheMiddleOfAPickIsNotLost) {
+  startAsleep("A1 B1");
+  std::atomic<int> told{0};
+  std::atomic<int> toldAtStart{0};
+  support::Gate paused;
+  services_.whileAuthorizing([&] { toldAtStart = told.load(); });
+  view_.onEvent([&, host = std::this_thread::get_id()](const std::string& line) {
+    if (line != "view.listChanged" || std::this_thread::get_id() == host) return;
+    if (++told != 1) return;
+    manager().pause();
+    paused.open();
+  });
+  wakeScheduler();
+  ASSERT_TRUE(paused.wait());
+  manager().resume();  // comes in as soon as the pick lets go of the locks
+  transferOf("A");
+  await("A3 B1");
+  view_.onEvent({});
+  EXPECT_EQ(toldAtStart, 5) << "a pick, the pause in it, and another pick";
+}
+
+TEST_F(RacesTest, AMoveFromTheViewInTheMiddleOfAPickIsNotLost) {
+  startAsleep("A1 B1");
+  view_.onEvent([&, b = id("B")](const std::string&) {
+    view_.onEvent({});
+    manager().moveUp(b);
+  });
+  wakeScheduler();
+  transferOf("B");
+  await("B3 A1");
+}
+
 TEST_F(RacesTest, NothingOfAPickStandsBetweenTheNoticesOfAnAdding) {
   for (int round = 0; round < 50; ++round) {
     startAsleep("A1");
