@@ -159,9 +159,11 @@ void DownloadManager::DownloadManagerImpl::retry(unsigned int id) {
   if (statusOf(id) == DownloadStatusFailed) continueFirst(id);
 }
 
-/// Puts an item at the top and restarts the queue with it. It is queued anew only once the transfer
-/// has been stopped, whose last reports may be about this very item.
+/// Puts an item at the top and restarts the queue with it. It is queued before the queue is parked,
+/// so that it is not the one that is parked as paused, and once more when the transfer has been
+/// stopped, whose last reports may be about this very item.
 void DownloadManager::DownloadManagerImpl::continueFirst(unsigned int id) {
+  requeueForHost(id);
   pause();
   requeueForHost(id);
   moveVideoToTop(id);

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "playerx/platform/ThreadGate.h"
 #include "tests/unit/plugin/AddingTest.h"
 
@@ -124,6 +126,39 @@ TEST_F(FileOpenedTest, EachStepIsAnnouncedInItsOrder) {
     EXPECT_EQ(notices(), one.announced) << one.title;
     shutDown();
   }
+}
+
+TEST_F(FileOpenedTest, ItIsQueuedBeforeTheQueueIsParked) {
+  struct {
+    const char* before;
+    const char* parked;
+  } const cases[] = {{"A3 B6", "A0 B1"}, {"A1 B0", "A1 B1"}, {"A1 B5", "A1 B1"}};
+  for (const auto& one : cases) {
+    begin(one.before);
+    std::string first;
+    view_.onEvent([&](const std::string&) {
+      if (first.empty()) first = queue();
+    });
+    opened("B", 11);
+    EXPECT_EQ(first, one.parked) << one.before;
+    view_.onEvent({});
+    shutDown();
+  }
+}
+
+TEST_F(FileOpenedTest, AHeldTransferBelowAParkedItemIsStopped) {
+  given("B1 A1");
+  start();
+  transferOf("B");  // the library is there from here on
+  await("B3 A1");
+  manager().pause();
+  manager().updateStatus(id("A"), DownloadStatusHeld);
+  item("A").setUID(77);
+  ASSERT_EQ(queue(), "B0 A7");
+  opened("B", 11);
+  const Uids stopped = stoppedSessions();
+  EXPECT_EQ(std::count(stopped.begin(), stopped.end(), 77U), 1);
+  EXPECT_EQ(manager().at(1)->getId(), id("A"));
 }
 
 }  // namespace

@@ -297,6 +297,17 @@ TEST_F(SchedulerTest, RetryingAlsoEndsAPause) {
   await("B3 A1");
 }
 
+TEST_F(SchedulerTest, ARetriedItemIsQueuedBeforeTheQueueIsParked) {
+  startAsleep("A3 B6");
+  std::string first;
+  view_.onEvent([&](const std::string&) {
+    if (first.empty()) first = queue();
+  });
+  manager().retry(id("B"));
+  view_.onEvent({});
+  EXPECT_EQ(first, "A0 B1");
+}
+
 TEST_F(SchedulerTest, RetryingAnItemThatHasNotFailedDoesNothing) {
   startAsleep("A0 B1 C2 D3 E4 F5 G1");
   manager().updateStatus(id("G"), DownloadStatusHeld);
