@@ -148,7 +148,7 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   std::unique_ptr<DownloadItem> pick();
   std::unique_ptr<DownloadItem> pickUnderLocks();
   std::optional<unsigned int> idOfNext();
-  void recordOutcome(unsigned int id, DownloadStatusEnumType result);
+  void recordOutcome(DownloadItem& copy, DownloadStatusEnumType result);
   Run takeRun();
   bool enterDownloadLock(kvpm::Thread* thread)
       KVPM_TRY_ACQUIRE(true, downloadLock_) KVPM_NO_ANALYSIS;

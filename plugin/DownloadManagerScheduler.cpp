@@ -22,11 +22,11 @@ void DownloadManager::DownloadManagerImpl::runThread(kvpm::Thread* thread) {
 bool DownloadManager::DownloadManagerImpl::runNext(kvpm::Thread* thread) {
   std::unique_ptr<DownloadItem> picked = pick();
   if (picked == nullptr) return false;
-  const unsigned int id = picked->getId();
-  const DownloadStatusEnumType result = worker_.downloadVideo(picked.release());
+  DownloadItem& copy = *picked.release();  // the worker's, which keeps it until its next run
+  const DownloadStatusEnumType result = worker_.downloadVideo(&copy);
   // Whoever asks the thread to stop may hold the lock and wait for the thread.
   if (!enterDownloadLock(thread)) return true;
-  recordOutcome(id, result);
+  recordOutcome(copy, result);
   downloadLock_.leaveQuietly();
   return true;
 }
@@ -83,13 +83,15 @@ bool DownloadManager::DownloadManagerImpl::enterDownloadLock(kvpm::Thread* threa
   }
 }
 
-void DownloadManager::DownloadManagerImpl::recordOutcome(unsigned int id,
+/// The copy is the scheduler's to write: between two runs the worker does not touch its item.
+void DownloadManager::DownloadManagerImpl::recordOutcome(DownloadItem& copy,
                                                          DownloadStatusEnumType result) {
   const Run run = takeRun();
+  copy.setStatus(afterRun(result));
   if (result == DownloadStatusStopped) {
     updateListChanged();  // the item keeps the state that whoever stopped it has given it
   } else if (result != DownloadStatusFailed || !run.superseded) {
-    updateStatus(id, result);
+    updateStatus(copy.getId(), result);
   }
 }
 

@@ -28,6 +28,11 @@ constexpr bool isParkable(DownloadStatusEnumType status) {
   return isResumable(status) || status == DownloadStatusHeld;
 }
 
+/// What the worker's copy of an item becomes when its run has ended so: a stopped one waits again.
+constexpr DownloadStatusEnumType afterRun(DownloadStatusEnumType result) {
+  return result == DownloadStatusStopped ? DownloadStatusQueued : result;
+}
+
 /// Kept below all other items.
 constexpr bool isAtBottom(DownloadStatusEnumType status) {
   return status == DownloadStatusCompleted || status == DownloadStatusFailed;

@@ -25,6 +25,12 @@ TEST(StatusGroups, EachHoldsItsStatesAlone) {
   EXPECT_EQ(members(isAtBottom), (std::set<int>{4, 6}));
 }
 
+TEST(StatusGroups, AStoppedRunLeavesItsItemQueuedAndEveryOtherItsResult) {
+  for (int result = 0; result <= 7; ++result) {
+    EXPECT_EQ(afterRun(static_cast<DownloadStatusEnumType>(result)), result == 5 ? 1 : result);
+  }
+}
+
 TEST(Playback, RestartsTheQueueUnlessTheItemFlowsOrIsComplete) {
   EXPECT_EQ(members(needsRestart), (std::set<int>{-1, 0, 1, 2, 5, 6, 8}));
 }
