@@ -64,6 +64,7 @@ Item* DownloadManager::DownloadManagerImpl::addAndResume(std::unique_ptr<Item> i
 
 std::vector<Item*> DownloadManager::DownloadManagerImpl::addTicket(const std::wstring& ticketPath) {
   const OperationHold download(downloadLock_);
+  // However many there are: a path may have been quoted by the desktop and by the user.
   const std::wstring path = kvpm::StringTools::stripBeginingAndEndChar(ticketPath, L'"');
   const auto services = services_.find();
   if (services == nullptr) return {};
