@@ -141,7 +141,17 @@ TEST_F(AnnouncementsTest, WithoutAViewNoOperationWritesTheQueue) {
   manager().retry(b);
   manager().play(b);
   manager().resumeDownloadingFile(L"/x");
+  manager().resumePlaybackForUrl(L"http://h/c.avi");
   manager().add(L"http://h/c.avi", L"C", L"P");
+  const auto clear = folder_.write("d.tix", "TixVeskVersion=1.0\nstart\nurl=http://h/d.avi\nend\n");
+  EXPECT_EQ(manager().addTicket(clear.wstring(), false).size(), 1U);
+  services_.setTicketRecords({record(L"E")});
+  EXPECT_EQ(manager().addTicket(L"/e.tix", false).size(), 1U);
+  const auto opened = folder_.write("media/f.vesk", "ten bytes!");
+  const VeskDrmPlaybackAuthorizationResponse response{11, L"F", "ticket F"};
+  for (int i = 0; i < 2; ++i) {  // not queued yet, then queued
+    manager().zpsFileOpenedForPlayback(opened.wstring(), &response, nullptr);
+  }
   manager().updateStatus(a, DownloadStatusCompleted);
   manager().clearCompletedDownloads();
   manager().remove(b);
@@ -165,6 +175,60 @@ TEST_F(AnnouncementsTest, AViewMayRemoveTheItemThatItIsToldOf) {
   });
   EXPECT_TRUE(manager().updateStatus(a, DownloadStatusFailed));
   EXPECT_EQ(queue(), "B1");
+}
+
+TEST_F(AnnouncementsTest, TheWholeQueueIsWrittenBeforeTheViewIsToldOfTheList) {
+  std::string seen;
+  view_.onEvent([&](const std::string&) { seen = written(); });
+  manager().remove(id("A"));
+  EXPECT_EQ(seen, "B1");
+}
+
+TEST_F(AnnouncementsTest, TheViewIsToldOfTheListWithTheQueueUnlocked) {
+  std::string seen;
+  view_.onEvent([&](const std::string&) {
+    std::thread other([&] { seen = queue(); });
+    other.join();
+  });
+  manager().remove(id("A"));
+  EXPECT_EQ(seen, "B1");
+}
+
+TEST_F(AnnouncementsTest, AttachingAViewWritesAndTellsNothing) {
+  manager().setViewInterface(nullptr);
+  manager().setViewInterface(&view_);
+  EXPECT_FALSE(isWritten());
+  EXPECT_TRUE(log_.lines().empty());
+}
+
+TEST_F(AnnouncementsTest, APickWithoutAViewWritesNothing) {
+  manager().setViewInterface(nullptr);
+  wakeScheduler();
+  transferOf("A");
+  await("A3 B1");
+  EXPECT_FALSE(isWritten());
+  EXPECT_TRUE(log_.lines("view.").empty());
+}
+
+TEST_F(AnnouncementsTest, TheWorkerToldOfADetachedViewTellsItNothing) {
+  support::EventLog otherLog;
+  support::FakeView other(otherLog);
+  const std::string b = std::to_string(id("B"));
+  wakeScheduler();
+  const auto first = transferOf("A");
+  await("A3 B1");
+  manager().setViewInterface(nullptr);
+  log_.clear();
+  library_.broke(first);
+  const auto second = transferOf("B");
+  await("B3 A6");
+  manager().setViewInterface(&other);
+  library_.broke(second);
+  await("A6 B6");
+  manager().setViewInterface(nullptr);
+  EXPECT_TRUE(log_.lines("view.").empty());
+  EXPECT_EQ(otherLog.lines("view.broken"), Lines{"view.broken " + mediaFile("B.vesk").string()});
+  EXPECT_EQ(otherLog.lines("view.refresh"), Lines{"view.refresh " + b});
 }
 
 }  // namespace
