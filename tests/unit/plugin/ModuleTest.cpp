@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "KPIM/Plugin.h"
+#include "KPX/KPXPreferences.h"
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "VeskPlayerX/InterfaceIds.h"
 #include "VeskPlayerX/ShutdownInterface.h"
@@ -177,6 +178,28 @@ TEST_F(LoadedModuleTest, StaysMappedWhenTheHostLetsGoOfIt) {
   library = dlopen(VESK_MODULE, RTLD_NOW | RTLD_NOLOAD);
   ASSERT_NE(library, nullptr);
   EXPECT_EQ(dlsym(library, "getPlugin"), reinterpret_cast<void*>(getPlugin));
+}
+
+TEST_F(LoadedModuleTest, ShuttingDownMayGiveTheLastHoldBack) {
+  given("A1");
+  void* out = nullptr;
+  ASSERT_EQ(getPlugin(&context_, &out), 0);
+  auto* const plugin = static_cast<KPIM::Plugin*>(out);
+  auto* const shutdown = face<VeskPlayerX::ShutdownInterface>(plugin, VeskPlayerX::DIN_Shutdown);
+  transferOf("A");
+  ASSERT_EQ(plugin->kpimRelease(), 1);
+  shutdown->Shutdown();
+  EXPECT_FALSE(library_.hasCallback());
+  EXPECT_EQ(KPXPreferences::userSettings, nullptr);
+}
+
+TEST_F(LoadedModuleTest, TheContextIsNotLookedAt) {
+  void* out = nullptr;
+  ASSERT_EQ(getPlugin(nullptr, &out), 0);
+  auto* const plugin = static_cast<KPIM::Plugin*>(out);
+  EXPECT_EQ(plugin->kpimGetPluginContext(), nullptr);
+  face<VeskPlayerX::ShutdownInterface>(plugin, VeskPlayerX::DIN_Shutdown)->Shutdown();
+  EXPECT_EQ(plugin->kpimRelease(), 0);
 }
 
 }  // namespace

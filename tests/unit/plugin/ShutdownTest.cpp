@@ -67,7 +67,11 @@ TEST_F(ShutdownTest, WritesAndTellsNothing) {
 
 TEST_F(ShutdownTest, LetsGoOfAllThatTheManagerHeld) {
   beginDownload("A1");
+  manager().setTicketId(id("A"), 7);
+  manager().updateDownloadProgress(id("A"), 50);
+  ASSERT_EQ(log_.lines("services.confirm").size(), 1U);
   EXPECT_EQ(context_.holds("com.vesk.playback.interface.Download"), 1);
+  EXPECT_GE(context_.holds("com.vesk.playerX.pluginInterface.ZPSServices"), 1);
   manager().Shutdown();
   EXPECT_EQ(context_.holds("com.vesk.playback.interface.Download"), 0);
   EXPECT_EQ(context_.holds("com.vesk.playerX.pluginInterface.ZPSServices"), 0);
@@ -81,6 +85,35 @@ TEST_F(ShutdownTest, ASecondTimeChangesNothing) {
   manager().Shutdown();
   EXPECT_EQ(manager().kpimHoldCount(), holds);
   manager().kpimRelease();
+}
+
+TEST_F(ShutdownTest, DestructionAfterwardsDoesNothingMore) {
+  beginDownload("A1 B1");
+  manager().Shutdown();
+  log_.clear();
+  forgetFile();
+  const Uids stopped = library_.stopped();
+  shutDown();
+  EXPECT_TRUE(log_.lines().empty());
+  EXPECT_FALSE(isWritten());
+  EXPECT_EQ(library_.stopped(), stopped);
+}
+
+TEST_F(ShutdownTest, MayGiveTheLastHoldBack) {
+  struct Watched : DownloadManager {
+    Watched(KPIM::Context* context, bool& gone) : DownloadManager(context), gone_(gone) {}
+    ~Watched() override { gone_ = true; }
+    bool& gone_;
+  };
+  given("A1");
+  bool gone = false;
+  auto* const watched = new Watched(&context_, gone);
+  transferOf("A");
+  EXPECT_EQ(watched->kpimRelease(), 1);
+  EXPECT_FALSE(gone);
+  watched->Shutdown();
+  EXPECT_TRUE(gone);
+  EXPECT_FALSE(library_.hasCallback());
 }
 
 TEST_F(ShutdownTest, OperationsAfterwardsAnswerNothing) {

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QSettings>
+#include <array>
 
 #include "KPX/KPXPreferences.h"
 #include "VeskPlayerX/InterfaceIds.h"
@@ -13,12 +14,14 @@ namespace fs = std::filesystem;
 
 class StartTest : public ManagerTest {
  protected:
-  void givenLegacyQueue() {
+  static constexpr char kFailedItem[] =
+      "<drmAuth:DownloadManagerVideoElement status=\"6\" fileSize=\"5\"/>";
+
+  void givenLegacyQueue(const std::string& items = kFailedItem) {
     support::writeFile(legacyFile(),
                        "<drmAuth:DownloadManagerDataContainer "
-                       "xmlns:drmAuth=\"com.vesk.container\" version=\"1\" >"
-                       "<drmAuth:DownloadManagerVideoElement status=\"6\" fileSize=\"5\"/>"
-                       "</drmAuth:DownloadManagerDataContainer>");
+                       "xmlns:drmAuth=\"com.vesk.container\" version=\"1\" >" +
+                           items + "</drmAuth:DownloadManagerDataContainer>");
   }
   fs::path legacyFile() const { return folder_ / "data" / "DownloadQueue.dlq"; }
 };
@@ -61,8 +64,26 @@ TEST_F(StartTest, AHeldItemComesBackAsADownloadingOne) {
   EXPECT_EQ(queue(), "A3 B1");
 }
 
-TEST_F(StartTest, StartingAnnouncesNothingWithoutAView) {
-  startAsleep("A1");
+TEST_F(StartTest, TheQueueOfTheEarlierReleaseKeepsItsOrder) {
+  givenLegacyQueue(
+      "<drmAuth:DownloadManagerVideoElement status=\"6\" fileSize=\"5\"/>"
+      "<drmAuth:DownloadManagerVideoElement status=\"1\" fileSize=\"9\"/>"
+      "<drmAuth:DownloadManagerVideoElement status=\"4\" fileSize=\"7\"/>");
+  startAsleep();
+  EXPECT_EQ(queue(), "6 1 4");
+  EXPECT_EQ(written(), "6 1 4");
+  for (unsigned int i = 0; i < 3; ++i) {
+    EXPECT_EQ(manager().at(i)->getSize(), (std::array{5U, 9U, 7U}.at(i)));
+  }
+}
+
+TEST_F(StartTest, NeitherStartingNorAttachingAViewAnnouncesOrWritesAnything) {
+  given("A1");
+  support::writeFile(queueFile(), support::readFile(queueFile()) + "<!-- as it was -->\n");
+  const std::string before = support::readFile(queueFile());
+  startAsleep();
+  EXPECT_EQ(queue(), "A1");
+  EXPECT_EQ(support::readFile(queueFile()), before);
   EXPECT_TRUE(log_.lines("view.").empty());
 }
 
@@ -117,6 +138,15 @@ TEST_F(StartTest, WorksOnTheQueueAtOnce) {
   start();
   transferOf("A");
   await("A3");
+}
+
+TEST_F(StartTest, DeletesPreferencesThatWereMadeAfterTheShutdown) {
+  startAsleep();
+  manager().Shutdown();
+  ASSERT_EQ(KPXPreferences::userSettings, nullptr);
+  KPXPreferences::userSettings = new QSettings(QSettings::UserScope, "Organisation", "Settings");
+  shutDown();
+  EXPECT_EQ(KPXPreferences::userSettings, nullptr);
 }
 
 }  // namespace
