@@ -54,6 +54,14 @@ TEST(NewDownload, EscapesTheAddressButNotTheTitle) {
   const auto item = makeDownload(L"http://h/a b{c}.avi", L"", L"");
   ASSERT_NE(item, nullptr);
   EXPECT_EQ(item->getUrl(), L"http://h/a%20b%7Bc%7D.avi");
+  EXPECT_EQ(item->getTitle(), L"a b{c}.avi");
+}
+
+TEST(NewDownload, TakesTheProviderFromTheEscapedAddress) {
+  EXPECT_EQ(makeDownload(L"http://a b/movie.avi", L"", L"")->getContentProviderDisplayName(),
+            L"a%20b");
+  EXPECT_EQ(makeDownload(L"http://h{x}/a.avi", L"", L"")->getContentProviderDisplayName(),
+            L"h%7Bx%7D");
 }
 
 TEST(NewDownload, LeavesTheProviderEmptyWhenTheAddressNamesNoHost) {
