@@ -40,6 +40,13 @@ TEST_F(QueueOperationsTest, FindsAPathWhateverTheCaseOfItsLetters) {
   EXPECT_EQ(manager().getByPath(L"/films/a.VESK"), &item("A"));
 }
 
+TEST_F(QueueOperationsTest, OfPathsThatDifferInTheirCaseAloneTheFirstIsFound) {
+  begin("A1 B1");
+  manager().updatePath(id("A"), L"/films/x.vesk");
+  manager().updatePath(id("B"), L"/Films/X.vesk");
+  EXPECT_EQ(manager().getByPath(L"/Films/X.vesk"), &item("A"));
+}
+
 TEST_F(QueueOperationsTest, TheFirstOfSeveralIsFound) {
   begin("A1 B1");
   EXPECT_EQ(manager().get(kvpm::StringTools::stringToWString(kFilm)), &item("A"));
@@ -66,9 +73,17 @@ TEST_F(QueueOperationsTest, ACopyOutlivesItsQueue) {
 }
 
 TEST_F(QueueOperationsTest, ACopyWithGapsIsDeletedToo) {
+  struct Counted : DownloadItem {
+    explicit Counted(int& deletions) : deleted(deletions) {}
+    ~Counted() override { ++deleted; }
+    int& deleted;
+  };
+  int deleted = 0;
   begin("A1");
   manager().deleteCopyOfQueue(nullptr);
-  manager().deleteCopyOfQueue(new std::vector<Item*>{nullptr, new DownloadItem(), nullptr});
+  manager().deleteCopyOfQueue(
+      new std::vector<Item*>{nullptr, new Counted(deleted), nullptr, new Counted(deleted)});
+  EXPECT_EQ(deleted, 2);
 }
 
 TEST_F(QueueOperationsTest, ItemsOfEveryStatusCount) {
