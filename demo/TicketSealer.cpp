@@ -95,6 +95,8 @@ std::optional<std::string> decodeBase64(const std::string& text) {
   const auto padding =
       std::count(text.end() - std::min<std::ptrdiff_t>(2, text.size()), text.end(), '=');
   bytes.resize(static_cast<std::size_t>(length) - static_cast<std::size_t>(padding));
+  // The last character may carry bits that no byte takes: one text for the same bytes is enough.
+  if (encodeBase64(bytes) != text) return std::nullopt;
   return bytes;
 }
 
