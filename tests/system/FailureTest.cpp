@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
-#include <sys/mount.h>
-#include <unistd.h>
+
+#include <algorithm>
 
 #include "tests/support/FreePort.h"
 #include "tests/support/Loopback.h"
@@ -133,35 +133,61 @@ TEST_F(FailureTest, ASecondPlayerOnOneDataFolderIsTurnedAway) {
   EXPECT_EQ(first.wait(), 130);
 }
 
-/// A file system of its own with little room, where the system lets one be made.
-class SmallDisk {
- public:
-  explicit SmallDisk(const char* size) {
-    mounted_ = mount("films", folder_.path().c_str(), "tmpfs", 0,
-                     (std::string("size=") + size).c_str()) == 0;
-  }
-  ~SmallDisk() {
-    if (mounted_) umount2(folder_.path().c_str(), MNT_DETACH);
-  }
-  SmallDisk(const SmallDisk&) = delete;
-  SmallDisk& operator=(const SmallDisk&) = delete;
+TEST_F(FailureTest, ASizeThatIsNoneIsNoLackOfSpace) {
+  ScriptedServer server;
+  server.always(Script::answer("HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\n"));
+  EXPECT_EQ(failureOf(server.url("/a.avi")), "bad_answer");
+}
 
-  bool isMounted() const { return mounted_; }
-  const std::filesystem::path& path() const { return folder_.path(); }
+TEST_F(FailureTest, ARedirectToNoWebAddressIsNamed) {
+  ScriptedServer server;
+  server.always(Script::answer(support::bareResponse("302 Found", "Location: file:/x.avi\r\n")));
+  EXPECT_EQ(failureOf(server.url("/a.avi")), "bad_redirect");
+}
 
- private:
-  support::TempDir folder_;
-  bool mounted_;
+/// The media folder is a small file system of its own while the player runs.
+class SmallDiskTest : public FailureTest {
+ protected:
+  void SetUp() override {
+    const std::string lack = lackOfNamespaces();
+    ASSERT_EQ(lack, "");
+    std::filesystem::create_directories(home.media());
+    home.mountFirst("mount -t tmpfs -o size=1m films \"$0\"", home.media());
+  }
 };
 
-TEST_F(FailureTest, TooLittleSpaceIsFoundBeforeAByteIsFetched) {
-  const SmallDisk disk("1m");
-  if (!disk.isMounted()) return;  // making file systems needs rights that not every machine gives
+TEST_F(SmallDiskTest, TooLittleSpaceIsFoundBeforeAByteIsFetched) {
   Nginx server;
   server.serve("a.avi", distinctBytes(800'000));  // needs twice its size
-  home.setMedia(disk.path());
   EXPECT_EQ(failureOf(server.url("/a.avi")), "no_space");
   EXPECT_THAT(server.accessLog(), testing::Not(HasSubstr("GET")));
+}
+
+TEST_F(SmallDiskTest, AFilmThatIsLargerThanAnnouncedKeepsItsBytes) {
+  const std::string film = distinctBytes(3'000'000);
+  ScriptedServer server;
+  server.onRequest([&film](const std::string& request) {
+    const std::string size = request.starts_with("HEAD") ? "1000" : std::to_string(film.size());
+    const std::string head = "HTTP/1.1 200 OK\r\nETag: \"1\"\r\nContent-Length: " + size +
+                             "\r\nConnection: close\r\n\r\n";
+    return Script().send(request.starts_with("HEAD") ? head : head + film).close();
+  });
+  const PlayerResult result = home.run({"get", server.url("/a.avi")});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.failureCode(), "no_space");
+  EXPECT_EQ(result.events("failed")[0]["reason"]["sentence"],
+            "There is no room for the film in " + home.media().string() +
+                "; what has arrived is kept: free some space there and retry, or choose another "
+                "folder with --media.");
+
+  home.mountFirst("true", "");  // now there is room
+  EXPECT_EQ(home.run({"retry", "1"}).status, 0);
+  EXPECT_EQ(home.run({"get"}).status, 0);
+  EXPECT_EQ(support::readFile(home.media() / "a.avi"), film);
+  const std::vector<std::string> requests = server.requests();
+  EXPECT_EQ(std::count_if(requests.begin(), requests.end(),
+                          [](const std::string& request) { return request.starts_with("GET"); }),
+            1);
 }
 
 }  // namespace

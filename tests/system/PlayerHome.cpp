@@ -55,20 +55,32 @@ void PlayerHome::setEnvironment(const std::string& name, const std::string& valu
   environment_[name] = value;
 }
 
+void PlayerHome::removeFromEnvironment(const std::string& name) {
+  environment_.erase(name);
+  removed_.push_back(name);
+}
+
+void PlayerHome::mountFirst(const std::string& shellLine, const std::string& argument) {
+  launcher_ = {"unshare", "--map-root-user", "--mount", "sh", "-c", shellLine + " && exec \"$@\"",
+               argument};
+}
+
 void PlayerHome::addOptions(const std::vector<std::string>& options) {
   options_.insert(options_.end(), options.begin(), options.end());
 }
 
-support::ProcessOptions PlayerHome::command(std::vector<std::string> front,
+support::ProcessOptions PlayerHome::command(const std::vector<std::string>& front,
                                             const std::vector<std::string>& arguments) const {
-  front.insert(front.begin(), PLAYERX_CLI);
-  for (const std::string& option :
-       {std::string("--data"), data().string(), std::string("--media"), media_.string()}) {
-    front.push_back(option);
-  }
-  front.insert(front.end(), options_.begin(), options_.end());
-  front.insert(front.end(), arguments.begin(), arguments.end());
-  return {.arguments = front, .environment = environment_};
+  std::vector<std::string> words = launcher_;
+  const auto append = [&words](const std::vector<std::string>& more) {
+    words.insert(words.end(), more.begin(), more.end());
+  };
+  append({PLAYERX_CLI});
+  append(front);
+  if (namesFolders_) append({"--data", data().string(), "--media", media_.string()});
+  append(options_);
+  append(arguments);
+  return {.arguments = words, .environment = environment_, .removed = removed_};
 }
 
 support::ProcessOptions PlayerHome::startOptions(const std::vector<std::string>& arguments) const {
@@ -98,6 +110,17 @@ std::vector<Json> PlayerHome::queue() const { return run({"list"}).events("liste
 std::vector<std::string> PlayerHome::films() const { return filesIn(media_); }
 
 std::vector<std::string> PlayerHome::partials() const { return filesIn(data() / "partial"); }
+
+std::string lackOfNamespaces() {
+  support::TempDir folder;
+  support::Process trial(std::vector<std::string>{"unshare", "--map-root-user", "--mount", "sh",
+                                                  "-c", "mount -t tmpfs -o size=64k trial \"$0\"",
+                                                  folder.path()});
+  if (trial.wait() == 0) return {};
+  return "this test needs a user namespace of its own in which it may mount a file system "
+         "(unshare, mount; kernel.unprivileged_userns_clone=1 for users that are not root): " +
+         trial.errors();
+}
 
 PlayerResult finish(support::Process& process) {
   PlayerResult result;

@@ -41,6 +41,14 @@ class PlayerHome {
   std::filesystem::path queueFile() const { return data() / "downloadmanager.xml"; }
   void setMedia(const std::filesystem::path& folder) { media_ = folder; }
   void setEnvironment(const std::string& name, const std::string& value);
+  void removeFromEnvironment(const std::string& name);
+
+  /// Leaves the folders to the program: no "--data", no "--media".
+  void nameNoFolders() { namesFolders_ = false; }
+
+  /// Starts the program in mount and user namespaces of its own, after this line of shell, in which
+  /// "$0" is `argument`. What is mounted goes with the program. Call `needNamespaces` before.
+  void mountFirst(const std::string& shellLine, const std::string& argument);
 
   /// Options put in front of every command.
   void addOptions(const std::vector<std::string>& options);
@@ -71,14 +79,20 @@ class PlayerHome {
   std::vector<std::string> partials() const;
 
  private:
-  support::ProcessOptions command(std::vector<std::string> front,
+  support::ProcessOptions command(const std::vector<std::string>& front,
                                   const std::vector<std::string>& arguments) const;
 
   support::TempDir folder_;
   std::filesystem::path media_;
+  bool namesFolders_ = true;
+  std::vector<std::string> launcher_;
   std::map<std::string, std::string> environment_;
+  std::vector<std::string> removed_;
   std::vector<std::string> options_;
 };
+
+/// Why `mountFirst` does not work on this machine; empty when it does.
+std::string lackOfNamespaces();
 
 /// Waits for the end of a started player.
 PlayerResult finish(support::Process& process);

@@ -10,11 +10,9 @@
 namespace system_test {
 namespace {
 
-using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 class ProtectedTest : public testing::Test {
  protected:
@@ -111,7 +109,7 @@ TEST_F(ProtectedTest, ExpiredCredentialsAreAuthorisedAnewByARetry) {
 TEST_F(ProtectedTest, AServiceThatLiesAboutTheSizeEndsCleanly) {
   server.misbehave("lying-size");
   const PlayerResult result = home.run({"get", server.ticket()});
-  EXPECT_THAT(result.status, testing::AnyOf(0, 1));
+  EXPECT_EQ(result.status, 0) << result.output << result.errors;
   EXPECT_EQ(home.queue().size(), 1u);
 }
 
@@ -179,22 +177,6 @@ TEST_F(ProtectedCrashTest, KilledInMidTransfer) {
   ASSERT_TRUE(player.waitForOutput("\"percent\":3"));
   kill(player);
   expectWholeOnce();
-}
-
-TEST_F(ProtectedCrashTest, KilledBetweenTheLastByteAndItsRecord) {
-  for (int round = 0; round < 3; ++round) {
-    PlayerHome fresh;
-    server.introduceTo(fresh);
-    support::Process player = fresh.start({"get", server.ticket()});
-    ASSERT_TRUE(support::waitFor([&] { return !fresh.films().empty(); }));
-    kill(player);
-    const PlayerResult result = fresh.run({"get"});
-    EXPECT_EQ(result.status, 0) << result.output << result.errors;
-    const std::string path = fresh.queue().at(0)["path"];
-    EXPECT_TRUE(sameContent(server.film(), path)) << path;
-    EXPECT_EQ(fresh.films().size(), 2u) << testing::PrintToString(fresh.films());
-    EXPECT_THAT(fresh.films(), Contains(std::filesystem::path(path).filename().string()));
-  }
 }
 
 }  // namespace

@@ -113,6 +113,16 @@ TEST_F(QueueCommandsTest, GetWorksThroughWhatTheQueueHolds) {
   EXPECT_THAT(home.films(), ElementsAre("a.avi"));
 }
 
+TEST_F(QueueCommandsTest, GetTellsOfWhatFailsAtOnce) {
+  std::filesystem::create_directories(home.data());
+  support::writeFile(home.queueFile(),
+                     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue>"
+                     "<DownloadItem title=\"a\" status=\"1\" url=\"\"/></DownloadQueue>\n");
+  const PlayerResult result = home.run({"get"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.failureCode(), "no_address");
+}
+
 TEST_F(QueueCommandsTest, AnEmptyQueueIsDoneAtOnce) {
   EXPECT_EQ(home.run({"get"}).status, 0);
   EXPECT_THAT(titles(), IsEmpty());

@@ -1,0 +1,110 @@
+#include <gmock/gmock.h>
+
+#include <csignal>
+
+#include "tests/support/ScriptedServer.h"
+#include "tests/system/BigFile.h"
+#include "tests/system/PlayerHome.h"
+
+namespace system_test {
+namespace {
+
+using support::Script;
+using support::ScriptedServer;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+/// The queue file cannot be written, at once or from some moment on.
+class QueueSavingTest : public testing::Test {
+ protected:
+  ScriptedServer server;
+  PlayerHome home;
+
+  void SetUp() override { std::filesystem::create_directories(home.data()); }
+
+  void queueOne() {
+    support::writeFile(home.queueFile(),
+                       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue>"
+                       "<DownloadItem title=\"a\" status=\"4\" url=\"http://h/a.avi\"/>"
+                       "</DownloadQueue>\n");
+  }
+
+  /// The player's own folder is a full file system while the player runs.
+  void fillDataDisk() {
+    const std::string lack = lackOfNamespaces();
+    ASSERT_EQ(lack, "");
+    home.mountFirst(
+        "mount -t tmpfs -o size=64k data \"$0\" && { head -c 1m /dev/zero > \"$0/x\" || true; }",
+        home.data());
+  }
+
+  auto saysThatItCannotBeWritten() {
+    return AllOf(HasSubstr("The queue file " + home.queueFile().string()), HasSubstr("--data"));
+  }
+};
+
+TEST_F(QueueSavingTest, AFullDiskIsSaidBeforeAnythingIsAdded) {
+  fillDataDisk();
+  const PlayerResult result = home.run({"get", server.url("/a.avi")});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, saysThatItCannotBeWritten());
+  EXPECT_THAT(result.errors, HasSubstr("No space left"));
+  EXPECT_EQ(server.connectionCount(), 0u);
+}
+
+TEST_F(QueueSavingTest, AFolderInThePlaceOfTheFileIsSaid) {
+  std::filesystem::create_directories(home.queueFile() / "kept");
+  const PlayerResult result = home.run({"clear"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, saysThatItCannotBeWritten());
+  EXPECT_TRUE(std::filesystem::exists(home.queueFile() / "kept"));
+}
+
+TEST_F(QueueSavingTest, TheListIsPrintedAllTheSame) {
+  queueOne();
+  fillDataDisk();
+  EXPECT_EQ(home.run({"list"}).status, 0);
+}
+
+TEST_F(QueueSavingTest, AFileThatCannotBeReplacedAnyMoreIsSaidAtTheEnd) {
+  server.always(Script().readRequest().stall());
+  support::Process player = home.start({"get", server.url("/a.avi")});
+  ASSERT_TRUE(player.waitForOutput("\"added\""));
+  ASSERT_TRUE(support::waitFor([this] { return server.connectionCount() > 0; }));
+  std::filesystem::rename(home.queueFile(), home.data() / "away");
+  std::filesystem::create_directories(home.queueFile());
+  player.send(SIGINT);
+  EXPECT_EQ(player.wait(), 1);
+  EXPECT_THAT(player.errors(), HasSubstr("does not hold the last changes"));
+}
+
+TEST_F(QueueSavingTest, AFilmThatFillsTheDiskIsNamedWithTheFolderToChange) {
+  const std::string lack = lackOfNamespaces();
+  ASSERT_EQ(lack, "");
+  home.mountFirst("mount -t tmpfs -o size=1m data \"$0\"", home.data());
+  server.onRequest([](const std::string& request) {
+    const bool isHead = request.starts_with("HEAD");
+    return Script()
+        .send("HTTP/1.1 200 OK\r\nETag: \"1\"\r\nContent-Length: " +
+              std::string(isHead ? "1000" : "3000000") + "\r\nConnection: close\r\n\r\n")
+        .send(isHead ? "" : distinctBytes(3'000'000))
+        .close();
+  });
+  const PlayerResult result = home.run({"get", server.url("/a.avi")});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.failureCode(), "no_space");
+  EXPECT_THAT(result.output, HasSubstr("another folder with --data."));
+}
+
+TEST_F(QueueSavingTest, NothingIsSaidOfAQueueThatIsSaved) {
+  queueOne();
+  const PlayerResult result = home.run({"clear"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.errors, IsEmpty());
+  EXPECT_THAT(support::readFile(home.queueFile()), Not(HasSubstr("a.avi")));
+}
+
+}  // namespace
+}  // namespace system_test
