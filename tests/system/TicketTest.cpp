@@ -135,7 +135,10 @@ TEST_F(PlayTest, AFinishedFilmIsPlayedFromItsPathOrAddress) {
   const PlayerResult result =
       home.run({"get", "--play", "--player", recorder(), server.url("/one.avi")});
   EXPECT_EQ(result.status, 0) << result.errors;
-  ASSERT_TRUE(support::waitFor([this] { return std::filesystem::exists(played()); }));
+  // The shell makes the file before it writes into it.
+  ASSERT_TRUE(support::waitFor([this] {
+    return std::filesystem::exists(played()) && support::readFile(played()).ends_with("\n");
+  }));
   EXPECT_THAT(
       support::readFile(played()),
       testing::AnyOf((home.media() / "one.avi").string() + "\n", server.url("/one.avi") + "\n"));
