@@ -3,17 +3,23 @@
 #include <arpa/inet.h>
 #include <netdb.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
 namespace kvsc {
 namespace {
 
+constexpr const char* kBlanks = " \t\n\v\f\r";
+
+// The number that `text` begins with, as a conversion to an unsigned number reads it: after blanks
+// and a plus sign, up to the first other character. Nothing when that is no port.
 std::optional<std::uint16_t> numberIn(const std::string& text) {
+  std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
+  if (begin < text.size() && text[begin] == '+') ++begin;
   std::uint16_t number = 0;
-  const char* end = text.data() + text.size();
-  const auto read = std::from_chars(text.data(), end, number);
-  if (read.ec != std::errc() || read.ptr != end || number == 0) return std::nullopt;
+  const auto read = std::from_chars(text.data() + begin, text.data() + text.size(), number);
+  if (read.ec != std::errc() || number == 0) return std::nullopt;
   return number;
 }
 

@@ -17,9 +17,21 @@ TEST(ServicePortTest, TheSchemesAreServiceNames) {
   EXPECT_EQ(servicePort("https"), 443);
 }
 
+TEST(ServicePortTest, ANumberEndsAtTheFirstOtherCharacter) {
+  EXPECT_EQ(servicePort("8443x"), 8443);
+  EXPECT_EQ(servicePort("80 "), 80);
+  EXPECT_EQ(servicePort("8.0"), 8);
+}
+
+TEST(ServicePortTest, BlanksAndAPlusMayComeFirst) {
+  EXPECT_EQ(servicePort(" 80"), 80);
+  EXPECT_EQ(servicePort("+80"), 80);
+  EXPECT_EQ(servicePort("\t +80"), 80);
+}
+
 TEST(ServicePortTest, EverythingElseIsNoPort) {
-  for (const char* text : {"", "0", "-5", "+80", "65536", "4294967376", "99999999999999999999",
-                           "80x", "0x50", " 80", "80 ", "8.0", "no such service", "HTTPS!"}) {
+  for (const char* text : {"", "0", "-5", "65536", "4294967376", "99999999999999999999", "0x50",
+                           " ", "+", "+-80", "x80", "no such service", "HTTPS!"}) {
     EXPECT_EQ(servicePort(text), std::nullopt) << text;
   }
 }
