@@ -100,7 +100,7 @@ void SSLClient::prepare(SSLSession* session, SSLMethodProtocolType method) {
 
 HttpErrorIds SSLClient::giveUp(SSLSession* session) noexcept {
   close(session);
-  reportException("SSLClient: the exchange ended by an exception");
+  keepText("SSLClient: the exchange ended by an exception");
   return HTTP_ERROR_FAILED;
 }
 

@@ -2,10 +2,12 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "kvsc/HeaderLine.h"
 #include "kvsc/HttpTime.h"
@@ -13,6 +15,8 @@
 
 namespace kvsc {
 namespace {
+
+constexpr const char* kNoMemoryForHeader = "Unable to get memory for a response header";
 
 // One entry with the code it had in the queue, which the record itself does not hold.
 struct TakenError {
@@ -75,14 +79,22 @@ int SSLConnect::pem_passwd_cb(char* buf, int size, int, void* userdata) {
 }
 
 std::vector<SSLError*> SSLConnect::checkErrors() {
-  std::vector<SSLError*> errors;
-  std::string summary;
-  for (TakenError taken = takeNextError(); taken.error; taken = takeNextError()) {
-    summary += " " + taken.error->getData() + " " + taken.error->getHumanReadable() + "\n";
-    errors.push_back(taken.error.release());
+  try {
+    std::vector<std::unique_ptr<SSLError>> errors;
+    std::string summary;
+    for (TakenError taken = takeNextError(); taken.error; taken = takeNextError()) {
+      summary += " " + taken.error->getData() + " " + taken.error->getHumanReadable() + "\n";
+      errors.push_back(std::move(taken.error));
+    }
+    std::vector<SSLError*> handedOver(errors.size());
+    if (!errors.empty()) errorString_ += "\n" + summary;
+    std::transform(errors.begin(), errors.end(), handedOver.begin(),
+                   [](std::unique_ptr<SSLError>& error) { return error.release(); });
+    return handedOver;
+  } catch (...) {
+    ERR_clear_error();  // without memory for the records none of them is told
+    return {};
   }
-  if (!errors.empty()) errorString_ += "\n" + summary;
-  return errors;
 }
 
 void SSLConnect::collectErrors() {
@@ -92,10 +104,14 @@ void SSLConnect::collectErrors() {
 void SSLConnect::parseHeaderLine(char* line, int length) {
   if (line == nullptr || length <= 0) return;
   const std::string_view text(line, static_cast<std::size_t>(length));
-  if (isStatusLine(text)) {
-    responseCode_ = statusCodeIn(text).value_or(responseCode_);
-  } else if (auto field = headerFieldIn(text)) {
-    responseHeaders_[field->name] = field->value;
+  try {
+    if (isStatusLine(text)) {
+      responseCode_ = statusCodeIn(text).value_or(responseCode_);
+    } else if (auto field = headerFieldIn(text)) {
+      responseHeaders_[field->name] = field->value;
+    }
+  } catch (...) {
+    keepText(kNoMemoryForHeader);
   }
 }
 
@@ -111,12 +127,20 @@ bool SSLConnect::fail(const char* text) {
   return false;
 }
 
-int SSLConnect::reportException(const char* text) noexcept {
+void SSLConnect::keepText(const char* text) noexcept {
   try {
     errorString_ = text;
-    if (errorCallback_ != nullptr) errorCallback_(text);
   } catch (...) {
     // Without memory for the text, the result alone has to tell.
+  }
+}
+
+int SSLConnect::reportException(const char* text) noexcept {
+  keepText(text);
+  try {
+    if (errorCallback_ != nullptr) errorCallback_(text);
+  } catch (...) {
+    // The callback takes its text by value, which may need memory, too.
   }
   return 0;
 }

@@ -122,8 +122,8 @@ class SSLConnect {
   void clearResponseHeaders() { responseHeaders_.clear(); }
   void addDownloaded(int bytes);
 
-  /// Leaves the text of an exception behind and hands it to the error callback. Returns 0.
-  int reportException(const char* text) noexcept;
+  /// Leaves the text of an exception behind.
+  void keepText(const char* text) noexcept;
 
   /// `checkErrors` for those who need the text alone.
   void collectErrors();
@@ -133,6 +133,7 @@ class SSLConnect {
   static void countConnection(int change);
 
   bool fail(const char* text);
+  int reportException(const char* text) noexcept;
   bool readCertificates();
   bool prepareChecks(SSL_CTX* context, const SSLSession& session, std::string* password);
   bool trustAuthority(SSL_CTX* context);

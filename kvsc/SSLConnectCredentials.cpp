@@ -42,8 +42,10 @@ constexpr CertificateKind kClient = {
 // Returns the text of a failure, null for none.
 const char* readCertificate(const std::string& pem, const CertificateKind& kind,
                             CertificatePtr* certificate) {
-  *certificate = knownCertificate(pem);
-  if (*certificate) return nullptr;
+  if (CertificatePtr known = knownCertificate(pem)) {
+    *certificate = std::move(known);
+    return nullptr;
+  }
   const BioPtr bio = newMemoryBio();
   if (!bio) return "Unable to create memory BIOs to read in certificates";
   if (!writeAll(bio.get(), pem)) return kind.shortWrite;
@@ -57,9 +59,13 @@ const char* readCertificate(const std::string& pem, const CertificateKind& kind,
 
 void SSLConnect::init() {
   totalDownloaded_ = 0;
-  if (!readCertificates()) return;
-  initializeOnce();
-  startCryptoLibrary();
+  try {
+    if (!readCertificates()) return;
+    initializeOnce();
+    startCryptoLibrary();
+  } catch (...) {
+    keepText("SSLConnect::init() Unknown exception caught");
+  }
 }
 
 bool SSLConnect::readCertificates() {

@@ -43,7 +43,7 @@ BIO* SSLConnect::connect(SSLSession* session) {
     return open(session);
   } catch (...) {
     session->setHandshakeOwner(nullptr);
-    reportException("SSLConnect::connect() Unknown exception caught");
+    keepText("SSLConnect::connect() Unknown exception caught");
     return nullptr;
   }
 }

@@ -59,6 +59,26 @@ TEST(OutOfMemoryTest, AContextIsMadeOrAnErrorReported) {
   EXPECT_GT(reported, 0);
 }
 
+TEST(OutOfMemoryTest, AConnectionIsMadeWithoutAThrow) {
+  EXPECT_GT(failEach([] {
+              const SSLConnect connect("JTEST");
+              return connect.getErrorString().empty();
+            }),
+            0);
+}
+
+TEST(OutOfMemoryTest, AHeaderLineIsTakenOrReported) {
+  SSLConnect connect("LOCALHOST");
+  std::string line = "A-name-that-is-not-short: " + std::string(100, 'v') + "\r\n";
+  EXPECT_GT(failEach([&] {
+              connect.setErrorString("");
+              connect.parseHeaderLine(line.data(), static_cast<int>(line.size()));
+              return connect.getErrorString().empty();
+            }),
+            0);
+  EXPECT_EQ(connect.getResponseValue("A-name-that-is-not-short"), std::string(100, 'v'));
+}
+
 class OutOfMemoryExchangeTest : public Exchange {
  protected:
   /// A GET that must not throw; what it leaves behind is checked.
@@ -78,6 +98,15 @@ TEST_F(OutOfMemoryExchangeTest, APlainGetSucceedsOrFails) {
   server_.always(Script::answer(response_));
   const std::string url = server_.url("/a/path/that/is/not/short", "127.0.0.1");
   EXPECT_GT(failEach([&] { return getFrom(url); }), 5);
+}
+
+TEST_F(OutOfMemoryExchangeTest, OnlyTheContextTellsTheCallback) {
+  told.clear();
+  client_.setErrorCallback(keepText);
+  server_.always(Script::answer(response_));
+  const std::string url = server_.url("/a/path/that/is/not/short", "127.0.0.1");
+  EXPECT_GT(failEach([&] { return getFrom(url); }), 5);
+  EXPECT_EQ(told, "");
 }
 
 TEST_F(OutOfMemoryExchangeTest, ATlsGetSucceedsOrFails) {
