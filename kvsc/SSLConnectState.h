@@ -20,7 +20,7 @@ struct SSLConnectState {
   kvpm::CritSection section;
   std::atomic<bool> initialized{false};
   bool shouldSetupThreads KVPM_GUARDED_BY(section) = true;
-  std::vector<std::unique_ptr<kvpm::Mutex>> mutexes KVPM_GUARDED_BY(section);
+  std::vector<std::shared_ptr<kvpm::Mutex>> mutexes KVPM_GUARDED_BY(section);
   int connectionCount KVPM_GUARDED_BY(section) = 0;
 };
 

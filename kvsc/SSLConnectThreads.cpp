@@ -20,10 +20,11 @@ void applyLock(kvpm::Mutex* mutex, int mode) KVPM_NO_ANALYSIS {
   }
 }
 
-kvpm::Mutex* mutexAt(int n) {
+// Shared, so that a mutex outlives the list for whoever is waiting for it.
+std::shared_ptr<kvpm::Mutex> mutexAt(int n) {
   const kvpm::CritLock lock(state().section);
   const bool known = n >= 0 && static_cast<std::size_t>(n) < state().mutexes.size();
-  return known ? state().mutexes[static_cast<std::size_t>(n)].get() : nullptr;
+  return known ? state().mutexes[static_cast<std::size_t>(n)] : nullptr;
 }
 
 }  // namespace
@@ -71,7 +72,7 @@ void SSLConnect::setupThreads() {
   const kvpm::CritLock lock(state().section);
   if (!state().shouldSetupThreads) return;
   for (int i = 0; i < kCryptoLocks; ++i) {
-    state().mutexes.push_back(std::make_unique<kvpm::Mutex>());
+    state().mutexes.push_back(std::make_shared<kvpm::Mutex>());
   }
 }
 
@@ -82,7 +83,9 @@ void SSLConnect::cleanupThreads() {
 
 unsigned long SSLConnect::idFunction() { return pthread_self(); }
 
-void SSLConnect::lockingFunction(int mode, int n, const char*, int) { applyLock(mutexAt(n), mode); }
+void SSLConnect::lockingFunction(int mode, int n, const char*, int) {
+  applyLock(mutexAt(n).get(), mode);
+}
 
 SSLConnect::DynamicLock* SSLConnect::dynCreateFunction(const char*, int) { return new DynamicLock; }
 
