@@ -127,12 +127,12 @@ class SSLClient : public SSLConnect {
 
   HttpErrorIds follow(std::string url, const Request& request, SSLSession* session);
   HttpErrorIds resolve(std::string url, SSLSession* session, std::string* found);
-  HttpErrorIds exchange(const std::string& url, const Request& request, SSLSession* session);
+  HttpErrorIds ask(const std::string& url, const Request& request, SSLSession* session);
   HttpErrorIds openFor(const std::string& url, const Request& request, SSLSession* session,
                        std::string* path);
   bool isSafe(const Request& request, const SSLSession& session, const std::string& path);
   HttpErrorIds connectFailure(SSLSession* session);
-  HttpErrorIds checkPeer(SSLSession* session);
+  HttpErrorIds checkPeer(const Request& request, SSLSession* session);
   static unsigned char* build(const Request& request, const SSLSession& session,
                               const std::string& path, int* length);
   void leaveHop(SSLSession* session);

@@ -20,6 +20,7 @@ struct SSLClient::Request {
   const unsigned char* data = nullptr;
   int length = 0;
   std::string extraHeaders;
+  bool printsMismatch = true;  // of the peer's name, on standard output
 
   bool isPost() const { return strcasecmp(method.c_str(), "post") == 0; }
 };
@@ -72,30 +73,34 @@ HttpErrorIds SSLClient::follow(std::string url, const Request& request, SSLSessi
   setErrorString("");
   close(session);
   for (;;) {
-    const HttpErrorIds outcome = exchange(url, request, session);
-    if (outcome != HTTP_ERROR_NONE) return outcome;
-    if (!isRedirect(getResponseCode())) return outcomeOfStatus(getResponseCode());
+    const HttpErrorIds asked = ask(url, request, session);
+    if (asked != HTTP_ERROR_NONE) return asked;
+    const auto read = static_cast<HttpErrorIds>(readHeaders(session, true));
+    if (read == HTTP_ERROR_CANCELLED) return read;
+    // The status outlives its response: an answer that breaks off behind a redirection is still
+    // one, to nowhere.
+    if (!isRedirect(getResponseCode())) {
+      return read != HTTP_ERROR_NONE ? read : outcomeOfStatus(getResponseCode());
+    }
     const std::string location = getResponseValue("Location");
     if (location.empty() || !mayRedirect(*session)) return failed(kRedirectRefused);
     leaveHop(session);
+    setTotalDownloaded(0);
     session->setRedirectCount(session->getRedirectCount() + 1);
     url = location;
   }
 }
 
-// One connection, one request, the headers of its response.
-HttpErrorIds SSLClient::exchange(const std::string& url, const Request& request,
-                                 SSLSession* session) {
+// One connection, one request.
+HttpErrorIds SSLClient::ask(const std::string& url, const Request& request, SSLSession* session) {
   std::string path;
   const HttpErrorIds opened = openFor(url, request, session, &path);
   if (opened != HTTP_ERROR_NONE) return opened;
   int length = 0;
   const Bytes bytes(build(request, *session, path, &length));
   HttpErrorIds written = HTTP_ERROR_NONE;
-  if (writeData(session, bytes.get(), length, &written) != HTTP_ERROR_NONE) {
-    return written == HTTP_ERROR_CANCELLED ? written : failed("SSLClient::writeData failed.");
-  }
-  return static_cast<HttpErrorIds>(readHeaders(session, true));
+  if (writeData(session, bytes.get(), length, &written) == HTTP_ERROR_NONE) return HTTP_ERROR_NONE;
+  return written == HTTP_ERROR_CANCELLED ? written : failed("SSLClient::writeData failed.");
 }
 
 HttpErrorIds SSLClient::openFor(const std::string& url, const Request& request, SSLSession* session,
@@ -110,7 +115,7 @@ HttpErrorIds SSLClient::openFor(const std::string& url, const Request& request, 
   clearResponseHeaders();
   if (!isSafe(request, *session, *path)) return HTTP_ERROR_FAILED;
   if (connect(session) == nullptr) return connectFailure(session);
-  return checkPeer(session);
+  return checkPeer(request, session);
 }
 
 bool SSLClient::isSafe(const Request& request, const SSLSession& session, const std::string& path) {
@@ -139,12 +144,12 @@ HttpErrorIds SSLClient::connectFailure(SSLSession* session) {
   return certificate ? HTTP_ERROR_CERTIFICATE : HTTP_ERROR_FAILED;
 }
 
-HttpErrorIds SSLClient::checkPeer(SSLSession* session) {
+HttpErrorIds SSLClient::checkPeer(const Request& request, SSLSession* session) {
   if (!session->getCheckCertificate()) return HTTP_ERROR_NONE;
   const long verdict = postConnectionCheck(session->getSsl(), session->getHost());
   if (verdict == X509_V_OK) return HTTP_ERROR_NONE;
   const std::string text = X509_verify_cert_error_string(verdict);
-  std::puts(text.c_str());
+  if (request.printsMismatch) std::puts(text.c_str());
   return failed(text);
 }
 
@@ -167,7 +172,6 @@ void SSLClient::leaveHop(SSLSession* session) {
   close(session);
   if (callerUtility_ != nullptr) callerUtility_->setBuffer(nullptr, 0);
   buffer_.Free();
-  setTotalDownloaded(0);
 }
 
 HttpErrorIds SSLClient::failed(const std::string& text) {
@@ -195,9 +199,14 @@ HttpErrorIds SSLClient::resolve(std::string url, SSLSession* session, std::strin
   Request head;
   head.method = "HEAD";
   head.responseType = "text/xml";
+  head.printsMismatch = false;
   std::string first;
   for (int hop = 0;; ++hop) {
-    const HttpErrorIds outcome = exchange(url, head, session);
+    HttpErrorIds outcome = ask(url, head, session);
+    // An answer that breaks off leads nowhere else, so the address stands.
+    if (outcome == HTTP_ERROR_NONE && readHeaders(session, true) == HTTP_ERROR_CANCELLED) {
+      outcome = HTTP_ERROR_CANCELLED;
+    }
     if (outcome != HTTP_ERROR_NONE || !isMoved(getResponseCode())) {
       *found = outcome == HTTP_ERROR_NONE && hop > 0 ? url : first;
       return outcome;

@@ -71,7 +71,7 @@ int SSLClient::writeData(SSLSession* session, unsigned char* data, int length,
   const bool written = session->getSsl() != nullptr ? writeEncrypted(session, data, length)
                                                     : writePlain(session, data, length);
   const HttpErrorIds outcome = written ? HTTP_ERROR_NONE : failureOf(*session);
-  if (!written) collectErrors();
+  if (!written) releaseThreadErrors();
   if (!written && result != nullptr) *result = outcome;
   return outcome;
 }
@@ -179,9 +179,9 @@ bool SSLClient::takeBody(char* data, int length) {
 HttpErrorIds SSLClient::endOfBody(SSLSession* session, int count) {
   // Over TLS a stream that breaks off counts as one that ends, unless it was given up on here.
   const bool broken = count < 0 && session->getSsl() == nullptr;
-  if (broken || waitOutcome(*session) != Waiter::Outcome::kReady) return readFailure(session);
+  if (waitOutcome(*session) != Waiter::Outcome::kReady) return readFailure(session);
   releaseThreadErrors();
-  return outcomeOfStatus(getResponseCode());
+  return broken ? HTTP_ERROR_FAILED : outcomeOfStatus(getResponseCode());
 }
 
 HttpErrorIds SSLClient::readFailure(SSLSession* session) {

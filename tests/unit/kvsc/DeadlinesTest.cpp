@@ -107,7 +107,7 @@ TEST_F(DeadlinesTest, AServerThatTakesNoBytesEnds) {
   plainClient_.client().httpPost(url("http", plain_.port()), data, &result, &plainClient_.session(),
                                  "", "", kvsc::SSLV3, true);
   EXPECT_EQ(result, HTTP_ERROR_FAILED);
-  EXPECT_EQ(plainClient_.client().getErrorString().find("SSLClient::writeData failed."), 0u);
+  EXPECT_EQ(plainClient_.client().getErrorString(), "SSLClient::writeData failed.");
 }
 
 TEST_F(DeadlinesTest, AServerThatIsMerelySlowIsWaitedFor) {

@@ -52,6 +52,31 @@ TEST_F(HttpRedirectTest, WithoutALocationNoneIs) {
   EXPECT_EQ(session_.getRedirectCount(), 0);
 }
 
+TEST_F(HttpRedirectTest, KeptQuirkAResetAfterARedirectIsReportedAsARefusedRedirect) {
+  session_.setMaxRedirectCount(10);
+  answer(redirect("302 Found", at("/there")));
+  server_.next(Script().readRequest().reset());
+  EXPECT_EQ(get(), HTTP_ERROR_FAILED);
+  expectRefused();
+}
+
+TEST_F(HttpRedirectTest, ASilentEndAfterARedirectIsARefusedRedirect) {
+  session_.setMaxRedirectCount(10);
+  answer(redirect("302 Found", at("/there")));
+  server_.next(Script().readRequest());
+  EXPECT_EQ(get(), HTTP_ERROR_FAILED);
+  expectRefused();
+}
+
+TEST_F(HttpRedirectTest, BytesWithoutABlockAfterARedirectAreDropped) {
+  session_.setMaxRedirectCount(10);
+  answer(redirect("302 Found", at("/there")));
+  answer("no block of headers");
+  EXPECT_EQ(get(), HTTP_ERROR_FAILED);
+  expectRefused();
+  EXPECT_EQ(received_.body(), "");
+}
+
 TEST_F(HttpRedirectTest, WithALimitOf0NoneIs) {
   for (const std::string& status : kStatuses) {
     answer(redirect(status, at("/there")));

@@ -128,7 +128,11 @@ TEST_P(RevocationTest, TheNextExchangeIsNotBurdenedWithTheEarlierText) {
   EXPECT_EQ(getWithList({.issuer = authority_, .revoked = {identity_.serial()}}).result,
             HTTP_ERROR_CERTIFICATE);
   client_.session().setCrlFile("");
-  EXPECT_EQ(client_.get(server_.url()), kSuccess);
+  kvsc::HttpErrorIds result = kvsc::HTTP_ERROR_FAILED;
+  client_.client().httpGet(server_.url(), 0, &result, &client_.session(), "", "",
+                           client_.session().getSslMethod());
+  EXPECT_EQ(result, kvsc::HTTP_ERROR_NONE);
+  EXPECT_EQ(client_.client().getErrorString(), "");
 }
 
 }  // namespace
