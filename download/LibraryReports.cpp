@@ -13,9 +13,13 @@ constexpr int kPlayableAbove = 5;  // percent
 
 }  // namespace
 
-void Impl::httpTransferBegan(unsigned long long, const std::basic_string<unsigned char>&) {}
+void Impl::httpTransferBegan(unsigned long long, const std::basic_string<unsigned char>&) {
+  const kvpm::MutexLock turn(callbackMutex_);
+}
 
-void Impl::httpHeaderReceived(unsigned long long, const std::string&) {}
+void Impl::httpHeaderReceived(unsigned long long, const std::string&) {
+  const kvpm::MutexLock turn(callbackMutex_);
+}
 
 void Impl::updateProgress(unsigned long long uid, int percent) {
   receive({LibraryReport::Kind::kProgress, uid, percent});

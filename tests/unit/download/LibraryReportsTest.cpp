@@ -1,7 +1,9 @@
+#include "tests/support/LockWaiter.h"
 #include "tests/unit/download/WorkerFixture.h"
 
 namespace {
 
+using support::Gate;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -70,12 +72,15 @@ TEST_F(LibraryReports, OfCompletionMakeTheItemPlayableBeforeTheRunEnds) {
 
 TEST_F(LibraryReports, OfABreakTellTheViewAndFailTheItem) {
   startAndReport(film());
+  DownloadStatusEnumType whenBroken = DownloadStatusQueued;
   DownloadStatusEnumType whenRefreshed = DownloadStatusQueued;
   view_.onEvent([&](const std::string& line) {
+    if (line.starts_with("view.broken")) whenBroken = worker_->getItem()->getStatus();
     if (line == "view.refresh 7") whenRefreshed = worker_->getItem()->getStatus();
   });
   library_.broke(kUid, 5);
   EXPECT_EQ(ended(), 6);
+  EXPECT_EQ(whenBroken, DownloadStatusDownloading);
   EXPECT_EQ(whenRefreshed, DownloadStatusFailed);
   EXPECT_THAT(log_.lines(), ElementsAre("view.broken " + media("movie.vesk"), "view.refresh 7",
                                         "manager.updateStatus 7 6"));
@@ -171,23 +176,25 @@ TEST_F(LibraryReports, FromTheLibrarysOwnThreadRaceWithNothing) {
 }
 
 TEST_F(LibraryReports, AreServedOneAtATime) {
+  Gate& inside = gate();
+  Gate& leave = gate();
   startAndReport(film());
-  std::atomic<int> inside{0};
-  std::atomic<bool> together{false};
-  manager_.onEvent([&](const std::string&) {
-    if (++inside > 1) together = true;
-    --inside;
+  manager_.onEvent([&](const std::string& line) {
+    if (line != "manager.updateDownloadProgress 7 1") return;
+    inside.open();
+    leave.wait();
   });
-  std::vector<std::future<void>> threads;
-  for (int thread = 0; thread < 4; ++thread) {
-    threads.push_back(elsewhere([this] {
-      for (int percent = 0; percent < 50; ++percent) library_.progress(kUid, percent);
-    }));
-  }
-  for (auto& thread : threads) EXPECT_TRUE(returned(thread));
-  EXPECT_FALSE(together);
-  manager_.onEvent({});
-  finish();
+  const std::function<void()> others[] = {
+      [this] { library_.progress(kUid, 2); }, [this] { library_.began(kUid); },
+      [this] { library_.header(kUid, "Server: s\r\n"); }, [this] { library_.complete(kUid); }};
+  library_.onOwnThread([this] { library_.progress(kUid, 1); });
+  ASSERT_TRUE(inside.wait());
+  std::deque<support::LockWaiter> waiting;
+  for (const auto& other : others) EXPECT_TRUE(waiting.emplace_back(other).isHeldUp());
+  EXPECT_THAT(log_.lines(), ElementsAre("manager.updateDownloadProgress 7 1"));
+  leave.open();
+  waiting.clear();
+  EXPECT_EQ(ended(), 4);
 }
 
 }  // namespace
