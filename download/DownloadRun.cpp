@@ -62,7 +62,10 @@ bool Impl::choosePlace(const Transfer& transfer) {
 
 /// A fresh download always goes to the media folder, and needs room there and where it arrives.
 bool Impl::claimMediaFolder() {
-  usePath(download::mediaFolderPrefix() + PathTools::getFileName(item_->getPath()));
+  const std::wstring path =
+      download::mediaFolderPrefix() + PathTools::getFileName(item_->getPath());
+  reportPath(path);
+  item_->setPath(path);
   const std::uint64_t need = download::spaceForFreshDownload(totalSize_);
   for (const QString& folder : {QDir::toNativeSeparators(download::mediaFolder()),
                                 VeskPlayerX::OSUtilities::getTempPath()}) {
@@ -89,6 +92,7 @@ bool Impl::checkPresentFile() {
 
 void Impl::fetch(Transfer& transfer) {
   describe(transfer);
+  if (!state_.isRunning()) return;  // whoever was told has stopped the run
   startSession(transfer);
   // After a refused start the manager sees 6, then 3, then 6 again.
   if (state_.status() != DownloadStatusStopped) reportStatus(DownloadStatusDownloading);
@@ -171,5 +175,9 @@ void Impl::reportStatus(DownloadStatusEnumType status) {
 
 void Impl::usePath(const std::wstring& path) {
   item_->setPath(path);
+  reportPath(path);
+}
+
+void Impl::reportPath(const std::wstring& path) {
   audience_.report([&](auto& manager) { manager.updatePath(item_->getId(), path); });
 }

@@ -96,6 +96,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   bool tooLittleSpace(const std::wstring& where);
   void reportStatus(DownloadStatusEnumType status);
   void usePath(const std::wstring& path);
+  void reportPath(const std::wstring& path);
   bool playAsWished();
   bool play();
   void stopPresentSession();

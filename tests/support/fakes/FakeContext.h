@@ -72,9 +72,20 @@ class FakeContext : public KPIM::Context {
     return askedNotToLoad_;
   }
 
-  KPIM::VESK_RESULT getPluginInstance(const PluginFilter& filter, const PluginInfoSelector&,
-                                      bool mayLoad, KPIM::Plugin** out) override {
+  /// Whether any lookup came with another filter than that of an interface, or with another
+  /// selector than the simple one.
+  bool wasAskedToChooseOtherwise() const {
     const std::lock_guard lock(mutex_);
+    return askedToChooseOtherwise_;
+  }
+
+  KPIM::VESK_RESULT getPluginInstance(const PluginFilter& filter,
+                                      const PluginInfoSelector& selector, bool mayLoad,
+                                      KPIM::Plugin** out) override {
+    const std::lock_guard lock(mutex_);
+    const bool asUsual = dynamic_cast<const PluginInterfaceFilter*>(&filter) != nullptr &&
+                         dynamic_cast<const SimplePluginInfoSelector*>(&selector) != nullptr;
+    askedToChooseOtherwise_ = askedToChooseOtherwise_ || !asUsual;
     askedNotToLoad_ = askedNotToLoad_ || !mayLoad;
     for (const auto& [id, result] : answers_) {
       if (result != KPIM::kSuccess && filter.accepts({"fake", "1.0", {id}})) return result;
@@ -102,6 +113,7 @@ class FakeContext : public KPIM::Context {
   std::map<std::string, Offer> offers_;
   std::map<std::string, KPIM::VESK_RESULT> answers_;
   bool askedNotToLoad_ = false;
+  bool askedToChooseOtherwise_ = false;
 };
 
 }  // namespace support

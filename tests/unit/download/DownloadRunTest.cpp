@@ -17,6 +17,7 @@ class DownloadRun : public support::WorkerTest {
   }
 
   std::string url(const std::string& name) { return server_.url("/dir/" + name); }
+  std::string pathReport(const std::string& name) { return "manager.updatePath 7 " + media(name); }
 };
 
 TEST_F(DownloadRun, OfAFreshFilmReportsEveryStepInOrder) {
@@ -112,12 +113,14 @@ TEST_F(DownloadRun, KeepsTheLibraryOnceItIsLoaded) {
   for (unsigned long long uid = kUid; uid < kUid + 3; ++uid) {
     log_.clear();
     startAndFetch(film());
+    EXPECT_EQ(log_.lines().front(), "library.callback set");
     library_.complete(uid);
     ended();
   }
   EXPECT_EQ(context_.lookups(KPB::DIN_Download), 1);
   EXPECT_EQ(context_.holds(KPB::DIN_Download), 1);
   EXPECT_FALSE(context_.wasAskedNotToLoad());
+  EXPECT_FALSE(context_.wasAskedToChooseOtherwise());
 }
 
 TEST_F(DownloadRun, WithASizeOfZeroFailsBeforeAnyFileIsTouched) {
@@ -126,6 +129,7 @@ TEST_F(DownloadRun, WithASizeOfZeroFailsBeforeAnyFileIsTouched) {
   EXPECT_THAT(reports(), ElementsAre("manager.updateStatus 7 6"));
   EXPECT_THAT(views(), IsEmpty());
   EXPECT_EQ(library_.sessionCount(), 0u);
+  EXPECT_EQ(worker_->getItem()->getStatus(), DownloadStatusDownloading);
 }
 
 TEST_F(DownloadRun, TakesANegativeSizeForMoreThanThereIsSpace) {
@@ -149,6 +153,30 @@ TEST_F(DownloadRun, OfAFreshFilmMovesThePathIntoTheMediaFolder) {
   startAndFetch(std::move(item));
   EXPECT_THAT(log_.lines("manager.updatePath"),
               ElementsAre("manager.updatePath 7 " + media("else.vesk")));
+}
+
+TEST_F(DownloadRun, NamesAChosenPathToTheItemFirstThenTheMediaFolderToTheManagerFirst) {
+  std::vector<std::wstring> known;
+  manager_.onEvent([&](const std::string& line) {
+    if (line.starts_with("manager.updatePath")) known.push_back(worker_->getItem()->getPath());
+  });
+  startAndFetch(film());
+  library_.complete(kUid);
+  ended();
+  log_.clear();
+  auto item = film();
+  item->setPath(L"/nowhere/else.vesk");
+  startAndFetch(std::move(item));
+  const std::wstring chosen = (dir_ / "media/movie.vesk").wstring();
+  EXPECT_THAT(known, ElementsAre(chosen, chosen, L"/nowhere/else.vesk"));
+  EXPECT_EQ(worker_->getItem()->getPath(), (dir_ / "media/else.vesk").wstring());
+}
+
+TEST_F(DownloadRun, GivesTheAddressAsUtf8) {
+  auto item = film();
+  item->setUrl(item->getUrl() + L"?\u00e4");
+  startAndFetch(std::move(item));
+  EXPECT_EQ(library_.session()->url, url("movie.vesk?\u00e4"));
 }
 
 TEST_F(DownloadRun, ChoosesAFreeNameFromOneOnForAnItemWithoutPath) {
@@ -182,7 +210,7 @@ TEST_F(DownloadRun, NeedsTwiceTheSizeAndALittleInTheMediaFolder) {
   hostPlaces().freeForMedia = 14336;
   EXPECT_EQ(run(film()), 6);
   EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + (dir_ / "media").string()));
-  EXPECT_THAT(log_.lines("manager.updateStatus"), IsEmpty());
+  EXPECT_THAT(reports(), ElementsAre(pathReport("movie.vesk"), pathReport("movie.vesk")));
   EXPECT_EQ(library_.sessionCount(), 0u);
 }
 
@@ -190,7 +218,7 @@ TEST_F(DownloadRun, NeedsTwiceTheSizeAndALittleInTheTemporaryFolder) {
   hostPlaces().freeForTemporary = 14336;
   EXPECT_EQ(run(film()), 6);
   EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + (dir_ / "partial").string()));
-  EXPECT_THAT(log_.lines("manager.updateStatus"), IsEmpty());
+  EXPECT_THAT(reports(), ElementsAre(pathReport("movie.vesk"), pathReport("movie.vesk")));
 }
 
 TEST_F(DownloadRun, IsContentWithExactlyTheSpaceItNeeds) {
@@ -205,6 +233,13 @@ TEST_F(DownloadRun, TakesSpaceThatCannotBeLearntForEnough) {
   hostPlaces().freeForTemporary.reset();
   startAndFetch(film());
   EXPECT_THAT(views(), IsEmpty());
+}
+
+TEST_F(DownloadRun, AsksForTemporarySpaceEvenWhenTheMediaFolderIsSilent) {
+  hostPlaces().freeForMedia.reset();
+  hostPlaces().freeForTemporary = 14336;
+  EXPECT_EQ(run(film()), 6);
+  EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + (dir_ / "partial").string()));
 }
 
 TEST_F(DownloadRun, ThatContinuesDoesNotAskForTwiceTheSize) {
@@ -224,6 +259,20 @@ TEST_F(DownloadRun, NeedsRoomForTheRestWhereTheFileWillBe) {
   EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + media("movie.vesk")));
   EXPECT_TRUE(log_.has("manager.updateSize 7 4611686018427387904"));
   EXPECT_THAT(log_.lines("manager.updateStatus"), IsEmpty());
+}
+
+TEST_F(DownloadRun, NeedsRoomOnlyForTheRest) {
+  const auto total = std::filesystem::space(dir_ / "media").available + (std::uint64_t{1} << 40);
+  putFile("else.vesk", 0);
+  std::filesystem::resize_file(dir_ / "media/else.vesk", total - kLength);  // takes no room
+  announceLength(std::to_string(total));
+  hostPlaces().freeForMedia.reset();
+  hostPlaces().freeForTemporary.reset();
+  auto item = film();
+  item->setPath(L"/nowhere/else.vesk");
+  startAndFetch(std::move(item));
+  EXPECT_THAT(views(), IsEmpty());
+  EXPECT_EQ(library_.sessionCount(), 1u);
 }
 
 TEST_F(DownloadRun, CompletesAtOnceWithAFileOfTheWholeSize) {
@@ -316,6 +365,20 @@ TEST_F(DownloadRun, LeavesTheSessionThatThePlayerHolds) {
   startAndFetch(film());
   library_.complete(kUid);
   EXPECT_EQ(ended(), 4);
+  EXPECT_TRUE(log_.has("player.currentMediaId"));
+  EXPECT_THAT(library_.stopped(), IsEmpty());
+}
+
+TEST_F(DownloadRun, LeavesTheSessionOfAFilmThatPlaysAlready) {
+  manager_.answerPlay(true);
+  player_.setCurrentMediaId(kUid);
+  auto item = film();
+  item->setAutoProgressivePlayback(true);
+  startAndReport(std::move(item));
+  library_.progress(kUid, 50);
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+  EXPECT_EQ(log_.count("manager.play 7"), 1u);
   EXPECT_TRUE(log_.has("player.currentMediaId"));
   EXPECT_THAT(library_.stopped(), IsEmpty());
 }
