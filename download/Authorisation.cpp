@@ -25,7 +25,7 @@ Authorisation::Authorisation(VeskPlayerX::ZPSServicesInterface& services, Audien
     : services_(services), audience_(audience), item_(&item) {}
 
 void Authorisation::run() {
-  if (services_.isReady(0, 0, 0)) request(true);
+  if (!abandoned_ && services_.isReady(0, 0, 0)) request(true);
 }
 
 void Authorisation::request(bool mayAskForSlot) {

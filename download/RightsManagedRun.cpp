@@ -39,7 +39,7 @@ bool Impl::authorise(Transfer& transfer) {
 /// so the talk then ends in its own time, and the next one begins after it.
 bool Impl::hold(const std::shared_ptr<download::Authorisation>& talk) {
   const auto idle = [this] { return !talks_.isBusy(); };
-  if (!state_.waitUnlessStopped(idle)) return false;
+  if (!state_.waitUnlessStopped(idle) || !state_.isRunning()) return false;
   if (!talks_.start([talk] { talk->run(); })) return fail();
   if (state_.waitUnlessStopped(idle)) return true;
   talk->abandon();

@@ -38,6 +38,21 @@ TEST_F(RightsManagedRun, ReportsEveryStepOfTheAuthorisationInOrder) {
                   "manager.updateStatus 7 3"));
 }
 
+TEST_F(RightsManagedRun, IsStartingDuringTheTalkThenDownloading) {
+  services_.setAnswers({grant()});
+  std::vector<DownloadStatusEnumType> known;
+  manager_.onEvent([&](const std::string& line) {
+    if (line.starts_with("manager.updateStatus")) known.push_back(worker_->getItem()->getStatus());
+  });
+  library_.whileStarting(
+      [&](unsigned long long) { known.push_back(worker_->getItem()->getStatus()); });
+  startAndFetch(protectedFilm());
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+  EXPECT_THAT(known, ElementsAre(DownloadStatusStarting, DownloadStatusDownloading,
+                                 DownloadStatusDownloading, DownloadStatusDownloading));
+}
+
 TEST_F(RightsManagedRun, GivesTheLibraryCredentialsAndRights) {
   services_.setAnswers({grant()});
   startAndFetch(protectedFilm());
@@ -61,6 +76,8 @@ TEST_F(RightsManagedRun, ReleasesTheServicesBeforeTheTransfer) {
   startAndFetch(protectedFilm());
   EXPECT_EQ(context_.lookups(DIN_ZPSServices), 1);
   EXPECT_EQ(heldServices(), 0);
+  EXPECT_FALSE(context_.wasAskedNotToLoad());
+  EXPECT_FALSE(context_.wasAskedToChooseOtherwise());
 }
 
 TEST_F(RightsManagedRun, TakesRightsThatAreNotBase64ForNone) {
@@ -165,6 +182,17 @@ TEST_F(RightsManagedRun, DoesNotTrustASizeThatServicesInvent) {
   services_.setAnswers({answer});
   EXPECT_EQ(run(protectedFilm()), 6);
   EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + (dir_ / "media").string()));
+}
+
+TEST_F(RightsManagedRun, AsksNobodyWhenStoppedBeforeTheTalk) {
+  services_.setAnswers({grant()});
+  manager_.onEvent([this](const std::string& line) {
+    if (line == "manager.updateStatus 7 2") worker_->stop();
+  });
+  EXPECT_EQ(run(protectedFilm()), 5);
+  worker_->close();
+  EXPECT_THAT(log_.lines("services."), IsEmpty());
+  EXPECT_EQ(heldServices(), 0);
 }
 
 TEST_F(RightsManagedRun, EndsAtOnceWhenStoppedWhileTheServicesAreSilent) {
