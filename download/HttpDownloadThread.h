@@ -54,8 +54,8 @@ class HttpDownloadThread : public DownloadThreadInterface {
 
   /// Stops what runs, unregisters from the library and ends the worker's own threads. Once it
   /// returns, nothing of this worker reaches the manager or the view, and every later
-  /// `downloadVideo` answers 5. Called without a lock that a report or `play` could ask for; may
-  /// wait for an answer of the online services up to the deadlines that these keep.
+  /// `downloadVideo` of an item answers 5. Called without a lock that a report or `play` could ask
+  /// for; may wait for an answer of the online services up to the deadlines that these keep.
   void close();
 
   /// Bytes of the media behind `url`, learnt with HEAD requests that follow redirects; 0 when they

@@ -24,7 +24,8 @@ DownloadStatusEnumType Impl::downloadVideo(Item* item) {
     if (openUid_ != 0) stopDownload(openUid_);
   }
   closeSession();
-  const DownloadStatusEnumType outcome = state_.status();
+  // Nothing cannot be stopped either.
+  const DownloadStatusEnumType outcome = item_ != nullptr ? state_.status() : DownloadStatusFailed;
   state_.end();
   return outcome;
 }

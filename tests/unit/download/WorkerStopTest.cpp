@@ -3,6 +3,7 @@
 #include <chrono>
 #include <mutex>
 
+#include "tests/support/LockWaiter.h"
 #include "tests/unit/download/WorkerFixture.h"
 
 namespace {
@@ -83,15 +84,31 @@ TEST_F(WorkerStop, DuringTheQuestionForTheSizeLeavesTheNextRunAlone) {
 }
 
 TEST_F(WorkerStop, DuringARedirectLoopEndsTheRun) {
-  server_.onRequest([this](const std::string&) {
-    asked_.open();
-    return Script().send("HTTP/1.0 200 OK\r\nLocation: " + server_.url("/again") + "\r\n\r\n");
-  });
-  start(film());
+  server_.next(Script::answer("HTTP/1.0 200 OK\r\nLocation: " + server_.url("/on") + "\r\n\r\n"));
+  start(filmOfADeadServer());
   ASSERT_TRUE(asked_.wait());
-  worker_->stop();
-  const int outcome = ended();
-  EXPECT_TRUE(outcome == 5 || outcome == 6) << outcome;
+  EXPECT_LT(stop(), kPrompt);
+  EXPECT_EQ(ended(), 5);
+  EXPECT_EQ(server_.connectionCount(), 2u);
+  EXPECT_THAT(reports(), IsEmpty());
+}
+
+TEST_F(WorkerStop, FromTheReportOfTheSizeStartsNoSession) {
+  manager_.onEvent([this](const std::string& line) {
+    if (line == "manager.updateSize 7 7168") worker_->stop();
+  });
+  EXPECT_EQ(run(film()), 5);
+  EXPECT_EQ(library_.sessionCount(), 0u);
+  EXPECT_THAT(log_.lines("manager.setDownloadInfo"), IsEmpty());
+}
+
+TEST_F(WorkerStop, FromTheReportOfTheInfoStartsNoSession) {
+  manager_.onEvent([this](const std::string& line) {
+    if (line == "manager.setDownloadInfo 7") worker_->stop();
+  });
+  EXPECT_EQ(run(film()), 5);
+  EXPECT_EQ(library_.sessionCount(), 0u);
+  EXPECT_THAT(log_.lines("manager.updateStatus"), IsEmpty());
 }
 
 TEST_F(WorkerStop, BetweenPickAndStartIsNotLost) {
@@ -119,6 +136,35 @@ TEST_F(WorkerStop, TakesTheItemOfARunThatNeverBegins) {
   const DownloadItem* const given = item.get();
   EXPECT_EQ(run(std::move(item)), 5);
   EXPECT_EQ(worker_->getItem(), given);
+}
+
+TEST_F(WorkerStop, OfNothingIsStillAFailure) {
+  worker_->prepare();
+  worker_->stop();
+  EXPECT_EQ(worker_->downloadVideo(nullptr), 6);
+  worker_->close();
+  EXPECT_EQ(worker_->downloadVideo(nullptr), 6);
+}
+
+TEST_F(WorkerStop, WaitsForTheRunBeforeItStopsTheSession) {
+  Gate& recorded = gate();
+  Gate& leave = gate();
+  manager_.onEvent([&](const std::string& line) {
+    if (line != "manager.updateStatus 7 4") return;
+    recorded.open();
+    leave.wait();
+  });
+  player_.setCurrentMediaId(kUid);  // the run itself leaves the session alone
+  startAndFetch(film());
+  library_.complete(kUid);
+  ASSERT_TRUE(recorded.wait());
+  support::LockWaiter stopping([this] { worker_->stop(); });
+  EXPECT_TRUE(stopping.isHeldUp());
+  EXPECT_THAT(library_.stopped(), IsEmpty());
+  leave.open();
+  stopping.join();
+  EXPECT_EQ(ended(), 4);
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
 }
 
 TEST_F(WorkerStop, AfterCompletionDoesNotUndoIt) {
@@ -244,6 +290,13 @@ TEST_F(WorkerStop, ByClosingUnregistersFromTheLibrary) {
   EXPECT_FALSE(library_.hasCallback());
 }
 
+TEST_F(WorkerStop, ByClosingStopsTheSession) {
+  startAndFetch(film());
+  worker_->close();
+  EXPECT_EQ(ended(), 5);
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
+}
+
 TEST_F(WorkerStop, ByClosingWaitsForAReportWithoutHoldingItUp) {
   Gate& inside = gate();
   Gate& leave = gate();
@@ -281,6 +334,7 @@ TEST_F(WorkerStop, ByDestructionEndsTheRun) {
   worker_.reset();
   EXPECT_EQ(context_.holds(KPB::DIN_Download), 0);
   EXPECT_FALSE(library_.hasCallback());
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
 }
 
 TEST_F(WorkerStop, AfterARunReleasesItsSession) {
@@ -291,6 +345,21 @@ TEST_F(WorkerStop, AfterARunReleasesItsSession) {
   EXPECT_THAT(library_.stopped(), IsEmpty());
   worker_->stop();
   EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
+}
+
+TEST_F(WorkerStop, AfterARunWithoutSessionStopsByTheItemsUid) {
+  auto item = film();
+  item->setUID(77);
+  server_.always(Script::answer(support::bareResponse("404 Not Found")));
+  EXPECT_EQ(run(std::move(item)), 6);
+  worker_->stop();
+  EXPECT_THAT(library_.stopped(), ElementsAre(77u));
+}
+
+TEST_F(WorkerStop, AfterARunOfNothingStopsNoSession) {
+  EXPECT_EQ(worker_->downloadVideo(nullptr), 6);
+  worker_->stop();
+  EXPECT_THAT(library_.stopped(), IsEmpty());
 }
 
 TEST_F(WorkerStop, MayComeFromWithinAReport) {
