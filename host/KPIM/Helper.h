@@ -20,8 +20,8 @@ class Helper {
   ~Helper() { release(); }
 
   /// Has `context` choose, and load when `mayLoad` is true, a plug-in, and asks it for the
-  /// interface. Returns 0 when `get` is ready, otherwise the first result other than 0; then `get`
-  /// is null. A plug-in found earlier is released first.
+  /// interface. Returns 0 when `get` is ready, otherwise the first result other than 0, or 3 for a
+  /// plug-in that hands out null; then `get` is null. A plug-in found earlier is released first.
   VESK_RESULT loadPlugin(Context* context, const Context::PluginFilter& filter,
                          const Context::PluginInfoSelector& selector, bool mayLoad) {
     release();
@@ -29,9 +29,9 @@ class Helper {
     if (found != kSuccess) return found;
     void* face = nullptr;
     const VESK_RESULT offered = plugin_->kpimGetInterface(interfaceId_, &face);
-    if (offered != kSuccess) {
+    if (offered != kSuccess || face == nullptr) {
       release();
-      return offered;
+      return offered != kSuccess ? offered : kUnknownInterface;
     }
     interface_ = static_cast<I*>(face);
     return kSuccess;

@@ -69,6 +69,30 @@ TEST_F(HelperTest, ReleasesAPluginThatDoesNotOfferTheInterface) {
   EXPECT_EQ(find(context, "film").plugin->kpimHoldCount(), 2);
 }
 
+/// Claims to offer its interface, yet has none to hand out.
+class EmptyHanded : public framework_test::RecordingPlugin {
+ public:
+  using RecordingPlugin::RecordingPlugin;
+
+  KPIM::VESK_RESULT kpimGetInterface(std::string id, void** out) override {
+    if (id != "film") return KPIM::kUnknownInterface;
+    *out = nullptr;
+    return KPIM::kSuccess;
+  }
+};
+
+TEST_F(HelperTest, TakesAnInterfaceThatIsNullForNone) {
+  context.add({"film", "1.0", {"film"}}, [this](KPIM::Context* host, void** out) {
+    *out =
+        static_cast<KPIM::Plugin*>(new EmptyHanded(host, "film", log, framework_test::Behaviour{}));
+    return KPIM::kSuccess;
+  });
+  KPIM::Helper<std::string> helper("film");
+  EXPECT_EQ(load(helper, "film"), 3);
+  EXPECT_EQ(helper.get(), nullptr);
+  EXPECT_EQ(find(context, "film").plugin->kpimHoldCount(), 2) << "released again";
+}
+
 TEST_F(HelperTest, AnotherLoadReleasesTheOneBefore) {
   addRecording(context, log, "film");
   KPIM::Helper<std::string> helper("film");
