@@ -30,6 +30,7 @@ TEST_F(HostServicesTest, AServiceIsHeldAsLongAsItsHelperLives) {
   }
   EXPECT_EQ(context_.holds(DIN_Player), 0);
   EXPECT_FALSE(context_.wasAskedNotToLoad());
+  EXPECT_FALSE(context_.wasAskedToChooseOtherwise());
 }
 
 TEST_F(HostServicesTest, AServiceThatNobodyOffersIsNotThere) {
