@@ -7,6 +7,7 @@
 
 #include "download/AnnouncedHeader.h"
 #include "download/HttpCallback.h"
+#include "kvsc/HttpStatus.h"
 
 namespace {
 
@@ -24,16 +25,40 @@ HttpHelper::HttpHelper() = default;
 HttpHelper::~HttpHelper() { abort(); }
 
 bool HttpHelper::setup(const std::string& url, const std::string& clientArg) {
-  abort();
-  client_ = std::make_unique<kvsc::SSLClient>(clientArg);
-  session_ = std::make_unique<kvsc::SSLSession>();
-  session_->setMaxRedirectCount(kInfoRedirects);
-  session_->setDownloadLoopSleep(kPauseBetweenReads);
-  url_ = url;
-  const kvpm::MutexLock lock(mutex_);
-  thread_ = std::make_unique<kvpm::Thread>(this);
+  auto fresh = std::make_shared<Transfer>();
+  fresh->url = url;
+  fresh->client = std::make_unique<kvsc::SSLClient>(clientArg);
+  fresh->session = std::make_unique<kvsc::SSLSession>();
+  fresh->session->setMaxRedirectCount(kInfoRedirects);
+  fresh->session->setDownloadLoopSleep(kPauseBetweenReads);
+  {
+    const kvpm::MutexLock lock(mutex_);
+    retire();
+    transfer_->progress.superseded = true;
+    if (!transfer_->progress.ended) transfer_->progress.aborted = true;
+    progressed_.notify_all();
+    transfer_ = std::move(fresh);
+    thread_ = std::make_unique<kvpm::Thread>(this);
+  }
+  joinRetired();
   return true;
 }
+
+HttpHelper::Held HttpHelper::present() const {
+  const kvpm::MutexLock lock(mutex_);
+  return transfer_;
+}
+
+/// The transfer whose thread this is; on any other thread the present one.
+HttpHelper::Held HttpHelper::mine() const {
+  const auto self = std::this_thread::get_id();
+  const auto found = std::find_if(retired_.begin(), retired_.end(), [self](const Retired& retired) {
+    return retired.transfer->runner == self;
+  });
+  return found != retired_.end() ? found->transfer : transfer_;
+}
+
+bool HttpHelper::isOnOwnThread() const { return mine()->runner == std::this_thread::get_id(); }
 
 HttpResult* HttpHelper::getInfo() {
   auto result = std::make_unique<HttpResult>();
@@ -42,35 +67,37 @@ HttpResult* HttpHelper::getInfo() {
     const kvpm::MutexLock lock(mutex_);
     currentResult_ = result.get();
   }
-  if (client_ != nullptr) askForInfo(*result);
+  const Held transfer = present();
+  if (transfer->client != nullptr) askForInfo(*transfer, *result);
   return result.release();
 }
 
-void HttpHelper::askForInfo(HttpResult& result) {
-  if (infoToken_ == nullptr) ownToken_.reset();
+void HttpHelper::askForInfo(Transfer& transfer, HttpResult& result) {
+  if (infoToken_ == nullptr) transfer.token.reset();
+  kvsc::SSLClient& client = *transfer.client;
   kvsc::SSLSession session;
   session.setCheckCertificate(false);
   session.setMaxRedirectCount(kInfoRedirects);
-  session.setCancelToken(infoToken_ != nullptr ? infoToken_ : &ownToken_);
-  client_->setHeaderCallback(&HttpHelper::downloadHeaderFunc);
-  client_->setHeaderContext(this);
+  session.setCancelToken(infoToken_ != nullptr ? infoToken_ : &transfer.token);
+  client.setHeaderCallback(&HttpHelper::downloadHeaderFunc);
+  client.setHeaderContext(this);
   kvsc::HttpErrorIds error = kvsc::HTTP_ERROR_NONE;
-  client_->httpHead(url_, 0, &error, &session, "text/xml", "", kvsc::SSLV3);
-  result.setReturnCode(static_cast<unsigned int>(client_->getResponseCode()));
+  client.httpHead(transfer.url, 0, &error, &session, "text/xml", "", kvsc::SSLV3);
+  result.setReturnCode(static_cast<unsigned int>(client.getResponseCode()));
   if (error != kvsc::HTTP_ERROR_NONE) {
     result.setResult(HTTP_RESULT_FAILED);
-    result.setErrorDescription(client_->getErrorString());
+    result.setErrorDescription(client.getErrorString());
     return;
   }
-  judgeInfo(result);
+  judgeInfo(client, result);
 }
 
-void HttpHelper::judgeInfo(HttpResult& result) {
-  const std::string length = client_->getResponseValue("Content-length");
+void HttpHelper::judgeInfo(kvsc::SSLClient& client, HttpResult& result) {
+  const std::string length = client.getResponseValue("Content-length");
   if (!length.empty()) {
     result.setContentLength(static_cast<unsigned long long>(download::leadingNumber(length)));
   }
-  const std::string location = client_->getResponseValue("Location:");
+  const std::string location = client.getResponseValue("Location:");
   if (!location.empty()) result.setRedirection(location);
   if (result.getContentLength() != 0) {
     result.setResult(HTTP_RESULT_OK);
@@ -86,14 +113,19 @@ HttpResult* HttpHelper::get(const std::string& requestData) {
   auto result = std::make_unique<HttpResult>();
   result->setResult(HTTP_RESULT_OK);
   allowTransfers();
-  if (url_.empty() || callbacks_ == nullptr) {
+  if (present()->url.empty() || callbacks_ == nullptr) {
     result->setResult(HTTP_RESULT_FAILED);
     return result.release();
   }
-  const bool started = startTransfer("get", requestData, *result);
-  const Progress progress = started ? waitForBody(true) : Progress();
+  result->setHttpCallbacks(callbacks_);
+  {
+    const kvpm::MutexLock lock(mutex_);
+    requestData_ = requestData;
+  }
+  const Held transfer = startTransfer("get", *result);
+  const Progress progress = transfer != nullptr ? waitForBody(*transfer, true) : Progress();
   const bool cancelledEarly = progress.cancelled && !progress.bodyStarted;
-  if (!started || progress.aborted || cancelledEarly) {
+  if (transfer == nullptr || progress.aborted || cancelledEarly) {
     result->setResult(HTTP_RESULT_FAILED);
   }
   return handOver(std::move(result));
@@ -102,40 +134,59 @@ HttpResult* HttpHelper::get(const std::string& requestData) {
 HttpResult* HttpHelper::post() {
   auto result = std::make_unique<HttpResult>();
   result->setResult(HTTP_RESULT_OK);
-  if (startTransfer("post", requestData_, *result)) waitForBody(false);
+  if (const Held transfer = startTransfer("post", *result)) waitForBody(*transfer, false);
   return handOver(std::move(result));
 }
 
 /// Prepares the client for the transfer that is about to start.
-void HttpHelper::configure(HttpResult& result) {
-  session_->setCheckCertificate(false);
-  session_->setMaxRedirectCount(kTransferRedirects);
-  session_->setRedirectCount(0);
-  session_->setUserAgent("Vesk Player 2.0");
-  session_->setCancelToken(&ownToken_);
-  client_->setBodyCallback(&HttpHelper::downloadBodyFunc);
-  client_->setBodyContext(this);
-  client_->setHeaderCallback(&HttpHelper::downloadHeaderFunc);
-  client_->setHeaderContext(this);
-  if (method_ != "get") return;
-  client_->setProgressCallback(&HttpHelper::progressFunc);
-  result.setHttpCallbacks(callbacks_);
+void HttpHelper::configure(Transfer& transfer) {
+  kvsc::SSLSession& session = *transfer.session;
+  session.setCheckCertificate(false);
+  session.setMaxRedirectCount(kTransferRedirects);
+  session.setRedirectCount(0);
+  session.setUserAgent("Vesk Player 2.0");
+  session.setCancelToken(&transfer.token);
+  kvsc::SSLClient& client = *transfer.client;
+  client.setBodyCallback(&HttpHelper::downloadBodyFunc);
+  client.setBodyContext(this);
+  client.setHeaderCallback(&HttpHelper::downloadHeaderFunc);
+  client.setHeaderContext(this);
+  if (transfer.method == "get") client.setProgressCallback(&HttpHelper::progressFunc);
 }
 
-HttpHelper::Progress HttpHelper::waitForBody(bool untilAborted) {
+HttpHelper::Progress HttpHelper::waitForBody(Transfer& transfer, bool untilAborted) {
   const kvpm::MutexLock lock(mutex_);
-  while (!progress_.bodyStarted && !progress_.ended && !(untilAborted && progress_.aborted)) {
+  const Progress& progress = transfer.progress;
+  while (!progress.bodyStarted && !progress.ended && !(untilAborted && progress.aborted)) {
     progressed_.wait_for(mutex_, kPoll);
   }
-  return progress_;
+  if (untilAborted) waitForVerdict(transfer);
+  return progress;
+}
+
+/// The text of an error is followed at once by the end of the transfer. That of an answer which
+/// leads elsewhere may be followed by silence, so it is given one look more.
+void HttpHelper::waitForVerdict(Transfer& transfer) {
+  const Progress& progress = transfer.progress;
+  const auto lastLook = std::chrono::steady_clock::now() + kPoll;
+  while (kvsc::outcomeOfStatus(progress.status) != kvsc::HTTP_ERROR_NONE && !progress.ended &&
+         !progress.aborted) {
+    if (!kvsc::isRedirect(progress.status)) {
+      progressed_.wait_for(mutex_, kPoll);
+    } else if (progressed_.wait_until(mutex_, lastLook) == std::cv_status::timeout) {
+      return;
+    }
+  }
 }
 
 /// Gives the result to the caller, who may do with it what he likes: header lines that come after
 /// this go to a record of the helper's own.
 HttpResult* HttpHelper::handOver(std::unique_ptr<HttpResult> result) {
   const kvpm::MutexLock lock(mutex_);
-  ownResult_ = *result;
-  currentResult_ = &ownResult_;
+  if (currentResult_ == result.get()) {  // not that of a transfer started meanwhile
+    ownResult_ = *result;
+    currentResult_ = &ownResult_;
+  }
   return result.release();
 }
 
@@ -143,7 +194,7 @@ std::size_t HttpHelper::takeHeader(const std::string& line) {
   HttpCallback* receiver = nullptr;
   {
     const kvpm::MutexLock lock(mutex_);
-    if (currentResult_ == nullptr) return 0;
+    if (currentResult_ == nullptr || mine()->progress.superseded) return 0;
     if (const auto length = download::announcedLength(line)) {
       currentResult_->setContentLength(static_cast<unsigned long long>(*length));
     } else if (const auto location = download::announcedLocation(line)) {
@@ -156,12 +207,25 @@ std::size_t HttpHelper::takeHeader(const std::string& line) {
 }
 
 std::size_t HttpHelper::takeBody(const char* data, std::size_t length) {
-  HttpCallback* const receiver = callbacks_;
+  HttpCallback* receiver = callbacks_;
+  Held transfer;
+  {
+    const kvpm::MutexLock lock(mutex_);
+    transfer = mine();
+    if (transfer->progress.superseded) receiver = nullptr;
+  }
   const std::size_t taken = receiver != nullptr ? receiver->bodyReceived(data, length) : 0;
-  if (taken != length) refuseBody();
+  const bool refused = taken != length;
+  if (refused) {
+    transfer->bodyRefused = true;
+    transfer->token.cancel();
+  }
   if (receiver == nullptr) return 0;
   const kvpm::MutexLock lock(mutex_);
-  progress_.bodyStarted = true;
+  Progress& progress = transfer->progress;
+  progress.bodyStarted = true;
+  if (transfer->client != nullptr) progress.status = transfer->client->getResponseCode();
+  if (refused && transfer->method == "get") progress.aborted = true;
   progressed_.notify_all();
   return taken;
 }

@@ -5,13 +5,10 @@ namespace {
 using support::bareResponse;
 using support::Gate;
 using support::okResponse;
-using support::RecordingCallback;
 using support::Script;
-using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
-class HttpHelperGet : public support::HttpHelperTest {};
+using HttpHelperGet = support::HttpHelperTest;
 
 TEST_F(HttpHelperGet, WithoutAddressOrReceiverFailsAtOnce) {
   EXPECT_EQ(Result(helper_.get(""))->getResult(), HTTP_RESULT_FAILED);
@@ -19,6 +16,16 @@ TEST_F(HttpHelperGet, WithoutAddressOrReceiverFailsAtOnce) {
   EXPECT_EQ(get()->getResult(), HTTP_RESULT_FAILED);
   EXPECT_EQ(server_.connectionCount(), 0u);
   EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(HttpHelperGet, WithoutAddressOrReceiverStillTakesBackACancel) {
+  helper_.cancelDownload();
+  EXPECT_EQ(Result(helper_.get(""))->getResult(), HTTP_RESULT_FAILED);
+  EXPECT_EQ(HttpHelper::sDownloadCancelled, 0);
+  helper_.setup("", "");
+  helper_.cancelDownload();
+  EXPECT_EQ(get()->getResult(), HTTP_RESULT_FAILED);
+  EXPECT_EQ(HttpHelper::sDownloadCancelled, 0);
 }
 
 TEST_F(HttpHelperGet, StreamsHeadersBodyAndOutcome) {
@@ -39,11 +46,7 @@ TEST_F(HttpHelperGet, KnowsTheLengthWhenItReturns) {
 
 TEST_F(HttpHelperGet, ReturnsAtTheFirstPieceOfTheBody) {
   Gate& rest = gate();
-  server_.always(Script()
-                     .readRequest()
-                     .send("HTTP/1.0 200 OK\r\nContent-Length: 6\r\n\r\nabc")
-                     .stallUntil(rest)
-                     .send("def"));
+  server_.always(inTwoPieces(rest));
   EXPECT_EQ(get()->getResult(), HTTP_RESULT_OK);
   EXPECT_EQ(receiver_.body(), "abc");
   EXPECT_FALSE(log_.has("complete 1"));
@@ -56,10 +59,9 @@ TEST_F(HttpHelperGet, SendsItsNameAndTheRequestData) {
   server_.always(Script::answer(okResponse("the body")));
   get("X-Extra: 1");
   ASSERT_TRUE(log_.waitFor("complete 1"));
-  const std::string request = server_.requests().at(0);
-  EXPECT_THAT(request, testing::StartsWith("GET /film.avi HTTP/1.0\r\n"));
-  EXPECT_THAT(request, HasSubstr("User-Agent: Vesk Player 2.0\r\n"));
-  EXPECT_THAT(request, HasSubstr("X-Extra: 1\r\n"));
+  EXPECT_EQ(server_.requests().at(0),
+            "GET /film.avi HTTP/1.0\r\nHost: localhost\r\nUser-Agent: Vesk Player 2.0\r\n"
+            "X-Extra: 1\r\nConnection: close\r\n\r\n");
 }
 
 TEST_F(HttpHelperGet, ReturnsWhenTheBodyIsEmpty) {
@@ -73,6 +75,47 @@ TEST_F(HttpHelperGet, OfAnErrorStatusFails) {
   EXPECT_EQ(get()->getResult(), HTTP_RESULT_FAILED);
   EXPECT_TRUE(log_.waitFor("broke -1"));
   EXPECT_THAT(log_.lines("complete"), IsEmpty());
+}
+
+TEST_F(HttpHelperGet, OfAnErrorStatusWithABodyFails) {
+  const std::string statuses[] = {"404 Not Found", "304 Not Modified", "503 Busy"};
+  for (std::size_t time = 1; time <= 50; ++time) {
+    const std::string headers = "Content-Length: 4\r\n";
+    server_.always(Script::answer(bareResponse(statuses[time % 3], headers) + "body"));
+    helper_.setup(server_.url("/film.avi"), "");
+    EXPECT_EQ(get()->getResult(), HTTP_RESULT_FAILED);
+    ASSERT_TRUE(log_.waitFor("broke -1", time));
+  }
+  EXPECT_THAT(log_.lines("complete"), IsEmpty());
+}
+
+TEST_F(HttpHelperGet, DoesNotWaitForTheTargetOfARedirectWithABody) {
+  const std::string away = "Location: " + server_.url("/b") + "\r\n";
+  server_.next(Script::answer(bareResponse("307 Temporary Redirect", away) + "moved"));
+  server_.always(Script().readRequest().stall());
+  EXPECT_EQ(get()->getResult(), HTTP_RESULT_OK);
+  EXPECT_EQ(receiver_.body(), "moved");
+}
+
+TEST_F(HttpHelperGet, FailsWhenTheReceiverRefusesTheFirstPiece) {
+  receiver_.takeAtMost(2);
+  server_.always(silentAfterThePiece());
+  for (std::size_t time = 1; time <= 50; ++time) {
+    helper_.setup(server_.url("/film.avi"), "");
+    EXPECT_EQ(get()->getResult(), HTTP_RESULT_FAILED);
+    ASSERT_TRUE(log_.waitFor("broke -1", time));
+  }
+}
+
+TEST_F(HttpHelperGet, PausesAMillisecondAfterEveryRead) {
+  server_.always(Script::answer(okResponse(std::string(1 << 20, 'x'))));
+  const auto before = Clock::now();
+  EXPECT_EQ(get()->getResult(), HTTP_RESULT_OK);
+  ASSERT_TRUE(log_.waitFor("complete 1"));
+  const auto elapsed = Clock::now() - before;
+  const auto pieces = static_cast<int>(log_.lines("body ").size());
+  EXPECT_GT(pieces, 200);
+  EXPECT_GE(elapsed, std::chrono::milliseconds(pieces - 1));
 }
 
 TEST_F(HttpHelperGet, FollowsOneRedirectAndNoMore) {
@@ -94,8 +137,7 @@ TEST_F(HttpHelperGet, EndsWhenTheReceiverTakesLessThanItWasGiven) {
 }
 
 TEST_F(HttpHelperGet, IsSilentAboutACancelledTransfer) {
-  server_.always(
-      Script().readRequest().send("HTTP/1.0 200 OK\r\nContent-Length: 9\r\n\r\nabc").stall());
+  server_.always(silentAfterThePiece());
   get();
   helper_.cancelDownload();
   helper_.abort();
@@ -137,25 +179,50 @@ TEST_F(HttpHelperGet, IsCancelledThroughAnyOtherHelper) {
 }
 
 TEST_F(HttpHelperGet, IsCancelledThroughAnyOtherHelperWhileBytesFlow) {
-  server_.always(Script()
-                     .readRequest()
-                     .send("HTTP/1.0 200 OK\r\nContent-Length: 99999\r\n\r\n")
-                     .drip(std::string(99999, 'x'), std::chrono::milliseconds(1)));
+  server_.always(withoutEnd());
   EXPECT_EQ(get()->getResult(), HTTP_RESULT_OK);
   HttpHelper other;
   other.cancelDownload();
-  helper_.abort();
+  EXPECT_TRUE(server_.ended(0).lost);  // the helper has hung up
+  helper_.setup("", "");               // waits for its thread
   EXPECT_THAT(log_.lines("complete"), IsEmpty());
+  EXPECT_THAT(log_.lines("broke"), IsEmpty());
+}
+
+TEST_F(HttpHelperGet, IsCancelledByTheSharedFlagAlone) {
+  server_.always(withoutEnd());
+  EXPECT_EQ(get()->getResult(), HTTP_RESULT_OK);
+  HttpHelper::sDownloadCancelled = -1;
+  EXPECT_TRUE(server_.ended(0).lost);
+  helper_.setup("", "");
+  EXPECT_THAT(log_.lines("complete"), IsEmpty());
+  EXPECT_THAT(log_.lines("broke"), IsEmpty());
 }
 
 TEST_F(HttpHelperGet, EndsPromptlyWhenAborted) {
-  server_.always(
-      Script().readRequest().send("HTTP/1.0 200 OK\r\nContent-Length: 9\r\n\r\nabc").stall());
+  server_.always(silentAfterThePiece());
   get();
   const auto before = Clock::now();
   helper_.abort();
   EXPECT_LT(Clock::now() - before, kPrompt);
   EXPECT_EQ(HttpHelper::sDownloadCancelled, -1);
+}
+
+TEST_F(HttpHelperGet, AbortOfAnIdleHelperLeavesTheFlag) {
+  helper_.abort();
+  EXPECT_EQ(HttpHelper::sDownloadCancelled, 0);
+}
+
+TEST_F(HttpHelperGet, IsAbortedByTheDestructor) {
+  auto helper = std::make_unique<HttpHelper>();
+  helper->setup(server_.url("/film.avi"), "");
+  helper->setCallbacks(&receiver_);
+  server_.always(silentAfterThePiece());
+  EXPECT_EQ(Result(helper->get(""))->getResult(), HTTP_RESULT_OK);
+  helper.reset();
+  EXPECT_TRUE(server_.ended(0).ended);
+  EXPECT_EQ(HttpHelper::sDownloadCancelled, -1);
+  EXPECT_THAT(log_.lines("complete"), IsEmpty());
 }
 
 TEST_F(HttpHelperGet, NeedsASetupAfterAnAbort) {
@@ -165,24 +232,6 @@ TEST_F(HttpHelperGet, NeedsASetupAfterAnAbort) {
   server_.always(Script::answer(okResponse("the body")));
   EXPECT_EQ(get()->getResult(), HTTP_RESULT_OK);
   EXPECT_TRUE(log_.waitFor("complete 1"));
-}
-
-TEST_F(HttpHelperGet, MayBeAbortedFromItsOwnThread) {
-  struct Aborting : RecordingCallback {
-    Aborting(support::EventLog& log, HttpHelper& helper)
-        : RecordingCallback(log), helper_(helper) {}
-    size_t bodyReceived(const char* data, size_t length) override {
-      helper_.abort();
-      return RecordingCallback::bodyReceived(data, length);
-    }
-    HttpHelper& helper_;
-  };
-  Aborting aborting(log_, helper_);
-  server_.always(
-      Script().readRequest().send("HTTP/1.0 200 OK\r\nContent-Length: 9\r\n\r\nabc").stall());
-  helper_.setCallbacks(&aborting);
-  EXPECT_EQ(Result(helper_.get(""))->getResult(), HTTP_RESULT_FAILED);
-  helper_.abort();  // the receiver is about to go
 }
 
 TEST_F(HttpHelperGet, MayBeUsedAgain) {
@@ -195,65 +244,22 @@ TEST_F(HttpHelperGet, MayBeUsedAgain) {
   EXPECT_EQ(receiver_.body(), "abcabcabc");
 }
 
-class HttpHelperPost : public support::HttpHelperTest {
- protected:
-  Result post() { return Result(helper_.post()); }
-};
-
-TEST_F(HttpHelperPost, StreamsTheAnswerWithoutReportingTheEnd) {
-  Gate& rest = gate();
-  server_.always(Script()
-                     .readRequest()
-                     .send("HTTP/1.0 200 OK\r\nContent-Length: 6\r\n\r\nabc")
-                     .stallUntil(rest)
-                     .send("def"));
-  helper_.setCallbacks(&receiver_);
-  EXPECT_EQ(post()->getResult(), HTTP_RESULT_OK);
-  EXPECT_EQ(receiver_.body(), "abc");
-  rest.open();
-  helper_.setup("", "");  // waits for the transfer
-  EXPECT_THAT(log_.lines("complete"), IsEmpty());
-  EXPECT_THAT(log_.lines("header"), IsEmpty());
-}
-
-TEST_F(HttpHelperPost, IsOkWhateverComesOfIt) {
-  server_.always(Script::answer(bareResponse("500 Oops")));
-  helper_.setCallbacks(&receiver_);
-  EXPECT_EQ(post()->getResult(), HTTP_RESULT_OK);
-  EXPECT_THAT(log_.lines("broke"), IsEmpty());
-}
-
-TEST_F(HttpHelperPost, NeedsNeitherAddressNorReceiver) {
+TEST_F(HttpHelperGet, MayBeUsedAgainRightAfterTheEnd) {
   server_.always(Script::answer(okResponse("abc")));
-  EXPECT_EQ(post()->getResult(), HTTP_RESULT_OK);
-  helper_.setup("", "");
-  EXPECT_EQ(post()->getResult(), HTTP_RESULT_OK);
+  for (std::size_t time = 1; time <= 50; ++time) {
+    EXPECT_EQ(get()->getResult(), HTTP_RESULT_OK);
+    ASSERT_TRUE(log_.waitFor("complete 1", time));
+    EXPECT_EQ(server_.connectionCount(), time);
+  }
 }
 
-TEST_F(HttpHelperPost, SendsAnEmptyQuery) {
-  server_.always(Script::answer(okResponse("abc")));
-  post();
-  EXPECT_THAT(server_.requests().at(0), testing::StartsWith("GET /film.avi"));
-  EXPECT_THAT(server_.requests().at(0), Not(HasSubstr("abc")));
-}
-
-TEST_F(HttpHelperPost, DoesNotTakeBackAnEarlierCancel) {
-  helper_.cancelDownload();
-  server_.always(Script::answer(okResponse("abc")));
-  post();
-  EXPECT_EQ(HttpHelper::sDownloadCancelled, -1);
-  HttpHelper::sDownloadCancelled = 0;
-}
-
-TEST_F(HttpHelperPost, ReturnsPromptlyWhenCancelled) {
-  Gate& asked = gate();
-  server_.always(Script().readRequest().announce(asked).stall());
-  auto result = std::async(std::launch::async, [this] { return post(); });
-  ASSERT_TRUE(asked.wait());
-  const auto before = Clock::now();
-  helper_.cancelDownload();
-  EXPECT_EQ(result.get()->getResult(), HTTP_RESULT_OK);
-  EXPECT_LT(Clock::now() - before, kPrompt);
+TEST_F(HttpHelperGet, AgainWhileRunningNamesTheReceiverAndStartsNothing) {
+  server_.always(silentAfterThePiece());
+  get();
+  const Result again = get();
+  EXPECT_EQ(again->getResult(), HTTP_RESULT_OK);
+  EXPECT_EQ(again->getHttpCallbacks(), &receiver_);
+  EXPECT_EQ(server_.connectionCount(), 1u);
 }
 
 }  // namespace

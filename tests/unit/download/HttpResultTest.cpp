@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <string>
 #include <type_traits>
 
 #include "download/HttpCallback.h"
@@ -15,11 +17,18 @@ struct Receiver : HttpCallback {
   void transferBroke(int) override {}
 };
 
+template <class Getter>
+using Yields = std::invoke_result_t<Getter, const HttpResult&>;
+
+static_assert(std::is_same_v<std::underlying_type_t<HttpResultType>, std::int32_t>);
+// Copies, which stay whatever becomes of the result.
+static_assert(std::is_same_v<Yields<decltype(&HttpResult::getRedirection)>, std::string>);
+static_assert(std::is_same_v<Yields<decltype(&HttpResult::getErrorDescription)>, std::string>);
+
 TEST(HttpResult, HasFixedValues) {
   EXPECT_EQ(HTTP_RESULT_OK, 0);
   EXPECT_EQ(HTTP_RESULT_FAILED, 1);
   EXPECT_EQ(HTTP_RESULT_REDIRECT, 2);
-  EXPECT_EQ(sizeof(HttpResultType), 4u);
   EXPECT_TRUE(std::has_virtual_destructor_v<HttpResult>);
 }
 
