@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <string>
 
 #include "kvpm/TimeTools.h"
 #include "plugin/Confirmation.h"
@@ -11,6 +12,14 @@ namespace {
 using Item = VeskPlayerX::DownloadItemInterface;
 
 std::int64_t secondsNow() { return kvpm::TimeTools::getTime() / kvpm::TimeTools::getTimeScale(); }
+
+/// What the player is told of a complete film.
+struct Film {
+  std::wstring path;
+  unsigned long long uid = 0;
+};
+
+Film filmOf(const Item& item) { return {item.getPath(), item.getUID()}; }
 
 void recordProgress(Item& item, int percent) {
   const std::int64_t now = secondsNow();
@@ -76,12 +85,10 @@ bool DownloadManager::DownloadManagerImpl::setDownloadInfo(unsigned int id,
 
 bool DownloadManager::DownloadManagerImpl::updateStatus(unsigned int id,
                                                         DownloadStatusEnumType status) {
-  std::wstring path;
-  unsigned long long uid = 0;
+  Film film;
   const bool found = changeItem(id, [&](Item& item) {
     item.setStatus(status);
-    path = item.getPath();
-    uid = item.getUID();
+    film = filmOf(item);
   });
   events_.raise();
   if (found) updateItemChanged(id);
@@ -89,7 +96,11 @@ bool DownloadManager::DownloadManagerImpl::updateStatus(unsigned int id,
     moveVideoToBottom(id);
     updateListChanged();
   }
-  if (found && status == DownloadStatusCompleted) tellPlayerOfFinished(path, uid);
+  if (found && status == DownloadStatusCompleted) {
+    // As it is by now; an item that the view has removed meanwhile was complete all the same.
+    changeItem(id, [&film](const Item& item) { film = filmOf(item); });
+    tellPlayerOfFinished(film.path, film.uid);
+  }
   // The view wants to be asked; what it answers changes nothing here.
   view_.visit([](View& view) { view.keepsRunningWhenFinished(); });
   return found;
