@@ -14,6 +14,7 @@
 #include "kvpm/IRunnable.h"
 #include "kvpm/Thread.h"
 #include "plugin/AttachedView.h"
+#include "plugin/Confirmation.h"
 #include "plugin/Confirmations.h"
 #include "plugin/DownloadItem.h"
 #include "plugin/DownloadManager.h"
@@ -21,6 +22,7 @@
 #include "plugin/EventCount.h"
 #include "plugin/HostServices.h"
 #include "plugin/OperationLock.h"
+#include "plugin/ProgressReports.h"
 #include "plugin/WorkerFace.h"
 
 /// State and locks of the download manager, and the body of its scheduler thread.
@@ -121,6 +123,12 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
     int percent = 0;
   };
 
+  /// A report of progress on its way.
+  struct Progress {
+    ProgressReports::Number report = 0;
+    ProgressOfTicket ofTicket;
+  };
+
   using Change = std::function<void(Item&)>;
 
   /// Looks the item up and changes it in one step, so that a removed one is never written to.
@@ -156,6 +164,8 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   void resume();
   void cancelCurrentDownload();
   void stopWorker();
+  std::optional<Progress> beginProgress(unsigned int id, int percent);
+  void endProgress(unsigned int id, const Progress& progress);
   void confirmDownload(long ticketId, unsigned long long bytes);
   void tellServices(long ticketId, unsigned long long bytes);
   void tellPlayerOfFinished(const std::wstring& path, unsigned long long uid);
@@ -205,6 +215,7 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   /// Items that the queue refused: the host was given pointers to them.
   std::vector<std::unique_ptr<Item>> refused_ KVPM_GUARDED_BY(queueLock_);
   Run run_ KVPM_GUARDED_BY(queueLock_);
+  ProgressReports progressReports_ KVPM_GUARDED_BY(queueLock_);
 
   // Last, so that it ends before anything that it uses.
   kvpm::Thread thread_;

@@ -107,16 +107,33 @@ bool DownloadManager::DownloadManagerImpl::updateStatus(unsigned int id,
 }
 
 bool DownloadManager::DownloadManagerImpl::updateDownloadProgress(unsigned int id, int percent) {
-  ProgressOfTicket progress;
-  const bool found = changeItem(id, [&](Item& item) {
-    progress = {item.getTicketId(), item.getSize(), item.getPercentDownloaded(), percent};
-    recordProgress(item, percent);
-  });
-  if (!found) return false;
-  const auto bytes = bytesToConfirm(progress);
-  if (bytes) confirmDownload(progress.ticketId, *bytes);
+  const std::optional<Progress> progress = beginProgress(id, percent);
+  if (!progress) return false;
+  const auto bytes = bytesToConfirm(progress->ofTicket);
+  if (bytes) confirmDownload(progress->ofTicket.ticketId, *bytes);
+  endProgress(id, *progress);
   updateItemChanged(id);
   return true;
+}
+
+/// What was reported last counts as the previous percent, recorded or not: nothing is confirmed
+/// twice.
+std::optional<DownloadManager::DownloadManagerImpl::Progress>
+DownloadManager::DownloadManagerImpl::beginProgress(unsigned int id, int percent) {
+  const kvpm::CritLock lock(queueLock_);
+  const Item* const item = queue_.find(id);
+  if (item == nullptr) return std::nullopt;
+  const int previous = progressReports_.newest(id).value_or(item->getPercentDownloaded());
+  return Progress{progressReports_.begin(id, percent),
+                  {item->getTicketId(), item->getSize(), previous, percent}};
+}
+
+/// Records the progress, unless its item has gone or a later report was faster.
+void DownloadManager::DownloadManagerImpl::endProgress(unsigned int id, const Progress& progress) {
+  const kvpm::CritLock lock(queueLock_);
+  const bool isDue = progressReports_.end(progress.report);
+  Item* const item = queue_.find(id);
+  if (isDue && item != nullptr) recordProgress(*item, progress.ofTicket.percent);
 }
 
 /// Waits for the services, unless somebody waits for the transfer to stop meanwhile.

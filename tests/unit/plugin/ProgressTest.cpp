@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <utility>
+
 #include "VeskPlayerX/InterfaceIds.h"
 #include "kvpm/TimeTools.h"
 #include "tests/support/Gate.h"
@@ -8,6 +13,35 @@
 namespace {
 
 using Lines = std::vector<std::string>;
+
+/// Online services that take their time over a confirmation.
+class SlowServices : public support::FakeServices {
+ public:
+  using FakeServices::FakeServices;
+
+  void confirmDownload(long ticketId, unsigned long long bytes) override {
+    confirming.open();
+    goOn.wait();
+    FakeServices::confirmDownload(ticketId, bytes);
+  }
+
+  support::Gate confirming;
+  support::Gate goOn;
+};
+
+/// Online services that look at the queue while they are told of a download.
+class WatchingServices : public support::FakeServices {
+ public:
+  WatchingServices(support::EventLog& log, std::function<int()> percent)
+      : FakeServices(log), percent_(std::move(percent)) {}
+
+  void confirmDownload(long, unsigned long long) override { seen = percent_(); }
+
+  std::atomic<int> seen{-1};
+
+ private:
+  const std::function<int()> percent_;
+};
 
 class ProgressTest : public ManagerTest {
  protected:
@@ -21,6 +55,11 @@ class ProgressTest : public ManagerTest {
 
   static unsigned long now() {
     return static_cast<unsigned long>(kvpm::TimeTools::getTime() / kvpm::TimeTools::getTimeScale());
+  }
+
+  void makeConfirmable() {
+    item("A").setTicketId(7);
+    item("A").setSize(1000);
   }
 
   unsigned int a_ = 0;
@@ -65,8 +104,7 @@ TEST_F(ProgressTest, NothingRemainsAtTheEndAndAtTheBeginning) {
 }
 
 TEST_F(ProgressTest, ATicketsDownloadIsConfirmedAtItsFirstAndItsLastPercent) {
-  item("A").setTicketId(7);
-  item("A").setSize(1000);
+  makeConfirmable();
   for (const int percent : {0, 50, 51, 99, 100, 100}) {
     manager().updateDownloadProgress(a_, percent);
   }
@@ -85,16 +123,14 @@ TEST_F(ProgressTest, NothingIsConfirmedWithoutATicketOrASize) {
 }
 
 TEST_F(ProgressTest, ADownloadIsConfirmedBeforeItIsAnnounced) {
-  item("A").setTicketId(7);
-  item("A").setSize(1000);
+  makeConfirmable();
   manager().updateDownloadProgress(a_, 50);
   EXPECT_EQ(log_.lines(),
             (Lines{"services.confirm 7 500", "view.itemChanged " + std::to_string(a_)}));
 }
 
 TEST_F(ProgressTest, TheServicesAreKeptForTheNextConfirmation) {
-  item("A").setTicketId(7);
-  item("A").setSize(1000);
+  makeConfirmable();
   manager().updateDownloadProgress(a_, 50);
   manager().updateDownloadProgress(a_, 100);
   EXPECT_EQ(context_.lookups("com.vesk.playerX.pluginInterface.ZPSServices"), 1);
@@ -104,8 +140,7 @@ TEST_F(ProgressTest, TheServicesAreKeptForTheNextConfirmation) {
 }
 
 TEST_F(ProgressTest, ServicesThatCannotBeLoadedAreTriedAgainAtTheNextReport) {
-  item("A").setTicketId(7);
-  item("A").setSize(1000);
+  makeConfirmable();
   context_.answer("com.vesk.playerX.pluginInterface.ZPSServices", KPIM::kLoadFailed);
   EXPECT_TRUE(manager().updateDownloadProgress(a_, 50));
   EXPECT_TRUE(log_.lines("services.").empty());
@@ -114,20 +149,56 @@ TEST_F(ProgressTest, ServicesThatCannotBeLoadedAreTriedAgainAtTheNextReport) {
   EXPECT_EQ(log_.lines("services."), Lines{"services.confirm 7 1000"});
 }
 
-/// Online services that take their time over a confirmation.
-class SlowServices : public support::FakeServices {
- public:
-  using FakeServices::FakeServices;
-
-  void confirmDownload(long ticketId, unsigned long long bytes) override {
-    confirming.open();
-    goOn.wait();
-    FakeServices::confirmDownload(ticketId, bytes);
+TEST_F(ProgressTest, APercentIsStoredAsItIs) {
+  const Lines announced{"view.itemChanged " + std::to_string(a_)};
+  for (const int percent : {30, 20, -5, 150}) {
+    log_.clear();
+    EXPECT_TRUE(manager().updateDownloadProgress(a_, percent));
+    EXPECT_EQ(item("A").getPercentDownloaded(), percent);
+    EXPECT_EQ(notices(), announced) << percent;
   }
+}
 
-  support::Gate confirming;
-  support::Gate goOn;
-};
+TEST_F(ProgressTest, TheProgressIsStoredAfterItsConfirmation) {
+  WatchingServices watching(log_, [this] { return percentOf("A"); });
+  context_.offer<VeskPlayerX::ZPSServicesInterface>(VeskPlayerX::DIN_ZPSServices, &watching);
+  makeConfirmable();
+  manager().updateDownloadProgress(a_, 50);
+  EXPECT_EQ(watching.seen, 0);
+  EXPECT_EQ(percentOf("A"), 50);
+  shutDown();
+}
+
+TEST_F(ProgressTest, AReportThatComesDuringAConfirmationNeitherRepeatsItNorIsUndone) {
+  SlowServices slow(log_);
+  context_.offer<VeskPlayerX::ZPSServicesInterface>(VeskPlayerX::DIN_ZPSServices, &slow);
+  makeConfirmable();
+  std::thread reporter([this] { manager().updateDownloadProgress(a_, 50); });
+  EXPECT_TRUE(slow.confirming.wait());
+  EXPECT_TRUE(manager().updateDownloadProgress(a_, 51));
+  EXPECT_EQ(percentOf("A"), 51);
+  slow.goOn.open();
+  reporter.join();
+  EXPECT_EQ(percentOf("A"), 51);
+  EXPECT_EQ(log_.lines("services."), Lines{"services.confirm 7 500"});
+  shutDown();
+}
+
+TEST_F(ProgressTest, AnItemMayBeRemovedDuringItsConfirmation) {
+  SlowServices slow(log_);
+  context_.offer<VeskPlayerX::ZPSServicesInterface>(VeskPlayerX::DIN_ZPSServices, &slow);
+  makeConfirmable();
+  bool isKnown = false;
+  std::thread reporter([&] { isKnown = manager().updateDownloadProgress(a_, 50); });
+  EXPECT_TRUE(slow.confirming.wait());
+  EXPECT_TRUE(manager().remove(a_));
+  log_.clear();
+  slow.goOn.open();
+  reporter.join();
+  EXPECT_TRUE(isKnown) << "when it was reported";
+  EXPECT_EQ(log_.lines(), Lines{"services.confirm 7 500"});
+  shutDown();
+}
 
 /// Progress of a transfer that runs.
 class RunningProgressTest : public ManagerTest {
