@@ -33,6 +33,8 @@ const std::vector<Case> kCases = {
     {"parts of a byte are cut off", {7, 101, 0, 50}, 50},
     {"the share has single precision", {7, 16777217, 0, 100}, 16777216},
     {"the share is not computed in double precision", {7, 1000000007, 0, 33}, 330000000},
+    {"the percent is divided first", {7, 1000000, 0, 13}, 129999},
+    {"the quotient is rounded before it is multiplied", {7, 700, 0, 53}, 370},
     {"all bytes are exact", {7, 16777217, 1, 100}, 16777217},
     {"the greatest size", {7, kMost, 0, 100}, kMost},
     {"half of the greatest size", {7, kMost, 0, 50}, 1ULL << 63},

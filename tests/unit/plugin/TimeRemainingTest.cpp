@@ -27,6 +27,7 @@ const std::vector<Case> kCases = {
     {"a loss says nothing", {100, 130, 30, 20}, std::nullopt},
     {"no time passed keeps the estimate", {100, 100, 10, 20}, std::nullopt},
     {"less than a second keeps the estimate", {100, 101, 1, 99}, std::nullopt},
+    {"the pace is rounded before it is multiplied", {100, 101, 2, 51}, std::nullopt},
     {"parts of a second are cut off", {100, 110, 0, 30}, 23},
     {"a clock that went back keeps the estimate", {130, 100, 10, 20}, std::nullopt},
     {"the first percent after 0", {100, 101, 0, 1}, 99},
