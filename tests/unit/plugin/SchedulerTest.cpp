@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <functional>
+#include <thread>
+
 #include "tests/unit/plugin/ManagerTest.h"
 
 namespace {
@@ -13,6 +17,21 @@ class SchedulerTest : public ManagerTest {
 
   std::string finished(const std::string& title) {
     return "player.finished " + mediaFile(title + ".vesk").string() + " 0";
+  }
+
+  /// Inside an announcement of `operation`, which holds its locks there, wakes the scheduler again
+  /// and again.
+  void tempt(const std::function<void()>& operation) {
+    view_.onEvent([this, host = std::this_thread::get_id()](const std::string&) {
+      EXPECT_EQ(std::this_thread::get_id(), host) << "nobody else announces anything";
+      view_.onEvent({});
+      wakeScheduler();
+      for (int i = 0; i < 50; ++i) manager().resume();
+      EXPECT_EQ(log_.lines("library.").size(), 0U);
+      EXPECT_EQ(log_.count("view.listChanged"), 51U) << "the operation's, then those of resuming";
+    });
+    log_.clear();
+    operation();
   }
 };
 
@@ -32,6 +51,7 @@ TEST_F(SchedulerTest, AnEmptyQueueStartsNothingUntilAnItemIsAdded) {
   begin("");
   manager().resume();
   EXPECT_EQ(library_.sessionCount(), 0U);
+  EXPECT_EQ(notices(), Lines{"view.listChanged"}) << "the resume's own";
   services_.setTicketRecords({record(L"A")});
   manager().addTicket(L"/a.tix", false);
   transferOf("A");
@@ -60,6 +80,7 @@ TEST_F(SchedulerTest, AHeldItemThatComesFirstBlocksTheQueue) {
   wakeScheduler();
   manager().resume();
   EXPECT_EQ(queue(), "A4 B7 C1");
+  EXPECT_EQ(notices(), (Lines{"view.itemChanged " + std::to_string(id("B")), "view.listChanged"}));
   // The first transfer ever is that of the item that was held.
   manager().updateStatus(id("B"), DownloadStatusQueued);
   transferOf("B");
@@ -103,6 +124,53 @@ TEST_F(SchedulerTest, PickingAnnouncesTheListTwice) {
   EXPECT_EQ(Lines(seen.begin(), seen.begin() + 3),
             (Lines{"view.listChanged", "view.listChanged",
                    "view.itemChanged " + std::to_string(id("A"))}));
+}
+
+TEST_F(SchedulerTest, AClimbAnnouncesEachStepThenTheListTwice) {
+  startAsleep("A5 B5 C1");
+  Lines lists;
+  view_.onEvent([&](const std::string&) {
+    if (lists.size() < 4) lists.push_back(written());
+  });
+  log_.clear();
+  wakeScheduler();
+  transferOf("C");
+  await("C3 A1 B5");
+  EXPECT_EQ(lists, (Lines{"A5 C1 B5", "C1 A1 B5", "C1 A1 B5", "C1 A1 B5"}));
+  const Lines seen = notices();
+  ASSERT_GE(seen.size(), 5U);
+  const std::string list = "view.listChanged";
+  EXPECT_EQ(Lines(seen.begin(), seen.begin() + 5),
+            (Lines{list, list, list, list, "view.itemChanged " + std::to_string(id("C"))}));
+}
+
+TEST_F(SchedulerTest, NothingIsPickedWhileAnOperationHoldsTheLocks) {
+  startAsleep("A1 B1 C1 X1");
+  tempt([this] { EXPECT_TRUE(manager().remove(id("X"))); });
+  transferOf("A");
+  await("A3 B1 C1");
+  shutDown();
+  startAsleep("A1 B1 C1");
+  tempt([this] { EXPECT_TRUE(manager().moveUp(id("C"))); });
+  transferOf("A");
+  await("A3 C1 B1");
+}
+
+TEST_F(SchedulerTest, ADownloadWithoutAViewWritesNothing) {
+  startAsleep("A1");
+  manager().setViewInterface(nullptr);
+  forgetFile();
+  log_.clear();
+  wakeScheduler();
+  const auto uid = transferOf("A");
+  await("A3");
+  library_.progress(uid, 50);
+  library_.complete(uid);
+  EXPECT_TRUE(log_.waitFor(finished("A"), 2)) << "by the worker and by the scheduler";
+  EXPECT_EQ(queue(), "A4");
+  EXPECT_EQ(percentOf("A"), 100);
+  EXPECT_FALSE(isWritten());
+  EXPECT_TRUE(log_.lines("view.").empty());
 }
 
 TEST_F(SchedulerTest, TheWorkerHasACopyOfItsOwn) {
@@ -274,6 +342,42 @@ TEST_F(SchedulerTest, APauseReturnsOnceTheTransferHasEnded) {
   library_.progress(1001, 50);
   EXPECT_EQ(item("A").getPercentDownloaded(), 0);
   EXPECT_EQ(queue(), "A0");
+}
+
+TEST_F(SchedulerTest, AStoppedTransferAnnouncesTheList) {
+  begin("A1");
+  transferOf("A");
+  await("A3");
+  log_.clear();
+  manager().pause();
+  EXPECT_TRUE(log_.waitFor("view.listChanged", 2)) << "by the pause and by the scheduler";
+  shutDown();
+  EXPECT_EQ(log_.count("view.listChanged"), 2U);
+}
+
+TEST_F(SchedulerTest, PausingAnnouncesTheListOnce) {
+  startAsleep("A3 B1");
+  log_.clear();
+  manager().pause();
+  EXPECT_EQ(notices(), Lines{"view.listChanged"});
+  EXPECT_EQ(written(), "A0 B1");
+  log_.clear();
+  manager().resume();
+  EXPECT_EQ(notices(), Lines{"view.listChanged"});
+  EXPECT_EQ(written(), "A1 B1");
+}
+
+TEST_F(SchedulerTest, APauseEndsWithTheRun) {
+  begin("A1");
+  transferOf("A");
+  await("A3");
+  manager().pause();
+  shutDown();
+  ASSERT_EQ(written(), "A0");
+  start();
+  EXPECT_FALSE(manager().isPaused());
+  transferOf("A");
+  await("A3");
 }
 
 // Retrying.
