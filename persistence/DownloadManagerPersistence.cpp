@@ -10,7 +10,8 @@
 
 namespace {
 
-using persistence::QueueReading;
+using persistence::QueueFormat;
+using Items = DownloadManagerPersistence::Items;
 
 /// Under the persistence lock.
 persistence::WrittenQueue writtenQueue;
@@ -25,17 +26,27 @@ void withoutThrowing(Action action) {
   }
 }
 
-/// What `read` makes of the file; not understood when there is no memory for it.
-QueueReading readSafely(QueueReading (*read)(const std::wstring&), const std::wstring& path) {
-  QueueReading reading;
-  withoutThrowing([&] { reading = read(path); });
-  return reading;
+/// The items that `read` finds, handed over. `isUnderstood`, which may be null, tells whether there
+/// was a document and memory for all of it.
+Items itemsOf(std::optional<persistence::ItemList> (*read)(const std::wstring&),
+              const std::wstring& path, bool* isUnderstood) {
+  Items items;
+  bool understood = false;
+  withoutThrowing([&] {
+    auto found = read(path);
+    if (!found) return;
+    items = persistence::handOver(*std::move(found));
+    understood = true;
+  });
+  if (isUnderstood != nullptr) *isUnderstood = understood;
+  return items;
 }
 
-DownloadManagerPersistence::Items itemsOf(QueueReading reading) {
-  DownloadManagerPersistence::Items items;
-  withoutThrowing([&] { items = persistence::handOver(std::move(reading.items)); });
-  return items;
+/// Unknown also when there is no memory to look.
+QueueFormat formatSafely(const std::wstring& path) {
+  QueueFormat format = QueueFormat::kUnknown;
+  withoutThrowing([&] { format = persistence::formatOfFile(path); });
+  return format;
 }
 
 }  // namespace
@@ -54,25 +65,34 @@ bool DownloadManagerPersistence::writeDownloadQueue(const std::wstring& path, co
 DownloadManagerPersistence::Items DownloadManagerPersistence::readDownloadQueue(
     const std::wstring& path) {
   const kvpm::CritLock lock(persistenceLock);
-  return itemsOf(readSafely(persistence::readQueue, path));
+  return readByFormat(path, nullptr);
 }
 
 DownloadManagerPersistence::Items DownloadManagerPersistence::loadDownloadQueue(
     const std::wstring& path, bool* isKept) {
   const kvpm::CritLock lock(persistenceLock);
-  QueueReading reading = readSafely(persistence::readQueue, path);
-  bool kept = reading.isUnderstood;
+  bool kept = false;
+  Items items = readByFormat(path, &kept);
   if (!kept) withoutThrowing([&] { kept = persistence::setAside(path); });
   if (isKept != nullptr) *isKept = kept;
-  return itemsOf(std::move(reading));
+  return items;
 }
 
-DownloadManagerPersistence::Items DownloadManagerPersistence::readNewQueue(
-    const std::wstring& path) {
-  return itemsOf(readSafely(persistence::readCurrentQueue, path));
+DownloadManagerPersistence::Items DownloadManagerPersistence::readByFormat(const std::wstring& path,
+                                                                           bool* isUnderstood) {
+  const QueueFormat format = formatSafely(path);
+  if (format == QueueFormat::kCurrent) return readNewQueue(path, isUnderstood);
+  if (format == QueueFormat::kLegacy) return readOldQueue(path, isUnderstood);
+  if (isUnderstood != nullptr) *isUnderstood = format == QueueFormat::kEmpty;
+  return {};
 }
 
-DownloadManagerPersistence::Items DownloadManagerPersistence::readOldQueue(
-    const std::wstring& path) {
-  return itemsOf(readSafely(persistence::readLegacyQueue, path));
+DownloadManagerPersistence::Items DownloadManagerPersistence::readNewQueue(const std::wstring& path,
+                                                                           bool* isUnderstood) {
+  return itemsOf(persistence::readCurrentQueue, path, isUnderstood);
+}
+
+DownloadManagerPersistence::Items DownloadManagerPersistence::readOldQueue(const std::wstring& path,
+                                                                           bool* isUnderstood) {
+  return itemsOf(persistence::readLegacyQueue, path, isUnderstood);
 }

@@ -38,11 +38,14 @@ class DownloadManagerPersistence {
   /// so: false only for a file that could be neither understood nor moved.
   static Items loadDownloadQueue(const std::wstring& path, bool* isKept = nullptr);
 
-  /// The queue in a file of this release's format.
-  static Items readNewQueue(const std::wstring& path) KVPM_REQUIRES(persistenceLock);
+  /// The queue in a file of this release's format. Stores through `isUnderstood`, which may be
+  /// null, whether the items are all that the file holds.
+  static Items readNewQueue(const std::wstring& path, bool* isUnderstood = nullptr)
+      KVPM_REQUIRES(persistenceLock);
 
-  /// The queue in a file of the earlier release's format.
-  static Items readOldQueue(const std::wstring& path) KVPM_REQUIRES(persistenceLock);
+  /// The same for a file of the earlier release's format.
+  static Items readOldQueue(const std::wstring& path, bool* isUnderstood = nullptr)
+      KVPM_REQUIRES(persistenceLock);
 
   /// UTF-8 of wide text, terminated, as an array from `new[]` that the caller frees with
   /// `delete[]`. Empty where the text cannot be converted.
@@ -52,9 +55,13 @@ class DownloadManagerPersistence {
   static std::wstring utf8ToWstring(const unsigned char* text);
 
   /// Wide text that an earlier release has written: base64 of its 32-bit characters. A last
-  /// character that is not whole is lost; a text that is no base64 is empty.
+  /// character that is not whole is lost; null, or a text that is no base64, is empty.
   static std::wstring encodedStringToWstring(const char* text);
 
   /// Serialises all reading and writing of queue files. Made when the module is loaded.
   static kvpm::CritSection persistenceLock;
+
+ private:
+  static Items readByFormat(const std::wstring& path, bool* isUnderstood)
+      KVPM_REQUIRES(persistenceLock);
 };

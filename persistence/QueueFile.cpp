@@ -43,28 +43,14 @@ std::optional<std::string> readWhole(const std::wstring& path) {
   return bytes;
 }
 
-QueueReading readWith(const std::wstring& path,
-                      std::optional<ItemList> (*readDocument)(std::string)) {
+std::optional<ItemList> readWith(const std::wstring& path,
+                                 std::optional<ItemList> (*readDocument)(std::string)) {
   std::optional<std::string> bytes = readWhole(path);
-  if (!bytes) return {};
-  std::optional<ItemList> items = readDocument(std::move(*bytes));
-  if (!items) return {};
-  return {std::move(*items), true};
+  if (!bytes) return std::nullopt;
+  return readDocument(*std::move(bytes));
 }
 
 bool isMissing(int error) { return error == ENOENT || error == ENOTDIR; }
-
-/// The format of a file; empty for one that is not there, unknown for one that cannot be read.
-QueueFormat formatOfFile(const std::wstring& path) {
-  kvpm::File file;
-  if (const int error = file.open(path, kvpm::FileOpenRead); error != 0) {
-    return isMissing(error) ? QueueFormat::kEmpty : QueueFormat::kUnknown;
-  }
-  const std::int64_t size = file.getTotalSize();
-  if (size <= 0) return size == 0 ? QueueFormat::kEmpty : QueueFormat::kUnknown;
-  const std::optional<std::string> head = readBeginning(file, kQueueHeadSize);
-  return head ? formatOf(*head) : QueueFormat::kUnknown;
-}
 
 std::wstring setAsideName(const std::wstring& path, int number) {
   std::wstring name = path;
@@ -82,26 +68,23 @@ QueueFormat formatOf(std::string_view head) {
   return head.starts_with(kQueueDeclaration) ? QueueFormat::kCurrent : QueueFormat::kUnknown;
 }
 
-QueueReading readCurrentQueue(const std::wstring& path) {
+QueueFormat formatOfFile(const std::wstring& path) {
+  kvpm::File file;
+  if (const int error = file.open(path, kvpm::FileOpenRead); error != 0) {
+    return isMissing(error) ? QueueFormat::kEmpty : QueueFormat::kUnknown;
+  }
+  const std::int64_t size = file.getTotalSize();
+  if (size <= 0) return size == 0 ? QueueFormat::kEmpty : QueueFormat::kUnknown;
+  const std::optional<std::string> head = readBeginning(file, kQueueHeadSize);
+  return head ? formatOf(*head) : QueueFormat::kUnknown;
+}
+
+std::optional<ItemList> readCurrentQueue(const std::wstring& path) {
   return readWith(path, readQueueDocument);
 }
 
-QueueReading readLegacyQueue(const std::wstring& path) {
+std::optional<ItemList> readLegacyQueue(const std::wstring& path) {
   return readWith(path, readLegacyQueueDocument);
-}
-
-QueueReading readQueue(const std::wstring& path) {
-  switch (formatOfFile(path)) {
-    case QueueFormat::kEmpty:
-      return {{}, true};
-    case QueueFormat::kCurrent:
-      return readCurrentQueue(path);
-    case QueueFormat::kLegacy:
-      return readLegacyQueue(path);
-    case QueueFormat::kUnknown:
-      break;
-  }
-  return {};
 }
 
 bool holdsExactly(const std::wstring& path, std::string_view content) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,20 +27,15 @@ inline constexpr std::size_t kQueueHeadSize = 86;
 /// the file is.
 QueueFormat formatOf(std::string_view head);
 
-/// What a queue file gave. The items belong to the caller.
-struct QueueReading {
-  ItemList items;
-  bool isUnderstood = false;  ///< false: the file holds, or may hold, more than `items` tells
-};
+/// The format of a file; empty for one that is not there, unknown for one that cannot be read.
+QueueFormat formatOfFile(const std::wstring& path);
 
-/// Reads a file of this release's format.
-QueueReading readCurrentQueue(const std::wstring& path);
+/// The items of a file of this release's format; nothing when it cannot be read or understood.
+std::optional<ItemList> readCurrentQueue(const std::wstring& path);
 
-/// Reads a file of the earlier release's format.
-QueueReading readLegacyQueue(const std::wstring& path);
-
-/// Reads a file of either format. A missing file is understood: it holds nothing.
-QueueReading readQueue(const std::wstring& path);
+/// The items of a file of the earlier release's format; nothing when it cannot be read or
+/// understood.
+std::optional<ItemList> readLegacyQueue(const std::wstring& path);
 
 /// Whether the file can be read and holds these bytes and no others.
 bool holdsExactly(const std::wstring& path, std::string_view content);
