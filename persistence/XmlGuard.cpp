@@ -12,19 +12,20 @@ constexpr std::size_t kMostAttributes = 64;
 
 bool isQuote(char c) { return c == '"' || c == '\''; }
 
-/// The attributes of the tag whose text, up to the next "<", is `tag`. No value holds a "<".
-std::size_t countAttributes(std::string_view tag) {
+/// The attributes of the tag that `text`, which ends before the next "<", begins with. No value
+/// holds a "<", and a ">" ends the tag wherever it stands outside a value.
+std::size_t countAttributes(std::string_view text) {
   std::size_t count = 0;
-  std::size_t at = tag.find('=');
-  while (at != std::string_view::npos) {
-    at = tag.find_first_not_of(kBlanks, at + 1);
+  std::size_t at = text.find_first_of("=>");
+  while (at != std::string_view::npos && text[at] == '=') {
+    at = text.find_first_not_of(kBlanks, at + 1);
     if (at == std::string_view::npos) break;
-    if (isQuote(tag[at])) {
+    if (isQuote(text[at])) {
       ++count;
-      at = tag.find(tag[at], at + 1);
+      at = text.find(text[at], at + 1);
       if (at == std::string_view::npos) break;
     }
-    at = tag.find('=', at);
+    at = text.find_first_of("=>", at);
   }
   return count;
 }

@@ -39,6 +39,16 @@ TEST(XmlGuard, AttributesAreCountedPerElement) {
   EXPECT_TRUE(isHarmlessXml(elementWith(64) + elementWith(64)));
 }
 
+TEST(XmlGuard, TextBehindATagIsNotCounted) {
+  std::string text;
+  for (int i = 0; i < 1000; ++i) text += " a='b'";
+  EXPECT_TRUE(isHarmlessXml("<a>" + text + "</a>"));
+  EXPECT_TRUE(isHarmlessXml("<a b = \">\" c='>'/>" + text + "<a/>"));
+  EXPECT_TRUE(isHarmlessXml("<a><!-- > -->" + text + "</a>"));
+  EXPECT_FALSE(isHarmlessXml("<a b='>'" + text + "/>"));
+  EXPECT_FALSE(isHarmlessXml("<a b='>' c=\">\"" + text));
+}
+
 TEST(XmlGuard, WhatValuesHoldIsNotCounted) {
   EXPECT_TRUE(isHarmlessXml("<a b=\"" + elementWith(1000).substr(1) + "\"/>"));
   std::string quotes;
