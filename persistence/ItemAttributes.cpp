@@ -23,7 +23,8 @@ std::unique_ptr<DownloadItem> readItem(const xmlNode& element,
   auto item = std::make_unique<DownloadItem>();
   for (const ItemAttribute& attribute : attributes) {
     const XmlString value = attributeOf(element, attribute.name);
-    if (value != nullptr) attribute.read(*item, plainText(value));
+    const char* const text = value != nullptr ? plainText(value) : attribute.whenAbsent;
+    if (text != nullptr) attribute.read(*item, text);
   }
   return item;
 }

@@ -15,6 +15,7 @@ namespace persistence {
 struct ItemAttribute {
   const char* name;
   void (*read)(DownloadItem& item, const char* text);
+  const char* whenAbsent = nullptr;  ///< read in its place; null: the item's default stays
 };
 
 /// The shape of a format.
@@ -26,7 +27,7 @@ struct ItemFormat {
 };
 
 /// The items of a document in its order; nothing when it is malformed, has another root, or could
-/// not be read whole for lack of memory. An absent attribute leaves the item's default.
+/// not be read whole for lack of memory.
 std::optional<ItemList> readItems(std::string bytes, const ItemFormat& format);
 
 void readContentEncryptionUsageId(DownloadItem& item, const char* text);

@@ -41,13 +41,12 @@ constexpr std::array<ItemAttribute, 12> kAttributes{{
     {"encrypted", readEncrypted},
     {"ticketAlreadyTorn", readTicketAlreadyTorn},
     {"url", readUrl<readText>},
-    {"percentDownloaded", readPercentDownloaded},
+    {"percentDownloaded", readPercentDownloaded, "0"},
 }};
 
 }  // namespace
 
 std::optional<ItemList> readLegacyQueueDocument(std::string bytes) {
-  // An item without `percentDownloaded` keeps the default of a new item, which is 0.
   return readItems(std::move(bytes), {kRoot, kElement, kVersion, kAttributes});
 }
 
