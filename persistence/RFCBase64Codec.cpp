@@ -117,7 +117,9 @@ std::string RFCBase64Codec::encode(char* data, int length) {
     bytes += kGroupBytes;
     out += kGroupCharacters;
   }
-  if (remainder != 0) encodeRemainder(bytes, remainder, out);
+  if (remainder != 0) {
+    encodeBlock(data + groups * kGroupBytes, remainder).copy(out, kGroupCharacters);
+  }
   return text;
 }
 

@@ -17,6 +17,9 @@ class RFCBase64Codec : public Base64Codec {
   /// end, yields zero bytes; the length does not tell.
   char* decode(std::string text, int* length) override;
 
+  // One group alone. Whole groups of a text are turned in place, by the same steps: a string of its
+  // own for each would make encoding take twice as long, decoding three times.
+
   /// The four characters for the `count` (1..3) bytes at `group`, padded with "=".
   std::string encodeBlock(char* group, int count);
 

@@ -6,6 +6,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "persistence/RFCBase64Codec.h"
@@ -16,6 +17,11 @@ namespace {
 
 constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+
+// An interface without data, and a codec with none of its own.
+static_assert(std::is_abstract_v<Base64Codec>);
+static_assert(sizeof(Base64Codec) == sizeof(void*));
+static_assert(sizeof(RFCBase64Codec) == sizeof(void*));
 
 std::string encoded(std::string bytes) { return RFCBase64Codec().encode(std::move(bytes)); }
 
