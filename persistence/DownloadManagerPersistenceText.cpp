@@ -38,6 +38,7 @@ std::wstring DownloadManagerPersistence::utf8ToWstring(const unsigned char* text
 }
 
 std::wstring DownloadManagerPersistence::encodedStringToWstring(const char* text) {
+  if (text == nullptr) return {};
   int length = 0;
   const std::unique_ptr<char[]> bytes(kv64::RFCBase64Codec().decode(text, &length));
   if (bytes == nullptr) return {};

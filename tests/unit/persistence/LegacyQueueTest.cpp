@@ -22,6 +22,11 @@ class LegacyQueue : public QueueFileFixture {
     EXPECT_THAT(items, SizeIs(1));
     return items.empty() ? Fields() : items.front();
   }
+  /// What the reader of this format alone makes of the file.
+  std::vector<Fields> readByItsReader() const {
+    const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
+    return taken(DownloadManagerPersistence::readOldQueue(path()));
+  }
 };
 
 LegacyQueueFile everyAttribute() {
@@ -31,7 +36,7 @@ LegacyQueueFile everyAttribute() {
       .attribute("status", "6")
       .attribute("fileSize", "123456789012")
       .text("title", L"Summer \u00E4\U0001F600")
-      .attribute("ticket", "the <ticket> & \"more\"")
+      .attribute("ticket", "the <ticket> & \"more\" \xC3\xA4\xF0\x9F\x98\x80")
       .text("filePath", L"/films/Summer.vesk")
       .attribute("timeRemaining", "95")
       .text("contentProviderDisplayName", L"Vesk")
@@ -49,7 +54,7 @@ Fields everyField() {
           123456789012ULL,
           37,
           L"/films/Summer.vesk",
-          "the <ticket> & \"more\"",
+          "the <ticket> & \"more\" \xC3\xA4\xF0\x9F\x98\x80",
           95,
           L"Vesk",
           true,
@@ -81,6 +86,40 @@ TEST_F(LegacyQueue, AbsentAttributesLeaveTheDefaultsAndZeroPercent) {
   EXPECT_THAT(readOfLegacy(LegacyQueueFile().item()), ElementsAre(Fields()));
 }
 
+/// An attribute of `everyAttribute` and what an item without it is like.
+struct Absence {
+  const char* name;
+  void (*apply)(Fields& fields);
+};
+
+constexpr Absence kAbsences[] = {
+    {"contentEncryptionUsageID", [](Fields& fields) { fields.contentEncryptionUsageId = 0; }},
+    {"status", [](Fields& fields) { fields.status = 1; }},
+    {"fileSize", [](Fields& fields) { fields.fileSize = 0; }},
+    {"title", [](Fields& fields) { fields.title.clear(); }},
+    {"ticket", [](Fields& fields) { fields.ticket.clear(); }},
+    {"filePath", [](Fields& fields) { fields.filePath.clear(); }},
+    {"timeRemaining", [](Fields& fields) { fields.timeRemaining = 0; }},
+    {"contentProviderDisplayName",
+     [](Fields& fields) { fields.contentProviderDisplayName.clear(); }},
+    {"encrypted", [](Fields& fields) { fields.encrypted = false; }},
+    {"ticketAlreadyTorn", [](Fields& fields) { fields.ticketAlreadyTorn = false; }},
+    {"url", [](Fields& fields) { fields.url.clear(); }},
+    {"percentDownloaded", [](Fields& fields) { fields.percentDownloaded = 0; }},
+};
+
+TEST_F(LegacyQueue, EachAttributeMayBeAbsentAlone) {
+  for (const Absence& absence : kAbsences) {
+    std::string text = everyAttribute().document();
+    const std::size_t at = text.find(" " + std::string(absence.name) + "=\"");
+    ASSERT_NE(at, std::string::npos);
+    text.insert(at + 1, "another-");
+    Fields expected = everyField();
+    absence.apply(expected);
+    EXPECT_THAT(readOf(text), ElementsAre(expected)) << absence.name;
+  }
+}
+
 TEST_F(LegacyQueue, EveryStatusIsTakenAsItIs) {
   for (const std::int32_t status : {0, 1, 2, 3, 4, 5, 6, 7, 99, -1, INT_MIN}) {
     EXPECT_EQ(itemWith("status", std::to_string(status)).status, status);
@@ -107,33 +146,33 @@ TEST_F(LegacyQueue, AnotherVersionGivesNoItems) {
         "<drmAuth:DownloadManagerDataContainer xmlns:drmAuth=\"com.vesk.container\" " + other +
         " >";
     put(root + text.substr(header.size()));
-    const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
-    EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), IsEmpty()) << version;
+    EXPECT_THAT(readByItsReader(), IsEmpty()) << version;
   }
 }
 
 TEST_F(LegacyQueue, ARootWithoutAVersionGivesNoItems) {
   put("<DownloadManagerDataContainer><DownloadManagerVideoElement/>"
       "</DownloadManagerDataContainer>");
-  const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
-  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), IsEmpty());
+  EXPECT_THAT(readByItsReader(), IsEmpty());
 }
 
 TEST_F(LegacyQueue, OfTheRootsNameOnlyTheLocalPartCounts) {
-  const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
   put("<DownloadManagerDataContainer version=\" 1.5\"><DownloadManagerVideoElement/>"
       "</DownloadManagerDataContainer>");
-  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), SizeIs(1));
+  EXPECT_THAT(readByItsReader(), SizeIs(1));
   put("<x:DownloadManagerDataContainer xmlns:x=\"urn:x\" version=\"1\">"
       "<y:DownloadManagerVideoElement xmlns:y=\"urn:y\"/></x:DownloadManagerDataContainer>");
-  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), SizeIs(1));
+  EXPECT_THAT(readByItsReader(), SizeIs(1));
   put("<DownloadQueue version=\"1\"><DownloadManagerVideoElement/></DownloadQueue>");
-  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), IsEmpty());
+  EXPECT_THAT(readByItsReader(), IsEmpty());
 }
 
 TEST_F(LegacyQueue, OtherChildrenAreSkipped) {
   LegacyQueueFile legacy;
-  legacy.raw("text<!-- c --><drmAuth:Other title=\"x\"/><DownloadItem/>")
+  legacy
+      .raw(
+          "text<!-- c --><?DownloadManagerVideoElement title=\"p\"?><drmAuth:Other title=\"x\"/>"
+          "<DownloadItem/>")
       .item()
       .text("title", L"one")
       .raw("<DownloadManagerVideoElement/><Other><DownloadManagerVideoElement/></Other>");
@@ -150,14 +189,36 @@ TEST_F(LegacyQueue, AFileCutAnywhereIsAnEmptyQueue) {
   const std::string text = everyAttribute().document();
   for (std::size_t size = 0; size < text.size(); ++size) {
     ASSERT_THAT(readOf(text.substr(0, size)), IsEmpty()) << "cut at " << size;
+    ASSERT_THAT(readByItsReader(), IsEmpty()) << "cut at " << size;
   }
 }
 
 TEST_F(LegacyQueue, MissingAndEmptyFilesGiveNoItems) {
-  const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
-  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), IsEmpty());
+  EXPECT_THAT(readByItsReader(), IsEmpty());
   put("");
-  EXPECT_THAT(taken(DownloadManagerPersistence::readOldQueue(path())), IsEmpty());
+  EXPECT_THAT(readByItsReader(), IsEmpty());
+}
+
+TEST_F(LegacyQueue, AFolderInThePlaceOfTheFileGivesNoItems) {
+  std::filesystem::create_directory(file());
+  EXPECT_THAT(readByItsReader(), IsEmpty());
+}
+
+TEST_F(LegacyQueue, AFileLargerThanTheLibraryCanCountGivesNoItems) {
+  put(everyAttribute().document());
+  ASSERT_THAT(readByItsReader(), SizeIs(1));
+  std::filesystem::resize_file(file(), std::uintmax_t{5} << 30);
+  EXPECT_THAT(readByItsReader(), IsEmpty());
+  EXPECT_THAT(read(), IsEmpty());
+}
+
+TEST_F(LegacyQueue, NothingIsPrinted) {
+  testing::internal::CaptureStderr();
+  testing::internal::CaptureStdout();
+  readOf(LegacyQueueFile().document() + "<\xFF\x01&unknown;");
+  readOfLegacy(LegacyQueueFile().item().attribute("title", "++=+").attribute("status", "many"));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
 TEST_F(LegacyQueue, ATextOfMalformedBase64StillGivesAnItem) {
@@ -197,6 +258,15 @@ TEST(EncodedString, LosesALastPartialCharacter) {
 TEST(EncodedString, IsEmptyForWhatIsNoBase64) {
   EXPECT_EQ(decoded(""), L"");
   EXPECT_EQ(decoded("YQAAAA="), L"");
+}
+
+TEST(EncodedString, IsEmptyForNull) {
+  EXPECT_EQ(DownloadManagerPersistence::encodedStringToWstring(nullptr), L"");
+}
+
+TEST(EncodedString, KeepsAByteOrderMarkAndAZeroAsCharacters) {
+  EXPECT_EQ(decoded("__4AAA=="), L"\uFEFF");
+  EXPECT_EQ(decoded("YQAAAAAAAABiAAAA"), std::wstring(L"a\0b", 3));
 }
 
 TEST(EncodedString, ReadsBackEveryLength) {
