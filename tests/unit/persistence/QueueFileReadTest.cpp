@@ -1,9 +1,14 @@
 // What readDownloadQueue makes of a file of the present format.
+#include <fcntl.h>
 #include <libxml/xmlerror.h>
+#include <sys/stat.h>
 
 #include <climits>
+#include <future>
 #include <random>
 
+#include "tests/support/UniqueFd.h"
+#include "tests/support/WaitFor.h"
 #include "tests/unit/persistence/QueueFileFixture.h"
 
 namespace persistence {
@@ -49,6 +54,14 @@ TEST_F(QueueFileRead, ItemsAreNewWithIdsOfTheirOwn) {
   taken(items);
 }
 
+TEST_F(QueueFileRead, TheTwoFlagsComeBackEachByItself) {
+  Fields encrypted;
+  encrypted.encrypted = true;
+  Fields torn;
+  torn.ticketAlreadyTorn = true;
+  EXPECT_THAT(writtenAndReadBack({encrypted, torn}), ElementsAre(encrypted, torn));
+}
+
 TEST_F(QueueFileRead, OddNumbersComeBack) {
   Fields item;
   item.contentEncryptionUsageId = -1;
@@ -85,6 +98,14 @@ TEST_F(QueueFileRead, AnEmptyFileIsAnEmptyQueue) { EXPECT_THAT(readOf(""), IsEmp
 TEST_F(QueueFileRead, AFolderIsAnEmptyQueue) {
   std::filesystem::create_directory(file());
   EXPECT_THAT(read(), IsEmpty());
+}
+
+TEST_F(QueueFileRead, APipeIsAnEmptyQueue) {
+  ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+  auto reading = std::async(std::launch::async, [this] { return read(); });
+  EXPECT_EQ(reading.wait_for(support::kGenerousDeadline), std::future_status::ready);
+  const support::UniqueFd otherEnd(open(file().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+  EXPECT_THAT(reading.get(), IsEmpty());
 }
 
 TEST_F(QueueFileRead, AValidFileOfLessThanEightySixBytesIsAnEmptyQueue) {

@@ -1,7 +1,9 @@
 // What writeDownloadQueue leaves in the file.
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <climits>
+#include <csignal>
 #include <filesystem>
 
 #include "tests/unit/persistence/QueueFileFixture.h"
@@ -88,6 +90,15 @@ TEST_F(QueueFileWrite, AStatusOfSevenIsWrittenAsItIs) {
   EXPECT_THAT(written({item}), HasSubstr("status=\"-3\""));
 }
 
+TEST_F(QueueFileWrite, TheTwoFlagsAreWrittenEachUnderItsOwnName) {
+  Fields item;
+  item.encrypted = true;
+  EXPECT_THAT(written({item}), HasSubstr("encrypted=\"true\" ticketAlreadyTorn=\"false\""));
+  item.encrypted = false;
+  item.ticketAlreadyTorn = true;
+  EXPECT_THAT(written({item}), HasSubstr("encrypted=\"false\" ticketAlreadyTorn=\"true\""));
+}
+
 TEST_F(QueueFileWrite, WideTextIsUtf8) {
   EXPECT_THAT(written({titled(L"\u00E4\u20AC\U0001F600")}),
               HasSubstr("title=\"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80\""));
@@ -129,6 +140,42 @@ TEST_F(QueueFileWrite, AFolderInThePlaceOfTheFileStays) {
   std::filesystem::create_directory(file());
   EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(path(), {}));
   EXPECT_TRUE(std::filesystem::is_directory(file()));
+}
+
+/// Lets the process have no more of a resource for as long as it lives.
+class Limit {
+ public:
+  Limit(__rlimit_resource resource, rlim_t most) : resource_(resource) {
+    getrlimit(resource_, &former_);
+    const rlimit limit{most, former_.rlim_max};
+    setrlimit(resource_, &limit);
+  }
+  Limit(const Limit&) = delete;
+  Limit& operator=(const Limit&) = delete;
+  ~Limit() { setrlimit(resource_, &former_); }
+
+ private:
+  const __rlimit_resource resource_;
+  rlimit former_{};
+};
+
+TEST_F(QueueFileWrite, AReplacementThatFailsLeavesTheOldQueue) {
+  const std::string old = written({titled(L"one")});
+  const Queue longer({everyFieldSet(), everyFieldSet()});
+  auto* const former = std::signal(SIGXFSZ, SIG_IGN);
+  {
+    const Limit files(RLIMIT_NOFILE, 0);
+    EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(path(), longer.items()));
+  }
+  EXPECT_EQ(content(), old) << "no file could be opened";
+  {
+    const Limit size(RLIMIT_FSIZE, 100);
+    EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(path(), longer.items()));
+  }
+  EXPECT_EQ(content(), old) << "the disk was full";
+  std::signal(SIGXFSZ, former);
+  DownloadManagerPersistence::writeDownloadQueue(path(), longer.items());
+  EXPECT_THAT(read(), testing::SizeIs(2));
 }
 
 TEST_F(QueueFileWrite, AFileThatHoldsTheQueueAlreadyIsNotReplaced) {
