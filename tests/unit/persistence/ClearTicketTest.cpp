@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "persistence/TicketParser.h"
+#include "plugin/DownloadItem.h"
 #include "tests/support/TempDir.h"
 #include "tests/unit/persistence/Items.h"
 
@@ -53,11 +54,23 @@ TEST_F(ClearTicket, NamesFilmsWithTitleProviderAndUrl) {
 }
 
 TEST_F(ClearTicket, ItemsHaveAllOtherDefaults) {
-  const auto items = read(block("url=a"));
+  Fields expected;
+  expected.status = 1;
+  expected.title = L"T";
+  expected.contentProviderDisplayName = L"P";
+  expected.url = L"a";
+  const auto file = folder().write("film.tix", block("url=a\ntitle=T\ncontentProvider=P"));
+  const auto items = TicketParser::parseClearTicket(file.wstring());
   ASSERT_THAT(items, SizeIs(1));
-  EXPECT_EQ(items[0].status, 1);
-  EXPECT_EQ(items[0].ticket, "");
-  EXPECT_FALSE(items[0].encrypted);
+  const DownloadItem fresh;
+  EXPECT_EQ(items[0]->getUID(), fresh.getUID());
+  EXPECT_EQ(items[0]->getTicketId(), fresh.getTicketId());
+  EXPECT_EQ(items[0]->getSlotNumber(), fresh.getSlotNumber());
+  EXPECT_EQ(items[0]->getReadyForProgressivePlayback(), fresh.getReadyForProgressivePlayback());
+  EXPECT_EQ(items[0]->getAutoProgressivePlayback(), fresh.getAutoProgressivePlayback());
+  EXPECT_EQ(items[0]->getLastProgressUpdateTime(), fresh.getLastProgressUpdateTime());
+  EXPECT_EQ(items[0]->getDownloadInfo(), fresh.getDownloadInfo());
+  EXPECT_THAT(taken(items), ElementsAre(expected));
 }
 
 TEST_F(ClearTicket, LineEndsOfAnyKindReadTheSame) {
@@ -79,22 +92,29 @@ TEST_F(ClearTicket, BlanksAndBlankLinesDoNotMatter) {
 }
 
 TEST_F(ClearTicket, HeaderVersionsThatAreOneAreAccepted) {
-  for (const char* header : {"TixVeskVersion=1", "TixVeskVersion=1.0", "TixVeskVersion = 1.0",
-                             "TixVeskVersion=1.000", "TixVeskVersion=1e0", "TixVeskVersion="}) {
+  for (const char* header :
+       {"TixVeskVersion=1", "TixVeskVersion=1.0", "TixVeskVersion = 1.0", "TixVeskVersion=1.000",
+        "TixVeskVersion=1e0", "TixVeskVersion=", "TixVeskVersion=1.00000001"}) {
     EXPECT_THAT(read(std::string(header) + "\nstart\nurl=a\nend\n"), SizeIs(1)) << header;
   }
 }
 
 TEST_F(ClearTicket, OtherHeadersGiveNothing) {
-  for (const char* header : {"TixVeskVersion=2", "TixVeskVersion=1.1", "TixVeskVersion=x",
-                             "TixVeskVersion", "tixveskversion=1.0", "Version=1.0", "start",
-                             "TixVeskVersion=1.0=1.0", "url=a", "end", "=1.0"}) {
+  for (const char* header :
+       {"TixVeskVersion=2", "TixVeskVersion=1.1", "TixVeskVersion=x", "TixVeskVersion",
+        "tixveskversion=1.0", "Version=1.0", "start", "TixVeskVersion=1.0=1.0", "url=a", "end",
+        "=1.0", "TixVeskVersion=1.0000002", "TixVeskVersion=-1", "TixVeskVersion=1,0"}) {
     EXPECT_THAT(read(std::string(header) + "\nstart\nurl=a\nend\n"), IsEmpty()) << header;
   }
 }
 
 TEST_F(ClearTicket, AnyFirstLineThatEndsInItsEqualsSignIsAcceptedAsWanted) {
   EXPECT_THAT(read("anything=\nstart\nurl=a\nend\n"), SizeIs(1));
+}
+
+TEST_F(ClearTicket, AFirstLineOfMixedBlanksIsAHeaderThatDoesNotParse) {
+  EXPECT_THAT(read(" \t \nstart\nurl=a\nend\n"), ElementsAre(bare(L"a")));
+  EXPECT_THAT(read(" \t \nTixVeskVersion=2\nstart\nurl=a\nend\n"), ElementsAre(bare(L"a")));
 }
 
 TEST_F(ClearTicket, OnlyTheFirstLineIsTheHeader) {
@@ -108,6 +128,12 @@ TEST_F(ClearTicket, AnItemOfABlockThatWasStillOpenIsAbandoned) {
 
 TEST_F(ClearTicket, ABlockThatIsNeverClosedIsNotAdded) {
   EXPECT_THAT(read(kHeader + "start\nurl=a\nend\nstart\nurl=b\n"), ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, ABlockLeftOpenDoesNotReachTheNextTicket) {
+  EXPECT_THAT(read(kHeader + "start\nurl=a\n"), IsEmpty());
+  EXPECT_THAT(read(kHeader + "end\n"), IsEmpty());
+  EXPECT_THAT(read(kHeader + "url=b\nend\n"), IsEmpty());
 }
 
 TEST_F(ClearTicket, AnEndOutsideABlockIsIgnored) {
@@ -131,9 +157,24 @@ TEST_F(ClearTicket, UnknownKeysAreIgnored) {
       ElementsAre(bare(L"a")));
 }
 
+TEST_F(ClearTicket, WordsLikeStartAndEndAreUnknown) {
+  EXPECT_THAT(read(block("url=a\nStart\nEND\nstart x\nend x\nends")), ElementsAre(bare(L"a")));
+  EXPECT_THAT(read(kHeader + "Start\nurl=a\nend\nstart x\nurl=a\nend\n"), IsEmpty());
+  EXPECT_THAT(read(kHeader + "start\nurl=a\nEND\nend x\n"), IsEmpty());
+}
+
 TEST_F(ClearTicket, TheLastValueOfAKeyCounts) {
   EXPECT_THAT(read(block("url=a\nurl=b\ntitle=c\ntitle=d")), ElementsAre(film(L"b", L"d", L"")));
   EXPECT_THAT(read(block("url=a\nurl=")), ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, AValueOfMixedBlanksEmptiesItsField) {
+  const std::string blanks = "\t \t \t ";  // trimmed twice, some of them are left
+  EXPECT_THAT(read(block("url=http://h/a\ntitle=T\ncontentProvider=P\ntitle=" + blanks +
+                         "\ncontentProvider=" + blanks)),
+              ElementsAre(film(L"http://h/a", L"a", L"h")));
+  EXPECT_THAT(read(block("url=a\nurl=" + blanks)), IsEmpty());
+  EXPECT_THAT(read(block("url=a\nurl=\t ")), ElementsAre(bare(L"a")));
 }
 
 TEST_F(ClearTicket, AValueMayHoldEqualsSigns) {
@@ -165,6 +206,35 @@ TEST_F(ClearTicket, EscapesOfTheUrlAreUndoneBeforeItsHostIsTaken) {
               ElementsAre(film(L"http://a%7Eb/x.avi", L"x.avi", L"a~b")));
 }
 
+TEST_F(ClearTicket, TheTitleFromTheUrlKeepsItsEscapes) {
+  EXPECT_THAT(read(block("url=http://h/d/a%20b%23.avi")),
+              ElementsAre(film(L"http://h/d/a%20b%23.avi", L"a%20b%23.avi", L"h")));
+}
+
+TEST_F(ClearTicket, AUrlWithoutAFileNameLeavesTheTitleEmpty) {
+  for (const wchar_t* url : {L"http://h", L"http://h/", L"http://h/films/"}) {
+    EXPECT_THAT(read(block("url=" + std::filesystem::path(url).string())),
+                ElementsAre(film(url, L"", L"h")));
+  }
+}
+
+TEST_F(ClearTicket, TheHostIsTheOneThatParseUriYields) {
+  const struct {
+    const wchar_t* url;
+    const wchar_t* host;
+  } rows[] = {
+      {L"ftp://host/http-b.avi", L"host"},  // the scheme's word may stand anywhere
+      {L"HTTP://Host:80/a.avi", L"Host"},
+      {L"http:film.avi", L""},
+      {L"http://u:p@h/a.avi", L"u"},  // there is no user before a host
+  };
+  for (const auto& row : rows) {
+    const auto items = read(block("url=" + std::filesystem::path(row.url).string()));
+    ASSERT_THAT(items, SizeIs(1));
+    EXPECT_EQ(items[0].contentProviderDisplayName, row.host);
+  }
+}
+
 TEST_F(ClearTicket, AUrlOfAnotherSchemeHasNoProvider) {
   EXPECT_THAT(read(block("url=ftp://host/film.avi")),
               ElementsAre(film(L"ftp://host/film.avi", L"film.avi", L"")));
@@ -192,6 +262,8 @@ TEST_F(ClearTicket, ThePathMayStandInDoubleQuotes) {
   const auto path = folder().write("my film.tix", block("url=a")).wstring();
   EXPECT_THAT(readFile(L'"' + path + L'"'), SizeIs(1));
   EXPECT_THAT(readFile(L'"' + path), SizeIs(1));
+  EXPECT_THAT(readFile(path + L'"'), SizeIs(1));
+  EXPECT_THAT(readFile(L"\"\"\"" + path + L"\"\""), SizeIs(1));
   EXPECT_THAT(readFile(path), SizeIs(1));
 }
 
@@ -208,6 +280,16 @@ TEST_F(ClearTicket, AFileWhoseSizeDoesNotFitThirtyTwoBitsGivesNothing) {
   const auto path = folder().write("huge.tix", block("url=a"));
   std::filesystem::resize_file(path, std::uintmax_t{1} << 32);
   EXPECT_THAT(readFile(path.wstring()), IsEmpty());
+}
+
+TEST_F(ClearTicket, NothingIsPrinted) {
+  testing::internal::CaptureStderr();
+  testing::internal::CaptureStdout();
+  readFile((folder() / "missing.tix").wstring());
+  read(kHeader + "end\nstart\nurl=\xFF\nend\nstart\nend\n=\nstart");
+  read("TixVeskVersion=2");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
 TEST_F(ClearTicket, TheFileStays) {

@@ -87,8 +87,15 @@ TEST(TicketLine, StartAndEndHaveNoValue) {
   EXPECT_EQ(parsed(L"  end\t"), (Line{true, L"end", L""}));
 }
 
+TEST(TicketLine, AValueOfMixedBlanksIsEmptyYetParsed) {
+  EXPECT_EQ(parsed(L"key=\t "), (Line{true, L"key", L""}));
+  EXPECT_EQ(parsed(L"key=\t \t "), (Line{true, L"key", L""}));
+}
+
 TEST(TicketLine, OtherWordsWithStartAreOrdinary) {
   EXPECT_EQ(parsed(L"Start"), (Line{true, L"Start", L"Start"}));
+  EXPECT_EQ(parsed(L"END"), (Line{true, L"END", L"END"}));
+  EXPECT_EQ(parsed(L"start x"), (Line{true, L"start x", L"start x"}));
   EXPECT_EQ(parsed(L"start=1"), (Line{true, L"start", L"1"}));
 }
 
