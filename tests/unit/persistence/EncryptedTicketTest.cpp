@@ -3,6 +3,7 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <climits>
 #include <filesystem>
 
 #include "persistence/TicketParser.h"
@@ -60,6 +61,23 @@ TEST_F(EncryptedTicket, ARecordBecomesAQueuedProtectedItem) {
   EXPECT_THAT(process({record(L"Summer")}, ticket()), ElementsAre(expected));
 }
 
+TEST_F(EncryptedTicket, NegativeUsageIdsAndTicketsWithNulAreKept) {
+  VeskDrmTicketData data = record(L"Summer");
+  data.contentEncryptionUsageId = INT_MIN;
+  data.ticket = std::string("a\0b\0", 4);
+  const auto items = process({data}, ticket());
+  ASSERT_THAT(items, SizeIs(1));
+  EXPECT_EQ(items[0].contentEncryptionUsageId, INT_MIN);
+  EXPECT_EQ(items[0].ticket, data.ticket);
+}
+
+TEST_F(EncryptedTicket, TheTitleIsNotTrimmed) {
+  const auto items = process({record(L" \tSummer ")}, ticket());
+  ASSERT_THAT(items, SizeIs(1));
+  EXPECT_EQ(items[0].title, L" \tSummer ");
+  EXPECT_EQ(items[0].filePath, pathOf(L" \tSummer .vesk"));
+}
+
 TEST_F(EncryptedTicket, ItemsComeInRecordOrder) {
   const auto items = process({record(L"one"), record(L"two"), record(L"three")}, ticket());
   ASSERT_THAT(items, SizeIs(3));
@@ -98,6 +116,13 @@ TEST_F(EncryptedTicket, SeparatorsInATitleLeadBelowTheMoviesFolderAsWanted) {
   EXPECT_EQ(items[0].filePath, pathOf(L"a/b.vesk"));
   EXPECT_EQ(items[1].filePath, pathOf(L"a/b.vesk"));
   EXPECT_EQ(items[2].filePath, pathOf(L"../c:?*.vesk"));
+}
+
+TEST_F(EncryptedTicket, ABackslashOfTheMoviesFolderIsTurnedToo) {
+  playerx::setMoviesFolder(L"C:\\films\\new");
+  const VeskDrmTicketData data = record(L"Summer");
+  EXPECT_EQ(TicketParser::TicketParserImpl::getLocalFilePathFromTicketData(&data),
+            L"C:/films/new/Summer.vesk");
 }
 
 TEST_F(EncryptedTicket, TheLocalPathOfARecordStandsForItself) {
@@ -167,6 +192,24 @@ TEST_F(EncryptedTicket, TheTicketIsFiledBesideTheFilmsUnderTheFirstTitle) {
   const MoveWatch watch(movies());
   process({record(L"Summer"), record(L"Winter")}, file);
   EXPECT_THAT(watch.moved(), ElementsAre("Summer.tix"));
+}
+
+TEST_F(EncryptedTicket, TheTicketIsFiledUnderTheTitleUnchanged) {
+  for (const char* title : {" \tSummer ", "a:b?*", "a\\b"}) {
+    const auto file = ticket();
+    const MoveWatch watch(movies());
+    process({record(fs::path(title).wstring())}, file);
+    EXPECT_THAT(watch.moved(), ElementsAre(std::string(title) + ".tix"));
+  }
+}
+
+TEST_F(EncryptedTicket, LettersBeyondAsciiHaveACaseToo) {
+  support::writeFile(movies() / "\xC3\xA4RGER \xD0\x96.tix", "sealed");
+  VeskDrmTicketData data = record(L"\u00C4rger \u0436");
+  const MoveWatch watch(movies());
+  taken(TicketParser::processEncryptedTicket({&data}, pathOf(L"\u00E4RGER \u0416.tix")));
+  EXPECT_THAT(watch.moved(), IsEmpty());
+  EXPECT_TRUE(fs::is_empty(movies()));
 }
 
 TEST_F(EncryptedTicket, ATicketThatLiesThereAlreadyIsNotMovedWhateverItsCaseOrSeparators) {
