@@ -4,6 +4,7 @@
 
 #include "persistence/DownloadManagerPersistence.h"
 #include "plugin/QueueFiles.h"
+#include "tests/support/LegacyQueueFile.h"
 #include "tests/support/TempDir.h"
 #include "tests/unit/plugin/QueueText.h"
 
@@ -11,8 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kLegacyHead[] =
-    "<drmAuth:DownloadManagerDataContainer xmlns:drmAuth=\"com.vesk.container\" version=\"1\" >";
+using support::LegacyQueueFile;
 
 /// A folder with the files that a player may find at its start.
 class QueueFilesTest : public ::testing::Test {
@@ -25,10 +25,11 @@ class QueueFilesTest : public ::testing::Test {
 
   /// One completed item without a title.
   void givenLegacy() {
-    folder_.write("DownloadQueue.dlq",
-                  std::string(kLegacyHead) +
-                      "<drmAuth:DownloadManagerVideoElement status=\"4\" fileSize=\"5\"/>"
-                      "</drmAuth:DownloadManagerDataContainer>");
+    givenLegacy(LegacyQueueFile().item().attribute("status", "4").attribute("fileSize", "5"));
+  }
+
+  void givenLegacy(const LegacyQueueFile& queue) {
+    folder_.write("DownloadQueue.dlq", queue.document());
   }
 
   std::string read() {
@@ -46,7 +47,9 @@ class QueueFilesTest : public ::testing::Test {
 
 TEST_F(QueueFilesTest, TheFirstStartWritesAnEmptyQueue) {
   EXPECT_EQ(read(), "");
-  EXPECT_TRUE(fs::exists(current()));
+  EXPECT_EQ(support::readFile(current()),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue/>\n");
+  EXPECT_EQ(fs::file_size(current()), 56U);
   EXPECT_FALSE(fs::exists(legacy()));
 }
 
@@ -79,6 +82,78 @@ TEST_F(QueueFilesTest, BesideALinkThatLeadsNowhereTheEarlierFileIsTakenOver) {
   EXPECT_FALSE(fs::exists(legacy()));
 }
 
+TEST_F(QueueFilesTest, EveryFieldAndTheOrderAreTakenOver) {
+  givenLegacy(LegacyQueueFile()
+                  .item()
+                  .attribute("contentEncryptionUsageID", "-1")
+                  .attribute("status", "6")
+                  .attribute("fileSize", "123456789012")
+                  .text("title", L"Z\u00FCrich")
+                  .attribute("ticket", "a <ticket> \xC3\xA4")
+                  .text("filePath", L"/films/Z.vesk")
+                  .attribute("timeRemaining", "4294967295")
+                  .text("contentProviderDisplayName", L"P & Q")
+                  .attribute("encrypted", "true")
+                  .attribute("ticketAlreadyTorn", "false")
+                  .text("url", L"http://h/z")
+                  .attribute("percentDownloaded", "37")
+                  .item()
+                  .attribute("contentEncryptionUsageID", "2")
+                  .attribute("status", "1")
+                  .attribute("fileSize", "5")
+                  .text("title", L"A")
+                  .attribute("ticket", "t")
+                  .text("filePath", L"/films/A.avi")
+                  .attribute("timeRemaining", "95")
+                  .text("contentProviderDisplayName", L"R")
+                  .attribute("encrypted", "false")
+                  .attribute("ticketAlreadyTorn", "true")
+                  .text("url", L"http://h/a")
+                  .attribute("percentDownloaded", "-2"));
+  const std::string expected =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue>"
+      "<DownloadItem title=\"Z\xC3\xBCrich\" contentEncryptionUsageID=\"18446744073709551615\" "
+      "status=\"6\" fileSize=\"123456789012\" percentDownloaded=\"37\" filePath=\"/films/Z.vesk\" "
+      "ticket=\"a &lt;ticket&gt; \xC3\xA4\" timeRemaining=\"-1\" "
+      "contentProviderDisplayName=\"P &amp; Q\" encrypted=\"true\" ticketAlreadyTorn=\"false\" "
+      "url=\"http://h/z\"/>"
+      "<DownloadItem title=\"A\" contentEncryptionUsageID=\"2\" status=\"1\" fileSize=\"5\" "
+      "percentDownloaded=\"18446744073709551614\" filePath=\"/films/A.avi\" ticket=\"t\" "
+      "timeRemaining=\"95\" contentProviderDisplayName=\"R\" encrypted=\"false\" "
+      "ticketAlreadyTorn=\"true\" url=\"http://h/a\"/></DownloadQueue>\n";
+  read();
+  EXPECT_EQ(support::readFile(current()), expected);
+
+  const auto next = QueueFiles(folder_.path().wstring()).readQueue();
+  const fs::path copy = folder_ / "copy.xml";
+  DownloadManagerPersistence::writeDownloadQueue(copy.wstring(), next);
+  for (auto* const item : next) delete item;
+  EXPECT_EQ(support::readFile(copy), expected) << "what the next start has read";
+}
+
+TEST_F(QueueFilesTest, AHeldItemOfTheEarlierReleaseStaysHeldUntilTheNextStart) {
+  givenLegacy(LegacyQueueFile().item().attribute("status", "7"));
+  EXPECT_EQ(read(), "7");
+  EXPECT_NE(support::readFile(current()).find(" status=\"7\" "), std::string::npos);
+  EXPECT_EQ(read(), "3");
+}
+
+TEST_F(QueueFilesTest, AnEarlierFileWithoutBytesIsDeleted) {
+  folder_.write("DownloadQueue.dlq", "");
+  EXPECT_EQ(read(), "");
+  EXPECT_TRUE(fs::exists(current()));
+  EXPECT_FALSE(fs::exists(legacy()));
+  EXPECT_FALSE(fs::exists(folder_ / "DownloadQueue.dlq.unreadable"));
+}
+
+TEST_F(QueueFilesTest, AnEarlierQueueWithoutItemsIsDeleted) {
+  givenLegacy(LegacyQueueFile());
+  EXPECT_EQ(read(), "");
+  EXPECT_TRUE(fs::exists(current()));
+  EXPECT_FALSE(fs::exists(legacy()));
+  EXPECT_FALSE(fs::exists(folder_ / "DownloadQueue.dlq.unreadable"));
+}
+
 TEST_F(QueueFilesTest, WithBothFilesTheEarlierOneIsLeftAlone) {
   givenCurrent("A1");
   givenLegacy();
@@ -106,6 +181,16 @@ TEST_F(QueueFilesTest, AnUnreadableEarlierFileIsSetAsideBeforeItIsDeleted) {
   EXPECT_EQ(read(), "");
   EXPECT_FALSE(fs::exists(legacy()));
   EXPECT_EQ(support::readFile(folder_ / "DownloadQueue.dlq.unreadable"), "half a que");
+}
+
+TEST_F(QueueFilesTest, AnEarlierFileOfAnUnreadableBodyIsSetAside) {
+  const std::string whole = LegacyQueueFile().item().attribute("status", "1").document();
+  const std::string cut = whole.substr(0, whole.size() - 10);
+  folder_.write("DownloadQueue.dlq", cut);
+  EXPECT_EQ(read(), "");
+  EXPECT_FALSE(fs::exists(legacy()));
+  EXPECT_EQ(support::readFile(folder_ / "DownloadQueue.dlq.unreadable"), cut);
+  EXPECT_EQ(fs::file_size(current()), 56U);
 }
 
 TEST_F(QueueFilesTest, AnUnreadableEarlierFileStaysWhereItCannotBeSetAside) {
