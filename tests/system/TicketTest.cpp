@@ -90,6 +90,15 @@ TEST_F(TicketTest, AFloodOfFilmsIsRefused) {
   EXPECT_THAT(home.queue(), IsEmpty());
 }
 
+TEST_F(TicketTest, BlanksDoNotCarryAFloodPastTheLimits) {
+  std::string text = "TixVeskVersion=1.0\n";
+  for (int i = 0; i <= 10'000; ++i) text += " \tstart\nurl=http://h/a.avi\n \tend\n";
+  const PlayerResult result = home.run({"get", write(text)});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.events("refused").at(0)["reason"]["code"], "bad_ticket");
+  EXPECT_THAT(home.queue(), IsEmpty());
+}
+
 TEST_F(TicketTest, ExplainTellsWhatWouldArrive) {
   const std::string ticket = write(lines("\n"));
   const PlayerResult result = home.run({"explain", ticket});
