@@ -114,6 +114,8 @@ HttpErrorIds SSLClient::openFor(const std::string& url, const Request& request, 
   session->setPort(port);
   clearResponseHeaders();
   if (!isSafe(request, *session, *path)) return HTTP_ERROR_FAILED;
+  // Whoever asks without `httpGet` and its like gets no unverified peer either.
+  if (session->getCheckCertificate()) session->setVerifyMode(SSL_VERIFY_PEER);
   if (connect(session) == nullptr) return connectFailure(session);
   return checkPeer(request, session);
 }

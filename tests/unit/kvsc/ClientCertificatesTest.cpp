@@ -79,6 +79,14 @@ TEST_P(ClientCertificatesTest, NoCertificateIsShownToAServerOfAnotherEnvironment
   EXPECT_EQ(server_->ended().clientSubject, "");
 }
 
+TEST_P(ClientCertificatesTest, NoCertificateIsShownThroughABareSendRequest) {
+  listen(Wish::kAsked, std::nullopt, "PRODUCTION");
+  EXPECT_EQ(client_.client().sendRequest(server_->url(), 0, "GET", &client_.session(), "", "", ""),
+            kvsc::HTTP_ERROR_CERTIFICATE);
+  EXPECT_EQ(client_.client().getErrorString(), kVerifyFailed);
+  EXPECT_EQ(server_->ended().clientSubject, "");
+}
+
 TEST_P(ClientCertificatesTest, NoCertificateIsShownWhenCertificatesAreNotChecked) {
   listen(Wish::kAsked);
   client_.session().setCheckCertificate(false);
