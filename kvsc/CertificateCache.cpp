@@ -1,5 +1,8 @@
 #include "kvsc/CertificateCache.h"
 
+#include <openssl/sha.h>
+
+#include <array>
 #include <map>
 #include <mutex>
 
@@ -10,6 +13,15 @@ namespace {
 
 // A program has a handful of environments with two certificates each.
 constexpr std::size_t kMostKept = 32;
+
+// What stands for a text, so that none of them lies readable in memory for as long as the process.
+using Digest = std::array<unsigned char, SHA256_DIGEST_LENGTH>;
+
+Digest digestOf(const std::string& pem) {
+  Digest digest{};
+  SHA256(reinterpret_cast<const unsigned char*>(pem.data()), pem.size(), digest.data());
+  return digest;
+}
 
 CertificatePtr share(const CertificatePtr& certificate) {
   X509_up_ref(certificate.get());
@@ -24,23 +36,25 @@ struct Cache {
   }
 
   std::mutex mutex;
-  std::map<std::string, CertificatePtr> certificates;
+  std::map<Digest, CertificatePtr> certificates;
 };
 
 }  // namespace
 
 CertificatePtr knownCertificate(const std::string& pem) {
+  const Digest digest = digestOf(pem);
   Cache& cache = Cache::instance();
   const std::lock_guard<std::mutex> lock(cache.mutex);
-  const auto found = cache.certificates.find(pem);
+  const auto found = cache.certificates.find(digest);
   return found != cache.certificates.end() ? share(found->second) : nullptr;
 }
 
 void keepCertificate(const std::string& pem, const CertificatePtr& certificate) {
+  const Digest digest = digestOf(pem);
   Cache& cache = Cache::instance();
   const std::lock_guard<std::mutex> lock(cache.mutex);
   if (cache.certificates.size() < kMostKept) {
-    cache.certificates.try_emplace(pem, share(certificate));
+    cache.certificates.try_emplace(digest, share(certificate));
   }
 }
 

@@ -7,8 +7,8 @@
 namespace kvsc {
 
 /// The certificates that the process has read from PEM texts. Reading one takes longer than a whole
-/// plain exchange, and every client begins with the same two. Texts are compared in full, so that a
-/// certificate is never handed out for another's text. May be called from any thread.
+/// plain exchange, and every client begins with the same two. Of a text only its SHA-256 digest is
+/// kept, which no other text shares. May be called from any thread.
 
 /// The certificate of this very text, shared with whoever else has it; null when none was kept.
 CertificatePtr knownCertificate(const std::string& pem);
