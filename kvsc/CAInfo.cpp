@@ -1,17 +1,13 @@
 #include "kvsc/CAInfo.h"
 
-#include <algorithm>
+#include <strings.h>
+
 #include <array>
 #include <utility>
 
 #include "kvsc/CredentialText.h"
 
 namespace kvsc {
-namespace {
-
-char lowerCased(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-}  // namespace
 
 /// One kind of text in all environments.
 struct CAInfo::Material {
@@ -26,9 +22,7 @@ CAInfo::CAInfo(std::string environment)
     : environment_(environment.empty() ? "PRODUCTION" : std::move(environment)) {}
 
 bool CAInfo::isExpectedEnvironment(std::string name) const {
-  return environment_.size() <= name.size() &&
-         std::equal(environment_.begin(), environment_.end(), name.begin(),
-                    [](char a, char b) { return lowerCased(a) == lowerCased(b); });
+  return strncasecmp(environment_.c_str(), name.c_str(), environment_.size()) == 0;
 }
 
 std::string CAInfo::getServerCert() const {

@@ -16,7 +16,7 @@ class CAInfo {
   explicit CAInfo(std::string environment);
 
   /// Whether `name` starts with this environment's name, ASCII letters compared without case: the
-  /// beginning of a name stands for the whole.
+  /// beginning of a name stands for the whole. A zero byte ends both.
   bool isExpectedEnvironment(std::string name) const;
 
   /// Certificate of the authority that the environment's servers must chain to.

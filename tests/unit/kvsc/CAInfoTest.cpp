@@ -19,6 +19,9 @@ struct EnvironmentCase {
   const char* environment;
   const char* authority;
   const char* client;
+  std::size_t authorityLength;
+  std::size_t certificateLength;
+  std::size_t keyLength;
 };
 
 void PrintTo(const EnvironmentCase& c, std::ostream* out) { *out << '"' << c.environment << '"'; }
@@ -33,23 +36,30 @@ TEST_P(Environment, GivesItsOwnTexts) {
   EXPECT_EQ(info.getClientPEM(), fileOfTheSet(client + "-key"));
 }
 
+TEST_P(Environment, HasTextsOfTheLengthsAgreedOn) {
+  const CAInfo info(GetParam().environment);
+  EXPECT_EQ(info.getServerCert().size(), GetParam().authorityLength);
+  EXPECT_EQ(info.getClientKey().size(), GetParam().certificateLength);
+  EXPECT_EQ(info.getClientPEM().size(), GetParam().keyLength);
+}
+
 constexpr const char* kProduction = "production-" VESK_CREDENTIALS_PLATFORM;
 
-INSTANTIATE_TEST_SUITE_P(Names, Environment,
-                         testing::Values(EnvironmentCase{"PRODUCTION", "production-ca",
-                                                         kProduction},
-                                         EnvironmentCase{"", "production-ca", kProduction},
-                                         EnvironmentCase{"UNKNOWN", "production-ca", kProduction},
-                                         EnvironmentCase{"JTEST", "production-ca", "jtest"},
-                                         EnvironmentCase{"ITEST", "production-ca", "itest"},
-                                         EnvironmentCase{"itest", "production-ca", "itest"},
-                                         EnvironmentCase{"ETEST", "production-ca", "etest"},
-                                         EnvironmentCase{"LOCALHOST", "test-ca", "localhost"},
-                                         EnvironmentCase{"localhost", "test-ca", "localhost"},
-                                         EnvironmentCase{"L", "test-ca", "localhost"},
-                                         EnvironmentCase{"jt", "production-ca", "jtest"},
-                                         EnvironmentCase{"JTESTS", "production-ca", kProduction},
-                                         EnvironmentCase{"TEST", "production-ca", kProduction}));
+INSTANTIATE_TEST_SUITE_P(
+    Names, Environment,
+    testing::Values(EnvironmentCase{"PRODUCTION", "production-ca", kProduction, 1509, 1367, 1674},
+                    EnvironmentCase{"", "production-ca", kProduction, 1509, 1367, 1674},
+                    EnvironmentCase{"UNKNOWN", "production-ca", kProduction, 1509, 1367, 1674},
+                    EnvironmentCase{"JTEST", "production-ca", "jtest", 1509, 1375, 1675},
+                    EnvironmentCase{"ITEST", "production-ca", "itest", 1509, 1375, 1675},
+                    EnvironmentCase{"itest", "production-ca", "itest", 1509, 1375, 1675},
+                    EnvironmentCase{"ETEST", "production-ca", "etest", 1509, 1375, 1675},
+                    EnvironmentCase{"LOCALHOST", "test-ca", "localhost", 1359, 1379, 1679},
+                    EnvironmentCase{"localhost", "test-ca", "localhost", 1359, 1379, 1679},
+                    EnvironmentCase{"L", "test-ca", "localhost", 1359, 1379, 1679},
+                    EnvironmentCase{"jt", "production-ca", "jtest", 1509, 1375, 1675},
+                    EnvironmentCase{"JTESTS", "production-ca", kProduction, 1509, 1367, 1674},
+                    EnvironmentCase{"TEST", "production-ca", kProduction, 1509, 1367, 1674}));
 
 TEST(ExpectedEnvironment, IsComparedWithoutCaseOverItsOwnLength) {
   EXPECT_TRUE(CAInfo("jtest").isExpectedEnvironment("JTEST"));
@@ -64,6 +74,13 @@ TEST(ExpectedEnvironment, IsComparedWithoutCaseOverItsOwnLength) {
 TEST(ExpectedEnvironment, IsProductionForAnEmptyName) {
   EXPECT_TRUE(CAInfo("").isExpectedEnvironment("PRODUCTION"));
   EXPECT_FALSE(CAInfo("").isExpectedEnvironment("JTEST"));
+}
+
+TEST(ExpectedEnvironment, EndsAtAZeroByteInBothNames) {
+  const CAInfo info(std::string("JTEST\0x", 7));
+  EXPECT_TRUE(info.isExpectedEnvironment("JTEST"));
+  EXPECT_FALSE(info.isExpectedEnvironment("JTEST and more"));
+  EXPECT_EQ(info.getClientPEM(), CAInfo("JTEST").getClientPEM());
 }
 
 TEST(ExpectedEnvironment, FoldsAsciiLettersAlone) {
