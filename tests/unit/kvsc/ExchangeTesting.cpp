@@ -1,5 +1,8 @@
 #include "tests/unit/kvsc/ExchangeTesting.h"
 
+#include <sys/socket.h>
+
+#include <array>
 #include <numeric>
 
 const char* const kRedirectRefused = "Redirection url is not defined or redirect count exceeded.";
@@ -7,6 +10,7 @@ const char* const kRedirectRefused = "Redirection url is not defined or redirect
 namespace {
 
 std::string textOf(void* data, std::size_t size, std::size_t count) {
+  EXPECT_EQ(size, 1U);
   return std::string(static_cast<char*>(data), size * count);
 }
 
@@ -39,6 +43,15 @@ int keepProgress(void* context, double total, double now, double uploadTotal, do
 
 std::string Received::body() const {
   return std::accumulate(pieces.begin(), pieces.end(), std::string());
+}
+
+int GoneDialer::dial(const std::string&, const std::string&, kvsc::Waiter&) {
+  std::array<int, 2> ends{};
+  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+    return -1;
+  }
+  const support::UniqueFd gone(ends[1]);
+  return ends[0];
 }
 
 Exchange::Exchange() {

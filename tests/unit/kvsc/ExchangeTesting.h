@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "kvsc/Dialer.h"
 #include "kvsc/SSLClient.h"
 #include "tests/support/ScriptedServer.h"
 
@@ -18,6 +19,12 @@ struct Received {
   int cancelAt = -1;  ///< the call of the progress callback, from 0, that cancels
 
   std::string body() const;
+};
+
+/// Connects to a server that has gone away by then.
+class GoneDialer : public kvsc::Dialer {
+ public:
+  int dial(const std::string& host, const std::string& port, kvsc::Waiter& waiter) override;
 };
 
 /// A client that is watched, its session, and a plain server to order.
