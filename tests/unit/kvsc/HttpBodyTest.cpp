@@ -124,6 +124,13 @@ TEST_F(HttpBodyTest, TheThrottlePausesAfterEveryRead) {
   EXPECT_GE(std::chrono::steady_clock::now() - begin, 3 * kPause);
 }
 
+TEST_F(HttpBodyTest, ANegativeThrottleIsNone) {
+  session_.setDownloadLoopSleep(-1'000'000);
+  server_.next(inPieces({"one", "two"}));
+  EXPECT_EQ(get(), HTTP_ERROR_NONE);
+  EXPECT_EQ(received_.body(), "onetwo");
+}
+
 TEST_F(HttpBodyTest, AResetInTheBodyIsAFailure) {
   server_.next(inPieces({"one"}).reset());
   EXPECT_EQ(get(), HTTP_ERROR_FAILED);
@@ -176,6 +183,25 @@ TEST_F(TlsBodyTest, KeptQuirkAStreamThatIsResetEndsNormally) {
   EXPECT_EQ(received_.body(), "one");
 }
 
+TEST_F(TlsBodyTest, AServerThatSaysNothingIsNoFailure) {
+  EXPECT_EQ(getFrom(Script().readRequest().close()), HTTP_ERROR_NONE);
+  EXPECT_EQ(client_.getResponseCode(), 0);
+  EXPECT_EQ(error(), "");
+}
+
+TEST_F(TlsBodyTest, AServerThatCutsOffBeforeTheHeadersIsNoFailure) {
+  EXPECT_EQ(getFrom(Script().readRequest().truncate()), HTTP_ERROR_NONE);
+  EXPECT_EQ(client_.getResponseCode(), 0);
+  EXPECT_EQ(error(), "");
+  EXPECT_EQ(ERR_peek_error(), 0UL);
+}
+
+TEST_F(TlsBodyTest, AResetBeforeTheHeadersIsAFailure) {
+  EXPECT_EQ(getFrom(Script().readRequest().reset()), HTTP_ERROR_FAILED);
+  EXPECT_EQ(session_.getSsl(), nullptr);
+  EXPECT_EQ(session_.getConnect(), nullptr);
+}
+
 TEST_F(TlsBodyTest, ACancelOnTheFirstPieceEndsIt) {
   received_.cancelAt = 0;
   EXPECT_EQ(getFrom(inPieces({"one", "two"})), HTTP_ERROR_CANCELLED);
@@ -226,6 +252,17 @@ TEST_F(ReadDataTest, AFailedReadIsAFailureWhateverTheStatus) {
   // The connection is left to whoever called.
   EXPECT_NE(session_.getConnect(), nullptr);
   client_.close(&session_);
+}
+
+TEST_F(ReadDataTest, ACancelClosesTheSession) {
+  read("200 OK");
+  session_.setConnect(BIO_new_mem_buf("film", 4));
+  received_.cancelAt = 0;
+  kvsc::HttpErrorIds result = HTTP_ERROR_NONE;
+  client_.readData(&session_, &result);
+  EXPECT_EQ(result, HTTP_ERROR_CANCELLED);
+  EXPECT_EQ(received_.body(), "film");
+  EXPECT_EQ(session_.getConnect(), nullptr);
 }
 
 /// A BIO that fails a number of times, then takes a number of bytes.

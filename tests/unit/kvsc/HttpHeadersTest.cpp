@@ -73,6 +73,23 @@ TEST_F(HttpHeadersTest, KeptQuirkABlockLongerThanARead) {
   EXPECT_EQ(received_.body(), response.substr(0, 4096));
 }
 
+TEST_F(HttpHeadersTest, KeptQuirkABlockLongerThanAReadOfAFreshClientIsASuccess) {
+  const std::string response = okResponse("film", "A: " + std::string(5000, 'x') + "\r\n");
+  answer(response);
+  client_.setFileContext(&received_);
+  EXPECT_EQ(get(), HTTP_ERROR_NONE);
+  EXPECT_EQ(client_.getResponseCode(), 0);
+  EXPECT_TRUE(received_.lines.empty());
+  EXPECT_EQ(received_.body(), response);
+  EXPECT_EQ(received_.file, response);
+}
+
+TEST_F(HttpHeadersTest, KeptQuirkABodyInTheFirstReadOfAHeadIsDelivered) {
+  answerIn(okResponse("film"), "surplus");
+  EXPECT_EQ(head(), HTTP_ERROR_NONE);
+  EXPECT_EQ(received_.body(), "film");
+}
+
 TEST_F(HttpHeadersTest, ALargerReadTakesALargerBlock) {
   session_.setDownloadSize(16'384);
   answer(
@@ -192,6 +209,18 @@ TEST_F(ReadHeadersTest, TheBytesOfTheBodyAddUp) {
   read(okResponse("film"), true);
   read("film", true);
   EXPECT_EQ(client_.getTotalDownloaded(), 8);
+}
+
+TEST_F(ReadHeadersTest, BytesWithoutABlockFollowTheEarlierStatusAndEncoding) {
+  read(bareResponse("302 Found"), true);
+  EXPECT_EQ(read("page", true), 0);
+  EXPECT_EQ(received_.body(), "");
+  EXPECT_EQ(read("page", false), 0);
+  EXPECT_EQ(received_.body(), "page");
+  read(bareResponse("200 OK", "Transfer-Encoding: chunked\r\n"), true);
+  EXPECT_EQ(read("film", true), 0);
+  EXPECT_EQ(received_.body(), "page");
+  EXPECT_EQ(client_.getTotalDownloaded(), 12);
 }
 
 TEST_F(ReadHeadersTest, AFileGetsTheBodyWhileThereIsAContext) {

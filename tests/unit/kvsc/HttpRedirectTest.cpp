@@ -148,6 +148,7 @@ TEST_F(HttpRedirectTest, ARelativeLocationIsTakenAsItIsAndFails) {
   for (const char* location : {"/there", "there", "//127.0.0.1/there", "?a=b"}) {
     answer(redirect("302 Found", location));
     EXPECT_EQ(get(), HTTP_ERROR_FAILED) << location;
+    EXPECT_EQ(error(), "") << location;
     EXPECT_EQ(session_.getConnect(), nullptr);
   }
   EXPECT_EQ(server_.connectionCount(), 4U);
@@ -174,6 +175,20 @@ TEST_F(HttpRedirectTest, AHeadStaysAHead) {
   answer(bareResponse("200 OK"));
   EXPECT_EQ(head("/here"), HTTP_ERROR_NONE);
   EXPECT_TRUE(requestOf(1).starts_with("HEAD /there HTTP/1.0\r\n"));
+}
+
+TEST_F(HttpRedirectTest, TheDateIsSentAgain) {
+  session_.setMaxRedirectCount(1);
+  answer(redirect("302 Found", at("/there")));
+  answer(bareResponse("304 Not Modified"));
+  EXPECT_EQ(get("/here", 1'700'000'000), kvsc::HTTP_ERROR_NOT_MODIFIED);
+  const auto dateOf = [](const std::string& request) {
+    const std::size_t start = request.find("If-Modified-Since: ");
+    return start == std::string::npos ? ""
+                                      : request.substr(start, request.find('\n', start) - start);
+  };
+  EXPECT_NE(dateOf(requestOf(0)), "");
+  EXPECT_EQ(dateOf(requestOf(1)), dateOf(requestOf(0)));
 }
 
 TEST_F(HttpRedirectTest, HeadersAreSentAgain) {

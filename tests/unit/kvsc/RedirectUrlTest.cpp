@@ -158,6 +158,14 @@ TEST_F(RedirectUrlTest, AnAnswerThatBreaksOffLeadsNowhereElse) {
   EXPECT_EQ(result_, HTTP_ERROR_NONE);
 }
 
+TEST_F(RedirectUrlTest, AWriteThatFailsIsReported) {
+  GoneDialer dialer;
+  session_.setDialer(&dialer);
+  EXPECT_EQ(resolve("http://films.example/"), "");
+  EXPECT_EQ(result_, HTTP_ERROR_FAILED);
+  EXPECT_EQ(error(), "SSLClient::writeData failed.");
+}
+
 /// The same under TLS, with certificates checked.
 class SecureRedirectUrlTest : public RedirectUrlTest {
  protected:

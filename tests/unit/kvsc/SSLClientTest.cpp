@@ -65,7 +65,9 @@ TEST(SSLClientTest, InitTakesCallbacksAndContextsBack) {
   const std::string url = server.url("/", "127.0.0.1");
   client.httpGet(url, 0, nullptr, &session, "", "", SSLV3);
   EXPECT_EQ(calls, 2 + 3);
+  client.setTotalDownloaded(5);
   client.init();
+  EXPECT_EQ(client.getTotalDownloaded(), 0);
   EXPECT_EQ(client.getHeaderContext(), nullptr);
   EXPECT_EQ(client.getBodyContext(), nullptr);
   EXPECT_EQ(client.getFileContext(), nullptr);
