@@ -31,6 +31,18 @@ TEST(DnsNameTest, OneOfSeveralIsEnough) {
   EXPECT_FALSE(hasDnsName(certificateOf(server), "three.example"));
 }
 
+TEST(DnsNameTest, EveryExtensionOfAlternativeNamesIsRead) {
+  const Identity server = namedBy("x", {"one.example"});
+  const CertificatePtr twice(X509_dup(certificateOf(server)));
+  X509_EXTENSION* second =
+      X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, "DNS:two.example");
+  ASSERT_EQ(X509_add_ext(twice.get(), second, -1), 1);
+  X509_EXTENSION_free(second);
+  EXPECT_TRUE(hasDnsName(twice.get(), "one.example"));
+  EXPECT_TRUE(hasDnsName(twice.get(), "two.example"));
+  EXPECT_FALSE(hasDnsName(twice.get(), "three.example"));
+}
+
 TEST(DnsNameTest, ItIsComparedByteForByte) {
   const Identity server = namedBy("x", {"*.example", "films.example"});
   for (const char* host : {"Films.example", "films.example.", "a.example", "films.exampl", ""}) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
 
 #include "kvsc/CertificateCheck.h"
 #include "kvsc/OpenSsl.h"
@@ -14,7 +15,9 @@ namespace kvsc {
 namespace {
 
 namespace pki = support::pki;
+using support::CrlSpec;
 using support::Identity;
+using support::kDay;
 
 /// A client whose handshake with a server of the given identity is over.
 class ShakenHands {
@@ -173,13 +176,69 @@ TEST_F(VerifyCallbackTest, ARevokedCertificateIsRefused) {
   EXPECT_EQ(error(), X509_V_ERR_CERT_REVOKED);
 }
 
-TEST_F(VerifyCallbackTest, WithoutAnOwnerTheErrorIsNotedAllTheSame) {
+TEST_F(VerifyCallbackTest, ACertificateThatTheLibraryRefusesIsLookedUpToo) {
   revoke();
+  X509_STORE_CTX_set_error(context_.get(), X509_V_ERR_CERT_HAS_EXPIRED);
+  EXPECT_EQ(verify(0), 0);
+  EXPECT_EQ(owner_.getErrorString(), revokedText());
+  EXPECT_EQ(error(), X509_V_ERR_CERT_REVOKED);
+}
+
+/// A list that speaks against a certificate, and the error that it leaves.
+struct ListCase {
+  const char* name;
+  bool ofAuthority;  // against the issuer of the list, or else against the server
+  CrlSpec list;
+  int error;
+};
+
+void PrintTo(const ListCase& c, std::ostream* out) { *out << c.name; }
+
+// What was there before any list was asked.
+constexpr int kFormerError = X509_V_ERR_CERT_NOT_YET_VALID;
+
+class RefusingListTest : public VerifyCallbackTest, public testing::WithParamInterface<ListCase> {
+ protected:
+  RefusingListTest() {
+    CrlSpec list = GetParam().list;
+    list.issuer = authority_;
+    if (!GetParam().ofAuthority) list.revoked = {server_.serial()};
+    session_.setCrlFile(folder_.write("crl.pem", pki::revocationList(list)));
+    X509_STORE_CTX_set_current_cert(
+        context_.get(), (GetParam().ofAuthority ? authority_ : server_).certificate.get());
+    X509_STORE_CTX_set_error(context_.get(), kFormerError);
+  }
+  ~RefusingListTest() override { ERR_clear_error(); }
+};
+
+TEST_P(RefusingListTest, LeavesItsErrorAndAText) {
+  EXPECT_EQ(verify(1), 0);
+  EXPECT_NE(owner_.getErrorString(), "before");
+  EXPECT_EQ(error(), GetParam().error);
+}
+
+TEST_P(RefusingListTest, LeavesItsErrorWithoutAnOwnerToo) {
   session_.setHandshakeOwner(nullptr);
   EXPECT_EQ(verify(1), 0);
   EXPECT_EQ(owner_.getErrorString(), "before");
-  EXPECT_EQ(error(), X509_V_ERR_CERT_REVOKED);
+  EXPECT_EQ(error(), GetParam().error);
 }
+
+INSTANTIATE_TEST_SUITE_P(Lists, RefusingListTest,
+                         testing::Values(ListCase{"expired",
+                                                  true,
+                                                  {.lastUpdate = -9 * kDay, .nextUpdate = -kDay},
+                                                  X509_V_ERR_CRL_HAS_EXPIRED},
+                                         ListCase{"no next update",
+                                                  true,
+                                                  {.nextUpdate = std::nullopt},
+                                                  X509_V_ERR_ERROR_IN_CRL_NEXT_UPDATE_FIELD},
+                                         ListCase{"forged",
+                                                  true,
+                                                  {.signedBy = pki::keyNamed(support::KeyKind::kEc,
+                                                                             "forger")},
+                                                  kFormerError},
+                                         ListCase{"revoked", false, {}, X509_V_ERR_CERT_REVOKED}));
 
 TEST_F(VerifyCallbackTest, WithoutASessionThereAreNoLists) {
   revoke();
