@@ -7,6 +7,7 @@
 
 #include "tests/support/Loopback.h"
 #include "tests/support/Nginx.h"
+#include "tests/support/TinyProxy.h"
 #include "tests/support/WaitFor.h"
 #include "tests/unit/kvsc/TlsTesting.h"
 
@@ -72,12 +73,18 @@ kvsc::HttpErrorIds headOnce(const std::string& url, bool check) {
 /// One client that is used again and again.
 class RepeatedClient {
  public:
-  RepeatedClient() {
+  explicit RepeatedClient(bool check = false) {
+    session_.setCheckCertificate(check);
     session_.setMaxRedirectCount(1);
     client_.setProgressContext(this);
     client_.setProgressCallback([](void* self, double, double, double, double) {
       return static_cast<RepeatedClient*>(self)->cancels_ ? -1 : 0;
     });
+  }
+
+  void useProxy(std::uint16_t port) {
+    session_.setProxyURL("127.0.0.1");
+    session_.setProxyPort(port);
   }
 
   kvsc::HttpErrorIds get(const std::string& url, bool cancels = false) {
@@ -120,6 +127,21 @@ TEST(LongRunTest, TlsExchangesWithANewClientEachKeepNothing) {
   int wrong = 0;
   expectNothingKept(kTlsExchanges,
                     [&] { wrong += headOnce(nginx.url("/film"), true) != kvsc::HTTP_ERROR_NONE; });
+  EXPECT_EQ(wrong, 0);
+}
+
+TEST(LongRunTest, TunnelledAndCancelledTlsExchangesKeepNothing) {
+  support::Nginx nginx({.tls = serverOf()});
+  const support::TinyProxy proxy;
+  nginx.serve("film", std::string(10'000, 'x'));
+  RepeatedClient client(true);
+  client.useProxy(proxy.port());
+  int wrong = 0;
+  expectNothingKept(kTlsExchanges / 4, [&, cancels = false]() mutable {
+    cancels = !cancels;
+    wrong += client.get(nginx.url("/film"), cancels) !=
+             (cancels ? kvsc::HTTP_ERROR_CANCELLED : kvsc::HTTP_ERROR_NONE);
+  });
   EXPECT_EQ(wrong, 0);
 }
 
