@@ -91,6 +91,14 @@ TEST(ParseUriOutParameters, HoldTheSchemeOfAnAddressWithoutSlashes) {
   EXPECT_EQ(uri.host, "old host");
 }
 
+TEST(ParseUriOutParameters, SayThatAPlainAddressIsNotSecure) {
+  Uri uri;
+  uri.isHttps = true;
+  EXPECT_EQ(HttpRequest::parseUri("http://host/", &uri.host, &uri.port, &uri.path, &uri.isHttps),
+            0);
+  EXPECT_FALSE(uri.isHttps);
+}
+
 std::string takeBytes(unsigned char* bytes, int length) {
   const std::unique_ptr<unsigned char[]> owner(bytes);
   return std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
@@ -157,6 +165,14 @@ TEST(GenerateRequest, PutsTheOptionalLinesInTheirOrder) {
   EXPECT_EQ(fullRequest().build(),
             "GET /p HTTP/1.0\r\nHost: h\r\nresponseType: text/xml\r\nUser-Agent: Agent 1\r\n"
             "Content-Type: x/y;charset=UTF-8\r\nA: 1\r\nB: 2\r\nConnection: close\r\n\r\n");
+}
+
+TEST(GenerateRequest, TakesTheExtraHeadersAsTheyAre) {
+  Request request;
+  request.extraHeaders = "A: 1\r\n";
+  EXPECT_EQ(request.build(), "GET /p HTTP/1.0\r\nHost: h\r\nA: 1\r\n\r\nConnection: close\r\n\r\n");
+  EXPECT_EQ(request.buildPost(),
+            "POST /p HTTP/1.0\r\nHost: h\r\nA: 1\r\n\r\nConnection: close\r\n\r\n");
 }
 
 TEST(GenerateRequest, LeavesTheCharsetOutWhenItIsEmpty) {
@@ -248,6 +264,14 @@ TEST(GeneratePostRequest, NamesALengthWithoutABodyButSendsNone) {
             "POST /p HTTP/1.0\r\nHost: h\r\nContent-Length: 3\r\nConnection: close\r\n\r\n");
 }
 
+TEST(GeneratePostRequest, TakesANegativeLengthAsNone) {
+  const std::string body = "<x/>";
+  int length = 0;
+  unsigned char* bytes = HttpRequest::generatePostRequest("h", "/p", &length, 0, "", "", "", "",
+                                                          bytesOf(body), -7, "");
+  EXPECT_EQ(takeBytes(bytes, length), kBarePost);
+}
+
 TEST(GeneratePostRequest, AsAStringTakesTheBodyAsAString) {
   EXPECT_EQ(HttpRequest::generatePostRequest("h", "/p", "ab", 0, "r", "u", "c", "s"),
             "POST /p HTTP/1.0\r\nHost: h\r\nresponseType: r\r\nUser-Agent: u\r\n"
@@ -283,6 +307,17 @@ class IfModifiedSince : public testing::Test {
 
 TEST_F(IfModifiedSince, DoesNotPadTheDay) {
   EXPECT_EQ(dateLine(1709632800, "UTC0"), "Tue, 5 Mar 2024 10:00:00 GMT");
+}
+
+TEST_F(IfModifiedSince, StandsBetweenTheHostAndTheResponseType) {
+  setenv("TZ", "UTC0", 1);
+  Request request = fullRequest();
+  request.ifModifiedSince = 1709632800;
+  const std::string lines =
+      " /p HTTP/1.0\r\nHost: h\r\nIf-Modified-Since: Tue, 5 Mar 2024 10:00:00 GMT\r\n"
+      "responseType: text/xml\r\n";
+  EXPECT_TRUE(request.build().starts_with("GET" + lines));
+  EXPECT_TRUE(request.buildPost().starts_with("POST" + lines));
 }
 
 TEST_F(IfModifiedSince, SaysGmtOfTheLocalTime) {

@@ -100,6 +100,25 @@ TEST(ProcessServerResponse, NeedsNeitherOkNorError) {
   EXPECT_FALSE(parser.processServerResponse("<!DOCTYPE HTML>", true, nullptr, nullptr, message));
 }
 
+TEST(ProcessServerResponse, OfATextNamesTheErrorToo) {
+  Parser parser;
+  std::string message;
+  bool ok = true;
+  HttpErrorIds error = HTTP_ERROR_NONE;
+  EXPECT_FALSE(parser.processServerResponse("<!DOCTYPE HTML>", true, &ok, &error, message));
+  EXPECT_FALSE(ok);
+  EXPECT_EQ(error, HTTP_ERROR_FAILED);
+  EXPECT_EQ(message, "Server returned HTML");
+}
+
+TEST(ProcessServerResponse, LeavesABareLineEnd) {
+  Parser parser;
+  const Check check(parser, "\r\n", false);
+  EXPECT_TRUE(check.ok);
+  EXPECT_EQ(check.length, 2);
+  EXPECT_EQ(parser.parsed, "\r\n");
+}
+
 struct StripCase {
   const char* text;
   const char* stripped;
