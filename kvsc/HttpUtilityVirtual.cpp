@@ -25,103 +25,103 @@ int lengthOf(const unsigned char* data, int length) {
 HttpUtilityVirtual::~HttpUtilityVirtual() = default;
 
 std::string HttpUtilityVirtual::getHeaders() const {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   return headers_;
 }
 
 void HttpUtilityVirtual::setHeaders(const std::string& headers) {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   headers_ = headers;
 }
 
 UTF8Data HttpUtilityVirtual::getUTF8Data() const {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   Bytes copy = copyOf(utf8Data_);
   const int length = copy ? utf8Data_.length : 0;
   return {copy.release(), length};
 }
 
 void HttpUtilityVirtual::setUTF8Data(UTF8Data data) {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   utf8Data_ = {Bytes(data.data), lengthOf(data.data, data.length)};
 }
 
 unsigned char* HttpUtilityVirtual::getBuffer(int* length) const {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   Bytes copy = copyOf(buffer_);
   *length = copy ? buffer_.length : 0;
   return copy.release();
 }
 
 void HttpUtilityVirtual::setBuffer(unsigned char* data, int length) {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   buffer_ = {Bytes(data), lengthOf(data, length)};
 }
 
 void HttpUtilityVirtual::release(unsigned char* data) { delete[] data; }
 
 std::string HttpUtilityVirtual::getResponseType() const {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   return responseType_;
 }
 
 void HttpUtilityVirtual::setResponseType(const std::string& responseType) {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   responseType_ = responseType;
 }
 
 int HttpUtilityVirtual::getCancelled() const {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   return cancelled_;
 }
 
 void HttpUtilityVirtual::setCancelled(int cancelled) {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   cancelled_ = cancelled;
 }
 
 HttpUtilityVirtual::Progress HttpUtilityVirtual::getProgress() const {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   return progress_;
 }
 
 void HttpUtilityVirtual::setProgress(Progress progress) {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   progress_ = progress;
 }
 
 void* HttpUtilityVirtual::getProgressContext() const {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   return progressContext_;
 }
 
 void HttpUtilityVirtual::setProgressContext(void* context) {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   progressContext_ = context;
 }
 
 double HttpUtilityVirtual::getAmountDownloadedSoFar() const {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   return amountDownloadedSoFar_;
 }
 
 void HttpUtilityVirtual::setAmountDownloadedSoFar(double bytes) {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   amountDownloadedSoFar_ = bytes;
 }
 
 double HttpUtilityVirtual::getTotalAmountToDownload() const {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   return totalAmountToDownload_;
 }
 
 void HttpUtilityVirtual::setTotalAmountToDownload(double bytes) {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   totalAmountToDownload_ = bytes;
 }
 
 int HttpUtilityVirtual::getProgressResult() const {
-  const kvpm::MutexLock lock(mutex_);
+  const kvpm::MutexLock lock(fieldsMutex_);
   return progressResult_;
 }
 
@@ -131,6 +131,7 @@ std::size_t HttpUtilityVirtual::writeMemoryCallback(void* data, std::size_t size
   if (self == nullptr) return 0;
   const std::size_t length = bytesIn(size, count);
   const kvpm::MutexLock lock(self->mutex_);
+  const kvpm::MutexLock fields(self->fieldsMutex_);
   return appendTo(self->buffer_, data, length) ? length : 0;
 }
 
@@ -140,6 +141,7 @@ std::size_t HttpUtilityVirtual::writeUTF8MemoryCallback(void* data, std::size_t 
   if (self == nullptr) return 0;
   const std::size_t length = bytesIn(size, count);
   const kvpm::MutexLock lock(self->mutex_);
+  const kvpm::MutexLock fields(self->fieldsMutex_);
   return appendTo(self->utf8Data_, data, length) ? length : 0;
 }
 
@@ -149,6 +151,7 @@ std::size_t HttpUtilityVirtual::writeheadersCallback(void* data, std::size_t siz
   if (self == nullptr) return 0;
   const std::size_t length = bytesIn(size, count);
   const kvpm::MutexLock lock(self->mutex_);
+  const kvpm::MutexLock fields(self->fieldsMutex_);
   try {
     self->headers_.append(static_cast<const char*>(data), length);
   } catch (const std::exception&) {
@@ -178,7 +181,7 @@ int HttpUtilityVirtual::progressFunction(void* utility, double /*downloadTotal*/
   double downloaded = downloadNow;
   double total = 0;
   {
-    const kvpm::MutexLock lock(self->mutex_);
+    const kvpm::MutexLock lock(self->fieldsMutex_);
     progress = self->progress_;
     context = self->progressContext_;
     downloaded += self->amountDownloadedSoFar_;
@@ -187,7 +190,7 @@ int HttpUtilityVirtual::progressFunction(void* utility, double /*downloadTotal*/
   // Unlocked: the relay may well ask this utility something.
   if (progress == nullptr) return -1;
   const int result = progress(context, downloaded, total);
-  const kvpm::MutexLock lock(self->mutex_);
+  const kvpm::MutexLock lock(self->fieldsMutex_);
   self->progressResult_ = result;
   return result;
 }

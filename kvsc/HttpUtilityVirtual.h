@@ -19,8 +19,8 @@ struct UTF8Data {
 /// a progress relay, checks of the response, and escaping.
 ///
 /// Owns what it collects. The callbacks run on the transfer's thread while other threads call the
-/// accessors: each holds the mutex for its whole change or copy, so every operation except those of
-/// derived classes is safe on any thread. Byte arrays that are handed out are copies that the
+/// accessors: every change and every copy is whole, so every operation except those of derived
+/// classes is safe on any thread. Byte arrays that are handed out are copies that the
 /// receiver frees with `release`; arrays that are handed in are taken over. The context that the
 /// client passes to a callback is a pointer to this class, not to a derived one. Nothing here
 /// throws but `std::bad_alloc` where a string is returned.
@@ -53,7 +53,8 @@ class HttpUtilityVirtual {
   bool processServerResponse(const unsigned char* data, int* length, bool checkHtml, bool* ok,
                              HttpErrorIds* error, std::string& message);
 
-  /// The lock of everything collected. Whoever holds it calls no other operation of this class.
+  /// Keeps the collecting callbacks out while it is held; each takes it for its whole change. The
+  /// holder may call every other operation of this class.
   kvpm::Mutex& getMutex() const { return mutex_; }
 
   /// All header lines received, with their line ends.
@@ -146,16 +147,17 @@ class HttpUtilityVirtual {
   static bool appendTo(Collected& collected, const void* data, std::size_t length);
 
   mutable kvpm::Mutex mutex_;
-  Collected utf8Data_ KVPM_GUARDED_BY(mutex_);
-  Collected buffer_ KVPM_GUARDED_BY(mutex_);
-  std::string headers_ KVPM_GUARDED_BY(mutex_);
-  std::string responseType_ KVPM_GUARDED_BY(mutex_) = "text/xml";
-  int cancelled_ KVPM_GUARDED_BY(mutex_) = 0;
-  Progress progress_ KVPM_GUARDED_BY(mutex_) = nullptr;
-  void* progressContext_ KVPM_GUARDED_BY(mutex_) = nullptr;
-  double amountDownloadedSoFar_ KVPM_GUARDED_BY(mutex_) = 0;
-  double totalAmountToDownload_ KVPM_GUARDED_BY(mutex_) = 0;
-  int progressResult_ KVPM_GUARDED_BY(mutex_) = 0;
+  mutable kvpm::Mutex fieldsMutex_;  // taken last, and for nothing but the fields
+  Collected utf8Data_ KVPM_GUARDED_BY(fieldsMutex_);
+  Collected buffer_ KVPM_GUARDED_BY(fieldsMutex_);
+  std::string headers_ KVPM_GUARDED_BY(fieldsMutex_);
+  std::string responseType_ KVPM_GUARDED_BY(fieldsMutex_) = "text/xml";
+  int cancelled_ KVPM_GUARDED_BY(fieldsMutex_) = 0;
+  Progress progress_ KVPM_GUARDED_BY(fieldsMutex_) = nullptr;
+  void* progressContext_ KVPM_GUARDED_BY(fieldsMutex_) = nullptr;
+  double amountDownloadedSoFar_ KVPM_GUARDED_BY(fieldsMutex_) = 0;
+  double totalAmountToDownload_ KVPM_GUARDED_BY(fieldsMutex_) = 0;
+  int progressResult_ KVPM_GUARDED_BY(fieldsMutex_) = 0;
 };
 
 }  // namespace kvsc

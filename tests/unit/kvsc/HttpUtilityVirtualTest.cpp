@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -138,6 +141,26 @@ TEST_P(Collecting, WaitsForWhoeverHoldsTheMutex) {
   EXPECT_EQ(collected(), "late");
 }
 
+TEST_P(Collecting, MayBeReadByWhoeverHoldsTheMutex) {
+  deliverPiece("before");
+  std::string seen;
+  int relayed = 0;
+  std::optional<support::LockWaiter> reader;
+  {
+    const kvpm::MutexLock lock(collector_.getMutex());
+    reader.emplace([&] {
+      seen = collected();
+      collector_.setBuffer(nullptr, 0);
+      relayed = HttpUtilityVirtual::progressFunction(&collector_, 0, 1, 0, 0);
+    });
+    // Held up, it could only be waiting for this thread.
+    EXPECT_FALSE(reader->isHeldUp());
+  }
+  reader->join();
+  EXPECT_EQ(seen, "before");
+  EXPECT_EQ(relayed, -1);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Callbacks, Collecting,
     testing::Values(CollectingCase{"buffer", &HttpUtilityVirtual::writeMemoryCallback,
@@ -253,6 +276,22 @@ TEST_F(MultiWriteFile, TakesNothingThatTheFileDoesNot) {
   kvpm::File closed;
   std::string text = "abc";
   EXPECT_EQ(HttpUtilityVirtual::multiWriteFile(text.data(), 1, 3, &closed), 0U);
+}
+
+// In a process of its own, as what limits its files limits its reports, too.
+TEST_F(MultiWriteFile, TakesNothingWhenTheFileTakesAPart) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto run = [this] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit sixtyBytes{60, 60};
+    kvpm::File file;
+    if (setrlimit(RLIMIT_FSIZE, &sixtyBytes) != 0) std::_Exit(1);
+    if (file.open((folder_ / "body").wstring(), kvpm::FileOpenWrite) != 0) std::_Exit(2);
+    std::string text(100, 'x');
+    if (HttpUtilityVirtual::multiWriteFile(text.data(), 1, 100, &file) != 0) std::_Exit(3);
+    std::_Exit(file.getTotalSize() == 60 ? 0 : 4);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(MultiWriteFile, SaysSoWithoutAFile) {
