@@ -5,6 +5,8 @@
 #include <array>
 #include <memory>
 
+#include "playerx/settings/CurlTrust.h"
+
 namespace playerx {
 
 namespace {
@@ -29,9 +31,7 @@ void setUp(CURL* curl, const std::string& url, const TrustedAuthorities& authori
   curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
   curl_easy_setopt(curl, CURLOPT_TIMEOUT, kWholeSeconds);
-  const auto& [file, folder] = authorities;
-  if (!file.empty()) curl_easy_setopt(curl, CURLOPT_CAINFO, file.c_str());
-  if (!folder.empty()) curl_easy_setopt(curl, CURLOPT_CAPATH, folder.c_str());
+  applyTrust(curl, authorities);
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <memory>
 #include <utility>
 
+#include "playerx/settings/CurlTrust.h"
+
 namespace playerx {
 
 namespace {
@@ -30,9 +32,7 @@ void setUp(CURL* curl, const std::string& url, const TrustedAuthorities& authori
   curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, JsonClient::kConnectSeconds);
   curl_easy_setopt(curl, CURLOPT_TIMEOUT, JsonClient::kWholeSeconds);
-  const auto& [file, folder] = authorities;
-  if (!file.empty()) curl_easy_setopt(curl, CURLOPT_CAINFO, file.c_str());
-  if (!folder.empty()) curl_easy_setopt(curl, CURLOPT_CAPATH, folder.c_str());
+  applyTrust(curl, authorities);
 }
 
 /// Whether the exchange ended in this way because of what came back, not because nothing did.

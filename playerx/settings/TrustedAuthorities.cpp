@@ -7,21 +7,24 @@
 
 namespace playerx {
 
-namespace {
-
-std::string environment(const char* name) {
-  const char* value = std::getenv(name);
-  return value == nullptr ? "" : value;
+TrustedAuthorities authoritiesOfEnvironment(
+    const std::function<const char*(const char* name)>& valueOf) {
+  const auto textOf = [&](const char* name) {
+    const char* value = valueOf(name);
+    return std::string(value == nullptr ? "" : value);
+  };
+  if (const std::string bundle = textOf("CURL_CA_BUNDLE"); !bundle.empty()) return {bundle, {}};
+  return {textOf("SSL_CERT_FILE"), textOf("SSL_CERT_DIR")};
 }
 
-}  // namespace
+TrustedAuthorities authoritiesOfProcess() {
+  return authoritiesOfEnvironment(
+      [](const char* name) -> const char* { return std::getenv(name); });
+}
 
 TrustedAuthorities trustedAuthorities() {
   const QString chosen = KPXPreferences::getPreferenceHelper<QString>(kCaFileKey, QString(), true);
-  if (!chosen.isEmpty()) return {chosen.toStdString(), ""};
-  const std::string bundle = environment("CURL_CA_BUNDLE");
-  if (!bundle.empty()) return {bundle, ""};
-  return {environment("SSL_CERT_FILE"), environment("SSL_CERT_DIR")};
+  return chosen.isEmpty() ? authoritiesOfProcess() : TrustedAuthorities{chosen.toStdString(), {}};
 }
 
 }  // namespace playerx

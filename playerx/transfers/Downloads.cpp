@@ -1,6 +1,5 @@
 #include "playerx/transfers/Downloads.h"
 
-#include <cstdlib>
 #include <utility>
 
 #include "KPB/DownloadInfo.h"
@@ -12,10 +11,6 @@ namespace {
 constexpr int kStarted = 1;
 constexpr int kRefused = 0;
 constexpr char kRightsSuffix[] = ".rights";
-
-Trust trustOfProcess() {
-  return trustOfEnvironment([](const char* name) -> const char* { return std::getenv(name); });
-}
 
 Wish wishOf(const KPB::DownloadInfo& info) {
   Wish wish;
@@ -32,7 +27,7 @@ Wish wishOf(const KPB::DownloadInfo& info) {
 }  // namespace
 
 Downloads::Downloads(const Tuning& tuning)
-    : environmentTrust_(trustOfProcess()), engine_(tuning, delivery_, environmentTrust_) {}
+    : environmentTrust_(authoritiesOfProcess()), engine_(tuning, delivery_, environmentTrust_) {}
 
 Downloads::~Downloads() { delivery_.setCallback(nullptr); }
 
@@ -70,7 +65,7 @@ void Downloads::stopSession(unsigned long long uid) {
 }
 
 void Downloads::setTrustFile(const std::string& pathUtf8) {
-  engine_.setTrust(pathUtf8.empty() ? environmentTrust_ : Trust{pathUtf8, {}});
+  engine_.setTrust(pathUtf8.empty() ? environmentTrust_ : TrustedAuthorities{pathUtf8, {}});
 }
 
 }  // namespace playerx::transfers

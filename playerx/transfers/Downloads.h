@@ -5,11 +5,11 @@
 #include <string>
 
 #include "KPB/DownloadInterface.h"
+#include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/Engine.h"
 #include "playerx/transfers/ReportBook.h"
 #include "playerx/transfers/ReportDelivery.h"
 #include "playerx/transfers/TransferSettings.h"
-#include "playerx/transfers/Trust.h"
 #include "playerx/transfers/Tuning.h"
 
 namespace playerx::transfers {
@@ -36,7 +36,7 @@ class Downloads : public KPB::DownloadInterface, public TransferSettings {
  private:
   int refuse(Wish wish, TransferFailure failure);
 
-  const Trust environmentTrust_;
+  const TrustedAuthorities environmentTrust_;
   std::atomic<unsigned long long> lastUid_{0};
   ReportBook book_;
   ReportDelivery delivery_;

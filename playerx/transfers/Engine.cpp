@@ -13,7 +13,7 @@ constexpr std::chrono::milliseconds kLongestWait{60'000};
 
 }  // namespace
 
-Engine::Engine(const Tuning& tuning, ReportDelivery& delivery, Trust trust)
+Engine::Engine(const Tuning& tuning, ReportDelivery& delivery, TrustedAuthorities trust)
     : tuning_(tuning),
       delivery_(delivery),
       trust_(std::move(trust)),
@@ -45,7 +45,7 @@ void Engine::stop(std::shared_ptr<Session> session) {
   post([this, session = std::move(session)] { endSession(session); });
 }
 
-void Engine::setTrust(const Trust& trust) {
+void Engine::setTrust(const TrustedAuthorities& trust) {
   const kvpm::MutexLock lock(mutex_);
   trust_ = trust;
 }

@@ -11,11 +11,11 @@
 #include <vector>
 
 #include "kvpm/Mutex.h"
+#include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/FetchLoop.h"
 #include "playerx/transfers/ReportDelivery.h"
 #include "playerx/transfers/Session.h"
 #include "playerx/transfers/Transfer.h"
-#include "playerx/transfers/Trust.h"
 #include "playerx/transfers/Tuning.h"
 #include "playerx/transfers/WorkQueue.h"
 
@@ -46,7 +46,7 @@ namespace playerx::transfers {
 class Engine {
  public:
   /// `delivery` outlives it.
-  Engine(const Tuning& tuning, ReportDelivery& delivery, Trust trust);
+  Engine(const Tuning& tuning, ReportDelivery& delivery, TrustedAuthorities trust);
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
   ~Engine();
@@ -57,7 +57,7 @@ class Engine {
   void stop(std::shared_ptr<Session> session);
 
   /// For requests made from now on.
-  void setTrust(const Trust& trust);
+  void setTrust(const TrustedAuthorities& trust);
 
  private:
   using Clock = Transfer::Clock;
@@ -90,7 +90,7 @@ class Engine {
   mutable kvpm::Mutex mutex_;
   std::deque<Work> posted_ KVPM_GUARDED_BY(mutex_);
   bool isClosing_ KVPM_GUARDED_BY(mutex_) = false;
-  Trust trust_ KVPM_GUARDED_BY(mutex_);
+  TrustedAuthorities trust_ KVPM_GUARDED_BY(mutex_);
 
   // The engine's thread alone.
   FetchLoop loop_;

@@ -2,6 +2,8 @@
 
 #include <cerrno>
 
+#include "playerx/settings/CurlTrust.h"
+
 namespace playerx::transfers {
 namespace {
 
@@ -37,7 +39,7 @@ Fetch::Fetch(const FetchSpec& spec, FetchSink& sink) : handle_(curl_easy_init())
                    static_cast<long>(spec.connectTimeout.count()));
   curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, spec.freshConnection ? 1L : 0L);
   setSafety();
-  setTrust(spec.trust);
+  applyTrust(handle, spec.trust);
   setCredentials(spec);
   addHeader("Accept-Encoding: identity");
   setRange(spec.range);
@@ -58,21 +60,6 @@ void Fetch::setSafety() {
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
   curl_easy_setopt(handle, CURLOPT_SSLVERSION, CURL_SSLVERSION_TLSv1_2);
-}
-
-void Fetch::setTrust(const Trust& trust) {
-  CURL* const handle = handle_.get();
-  if (!trust.file.empty()) {
-    curl_easy_setopt(handle, CURLOPT_CAINFO, trust.file.c_str());
-    curl_easy_setopt(handle, CURLOPT_PROXY_CAINFO, trust.file.c_str());
-    // The system's folder would add to what was chosen.
-    if (trust.folder.empty()) curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
-  }
-  if (!trust.folder.empty()) {
-    curl_easy_setopt(handle, CURLOPT_CAPATH, trust.folder.c_str());
-    curl_easy_setopt(handle, CURLOPT_PROXY_CAPATH, trust.folder.c_str());
-    if (trust.file.empty()) curl_easy_setopt(handle, CURLOPT_CAINFO, nullptr);
-  }
 }
 
 // The password leaves only when the server asks for it, and in the form that the server asks for:

@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
+#include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/ResumePlan.h"
 #include "playerx/transfers/TransferFailure.h"
-#include "playerx/transfers/Trust.h"
 
 namespace playerx::transfers {
 
@@ -19,7 +19,7 @@ struct FetchSpec {
   std::string url;
   std::string username, password;  ///< for the host of `url` alone; empty: none
   RangeRequest range;
-  Trust trust;
+  TrustedAuthorities trust;
   std::chrono::milliseconds connectTimeout{30'000};  ///< name, connection and handshake
   bool freshConnection = false;                      ///< not one that an earlier request has used
 };
@@ -72,7 +72,6 @@ class Fetch {
   };
 
   void setSafety();
-  void setTrust(const Trust& trust);
   void setCredentials(const FetchSpec& spec);
   void setRange(const RangeRequest& range);
   void addHeader(const std::string& line);

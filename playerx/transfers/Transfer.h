@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/Attempt.h"
 #include "playerx/transfers/Fetch.h"
 #include "playerx/transfers/FetchLoop.h"
@@ -16,7 +17,6 @@
 #include "playerx/transfers/ReportDelivery.h"
 #include "playerx/transfers/RetryPlan.h"
 #include "playerx/transfers/Session.h"
-#include "playerx/transfers/Trust.h"
 #include "playerx/transfers/Tuning.h"
 #include "playerx/transfers/WorkQueue.h"
 
@@ -29,7 +29,7 @@ struct Workshop {
   WorkQueue& files;
   FetchLoop& loop;
   std::function<void(std::function<void()>)> onEngine;  ///< runs work on the engine's thread
-  std::function<Trust()> trust;
+  std::function<TrustedAuthorities()> trust;
 };
 
 /// One session at work: opens its partial, asks for what is missing as often as it takes, has the

@@ -6,7 +6,6 @@
 #include "playerx/transfers/PercentReporter.h"
 #include "playerx/transfers/SpeedWindow.h"
 #include "playerx/transfers/TransferFailure.h"
-#include "playerx/transfers/Trust.h"
 
 namespace playerx::transfers {
 namespace {
@@ -113,22 +112,6 @@ TEST(FailureWordTest, AStatusIsNamedByItsNumber) {
 TEST(FailureWordTest, UnknownNumbersAreFailuresOfThisSide) {
   EXPECT_EQ(failureWord(static_cast<TransferFailure>(99)), "internal");
   EXPECT_EQ(failureWord(static_cast<TransferFailure>(-1)), "internal");
-}
-
-Trust trustOf(const std::map<std::string, std::string>& environment) {
-  return trustOfEnvironment([&](const char* name) -> const char* {
-    const auto found = environment.find(name);
-    return found == environment.end() ? nullptr : found->second.c_str();
-  });
-}
-
-TEST(TrustTest, FollowsTheVariablesThatAreCustomary) {
-  EXPECT_EQ(trustOf({}), Trust{});
-  EXPECT_EQ(trustOf({{"SSL_CERT_FILE", "/f"}}), (Trust{"/f", ""}));
-  EXPECT_EQ(trustOf({{"SSL_CERT_DIR", "/d"}}), (Trust{"", "/d"}));
-  EXPECT_EQ(trustOf({{"SSL_CERT_FILE", "/f"}, {"SSL_CERT_DIR", "/d"}}), (Trust{"/f", "/d"}));
-  EXPECT_EQ(trustOf({{"CURL_CA_BUNDLE", "/b"}, {"SSL_CERT_FILE", "/f"}}), (Trust{"/b", ""}));
-  EXPECT_EQ(trustOf({{"CURL_CA_BUNDLE", ""}, {"SSL_CERT_FILE", "/f"}}), (Trust{"/f", ""}));
 }
 
 }  // namespace
