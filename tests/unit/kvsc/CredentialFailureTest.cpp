@@ -1,5 +1,6 @@
 // What is left when the crypto library will not take the client's credentials.
 #include <gtest/gtest.h>
+#include <openssl/ssl.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -180,6 +181,25 @@ TEST(HandshakeFailureTest, AnExchangeWithoutATlsObjectFails) {
   client.httpGet(server.url(), 0, &result, &session, "", "", SSLV3);
   EXPECT_EQ(result, HTTP_ERROR_FAILED);
   EXPECT_EQ(session.getConnect(), nullptr);
+}
+
+TEST(HandshakeTest, ItsOwnerIsKnownInsideItAlone) {
+  ScriptedServer server(support::TlsSettings{.identity = support::pki::selfSigned()});
+  server.always(Script().readToEnd());
+  static const SSLConnect* seen = nullptr;
+  SSLClient client("LOCALHOST");
+  SSLSession session;
+  session.setUseSSL(true);
+  session.setHost("127.0.0.1");
+  session.setPort(std::to_string(server.port()));
+  watchHandshakes([](const SSL* ssl) {
+    seen = static_cast<const SSLSession*>(SSL_get_app_data(ssl))->getHandshakeOwner();
+  });
+  EXPECT_NE(client.connect(&session), nullptr);
+  watchHandshakes(nullptr);
+  EXPECT_EQ(seen, &client);
+  EXPECT_EQ(session.getHandshakeOwner(), nullptr);
+  client.close(&session);
 }
 
 }  // namespace

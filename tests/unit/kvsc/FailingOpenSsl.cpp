@@ -8,6 +8,7 @@ namespace {
 
 thread_local LibraryCall failing = LibraryCall::kNone;
 thread_local int left = 0;
+thread_local void (*handshakeWatcher)(const SSL*) = nullptr;
 
 bool fails(LibraryCall call) { return call == failing && left-- == 0; }
 
@@ -67,6 +68,12 @@ SSL* __wrap_SSL_new(SSL_CTX* context) {
   return fails(LibraryCall::kSslNew) ? nullptr : __real_SSL_new(context);
 }
 
+int __real_SSL_connect(SSL* ssl);
+int __wrap_SSL_connect(SSL* ssl) {
+  if (handshakeWatcher != nullptr) handshakeWatcher(ssl);
+  return __real_SSL_connect(ssl);
+}
+
 }  // extern "C"
 
 FailingOpenSsl::FailingOpenSsl(LibraryCall call, int passed) {
@@ -75,3 +82,5 @@ FailingOpenSsl::FailingOpenSsl(LibraryCall call, int passed) {
 }
 
 FailingOpenSsl::~FailingOpenSsl() { failing = LibraryCall::kNone; }
+
+void watchHandshakes(void (*watcher)(const SSL* ssl)) { handshakeWatcher = watcher; }

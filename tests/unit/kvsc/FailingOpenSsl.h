@@ -1,5 +1,7 @@
 #pragma once
 
+#include <openssl/types.h>
+
 /// The functions of the crypto library that a program linked with `--wrap` can make fail.
 enum class LibraryCall {
   kNone,
@@ -23,3 +25,6 @@ class FailingOpenSsl {
   FailingOpenSsl& operator=(const FailingOpenSsl&) = delete;
   ~FailingOpenSsl();
 };
+
+/// Is told of every client's handshake on this thread before it begins; null for nobody.
+void watchHandshakes(void (*watcher)(const SSL* ssl));
