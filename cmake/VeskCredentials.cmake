@@ -64,7 +64,10 @@ endfunction()
 # Ends the configuration unless the file is one PEM block of one of the kinds, whole from its first
 # byte to its last.
 function(vesk_check_credential file kinds)
-  if(NOT EXISTS "${file}" OR IS_DIRECTORY "${file}")
+  # Reading it here would end the configuration in words that do not name what to mend.
+  execute_process(COMMAND "${CMAKE_COMMAND}" -E cat "${file}"
+    RESULT_VARIABLE unreadable OUTPUT_QUIET ERROR_QUIET)
+  if(unreadable OR IS_DIRECTORY "${file}")
     vesk_credentials_fail("${file}" "is missing or cannot be read")
   endif()
   file(SIZE "${file}" size)
@@ -118,8 +121,10 @@ function(vesk_mask_credentials variable)
     string(REGEX REPLACE "^.*=" "" name "${pair}")
     list(APPEND files "${folder}/${name}.pem")
   endforeach()
-  # A file that changes is checked again.
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${files})
+  # A file that changes is checked again, also one that only another platform masks.
+  foreach(name IN LISTS VESK_CREDENTIALS_CERTIFICATES VESK_CREDENTIALS_KEYS)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${folder}/${name}.pem")
+  endforeach()
   set(script "${PROJECT_SOURCE_DIR}/cmake/MaskCredentials.cmake")
   set(source "${CMAKE_CURRENT_BINARY_DIR}/MaskedCredentials.cpp")
   add_custom_command(OUTPUT "${source}"

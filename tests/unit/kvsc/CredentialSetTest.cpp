@@ -1,8 +1,10 @@
 // What the configuration of a build says about a set of credentials.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
@@ -22,10 +24,17 @@ class CredentialSet : public testing::Test {
     }
   }
 
-  /// The complaint on one line of single blanks, empty for a good set.
-  std::string complaint() const {
-    support::Process check({VESK_CMAKE, "-DFOLDER=" + folder_.path().string(), "-P",
-                            VESK_SOURCE "/cmake/CheckCredentials.cmake"});
+  /// The complaint on one line of single blanks, empty for a good set. `asWhom` is put in front of
+  /// the command.
+  std::string complaint(const std::vector<std::string>& asWhom = {}) const {
+    std::vector<std::string> command = asWhom;
+    command.insert(command.end(), {VESK_CMAKE, "-DFOLDER=" + folder_.path().string(), "-P",
+                                   VESK_SOURCE "/cmake/CheckCredentials.cmake"});
+    return complaintOf(command);
+  }
+
+  static std::string complaintOf(const std::vector<std::string>& command) {
+    support::Process check(command);
     const bool refused = check.wait() != 0;
     std::string line;
     for (const char c : check.errors()) {
@@ -36,8 +45,13 @@ class CredentialSet : public testing::Test {
     return line;
   }
 
-  void expectComplaint(const std::string& file, const std::string& reason) const {
-    const std::string line = complaint();
+  void expectComplaint(const std::string& file, const std::string& reason,
+                       const std::vector<std::string>& asWhom = {}) const {
+    expectNames(complaint(asWhom), file, reason);
+  }
+
+  void expectNames(const std::string& line, const std::string& file,
+                   const std::string& reason) const {
     const std::string path = (folder_ / file).string();
     EXPECT_NE(line.find("VESK_CREDENTIALS_DIR: " + path + " " + reason), std::string::npos) << line;
   }
@@ -63,6 +77,65 @@ TEST_F(CredentialSet, IsRefusedWithAFolderInTheFilesPlace) {
   std::filesystem::remove(folder_ / kKeyFile);
   std::filesystem::create_directory(folder_ / kKeyFile);
   expectComplaint(kKeyFile, "is missing or cannot be read");
+}
+
+TEST_F(CredentialSet, IsRefusedWithAFileThatMayNotBeRead) {
+  std::vector<std::string> asNobody;
+  // The one user whom no permission stops becomes another.
+  if (geteuid() == 0) asNobody = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+  std::filesystem::permissions(folder_.path(), std::filesystem::perms(0755));
+  for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
+    std::filesystem::permissions(entry.path(), std::filesystem::perms(0644));
+  }
+  EXPECT_EQ(complaint(asNobody), "");
+  std::filesystem::permissions(folder_ / kKeyFile, std::filesystem::perms::none);
+  expectComplaint(kKeyFile, "is missing or cannot be read", asNobody);
+}
+
+/// A small build that takes its credentials from the folder.
+class CredentialBuild : public CredentialSet {
+ protected:
+  CredentialBuild() {
+    source_.write("CMakeLists.txt", R"(cmake_minimum_required(VERSION 3.25)
+project(credentials NONE)
+list(APPEND CMAKE_MODULE_PATH ")" VESK_SOURCE R"(/cmake")
+include(VeskCredentials)
+vesk_mask_credentials(source)
+get_directory_property(watched CMAKE_CONFIGURE_DEPENDS)
+foreach(file IN LISTS watched)
+  message(NOTICE "${file}")
+endforeach()
+)");
+  }
+
+  std::vector<std::string> configuration() const {
+    return {VESK_CMAKE,
+            "-S",
+            source_.path().string(),
+            "-B",
+            (source_ / "build").string(),
+            "-DVESK_CREDENTIALS_DIR=" + folder_.path().string()};
+  }
+
+  support::TempDir source_;
+};
+
+TEST_F(CredentialBuild, EndsAtAFileThatIsDamaged) {
+  folder_.write(kKeyFile, "not a key");
+  expectNames(complaintOf(configuration()), kKeyFile,
+              "is not one PEM block of the kind RSA PRIVATE KEY|PRIVATE KEY");
+}
+
+TEST_F(CredentialBuild, IsConfiguredAnewWhenAnyOfTheFilesChanges) {
+  support::Process configure(configuration());
+  ASSERT_EQ(configure.wait(), 0) << configure.errors();
+  const std::string watched = configure.errors();
+  std::size_t files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
+    EXPECT_NE(watched.find(entry.path().string() + "\n"), std::string::npos) << entry.path();
+    ++files;
+  }
+  EXPECT_EQ(files, 14U);
 }
 
 TEST_F(CredentialSet, IsRefusedWithATextThatPassesTheBuffer) {
