@@ -11,10 +11,19 @@ Impl::HttpDownloadThreadImpl(HttpDownloadThread& owner, KPIM::Context* context)
       talks_([this] { state_.wake(); }),
       plays_([this] { state_.wake(); }) {}
 
-Impl::~HttpDownloadThreadImpl() { close(); }
+Impl::~HttpDownloadThreadImpl() {
+  close();
+  state_.waitForEnd();  // of a run that came after an earlier close
+}
 
 DownloadStatusEnumType Impl::downloadVideo(Item* item) {
   state_.begin();
+  const DownloadStatusEnumType outcome = runLocked(item);
+  state_.end();  // the last word: whoever waited for it may delete the worker
+  return outcome;
+}
+
+DownloadStatusEnumType Impl::runLocked(Item* item) {
   const kvpm::CritLock run(runLock_);
   takeOver(item);
   try {
@@ -25,9 +34,7 @@ DownloadStatusEnumType Impl::downloadVideo(Item* item) {
   }
   closeSession();
   // Nothing cannot be stopped either.
-  const DownloadStatusEnumType outcome = item_ != nullptr ? state_.status() : DownloadStatusFailed;
-  state_.end();
-  return outcome;
+  return item_ != nullptr ? state_.status() : DownloadStatusFailed;
 }
 
 void Impl::takeOver(Item* item) {
@@ -49,13 +56,19 @@ bool Impl::loadLibrary() {
 
 void Impl::stop() {
   state_.askToStop();
+  endRun();
+  state_.stopDone();
+}
+
+/// Waits for a run that was asked to stop, also one that has yet to take the run lock.
+void Impl::endRun() {
   if (reporting_ == std::this_thread::get_id()) {
     stopPresentSession();  // the run cannot end before this very report does
-  } else {
-    const kvpm::CritLock run(runLock_);
-    stopPresentSession();
+    return;
   }
-  state_.stopDone();
+  state_.waitForEnd();
+  const kvpm::CritLock run(runLock_);
+  stopPresentSession();
 }
 
 void Impl::stopPresentSession() {
@@ -69,10 +82,7 @@ void Impl::stopDownload(unsigned long long uid) {
 void Impl::close() {
   if (closed_.exchange(true)) return;
   state_.askToStop();  // for good: a closed worker runs nothing any more
-  {
-    const kvpm::CritLock run(runLock_);
-    stopPresentSession();
-  }
+  endRun();
   // Without the callback mutex: this waits for a report that may hold it.
   if (KPB::DownloadInterface* const library = presentLibrary_) library->setCallback(nullptr);
   plays_.finish();

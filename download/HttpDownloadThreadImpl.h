@@ -64,6 +64,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   };
 
   // The run, step by step. A step that answers false has ended the run, or found it ended.
+  DownloadStatusEnumType runLocked(Item* item);
   void takeOver(Item* item);
   void runItem();
   bool loadLibrary();
@@ -99,6 +100,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   void reportPath(const std::wstring& path);
   bool playAsWished();
   bool play();
+  void endRun();
   void stopPresentSession();
 
   template <class I>

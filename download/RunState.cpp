@@ -1,5 +1,7 @@
 #include "download/RunState.h"
 
+#include <algorithm>
+
 namespace download {
 
 void RunState::prepare() {
@@ -9,6 +11,7 @@ void RunState::prepare() {
 
 void RunState::begin() {
   const kvpm::MutexLock lock(mutex_);
+  inside_.push_back(std::this_thread::get_id());
   if (!announced_) announce();
 }
 
@@ -27,6 +30,18 @@ void RunState::end() {
   const kvpm::MutexLock lock(mutex_);
   announced_ = false;
   cancelToken_.reset();
+  inside_.erase(std::find(inside_.begin(), inside_.end(), std::this_thread::get_id()));
+  changed_.notify_all();
+}
+
+bool RunState::isInsideRun() const {
+  return std::count(inside_.begin(), inside_.end(), std::this_thread::get_id()) != 0;
+}
+
+void RunState::waitForEnd() const {
+  const kvpm::MutexLock lock(mutex_);
+  if (isInsideRun()) return;
+  while (!inside_.empty()) changed_.wait_for(mutex_, kInterval);
 }
 
 DownloadStatusEnumType RunState::status() const {

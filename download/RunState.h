@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <thread>
+#include <vector>
 
 #include "kvpm/Mutex.h"
 #include "kvsc/CancelToken.h"
@@ -15,14 +17,21 @@ namespace download {
 /// first outcome stays. Between runs a stop changes nothing. Owner: the worker. Threads: any.
 class RunState {
  public:
+  /// Makes room for the run, so that entering it cannot fail.
+  RunState() { inside_.reserve(1); }
+
   /// Announces a run: it is running, unless stops are under way, and a stop counts against it.
   void prepare();
 
-  /// Announces a run unless one is announced already.
+  /// The calling thread enters a run. Announces it unless one is announced already.
   void begin();
 
-  /// The run is over; the state stays as it is.
+  /// The calling thread leaves its run, which is over; the state stays as it is. Touches nothing of
+  /// the worker afterwards.
   void end();
+
+  /// Waits until every run that was begun has ended; not for one of the calling thread's own.
+  void waitForEnd() const;
 
   /// 3 (running) or the outcome of the present or last run.
   DownloadStatusEnumType status() const;
@@ -58,15 +67,17 @@ class RunState {
   static constexpr std::chrono::milliseconds kInterval{1000};
 
   void announce() KVPM_REQUIRES(mutex_);
+  bool isInsideRun() const KVPM_REQUIRES(mutex_);
 
   kvsc::CancelToken cancelToken_;
 
   mutable kvpm::Mutex mutex_;
-  std::condition_variable_any changed_;
+  mutable std::condition_variable_any changed_;
   DownloadStatusEnumType status_ KVPM_GUARDED_BY(mutex_) = DownloadStatusStopped;
   bool announced_ KVPM_GUARDED_BY(mutex_) = false;
   bool stopping_ KVPM_GUARDED_BY(mutex_) = false;
   int stops_ KVPM_GUARDED_BY(mutex_) = 0;
+  std::vector<std::thread::id> inside_ KVPM_GUARDED_BY(mutex_);  // a thread for each entered run
 };
 
 template <class Ended>

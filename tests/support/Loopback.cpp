@@ -156,15 +156,16 @@ bool isConnecting(std::uint16_t port) {
 
 RefusingPort::RefusingPort() : fd_(boundSocket()) {}
 
-// The queue is full when an attempt does not come to an end at once.
+// The queue is full when an attempt does not come to an end at once. That attempt is given up: it
+// would be taken for the one that a test waits for.
 SilentPort::SilentPort() : listener_(listenOnLoopback(0)) {
   const sockaddr_in address = loopbackAddress(port());
   for (int attempt = 0; attempt < 64; ++attempt) {
     UniqueFd filler(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     ::connect(filler.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
     pollfd ready{filler.get(), POLLOUT, 0};
-    fillers_.push_back(std::move(filler));
     if (::poll(&ready, 1, 100) == 0) return;
+    fillers_.push_back(std::move(filler));
   }
   throw std::runtime_error("the listener's queue never fills");
 }

@@ -94,6 +94,7 @@ TEST(LoopbackTest, ARefusingPortRefuses) { EXPECT_FALSE(connectToLoopback(Refusi
 
 TEST(LoopbackTest, ASilentPortNeitherAcceptsNorRefuses) {
   const SilentPort silent;
+  EXPECT_FALSE(isConnecting(silent.port()));
   const UniqueFd fd(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   sockaddr_in address{};
   address.sin_family = AF_INET;

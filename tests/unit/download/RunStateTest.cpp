@@ -4,6 +4,7 @@
 #include <future>
 
 #include "download/RunState.h"
+#include "tests/support/LockWaiter.h"
 
 namespace download {
 namespace {
@@ -73,6 +74,37 @@ TEST(RunState, StopsARunThatBeginsDuringAStop) {
   state.begin();
   EXPECT_EQ(state.status(), DownloadStatusStopped);
   EXPECT_TRUE(state.cancelToken().isCancelled());
+}
+
+TEST(RunState, HasAStopWaitForAnEnteredRun) {
+  RunState state;
+  state.begin();
+  support::LockWaiter stop([&] {
+    state.askToStop();
+    state.waitForEnd();
+    state.stopDone();
+  });
+  EXPECT_TRUE(stop.isHeldUp());
+  state.waitForOutcome();
+  EXPECT_TRUE(stop.isHeldUp());  // an outcome is not the end
+  state.end();
+  stop.join();
+}
+
+TEST(RunState, HasNobodyWaitForAnAnnouncedRun) {
+  RunState state;
+  state.prepare();
+  state.waitForEnd();
+  state.begin();
+  state.end();
+  state.waitForEnd();
+}
+
+TEST(RunState, HasNobodyWaitForARunOfHisOwn) {
+  RunState state;
+  state.begin();
+  state.waitForEnd();
+  state.end();
 }
 
 TEST(RunState, WakesTheWaitForTheOutcome) {

@@ -1,9 +1,12 @@
 // Stops, pauses and ends at every moment of a run.
 
+#include <atomic>
 #include <chrono>
 #include <mutex>
 
+#include "download/HttpDownloadThreadImpl.h"
 #include "tests/support/LockWaiter.h"
+#include "tests/support/Loopback.h"
 #include "tests/unit/download/WorkerFixture.h"
 
 namespace {
@@ -70,6 +73,17 @@ TEST_F(WorkerStop, DuringAHandshakeEndsTheRun) {
   ASSERT_TRUE(asked_.wait());
   EXPECT_LT(stop(), kPrompt);
   EXPECT_EQ(ended(), 5);
+}
+
+TEST_F(WorkerStop, DuringAHangingConnectEndsTheRun) {
+  const support::SilentPort silent;
+  auto item = film();
+  item->setUrl(L"http://127.0.0.1:" + std::to_wstring(silent.port()) + L"/movie.vesk");
+  start(std::move(item));
+  ASSERT_TRUE(support::waitFor([&] { return support::isConnecting(silent.port()); }));
+  EXPECT_LT(stop(), kPrompt);
+  EXPECT_EQ(ended(), 5);
+  EXPECT_THAT(reports(), IsEmpty());
 }
 
 TEST_F(WorkerStop, DuringTheQuestionForTheSizeLeavesTheNextRunAlone) {
@@ -167,6 +181,37 @@ TEST_F(WorkerStop, WaitsForTheRunBeforeItStopsTheSession) {
   EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
 }
 
+TEST_F(WorkerStop, ReturnsOnlyAfterTheRunHasReturned) {
+  Gate& leave = gate();
+  std::atomic<bool> reported{false};
+  manager_.onEvent([&](const std::string& line) {
+    if (line != "manager.updateSize 7 7168") return;
+    asked_.open();
+    leave.wait();
+    reported = true;
+  });
+  start(film());
+  ASSERT_TRUE(asked_.wait());
+  support::LockWaiter stopping([&] {
+    worker_->stop();
+    EXPECT_TRUE(reported);
+  });
+  EXPECT_TRUE(stopping.isHeldUp());
+  leave.open();
+  stopping.join();
+  EXPECT_EQ(ended(), 5);
+}
+
+TEST_F(WorkerStop, WaitsForARunThatHasYetToTakeItsLock) {
+  HttpDownloadThread::HttpDownloadThreadImpl impl(*worker_, &context_);
+  impl.state().begin();
+  support::LockWaiter stopping([&] { impl.stop(); });
+  EXPECT_TRUE(stopping.isHeldUp());
+  EXPECT_FALSE(impl.state().isRunning());
+  impl.state().end();
+  stopping.join();
+}
+
 TEST_F(WorkerStop, AfterCompletionDoesNotUndoIt) {
   startAndFetch(film());
   manager_.onEvent([this](const std::string& line) {
@@ -204,6 +249,24 @@ TEST_F(WorkerStop, OfASessionByItsIdReturnsAtOnce) {
   startAndFetch(film());
   worker_->stopDownload(5);
   EXPECT_THAT(library_.stopped(), ElementsAre(5u));
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+}
+
+TEST_F(WorkerStop, OfASessionByItsIdDoesNotWaitForAReport) {
+  Gate& leave = gate();
+  manager_.onEvent([&](const std::string& line) {
+    if (line != "manager.updateDownloadProgress 7 1") return;
+    asked_.open();
+    leave.wait();
+  });
+  startAndReport(film());
+  library_.onOwnThread([this] { library_.progress(kUid, 1); });
+  ASSERT_TRUE(asked_.wait());
+  worker_->stopDownload(kUid);
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
+  leave.open();
+  EXPECT_TRUE(library_.waitUntilIdle());
   library_.complete(kUid);
   EXPECT_EQ(ended(), 4);
 }
@@ -283,60 +346,6 @@ TEST_F(WorkerStop, OfManyRunsAtAnyMomentNeverHangs) {
   }
 }
 
-TEST_F(WorkerStop, ByClosingUnregistersFromTheLibrary) {
-  startAndFetch(film());
-  worker_->close();
-  EXPECT_EQ(ended(), 5);
-  EXPECT_FALSE(library_.hasCallback());
-}
-
-TEST_F(WorkerStop, ByClosingStopsTheSession) {
-  startAndFetch(film());
-  worker_->close();
-  EXPECT_EQ(ended(), 5);
-  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
-}
-
-TEST_F(WorkerStop, ByClosingWaitsForAReportWithoutHoldingItUp) {
-  Gate& inside = gate();
-  Gate& leave = gate();
-  manager_.onEvent([&](const std::string& line) {
-    if (line != "manager.updateDownloadProgress 7 1") return;
-    inside.open();
-    leave.wait();
-  });
-  startAndFetch(film());
-  library_.onOwnThread([this] { library_.progress(kUid, 1); });
-  ASSERT_TRUE(inside.wait());
-  auto closing = elsewhere([this] { worker_->close(); });
-  leave.open();
-  EXPECT_TRUE(returned(closing));
-  EXPECT_EQ(ended(), 5);
-  EXPECT_TRUE(library_.waitUntilIdle());
-}
-
-TEST_F(WorkerStop, ByClosingEndsEveryLaterRun) {
-  worker_->close();
-  worker_->close();
-  EXPECT_EQ(run(film()), 5);
-  worker_->prepare();
-  EXPECT_EQ(run(film()), 5);
-  EXPECT_THAT(reports(), IsEmpty());
-}
-
-TEST_F(WorkerStop, ByDestructionEndsTheRun) {
-  startAndFetch(film());
-  library_.onOwnThread([this] {
-    for (int percent = 0; percent <= 100; ++percent) library_.progress(kUid, percent);
-  });
-  worker_->close();
-  EXPECT_EQ(ended(), 5);
-  worker_.reset();
-  EXPECT_EQ(context_.holds(KPB::DIN_Download), 0);
-  EXPECT_FALSE(library_.hasCallback());
-  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
-}
-
 TEST_F(WorkerStop, AfterARunReleasesItsSession) {
   player_.setCurrentMediaId(kUid);  // the run itself leaves the session alone
   startAndFetch(film());
@@ -371,24 +380,6 @@ TEST_F(WorkerStop, MayComeFromWithinAReport) {
   EXPECT_EQ(ended(), 5);
   EXPECT_TRUE(library_.waitUntilIdle());
   EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
-}
-
-TEST_F(WorkerStop, MayComeFromAPlayDuringTheDestruction) {
-  manager_.onEvent([this, worker = worker_.get()](const std::string& line) {
-    if (line != "manager.play 7") return;
-    asked_.open();
-    log_.waitFor("library.callback none");  // the worker is closing
-    worker->stop();
-  });
-  auto item = film();
-  item->setAutoProgressivePlayback(true);
-  startAndReport(std::move(item));
-  library_.onOwnThread([this] { library_.progress(kUid, 50); });
-  ASSERT_TRUE(asked_.wait());
-  worker_->stop();
-  EXPECT_EQ(ended(), 5);
-  EXPECT_TRUE(library_.waitUntilIdle());
-  worker_.reset();
 }
 
 }  // namespace
