@@ -23,7 +23,7 @@ class KPXPreferences {
 
   /// The value stored under `key`, converted to `T`; `defaultValue` when there is no settings
   /// object, no valid value, or an empty one. The third argument has no effect. Provided for
-  /// `QString`.
+  /// `QString`. A value that the host has set for this process alone comes before all of these.
   template <class T>
   static T getPreferenceHelper(const QString& key, const T& defaultValue, bool unused);
 };
