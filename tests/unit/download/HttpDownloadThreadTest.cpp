@@ -13,6 +13,11 @@ namespace {
 
 using support::slotOf;
 
+// An operation added to the interface comes to lie behind its last one.
+struct ExtendedFace : DownloadThreadInterface {
+  virtual void behindTheLast() = 0;
+};
+
 TEST(HttpDownloadThread, CreatesThePlayersPreferencesWhenThereAreNone) {
   support::FakeContext context;
   QCoreApplication::setOrganizationName("Organisation");
@@ -46,11 +51,14 @@ TEST(HttpDownloadThread, TakesPreferencesThatAreThereThenDeletesThem) {
 TEST(HttpDownloadThread, HasTheWorkersFace) {
   EXPECT_TRUE((std::is_base_of_v<DownloadThreadInterface, HttpDownloadThread>));
   EXPECT_TRUE(std::has_virtual_destructor_v<DownloadThreadInterface>);
+  EXPECT_TRUE(std::is_abstract_v<DownloadThreadInterface>);
+  EXPECT_EQ(sizeof(DownloadThreadInterface), sizeof(void*));  // no fields
   EXPECT_EQ(slotOf(&DownloadThreadInterface::getItem), 2);
   EXPECT_EQ(slotOf(&DownloadThreadInterface::downloadVideo), 3);
   EXPECT_EQ(slotOf(&DownloadThreadInterface::stop), 4);
   EXPECT_EQ(slotOf(&DownloadThreadInterface::setInterfaces), 5);
   EXPECT_EQ(slotOf(&DownloadThreadInterface::stopDownload), 6);
+  EXPECT_EQ(slotOf(&ExtendedFace::behindTheLast), 7);
 }
 
 class WorkerFace : public support::WorkerTest {};
