@@ -31,6 +31,12 @@ TEST(LocalFilePlacement, TakesTheLastPartOfTheAddress) {
                {"http://h/a.vesk?x?y", L"a.vesk"},
                {"http://h/a.vesk?path=/x/y", L"y"},
                {"http://h/\xC3\xA4.vesk", L"\u00e4.vesk"},
+               {"http://h/movie.vesk#t=1", L"movie.vesk#t=1"},
+               {"http://h/a%23b.vesk", L"a#b.vesk"},
+               {"http://h/a%3cb%41.vesk", L"a%3cb%41.vesk"},
+               {"http://h/\xFF.vesk", L"\uFFFD.vesk"},
+               {"?x", L"Unknown.vesk"},
+               {"http://h/..?x", L"Unknown.vesk"},
                {"http://h/..", L"Unknown.vesk"},
                {"http://h/.", L"Unknown.vesk"}};
   for (const auto& row : table) EXPECT_EQ(mediaFileName(row.url), row.name) << row.url;
@@ -61,8 +67,14 @@ TEST(LocalFilePlacement, WritesNumbersInDecimal) {
   EXPECT_EQ(freePathIn(L"/m/", L"a.b.vesk", among(taken)), L"/m/a.b[12].vesk");
 }
 
+TEST(LocalFilePlacement, PutsTheNumberBeforeADotWhereverItIs) {
+  EXPECT_EQ(freePathIn(L"/m/", L".vesk", among({L"/m/.vesk"})), L"/m/[1].vesk");
+  EXPECT_EQ(freePathIn(L"/m/", L"movie.", among({L"/m/movie."})), L"/m/movie[1].");
+}
+
 TEST(LocalFilePlacement, PutsTheNumberBehindANameWithoutDot) {
   EXPECT_EQ(freePathIn(L"/m/", L"movie", among({L"/m/movie"})), L"/m/movie[1]");
+  EXPECT_EQ(freePathIn(L"/m.d/", L"movie", among({L"/m.d/movie"})), L"/m.d/movie[1]");
   EXPECT_EQ(freePathLike(L"/m.d/movie", among({L"/m.d/movie"})), L"/m.d/movie[2]");
 }
 
@@ -91,6 +103,24 @@ TEST_F(PlacementInAFolder, AvoidsFilesThatExist) {
   dir_.write("movie.vesk", "x");
   dir_.write("movie[1].vesk", "x");
   EXPECT_EQ(place("http://h/movie.vesk"), (dir_ / "movie[2].vesk").wstring());
+}
+
+TEST_F(PlacementInAFolder, NumbersTheUnknownToo) {
+  dir_.write("Unknown.vesk", "x");
+  EXPECT_EQ(place("http://h/"), (dir_ / "Unknown[1].vesk").wstring());
+}
+
+TEST_F(PlacementInAFolder, PutsASeparatorBehindAFolderThatEndsInOne) {
+  const std::wstring folder = dir_.path().wstring() + L"/";
+  KPXPreferences::userSettings->setValue("General/MediaFolder", QString::fromStdWString(folder));
+  EXPECT_EQ(place("http://h/movie.vesk"), folder + L"/movie.vesk");
+}
+
+TEST_F(PlacementInAFolder, UsesTheDefaultFolderWithoutSettings) {
+  delete std::exchange(KPXPreferences::userSettings, nullptr);
+  const std::string name = dir_.path().filename().string() + ".vesk";  // nobody else's
+  EXPECT_EQ(place("http://h/" + name), KPXPreferences::MediaFolder_DEFAULT.toStdWString() + L"/" +
+                                           std::wstring(name.begin(), name.end()));
 }
 
 TEST_F(PlacementInAFolder, UsesTheDefaultFolderWithoutAPreference) {
