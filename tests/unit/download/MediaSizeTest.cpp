@@ -5,6 +5,7 @@
 
 #include "download/MediaSize.h"
 #include "tests/support/Gate.h"
+#include "tests/support/Loopback.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TestPki.h"
 
@@ -56,6 +57,24 @@ TEST_F(MediaSize, FollowsALocationWithoutTheLineEnd) {
   answer("/there", "Content-Length: 7\r\n");
   EXPECT_EQ(sizeOf("/here"), 7u);
   EXPECT_EQ(server_.connectionCount(), 2u);
+}
+
+TEST_F(MediaSize, IsTheLengthEvenWithALocation) {
+  answer("/film.avi", locationOf("/there") + "Content-Length: 42\r\n");
+  EXPECT_EQ(sizeOf("/film.avi"), 42u);
+  EXPECT_EQ(server_.connectionCount(), 1u);
+}
+
+TEST_F(MediaSize, IsZeroWhenTheTargetFails) {
+  answer("/here", locationOf("/gone"));
+  answer("/gone", "Content-Length: 7\r\n", "404 Not Found");
+  EXPECT_EQ(sizeOf("/here"), 0u);
+  EXPECT_EQ(server_.connectionCount(), 2u);
+  const support::RefusingPort closed;
+  answer("/away",
+         "Location: " + support::loopbackUrl("http", "127.0.0.1", closed.port(), "/film.avi") +
+             "\r\n");
+  EXPECT_EQ(sizeOf("/away"), 0u);
 }
 
 TEST_F(MediaSize, FollowsMoreStepsThanTheClientWouldByItself) {
