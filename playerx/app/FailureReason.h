@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
 
 namespace playerx {
@@ -13,19 +11,6 @@ struct FailureReason {
 
   bool operator==(const FailureReason&) const = default;
 };
-
-/// What a second look at the server found.
-struct ProbeResult {
-  int curlCode = 0;          ///< libcurl's result
-  long status = 0;           ///< HTTP status of the last answer; 0 when there was none
-  long redirects = 0;        ///< followed
-  std::int64_t length = -1;  ///< announced bytes; -1 when none were announced
-  std::string host;          ///< of the address asked
-  std::string detail;        ///< libcurl's own words; may be empty
-};
-
-/// The reason that a second look at the server shows; none when the server answered as it should.
-std::optional<FailureReason> reasonFromProbe(const ProbeResult& probe);
 
 /// What the server of `host` says cannot be understood.
 FailureReason badAnswer(const std::string& host);

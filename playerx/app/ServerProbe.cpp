@@ -51,7 +51,7 @@ ProbeResult probeServer(const std::string& url, const TrustedAuthorities& author
   result.host = hostOf(url);
   const CurlHandle curl(curl_easy_init(), curl_easy_cleanup);
   if (curl == nullptr) {
-    result.curlCode = CURLE_FAILED_INIT;
+    result.end.code = CURLE_FAILED_INIT;
     return result;
   }
   std::array<char, CURL_ERROR_SIZE> words{};
@@ -61,10 +61,9 @@ ProbeResult probeServer(const std::string& url, const TrustedAuthorities& author
   curl_easy_setopt(curl.get(), CURLOPT_XFERINFOFUNCTION, progress);
   curl_easy_setopt(curl.get(), CURLOPT_XFERINFODATA, &stop);
 
-  result.curlCode = curl_easy_perform(curl.get());
-  result.detail = words.data();
+  result.end = curlEndOf(curl.get(), curl_easy_perform(curl.get()));
+  result.detail = words[0] != '\0' ? words.data() : curl_easy_strerror(result.end.code);
   curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &result.status);
-  curl_easy_getinfo(curl.get(), CURLINFO_REDIRECT_COUNT, &result.redirects);
   curl_off_t length = -1;
   curl_easy_getinfo(curl.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   result.length = length;

@@ -3,7 +3,7 @@
 #include <stop_token>
 #include <string>
 
-#include "playerx/app/FailureReason.h"
+#include "playerx/app/ProbeReason.h"
 #include "playerx/settings/TrustedAuthorities.h"
 
 namespace playerx {

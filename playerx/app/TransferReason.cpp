@@ -4,6 +4,11 @@ namespace playerx {
 
 namespace {
 
+/// The technical words in brackets, where there are any.
+std::string inBrackets(const std::string& detail) {
+  return detail.empty() ? "" : " (" + detail + ")";
+}
+
 std::string sentenceOfNoSpace(const TransferReport& report) {
   const std::string media = report.wishedPath.substr(0, report.wishedPath.rfind('/'));
   // The technical words begin with the file that could not be written.
@@ -31,8 +36,12 @@ std::string sentenceOf(TransferFailure failure, const TransferReport& report,
       return host + " does not accept connections; try again when the server is up.";
     case TransferFailure::kTimeout:
       return host + " did not answer in time; try again later.";
+    case TransferFailure::kNetwork:
+      return host + " could not be reached" + inBrackets(report.detail) +
+             "; check the network connection, and try again later.";
     case TransferFailure::kTls:
-      return "No secure connection to " + host + " could be made.";
+      return "No secure connection to " + host +
+             " could be made; the server may be too old or ask for a certificate.";
     case TransferFailure::kCertificate:
       return "The certificate of " + host +
              " cannot be trusted; if the server is your own, name its certificate authority with "
@@ -40,6 +49,7 @@ std::string sentenceOf(TransferFailure failure, const TransferReport& report,
     case TransferFailure::kTrustFile:
       return "The file of trusted certificates cannot be read; check --cacert.";
     case TransferFailure::kRedirectLoop:
+      return host + " sends the player round in circles; ask the provider for another address.";
     case TransferFailure::kBadRedirect:
       return badRedirect(host).sentence;
     case TransferFailure::kDropped:
@@ -49,7 +59,7 @@ std::string sentenceOf(TransferFailure failure, const TransferReport& report,
     case TransferFailure::kStalled:
       return host + " stopped sending; what has arrived is kept, retry later.";
     case TransferFailure::kBadAnswer:
-      return host + " gave an answer that makes no sense; try again later.";
+      return badAnswer(host).sentence;
     case TransferFailure::kKeepsChanging:
       return "The film at " + host + " changed while it was downloaded; retry later.";
     case TransferFailure::kNoSpace:
@@ -62,7 +72,8 @@ std::string sentenceOf(TransferFailure failure, const TransferReport& report,
       return "The film cannot be written to " + report.wishedPath +
              "; check the media folder, or choose another with --media, and retry.";
     default:
-      return "The transfer from " + host + " failed; try again later.";
+      return "The film could not be fetched from " + host + inBrackets(report.detail) +
+             "; try again later.";
   }
 }
 

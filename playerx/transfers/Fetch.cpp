@@ -1,8 +1,7 @@
 #include "playerx/transfers/Fetch.h"
 
-#include <cerrno>
-
 #include "playerx/settings/CurlTrust.h"
+#include "playerx/transfers/CurlFailure.h"
 
 namespace playerx::transfers {
 namespace {
@@ -87,75 +86,8 @@ void Fetch::addHeader(const std::string& line) {
   headers_.reset(longer);
 }
 
-long Fetch::numberOf(CURLINFO info) const {
-  long number = 0;
-  curl_easy_getinfo(handle_.get(), info, &number);
-  return number;
-}
-
-TransferFailure Fetch::connectFailure() const {
-  switch (numberOf(CURLINFO_OS_ERRNO)) {
-    case ECONNREFUSED:
-      return TransferFailure::kRefused;
-    case ETIMEDOUT:
-      return TransferFailure::kTimeout;
-    default:
-      return TransferFailure::kNetwork;
-  }
-}
-
-TransferFailure Fetch::failureOf(CURLcode code) const {
-  const long fromProxy = numberOf(CURLINFO_HTTP_CONNECTCODE);
-  if (fromProxy >= 300) return failureOfStatus(static_cast<int>(fromProxy));
-  switch (code) {
-    case CURLE_OK:
-      return TransferFailure::kNone;
-    case CURLE_COULDNT_RESOLVE_HOST:
-      return TransferFailure::kNoSuchHost;
-    case CURLE_COULDNT_RESOLVE_PROXY:
-      return TransferFailure::kNoSuchProxy;
-    case CURLE_COULDNT_CONNECT:
-      return connectFailure();
-    case CURLE_OPERATION_TIMEDOUT:
-      return TransferFailure::kTimeout;
-    case CURLE_INTERFACE_FAILED:
-    case CURLE_PROXY:
-      return TransferFailure::kNetwork;
-    case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_SSL_ISSUER_ERROR:
-    case CURLE_SSL_INVALIDCERTSTATUS:
-      return TransferFailure::kCertificate;
-    case CURLE_SSL_CACERT_BADFILE:
-      return TransferFailure::kTrustFile;
-    case CURLE_SSL_CONNECT_ERROR:
-    case CURLE_SSL_CIPHER:
-    case CURLE_USE_SSL_FAILED:
-      return TransferFailure::kTls;
-    case CURLE_TOO_MANY_REDIRECTS:
-      return TransferFailure::kRedirectLoop;
-    case CURLE_URL_MALFORMAT:
-      return TransferFailure::kBadRedirect;
-    case CURLE_UNSUPPORTED_PROTOCOL:
-      // Also the library's word for an answer that does not begin as one.
-      return numberOf(CURLINFO_REDIRECT_COUNT) > 0 ? TransferFailure::kBadRedirect
-                                                   : TransferFailure::kBadAnswer;
-    case CURLE_PARTIAL_FILE:
-    case CURLE_GOT_NOTHING:
-    case CURLE_SEND_ERROR:
-    case CURLE_RECV_ERROR:
-    case CURLE_HTTP2:
-    case CURLE_HTTP2_STREAM:
-      return TransferFailure::kDropped;
-    case CURLE_WEIRD_SERVER_REPLY:
-    case CURLE_WRITE_ERROR:
-      return TransferFailure::kBadAnswer;
-    default:
-      return TransferFailure::kInternal;
-  }
-}
-
 FetchOutcome Fetch::outcomeOf(CURLcode code) const {
-  const TransferFailure failure = failureOf(code);
+  const TransferFailure failure = failureOf(curlEndOf(handle_.get(), code));
   if (failure == TransferFailure::kNone) return {};
   return {failure, error_[0] != '\0' ? error_ : curl_easy_strerror(code)};
 }

@@ -75,9 +75,6 @@ class Fetch {
   void setCredentials(const FetchSpec& spec);
   void setRange(const RangeRequest& range);
   void addHeader(const std::string& line);
-  TransferFailure connectFailure() const;
-  TransferFailure failureOf(CURLcode code) const;
-  long numberOf(CURLINFO info) const;
 
   std::unique_ptr<curl_slist, ListFree> headers_;
   char error_[CURL_ERROR_SIZE] = {};

@@ -1,14 +1,17 @@
-#include <curl/curl.h>
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 #include "playerx/app/FailureExplainer.h"
 #include "playerx/app/FailureReason.h"
+#include "playerx/app/ProbeReason.h"
+#include "playerx/app/TransferReason.h"
 
 namespace playerx {
 namespace {
 
-ProbeResult probe(int curlCode, long status = 0, std::int64_t length = -1) {
-  return {curlCode, status, 0, length, "films.test", ""};
+ProbeResult probe(const CurlEnd& end, long status = 0, std::int64_t length = -1) {
+  return {end, status, length, "films.test", ""};
 }
 
 std::string codeOf(const ProbeResult& result) {
@@ -17,32 +20,47 @@ std::string codeOf(const ProbeResult& result) {
 }
 
 TEST(FailureReasonTest, EachWayToFailHasACodeOfItsOwn) {
-  EXPECT_EQ(codeOf(probe(CURLE_COULDNT_RESOLVE_HOST)), "no_such_host");
-  EXPECT_EQ(codeOf(probe(CURLE_COULDNT_CONNECT)), "refused");
-  EXPECT_EQ(codeOf(probe(CURLE_PEER_FAILED_VERIFICATION)), "certificate");
-  EXPECT_EQ(codeOf(probe(CURLE_SSL_CONNECT_ERROR)), "tls");
-  EXPECT_EQ(codeOf(probe(CURLE_OPERATION_TIMEDOUT)), "timeout");
-  EXPECT_EQ(codeOf(probe(CURLE_TOO_MANY_REDIRECTS)), "redirect_loop");
-  EXPECT_EQ(codeOf(probe(CURLE_GOT_NOTHING)), "bad_answer");
-  EXPECT_EQ(codeOf(probe(CURLE_FAILED_INIT)), "network");
-  EXPECT_EQ(codeOf(probe(CURLE_OK, 404)), "http_404");
-  EXPECT_EQ(codeOf(probe(CURLE_OK, 403)), "http_403");
-  EXPECT_EQ(codeOf(probe(CURLE_OK, 500)), "http_500");
-  EXPECT_EQ(codeOf(probe(CURLE_OK, 418)), "http_418");
-  EXPECT_EQ(codeOf(probe(CURLE_OK, 200)), "no_length");
-  EXPECT_EQ(codeOf(probe(CURLE_OK, 200, 0)), "empty_file");
+  EXPECT_EQ(codeOf(probe({CURLE_COULDNT_RESOLVE_HOST})), "no_such_host");
+  EXPECT_EQ(codeOf(probe({CURLE_COULDNT_CONNECT, 0, ECONNREFUSED})), "refused");
+  EXPECT_EQ(codeOf(probe({CURLE_PEER_FAILED_VERIFICATION})), "certificate");
+  EXPECT_EQ(codeOf(probe({CURLE_SSL_CONNECT_ERROR})), "tls");
+  EXPECT_EQ(codeOf(probe({CURLE_OPERATION_TIMEDOUT})), "timeout");
+  EXPECT_EQ(codeOf(probe({CURLE_TOO_MANY_REDIRECTS})), "redirect_loop");
+  EXPECT_EQ(codeOf(probe({CURLE_GOT_NOTHING})), "bad_answer");
+  EXPECT_EQ(codeOf(probe({CURLE_FAILED_INIT})), "internal");
+  EXPECT_EQ(codeOf(probe({CURLE_OK}, 404)), "http_404");
+  EXPECT_EQ(codeOf(probe({CURLE_OK}, 403)), "http_403");
+  EXPECT_EQ(codeOf(probe({CURLE_OK}, 500)), "http_500");
+  EXPECT_EQ(codeOf(probe({CURLE_OK}, 418)), "http_418");
+  EXPECT_EQ(codeOf(probe({CURLE_OK}, 200)), "no_length");
+  EXPECT_EQ(codeOf(probe({CURLE_OK}, 200, 0)), "empty_file");
 }
 
 TEST(FailureReasonTest, AServerThatAnswersAsItShouldExplainsNothing) {
-  EXPECT_EQ(reasonFromProbe(probe(CURLE_OK, 200, 5)), std::nullopt);
+  EXPECT_EQ(reasonFromProbe(probe({CURLE_OK}, 200, 5)), std::nullopt);
 }
 
-TEST(FailureReasonTest, WhereTheServerSentThePlayerIsNotWhatTheUserAskedFor) {
-  for (const int code : {CURLE_UNSUPPORTED_PROTOCOL, CURLE_URL_MALFORMAT}) {
-    EXPECT_EQ(codeOf({code, 302, 1, -1, "films.test", ""}), "bad_redirect");
+TEST(FailureReasonTest, ASecondLookSaysWhatATransferThatEndedSoSays) {
+  using enum TransferFailure;
+  const CurlEnd ends[] = {{CURLE_SSL_CACERT_BADFILE},
+                          {CURLE_TOO_MANY_REDIRECTS},
+                          {CURLE_SSL_CONNECT_ERROR},
+                          {CURLE_COULDNT_CONNECT, 0, ETIMEDOUT},
+                          {CURLE_PROXY},
+                          {CURLE_UNSUPPORTED_PROTOCOL, 1},
+                          {CURLE_FAILED_INIT},
+                          {CURLE_RECV_ERROR, 0, 0, 407}};
+  for (const CurlEnd& end : ends) {
+    TransferReport report;
+    report.failure = failureOf(end);
+    EXPECT_EQ(reasonFromProbe(probe(end)), reasonFromTransfer(report, "films.test")) << end.code;
   }
-  EXPECT_EQ(codeOf(probe(CURLE_UNSUPPORTED_PROTOCOL)), "bad_answer");
-  EXPECT_EQ(codeOf(probe(CURLE_URL_MALFORMAT)), "unsupported_url");
+}
+
+TEST(FailureReasonTest, AQuestionThatBreaksOffHasNoProperAnswer) {
+  for (const CURLcode code : {CURLE_PARTIAL_FILE, CURLE_RECV_ERROR, CURLE_GOT_NOTHING}) {
+    EXPECT_EQ(reasonFromProbe(probe({code})), badAnswer("films.test"));
+  }
 }
 
 TEST(FailureReasonTest, ALackOfSpaceForAnUnknownSizeIsAskedAbout) {
@@ -66,7 +84,7 @@ TEST(FailureReasonTest, OnlyNonsenseOverrulesALackOfSpace) {
 }
 
 TEST(FailureReasonTest, SentencesNameTheHost) {
-  EXPECT_EQ(reasonFromProbe(probe(CURLE_COULDNT_RESOLVE_HOST))->sentence,
+  EXPECT_EQ(reasonFromProbe(probe({CURLE_COULDNT_RESOLVE_HOST}))->sentence,
             "There is no host named films.test; check the address and the network connection.");
   EXPECT_NE(reasonFromStatus(404, "films.test").sentence.find("films.test"), std::string::npos);
 }

@@ -6,7 +6,7 @@
 #include <set>
 #include <sstream>
 
-#include "playerx/app/FailureReason.h"
+#include "playerx/app/ProbeReason.h"
 #include "playerx/transfers/TransferFailure.h"
 #include "tests/support/TempDir.h"
 
@@ -73,7 +73,8 @@ TEST(ReasonCodesTest, WhateverASecondLookFindsIsInTheDocument) {
   const Codes known = codesInDocument();
   for (int code = 1; code < CURL_LAST; ++code) {
     for (const long redirects : {0L, 1L}) {
-      const auto reason = reasonFromProbe({code, 0, redirects, -1, "films.test", ""});
+      const auto reason =
+          reasonFromProbe({{static_cast<CURLcode>(code), redirects}, 0, -1, "films.test", ""});
       ASSERT_TRUE(reason);
       EXPECT_TRUE(known.contains(reason->code)) << reason->code;
     }

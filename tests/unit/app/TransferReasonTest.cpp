@@ -35,6 +35,19 @@ TEST(TransferReasonTest, ABadRedirectIsSaidAsTheSecondLookSaysIt) {
             badRedirect("films.test"));
 }
 
+TEST(TransferReasonTest, ALoopOfRedirectsIsSaidToBeOne) {
+  EXPECT_EQ(sentenceOf(broken(TransferFailure::kRedirectLoop)),
+            "films.test sends the player round in circles; ask the provider for another address.");
+}
+
+TEST(TransferReasonTest, TechnicalWordsStandInBrackets) {
+  EXPECT_EQ(sentenceOf(broken(TransferFailure::kNetwork, "Network unreachable")),
+            "films.test could not be reached (Network unreachable); check the network connection, "
+            "and try again later.");
+  EXPECT_EQ(sentenceOf(broken(TransferFailure::kInternal)),
+            "The film could not be fetched from films.test; try again later.");
+}
+
 TEST(TransferReasonTest, AStatusIsSaidAsTheSecondLookSaysIt) {
   EXPECT_EQ(reasonFromTransfer(broken(failureOfStatus(404)), "films.test"),
             reasonFromStatus(404, "films.test"));
