@@ -20,9 +20,9 @@
 #include "plugin/DownloadManager.h"
 #include "plugin/DownloadQueue.h"
 #include "plugin/EventCount.h"
-#include "plugin/HostServices.h"
 #include "plugin/OperationLock.h"
 #include "plugin/ProgressReports.h"
+#include "plugin/ServicesLookup.h"
 #include "plugin/WorkerFace.h"
 
 /// State and locks of the download manager, and the body of its scheduler thread.
@@ -197,7 +197,7 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   // Synchronised by themselves.
   EventCount events_;  ///< something has changed that the scheduler, or `play`, may wait for
   AttachedView view_;
-  OnlineServices services_;
+  ServicesLookup services_;
   Confirmations confirmations_;
   std::atomic<bool> paused_{false};        ///< by the user
   std::atomic<bool> changingHead_{false};  ///< for the length of a move of the first item

@@ -19,14 +19,14 @@ bool loadService(KPIM::Helper<I>& service, KPIM::Context* context, const char* i
 /// The online services, looked up at the first use and kept from then on.
 ///
 /// Safe on all threads. A service that cannot be found is looked up anew at the next use.
-class OnlineServices {
+class ServicesLookup {
  public:
   using Service = KPIM::Helper<VeskPlayerX::ZPSServicesInterface>;
 
   /// `context` is not owned and outlives this object.
-  explicit OnlineServices(KPIM::Context* context) : context_(context) {}
-  OnlineServices(const OnlineServices&) = delete;
-  OnlineServices& operator=(const OnlineServices&) = delete;
+  explicit ServicesLookup(KPIM::Context* context) : context_(context) {}
+  ServicesLookup(const ServicesLookup&) = delete;
+  ServicesLookup& operator=(const ServicesLookup&) = delete;
 
   /// The services, held as long as the result lives; null when they are not there.
   std::shared_ptr<Service> find();

@@ -2,7 +2,7 @@
 
 #include "VeskPlayerX/InterfaceIds.h"
 #include "VeskPlayerX/PlayerInterface.h"
-#include "plugin/HostServices.h"
+#include "plugin/ServicesLookup.h"
 #include "tests/support/fakes/FakeContext.h"
 #include "tests/support/fakes/FakePlayer.h"
 #include "tests/support/fakes/FakeServices.h"
@@ -12,7 +12,7 @@ namespace {
 using VeskPlayerX::DIN_Player;
 using VeskPlayerX::DIN_ZPSServices;
 
-class HostServicesTest : public ::testing::Test {
+class ServicesLookupTest : public ::testing::Test {
  protected:
   support::EventLog log_;
   support::FakeContext context_;
@@ -20,7 +20,7 @@ class HostServicesTest : public ::testing::Test {
   support::FakePlayer player_{log_};
 };
 
-TEST_F(HostServicesTest, AServiceIsHeldAsLongAsItsHelperLives) {
+TEST_F(ServicesLookupTest, AServiceIsHeldAsLongAsItsHelperLives) {
   context_.offer<VeskPlayerX::PlayerInterface>(DIN_Player, &player_);
   {
     KPIM::Helper<VeskPlayerX::PlayerInterface> helper(DIN_Player);
@@ -33,15 +33,15 @@ TEST_F(HostServicesTest, AServiceIsHeldAsLongAsItsHelperLives) {
   EXPECT_FALSE(context_.wasAskedToChooseOtherwise());
 }
 
-TEST_F(HostServicesTest, AServiceThatNobodyOffersIsNotThere) {
+TEST_F(ServicesLookupTest, AServiceThatNobodyOffersIsNotThere) {
   KPIM::Helper<VeskPlayerX::PlayerInterface> helper(DIN_Player);
   EXPECT_FALSE(loadService(helper, &context_, DIN_Player));
 }
 
-TEST_F(HostServicesTest, TheOnlineServicesAreLookedUpOnceAndKept) {
+TEST_F(ServicesLookupTest, TheOnlineServicesAreLookedUpOnceAndKept) {
   context_.offer<VeskPlayerX::ZPSServicesInterface>(DIN_ZPSServices, &services_);
   {
-    OnlineServices online(&context_);
+    ServicesLookup online(&context_);
     EXPECT_EQ(context_.holds(DIN_ZPSServices), 0) << "not before they are needed";
     ASSERT_NE(online.find(), nullptr);
     EXPECT_EQ(online.find()->get(), &services_);
@@ -51,8 +51,8 @@ TEST_F(HostServicesTest, TheOnlineServicesAreLookedUpOnceAndKept) {
   EXPECT_EQ(context_.holds(DIN_ZPSServices), 0);
 }
 
-TEST_F(HostServicesTest, OnlineServicesThatWereNotThereAreLookedUpAnew) {
-  OnlineServices online(&context_);
+TEST_F(ServicesLookupTest, OnlineServicesThatWereNotThereAreLookedUpAnew) {
+  ServicesLookup online(&context_);
   EXPECT_EQ(online.find(), nullptr);
   context_.offer<VeskPlayerX::ZPSServicesInterface>(DIN_ZPSServices, &services_);
   context_.answer(DIN_ZPSServices, KPIM::kLoadFailed);

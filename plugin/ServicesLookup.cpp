@@ -1,8 +1,8 @@
-#include "plugin/HostServices.h"
+#include "plugin/ServicesLookup.h"
 
 #include "VeskPlayerX/InterfaceIds.h"
 
-std::shared_ptr<OnlineServices::Service> OnlineServices::find() {
+std::shared_ptr<ServicesLookup::Service> ServicesLookup::find() {
   {
     const std::lock_guard lock(mutex_);
     if (service_) return service_;
