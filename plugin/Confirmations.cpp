@@ -36,10 +36,10 @@ void Confirmations::finish() {
   if (thread_.joinable()) thread_.join();
 }
 
-/// The number of the confirmation, in the order in which they are told.
-std::uint64_t Confirmations::enqueue(const Confirmation& confirmation) {
+/// The number of the notice, in the order in which they are told.
+std::uint64_t Confirmations::enqueue(const Notice& notice) {
   const std::lock_guard lock(mutex_);
-  waiting_.push_back(confirmation);
+  waiting_.push_back(notice);
   changed_.notify_all();
   return ++reported_;
 }
@@ -73,7 +73,7 @@ bool Confirmations::waitForNext() {
 }
 
 void Confirmations::tellNext() {
-  Confirmation next{};
+  Notice next{};
   {
     const std::lock_guard lock(mutex_);
     if (waiting_.empty()) return;

@@ -36,13 +36,13 @@ class Confirmations {
   void finish();
 
  private:
-  struct Confirmation {
+  struct Notice {
     long ticketId;
     std::uint64_t bytes;
   };
 
   void run();
-  std::uint64_t enqueue(const Confirmation& confirmation);
+  std::uint64_t enqueue(const Notice& notice);
   bool ensureThread();
   bool isTold(std::uint64_t number) const;
   bool waitForNext();
@@ -53,10 +53,10 @@ class Confirmations {
 
   mutable std::mutex mutex_;
   std::condition_variable changed_;
-  std::deque<Confirmation> waiting_;  // guarded by mutex_
-  std::uint64_t reported_ = 0;        // guarded by mutex_
-  std::uint64_t told_ = 0;            // guarded by mutex_
-  bool finishing_ = false;            // guarded by mutex_
+  std::deque<Notice> waiting_;  // guarded by mutex_
+  std::uint64_t reported_ = 0;  // guarded by mutex_
+  std::uint64_t told_ = 0;      // guarded by mutex_
+  bool finishing_ = false;      // guarded by mutex_
   /// Guarded by mutex_ until finishing_. Not one of the platform's: a host that holds those back
   /// may report all the same, and would wait for it.
   std::thread thread_;

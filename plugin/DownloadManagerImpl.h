@@ -14,8 +14,8 @@
 #include "kvpm/IRunnable.h"
 #include "kvpm/Thread.h"
 #include "plugin/AttachedView.h"
-#include "plugin/Confirmation.h"
 #include "plugin/Confirmations.h"
+#include "plugin/ConfirmedBytes.h"
 #include "plugin/DownloadItem.h"
 #include "plugin/DownloadManager.h"
 #include "plugin/DownloadQueue.h"
@@ -123,10 +123,10 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
     int percent = 0;
   };
 
-  /// A report of progress on its way.
-  struct Progress {
-    ProgressReports::Number report = 0;
-    ProgressOfTicket ofTicket;
+  /// A report of progress that is not recorded yet.
+  struct PendingReport {
+    ProgressReports::Number number = 0;
+    ProgressOfTicket progress;
   };
 
   using Change = std::function<void(Item&)>;
@@ -164,8 +164,8 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   void resume();
   void cancelCurrentDownload();
   void stopWorker();
-  std::optional<Progress> beginProgress(unsigned int id, int percent);
-  void endProgress(unsigned int id, const Progress& progress);
+  std::optional<PendingReport> beginProgress(unsigned int id, int percent);
+  void endProgress(unsigned int id, const PendingReport& pending);
   void confirmDownload(long ticketId, unsigned long long bytes);
   void tellServices(long ticketId, unsigned long long bytes);
   void tellPlayerOfFinished(const std::wstring& path, unsigned long long uid);

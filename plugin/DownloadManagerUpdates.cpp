@@ -2,7 +2,7 @@
 #include <string>
 
 #include "kvpm/TimeTools.h"
-#include "plugin/Confirmation.h"
+#include "plugin/ConfirmedBytes.h"
 #include "plugin/DownloadManagerImpl.h"
 #include "plugin/StatusGroups.h"
 #include "plugin/TimeRemaining.h"
@@ -107,33 +107,34 @@ bool DownloadManager::DownloadManagerImpl::updateStatus(unsigned int id,
 }
 
 bool DownloadManager::DownloadManagerImpl::updateDownloadProgress(unsigned int id, int percent) {
-  const std::optional<Progress> progress = beginProgress(id, percent);
-  if (!progress) return false;
-  const auto bytes = bytesToConfirm(progress->ofTicket);
-  if (bytes) confirmDownload(progress->ofTicket.ticketId, *bytes);
-  endProgress(id, *progress);
+  const std::optional<PendingReport> pending = beginProgress(id, percent);
+  if (!pending) return false;
+  const auto bytes = bytesToConfirm(pending->progress);
+  if (bytes) confirmDownload(pending->progress.ticketId, *bytes);
+  endProgress(id, *pending);
   updateItemChanged(id);
   return true;
 }
 
 /// What was reported last counts as the previous percent, recorded or not: nothing is confirmed
 /// twice.
-std::optional<DownloadManager::DownloadManagerImpl::Progress>
+std::optional<DownloadManager::DownloadManagerImpl::PendingReport>
 DownloadManager::DownloadManagerImpl::beginProgress(unsigned int id, int percent) {
   const kvpm::CritLock lock(queueLock_);
   const Item* const item = queue_.find(id);
   if (item == nullptr) return std::nullopt;
   const int previous = progressReports_.newest(id).value_or(item->getPercentDownloaded());
-  return Progress{progressReports_.begin(id, percent),
-                  {item->getTicketId(), item->getSize(), previous, percent}};
+  return PendingReport{progressReports_.begin(id, percent),
+                       {item->getTicketId(), item->getSize(), previous, percent}};
 }
 
 /// Records the progress, unless its item has gone or a later report was faster.
-void DownloadManager::DownloadManagerImpl::endProgress(unsigned int id, const Progress& progress) {
+void DownloadManager::DownloadManagerImpl::endProgress(unsigned int id,
+                                                       const PendingReport& pending) {
   const kvpm::CritLock lock(queueLock_);
-  const bool isDue = progressReports_.end(progress.report);
+  const bool isDue = progressReports_.end(pending.number);
   Item* const item = queue_.find(id);
-  if (isDue && item != nullptr) recordProgress(*item, progress.ofTicket.percent);
+  if (isDue && item != nullptr) recordProgress(*item, pending.progress.percent);
 }
 
 /// Waits for the services, unless somebody waits for the transfer to stop meanwhile.

@@ -1,4 +1,4 @@
-#include "plugin/Confirmation.h"
+#include "plugin/ConfirmedBytes.h"
 
 #include <limits>
 

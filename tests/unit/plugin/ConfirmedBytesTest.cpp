@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "plugin/Confirmation.h"
+#include "plugin/ConfirmedBytes.h"
 
 namespace {
 
@@ -41,7 +41,7 @@ const std::vector<Case> kCases = {
     {"more than there is", {7, kMost, 0, 150}, kMost},
 };
 
-TEST(Confirmation, FollowsFromTwoReportsInARow) {
+TEST(ConfirmedBytes, FollowFromTwoReportsInARow) {
   for (const Case& one : kCases) EXPECT_EQ(bytesToConfirm(one.progress), one.bytes) << one.says;
 }
 
