@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <iterator>
 #include <string>
 
 namespace playerx {
@@ -44,18 +43,7 @@ constexpr int statusOfFailure(TransferFailure failure) {
   return number >= 100 ? number : 0;
 }
 
-/// The word of a failure: "no_such_host", "http_404", "none".
-inline std::string failureWord(TransferFailure failure) {
-  constexpr const char* kWords[] = {
-      "none",         "unsupported_url", "bad_name",     "no_such_host", "no_such_proxy",
-      "refused",      "timeout",         "network",      "tls",          "certificate",
-      "trust_file",   "redirect_loop",   "bad_redirect", "dropped",      "stalled",
-      "bad_answer",   "keeps_changing",  "no_space",     "write_failed", "temp_folder",
-      "media_folder", "internal"};
-  const auto number = static_cast<std::int32_t>(failure);
-  if (number >= 100) return "http_" + std::to_string(number);
-  const bool known = number >= 0 && number < static_cast<std::int32_t>(std::size(kWords));
-  return known ? kWords[number] : "internal";
-}
+/// The word of a failure: "no_such_host", "http_404", "none"; "internal" for a number without one.
+std::string failureWord(TransferFailure failure);
 
 }  // namespace playerx
