@@ -17,13 +17,22 @@ unsigned long long sessionOf(KPIM::Context* context, const std::string& address)
   return known ? report.uid : 0;
 }
 
-}  // namespace
-
-extern "C" KPIM::VESK_RESULT getPlugin(KPIM::Context* context, void** out) {
+KPIM::Plugin* makePlugin(KPIM::Context* context) {
   const QString command =
       KPXPreferences::getPreferenceHelper<QString>(playerx::kPlayerKey, QString(), true);
-  *out = static_cast<KPIM::Plugin*>(new playerx::PlayerPlugin(
-      context, command,
-      [context](const std::string& address) { return sessionOf(context, address); }));
-  return KPIM::kSuccess;
+  return new playerx::PlayerPlugin(context, command, [context](const std::string& address) {
+    return sessionOf(context, address);
+  });
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) KPIM::VESK_RESULT getPlugin(
+    KPIM::Context* context, void** out) {
+  try {
+    *out = makePlugin(context);
+    return KPIM::kSuccess;
+  } catch (...) {
+    return KPIM::kLoadFailed;
+  }
 }

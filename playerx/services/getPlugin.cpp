@@ -1,12 +1,27 @@
+#include <utility>
+
 #include "KPIM/Context.h"
 #include "KPX/KPXPreferences.h"
 #include "playerx/services/OnlineServices.h"
 #include "playerx/settings/PreferenceKeys.h"
 
-extern "C" KPIM::VESK_RESULT getPlugin(KPIM::Context* context, void** out) {
+namespace {
+
+KPIM::Plugin* makePlugin(KPIM::Context* context) {
   const QString address =
       KPXPreferences::getPreferenceHelper<QString>(playerx::kServicesAddressKey, QString(), true);
   playerx::JsonClient client(address.toStdString(), playerx::trustedAuthorities());
-  *out = static_cast<KPIM::Plugin*>(new playerx::OnlineServices(context, std::move(client)));
-  return KPIM::kSuccess;
+  return new playerx::OnlineServices(context, std::move(client));
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) KPIM::VESK_RESULT getPlugin(
+    KPIM::Context* context, void** out) {
+  try {
+    *out = makePlugin(context);
+    return KPIM::kSuccess;
+  } catch (...) {
+    return KPIM::kLoadFailed;
+  }
 }

@@ -1,5 +1,3 @@
-#include <exception>
-
 #include "KPIM/Context.h"
 #include "playerx/transfers/TransfersPlugin.h"
 
@@ -8,7 +6,7 @@ extern "C" __attribute__((visibility("default"))) KPIM::VESK_RESULT getPlugin(
   try {
     *out = static_cast<KPIM::Plugin*>(new playerx::transfers::TransfersPlugin(context));
     return KPIM::kSuccess;
-  } catch (const std::exception&) {
+  } catch (...) {
     return KPIM::kLoadFailed;
   }
 }
