@@ -14,8 +14,6 @@ void ConsoleMessages::tellUser(const std::string& sentence) {
   wakeUp_.raise();
 }
 
-void ConsoleMessages::filmFinished(const std::string&) {}
-
 std::vector<std::string> ConsoleMessages::take() {
   const std::lock_guard<std::mutex> lock(mutex_);
   return std::exchange(sentences_, {});

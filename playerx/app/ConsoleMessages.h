@@ -18,9 +18,6 @@ class ConsoleMessages : public UserMessages {
 
   void tellUser(const std::string& sentence) override;
 
-  /// Nothing: the command line reports outcomes from the queue.
-  void filmFinished(const std::string& path) override;
-
   /// The sentences since the last call. Any thread.
   std::vector<std::string> take();
 

@@ -18,9 +18,6 @@ class UserMessages {
 
   /// Shows one sentence (UTF-8).
   virtual void tellUser(const std::string& sentence) = 0;
-
-  /// The film at `path` (UTF-8, "/" separators) has arrived.
-  virtual void filmFinished(const std::string& path) = 0;
 };
 
 }  // namespace playerx

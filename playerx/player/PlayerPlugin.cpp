@@ -34,15 +34,6 @@ void PlayerPlugin::openMedia(const QString& location) {
   withMessages([&](UserMessages& messages) { messages.tellUser(sentence.toStdString()); });
 }
 
-void PlayerPlugin::downloadFinished(const QString& path, unsigned long long) {
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    // The download manager reports a completion once for the worker and once for the queue.
-    if (!announced_.insert(path).second) return;
-  }
-  withMessages([&path](UserMessages& messages) { messages.filmFinished(path.toStdString()); });
-}
-
 unsigned long long PlayerPlugin::currentMediaId() {
   std::string location;
   {

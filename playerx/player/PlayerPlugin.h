@@ -3,7 +3,6 @@
 #include <functional>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "KPIM/Plugin.h"
@@ -32,7 +31,10 @@ class PlayerPlugin : public KPIM::Plugin, public VeskPlayerX::PlayerInterface {
   KPIM::VESK_RESULT kpimGetInterface(std::string id, void** out) override;
 
   void openMedia(const QString& location) override;
-  void downloadFinished(const QString& path, unsigned long long uid) override;
+
+  /// Nothing: the front end announces a finished film, once, when the queue says so.
+  void downloadFinished(const QString&, unsigned long long) override {}
+
   unsigned long long currentMediaId() override;
 
  private:
@@ -42,7 +44,6 @@ class PlayerPlugin : public KPIM::Plugin, public VeskPlayerX::PlayerInterface {
   const SessionLookup sessionOf_;
   std::mutex mutex_;
   std::optional<PlayingProgram> playing_;  // guarded by mutex_; the one started last
-  std::set<QString> announced_;            // guarded by mutex_; films already announced
 };
 
 }  // namespace playerx

@@ -20,10 +20,8 @@ using testing::IsEmpty;
 class RecordedMessages : public UserMessages {
  public:
   void tellUser(const std::string& sentence) override { sentences.push_back(sentence); }
-  void filmFinished(const std::string& path) override { finished.push_back(path); }
 
   std::vector<std::string> sentences;
-  std::vector<std::string> finished;
 };
 
 struct ReleasePlugin {
@@ -92,12 +90,8 @@ TEST_F(PlayerPluginTest, TheMediaIdIsThatOfTheAddressWhileTheProgramRuns) {
   EXPECT_TRUE(support::waitFor([&] { return player->currentMediaId() == 0; }));
 }
 
-TEST_F(PlayerPluginTest, AFinishedDownloadIsAnnouncedOnce) {
-  const auto player = playerOf("sh");
-  player->downloadFinished("/films/a.avi", 0);
-  player->downloadFinished("/films/a.avi", 0);
-  player->downloadFinished("/films/b.avi", 0);
-  EXPECT_THAT(messages.finished, ElementsAre("/films/a.avi", "/films/b.avi"));
+TEST_F(PlayerPluginTest, AFinishedDownloadIsLeftToTheFrontEnd) {
+  playerOf("sh")->downloadFinished("/films/a.avi", 0);
   EXPECT_THAT(messages.sentences, IsEmpty());
 }
 

@@ -24,7 +24,6 @@ using testing::IsEmpty;
 class RecordedMessages : public UserMessages {
  public:
   void tellUser(const std::string& sentence) override { sentences.push_back(sentence); }
-  void filmFinished(const std::string&) override {}
 
   std::vector<std::string> sentences;
 };
