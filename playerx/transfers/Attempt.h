@@ -51,9 +51,6 @@ class Attempt {
   /// The request is over: `transport` says whether it came to its proper end (kNone).
   AttemptEnd finish(TransferFailure transport, const std::string& detail);
 
-  /// A server has answered.
-  bool isAnswered() const { return head_.status() != 0; }
-
   /// The partial, as it is, belongs to the file that the server sends.
   bool isProven() const;
 

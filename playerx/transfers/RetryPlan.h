@@ -44,8 +44,6 @@ class RetryCounter {
   /// Counts one failure; returns the number of the retry that follows, none when there were enough.
   std::optional<unsigned> failed(const RetryRules& rules);
 
-  unsigned failures() const { return failures_; }
-
  private:
   std::uint64_t mostArrived_;
   unsigned failures_ = 0;
