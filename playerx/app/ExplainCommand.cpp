@@ -11,6 +11,7 @@
 #include "VeskPlayerX/ZPSServicesInterface.h"
 #include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
+#include "playerx/app/HostName.h"
 #include "playerx/app/Options.h"
 #include "playerx/app/PlayerHost.h"
 #include "playerx/app/ServerProbe.h"

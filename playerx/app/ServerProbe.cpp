@@ -5,6 +5,7 @@
 #include <array>
 #include <memory>
 
+#include "playerx/app/HostName.h"
 #include "playerx/settings/CurlTrust.h"
 
 namespace playerx {
@@ -35,15 +36,6 @@ void setUp(CURL* curl, const std::string& url, const TrustedAuthorities& authori
 }
 
 }  // namespace
-
-std::string hostOf(const std::string& url) {
-  std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> parts(curl_url(), curl_url_cleanup);
-  if (curl_url_set(parts.get(), CURLUPART_URL, url.c_str(), 0) != CURLUE_OK) return url;
-  char* host = nullptr;
-  if (curl_url_get(parts.get(), CURLUPART_HOST, &host, 0) != CURLUE_OK) return url;
-  const std::unique_ptr<char, decltype(&curl_free)> owned(host, curl_free);
-  return host;
-}
 
 ProbeResult probeServer(const std::string& url, const TrustedAuthorities& authorities,
                         std::stop_token stop) {

@@ -14,7 +14,4 @@ namespace playerx {
 ProbeResult probeServer(const std::string& url, const TrustedAuthorities& authorities,
                         std::stop_token stop);
 
-/// The host of an address; the whole text when it cannot be parsed.
-std::string hostOf(const std::string& url);
-
 }  // namespace playerx

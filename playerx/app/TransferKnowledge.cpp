@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "KPIM/Helper.h"
-#include "playerx/app/ServerProbe.h"
+#include "playerx/app/HostName.h"
 #include "playerx/app/TransferReason.h"
 #include "playerx/framework/PluginContext.h"
 #include "playerx/transfers/TransferReports.h"
