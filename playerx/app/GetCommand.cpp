@@ -171,7 +171,7 @@ void GetCommand::passMessagesOn() {
 void GetCommand::playWhatIsReady(const ItemState& item) {
   const bool ready = item.status == DownloadStatusCompleted ||
                      (item.status == DownloadStatusDownloading && item.playable);
-  if (!options_.play || !ready || std::exchange(played_[item.id], true)) return;
+  if (!options_.play || !ready || !played_.insert(item.id).second) return;
   if (!manager_.play(item.id)) reporter_.note("No player could be started for " + item.title + ".");
 }
 

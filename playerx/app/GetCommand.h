@@ -2,6 +2,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ class QueueView;
 class Reporter;
 class WakeUp;
 struct Options;
+struct QueueChange;
 
 /// The command that adds films and downloads until nothing is left. Used on the main thread, with
 /// the module's view attached.
@@ -44,7 +46,7 @@ class GetCommand {
   bool refuse(const std::string& argument, const FailureReason& reason);
   int workUntilDone(int refused);
   void lookAtQueue();
-  void report(const struct QueueChange& change);
+  void report(const QueueChange& change);
   void reportSpeed();
   void reportAnswers();
   void passMessagesOn();
@@ -63,8 +65,8 @@ class GetCommand {
 
   std::vector<ItemState> queue_;  ///< as last seen
   std::map<unsigned int, SpeedMeter> speeds_;
-  std::map<unsigned int, bool> played_;  ///< items handed to the player
-  std::string lastWords_;                ///< said since the last outcome
+  std::set<unsigned int> played_;  ///< items handed to the player
+  std::string lastWords_;          ///< said since the last outcome
   bool somethingFailed_ = false;
 };
 

@@ -45,15 +45,15 @@ std::unique_ptr<Reporter> makeReporter(bool json, int columns, std::ostream& out
 }
 
 /// Attaches a view for as long as it lives.
-class AttachedView {
+class ViewAttachment {
  public:
-  AttachedView(VeskPlayerX::DownloadManagerInterface& manager, QueueView& view)
+  ViewAttachment(VeskPlayerX::DownloadManagerInterface& manager, QueueView& view)
       : manager_(manager) {
     manager_.setViewInterface(&view);
   }
-  AttachedView(const AttachedView&) = delete;
-  AttachedView& operator=(const AttachedView&) = delete;
-  ~AttachedView() { manager_.setViewInterface(nullptr); }
+  ViewAttachment(const ViewAttachment&) = delete;
+  ViewAttachment& operator=(const ViewAttachment&) = delete;
+  ~ViewAttachment() { manager_.setViewInterface(nullptr); }
 
  private:
   VeskPlayerX::DownloadManagerInterface& manager_;
@@ -80,7 +80,7 @@ int runWithQueue(const Options& options, const Places& places, PlayerHost& host,
     return kExitFailed;
   }
   QueueView view(wakeUp, askForSlot);
-  const AttachedView attached(host.manager(), view);
+  const ViewAttachment attached(host.manager(), view);
   const int status = options.command == Options::kGet
                          ? runGet(options, host, view, messages, reporter, wakeUp)
                          : runQueueCommand(options, host.manager(), reporter);

@@ -16,8 +16,8 @@ namespace playerx::transfers {
 /// What one session is to fetch and where the file goes: checked, and constant from then on.
 struct Wish {
   Address address;
-  bool rightsManaged =
-      false;  ///< addresses of such a film differ from one authorisation to the next
+  /// Addresses of such a film differ from one authorisation to the next.
+  bool rightsManaged = false;
   std::string username, password;
   std::vector<unsigned char> rights;  ///< empty: none to keep
   std::string name;                   ///< below `movies`, clean

@@ -34,8 +34,8 @@ struct TransferReport {
   /// The last failure, also one that is being retried (`phase` below `kComplete`); kNone when the
   /// last attempt went well.
   TransferFailure failure = TransferFailure::kNone;
-  std::string
-      detail;  ///< technical words on `failure`, for people who know the field; may be empty
+  /// Technical words on `failure`, for people who know the field; may be empty.
+  std::string detail;
 };
 
 /// What the host can learn of download sessions beyond the reports that `KPB::DownloadCallback`
