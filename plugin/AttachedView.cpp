@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace plugin {
+
 void AttachedView::attach(View* view) {
   std::unique_lock lock(mutex_);
   View* const former = std::exchange(view_, view);
@@ -42,3 +44,5 @@ bool AttachedView::isVisitedElsewhere(View* view) const {
     return visit.view == view && visit.thread != std::this_thread::get_id();
   });
 }
+
+}  // namespace plugin

@@ -8,6 +8,8 @@
 
 #include "VeskPlayerX/DownloadManagerViewInterface.h"
 
+namespace plugin {
+
 /// The host's view, as long as there is one.
 ///
 /// Safe on all threads. The view is not owned; once it is detached, no call to it is running and
@@ -45,3 +47,5 @@ class AttachedView {
   View* view_ = nullptr;       // guarded by mutex_
   std::vector<Visit> visits_;  // running now, guarded by mutex_
 };
+
+}  // namespace plugin

@@ -4,6 +4,7 @@
 #include <system_error>
 #include <utility>
 
+namespace plugin {
 namespace {
 
 /// The longest that a report waits without looking; an event wakes it at once.
@@ -87,3 +88,5 @@ void Confirmations::tellNext() {
   }
   events_.raise();
 }
+
+}  // namespace plugin

@@ -9,6 +9,8 @@
 
 #include "plugin/EventCount.h"
 
+namespace plugin {
+
 /// Tells the online services, in order, how much of a ticket's download has arrived.
 ///
 /// The services may take as long as their deadlines allow. So they are told on a thread of this
@@ -61,3 +63,5 @@ class Confirmations {
   /// may report all the same, and would wait for it.
   std::thread thread_;
 };
+
+}  // namespace plugin

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+namespace plugin {
 namespace {
 
 std::uint64_t shareOf(std::uint64_t size, int percent) {
@@ -21,3 +22,5 @@ std::optional<std::uint64_t> bytesToConfirm(const ProgressOfTicket& progress) {
   if (progress.percent == 100 && progress.previousPercent != 100) return progress.size;
   return std::nullopt;
 }
+
+}  // namespace plugin

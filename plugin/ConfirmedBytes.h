@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace plugin {
+
 /// What the confirmation of a download depends on.
 struct ProgressOfTicket {
   long ticketId = 0;       ///< 0 or less: not confirmed at all
@@ -15,3 +17,5 @@ struct ProgressOfTicket {
 /// 1 percent or more and at the first one of 100 percent; nothing at any other. The first share is
 /// computed in single precision, as the services expect it.
 std::optional<std::uint64_t> bytesToConfirm(const ProgressOfTicket& progress);
+
+}  // namespace plugin

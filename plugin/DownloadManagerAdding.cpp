@@ -37,7 +37,7 @@ std::unique_ptr<DownloadItem> makeProtected(const std::wstring& path,
   return item;
 }
 
-void tellOfAdding(AttachedView& view) {
+void tellOfAdding(plugin::AttachedView& view) {
   view.visit([](View& attached) { attached.downloadItemsAdded(); });
 }
 
@@ -45,7 +45,7 @@ void tellOfAdding(AttachedView& view) {
 
 Item* DownloadManager::DownloadManagerImpl::add(const std::wstring& url, const std::wstring& title,
                                                 const std::wstring& providerName) {
-  std::unique_ptr<Item> item = makeDownload(url, title, providerName);
+  std::unique_ptr<Item> item = plugin::makeDownload(url, title, providerName);
   if (item == nullptr) return nullptr;
   Item* const added = addAndResume(std::move(item));
   // With the lock given back: a view that plays the new item from here waits for the scheduler.
@@ -55,7 +55,7 @@ Item* DownloadManager::DownloadManagerImpl::add(const std::wstring& url, const s
 
 /// The scheduler picks the item only afterwards: resuming would queue it anew while it runs.
 Item* DownloadManager::DownloadManagerImpl::addAndResume(std::unique_ptr<Item> item) {
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold download(downloadLock_);
   Item* const added = addNewItemToEnd(std::move(item));
   updateListChanged();
   resume();
@@ -63,7 +63,7 @@ Item* DownloadManager::DownloadManagerImpl::addAndResume(std::unique_ptr<Item> i
 }
 
 std::vector<Item*> DownloadManager::DownloadManagerImpl::addTicket(const std::wstring& ticketPath) {
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold download(downloadLock_);
   // However many there are: a path may have been quoted by the desktop and by the user.
   const std::wstring path = kvpm::StringTools::stripBeginingAndEndChar(ticketPath, L'"');
   const auto services = services_.find();
@@ -101,7 +101,7 @@ std::vector<Item*> DownloadManager::DownloadManagerImpl::addEncryptedTicket(
 void DownloadManager::DownloadManagerImpl::dropEnded(long contentEncryptionUsageId) {
   const kvpm::CritLock lock(queueLock_);
   queue_.removeIf([contentEncryptionUsageId](const Item& item) {
-    return isAtBottom(item.getStatus()) &&
+    return plugin::isAtBottom(item.getStatus()) &&
            item.getContentEncryptionUsageId() == contentEncryptionUsageId;
   });
 }
@@ -109,14 +109,14 @@ void DownloadManager::DownloadManagerImpl::dropEnded(long contentEncryptionUsage
 void DownloadManager::DownloadManagerImpl::zpsFileOpenedForPlayback(
     const std::wstring& path, const VeskDrmPlaybackAuthorizationResponse& response,
     const VeskDrmTransactionRecord* record) {
-  const OperationHold control(controlLock_);
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold control(controlLock_);
+  const plugin::OperationHold download(downloadLock_);
   if (!isIncomplete(path, response.fileSize)) return;
   const std::optional<Known> queued = [&] {
     const kvpm::CritLock lock(queueLock_);
     return known(queue_.findTicket(response.ticket));
   }();
-  if (queued && isActive(queued->status)) return;
+  if (queued && plugin::isActive(queued->status)) return;
   if (queued) {
     continueFirst(queued->id);
   } else {

@@ -26,7 +26,7 @@ DownloadManager::DownloadManagerImpl::~DownloadManagerImpl() { stopDownloadManag
 
 void DownloadManager::DownloadManagerImpl::open() {
   worker_.setInterfaces(&workerFace_, nullptr);
-  const QueueFiles files(VeskPlayerX::OSUtilities::getApplicationDataPath().toStdWString());
+  const plugin::QueueFiles files(VeskPlayerX::OSUtilities::getApplicationDataPath().toStdWString());
   {
     const kvpm::CritLock lock(queueLock_);
     queue_.assign(files.readQueue());

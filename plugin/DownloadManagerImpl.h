@@ -125,8 +125,8 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
 
   /// A report of progress that is not recorded yet.
   struct PendingReport {
-    ProgressReports::Number number = 0;
-    ProgressOfTicket progress;
+    plugin::ProgressReports::Number number = 0;
+    plugin::ProgressOfTicket progress;
   };
 
   using Change = std::function<void(Item&)>;
@@ -195,27 +195,28 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   std::wstring queueFile_;
 
   // Synchronised by themselves.
-  EventCount events_;  ///< something has changed that the scheduler, or `play`, may wait for
-  AttachedView view_;
-  ServicesLookup services_;
-  Confirmations confirmations_;
+  /// Something has changed that the scheduler, or `play`, may wait for.
+  plugin::EventCount events_;
+  plugin::AttachedView view_;
+  plugin::ServicesLookup services_;
+  plugin::Confirmations confirmations_;
   std::atomic<bool> paused_{false};        ///< by the user
   std::atomic<bool> changingHead_{false};  ///< for the length of a move of the first item
   std::atomic<bool> closing_{false};
   std::atomic<int> stops_{0};  ///< of the worker, under way
-  WorkerFace workerFace_;
+  plugin::WorkerFace workerFace_;
   HttpDownloadThread worker_;
 
   // The locks, in the order in which they are taken.
-  OperationLock controlLock_{events_};
-  OperationLock downloadLock_{events_};
+  plugin::OperationLock controlLock_{events_};
+  plugin::OperationLock downloadLock_{events_};
   kvpm::CritSection queueLock_;
 
-  DownloadQueue queue_ KVPM_GUARDED_BY(queueLock_);
+  plugin::DownloadQueue queue_ KVPM_GUARDED_BY(queueLock_);
   /// Items that the queue refused: the host was given pointers to them.
   std::vector<std::unique_ptr<Item>> refused_ KVPM_GUARDED_BY(queueLock_);
   Run run_ KVPM_GUARDED_BY(queueLock_);
-  ProgressReports progressReports_ KVPM_GUARDED_BY(queueLock_);
+  plugin::ProgressReports progressReports_ KVPM_GUARDED_BY(queueLock_);
 
   // Last, so that it ends before anything that it uses.
   kvpm::Thread thread_;

@@ -5,8 +5,8 @@
 // locks keep the scheduler from picking an item in between.
 
 bool DownloadManager::DownloadManagerImpl::moveUp(unsigned int id) {
-  const OperationHold control(controlLock_);
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold control(controlLock_);
+  const plugin::OperationHold download(downloadLock_);
   const std::optional<Top> pair = top();
   const bool changing = pair && pair->second == id && changeHead(*pair);
   const bool moved = [&] {
@@ -19,12 +19,12 @@ bool DownloadManager::DownloadManagerImpl::moveUp(unsigned int id) {
 }
 
 bool DownloadManager::DownloadManagerImpl::moveDown(unsigned int id) {
-  const OperationHold control(controlLock_);
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold control(controlLock_);
+  const plugin::OperationHold download(downloadLock_);
   const std::optional<Top> pair = top();
   // Above a completed or failed item the head stays where it is. Such a move changes nothing, so it
   // stops no transfer either.
-  const bool leavesTop = pair && pair->head == id && !isAtBottom(pair->secondStatus);
+  const bool leavesTop = pair && pair->head == id && !plugin::isAtBottom(pair->secondStatus);
   const bool changing = leavesTop && changeHead(*pair);
   const bool moved = [&] {
     const kvpm::CritLock lock(queueLock_);
@@ -36,12 +36,12 @@ bool DownloadManager::DownloadManagerImpl::moveDown(unsigned int id) {
 }
 
 void DownloadManager::DownloadManagerImpl::moveToTop(unsigned int id) {
-  const OperationHold control(controlLock_);
+  const plugin::OperationHold control(controlLock_);
   moveVideoToTop(id);
 }
 
 void DownloadManager::DownloadManagerImpl::moveToBottom(unsigned int id) {
-  const OperationHold control(controlLock_);
+  const plugin::OperationHold control(controlLock_);
   while (moveDown(id)) {
   }
 }

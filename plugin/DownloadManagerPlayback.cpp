@@ -14,7 +14,7 @@ bool DownloadManager::DownloadManagerImpl::play(unsigned int id) {
   const std::optional<DownloadStatusEnumType> status = startPlayback(id);
   if (!status) return false;
   Player player(VeskPlayerX::DIN_Player);
-  if (!loadService(player, context_, VeskPlayerX::DIN_Player)) return false;
+  if (!plugin::loadService(player, context_, VeskPlayerX::DIN_Player)) return false;
   if (!waitUntilFlowing(id)) return false;
   const auto location = locationOf(id, *status == DownloadStatusCompleted);
   if (location) player->openMedia(QString::fromStdWString(*location));
@@ -25,14 +25,14 @@ bool DownloadManager::DownloadManagerImpl::play(unsigned int id) {
 /// by; nothing when there is not enough of the film yet.
 std::optional<DownloadStatusEnumType> DownloadManager::DownloadManagerImpl::startPlayback(
     unsigned int id) {
-  const OperationHold control(controlLock_);
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold control(controlLock_);
+  const plugin::OperationHold download(downloadLock_);
   const std::optional<PlaybackState> state = playbackState(id);
   if (!state) return std::nullopt;
   const DownloadStatusEnumType status =
-      needsRestart(state->status) ? restartWith(id, state->percent) : state->status;
+      plugin::needsRestart(state->status) ? restartWith(id, state->percent) : state->status;
   if (paused_) resume();
-  return isPlayable(status, state->percent) ? std::make_optional(status) : std::nullopt;
+  return plugin::isPlayable(status, state->percent) ? std::make_optional(status) : std::nullopt;
 }
 
 std::optional<DownloadManager::DownloadManagerImpl::PlaybackState>
@@ -50,7 +50,7 @@ DownloadStatusEnumType DownloadManager::DownloadManagerImpl::restartWith(unsigne
   pause();
   if (statusOf(id) == DownloadStatusCompleted) return DownloadStatusCompleted;
   requeueForHost(id);
-  if (percent < kPlayablePercent) {
+  if (percent < plugin::kPlayablePercent) {
     changeItem(id, [](Item& item) { item.setAutoProgressivePlayback(true); });
   }
   moveVideoToTop(id);
@@ -61,13 +61,13 @@ DownloadStatusEnumType DownloadManager::DownloadManagerImpl::restartWith(unsigne
 /// the item or the manager has gone, or the caller keeps the scheduler from picking the item.
 bool DownloadManager::DownloadManagerImpl::waitUntilFlowing(unsigned int id) {
   while (!closing_) {
-    const EventCount::Ticket ticket = events_.ticket();
+    const plugin::EventCount::Ticket ticket = events_.ticket();
     const std::optional<DownloadStatusEnumType> status = statusOf(id);
     if (!status) return false;
-    if (!isAboutToFlow(*status)) return true;
+    if (!plugin::isAboutToFlow(*status)) return true;
     if (controlLock_.isHeldByCaller() || downloadLock_.isHeldByCaller()) return false;
-    HostEventLoop::process();
-    events_.wait(ticket, HostEventLoop::longestSleep());
+    plugin::HostEventLoop::process();
+    events_.wait(ticket, plugin::HostEventLoop::longestSleep());
   }
   return false;
 }
@@ -85,7 +85,7 @@ bool DownloadManager::DownloadManagerImpl::playRunning(unsigned int id) {
   const std::optional<std::wstring> location = locationOfRunning(id);
   if (closing_ || !location) return false;
   Player player(VeskPlayerX::DIN_Player);
-  if (!loadService(player, context_, VeskPlayerX::DIN_Player)) return false;
+  if (!plugin::loadService(player, context_, VeskPlayerX::DIN_Player)) return false;
   player->openMedia(QString::fromStdWString(*location));
   return true;
 }
@@ -95,8 +95,8 @@ std::optional<std::wstring> DownloadManager::DownloadManagerImpl::locationOfRunn
     unsigned int id) {
   const kvpm::CritLock lock(queueLock_);
   const Item* const item = run_.id == id ? queue_.find(id) : nullptr;
-  if (item == nullptr || !isWanted(item->getStatus())) return std::nullopt;
-  if (!isPlayable(item->getStatus(), item->getPercentDownloaded())) return std::nullopt;
+  if (item == nullptr || !plugin::isWanted(item->getStatus())) return std::nullopt;
+  if (!plugin::isPlayable(item->getStatus(), item->getPercentDownloaded())) return std::nullopt;
   return item->getStatus() == DownloadStatusCompleted ? item->getPath() : item->getUrl();
 }
 
@@ -109,13 +109,13 @@ bool DownloadManager::DownloadManagerImpl::resumePlaybackForUrl(const std::wstri
 }
 
 void DownloadManager::DownloadManagerImpl::resumeDownloadingFile(const std::wstring& path) {
-  const OperationHold control(controlLock_);
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold control(controlLock_);
+  const plugin::OperationHold download(downloadLock_);
   const std::optional<Known> item = [&] {
     const kvpm::CritLock lock(queueLock_);
     return known(queue_.findPath(path, pathSeparator()));
   }();
-  if (item && isCandidate(item->status) && item->status != DownloadStatusHeld) {
+  if (item && plugin::isCandidate(item->status) && item->status != DownloadStatusHeld) {
     moveToTop(item->id);
   }
 }
@@ -123,6 +123,6 @@ void DownloadManager::DownloadManagerImpl::resumeDownloadingFile(const std::wstr
 void DownloadManager::DownloadManagerImpl::tellPlayerOfFinished(const std::wstring& path,
                                                                 unsigned long long uid) {
   Player player(VeskPlayerX::DIN_Player);
-  if (!loadService(player, context_, VeskPlayerX::DIN_Player)) return;
+  if (!plugin::loadService(player, context_, VeskPlayerX::DIN_Player)) return;
   player->downloadFinished(QDir::fromNativeSeparators(QString::fromStdWString(path)), uid);
 }

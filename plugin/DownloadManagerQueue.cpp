@@ -53,7 +53,7 @@ Item* DownloadManager::DownloadManagerImpl::at(unsigned int index) {
 }
 
 bool DownloadManager::DownloadManagerImpl::remove(unsigned int id) {
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold download(downloadLock_);
   {
     const kvpm::CritLock lock(queueLock_);
     if (!queue_.remove(id)) return false;
@@ -66,7 +66,7 @@ void DownloadManager::DownloadManagerImpl::clearCompletedDownloads() {
   const auto isCompleted = [](const Item& item) {
     return item.getStatus() == DownloadStatusCompleted;
   };
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold download(downloadLock_);
   {
     const kvpm::CritLock lock(queueLock_);
     if (queue_.removeIf(isCompleted) == 0) return;

@@ -13,7 +13,7 @@ constexpr std::chrono::milliseconds kIdleInterval{500};
 
 void DownloadManager::DownloadManagerImpl::runThread(kvpm::Thread* thread) {
   while (!thread->shouldStop()) {
-    const EventCount::Ticket ticket = events_.ticket();
+    const plugin::EventCount::Ticket ticket = events_.ticket();
     if (!runNext(thread)) events_.wait(ticket, kIdleInterval);
   }
 }
@@ -76,7 +76,7 @@ VeskPlayerX::DownloadItemInterface* DownloadManager::DownloadManagerImpl::getNex
 /// Waits for the download lock; false when the thread is asked to stop meanwhile.
 bool DownloadManager::DownloadManagerImpl::enterDownloadLock(kvpm::Thread* thread) {
   for (;;) {
-    const EventCount::Ticket ticket = events_.ticket();
+    const plugin::EventCount::Ticket ticket = events_.ticket();
     if (downloadLock_.tryEnter()) return true;
     if (thread->shouldStop()) return false;
     events_.wait(ticket, kIdleInterval);
@@ -87,7 +87,7 @@ bool DownloadManager::DownloadManagerImpl::enterDownloadLock(kvpm::Thread* threa
 void DownloadManager::DownloadManagerImpl::recordOutcome(DownloadItem& copy,
                                                          DownloadStatusEnumType result) {
   const Run run = takeRun();
-  copy.setStatus(afterRun(result));
+  copy.setStatus(plugin::afterRun(result));
   if (result == DownloadStatusStopped) {
     updateListChanged();  // the item keeps the state that whoever stopped it has given it
   } else if (result != DownloadStatusFailed || !run.superseded) {
@@ -101,17 +101,17 @@ DownloadManager::DownloadManagerImpl::Run DownloadManager::DownloadManagerImpl::
 }
 
 void DownloadManager::DownloadManagerImpl::pauseByHost() {
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold download(downloadLock_);
   pause();
 }
 
 void DownloadManager::DownloadManagerImpl::resumeByHost() {
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold download(downloadLock_);
   resume();
 }
 
 void DownloadManager::DownloadManagerImpl::cancelByHost() {
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold download(downloadLock_);
   cancelCurrentDownload();
 }
 
@@ -140,7 +140,7 @@ void DownloadManager::DownloadManagerImpl::cancelCurrentDownload() {
   const std::optional<unsigned long long> session = [this]() -> std::optional<unsigned long long> {
     const kvpm::CritLock lock(queueLock_);
     const Item* const head = queue_.at(0);
-    if (head == nullptr || !isActive(head->getStatus())) return std::nullopt;
+    if (head == nullptr || !plugin::isActive(head->getStatus())) return std::nullopt;
     return head->getUID();
   }();
   if (session) worker_.stopDownload(*session);
@@ -156,8 +156,8 @@ void DownloadManager::DownloadManagerImpl::stopWorker() {
 }
 
 void DownloadManager::DownloadManagerImpl::retry(unsigned int id) {
-  const OperationHold control(controlLock_);
-  const OperationHold download(downloadLock_);
+  const plugin::OperationHold control(controlLock_);
+  const plugin::OperationHold download(downloadLock_);
   if (statusOf(id) == DownloadStatusFailed) continueFirst(id);
 }
 

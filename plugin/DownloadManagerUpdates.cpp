@@ -25,7 +25,7 @@ void recordProgress(Item& item, int percent) {
   const std::int64_t now = secondsNow();
   const auto lastTime = static_cast<std::int64_t>(item.getLastProgressUpdateTime());
   const auto remaining =
-      estimateTimeRemaining({lastTime, now, item.getPercentDownloaded(), percent});
+      plugin::estimateTimeRemaining({lastTime, now, item.getPercentDownloaded(), percent});
   if (remaining) item.setTimeRemaining(*remaining);
   item.setLastProgressUpdateTime(static_cast<unsigned long>(now));
   item.setPercentDownloaded(percent);
@@ -92,7 +92,7 @@ bool DownloadManager::DownloadManagerImpl::updateStatus(unsigned int id,
   });
   events_.raise();
   if (found) updateItemChanged(id);
-  if (found && isAtBottom(status)) {
+  if (found && plugin::isAtBottom(status)) {
     moveVideoToBottom(id);
     updateListChanged();
   }
@@ -109,7 +109,7 @@ bool DownloadManager::DownloadManagerImpl::updateStatus(unsigned int id,
 bool DownloadManager::DownloadManagerImpl::updateDownloadProgress(unsigned int id, int percent) {
   const std::optional<PendingReport> pending = beginProgress(id, percent);
   if (!pending) return false;
-  const auto bytes = bytesToConfirm(pending->progress);
+  const auto bytes = plugin::bytesToConfirm(pending->progress);
   if (bytes) confirmDownload(pending->progress.ticketId, *bytes);
   endProgress(id, *pending);
   updateItemChanged(id);

@@ -7,6 +7,8 @@
 #include "plugin/PathMatch.h"
 #include "plugin/StatusGroups.h"
 
+namespace plugin {
+
 void DownloadQueue::assign(const Items& items) {
   Owned owned;
   for (Item* const item : items) owned.emplace_back(item);
@@ -113,3 +115,5 @@ std::size_t DownloadQueue::indexOf(unsigned int id) const {
                                   [id](const auto& item) { return item->getId() == id; });
   return static_cast<std::size_t>(found - items_.begin());
 }
+
+}  // namespace plugin

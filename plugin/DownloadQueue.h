@@ -10,6 +10,8 @@
 #include "VeskPlayerX/DownloadItemInterface.h"
 #include "plugin/DownloadStatus.h"
 
+namespace plugin {
+
 /// The ordered list of downloads: what is downloaded first stands first, completed and failed items
 /// collect at the bottom.
 ///
@@ -78,3 +80,5 @@ class DownloadQueue {
 
   Owned items_;
 };
+
+}  // namespace plugin

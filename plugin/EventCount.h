@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <mutex>
 
+namespace plugin {
+
 /// Ends waits when something has happened, without losing anything that happens just before one.
 ///
 /// Take a ticket, look whether there is something to do, and if not, wait on the ticket: an event
@@ -30,3 +32,5 @@ class EventCount {
   mutable std::condition_variable raised_;
   Ticket count_ = 0;  // guarded by mutex_
 };
+
+}  // namespace plugin

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QThread>
 
+namespace plugin {
 namespace {
 
 /// Often enough for a window that is redrawn meanwhile.
@@ -23,3 +24,5 @@ void HostEventLoop::process() {
 std::chrono::milliseconds HostEventLoop::longestSleep() {
   return isLoopThread() ? kFrame : kNoFrames;
 }
+
+}  // namespace plugin

@@ -2,6 +2,8 @@
 
 #include <chrono>
 
+namespace plugin {
+
 /// The host's event loop, as far as an operation that takes its time lets it run.
 class HostEventLoop {
  public:
@@ -13,3 +15,5 @@ class HostEventLoop {
   /// The longest that the calling thread may sleep between two calls of `process`.
   static std::chrono::milliseconds longestSleep();
 };
+
+}  // namespace plugin

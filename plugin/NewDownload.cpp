@@ -9,6 +9,7 @@
 #include "kvsc/HttpRequest.h"
 #include "persistence/URLEscape.h"
 
+namespace plugin {
 namespace {
 
 using kvpm::StringTools;
@@ -43,3 +44,5 @@ std::unique_ptr<DownloadItem> makeDownload(const std::wstring& url, const std::w
   item->setUrl(StringTools::stringToWString(escaped));
   return item;
 }
+
+}  // namespace plugin

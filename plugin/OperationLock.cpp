@@ -1,5 +1,7 @@
 #include "plugin/OperationLock.h"
 
+namespace plugin {
+
 void OperationLock::enter() {
   section_.enter();
   ++depth_;
@@ -27,3 +29,5 @@ bool OperationLock::isHeldByCaller() {
   section_.leave();
   return held;
 }
+
+}  // namespace plugin

@@ -4,6 +4,8 @@
 #include "kvpm/ThreadAnnotations.h"
 #include "plugin/EventCount.h"
 
+namespace plugin {
+
 /// A re-entrant lock of the manager's operations which tells the scheduler when it is given back,
 /// since the scheduler never blocks on it: it tries, and waits for that event.
 class KVPM_CAPABILITY("operation lock") OperationLock {
@@ -46,3 +48,5 @@ class KVPM_SCOPED_CAPABILITY OperationHold {
  private:
   OperationLock& lock_;
 };
+
+}  // namespace plugin

@@ -2,6 +2,8 @@
 
 #include "plugin/DownloadStatus.h"
 
+namespace plugin {
+
 /// What `play` decides by. Pure functions of an item's state.
 
 /// With this much of a film there, in percent, the player may begin.
@@ -31,3 +33,5 @@ constexpr bool isWanted(DownloadStatusEnumType status) {
   return status != DownloadStatusPaused && status != DownloadStatusStopped &&
          status != DownloadStatusFailed;
 }
+
+}  // namespace plugin

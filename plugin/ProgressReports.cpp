@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace plugin {
+
 ProgressReports::Number ProgressReports::begin(unsigned int id, int percent) {
   reports_.push_back({++last_, id, percent});
   return last_;
@@ -24,3 +26,5 @@ bool ProgressReports::end(Number number) {
   });
   return true;
 }
+
+}  // namespace plugin

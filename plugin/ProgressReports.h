@@ -4,6 +4,8 @@
 #include <optional>
 #include <vector>
 
+namespace plugin {
+
 /// The reports of progress that have come in and are not recorded yet: each may have to wait for
 /// the online services first.
 ///
@@ -32,3 +34,5 @@ class ProgressReports {
   std::vector<Report> reports_;  ///< in the order in which they came in
   Number last_ = 0;
 };
+
+}  // namespace plugin

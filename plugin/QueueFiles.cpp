@@ -6,6 +6,8 @@
 #include "kvpm/PathTools.h"
 #include "persistence/DownloadManagerPersistence.h"
 
+namespace plugin {
+
 using kvpm::PathTools;
 
 namespace {
@@ -34,3 +36,5 @@ QueueFiles::Items QueueFiles::readQueue() const {
   if (migrating && isKept && fileExists(current_)) PathTools::deleteFile(legacy_);
   return items;
 }
+
+}  // namespace plugin

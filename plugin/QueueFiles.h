@@ -5,6 +5,8 @@
 
 #include "VeskPlayerX/DownloadItemInterface.h"
 
+namespace plugin {
+
 /// The files in the application-data folder that the queue is read from at the start.
 class QueueFiles {
  public:
@@ -26,3 +28,5 @@ class QueueFiles {
   std::wstring current_;
   std::wstring legacy_;
 };
+
+}  // namespace plugin

@@ -2,6 +2,8 @@
 
 #include "VeskPlayerX/InterfaceIds.h"
 
+namespace plugin {
+
 std::shared_ptr<ServicesLookup::Service> ServicesLookup::find() {
   {
     const std::lock_guard lock(mutex_);
@@ -14,3 +16,5 @@ std::shared_ptr<ServicesLookup::Service> ServicesLookup::find() {
   if (!service_) service_ = std::move(service);
   return service_;
 }
+
+}  // namespace plugin

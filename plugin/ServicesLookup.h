@@ -7,6 +7,8 @@
 #include "KPIM/Helper.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
 
+namespace plugin {
+
 /// Finds the plug-in that offers the interface `id`, loading it when needed, and holds it as long
 /// as `service` lives. Returns whether it is there.
 template <class I>
@@ -36,3 +38,5 @@ class ServicesLookup {
   std::mutex mutex_;
   std::shared_ptr<Service> service_;  // guarded by mutex_
 };
+
+}  // namespace plugin

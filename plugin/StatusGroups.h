@@ -2,6 +2,8 @@
 
 #include "plugin/DownloadStatus.h"
 
+namespace plugin {
+
 /// Which states count as what. Pure functions of the state.
 
 /// The scheduler's next download is the first item in one of these states.
@@ -37,3 +39,5 @@ constexpr DownloadStatusEnumType afterRun(DownloadStatusEnumType result) {
 constexpr bool isAtBottom(DownloadStatusEnumType status) {
   return status == DownloadStatusCompleted || status == DownloadStatusFailed;
 }
+
+}  // namespace plugin

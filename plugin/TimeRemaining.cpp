@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+namespace plugin {
 namespace {
 
 std::uint32_t extrapolate(const ProgressStep& step) {
@@ -22,3 +23,5 @@ std::optional<std::uint32_t> estimateTimeRemaining(const ProgressStep& step) {
   const std::uint32_t seconds = extrapolate(step);
   return seconds == 0 ? std::nullopt : std::make_optional(seconds);
 }
+
+}  // namespace plugin

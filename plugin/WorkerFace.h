@@ -7,6 +7,8 @@
 
 #include "VeskPlayerX/DownloadManagerInterface.h"
 
+namespace plugin {
+
 /// The manager as its worker is given it: every report is handed on as it is, and `play` is told
 /// apart from the host's.
 ///
@@ -96,3 +98,5 @@ class WorkerFace : public VeskPlayerX::DownloadManagerInterface {
   VeskPlayerX::DownloadManagerInterface& manager_;
   const Play play_;
 };
+
+}  // namespace plugin

@@ -8,6 +8,7 @@
 #include "tests/support/Gate.h"
 #include "tests/support/fakes/FakeView.h"
 
+namespace plugin {
 namespace {
 
 class AttachedViewTest : public ::testing::Test {
@@ -101,3 +102,4 @@ TEST_F(AttachedViewTest, AVisitThatThrowsIsOver) {
 }
 
 }  // namespace
+}  // namespace plugin

@@ -7,6 +7,7 @@
 #include "tests/support/Gate.h"
 #include "tests/support/fakes/EventLog.h"
 
+namespace plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -76,3 +77,4 @@ TEST_F(ConfirmationsTest, ReportsOnManyThreadsAreAllTold) {
 }
 
 }  // namespace
+}  // namespace plugin

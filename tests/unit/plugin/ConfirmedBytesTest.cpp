@@ -7,6 +7,7 @@
 
 #include "plugin/ConfirmedBytes.h"
 
+namespace plugin {
 namespace {
 
 struct Case {
@@ -46,3 +47,4 @@ TEST(ConfirmedBytes, FollowFromTwoReportsInARow) {
 }
 
 }  // namespace
+}  // namespace plugin

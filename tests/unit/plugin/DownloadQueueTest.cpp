@@ -3,6 +3,7 @@
 #include "plugin/DownloadQueue.h"
 #include "tests/unit/plugin/QueueText.h"
 
+namespace plugin {
 namespace {
 
 using queue_text::makeItem;
@@ -210,3 +211,4 @@ TEST_F(DownloadQueueTest, RequeuesThePausedAndWhatAStoppedTransferLeftBehind) {
 }
 
 }  // namespace
+}  // namespace plugin

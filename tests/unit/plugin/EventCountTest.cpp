@@ -4,6 +4,7 @@
 
 #include "plugin/EventCount.h"
 
+namespace plugin {
 namespace {
 
 using std::chrono::milliseconds;
@@ -47,3 +48,4 @@ TEST(EventCount, OneEventEndsEveryWait) {
 }
 
 }  // namespace
+}  // namespace plugin

@@ -6,6 +6,7 @@
 
 #include "plugin/HostEventLoop.h"
 
+namespace plugin {
 namespace {
 
 using std::chrono::milliseconds;
@@ -39,3 +40,4 @@ TEST(HostEventLoop, LeavesTheLoopAloneOnAnyOtherThread) {
 }
 
 }  // namespace
+}  // namespace plugin

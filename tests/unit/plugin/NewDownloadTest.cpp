@@ -2,6 +2,7 @@
 
 #include "plugin/NewDownload.h"
 
+namespace plugin {
 namespace {
 
 TEST(NewDownload, IsTitledAfterItsFileAndProvidedByItsHost) {
@@ -87,3 +88,4 @@ TEST(NewDownload, CarriesAnyText) {
 }
 
 }  // namespace
+}  // namespace plugin

@@ -4,6 +4,7 @@
 
 #include "plugin/OperationLock.h"
 
+namespace plugin {
 namespace {
 
 template <class F>
@@ -66,3 +67,4 @@ TEST_F(OperationLockTest, AHoldByTryingCountsAsOne) {
 }
 
 }  // namespace
+}  // namespace plugin

@@ -2,6 +2,7 @@
 
 #include "plugin/PathMatch.h"
 
+namespace plugin {
 namespace {
 
 TEST(PathMatch, TakesSlashesForTheSeparatorAndCapitalsForSmallLetters) {
@@ -27,3 +28,4 @@ TEST(PathMatch, ComparesCharactersThatHaveNoCase) {
 }
 
 }  // namespace
+}  // namespace plugin

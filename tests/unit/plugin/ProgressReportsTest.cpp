@@ -4,6 +4,7 @@
 
 #include "plugin/ProgressReports.h"
 
+namespace plugin {
 namespace {
 
 TEST(ProgressReports, AReportIsTheNewestUntilItIsRecorded) {
@@ -52,3 +53,4 @@ TEST(ProgressReports, AReportEndsOnce) {
 }
 
 }  // namespace
+}  // namespace plugin

@@ -8,6 +8,7 @@
 #include "tests/support/TempDir.h"
 #include "tests/unit/plugin/QueueText.h"
 
+namespace plugin {
 namespace {
 
 namespace fs = std::filesystem;
@@ -237,3 +238,4 @@ TEST_F(QueueFilesTest, AFolderThatIsNotThereIsAnEmptyQueue) {
 }
 
 }  // namespace
+}  // namespace plugin

@@ -7,6 +7,7 @@
 #include "tests/support/fakes/FakePlayer.h"
 #include "tests/support/fakes/FakeServices.h"
 
+namespace plugin {
 namespace {
 
 using VeskPlayerX::DIN_Player;
@@ -62,3 +63,4 @@ TEST_F(ServicesLookupTest, OnlineServicesThatWereNotThereAreLookedUpAnew) {
 }
 
 }  // namespace
+}  // namespace plugin

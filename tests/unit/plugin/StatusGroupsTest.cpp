@@ -6,6 +6,7 @@
 #include "plugin/Playback.h"
 #include "plugin/StatusGroups.h"
 
+namespace plugin {
 namespace {
 
 /// The states, by their stored values, for which `belongs` holds.
@@ -56,3 +57,4 @@ TEST(Playback, AParkedOrEndedItemIsNoLongerWanted) {
 }
 
 }  // namespace
+}  // namespace plugin

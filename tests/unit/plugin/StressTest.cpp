@@ -131,7 +131,7 @@ class StressTest : public ManagerTest {
     manager().pause();
     auto* const copy = manager().getCopyofQueue();
     for (const Item* const item : *copy) {
-      EXPECT_FALSE(isActive(item->getStatus())) << queue_text::textOf(*copy);
+      EXPECT_FALSE(plugin::isActive(item->getStatus())) << queue_text::textOf(*copy);
     }
     manager().deleteCopyOfQueue(copy);
   }

@@ -7,6 +7,7 @@
 
 #include "plugin/TimeRemaining.h"
 
+namespace plugin {
 namespace {
 
 struct Case {
@@ -44,3 +45,4 @@ TEST(TimeRemaining, FollowsFromTwoReportsInARow) {
 }
 
 }  // namespace
+}  // namespace plugin
