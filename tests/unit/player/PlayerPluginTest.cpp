@@ -9,6 +9,7 @@
 #include "tests/support/TempDir.h"
 #include "tests/support/WaitFor.h"
 #include "tests/support/fakes/FakeContext.h"
+#include "tests/support/fakes/FakeMessages.h"
 
 namespace playerx {
 namespace {
@@ -16,13 +17,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-class RecordedMessages : public UserMessages {
- public:
-  void tellUser(const std::string& sentence) override { sentences.push_back(sentence); }
-
-  std::vector<std::string> sentences;
-};
 
 struct ReleasePlugin {
   void operator()(KPIM::Plugin* plugin) const { plugin->kpimRelease(); }
@@ -32,7 +26,7 @@ class PlayerPluginTest : public testing::Test {
  protected:
   support::TempDir folder;
   support::FakeContext context;
-  RecordedMessages messages;
+  support::FakeMessages messages;
 
   /// A player program that writes what it plays into a file, then plays for as long as the folder
   /// is there.

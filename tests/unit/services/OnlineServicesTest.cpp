@@ -11,6 +11,7 @@
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/fakes/FakeContext.h"
+#include "tests/support/fakes/FakeMessages.h"
 
 namespace playerx {
 namespace {
@@ -21,13 +22,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-class RecordedMessages : public UserMessages {
- public:
-  void tellUser(const std::string& sentence) override { sentences.push_back(sentence); }
-
-  std::vector<std::string> sentences;
-};
-
 struct ReleasePlugin {
   void operator()(KPIM::Plugin* plugin) const { plugin->kpimRelease(); }
 };
@@ -36,7 +30,7 @@ class OnlineServicesTest : public testing::Test {
  protected:
   support::ScriptedServer server;
   support::FakeContext context;
-  RecordedMessages messages;
+  support::FakeMessages messages;
   support::TempDir folder;
   std::unique_ptr<OnlineServices, ReleasePlugin> services = connect(server.url(""));
 
