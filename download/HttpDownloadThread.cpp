@@ -1,34 +1,18 @@
 #include "download/HttpDownloadThread.h"
 
-#include <QCoreApplication>
-#include <QSettings>
-#include <utility>
-
-#include "KPX/KPXPreferences.h"
 #include "download/HttpDownloadThreadImpl.h"
 #include "download/MediaSize.h"
-
-namespace {
-
-void createSharedPreferences() {
-  if (KPXPreferences::userSettings != nullptr) return;
-  auto settings = std::make_unique<QSettings>(
-      QSettings::UserScope, QCoreApplication::organizationName(), QStringLiteral("Settings"));
-  settings->beginGroup(QCoreApplication::applicationName());
-  KPXPreferences::userSettings = settings.release();
-}
-
-}  // namespace
+#include "download/SharedPreferences.h"
 
 HttpDownloadThread::HttpDownloadThread(KPIM::Context* context)
     : impl_(std::make_unique<HttpDownloadThreadImpl>(*this, context)) {
-  createSharedPreferences();
+  download::ensureSharedPreferences();
 }
 
 HttpDownloadThread::~HttpDownloadThread() {
   impl_->close();  // whoever is still inside uses the pointer
   impl_.reset();
-  delete std::exchange(KPXPreferences::userSettings, nullptr);
+  download::dropSharedPreferences();
 }
 
 VeskPlayerX::DownloadItemInterface* HttpDownloadThread::getItem() { return impl_->getItem(); }

@@ -1,38 +1,21 @@
 #include "plugin/DownloadManager.h"
 
-#include <QCoreApplication>
-#include <QSettings>
-#include <utility>
-
-#include "KPX/KPXPreferences.h"
 #include "VeskPlayerX/InterfaceIds.h"
 #include "VeskPlayerX/VeskDrm.h"
+#include "download/SharedPreferences.h"
 #include "plugin/DownloadManagerImpl.h"
-
-namespace {
-
-void createUserSettings() {
-  if (KPXPreferences::userSettings != nullptr) return;
-  KPXPreferences::userSettings =
-      new QSettings(QSettings::UserScope, QCoreApplication::organizationName(), "Settings");
-  KPXPreferences::userSettings->beginGroup(QCoreApplication::applicationName());
-}
-
-void deleteUserSettings() { delete std::exchange(KPXPreferences::userSettings, nullptr); }
-
-}  // namespace
 
 DownloadManager::DownloadManager(KPIM::Context* context)
     : KPIM::Plugin(context),
       impl_(std::make_shared<DownloadManagerImpl>(this, kpimGetPluginContext())) {
-  createUserSettings();
+  download::ensureSharedPreferences();
   impl_->open();
   kpimRetain();
 }
 
 DownloadManager::~DownloadManager() {
   doShutdown();
-  deleteUserSettings();
+  download::dropSharedPreferences();
 }
 
 void DownloadManager::Shutdown() {
