@@ -108,6 +108,9 @@ std::vector<Finding> clearFilms(const std::wstring& path) {
   std::string problemOfFile;
   const std::optional<std::wstring> text = readTicketText(path, &problemOfFile);
   if (!text) return {problem(0, problemOfFile)};
+  if (isSealedTicket(*text)) {
+    return {problem(0, "The online services name no film for this protected ticket.")};
+  }
   const TicketCheck check = checkClearTicket(*text);
   std::vector<Finding> findings;
   for (const TicketFilm& film : check.films) {
@@ -117,6 +120,17 @@ std::vector<Finding> clearFilms(const std::wstring& path) {
     findings.push_back(problem(each.line, each.sentence));
   }
   return findings;
+}
+
+std::vector<Finding> findingsOf(const std::string& ticket, PlayerHost& host) {
+  if (ticket.find("://") != std::string::npos) {
+    return {problem(0, "explain takes ticket files, not addresses.")};
+  }
+  const std::wstring path =
+      StringTools::stripBeginingAndEndChar(StringTools::stringToWString(ticket), L'"');
+  if (const auto refusal = refusalOfTicket(path)) return {problem(0, refusal->sentence)};
+  const std::vector<Finding> findings = protectedFilms(path, host);
+  return findings.empty() ? clearFilms(path) : findings;
 }
 
 void printForPeople(const std::string& ticket, const Finding& finding, std::ostream& out) {
@@ -153,12 +167,8 @@ void printJson(const std::string& ticket, const Finding& finding, std::ostream& 
 int runExplainCommand(const Options& options, PlayerHost& host, std::ostream& out) {
   int status = kExitDone;
   for (const std::string& ticket : options.inputs) {
-    const std::wstring path =
-        StringTools::stripBeginingAndEndChar(StringTools::stringToWString(ticket), L'"');
-    std::vector<Finding> findings = protectedFilms(path, host);
-    if (findings.empty()) findings = clearFilms(path);
     bool namesSomething = false;
-    for (const Finding& finding : findings) {
+    for (const Finding& finding : findingsOf(ticket, host)) {
       namesSomething = namesSomething || finding.isFilm;
       (options.json ? printJson : printForPeople)(ticket, finding, out);
     }

@@ -1,6 +1,7 @@
 #include "playerx/app/TicketCheck.h"
 
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "kvpm/StringTools.h"
@@ -115,7 +116,14 @@ class BodyReader {
   bool sawStart_ = false;
 };
 
+/// First line of a ticket that only the online services can read.
+constexpr std::wstring_view kSealedLine = L"VeskSealedTicket 1";
+
 }  // namespace
+
+bool isSealedTicket(const std::wstring& text) {
+  return text.substr(0, text.find_first_of(L"\n\r")) == kSealedLine;
+}
 
 TicketCheck checkClearTicket(const std::wstring& text) {
   TicketCheck check;

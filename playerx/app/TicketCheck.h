@@ -33,4 +33,7 @@ struct TicketCheck {
 /// yields nothing. Lines end in LF, CR or CR LF.
 TicketCheck checkClearTicket(const std::wstring& text);
 
+/// Whether this is the text of a protected ticket, which only the online services can read.
+bool isSealedTicket(const std::wstring& text);
+
 }  // namespace playerx

@@ -1,9 +1,11 @@
 #include "playerx/app/TicketFile.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "kvpm/File.h"
 #include "kvpm/StringTools.h"
+#include "playerx/app/ServicesAddress.h"
 #include "playerx/app/TicketCheck.h"
 
 namespace playerx {
@@ -14,12 +16,28 @@ bool isMonstrous(const TicketFilm& film) {
   return std::max({film.title.size(), film.provider.size(), film.url.size()}) > kLongestText;
 }
 
+bool isFolder(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::is_directory(path, error);
+}
+
+/// What stands in the way of reading this file.
+std::string obstacleAt(const std::string& path) {
+  std::error_code error;
+  const std::filesystem::file_status found = std::filesystem::status(path, error);
+  const bool isMissing = found.type() == std::filesystem::file_type::not_found;
+  if (isMissing) return "There is no file " + path + ".";
+  if (isFolder(path)) return path + " is a folder.";
+  return "The file cannot be read.";
+}
+
 }  // namespace
 
 std::optional<std::wstring> readTicketText(const std::wstring& path, std::string* problem) {
+  const std::string name = kvpm::StringTools::wStringToString(path);
   kvpm::File file;
-  if (file.open(path, kvpm::FileOpenRead) != 0) {
-    *problem = "The file cannot be read.";
+  if (file.open(path, kvpm::FileOpenRead) != 0 || isFolder(name)) {
+    *problem = obstacleAt(name);
     return std::nullopt;
   }
   const std::int64_t size = std::max<std::int64_t>(file.getTotalSize(), 0);
@@ -39,7 +57,15 @@ std::optional<FailureReason> refusalOfTicket(const std::wstring& path) {
   std::string problem;
   const std::optional<std::wstring> text = readTicketText(path, &problem);
   if (!text) return FailureReason{"bad_ticket", problem};
-  const TicketCheck check = checkClearTicket(*text);
+  return refusalOfText(*text, !servicesAddress().empty());
+}
+
+std::optional<FailureReason> refusalOfText(const std::wstring& text, bool hasServices) {
+  if (isSealedTicket(text) && !hasServices) {
+    return FailureReason{"empty_ticket",
+                         "This is a protected ticket; name the online services with --services."};
+  }
+  const TicketCheck check = checkClearTicket(text);
   if (check.films.size() > kMostFilms) {
     return FailureReason{"bad_ticket", "This ticket names " + std::to_string(check.films.size()) +
                                            " films; the most is " + std::to_string(kMostFilms) +

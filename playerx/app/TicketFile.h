@@ -21,7 +21,11 @@ constexpr std::size_t kLongestText = 8192;
 std::optional<std::wstring> readTicketText(const std::wstring& path, std::string* problem);
 
 /// Why the player does not hand this ticket to the download manager; none when it does, whatever
-/// the manager then makes of it.
+/// the manager then makes of it. Main thread.
 std::optional<FailureReason> refusalOfTicket(const std::wstring& path);
+
+/// The same of a ticket's text; `hasServices` when there are online services to read a protected
+/// one.
+std::optional<FailureReason> refusalOfText(const std::wstring& text, bool hasServices);
 
 }  // namespace playerx

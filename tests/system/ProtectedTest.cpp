@@ -134,8 +134,24 @@ TEST_F(ProtectedTest, AServiceThatIsGoneIsSaid) {
 TEST_F(ProtectedTest, WithoutServicesASealedTicketYieldsNothing) {
   PlayerHome alone;
   const std::string ticket = server.ticket();
-  EXPECT_EQ(alone.run({"get", ticket}).status, 2);
+  const PlayerResult result = alone.run({"get", ticket});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.output, HasSubstr("name the online services with --services."));
   EXPECT_TRUE(std::filesystem::exists(ticket));
+
+  const PlayerResult explained = alone.runForPeople({"explain", ticket});
+  EXPECT_EQ(explained.status, 1);
+  EXPECT_EQ(explained.output,
+            ticket + ": This is a protected ticket; name the online services with --services.\n");
+}
+
+TEST_F(ProtectedTest, ExplainSaysOfAProtectedTicketThatCannotBeReadWhy) {
+  PlayerHome alone;
+  alone.addOptions({"--services", "http://127.0.0.1:1"});
+  const PlayerResult result = alone.runForPeople({"explain", server.ticket()});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, HasSubstr("The online services name no film"));
+  EXPECT_THAT(result.errors, HasSubstr("cannot be reached"));
 }
 
 /// A film that takes a few seconds.

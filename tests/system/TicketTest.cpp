@@ -88,6 +88,18 @@ TEST_F(TicketTest, AFloodOfFilmsIsRefused) {
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.events("refused").at(0)["reason"]["code"], "bad_ticket");
   EXPECT_THAT(home.queue(), IsEmpty());
+
+  const PlayerResult explained = home.run({"explain", write(text)});
+  EXPECT_EQ(explained.status, 1);
+  EXPECT_THAT(explained.events("explained"), IsEmpty());
+  EXPECT_EQ(explained.events("problem").at(0)["note"],
+            result.events("refused").at(0)["reason"]["sentence"]);
+}
+
+TEST_F(TicketTest, ExplainTakesNoAddress) {
+  const PlayerResult result = home.run({"explain", "http://h/a.tix"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.events("problem").at(0)["note"], "explain takes ticket files, not addresses.");
 }
 
 TEST_F(TicketTest, BlanksDoNotCarryAFloodPastTheLimits) {

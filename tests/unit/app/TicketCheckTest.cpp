@@ -49,6 +49,17 @@ TEST(TicketCheckTest, AHeaderWithoutValueIsPassedOver) {
   EXPECT_EQ(checkClearTicket(L"TixVeskVersion=\nstart\nurl=u\nend").films.size(), 1u);
 }
 
+TEST(TicketCheckTest, AProtectedTicketIsKnownByItsFirstLine) {
+  for (const wchar_t* text :
+       {L"VeskSealedTicket 1", L"VeskSealedTicket 1\nabc", L"VeskSealedTicket 1\r\nabc"}) {
+    EXPECT_TRUE(isSealedTicket(text)) << text;
+  }
+  for (const wchar_t* text : {L"", L"TixVeskVersion=1.0\n", L"VeskSealedTicket 10\n",
+                              L" VeskSealedTicket 1\n", L"VeskSealedTicket"}) {
+    EXPECT_FALSE(isSealedTicket(text)) << text;
+  }
+}
+
 TEST(TicketCheckTest, ABlockWithoutAddressIsNamed) {
   EXPECT_EQ(onlyProblemLine(kHeader + L"start\ntitle=x\nurl=\nend"), 2);
 }
