@@ -22,8 +22,9 @@ class DownloadThreadInterface {
   virtual VeskPlayerX::DownloadItemInterface* getItem() = 0;
 
   /// Downloads `item`, of which the worker takes ownership until the next call. Blocks until the
-  /// item has ended; returns 4 (completed), 5 (stopped) or 6 (failed, also for null). Called by one
-  /// thread at a time, with no lock of the manager held.
+  /// item has ended; returns `DownloadStatusCompleted`, `DownloadStatusStopped` or
+  /// `DownloadStatusFailed` (also for null). Called by one thread at a time, with no lock of the
+  /// manager held.
   virtual DownloadStatusEnumType downloadVideo(VeskPlayerX::DownloadItemInterface* item) = 0;
 
   /// Stops whatever runs; returns once a running `downloadVideo` has returned, at once when there

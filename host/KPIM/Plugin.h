@@ -39,8 +39,8 @@ class Plugin {
   /// The context given to the constructor.
   virtual Context* kpimGetPluginContext();
 
-  /// Stores the face named `id` in `*out` and returns 0, or leaves `*out` alone and returns 3. The
-  /// face lives as long as the plug-in and takes no hold.
+  /// Stores the face named `id` in `*out` and returns `kSuccess`, or leaves `*out` alone and
+  /// returns `kUnknownInterface`. The face lives as long as the plug-in and takes no hold.
   virtual VESK_RESULT kpimGetInterface(std::string id, void** out);
 
  private:

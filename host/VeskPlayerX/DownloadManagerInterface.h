@@ -58,8 +58,8 @@ class DownloadManagerInterface {
   /// again; the manager owns it too. The second argument is not used.
   virtual std::vector<DownloadItemInterface*> addTicket(const std::wstring& ticketPath, bool) = 0;
 
-  /// Sets the status and announces the item. A completed (4) or failed (6) item moves to the
-  /// bottom; a completed one is announced to the player.
+  /// Sets the status and announces the item. A completed or failed item moves to the bottom; a
+  /// completed one is announced to the player.
   virtual bool updateStatus(unsigned int id, DownloadStatusEnumType status) = 0;
 
   /// Each sets one field and announces the item.
