@@ -99,8 +99,8 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   /// The transfer that the scheduler has picked and not yet recorded.
   struct Run {
     unsigned int id = 0;  ///< of its item; 0 for no transfer
-    bool superseded =
-        false;  ///< the item failed in it, and the host has queued the item anew since
+    /// The item failed in it, and the host has queued the item anew since.
+    bool superseded = false;
   };
 
   /// What the two items at the top are like at one moment.
