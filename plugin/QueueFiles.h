@@ -8,6 +8,10 @@
 namespace plugin {
 
 /// The files in the application-data folder that the queue is read from at the start.
+///
+/// Owned by whoever starts the manager, and used on that thread, before another one writes the
+/// queue. Reading blocks for the disk. Nothing fails: what the disk refuses is answered by an empty
+/// queue, or by files that stay as they are.
 class QueueFiles {
  public:
   using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
@@ -21,7 +25,7 @@ class QueueFiles {
   /// The queue in the current file. When there is none yet, the queue of an earlier release, which
   /// becomes the current one: its file is deleted once the current file is there. A file that
   /// cannot be read is set aside under another name first, and gives no items. The items belong to
-  /// the caller. Never fails.
+  /// the caller.
   Items readQueue() const;
 
  private:
