@@ -140,18 +140,6 @@ std::optional<std::string> writeQueueElement(const DownloadItemInterface& item, 
   return text->substr(kQueueBeginning.size(), length);
 }
 
-std::optional<std::string> writeQueueDocument(const std::vector<DownloadItemInterface*>& items) {
-  const XmlReports reports;
-  const XmlDocument document = newDocument();
-  if (document == nullptr) return std::nullopt;
-  xmlNode& root = *xmlDocGetRootElement(document.get());
-  const std::size_t limit = longestValueIn(items);
-  for (const DownloadItemInterface* item : items) {
-    if (!appendItem(root, *item, limit)) return std::nullopt;
-  }
-  return serialiseXml(*document, reports);
-}
-
 std::optional<ItemList> readQueueDocument(std::string bytes) {
   return readItems(std::move(bytes), {kRoot, kElement, nullptr, kReadAttributes});
 }

@@ -9,6 +9,11 @@
 
 namespace persistence {
 
+/// The text of a queue file of this release.
+///
+/// Pure functions of their arguments: no file, no state, no lock, callable on all threads. Whoever
+/// shares the items keeps them still meanwhile. A missing result is the one failure.
+
 /// The first characters of every document of this format.
 inline constexpr std::string_view kQueueDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"";
 
@@ -25,15 +30,10 @@ inline constexpr std::string_view kQueueEnd = "</DownloadQueue>\n";
 std::size_t longestValueIn(const std::vector<VeskPlayerX::DownloadItemInterface*>& items);
 
 /// One item's element with its twelve attributes, as it stands in a document whose attributes hold
-/// at most `limit` bytes. Nothing when it could not be built whole.
+/// at most `limit` bytes. Text that XML cannot carry is cleaned first, so that one item never makes
+/// the others unreadable. Nothing when it could not be built whole.
 std::optional<std::string> writeQueueElement(const VeskPlayerX::DownloadItemInterface& item,
                                              std::size_t limit);
-
-/// The queue as an XML document, one element per item with twelve attributes. Text that XML cannot
-/// carry is cleaned first, so that one item never makes the others unreadable. Nothing when the
-/// document could not be built whole.
-std::optional<std::string> writeQueueDocument(
-    const std::vector<VeskPlayerX::DownloadItemInterface*>& items);
 
 /// The items of a document, in its order; nothing when it is malformed or no queue.
 std::optional<ItemList> readQueueDocument(std::string bytes);

@@ -11,8 +11,9 @@
 
 namespace persistence {
 
-/// Writes a queue as `writeQueueDocument` does, and remembers each item's element: the queue is
-/// written anew at every change of one item, and the others need not be turned into XML again.
+/// Writes a queue as an XML document, one element per item in their order, and remembers each
+/// item's element: the queue is written anew at every change of one item, and the others need not
+/// be turned into XML again.
 ///
 /// Remembers no more items than the queue that was written last holds. Used by one thread at a
 /// time.

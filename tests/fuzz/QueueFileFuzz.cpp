@@ -3,6 +3,7 @@
 
 #include "persistence/ItemList.h"
 #include "persistence/QueueDocument.h"
+#include "persistence/WrittenQueue.h"
 #include "persistence/XmlText.h"
 #include "plugin/DownloadItem.h"
 #include "tests/fuzz/Fuzz.h"
@@ -14,7 +15,7 @@ using persistence::ItemList;
 std::string written(const ItemList& items) {
   std::vector<VeskPlayerX::DownloadItemInterface*> queue;
   for (const auto& item : items) queue.push_back(item.get());
-  const auto document = persistence::writeQueueDocument(queue);
+  const auto document = persistence::WrittenQueue{}.document(queue);
   fuzz::require(document.has_value(), "every queue can be written");
   return *document;
 }

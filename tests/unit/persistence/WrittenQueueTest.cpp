@@ -4,6 +4,8 @@
 
 #include "persistence/QueueDocument.h"
 #include "persistence/WrittenQueue.h"
+#include "persistence/XmlDocument.h"
+#include "persistence/XmlText.h"
 #include "plugin/DownloadItem.h"
 
 namespace persistence {
@@ -24,9 +26,17 @@ class WrittenQueueTest : public testing::Test {
   }
 
   void expectAsWrittenAnew(const Items& items) {
-    EXPECT_EQ(written.document(items), writeQueueDocument(items));
+    EXPECT_EQ(written.document(items), WrittenQueue{}.document(items));
   }
 };
+
+TEST_F(WrittenQueueTest, AnElementIsTheLibrarysOwnText) {
+  const std::string text = written.document(both).value();
+  const XmlReports reports;
+  const XmlDocument document = parseXml(text, reports);
+  ASSERT_NE(document, nullptr);
+  EXPECT_EQ(serialiseXml(*document, reports), text);
+}
 
 TEST_F(WrittenQueueTest, TheDocumentIsTheOneWrittenAnew) {
   expectAsWrittenAnew(both);
@@ -68,8 +78,12 @@ TEST_F(WrittenQueueTest, ItemsOfOneIdKeepTheirOwnFields) {
   expectAsWrittenAnew({&copy, &one});
 }
 
-TEST_F(WrittenQueueTest, ATextThatIsTooLongIsCutAsInTheWholeDocument) {
+TEST_F(WrittenQueueTest, ATextThatIsTooLongIsCut) {
   one.setTicket(std::string(20'000'000, 'x'));
+  const auto back = readQueueDocument(written.document(both).value());
+  ASSERT_TRUE(back);
+  EXPECT_EQ(back->at(0)->getTicket().size(), kLongestXmlValue);
+  EXPECT_EQ(back->at(1)->getUrl(), two.getUrl());
   expectAsWrittenAnew(both);
 }
 
