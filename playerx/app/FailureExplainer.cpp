@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "playerx/app/FolderCheck.h"
+#include "playerx/app/ServicesAddress.h"
 #include "playerx/app/WakeUp.h"
 
 namespace playerx {
@@ -10,15 +12,27 @@ std::optional<FailureReason> reasonFromNotices(const ItemState& item,
                                                const std::vector<Notice>& notices,
                                                const std::string& words) {
   for (const Notice& notice : notices) {
-    if (notice.kind == Notice::kNoSpace) return noSpaceAt(notice.text);
+    if (notice.kind == Notice::kSlotDeclined) return slotDeclined();
+    if (notice.kind == Notice::kNoSpace) {
+      return canHoldFiles(notice.text) ? noSpaceAt(notice.text) : folderUnusable(notice.text);
+    }
     if (notice.kind == Notice::kNotAuthorized) return notAuthorized(notice.code, notice.text);
   }
   if (!item.ticket.empty() && !words.empty()) return FailureReason{"services", words};
-  if (item.url.empty() && !item.ticket.empty()) return servicesUnavailable();
-  if (item.url.empty()) {
+  if (item.url.empty() && item.ticket.empty()) {
     return FailureReason{"no_address", "This item has no address; remove it and add it again."};
   }
   return std::nullopt;
+}
+
+FailureReason reasonOfServices(const std::string& address, const ProbeResult& probe) {
+  if (address.empty()) return servicesNotNamed();
+  return probe.status > 0 ? servicesNotReady() : servicesUnavailable();
+}
+
+FailureReason wordedFor(const ItemState& item, FailureReason reason) {
+  const bool isExpired = !item.ticket.empty() && reason.code == accessExpired().code;
+  return isExpired ? accessExpired() : std::move(reason);
 }
 
 bool isWorthAsking(const ItemState& item, const FailureReason& reason) {
@@ -47,10 +61,13 @@ void FailureExplainer::explain(const ItemState& item, const std::vector<Notice>&
   std::optional<FailureReason> reason = reasonFromNotices(item, notices, words);
   if (!reason) reason = libraryReason_(item);
   if (reason && !isWorthAsking(item, *reason)) return answer(item, *std::move(reason));
-  questions_.emplace_back([this, item, reason](const std::stop_token& stop) {
-    const ProbeResult probe = probeServer(item.url, authorities_, stop);
+  const bool asksServices = item.url.empty();
+  const std::string address = asksServices ? servicesAddress() : item.url;
+  questions_.emplace_back([=, this](const std::stop_token& stop) {
+    const ProbeResult probe = probeServer(address, authorities_, stop);
     if (stop.stop_requested()) return;
-    answer(item, weigh(reason, reasonFromProbe(probe)));
+    answer(item,
+           asksServices ? reasonOfServices(address, probe) : weigh(reason, reasonFromProbe(probe)));
   });
 }
 
@@ -65,7 +82,7 @@ bool FailureExplainer::isBusy() const { return open_ > 0; }
 void FailureExplainer::answer(const ItemState& item, FailureReason reason) {
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    answers_.push_back({item, std::move(reason)});
+    answers_.push_back({item, wordedFor(item, std::move(reason))});
   }
   wakeUp_.raise();
 }

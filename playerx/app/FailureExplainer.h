@@ -59,11 +59,18 @@ class FailureExplainer {
 };
 
 /// The reason that the module's notices alone give, or, for an item with a ticket, the words of the
-/// online services; none when they leave it open. An item without address (rights-protected and
-/// never authorised) always has one.
+/// online services; none when they leave it open, to the server of the film or, for an item without
+/// address (rights-protected and never authorised), to the online services.
 std::optional<FailureReason> reasonFromNotices(const ItemState& item,
                                                const std::vector<Notice>& notices,
                                                const std::string& words);
+
+/// Why a protected item could not even be authorised: as a look at the online services at `address`
+/// (empty for none) shows.
+FailureReason reasonOfServices(const std::string& address, const ProbeResult& probe);
+
+/// A reason of the transfer in the words that fit a protected film.
+FailureReason wordedFor(const ItemState& item, FailureReason reason);
 
 /// Whether the server has to be asked all the same: there seems to be too little room, but for a
 /// size that the module did not even note and that may be nonsense.

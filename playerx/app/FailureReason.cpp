@@ -43,9 +43,41 @@ FailureReason noSpaceAt(const std::string& path) {
 }
 
 FailureReason notAuthorized(int errorCode, const std::string& details) {
+  // Errors below 0 are the player's own: nothing was refused.
+  if (errorCode < 0 && !details.empty()) {
+    return {"not_authorized", details +
+                                  " This protected film cannot be downloaded without them; "
+                                  "retry it later."};
+  }
   return {"not_authorized", "The online services do not allow this download (error " +
                                 std::to_string(errorCode) +
                                 (details.empty() ? "" : ": " + details) + ")."};
+}
+
+FailureReason slotDeclined() {
+  return {"slots_taken",
+          "All slots are taken and none was given up; run `get` in a terminal and choose one."};
+}
+
+FailureReason servicesNotNamed() {
+  return {"services_unavailable",
+          "This is a protected film; name the online services with --services, then retry."};
+}
+
+FailureReason servicesNotReady() {
+  return {"services_unavailable", "The online services are not ready; try again later."};
+}
+
+FailureReason accessExpired() {
+  return {"http_401",
+          "The access to this protected film has expired (401); `playerx-cli retry` with its "
+          "position asks for it anew."};
+}
+
+FailureReason folderUnusable(const std::string& path) {
+  return {"media_folder", "The folder " + path +
+                              " cannot be made or written; choose another with --media, then "
+                              "retry."};
 }
 
 FailureReason servicesUnavailable() {

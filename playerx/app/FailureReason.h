@@ -27,8 +27,23 @@ FailureReason noSpaceAt(const std::string& path);
 /// The online services refused the download with `errorCode` and words of their own.
 FailureReason notAuthorized(int errorCode, const std::string& details);
 
-/// The online services could not be reached, or are not ready.
+/// All slots are taken, and the user gave up none of them.
+FailureReason slotDeclined();
+
+/// The online services are needed, but none are named.
+FailureReason servicesNotNamed();
+
+/// The online services could not be reached.
 FailureReason servicesUnavailable();
+
+/// The online services were reached and do not authorise downloads now.
+FailureReason servicesNotReady();
+
+/// The server no longer takes the temporary access that the online services gave.
+FailureReason accessExpired();
+
+/// No folder can be made at `path`, nor a file written there.
+FailureReason folderUnusable(const std::string& path);
 
 /// The reason when nothing more is known: the download failed, yet the server answers now.
 FailureReason unexplained();

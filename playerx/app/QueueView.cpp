@@ -28,7 +28,9 @@ void QueueView::downloadItemsAdded() { wakeUp_.raise(); }
 bool QueueView::keepsRunningWhenFinished() { return false; }
 
 int QueueView::chooseSlot(const std::wstring& title, const VeskDrmDownloadAuthorization&) {
-  return askSlot_(StringTools::wStringToString(title));
+  const int slot = askSlot_(StringTools::wStringToString(title));
+  if (slot < 0) keep({Notice::kSlotDeclined, ""});
+  return slot;
 }
 
 void QueueView::showAuthorizationError(const VeskDrmDownloadAuthorization& answer) {

@@ -14,7 +14,7 @@ class WakeUp;
 
 /// What the module told the view about the item that is being downloaded.
 struct Notice {
-  enum Kind { kNoSpace, kUrlFailed, kBroken, kNotAuthorized };
+  enum Kind { kNoSpace, kUrlFailed, kBroken, kNotAuthorized, kSlotDeclined };
   Kind kind;
   std::string text;         ///< the path, the address or the services' words, UTF-8
   int code = 0;             ///< the services' error code

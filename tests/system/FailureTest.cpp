@@ -79,6 +79,13 @@ TEST_F(FailureTest, AMediaFolderThatCannotBeMade) {
   EXPECT_EQ(failureOf(server.url("/a.avi")), "media_folder");
 }
 
+TEST_F(FailureTest, AMediaFolderThatTheKernelDoesNotGiveHasNoLackOfSpace) {
+  Nginx server;
+  server.serve("a.avi", distinctBytes(5000));
+  home.setMedia("/proc/films");
+  EXPECT_EQ(failureOf(server.url("/a.avi")), "media_folder");
+}
+
 TEST_F(FailureTest, TheRestOfTheQueueGoesOn) {
   Nginx server;
   server.serve("good.avi", distinctBytes(5000));

@@ -13,6 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class ProtectedTest : public testing::Test {
  protected:
@@ -62,17 +63,23 @@ TEST_F(ProtectedTest, AnyOtherErrorIsShownAsARefusal) {
 
 TEST_F(ProtectedTest, AnswersThatMakeNoSenseAreRefusals) {
   server.misbehave("malformed");
-  EXPECT_EQ(home.run({"get", server.ticket()}).failureCode(), "not_authorized");
+  const PlayerResult result = home.run({"get", server.ticket()});
+  EXPECT_EQ(result.failureCode(), "not_authorized");
+  EXPECT_THAT(result.output, Not(HasSubstr("error -2")));
 }
 
 TEST_F(ProtectedTest, ServicesThatAreNotReadyFailTheDownload) {
   server.misbehave("not-ready");
-  EXPECT_EQ(home.run({"get", server.ticket()}).failureCode(), "services_unavailable");
+  const PlayerResult result = home.run({"get", server.ticket()});
+  EXPECT_EQ(result.failureCode(), "services_unavailable");
+  EXPECT_THAT(result.output, HasSubstr("The online services are not ready; try again later."));
 }
 
 TEST_F(ProtectedTest, TheSlotQuestionIsDeclinedWithoutATerminal) {
   server.misbehave("error-32054");
-  EXPECT_EQ(home.run({"get", server.ticket()}).status, 1);
+  const PlayerResult result = home.run({"get", server.ticket()});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.failureCode(), "slots_taken");
   EXPECT_EQ(server.authorizations(), 1);
 }
 
@@ -99,7 +106,9 @@ TEST_F(ProtectedTest, DamagedRightsTextStillFetchesTheFilm) {
 
 TEST_F(ProtectedTest, ExpiredCredentialsAreAuthorisedAnewByARetry) {
   server.misbehave("expired");
-  EXPECT_EQ(home.run({"get", server.ticket()}).failureCode(), "http_401");
+  const PlayerResult result = home.run({"get", server.ticket()});
+  EXPECT_EQ(result.failureCode(), "http_401");
+  EXPECT_THAT(result.output, HasSubstr("has expired"));
   EXPECT_EQ(home.run({"retry", "1"}).status, 0);
   EXPECT_EQ(home.run({"get"}).status, 0);
   EXPECT_EQ(server.authorizations(), 2);

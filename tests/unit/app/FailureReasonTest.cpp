@@ -106,10 +106,50 @@ TEST(FailureReasonTest, TheServicesWordsExplainAnItemWithATicketOnly) {
   EXPECT_EQ(reasonFromNotices(item, {}, "No."), (FailureReason{"services", "No."}));
 }
 
-TEST(FailureReasonTest, AnItemWithoutAddressLacksTheServices) {
+TEST(FailureReasonTest, ADeclinedSlotIsNoLackOfServices) {
   ItemState item;
   item.ticket = "t";
-  EXPECT_EQ(reasonFromNotices(item, {}, ""), servicesUnavailable());
+  EXPECT_EQ(reasonFromNotices(item, {{Notice::kSlotDeclined, ""}}, ""),
+            (FailureReason{"slots_taken",
+                           "All slots are taken and none was given up; run `get` in a terminal "
+                           "and choose one."}));
+}
+
+TEST(FailureReasonTest, ServicesThatAnswerAreNotReady) {
+  const ProbeResult answered = probe({CURLE_OK}, 200, 15);
+  const ProbeResult silent = probe({CURLE_COULDNT_CONNECT});
+  EXPECT_EQ(reasonOfServices("http://s", answered), servicesNotReady());
+  EXPECT_EQ(reasonOfServices("http://s", silent), servicesUnavailable());
+  EXPECT_EQ(reasonOfServices("", silent), servicesNotNamed());
+}
+
+TEST(FailureReasonTest, ErrorsOfThePlayerItselfAreNoRefusals) {
+  EXPECT_EQ(notAuthorized(7, "No.").sentence,
+            "The online services do not allow this download (error 7: No.).");
+  EXPECT_EQ(notAuthorized(-2, "The online services gave no proper answer.").sentence,
+            "The online services gave no proper answer. This protected film cannot be downloaded "
+            "without them; retry it later.");
+}
+
+TEST(FailureReasonTest, ThePasswordOfAProtectedFilmHasExpired) {
+  ItemState item;
+  const FailureReason refused = reasonFromStatus(401, "films.test");
+  EXPECT_EQ(wordedFor(item, refused), refused);
+  item.ticket = "t";
+  EXPECT_EQ(wordedFor(item, refused), accessExpired());
+  EXPECT_EQ(wordedFor(item, noSpaceAt("/m")), noSpaceAt("/m"));
+}
+
+TEST(FailureReasonTest, AFolderThatCannotBeIsNoLackOfSpace) {
+  const ItemState item;
+  EXPECT_EQ(reasonFromNotices(item, {{Notice::kNoSpace, "/proc/films"}}, ""),
+            folderUnusable("/proc/films"));
+}
+
+TEST(FailureReasonTest, AnItemWithoutAddressLacksItsTicketOrTheServices) {
+  ItemState item;
+  item.ticket = "t";
+  EXPECT_EQ(reasonFromNotices(item, {}, ""), std::nullopt);
   EXPECT_EQ(reasonFromNotices(ItemState{}, {}, "")->code, "no_address");
 }
 
