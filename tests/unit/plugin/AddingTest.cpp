@@ -1,10 +1,11 @@
-#include "tests/unit/plugin/AddingTest.h"
-
 #include "playerx/platform/ThreadGate.h"
 #include "tests/support/Script.h"
 #include "tests/support/ScriptedServer.h"
+#include "tests/unit/plugin/AddingFixture.h"
 
 namespace {
+
+class AddingTest : public AddingFixture {};
 
 TEST_F(AddingTest, AnAddressBecomesTheLastItemThatWaits) {
   begin("A1 B4 C6");

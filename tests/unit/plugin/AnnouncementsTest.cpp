@@ -1,10 +1,10 @@
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
-class AnnouncementsTest : public ManagerTest {
+class AnnouncementsTest : public ManagerFixture {
  protected:
   void SetUp() override {
     startAsleep("A1 B1");

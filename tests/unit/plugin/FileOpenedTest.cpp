@@ -1,12 +1,12 @@
 #include <algorithm>
 
 #include "playerx/platform/ThreadGate.h"
-#include "tests/unit/plugin/AddingTest.h"
+#include "tests/unit/plugin/AddingFixture.h"
 
 namespace {
 
 /// A protected file that is opened for playback.
-class FileOpenedTest : public AddingTest {
+class FileOpenedTest : public AddingFixture {
  protected:
   void opened(const std::string& title, std::uint64_t wholeSize) {
     VeskDrmPlaybackAuthorizationResponse response;

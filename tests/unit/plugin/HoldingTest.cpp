@@ -3,7 +3,7 @@
 #include <thread>
 #include <utility>
 
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
@@ -12,7 +12,7 @@ namespace {
 /// Whether it is held off is asked of `play`: called inside an operation that holds it off, `play`
 /// does not wait for its item to flow and answers false. Otherwise the scheduler has the item flow,
 /// and `play` answers true.
-class HoldingTest : public ManagerTest {
+class HoldingTest : public ManagerFixture {
  protected:
   /// Plays B once, at the first `notice` that `operation` gives on this thread.
   void expectHeldOff(const std::string& notice, const std::function<void()>& operation) {

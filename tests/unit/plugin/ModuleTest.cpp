@@ -16,7 +16,7 @@
 #include "VeskPlayerX/ShutdownInterface.h"
 #include "plugin/DownloadManager.h"
 #include "tests/support/VtableSlots.h"
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
@@ -132,7 +132,7 @@ TEST(Module, IsDescribedBesideItself) {
 }
 
 /// The module as a host loads it.
-class LoadedModuleTest : public ManagerTest {
+class LoadedModuleTest : public ManagerFixture {
  protected:
   void SetUp() override {
     library = dlopen(VESK_MODULE, RTLD_NOW | RTLD_LOCAL);

@@ -1,11 +1,11 @@
 #include <thread>
 
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
 /// Moves during a transfer.
-class MovesOfRunningTest : public ManagerTest {
+class MovesOfRunningTest : public ManagerFixture {
  protected:
   void begin(const std::string& queue) {
     given(queue);

@@ -1,11 +1,11 @@
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
 /// Moves while nothing is picked.
-class MovesTest : public ManagerTest {
+class MovesTest : public ManagerFixture {
  protected:
   void begin(const std::string& queue) {
     startAsleep(queue);

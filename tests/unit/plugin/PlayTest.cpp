@@ -1,12 +1,13 @@
-#include "tests/unit/plugin/PlayTest.h"
-
 #include <algorithm>
 
 #include "VeskPlayerX/InterfaceIds.h"
+#include "tests/unit/plugin/PlayFixture.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
+
+class PlayTest : public PlayFixture {};
 
 TEST_F(PlayTest, ACompletedItemIsPlayedFromItsPath) {
   beginAsleep("A1 B4", 0);

@@ -3,14 +3,14 @@
 #include <thread>
 
 #include "tests/support/Gate.h"
-#include "tests/unit/plugin/PlayTest.h"
+#include "tests/unit/plugin/PlayFixture.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
 /// Waiting for a transfer to begin.
-class PlayWaitTest : public PlayTest {
+class PlayWaitTest : public PlayFixture {
  protected:
   /// Has the transfer of every item wait for `flow_`, with the item starting.
   void holdStarts() {

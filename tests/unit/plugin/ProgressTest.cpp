@@ -8,7 +8,7 @@
 #include "VeskPlayerX/InterfaceIds.h"
 #include "kvpm/TimeTools.h"
 #include "tests/support/Gate.h"
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ class WatchingServices : public support::FakeServices {
   const std::function<int()> percent_;
 };
 
-class ProgressTest : public ManagerTest {
+class ProgressTest : public ManagerFixture {
  protected:
   void SetUp() override {
     startAsleep("A3");
@@ -201,7 +201,7 @@ TEST_F(ProgressTest, AnItemMayBeRemovedDuringItsConfirmation) {
 }
 
 /// Progress of a transfer that runs.
-class RunningProgressTest : public ManagerTest {
+class RunningProgressTest : public ManagerFixture {
  protected:
   static VeskDrmDownloadAuthorization confirmable() {
     VeskDrmDownloadAuthorization answer;

@@ -1,11 +1,11 @@
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 #include "tests/unit/plugin/QueueText.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
-class QueueOperationsTest : public ManagerTest {
+class QueueOperationsTest : public ManagerFixture {
  protected:
   void begin(const std::string& queue, const Change& change = {}) {
     startAsleep(queue, change);

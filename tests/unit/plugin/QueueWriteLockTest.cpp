@@ -3,13 +3,13 @@
 
 #include "persistence/DownloadManagerPersistence.h"
 #include "tests/support/LockWaiter.h"
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
 using support::LockWaiter;
 
-class QueueWriteLockTest : public ManagerTest {
+class QueueWriteLockTest : public ManagerFixture {
  protected:
   void SetUp() override { startAsleep("A1 B1"); }
 

@@ -6,7 +6,7 @@
 
 #include "VeskPlayerX/InterfaceIds.h"
 #include "tests/support/Gate.h"
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ class HangingPlayer : public support::FakePlayer {
 };
 
 /// What happens in the same moment as something else.
-class RacesTest : public ManagerTest {
+class RacesTest : public ManagerFixture {
  protected:
   unsigned long long beginDownload(const std::string& queue) {
     startAsleep(queue);

@@ -2,13 +2,13 @@
 #include <functional>
 #include <thread>
 
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
-class SchedulerTest : public ManagerTest {
+class SchedulerTest : public ManagerFixture {
  protected:
   void begin(const std::string& queue, const Change& change = {}) {
     given(queue, change);

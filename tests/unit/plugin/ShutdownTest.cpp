@@ -4,7 +4,7 @@
 #include <thread>
 
 #include "tests/support/Gate.h"
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
@@ -15,7 +15,7 @@ std::ptrdiff_t threadCount() {
   return std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator());
 }
 
-class ShutdownTest : public ManagerTest {
+class ShutdownTest : public ManagerFixture {
  protected:
   /// With a download under way and nothing in the log.
   unsigned long long beginDownload(const std::string& queue) {

@@ -6,13 +6,13 @@
 
 #include "KPX/KPXPreferences.h"
 #include "VeskPlayerX/InterfaceIds.h"
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-class StartTest : public ManagerTest {
+class StartTest : public ManagerFixture {
  protected:
   static constexpr char kFailedItem[] =
       "<drmAuth:DownloadManagerVideoElement status=\"6\" fileSize=\"5\"/>";

@@ -1,11 +1,11 @@
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
 
 /// Reports of a state.
-class StatusTest : public ManagerTest {
+class StatusTest : public ManagerFixture {
  protected:
   void SetUp() override {
     startAsleep("A1 B1 C5");

@@ -5,7 +5,7 @@
 #include <set>
 
 #include "plugin/StatusGroups.h"
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 #include "tests/unit/plugin/QueueText.h"
 
 namespace {
@@ -15,7 +15,7 @@ using std::chrono::steady_clock;
 
 /// Everything at once: the test's thread is a host that does anything at random, while the library
 /// completes, breaks and neglects its sessions on its own thread.
-class StressTest : public ManagerTest {
+class StressTest : public ManagerFixture {
  protected:
   StressTest() {
     library_.whileStarting([this](unsigned long long uid) { actOut(uid); });

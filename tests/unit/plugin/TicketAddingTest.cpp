@@ -1,8 +1,8 @@
-#include "tests/unit/plugin/AddingTest.h"
+#include "tests/unit/plugin/AddingFixture.h"
 
 namespace {
 
-class TicketAddingTest : public AddingTest {
+class TicketAddingTest : public AddingFixture {
  protected:
   /// What a view is told when a ticket was added.
   const Lines kAdded{"view.itemsAdded", "view.listChanged", "view.listChanged"};

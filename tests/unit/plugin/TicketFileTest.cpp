@@ -1,12 +1,12 @@
 #include "playerx/platform/MoviesFolder.h"
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
 /// What becomes of the file of a ticket that was added.
-class TicketFileTest : public ManagerTest {
+class TicketFileTest : public ManagerFixture {
  protected:
   TicketFileTest() { playerx::setMoviesFolder((folder_ / "media").wstring()); }
   ~TicketFileTest() override { playerx::setMoviesFolder(L""); }

@@ -1,4 +1,4 @@
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 #include <stdexcept>
 
@@ -27,7 +27,7 @@ VeskDrmDownloadAuthorization authorisation(const std::string& url) {
 
 }  // namespace
 
-ManagerTest::ManagerTest() {
+ManagerFixture::ManagerFixture() {
   for (const char* const name : {"data", "media", "partial"}) fs::create_directory(folder_ / name);
   playerx::setApplicationDataPath(text(folder_ / "data"));
   playerx::setTempPath(text(folder_ / "partial"));
@@ -38,7 +38,7 @@ ManagerTest::ManagerTest() {
   services_.setAnswers({authorisation(kFilm)});
 }
 
-ManagerTest::~ManagerTest() {
+ManagerFixture::~ManagerFixture() {
   shutDown();
   playerx::ThreadGate::open();
   playerx::clearPreferenceOverrides();
@@ -46,7 +46,7 @@ ManagerTest::~ManagerTest() {
   playerx::setApplicationDataPath({});
 }
 
-void ManagerTest::given(const std::string& queue, const Change& change) {
+void ManagerFixture::given(const std::string& queue, const Change& change) {
   const std::vector<Item*> items = queue_text::makeItems(queue);
   for (Item* const item : items) {
     item->setEncrypted(true);
@@ -59,7 +59,7 @@ void ManagerTest::given(const std::string& queue, const Change& change) {
   for (Item* const item : items) delete item;
 }
 
-VeskDrmTicketData ManagerTest::record(const std::wstring& title, std::int32_t usageId) {
+VeskDrmTicketData ManagerFixture::record(const std::wstring& title, std::int32_t usageId) {
   VeskDrmTicketData data;
   data.ticket = "ticket " + support::narrow(title);
   data.title = title;
@@ -69,37 +69,37 @@ VeskDrmTicketData ManagerTest::record(const std::wstring& title, std::int32_t us
   return data;
 }
 
-void ManagerTest::start() {
+void ManagerFixture::start() {
   manager_.reset(new DownloadManager(&context_));
   manager_->setViewInterface(&view_);
 }
 
-void ManagerTest::startAsleep() {
+void ManagerFixture::startAsleep() {
   playerx::ThreadGate::close();
   start();
 }
 
-void ManagerTest::startAsleep(const std::string& queue, const Change& change) {
+void ManagerFixture::startAsleep(const std::string& queue, const Change& change) {
   given(queue, change);
   startAsleep();
 }
 
-void ManagerTest::wakeScheduler() { playerx::ThreadGate::open(); }
+void ManagerFixture::wakeScheduler() { playerx::ThreadGate::open(); }
 
-void ManagerTest::shutDown() {
+void ManagerFixture::shutDown() {
   if (!manager_) return;
   manager_->Shutdown();
   manager_.reset();
 }
 
-std::string ManagerTest::queue() {
+std::string ManagerFixture::queue() {
   std::vector<Item*>* const copy = manager_->getCopyofQueue();
   const std::string text = queue_text::textOf(*copy);
   manager_->deleteCopyOfQueue(copy);
   return text;
 }
 
-int ManagerTest::percentOf(const std::string& title) {
+int ManagerFixture::percentOf(const std::string& title) {
   std::vector<Item*>* const copy = manager_->getCopyofQueue();
   int percent = -1;
   for (const Item* const item : *copy) {
@@ -109,7 +109,7 @@ int ManagerTest::percentOf(const std::string& title) {
   return percent;
 }
 
-ManagerTest::Item& ManagerTest::item(const std::string& title) {
+ManagerFixture::Item& ManagerFixture::item(const std::string& title) {
   for (unsigned int i = 0; i < manager_->getNumberOfVideosInQueue(); ++i) {
     Item* const item = manager_->at(i);
     if (queue_text::titleOf(*item) == title) return *item;
@@ -117,38 +117,38 @@ ManagerTest::Item& ManagerTest::item(const std::string& title) {
   throw std::runtime_error("no item " + title);
 }
 
-unsigned int ManagerTest::id(const std::string& title) { return item(title).getId(); }
+unsigned int ManagerFixture::id(const std::string& title) { return item(title).getId(); }
 
-void ManagerTest::await(const std::string& queue) {
+void ManagerFixture::await(const std::string& queue) {
   support::waitFor([&] { return this->queue() == queue; });
   EXPECT_EQ(this->queue(), queue);
 }
 
-unsigned long long ManagerTest::transferOf(const std::string& title) {
+unsigned long long ManagerFixture::transferOf(const std::string& title) {
   const auto session = library_.session(transfers_++);
   if (!session) throw std::runtime_error("no transfer of " + title);
   EXPECT_EQ(session->info.getTitle(), title);
   return session->uid;
 }
 
-ManagerTest::Uids ManagerTest::stoppedSessions() const {
+ManagerFixture::Uids ManagerFixture::stoppedSessions() const {
   Uids stopped = library_.stopped();
   std::erase(stopped, 0U);
   return stopped;
 }
 
-std::string ManagerTest::written() const {
+std::string ManagerFixture::written() const {
   const auto items = DownloadManagerPersistence::readDownloadQueue(queueFile().wstring());
   const std::string text = queue_text::textOf(items);
   for (Item* const item : items) delete item;
   return text;
 }
 
-void ManagerTest::forgetFile() const { fs::remove(queueFile()); }
+void ManagerFixture::forgetFile() const { fs::remove(queueFile()); }
 
-bool ManagerTest::isWritten() const { return fs::exists(queueFile()); }
+bool ManagerFixture::isWritten() const { return fs::exists(queueFile()); }
 
-std::vector<std::string> ManagerTest::notices() const {
+std::vector<std::string> ManagerFixture::notices() const {
   std::vector<std::string> notices = log_.lines("view.");
   std::erase(notices, "view.keepsRunning");
   return notices;

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 /// What the player is given.
-class PlayTest : public ManagerTest {
+class PlayFixture : public ManagerFixture {
  protected:
   const std::vector<std::string> kFilmOpened{std::string("player.open ") + kFilm};
 

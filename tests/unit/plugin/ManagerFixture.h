@@ -21,7 +21,7 @@
 /// Unless a test says otherwise its items are rights-protected, so that nothing goes to the
 /// network: the services authorise 1000 bytes at `kFilm`, and the library reports what the test
 /// tells it to.
-class ManagerTest : public ::testing::Test {
+class ManagerFixture : public ::testing::Test {
  protected:
   using Item = VeskPlayerX::DownloadItemInterface;
   using Uids = std::vector<unsigned long long>;
@@ -29,8 +29,8 @@ class ManagerTest : public ::testing::Test {
 
   static constexpr char kFilm[] = "http://films.example/film.vesk";
 
-  ManagerTest();
-  ~ManagerTest() override;
+  ManagerFixture();
+  ~ManagerFixture() override;
 
   // Before the start.
 

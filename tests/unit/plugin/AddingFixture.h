@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/plugin/ManagerTest.h"
+#include "tests/unit/plugin/ManagerFixture.h"
 
 /// What is added to a queue that nobody works on yet.
-class AddingTest : public ManagerTest {
+class AddingFixture : public ManagerFixture {
  protected:
   using Lines = std::vector<std::string>;
 
