@@ -74,6 +74,11 @@ void ManagerFixture::start() {
   manager_->setViewInterface(&view_);
 }
 
+void ManagerFixture::start(const std::string& queue, const Change& change) {
+  given(queue, change);
+  start();
+}
+
 void ManagerFixture::startAsleep() {
   playerx::ThreadGate::close();
   start();

@@ -37,8 +37,9 @@ class ManagerFixture : public ::testing::Test {
   /// The queue that an earlier run has left; `change` may add to each item.
   void given(const std::string& queue, const Change& change = {});
 
-  /// Starts the manager with the view attached.
+  /// Starts the manager with the view attached; with the queue that an earlier run has left.
   void start();
+  void start(const std::string& queue, const Change& change = {});
 
   /// Starts the manager with the view attached, its scheduler asleep until `wakeScheduler`.
   void startAsleep();
