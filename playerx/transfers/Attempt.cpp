@@ -70,6 +70,8 @@ void Attempt::judge() {
 
 void Attempt::accept(const Verdict& verdict) {
   const bool isReplaced = verdict.step == Step::kReplace;
+  const bool differs = part_.facts().validator != validatorOf(head_);
+  isAnotherVersion_ = isReplaced && differs && sizeBefore_ > 0;
   total_ = verdict.total;
   if (const int error = prepare(verdict); error != 0) {
     failed(error);

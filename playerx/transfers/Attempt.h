@@ -54,6 +54,9 @@ class Attempt {
   /// The partial, as it is, belongs to the file that the server sends.
   bool isProven() const;
 
+  /// Bytes that were there gave way to those of another version.
+  bool isAnotherVersion() const { return isAnotherVersion_; }
+
   /// Bytes of the whole file; none when not known, or not yet.
   std::optional<std::uint64_t> total() const { return total_; }
 
@@ -79,8 +82,9 @@ class Attempt {
   std::optional<std::uint64_t> total_;  ///< once the answer is accepted
   std::uint64_t compared_ = 0;          ///< bytes of the overlap
   std::uint64_t unchecked_ = 0;         ///< bytes without known total since the space was looked at
-  std::vector<char> kept_;              ///< the overlap as it is in the partial
-  AttemptEnd end_;                      ///< once `stage_` is kOver
+  bool isAnotherVersion_ = false;
+  std::vector<char> kept_;  ///< the overlap as it is in the partial
+  AttemptEnd end_;          ///< once `stage_` is kOver
 };
 
 }  // namespace playerx::transfers

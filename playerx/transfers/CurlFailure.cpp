@@ -75,6 +75,7 @@ TransferFailure failureOf(const CurlEnd& end) {
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_WRITE_ERROR:
     case CURLE_OUT_OF_MEMORY:  // a header line without end
+    case CURLE_BAD_CONTENT_ENCODING:
       return TransferFailure::kBadAnswer;
     default:
       return TransferFailure::kInternal;

@@ -174,6 +174,9 @@ std::unique_ptr<Part> claimKnown(const Wish& wish, int& error) {
   return nullptr;
 }
 
+// Something else than a file bears the name: a folder, a link, a device that is not there.
+bool isInTheWay(int error) { return error == EISDIR || error == ELOOP || error == ENXIO; }
+
 std::unique_ptr<Part> claimNew(const Wish& wish, int& error) {
   const std::string key = partKey(wish.address.place);
   for (unsigned number = 1; number <= kMostPartsOfOnePlace; ++number) {
@@ -182,8 +185,8 @@ std::unique_ptr<Part> claimNew(const Wish& wish, int& error) {
     std::error_code ignored;
     if (fs::exists(paths.state(), ignored)) continue;
     std::unique_ptr<Part> part = Part::claim(paths, error);
-    if (error != 0) return nullptr;
     if (part && part->isNew()) return part;
+    if (error != 0 && !isInTheWay(error)) return nullptr;
   }
   error = EEXIST;
   return nullptr;

@@ -153,7 +153,9 @@ void Transfer::endAttempt(TransferFailure transport, const std::string& detail) 
   workshop_.loop.remove(*fetch_);
   fetch_.reset();
   reportProgress(Clock::now());
+  const bool isAnotherVersion = attempt_->isAnotherVersion();
   attempt_.reset();
+  if (isAnotherVersion && end.kind != AttemptEnd::Kind::kComplete && !mayStartOver()) return;
   follow(end);
 }
 
@@ -175,10 +177,15 @@ void Transfer::follow(const AttemptEnd& end) {
   }
 }
 
+/// Counts one start from the first byte. False when that was one too many, and the session is over.
+bool Transfer::mayStartOver() {
+  if (++restarts_ <= workshop_.tuning.mostRestarts) return true;
+  breakOff(TransferFailure::kKeepsChanging, "the answers do not fit together");
+  return false;
+}
+
 void Transfer::askForWhole() {
-  if (++restarts_ > workshop_.tuning.mostRestarts) {
-    return breakOff(TransferFailure::kKeepsChanging, "the answers do not fit together");
-  }
+  if (!mayStartOver()) return;
   wholeWanted_ = true;
   request();
 }

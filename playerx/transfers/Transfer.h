@@ -87,6 +87,7 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   void onSynced() { isSyncing_ = false; }
   void endAttempt(TransferFailure transport, const std::string& detail);
   void follow(const AttemptEnd& end);
+  bool mayStartOver();
   void askForWhole();
   void pauseOrBreak(const AttemptEnd& end);
   void place();

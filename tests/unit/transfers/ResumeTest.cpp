@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "playerx/transfers/Address.h"
+#include "playerx/transfers/FileNames.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/unit/transfers/DownloadsFixture.h"
 
@@ -312,6 +314,33 @@ TEST_F(ResumeTest, AServerThatChangesTheFilmWithEveryAnswerIsGivenUp) {
   EXPECT_EQ(fetch(server.url("/film.avi")).broke,
             static_cast<int>(TransferFailure::kKeepsChanging));
   EXPECT_EQ(filesIn(movies()), std::vector<std::string>{});
+}
+
+TEST_F(ResumeTest, AServerWhoseEveryBrokenAnswerIsAnotherFilmIsGivenUp) {
+  support::ScriptedServer server;
+  std::atomic<int> version{0};
+  server.onRequest([&](const std::string&) {
+    const std::string tag = "ETag: \"" + std::to_string(++version) + "\"\r\n";
+    return Script()
+        .send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n" + tag + "\r\n" +
+              filmBytes(500 + version))
+        .closeNow();
+  });
+  EXPECT_EQ(fetch(server.url("/film.avi")).broke,
+            static_cast<int>(TransferFailure::kKeepsChanging));
+}
+
+TEST_F(ResumeTest, WhatStandsInThePlaceOfAPartialIsSteppedOver) {
+  support::ScriptedServer server;
+  server.always(Script::answer(support::okResponse("film")));
+  const std::string url = server.url("/film.avi");
+  const std::filesystem::path place = parts() / partKey(parseAddress(url)->place);
+  std::filesystem::create_directories(place.string() + ".part");
+  std::filesystem::create_symlink("/nowhere", place.string() + "-2.part");
+  EXPECT_TRUE(fetch(url).complete);
+  EXPECT_EQ(film(), "film");
+  EXPECT_TRUE(std::filesystem::is_directory(place.string() + ".part"));
+  EXPECT_TRUE(std::filesystem::is_symlink(place.string() + "-2.part"));
 }
 
 }  // namespace
