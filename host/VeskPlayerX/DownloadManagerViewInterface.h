@@ -10,7 +10,8 @@ namespace VeskPlayerX {
 ///
 /// Called on the host's thread, the scheduler's and threads of the download library, with no lock
 /// of the queue held by the announcements. A view must not wait, inside a call, for a thread that
-/// may itself be inside the download manager. The order of the virtual operations is part of the
+/// may itself be inside the download manager, and calls the manager's operations only on the host's
+/// thread. The order of the virtual operations is part of the
 /// interface.
 class DownloadManagerViewInterface {
  public:
