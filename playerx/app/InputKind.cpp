@@ -2,6 +2,8 @@
 
 #include <QUrl>
 
+#include "playerx/app/WebAddress.h"
+
 namespace playerx {
 
 InputKind sortInput(const std::string& argument, FailureReason* reason) {
@@ -11,6 +13,10 @@ InputKind sortInput(const std::string& argument, FailureReason* reason) {
   const bool isAddress = bare.contains("://");
   if (!isAddress && bare.endsWith(".tix", Qt::CaseInsensitive)) return InputKind::kTicket;
 
+  if (hasBadPort(argument)) {
+    *reason = {"unsupported_url", faultOfAddress(argument)};
+    if (!reason->sentence.empty()) return InputKind::kUnusable;
+  }
   const QUrl url(text, QUrl::TolerantMode);
   if (!url.userInfo().isEmpty()) {
     *reason = {"unsupported_url", "An address with a user name or password is not supported."};

@@ -1,5 +1,8 @@
 #include "playerx/app/TransferReason.h"
 
+#include "playerx/app/Peer.h"
+#include "playerx/app/WebAddress.h"
+
 namespace playerx {
 
 namespace {
@@ -20,12 +23,31 @@ std::string sentenceOfNoSpace(const TransferReport& report) {
          (isForMedia ? "--media." : "--data.");
 }
 
+std::string sentenceOfBadAddress(const std::string& address) {
+  const std::string fault = faultOfAddress(address);
+  if (!fault.empty()) return fault;
+  return "The address cannot be used; give one that begins with http:// or https:// and names a "
+         "host.";
+}
+
+std::string sentenceOfRefusal(const Peer& peer) {
+  if (!peer.isProxy) {
+    return peer.name + " does not accept connections; try again when the server is up.";
+  }
+  return "The proxy " + peer.name + " does not accept connections; check the proxy settings.";
+}
+
+std::string sentenceOfTimeout(const Peer& peer) {
+  return (peer.isProxy ? "The proxy " : "") + peer.name +
+         " did not answer in time; try again later.";
+}
+
 /// What happened and what can be done, without the host's name where it says nothing.
 std::string sentenceOf(TransferFailure failure, const TransferReport& report,
                        const std::string& host) {
   switch (failure) {
     case TransferFailure::kUnsupportedAddress:
-      return "The address cannot be used; give one that begins with http:// or https://.";
+      return sentenceOfBadAddress(report.address.empty() ? host : report.address);
     case TransferFailure::kBadName:
       return "No file can be named like this film; ask the provider for another address.";
     case TransferFailure::kNoSuchHost:
@@ -33,9 +55,9 @@ std::string sentenceOf(TransferFailure failure, const TransferReport& report,
     case TransferFailure::kNoSuchProxy:
       return "The proxy's host name cannot be found; check the proxy settings.";
     case TransferFailure::kRefused:
-      return host + " does not accept connections; try again when the server is up.";
+      return sentenceOfRefusal(peerOf(report.detail, host));
     case TransferFailure::kTimeout:
-      return host + " did not answer in time; try again later.";
+      return sentenceOfTimeout(peerOf(report.detail, host));
     case TransferFailure::kNetwork:
       return host + " could not be reached" + inBrackets(report.detail) +
              "; check the network connection, and try again later.";

@@ -50,6 +50,17 @@ TEST_F(FailureTest, NobodyListens) {
   EXPECT_EQ(failureOf("http://127.0.0.1:" + std::to_string(port.port()) + "/a.avi"), "refused");
 }
 
+TEST_F(FailureTest, AProxyThatDoesNotListenIsNamed) {
+  const support::RefusingPort port;
+  const std::string proxy = "127.0.0.1:" + std::to_string(port.port());
+  home.setEnvironment("http_proxy", "http://" + proxy);
+  Nginx server;
+  server.serve("a.avi", distinctBytes(5000));
+  const PlayerResult result = home.run({"get", server.url("/a.avi")});
+  EXPECT_EQ(result.failureCode(), "refused");
+  EXPECT_THAT(result.output, HasSubstr("The proxy " + proxy + " does not accept connections"));
+}
+
 TEST_F(FailureTest, NoSuchHost) {
   EXPECT_EQ(failureOf("http://no-such-host.invalid/a.avi"), "no_such_host");
 }

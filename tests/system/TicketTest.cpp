@@ -139,6 +139,12 @@ TEST_F(TicketTest, ExplainNamesAFilmThatIsNotThere) {
   EXPECT_THAT(result.output, HasSubstr("(404)"));
 }
 
+TEST_F(TicketTest, ASpaceInAnAddressIsNamed) {
+  const std::string ticket = write("TixVeskVersion=1.0\nstart\nurl=http://h/a b.avi\nend\n");
+  EXPECT_THAT(home.run({"explain", ticket}).output, HasSubstr("must be escaped"));
+  EXPECT_THAT(home.run({"get", ticket}).output, HasSubstr("must be escaped"));
+}
+
 class PlayTest : public TicketTest {
  protected:
   std::filesystem::path played() const { return folder / "played"; }

@@ -34,5 +34,13 @@ TEST(InputKindTest, EverythingElseIsRefusedWithAReason) {
   }
 }
 
+TEST(InputKindTest, APortThatIsNoneIsNamed) {
+  FailureReason reason;
+  EXPECT_EQ(sortInput("http://h:99999/a.avi", &reason), InputKind::kUnusable);
+  EXPECT_EQ(reason.code, "unsupported_url");
+  EXPECT_EQ(reason.sentence, "There is no port 99999; give one from 1 to 65535 in the address.");
+  EXPECT_EQ(sortInput("http://h:0/a.avi", &reason), InputKind::kUnusable);
+}
+
 }  // namespace
 }  // namespace playerx

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "playerx/app/TransferReason.h"
 
 namespace playerx {
@@ -38,6 +40,30 @@ TEST(TransferReasonTest, ABadRedirectIsSaidAsTheSecondLookSaysIt) {
 TEST(TransferReasonTest, ALoopOfRedirectsIsSaidToBeOne) {
   EXPECT_EQ(sentenceOf(broken(TransferFailure::kRedirectLoop)),
             "films.test sends the player round in circles; ask the provider for another address.");
+}
+
+TEST(TransferReasonTest, ABadAddressIsToldWhatIsBadAboutIt) {
+  TransferReport report = broken(TransferFailure::kUnsupportedAddress);
+  report.address = "http://films.test/a b.avi";
+  EXPECT_EQ(sentenceOf(report),
+            "The address holds a character that must be escaped, such as a space, which is "
+            "written %20.");
+  report.address = "ftp://films.test/a.avi";
+  EXPECT_EQ(sentenceOf(report),
+            "The address cannot be used; give one that begins with http:// or https:// and names "
+            "a host.");
+}
+
+TEST(TransferReasonTest, WhoDoesNotAcceptConnectionsIsNamedWithItsPort) {
+  const std::string words = "Failed to connect to films.test port 8080 after 0 ms: Refused";
+  EXPECT_EQ(sentenceOf(broken(TransferFailure::kRefused, words)),
+            "films.test:8080 does not accept connections; try again when the server is up.");
+  ::setenv("all_proxy", "http://films.test:8080/", 1);
+  EXPECT_EQ(sentenceOf(broken(TransferFailure::kRefused, words)),
+            "The proxy films.test:8080 does not accept connections; check the proxy settings.");
+  EXPECT_EQ(sentenceOf(broken(TransferFailure::kTimeout, words)),
+            "The proxy films.test:8080 did not answer in time; try again later.");
+  ::unsetenv("all_proxy");
 }
 
 TEST(TransferReasonTest, TechnicalWordsStandInBrackets) {
