@@ -101,8 +101,24 @@ std::string commandsOf(const CLI::App& app) {
   return names;
 }
 
+/// One plain sentence on an option without its value or a command without its argument; empty when
+/// it is neither.
+std::string complaintOfLack(const CLI::App& app, const CLI::ParseError& error) {
+  const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
+  const std::string words = error.what();  // "NAME: ..." and "NAME is required"
+  if (code == CLI::ExitCodes::ArgumentMismatch) {
+    return "The option \"" + words.substr(0, words.find(':')) + "\" needs a value.";
+  }
+  const auto commands = app.get_subcommands();
+  if (code != CLI::ExitCodes::RequiredError || commands.empty()) return "";
+  return "The argument \"" + words.substr(0, words.find(" is required")) +
+         "\" is missing; `playerx-cli " + commands.back()->get_name() + " --help` shows the usage.";
+}
+
 /// One plain sentence on what is wrong with the arguments.
 std::string complaintOf(const CLI::App& app, const CLI::ParseError& error) {
+  const std::string lack = complaintOfLack(app, error);
+  if (!lack.empty()) return lack;
   const bool isCommandMissing = app.get_subcommands().empty();
   const std::vector<std::string> unknown = app.remaining(true);
   const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
@@ -120,6 +136,16 @@ std::string complaintOf(const CLI::App& app, const CLI::ParseError& error) {
   return "The argument " + word + " is one too many; `playerx-cli --help` shows the usage.";
 }
 
+/// What `help`, or `help` with a command, asks about, for those who try it in the place of --help;
+/// null when the arguments say something else.
+const CLI::App* subjectOfHelp(const CLI::App& app, int argc, const char* const* argv) {
+  if (argc < 2 || argc > 3 || std::string(argv[1]) != "help") return nullptr;
+  if (argc == 2) return &app;
+  const auto named =
+      app.get_subcommands([&](const CLI::App* command) { return command->get_name() == argv[2]; });
+  return named.empty() ? nullptr : named.front();
+}
+
 }  // namespace
 
 std::optional<Options> parseOptions(int argc, const char* const* argv, int* status) {
@@ -130,6 +156,12 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
   addGlobalOptions(app, options);
   addGet(app, options);
   addQueueCommands(app, options);
+  app.set_version_flag("--version", "playerx-cli " PLAYERX_VERSION, "Print the version");
+  if (const CLI::App* subject = subjectOfHelp(app, argc, argv)) {
+    std::cout << subject->help(subject == &app ? "" : app.get_name()) << std::flush;
+    *status = kExitDone;
+    return std::nullopt;
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

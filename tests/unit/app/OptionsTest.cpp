@@ -8,6 +8,7 @@ namespace {
 struct Parsed {
   std::optional<Options> options;
   int status = -1;
+  std::string output;
   std::string errors;
 };
 
@@ -18,7 +19,7 @@ Parsed parse(std::vector<const char*> arguments) {
   testing::internal::CaptureStderr();
   parsed.options =
       parseOptions(static_cast<int>(arguments.size()), arguments.data(), &parsed.status);
-  testing::internal::GetCapturedStdout();
+  parsed.output = testing::internal::GetCapturedStdout();
   parsed.errors = testing::internal::GetCapturedStderr();
   return parsed;
 }
@@ -79,6 +80,11 @@ TEST(OptionsTest, OnePlainSentenceNamesWhatIsAllowed) {
        "explain."},
       {{"list", "--nonsense"},
        "There is no option \"--nonsense\"; `playerx-cli --help` names those that there are."},
+      {{"get", "--player"}, "The option \"--player\" needs a value."},
+      {{"list", "--data"}, "The option \"--data\" needs a value."},
+      {{"remove"}, "The argument \"N\" is missing; `playerx-cli remove --help` shows the usage."},
+      {{"move", "1"},
+       "The argument \"direction\" is missing; `playerx-cli move --help` shows the usage."},
       {{"list", "x"}, "The argument \"x\" is one too many; `playerx-cli --help` shows the usage."},
   };
   for (const auto& [arguments, sentence] : cases) {
@@ -86,6 +92,22 @@ TEST(OptionsTest, OnePlainSentenceNamesWhatIsAllowed) {
     EXPECT_EQ(parsed.errors, std::string("playerx-cli: ") + sentence + "\n");
     EXPECT_EQ(parsed.status, kExitUsage);
   }
+}
+
+TEST(OptionsTest, HelpIsAlsoAWord) {
+  const Parsed parsed = parse({"help"});
+  EXPECT_FALSE(parsed.options);
+  EXPECT_EQ(parsed.status, kExitDone);
+  EXPECT_EQ(parsed.output, parse({"--help"}).output);
+  EXPECT_EQ(parse({"help", "move"}).output, parse({"move", "--help"}).output);
+  EXPECT_EQ(parse({"help", "nonsense"}).status, kExitUsage);
+}
+
+TEST(OptionsTest, TheVersionIsThatOfTheProject) {
+  const Parsed parsed = parse({"--version"});
+  EXPECT_FALSE(parsed.options);
+  EXPECT_EQ(parsed.status, kExitDone);
+  EXPECT_EQ(parsed.output, "playerx-cli " VERSION_OF_THE_PROJECT "\n");
 }
 
 TEST(OptionsTest, HelpExitsWithZero) {
