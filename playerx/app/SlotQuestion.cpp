@@ -14,11 +14,14 @@ namespace {
 
 constexpr int kDeclined = -1;
 
+/// Clears the progress line that the terminal may show.
+constexpr char kFreshLine[] = "\r\033[K";
+
 }  // namespace
 
 int askForSlot(const std::string& title) {
   if (isatty(STDIN_FILENO) == 0 || isatty(STDERR_FILENO) == 0) return kDeclined;
-  std::cerr << "All slots for \"" << printable(title)
+  std::cerr << kFreshLine << "All slots for \"" << printable(title)
             << "\" are taken. Slot to give up (a number; anything else declines): " << std::flush;
   std::string line;
   if (!std::getline(std::cin, line)) return kDeclined;

@@ -73,8 +73,9 @@ class LineReporter : public Reporter {
 
 /// What stands behind the title in the live line.
 std::string progressOf(const ItemState& item, std::uint64_t bytesPerSecond) {
-  std::string text = progressBar(item.percent, kBarWidth) + " " + std::to_string(item.percent) +
-                     " %  " + formatBytes(item.size);
+  std::string text =
+      progressBar(item.percent, kBarWidth) + " " + std::to_string(item.percent) + " %";
+  if (item.size > 0) text += "  " + formatBytes(item.size);
   if (bytesPerSecond > 0) text += "  " + formatBytes(bytesPerSecond) + "/s";
   const std::string remaining = formatDuration(item.secondsRemaining);
   if (!remaining.empty()) text += "  " + remaining + " left";

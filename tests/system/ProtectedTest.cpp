@@ -93,6 +93,7 @@ TEST_F(ProtectedTest, TheSlotQuestionIsAskedOnATerminal) {
                              .environment = home.environment(),
                              .input = "2\n"});
   EXPECT_EQ(terminal.wait(), 0) << terminal.output();
+  EXPECT_THAT(terminal.output(), HasSubstr("\r\033[KAll slots for"));
   EXPECT_THAT(terminal.output(), HasSubstr("Slot to give up"));
   EXPECT_EQ(server.authorizations(), 2);
   expectFilm();

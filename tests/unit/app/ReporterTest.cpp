@@ -94,6 +94,14 @@ TEST_F(ReporterTest, TheLiveLineShowsBarPercentSizeSpeedWithTimeLeft) {
       << out.str();
 }
 
+TEST_F(ReporterTest, TheLiveLineLeavesASizeOutThatIsNotKnown) {
+  ItemState item = film(DownloadStatusStarting, 0);
+  item.size = 0;
+  makeLiveReporter(out, notes, 100)->changed(item, 0);
+  EXPECT_NE(out.str().find(" 0 %"), std::string::npos);
+  EXPECT_EQ(out.str().find("0 B"), std::string::npos) << out.str();
+}
+
 TEST_F(ReporterTest, TheLiveLineFitsANarrowTerminal) {
   makeLiveReporter(out, notes, 30)->changed(film(DownloadStatusDownloading, 50), 1'000'000);
   const std::string text = out.str();
