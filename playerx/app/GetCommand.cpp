@@ -80,8 +80,19 @@ bool GetCommand::addOne(const std::string& input) {
 }
 
 bool GetCommand::addAddress(const std::string& address) {
+  if (isWaiting(address)) {
+    reporter_.note(address + " is in the queue already; going on with it.");
+    return true;
+  }
   const bool added = manager_.add(StringTools::stringToWString(address), L"", L"") != nullptr;
   return added || refuse(address, unsupportedType());
+}
+
+/// Whether the queue holds an item of this address that is still to be downloaded.
+bool GetCommand::isWaiting(const std::string& address) const {
+  return std::any_of(queue_.begin(), queue_.end(), [&](const ItemState& item) {
+    return item.url == address && isUnfinished(item.status);
+  });
 }
 
 bool GetCommand::addTicket(const std::string& path) {
@@ -131,6 +142,7 @@ void GetCommand::report(const QueueChange& change) {
     case QueueChange::kAdded:
       return reporter_.added(change.item);
     case QueueChange::kChanged:
+      measureSpeed(change.item);
       reporter_.changed(change.item, speeds_[change.item.id].bytesPerSecond());
       return playWhatIsReady(change.item);
     case QueueChange::kFinished:
@@ -146,13 +158,16 @@ void GetCommand::report(const QueueChange& change) {
 
 void GetCommand::reportSpeed() {
   for (const ItemState& item : queue_) {
-    if (item.status != DownloadStatusDownloading || !knowledge_.bytesOf) continue;
-    const std::optional<std::uint64_t> bytes = knowledge_.bytesOf(item);
-    if (!bytes) continue;
-    SpeedMeter& speed = speeds_[item.id];
-    speed.feed(SpeedMeter::Clock::now(), *bytes);
-    reporter_.changed(item, speed.bytesPerSecond());
+    if (measureSpeed(item)) reporter_.changed(item, speeds_[item.id].bytesPerSecond());
   }
+}
+
+/// False when the item is not flowing, or nobody knows how far it has come.
+bool GetCommand::measureSpeed(const ItemState& item) {
+  if (item.status != DownloadStatusDownloading || !knowledge_.bytesOf) return false;
+  const std::optional<std::uint64_t> bytes = knowledge_.bytesOf(item);
+  if (bytes) speeds_[item.id].feed(SpeedMeter::Clock::now(), *bytes);
+  return bytes.has_value();
 }
 
 void GetCommand::reportAnswers() {

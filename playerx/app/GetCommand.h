@@ -42,12 +42,14 @@ class GetCommand {
   std::optional<int> addInputs();
   bool addOne(const std::string& input);
   bool addAddress(const std::string& address);
+  bool isWaiting(const std::string& address) const;
   bool addTicket(const std::string& path);
   bool refuse(const std::string& argument, const FailureReason& reason);
   int workUntilDone(int refused);
   void lookAtQueue();
   void report(const QueueChange& change);
   void reportSpeed();
+  bool measureSpeed(const ItemState& item);
   void reportAnswers();
   void passMessagesOn();
   void playWhatIsReady(const ItemState& item);

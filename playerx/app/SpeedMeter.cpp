@@ -6,10 +6,16 @@ namespace {
 
 constexpr std::chrono::seconds kWindow(5);
 
+/// Reports that come faster than this are not kept one by one.
+constexpr std::chrono::milliseconds kSpacing(100);
+
 }  // namespace
 
 void SpeedMeter::feed(Clock::time_point now, std::uint64_t bytes) {
   if (!reports_.empty() && bytes < reports_.back().bytes) reports_.clear();
+  const std::size_t count = reports_.size();
+  const bool isDense = count >= 2 && reports_[count - 1].time - reports_[count - 2].time < kSpacing;
+  if (isDense) reports_.pop_back();
   reports_.push_back({now, bytes});
   while (reports_.size() > 2 && now - reports_.front().time > kWindow) reports_.pop_front();
 }

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <csignal>
 #include <memory>
 
@@ -54,6 +55,26 @@ TEST_F(RestartTest, CtrlCParksTheQueueThatTheNextGetGoesOnWith) {
   EXPECT_EQ(home.queue()[0]["status"], "paused");
   expectWholeAfterNextGet();
   EXPECT_THAT(server.accessLog(), HasSubstr(" 206 "));
+}
+
+TEST_F(RestartTest, NamingTheFilmAgainGoesOnWithIt) {
+  const std::unique_ptr<Process> player = startHalfWay();
+  player->send(SIGINT);
+  EXPECT_EQ(player->wait(), 130);
+  const PlayerResult again = home.run({"get", url});
+  EXPECT_EQ(again.status, 0) << again.output << again.errors;
+  EXPECT_THAT(again.errors, HasSubstr("is in the queue already"));
+  EXPECT_TRUE(sameContent(server.root() / "film.avi", home.media() / "film.avi"));
+  EXPECT_EQ(home.films().size(), 1u);
+  EXPECT_EQ(home.queue().size(), 1u);
+}
+
+TEST_F(RestartTest, TheSpeedIsMeasuredHoweverFastPercentsCome) {
+  const PlayerResult result = home.run({"get", url});
+  EXPECT_EQ(result.status, 0) << result.output << result.errors;
+  const std::vector<Json> changes = result.events("changed");
+  EXPECT_TRUE(std::any_of(changes.begin(), changes.end(),
+                          [](const Json& change) { return change["bytesPerSecond"] > 100'000; }));
 }
 
 TEST_F(RestartTest, AKilledPlayerGoesOnFromTheBytesAlreadyThere) {

@@ -42,6 +42,15 @@ TEST(SpeedMeterTest, FewerBytesThanBeforeBeginANewMeasurement) {
   EXPECT_EQ(meter.bytesPerSecond(), 300u);
 }
 
+TEST(SpeedMeterTest, ReportsThatComeFastCountToo) {
+  SpeedMeter meter;
+  meter.feed(kStart, 0);
+  for (int i = 1; i <= 1000; ++i) {
+    meter.feed(kStart + i * milliseconds(1), static_cast<std::uint64_t>(i) * 1000);
+    ASSERT_NEAR(static_cast<double>(meter.bytesPerSecond()), 1e6, 2) << i;
+  }
+}
+
 TEST(SpeedMeterTest, TwoReportsOfOneInstantGiveNoSpeed) {
   SpeedMeter meter;
   meter.feed(kStart, 1);
