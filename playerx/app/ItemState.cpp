@@ -1,5 +1,6 @@
 #include "playerx/app/ItemState.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "VeskPlayerX/DownloadManagerInterface.h"
@@ -17,7 +18,7 @@ ItemState stateOf(const VeskPlayerX::DownloadItemInterface& item) {
   state.url = StringTools::wStringToString(item.getUrl());
   state.path = StringTools::wStringToString(item.getPath());
   state.status = item.getStatus();
-  state.percent = item.getPercentDownloaded();
+  state.percent = std::clamp(item.getPercentDownloaded(), 0, 100);
   state.size = item.getSize();
   state.secondsRemaining = static_cast<std::uint32_t>(item.getTimeRemaining());
   state.playable = item.getReadyForProgressivePlayback();

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <csignal>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -142,6 +143,7 @@ int run(const Options& options, bool hasHome) {
 
 int main(int argc, char** argv) {
   playerx::blockInterrupts();
+  std::signal(SIGXFSZ, SIG_IGN);  // the write that meets a limit says so
   const bool hasHome = playerx::settleHome();
   QCoreApplication application(argc, argv);
   QCoreApplication::setOrganizationName("Vesk");
