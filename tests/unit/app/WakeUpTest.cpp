@@ -75,6 +75,7 @@ TEST(WakeUpTest, AnInterruptThatCameBeforeIsNotLost) {
 TEST(WakeUpTest, ReleasedInterruptsEndTheProgram) {
   EXPECT_EXIT(
       {
+        std::signal(SIGINT, SIG_DFL);  // a shell has it ignored in the background
         WakeUp wakeUp;
         wakeUp.releaseInterrupts();
         raise(SIGINT);
