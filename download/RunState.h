@@ -13,7 +13,7 @@ namespace download {
 
 /// How far the worker's run has got, and whether somebody wants it to stop.
 ///
-/// A run is running (3) until it reaches one outcome: completed (4), stopped (5) or failed (6). The
+/// A run is downloading until it reaches one outcome: completed, stopped or failed. The
 /// first outcome stays. Between runs a stop changes nothing. Owner: the worker. Threads: any.
 class RunState {
  public:
@@ -33,7 +33,7 @@ class RunState {
   /// Waits until every run that was begun has ended; not for one of the calling thread's own.
   void waitForEnd() const;
 
-  /// 3 (running) or the outcome of the present or last run.
+  /// Downloading, or the outcome of the present or last run.
   DownloadStatusEnumType status() const;
   bool isRunning() const { return status() == DownloadStatusDownloading; }
 
