@@ -5,8 +5,10 @@
 #include <utility>
 
 #include "VeskPlayerX/DownloadManagerInterface.h"
+#include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
 #include "playerx/app/ConsoleMessages.h"
+#include "playerx/app/FilmCheck.h"
 #include "playerx/app/InputKind.h"
 #include "playerx/app/Options.h"
 #include "playerx/app/QueueChanges.h"
@@ -148,12 +150,19 @@ void GetCommand::report(const QueueChange& change) {
     case QueueChange::kFinished:
       lastWords_.clear();
       reporter_.finished(change.item);
+      noteOddity(change.item);
       return playWhatIsReady(change.item);
     case QueueChange::kFailed:
       somethingFailed_ = true;
       return explainer_.explain(change.item, view_.takeNotices(change.item.id),
                                 std::exchange(lastWords_, {}));
   }
+}
+
+void GetCommand::noteOddity(const ItemState& film) {
+  const std::string folder = StringTools::wStringToString(kvpm::PathTools::getVeskMoviesFolder());
+  const std::string oddity = oddityOf(film, folder);
+  if (!oddity.empty()) reporter_.note(oddity);
 }
 
 void GetCommand::reportSpeed() {

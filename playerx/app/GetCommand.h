@@ -48,6 +48,7 @@ class GetCommand {
   int workUntilDone(int refused);
   void lookAtQueue();
   void report(const QueueChange& change);
+  void noteOddity(const ItemState& film);
   void reportSpeed();
   bool measureSpeed(const ItemState& item);
   void reportAnswers();
