@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -54,10 +55,15 @@ void expectNothingKept(int count, const std::function<void()>& exchange) {
   const std::size_t threadsBefore = threads();
   for (int number = 0; number < kWarmUp; ++number) exchange();
   const std::size_t descriptorsBefore = descriptors();
-  const std::size_t memoryBefore = memoryInUse();
-  for (int number = 0; number < count; ++number) exchange();
+  std::size_t grown = kToleratedGrowth + 1;
+  // A leak grows in every round, a cache that is filled late in one.
+  for (int round = 0; round < 3 && grown > kToleratedGrowth; ++round) {
+    const std::size_t before = memoryInUse();
+    for (int number = 0; number < count; ++number) exchange();
+    grown = std::max(memoryInUse(), before) - before;
+  }
   EXPECT_EQ(descriptors(), descriptorsBefore);
-  EXPECT_LE(memoryInUse(), memoryBefore + kToleratedGrowth);
+  EXPECT_LE(grown, kToleratedGrowth);
   EXPECT_TRUE(support::waitFor([&] { return threads() <= threadsBefore; })) << threads();
 }
 
