@@ -8,7 +8,7 @@
 
 #include "VeskPlayerX/VeskDrm.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
-#include "plugin/DownloadItem.h"
+#include "item/DownloadItem.h"
 
 namespace download {
 

@@ -5,9 +5,9 @@
 #include <thread>
 #include <vector>
 
+#include "VeskPlayerX/DownloadStatus.h"
 #include "kvpm/Mutex.h"
 #include "kvsc/CancelToken.h"
-#include "plugin/DownloadStatus.h"
 
 namespace download {
 

@@ -3,12 +3,12 @@
 #include <string_view>
 #include <utility>
 
+#include "item/DownloadItem.h"
 #include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
 #include "kvsc/HttpRequest.h"
 #include "persistence/TicketParserImpl.h"
 #include "persistence/URLEscape.h"
-#include "plugin/DownloadItem.h"
 
 namespace persistence {
 namespace {

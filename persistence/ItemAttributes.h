@@ -4,8 +4,8 @@
 #include <span>
 #include <string>
 
+#include "item/DownloadItem.h"
 #include "persistence/ItemList.h"
-#include "plugin/DownloadItem.h"
 
 /// What both queue formats share: documents whose root has one element per item, each with the
 /// item's fields as attributes.

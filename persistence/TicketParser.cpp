@@ -5,12 +5,12 @@
 #include <limits>
 #include <utility>
 
+#include "item/DownloadItem.h"
 #include "kvpm/File.h"
 #include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
 #include "persistence/ClearTicket.h"
 #include "persistence/TicketParserImpl.h"
-#include "plugin/DownloadItem.h"
 
 namespace {
 

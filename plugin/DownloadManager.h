@@ -6,8 +6,8 @@
 
 #include "KPIM/Plugin.h"
 #include "VeskPlayerX/DownloadManagerInterface.h"
+#include "VeskPlayerX/DownloadStatus.h"
 #include "VeskPlayerX/ShutdownInterface.h"
-#include "plugin/DownloadStatus.h"
 
 /// The plug-in: an ordered queue of downloads, of which one at a time is fetched in the background
 /// and handed to the player.

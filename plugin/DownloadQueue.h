@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "VeskPlayerX/DownloadItemInterface.h"
-#include "plugin/DownloadStatus.h"
+#include "VeskPlayerX/DownloadStatus.h"
 
 namespace plugin {
 

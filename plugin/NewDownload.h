@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "plugin/DownloadItem.h"
+#include "item/DownloadItem.h"
 
 namespace plugin {
 

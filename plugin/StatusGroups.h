@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plugin/DownloadStatus.h"
+#include "VeskPlayerX/DownloadStatus.h"
 
 namespace plugin {
 

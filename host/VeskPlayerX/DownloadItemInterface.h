@@ -4,9 +4,7 @@
 #include <string>
 
 #include "KPB/DownloadInfo.h"
-
-/// State of a download; the values belong to the download manager (`plugin/DownloadStatus.h`).
-enum DownloadStatusEnumType : std::int32_t;
+#include "VeskPlayerX/DownloadStatus.h"
 
 namespace VeskPlayerX {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "plugin/DownloadStatus.h"
+#include "VeskPlayerX/DownloadStatus.h"
 
 namespace VeskPlayerX {
 class DownloadItemInterface;

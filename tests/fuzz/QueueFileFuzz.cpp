@@ -1,11 +1,11 @@
 // Input: a queue file's content, and the same bytes as the texts of an item to be kept.
 #include <cstring>
 
+#include "item/DownloadItem.h"
 #include "persistence/ItemList.h"
 #include "persistence/QueueDocument.h"
 #include "persistence/WrittenQueue.h"
 #include "persistence/XmlText.h"
-#include "plugin/DownloadItem.h"
 #include "tests/fuzz/Fuzz.h"
 
 namespace {

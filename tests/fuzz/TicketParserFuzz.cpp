@@ -1,9 +1,9 @@
 // Input: the content of a ticket file.
 #include <algorithm>
 
+#include "VeskPlayerX/DownloadStatus.h"
 #include "persistence/ClearTicket.h"
 #include "persistence/TicketParserImpl.h"
-#include "plugin/DownloadStatus.h"
 #include "tests/fuzz/Fuzz.h"
 
 namespace {

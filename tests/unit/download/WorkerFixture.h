@@ -10,7 +10,7 @@
 #include <string>
 
 #include "download/HttpDownloadThread.h"
-#include "plugin/DownloadItem.h"
+#include "item/DownloadItem.h"
 #include "tests/support/Gate.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TempDir.h"

@@ -3,8 +3,8 @@
 
 #include <filesystem>
 
+#include "item/DownloadItem.h"
 #include "persistence/TicketParser.h"
-#include "plugin/DownloadItem.h"
 #include "tests/support/TempDir.h"
 #include "tests/unit/persistence/Items.h"
 

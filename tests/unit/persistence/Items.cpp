@@ -2,8 +2,8 @@
 
 #include <ostream>
 
+#include "item/DownloadItem.h"
 #include "kvpm/StringTools.h"
-#include "plugin/DownloadItem.h"
 
 namespace persistence {
 namespace {

@@ -2,11 +2,11 @@
 
 #include <functional>
 
+#include "item/DownloadItem.h"
 #include "persistence/QueueDocument.h"
 #include "persistence/WrittenQueue.h"
 #include "persistence/XmlDocument.h"
 #include "persistence/XmlText.h"
-#include "plugin/DownloadItem.h"
 
 namespace persistence {
 namespace {

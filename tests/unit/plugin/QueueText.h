@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "item/DownloadItem.h"
 #include "kvpm/StringTools.h"
-#include "plugin/DownloadItem.h"
 
 /// Queues as short texts: "A1 B4" is a queued item titled A above a completed one titled B.
 namespace queue_text {

@@ -3,10 +3,10 @@
 #include <memory>
 
 #include "VeskPlayerX/InterfaceIds.h"
+#include "item/DownloadItem.h"
 #include "playerx/framework/UserMessages.h"
 #include "playerx/services/OnlineServices.h"
 #include "playerx/services/ServicesProtocol.h"
-#include "plugin/DownloadItem.h"
 #include "tests/support/Loopback.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TempDir.h"

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "VeskPlayerX/DownloadItemInterface.h"
-#include "plugin/DownloadStatus.h"
+#include "VeskPlayerX/DownloadStatus.h"
 
 /// One entry of the download queue: a film to fetch, where it goes and how far it has got.
 ///

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "plugin/DownloadItem.h"
+#include "item/DownloadItem.h"
 
 // Items for the tests of their fields.
 

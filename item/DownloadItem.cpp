@@ -1,4 +1,4 @@
-#include "plugin/DownloadItem.h"
+#include "item/DownloadItem.h"
 
 #include <atomic>
 #include <cstdint>

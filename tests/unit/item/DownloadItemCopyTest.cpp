@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/plugin/FilledItem.h"
+#include "tests/unit/item/FilledItem.h"
 
 namespace {
 
