@@ -46,18 +46,8 @@ class HttpDownloadThread : public DownloadThreadInterface {
 
   void stopDownload(unsigned long long uid) override;
 
-  /// Announces the next `downloadVideo`: a `stop` from here on ends that run with
-  /// `DownloadStatusStopped`, even one that has come and gone before `downloadVideo` is called. The
-  /// scheduler calls it when it has picked an item, as the last thing under its locks; without it a
-  /// stop that falls between pick and start would be lost. Never blocks.
-  void prepare();
-
-  /// Stops what runs, unregisters from the library and ends the worker's own threads. Once it
-  /// returns, nothing of this worker reaches the manager or the view, and every later
-  /// `downloadVideo` of an item answers `DownloadStatusStopped`. Called without a lock that a
-  /// report or `play` could ask for; may wait for an answer of the online services up to the
-  /// deadlines that these keep.
-  void close();
+  void prepare() override;
+  void close() override;
 
   /// Bytes of the media behind `url`, learnt with HEAD requests that follow redirects; 0 when they
   /// cannot be learnt. Blocks for the network; a stop of the run ends it early with 0.
