@@ -1,6 +1,7 @@
 # Flags that every target shares, and the sanitizers that a preset asks for.
 set(VESK_SANITIZE "" CACHE STRING "Sanitizers to build with: address,undefined or thread")
 option(VESK_THREAD_SAFETY "Check lock annotations (clang only)" OFF)
+option(VESK_COVERAGE "Count which lines and branches run" OFF)
 option(VESK_FUZZ "Build the targets of tests/fuzz with libFuzzer (clang only)" OFF)
 if(VESK_FUZZ)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
@@ -21,6 +22,11 @@ if(VESK_SANITIZE)
   if(VESK_SANITIZE MATCHES undefined)
     target_compile_options(vesk_flags INTERFACE -fno-sanitize-recover=undefined)
   endif()
+endif()
+if(VESK_COVERAGE)
+  # Updated atomically: the tests run many threads.
+  target_compile_options(vesk_flags INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(vesk_flags INTERFACE --coverage)
 endif()
 if(VESK_FUZZ)
   # What the fuzzer steers by: every library tells which branches an input took.
