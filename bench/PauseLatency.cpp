@@ -5,13 +5,13 @@
 
 #include "bench/Measure.h"
 #include "kvpm/StringTools.h"
-#include "playerx/app/ConsoleMessages.h"
-#include "playerx/app/ItemState.h"
-#include "playerx/app/Options.h"
-#include "playerx/app/PlayerHost.h"
-#include "playerx/app/QueueView.h"
-#include "playerx/app/TransferKnowledge.h"
-#include "playerx/app/WakeUp.h"
+#include "playerx/app/model/ItemState.h"
+#include "playerx/app/session/PlayerHost.h"
+#include "playerx/app/session/QueueView.h"
+#include "playerx/app/session/TransferKnowledge.h"
+#include "playerx/cli/ConsoleMessages.h"
+#include "playerx/cli/Options.h"
+#include "playerx/cli/WakeUp.h"
 
 namespace bench {
 

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <vector>
+
+#include "playerx/app/model/ItemState.h"
+
+namespace playerx {
+
+/// One difference between two looks at the queue.
+struct QueueChange {
+  enum Kind { kAdded, kChanged, kFinished, kFailed };
+  Kind kind;
+  ItemState item;  ///< as it is now
+
+  bool operator==(const QueueChange&) const = default;
+};
+
+/// What happened between two looks at the queue, in the present queue's order. An item seen for the
+/// first time is added, and finished or failed as well when it already is; an item whose status
+/// became completed or failed is finished or failed; any other difference is a change. Items that
+/// are gone yield nothing.
+std::vector<QueueChange> changesBetween(const std::vector<ItemState>& before,
+                                        const std::vector<ItemState>& now);
+
+}  // namespace playerx

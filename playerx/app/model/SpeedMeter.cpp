@@ -1,0 +1,31 @@
+#include "playerx/app/model/SpeedMeter.h"
+
+namespace playerx {
+
+namespace {
+
+constexpr std::chrono::seconds kWindow(5);
+
+/// Reports that come faster than this are not kept one by one.
+constexpr std::chrono::milliseconds kSpacing(100);
+
+}  // namespace
+
+void SpeedMeter::feed(Clock::time_point now, std::uint64_t bytes) {
+  if (!reports_.empty() && bytes < reports_.back().bytes) reports_.clear();
+  const std::size_t count = reports_.size();
+  const bool isDense = count >= 2 && reports_[count - 1].time - reports_[count - 2].time < kSpacing;
+  if (isDense) reports_.pop_back();
+  reports_.push_back({now, bytes});
+  while (reports_.size() > 2 && now - reports_.front().time > kWindow) reports_.pop_front();
+}
+
+std::uint64_t SpeedMeter::bytesPerSecond() const {
+  if (reports_.size() < 2) return 0;
+  const std::chrono::duration<double> time = reports_.back().time - reports_.front().time;
+  if (time.count() <= 0) return 0;
+  const auto bytes = static_cast<double>(reports_.back().bytes - reports_.front().bytes);
+  return static_cast<std::uint64_t>(bytes / time.count());
+}
+
+}  // namespace playerx

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "playerx/transfers/Address.h"
+#include "playerx/transfers/TransferFailure.h"
+
+namespace playerx::reasons {
+
+/// Why a film cannot be downloaded.
+///
+/// The failures of a transfer are reasons under the numbers that `TransferFailure` gives them, HTTP
+/// statuses included; the enumerators are what the player itself finds out. What each is called and
+/// what people read is in the one table of Reason.cpp.
+enum class Reason : std::int32_t {
+  // An argument that is no address of a film.
+  kNoAddress = 40,
+  kBadPort = 41,
+  kUnescapedAddress = 42,
+  kCredentialsInAddress = 43,
+  kUnsupportedType = 44,
+
+  // A ticket.
+  kNoTicketFile = 50,
+  kTicketIsFolder = 51,
+  kUnreadableTicket = 52,
+  kLargeTicket = 53,
+  kTooManyFilms = 54,
+  kLongText = 55,
+  kEmptyTicket = 56,
+  kSealedTicket = 57,  ///< protected, and no online services are named
+
+  // The online services.
+  kServicesSaid = 60,  ///< the words are their own
+  kServicesNotNamed = 61,
+  kServicesUnreachable = 62,
+  kServicesNotReady = 63,
+  kNotAuthorized = 64,
+  kNoAuthorization = 65,  ///< nothing was refused, yet there is no usable answer
+  kSlotDeclined = 66,
+  kAccessExpired = 67,
+
+  // The film, its server and the places that it needs.
+  kItemWithoutAddress = 70,
+  kEmptyFile = 71,
+  kNoLength = 72,
+  kTooLittleSpace = 73,  ///< found before a byte was fetched
+  kFolderUnusable = 74,
+  kProxyRefused = 75,
+  kProxyTimeout = 76,
+  kUnexplained = 77,  ///< failed, though the server answers now
+};
+
+/// The reason why a transfer broke.
+constexpr Reason reasonOf(TransferFailure failure) { return static_cast<Reason>(failure); }
+
+/// The reason for an HTTP status of 400 and above.
+constexpr Reason reasonOfStatus(long status) {
+  return reasonOf(failureOfStatus(static_cast<int>(status)));
+}
+
+/// What is wrong with an address.
+Reason reasonOf(AddressFault fault);
+
+/// The stable word of a reason, listed in docs/json-output.md: "no_such_host", "http_404". Reasons
+/// that a program need not tell apart share one; "internal" for a number that is no reason.
+std::string codeOf(Reason reason);
+
+/// What the sentence of a reason may mention.
+struct Facts {
+  std::string host{};   ///< the server, or the proxy where the reason speaks of one
+  std::string place{};  ///< a file or a folder
+  std::string words{};  ///< technical words, or those of the online services
+  int number = 0;       ///< a line or a count
+};
+
+/// A reason in plain English, UTF-8.
+struct Explanation {
+  Reason reason{};
+  std::string happened{};  ///< what happened: a sentence without its full stop
+  std::string advice{};    ///< what can be done, as the command line puts it; may be empty
+
+  std::string code() const { return codeOf(reason); }
+
+  /// Both as one sentence.
+  std::string sentence() const;
+
+  bool operator==(const Explanation&) const = default;
+};
+
+Explanation explain(Reason reason, const Facts& facts = {});
+
+}  // namespace playerx::reasons

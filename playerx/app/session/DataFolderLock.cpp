@@ -1,0 +1,31 @@
+#include "playerx/app/session/DataFolderLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+namespace playerx {
+
+DataFolderLock::DataFolderLock(const std::string& folder) {
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  const std::string file = folder + "/player.lock";
+  descriptor_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  if (descriptor_ < 0) {
+    problem_ = "The data folder " + folder + " cannot be written (" + std::strerror(errno) +
+               "); choose another with --data.";
+  } else if (flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+    problem_ = "Another player is using the data folder " + folder +
+               "; close it, or choose another folder with --data.";
+  }
+}
+
+DataFolderLock::~DataFolderLock() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+}  // namespace playerx

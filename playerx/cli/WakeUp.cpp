@@ -1,0 +1,79 @@
+#include "playerx/cli/WakeUp.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdint>
+#include <system_error>
+
+namespace playerx {
+
+namespace {
+
+sigset_t interrupts() {
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&set, signal);
+  return set;
+}
+
+int checked(int descriptor, const char* what) {
+  if (descriptor < 0) throw std::system_error(errno, std::generic_category(), what);
+  return descriptor;
+}
+
+}  // namespace
+
+void blockInterrupts() {
+  const sigset_t set = interrupts();
+  pthread_sigmask(SIG_BLOCK, &set, nullptr);
+}
+
+WakeUp::WakeUp() : eventFd_(checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd")) {
+  blockInterrupts();
+  const sigset_t set = interrupts();
+  signalFd_ = checked(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC), "signalfd");
+}
+
+WakeUp::~WakeUp() {
+  close(signalFd_);
+  close(eventFd_);
+}
+
+void WakeUp::releaseInterrupts() {
+  const sigset_t set = interrupts();
+  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+void WakeUp::raise() {
+  const std::uint64_t one = 1;
+  // A full counter means that the wait ends anyway.
+  [[maybe_unused]] const ssize_t written = write(eventFd_, &one, sizeof one);
+}
+
+WakeReason WakeUp::wait(std::chrono::milliseconds timeout) {
+  std::array<pollfd, 2> watched = {{{signalFd_, POLLIN, 0}, {eventFd_, POLLIN, 0}}};
+  poll(watched.data(), watched.size(),
+       timeout.count() < 0 ? -1 : static_cast<int>(timeout.count()));
+  if (takeInterrupt()) return WakeReason::kInterrupt;
+  std::uint64_t count = 0;
+  if (read(eventFd_, &count, sizeof count) == sizeof count) return WakeReason::kEvent;
+  return WakeReason::kTimeout;
+}
+
+WakeReason WakeUp::rest(std::chrono::milliseconds time) {
+  pollfd watched{signalFd_, POLLIN, 0};
+  poll(&watched, 1, static_cast<int>(time.count()));
+  return takeInterrupt() ? WakeReason::kInterrupt : WakeReason::kTimeout;
+}
+
+bool WakeUp::takeInterrupt() {
+  signalfd_siginfo signal;
+  return read(signalFd_, &signal, sizeof signal) == sizeof signal;
+}
+
+}  // namespace playerx

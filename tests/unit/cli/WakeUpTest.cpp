@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <thread>
+
+#include "playerx/cli/WakeUp.h"
+
+namespace playerx {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+
+TEST(WakeUpTest, NothingRaisedTimesOut) {
+  WakeUp wakeUp;
+  EXPECT_EQ(wakeUp.wait(milliseconds(0)), WakeReason::kTimeout);
+}
+
+TEST(WakeUpTest, ManyRaisesEndOneWait) {
+  WakeUp wakeUp;
+  wakeUp.raise();
+  wakeUp.raise();
+  EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kEvent);
+  EXPECT_EQ(wakeUp.wait(milliseconds(0)), WakeReason::kTimeout);
+}
+
+TEST(WakeUpTest, ARaiseOfAnotherThreadEndsAWait) {
+  WakeUp wakeUp;
+  std::thread other([&wakeUp] { wakeUp.raise(); });
+  EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kEvent);
+  other.join();
+}
+
+TEST(WakeUpTest, AnInterruptGoesBeforeAnEvent) {
+  WakeUp wakeUp;
+  wakeUp.raise();
+  ASSERT_EQ(pthread_kill(pthread_self(), SIGINT), 0);
+  EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kInterrupt);
+  EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kEvent);
+}
+
+TEST(WakeUpTest, ARestLeavesWhatWasRaised) {
+  WakeUp wakeUp;
+  wakeUp.raise();
+  EXPECT_EQ(wakeUp.rest(milliseconds(0)), WakeReason::kTimeout);
+  EXPECT_EQ(wakeUp.wait(minutes(5)), WakeReason::kEvent);
+}
+
+TEST(WakeUpTest, AnInterruptEndsARest) {
+  WakeUp wakeUp;
+  ASSERT_EQ(pthread_kill(pthread_self(), SIGINT), 0);
+  EXPECT_EQ(wakeUp.rest(minutes(5)), WakeReason::kInterrupt);
+}
+
+TEST(WakeUpTest, AnInterruptIsTakenOnce) {
+  WakeUp wakeUp;
+  EXPECT_FALSE(wakeUp.takeInterrupt());
+  ASSERT_EQ(pthread_kill(pthread_self(), SIGTERM), 0);
+  EXPECT_TRUE(wakeUp.takeInterrupt());
+  EXPECT_FALSE(wakeUp.takeInterrupt());
+}
+
+TEST(WakeUpTest, AnInterruptThatCameBeforeIsNotLost) {
+  EXPECT_EXIT(
+      {
+        blockInterrupts();
+        raise(SIGTERM);
+        WakeUp wakeUp;
+        std::_Exit(wakeUp.takeInterrupt() ? 0 : 1);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+TEST(WakeUpTest, ReleasedInterruptsEndTheProgram) {
+  EXPECT_EXIT(
+      {
+        std::signal(SIGINT, SIG_DFL);  // a shell has it ignored in the background
+        WakeUp wakeUp;
+        wakeUp.releaseInterrupts();
+        raise(SIGINT);
+      },
+      testing::KilledBySignal(SIGINT), "");
+}
+
+}  // namespace
+}  // namespace playerx
