@@ -4,24 +4,17 @@
 #include <chrono>
 #include <utility>
 
-#include "VeskPlayerX/DownloadManagerInterface.h"
-#include "kvpm/PathTools.h"
-#include "kvpm/StringTools.h"
-#include "playerx/app/inputs/InputKind.h"
-#include "playerx/app/inputs/TicketFile.h"
+#include "playerx/app/inputs/Input.h"
 #include "playerx/app/model/FilmCheck.h"
-#include "playerx/app/model/QueueChanges.h"
-#include "playerx/app/session/QueueView.h"
-#include "playerx/cli/ConsoleMessages.h"
-#include "playerx/cli/Options.h"
 #include "playerx/cli/Reporter.h"
 #include "playerx/cli/WakeUp.h"
 
-namespace playerx {
+namespace playerx::cli {
+
+using model::ItemState;
+using model::QueueChange;
 
 namespace {
-
-using kvpm::StringTools;
 
 /// How often the speed of a running transfer is looked at when nothing else happens.
 constexpr std::chrono::milliseconds kSpeedInterval(500);
@@ -36,20 +29,19 @@ std::chrono::milliseconds restAfter(std::chrono::steady_clock::duration look) {
 
 }  // namespace
 
-GetCommand::GetCommand(const Options& options, VeskPlayerX::DownloadManagerInterface& manager,
-                       QueueView& view, ConsoleMessages& messages, Reporter& reporter,
-                       WakeUp& wakeUp, TransferKnowledge knowledge)
+GetCommand::GetCommand(const Options& options, session::PlayerSession& session, Reporter& reporter,
+                       WakeUp& wakeUp, reasons::Probe probe)
     : options_(options),
-      manager_(manager),
-      view_(view),
-      messages_(messages),
+      session_(session),
       reporter_(reporter),
       wakeUp_(wakeUp),
-      knowledge_(std::move(knowledge)),
-      explainer_(wakeUp, trustedAuthorities(), knowledge_.reasonOf),
-      queue_(snapshotOf(manager)) {}
+      explainer_([&wakeUp] { wakeUp.raise(); },
+                 [&session](const std::string& address) { return session.findTransfer(address); },
+                 std::move(probe)),
+      queue_(model::snapshotOf(session.manager())) {}
 
 int GetCommand::run() {
+  session_.start();
   const std::optional<int> refused = addInputs();
   if (!refused) return park();
   passMessagesOn();
@@ -57,7 +49,7 @@ int GetCommand::run() {
   return workUntilDone(*refused);
 }
 
-/// Returns how many were refused; nothing when the user interrupts, which keeps what was added.
+/// Returns how many were refused; nullopt when the user interrupts, which keeps what was added.
 std::optional<int> GetCommand::addInputs() {
   int refused = 0;
   for (const std::string& input : options_.inputs) {
@@ -68,50 +60,16 @@ std::optional<int> GetCommand::addInputs() {
   return refused;
 }
 
+/// False when it was refused.
 bool GetCommand::addOne(const std::string& input) {
-  FailureReason reason;
-  switch (sortInput(input, &reason)) {
-    case InputKind::kAddress:
-      return addAddress(input);
-    case InputKind::kTicket:
-      return addTicket(input);
-    case InputKind::kUnusable:
-      break;
+  using inputs::AddResult;
+  const AddResult result = inputs::addInput(input, session_.manager(), queue_,
+                                            [this] { return session_.takeMessages(); });
+  if (result.outcome == AddResult::kAlreadyQueued) {
+    reporter_.note(input + " is in the queue already; going on with it.");
   }
-  return refuse(input, reason);
-}
-
-bool GetCommand::addAddress(const std::string& address) {
-  if (isWaiting(address)) {
-    reporter_.note(address + " is in the queue already; going on with it.");
-    return true;
-  }
-  const bool added = manager_.add(StringTools::stringToWString(address), L"", L"") != nullptr;
-  return added || refuse(address, unsupportedType());
-}
-
-/// Whether the queue holds an item of this address that is still to be downloaded.
-bool GetCommand::isWaiting(const std::string& address) const {
-  return std::any_of(queue_.begin(), queue_.end(), [&](const ItemState& item) {
-    return item.url == address && isUnfinished(item.status);
-  });
-}
-
-bool GetCommand::addTicket(const std::string& path) {
-  const std::wstring wide = StringTools::stringToWString(path);
-  const auto refusal = refusalOfTicket(StringTools::stripBeginingAndEndChar(wide, L'"'));
-  if (refusal) return refuse(path, *refusal);
-  if (!manager_.addTicket(wide, false).empty()) return true;
-  const std::vector<std::string> words = messages_.take();
-  if (!words.empty()) return refuse(path, {"services", words.back()});
-  return refuse(path, {"empty_ticket",
-                       "This ticket names nothing that can be downloaded; `playerx-cli explain` "
-                       "says why."});
-}
-
-bool GetCommand::refuse(const std::string& argument, const FailureReason& reason) {
-  reporter_.refused(argument, reason);
-  return false;
+  if (result.refusal) reporter_.refused(input, *result.refusal);
+  return result.outcome != AddResult::kRefused;
 }
 
 int GetCommand::workUntilDone(int refused) {
@@ -133,36 +91,29 @@ int GetCommand::workUntilDone(int refused) {
 }
 
 void GetCommand::lookAtQueue() {
-  std::vector<ItemState> now = snapshotOf(manager_);
+  std::vector<ItemState> now = model::snapshotOf(session_.manager());
   const std::vector<QueueChange> changes = changesBetween(queue_, now);
   queue_ = std::move(now);
   for (const QueueChange& change : changes) report(change);
 }
 
 void GetCommand::report(const QueueChange& change) {
+  const ItemState& item = change.item;
   switch (change.kind) {
     case QueueChange::kAdded:
-      return reporter_.added(change.item);
+      return reporter_.added(item);
     case QueueChange::kChanged:
-      measureSpeed(change.item);
-      reporter_.changed(change.item, speeds_[change.item.id].bytesPerSecond());
-      return playWhatIsReady(change.item);
+      measureSpeed(item);
+      reporter_.changed(item, speeds_[item.id].bytesPerSecond());
+      return playWhatIsReady(item);
     case QueueChange::kFinished:
       lastWords_.clear();
-      reporter_.finished(change.item);
-      noteOddity(change.item);
-      return playWhatIsReady(change.item);
+      reporter_.finished(item, findOddity(item, session_.places().media));
+      return playWhatIsReady(item);
     case QueueChange::kFailed:
       somethingFailed_ = true;
-      return explainer_.explain(change.item, view_.takeNotices(change.item.id),
-                                std::exchange(lastWords_, {}));
+      return explainer_.explain(item, session_.takeNotices(item.id), std::exchange(lastWords_, {}));
   }
-}
-
-void GetCommand::noteOddity(const ItemState& film) {
-  const std::string folder = StringTools::wStringToString(kvpm::PathTools::getVeskMoviesFolder());
-  const std::string oddity = oddityOf(film, folder);
-  if (!oddity.empty()) reporter_.note(oddity);
 }
 
 void GetCommand::reportSpeed() {
@@ -173,20 +124,20 @@ void GetCommand::reportSpeed() {
 
 /// False when the item is not flowing, or nobody knows how far it has come.
 bool GetCommand::measureSpeed(const ItemState& item) {
-  if (item.status != DownloadStatusDownloading || !knowledge_.bytesOf) return false;
-  const std::optional<std::uint64_t> bytes = knowledge_.bytesOf(item);
-  if (bytes) speeds_[item.id].feed(SpeedMeter::Clock::now(), *bytes);
-  return bytes.has_value();
+  if (item.status != DownloadStatusDownloading) return false;
+  const std::optional<TransferReport> transfer = session_.findTransfer(item.url);
+  if (transfer) speeds_[item.id].feed(model::SpeedMeter::Clock::now(), transfer->arrived);
+  return transfer.has_value();
 }
 
 void GetCommand::reportAnswers() {
-  for (const ExplainedFailure& answer : explainer_.takeAnswers()) {
-    reporter_.failed(answer.item, answer.reason);
+  for (const reasons::ExplainedFailure& answer : explainer_.takeAnswers()) {
+    reporter_.failed(answer.item, answer.explanation);
   }
 }
 
 void GetCommand::passMessagesOn() {
-  for (const std::string& sentence : messages_.take()) {
+  for (const std::string& sentence : session_.takeMessages()) {
     lastWords_ = sentence;
     reporter_.note(sentence);
   }
@@ -196,22 +147,23 @@ void GetCommand::playWhatIsReady(const ItemState& item) {
   const bool ready = item.status == DownloadStatusCompleted ||
                      (item.status == DownloadStatusDownloading && item.playable);
   if (!options_.play || !ready || !played_.insert(item.id).second) return;
-  if (!manager_.play(item.id)) reporter_.note("No player could be started for " + item.title + ".");
+  if (session_.manager().play(item.id)) return;
+  reporter_.note("No player could be started for " + item.title + ".");
 }
 
 bool GetCommand::isDone() const {
   const bool workLeft = std::any_of(queue_.begin(), queue_.end(), [](const ItemState& item) {
-    return isUnfinished(item.status);
+    return model::isUnfinished(item.status);
   });
   return !workLeft && !explainer_.isBusy();
 }
 
 int GetCommand::park() {
-  manager_.pause();
+  session_.manager().pause();
   lookAtQueue();
   passMessagesOn();
   reporter_.note("Interrupted; what has arrived is kept, and the next `get` goes on from there.");
   return kExitInterrupted;
 }
 
-}  // namespace playerx
+}  // namespace playerx::cli

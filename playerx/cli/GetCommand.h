@@ -6,71 +6,54 @@
 #include <string>
 #include <vector>
 
-#include "playerx/app/model/ItemState.h"
+#include "playerx/app/model/QueueChanges.h"
 #include "playerx/app/model/SpeedMeter.h"
 #include "playerx/app/reasons/FailureExplainer.h"
-#include "playerx/app/session/TransferKnowledge.h"
+#include "playerx/app/session/PlayerSession.h"
+#include "playerx/cli/Options.h"
 
-namespace VeskPlayerX {
-class DownloadManagerInterface;
-}
+namespace playerx::cli {
 
-namespace playerx {
-
-class ConsoleMessages;
-class QueueView;
 class Reporter;
 class WakeUp;
-struct Options;
-struct QueueChange;
 
-/// The command that adds films and downloads until nothing is left. Used on the main thread, with
-/// the module's view attached.
+/// The command that adds films and downloads until nothing is left. Used on the main thread.
 class GetCommand {
  public:
-  /// Nothing is owned; everything outlives the command. The queue as it is now is what later
-  /// changes are told against, so the module's scheduler must still be held back.
-  GetCommand(const Options& options, VeskPlayerX::DownloadManagerInterface& manager,
-             QueueView& view, ConsoleMessages& messages, Reporter& reporter, WakeUp& wakeUp,
-             TransferKnowledge knowledge);
+  /// Nothing is owned; everything outlives the command. The session is open for changes and not yet
+  /// started: later changes are told against the queue as it is now. Its listener raises `wakeUp`.
+  GetCommand(const Options& options, session::PlayerSession& session, Reporter& reporter,
+             WakeUp& wakeUp, reasons::Probe probe);
 
-  /// Adds the inputs and works until nothing is left or the user interrupts. Returns the program's
-  /// exit status.
+  /// Starts the session, adds the inputs and works until nothing is left or the user interrupts.
+  /// Returns the program's exit status.
   int run();
 
  private:
   std::optional<int> addInputs();
   bool addOne(const std::string& input);
-  bool addAddress(const std::string& address);
-  bool isWaiting(const std::string& address) const;
-  bool addTicket(const std::string& path);
-  bool refuse(const std::string& argument, const FailureReason& reason);
   int workUntilDone(int refused);
   void lookAtQueue();
-  void report(const QueueChange& change);
-  void noteOddity(const ItemState& film);
+  void report(const model::QueueChange& change);
   void reportSpeed();
-  bool measureSpeed(const ItemState& item);
+  bool measureSpeed(const model::ItemState& item);
   void reportAnswers();
   void passMessagesOn();
-  void playWhatIsReady(const ItemState& item);
+  void playWhatIsReady(const model::ItemState& item);
   bool isDone() const;
   int park();
 
   const Options& options_;
-  VeskPlayerX::DownloadManagerInterface& manager_;
-  QueueView& view_;
-  ConsoleMessages& messages_;
+  session::PlayerSession& session_;
   Reporter& reporter_;
   WakeUp& wakeUp_;
-  const TransferKnowledge knowledge_;
-  FailureExplainer explainer_;
+  reasons::FailureExplainer explainer_;
 
-  std::vector<ItemState> queue_;  ///< as last seen
-  std::map<unsigned int, SpeedMeter> speeds_;
+  std::vector<model::ItemState> queue_;  ///< as last seen
+  std::map<unsigned int, model::SpeedMeter> speeds_;
   std::set<unsigned int> played_;  ///< items handed to the player
   std::string lastWords_;          ///< said since the last outcome
   bool somethingFailed_ = false;
 };
 
-}  // namespace playerx
+}  // namespace playerx::cli

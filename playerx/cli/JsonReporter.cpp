@@ -3,11 +3,13 @@
 
 #include "playerx/cli/Reporter.h"
 
-namespace playerx {
+namespace playerx::cli {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
+using model::ItemState;
+using reasons::Explanation;
 
 Json describe(const char* event, const ItemState& item) {
   return Json{{"event", event},
@@ -15,15 +17,15 @@ Json describe(const char* event, const ItemState& item) {
               {"url", item.url},
               {"title", item.title},
               {"provider", item.provider},
-              {"status", statusWord(item.status)},
+              {"status", model::statusWord(item.status)},
               {"percent", item.percent},
               {"size", item.size},
               {"path", item.path},
               {"secondsRemaining", item.secondsRemaining}};
 }
 
-Json describe(const FailureReason& reason) {
-  return Json{{"code", reason.code}, {"sentence", reason.sentence}};
+Json describe(const Explanation& reason) {
+  return Json{{"code", reason.code()}, {"sentence", reason.sentence()}};
 }
 
 class JsonReporter : public Reporter {
@@ -38,15 +40,19 @@ class JsonReporter : public Reporter {
     print(object);
   }
 
-  void finished(const ItemState& item) override { print(describe("finished", item)); }
+  void finished(const ItemState& item, const std::string& oddity) override {
+    Json object = describe("finished", item);
+    if (!oddity.empty()) object["oddity"] = oddity;
+    print(object);
+  }
 
-  void failed(const ItemState& item, const FailureReason& reason) override {
+  void failed(const ItemState& item, const Explanation& reason) override {
     Json object = describe("failed", item);
     object["reason"] = describe(reason);
     print(object);
   }
 
-  void refused(const std::string& argument, const FailureReason& reason) override {
+  void refused(const std::string& argument, const Explanation& reason) override {
     print(Json{{"event", "refused"}, {"argument", argument}, {"reason", describe(reason)}});
   }
 
@@ -60,7 +66,7 @@ class JsonReporter : public Reporter {
 
  private:
   void print(const Json& object) {
-    // Bytes that are no UTF-8 become U+FFFD: every line is valid JSON whatever a title holds.
+    // Bytes that are not UTF-8 become U+FFFD: every line is valid JSON whatever a title holds.
     out_ << object.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
   }
 
@@ -74,4 +80,4 @@ std::unique_ptr<Reporter> makeJsonReporter(std::ostream& out, std::ostream& note
   return std::make_unique<JsonReporter>(out, notes);
 }
 
-}  // namespace playerx
+}  // namespace playerx::cli

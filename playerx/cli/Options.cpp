@@ -6,9 +6,9 @@
 #include <iostream>
 #include <map>
 
-#include "playerx/app/model/TextFormat.h"
+#include "playerx/cli/TerminalText.h"
 
-namespace playerx {
+namespace playerx::cli {
 
 namespace {
 
@@ -17,12 +17,13 @@ constexpr int kMostItems = 1'000'000;
 
 void addGlobalOptions(CLI::App& app, Options& options) {
   app.option_defaults()->take_last();
-  app.add_option("--data", options.dataFolder, "Folder of the queue and of unfinished files");
-  app.add_option("--media", options.mediaFolder, "Folder that receives the films");
-  app.add_option("--cacert", options.caFile, "PEM file of certificate authorities to trust")
+  app.add_option("--data", options.session.dataFolder,
+                 "Folder of the queue and of unfinished files");
+  app.add_option("--media", options.session.mediaFolder, "Folder that receives the films");
+  app.add_option("--cacert", options.session.caFile, "PEM file of certificate authorities to trust")
       ->check(CLI::ExistingFile);
-  app.add_option("--services", options.services, "Address of the online services");
-  app.add_option("--plugins", options.pluginFolder, "Folder of the plug-ins")
+  app.add_option("--services", options.session.services, "Address of the online services");
+  app.add_option("--plugins", options.session.pluginFolder, "Folder of the plug-ins")
       ->check(CLI::ExistingDirectory);
   app.add_flag("--diagnostics", options.diagnostics,
                "Print the module's own diagnostics on standard error");
@@ -33,7 +34,7 @@ void addGet(CLI::App& app, Options& options) {
   CLI::App* get = app.add_subcommand("get", "Add films, then download until nothing is left");
   get->add_option("input", options.inputs, "Addresses (http, https) or ticket files (.tix)");
   get->add_flag("--play", options.play, "Play each film as soon as enough of it is there");
-  get->add_option("--player", options.player, "Program that plays; mpv unless told");
+  get->add_option("--player", options.session.player, "Program that plays; mpv unless told");
   get->callback([&options] { options.command = Options::kGet; });
 }
 
@@ -101,9 +102,9 @@ std::string commandsOf(const CLI::App& app) {
   return names;
 }
 
-/// One plain sentence on an option without its value or a command without its argument; empty when
-/// it is neither.
-std::string complaintOfLack(const CLI::App& app, const CLI::ParseError& error) {
+/// One plain sentence on an option without its value or a command without its argument; empty for
+/// every other error.
+std::string complaintOfMissing(const CLI::App& app, const CLI::ParseError& error) {
   const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
   const std::string words = error.what();  // "NAME: ..." and "NAME is required"
   if (code == CLI::ExitCodes::ArgumentMismatch) {
@@ -117,8 +118,8 @@ std::string complaintOfLack(const CLI::App& app, const CLI::ParseError& error) {
 
 /// One plain sentence on what is wrong with the arguments.
 std::string complaintOf(const CLI::App& app, const CLI::ParseError& error) {
-  const std::string lack = complaintOfLack(app, error);
-  if (!lack.empty()) return lack;
+  const std::string missing = complaintOfMissing(app, error);
+  if (!missing.empty()) return missing;
   const bool isCommandMissing = app.get_subcommands().empty();
   const std::vector<std::string> unknown = app.remaining(true);
   const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
@@ -174,4 +175,4 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
   return options;
 }
 
-}  // namespace playerx
+}  // namespace playerx::cli

@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
-namespace playerx {
+#include "playerx/app/session/Places.h"
+
+namespace playerx::cli {
 
 /// What the command line asks for.
 struct Options {
@@ -12,12 +14,7 @@ struct Options {
   enum Direction { kUp, kDown, kTop, kBottom };
 
   Command command = kGet;
-  std::string dataFolder;    ///< empty: the user's own
-  std::string mediaFolder;   ///< empty: as the preferences say
-  std::string pluginFolder;  ///< empty: beside the program
-  std::string caFile;        ///< empty: the system's authorities
-  std::string player;        ///< program that plays; empty: "mpv" when present
-  std::string services;      ///< address of the online services; empty: as the preferences say
+  session::SessionOptions session;
   bool json = false;
   bool diagnostics = false;  ///< show what the module prints for its engineers
   bool play = false;
@@ -34,8 +31,8 @@ enum ExitStatus : int {
   kExitInterrupted = 130,
 };
 
-/// Reads the arguments. Prints help or a complaint itself; then there are no options and `*status`
+/// Reads the arguments. Prints help or a complaint itself; then it returns nullopt, and `*status`
 /// is what the program exits with.
 std::optional<Options> parseOptions(int argc, const char* const* argv, int* status);
 
-}  // namespace playerx
+}  // namespace playerx::cli

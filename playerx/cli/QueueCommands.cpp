@@ -7,10 +7,11 @@
 #include "playerx/cli/Options.h"
 #include "playerx/cli/Reporter.h"
 
-namespace playerx {
+namespace playerx::cli {
 
 namespace {
 
+using model::ItemState;
 using VeskPlayerX::DownloadManagerInterface;
 
 int list(const std::vector<ItemState>& queue, Reporter& reporter) {
@@ -23,7 +24,7 @@ int list(const std::vector<ItemState>& queue, Reporter& reporter) {
 int retry(const ItemState& item, DownloadManagerInterface& manager, Reporter& reporter) {
   if (item.status != DownloadStatusFailed) {
     reporter.note("Only a failed item can be retried; this one is " +
-                  std::string(statusWord(item.status)) + ".");
+                  std::string(model::statusWord(item.status)) + ".");
     return kExitFailed;
   }
   manager.retry(item.id);
@@ -67,7 +68,7 @@ int editItem(const Options& options, const ItemState& item, DownloadManagerInter
 }  // namespace
 
 int runQueueCommand(const Options& options, DownloadManagerInterface& manager, Reporter& reporter) {
-  const std::vector<ItemState> queue = snapshotOf(manager);
+  const std::vector<ItemState> queue = model::snapshotOf(manager);
   if (options.command == Options::kList) return list(queue, reporter);
   if (options.command == Options::kClear) {
     manager.clearCompletedDownloads();
@@ -82,4 +83,4 @@ int runQueueCommand(const Options& options, DownloadManagerInterface& manager, R
   return editItem(options, queue[index], manager, reporter);
 }
 
-}  // namespace playerx
+}  // namespace playerx::cli

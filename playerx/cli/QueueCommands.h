@@ -4,7 +4,7 @@ namespace VeskPlayerX {
 class DownloadManagerInterface;
 }
 
-namespace playerx {
+namespace playerx::cli {
 
 class Reporter;
 struct Options;
@@ -15,4 +15,4 @@ struct Options;
 int runQueueCommand(const Options& options, VeskPlayerX::DownloadManagerInterface& manager,
                     Reporter& reporter);
 
-}  // namespace playerx
+}  // namespace playerx::cli

@@ -6,9 +6,9 @@
 #include <string>
 
 #include "playerx/app/model/ItemState.h"
-#include "playerx/app/reasons/FailureReason.h"
+#include "playerx/app/reasons/Reason.h"
 
-namespace playerx {
+namespace playerx::cli {
 
 /// Tells the user, or a program, what happens to the queue. Used on the main thread.
 class Reporter {
@@ -18,18 +18,20 @@ class Reporter {
   Reporter& operator=(const Reporter&) = delete;
   virtual ~Reporter() = default;
 
-  virtual void added(const ItemState& item) = 0;
+  virtual void added(const model::ItemState& item) = 0;
 
-  /// Any difference but an outcome. `bytesPerSecond` is 0 when not known.
-  virtual void changed(const ItemState& item, std::uint64_t bytesPerSecond) = 0;
-  virtual void finished(const ItemState& item) = 0;
-  virtual void failed(const ItemState& item, const FailureReason& reason) = 0;
+  /// Any difference other than an outcome. `bytesPerSecond` is 0 when not known.
+  virtual void changed(const model::ItemState& item, std::uint64_t bytesPerSecond) = 0;
+
+  /// `oddity` is a sentence on what is odd about the film, empty when nothing is.
+  virtual void finished(const model::ItemState& item, const std::string& oddity) = 0;
+  virtual void failed(const model::ItemState& item, const reasons::Explanation& reason) = 0;
 
   /// An argument of the command line that cannot be downloaded.
-  virtual void refused(const std::string& argument, const FailureReason& reason) = 0;
+  virtual void refused(const std::string& argument, const reasons::Explanation& reason) = 0;
 
   /// One item of a printed queue; `position` counts from 1.
-  virtual void listed(int position, const ItemState& item) = 0;
+  virtual void listed(int position, const model::ItemState& item) = 0;
 
   /// A sentence about the run as a whole.
   virtual void note(const std::string& sentence) = 0;
@@ -45,4 +47,4 @@ std::unique_ptr<Reporter> makeLineReporter(std::ostream& out, std::ostream& note
 /// width of the terminal.
 std::unique_ptr<Reporter> makeLiveReporter(std::ostream& out, std::ostream& notes, int columns);
 
-}  // namespace playerx
+}  // namespace playerx::cli

@@ -6,9 +6,9 @@
 #include <charconv>
 #include <iostream>
 
-#include "playerx/app/model/TextFormat.h"
+#include "playerx/cli/TerminalText.h"
 
-namespace playerx {
+namespace playerx::cli {
 
 namespace {
 
@@ -31,4 +31,4 @@ int askForSlot(const std::string& title) {
   return isNumber ? slot : kDeclined;
 }
 
-}  // namespace playerx
+}  // namespace playerx::cli

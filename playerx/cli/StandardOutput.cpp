@@ -7,7 +7,7 @@
 #include <ext/stdio_filebuf.h>
 #include <system_error>
 
-namespace playerx {
+namespace playerx::cli {
 
 StandardOutput::StandardOutput(Diagnostics diagnostics)
     : kept_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)) {
@@ -27,4 +27,4 @@ StandardOutput::~StandardOutput() {
   // The buffer owns the descriptor and closes it.
 }
 
-}  // namespace playerx
+}  // namespace playerx::cli

@@ -3,7 +3,7 @@
 #include <memory>
 #include <ostream>
 
-namespace playerx {
+namespace playerx::cli {
 
 /// Keeps standard output for the program's own lines.
 ///
@@ -31,4 +31,4 @@ class StandardOutput {
   std::unique_ptr<std::ostream> stream_;
 };
 
-}  // namespace playerx
+}  // namespace playerx::cli

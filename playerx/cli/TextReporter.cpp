@@ -4,8 +4,14 @@
 
 #include "playerx/app/model/TextFormat.h"
 #include "playerx/cli/Reporter.h"
+#include "playerx/cli/TerminalText.h"
 
-namespace playerx {
+namespace playerx::cli {
+
+using model::formatBytes;
+using model::formatDuration;
+using model::ItemState;
+using reasons::Explanation;
 
 namespace {
 
@@ -28,23 +34,24 @@ class LineReporter : public Reporter {
 
   void changed(const ItemState& item, std::uint64_t) override { stateLine(item); }
 
-  void finished(const ItemState& item) override {
+  void finished(const ItemState& item, const std::string& oddity) override {
     forget(item);
     out_ << "completed: " << nameOf(item) << sizeNote(item) << " -> " << printable(item.path)
          << std::endl;
+    if (!oddity.empty()) note(oddity);
   }
 
-  void failed(const ItemState& item, const FailureReason& reason) override {
+  void failed(const ItemState& item, const Explanation& reason) override {
     forget(item);
-    notes_ << "failed: " << nameOf(item) << ": " << printable(reason.sentence) << std::endl;
+    notes_ << "failed: " << nameOf(item) << ": " << printable(reason.sentence()) << std::endl;
   }
 
-  void refused(const std::string& argument, const FailureReason& reason) override {
-    notes_ << printable(argument) << ": " << printable(reason.sentence) << std::endl;
+  void refused(const std::string& argument, const Explanation& reason) override {
+    notes_ << printable(argument) << ": " << printable(reason.sentence()) << std::endl;
   }
 
   void listed(int position, const ItemState& item) override {
-    out_ << position << ". " << statusWord(item.status) << ' ' << item.percent << " % "
+    out_ << position << ". " << model::statusWord(item.status) << ' ' << item.percent << " % "
          << nameOf(item) << sizeNote(item);
     if (!item.provider.empty()) out_ << ", " << printable(item.provider);
     if (!item.path.empty()) out_ << " -> " << printable(item.path);
@@ -59,11 +66,11 @@ class LineReporter : public Reporter {
 
  private:
   void stateLine(const ItemState& item) {
-    if (!isUnfinished(item.status)) return;
+    if (!model::isUnfinished(item.status)) return;
     const auto [shown, isNew] = shown_.emplace(item.id, item.status);
     if (!isNew && shown->second == item.status) return;
     shown->second = item.status;
-    out_ << statusWord(item.status) << ": " << nameOf(item) << sizeNote(item) << std::endl;
+    out_ << model::statusWord(item.status) << ": " << nameOf(item) << sizeNote(item) << std::endl;
   }
 
   void forget(const ItemState& item) { shown_.erase(item.id); }
@@ -104,12 +111,12 @@ class LiveReporter : public LineReporter {
     live_ = true;
   }
 
-  void finished(const ItemState& item) override {
+  void finished(const ItemState& item, const std::string& oddity) override {
     erase();
-    LineReporter::finished(item);
+    LineReporter::finished(item, oddity);
   }
 
-  void failed(const ItemState& item, const FailureReason& reason) override {
+  void failed(const ItemState& item, const Explanation& reason) override {
     erase();
     LineReporter::failed(item, reason);
   }
@@ -139,4 +146,4 @@ std::unique_ptr<Reporter> makeLiveReporter(std::ostream& out, std::ostream& note
   return std::make_unique<LiveReporter>(out, notes, columns);
 }
 
-}  // namespace playerx
+}  // namespace playerx::cli

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <system_error>
 
-namespace playerx {
+namespace playerx::cli {
 
 namespace {
 
@@ -76,4 +76,4 @@ bool WakeUp::takeInterrupt() {
   return read(signalFd_, &signal, sizeof signal) == sizeof signal;
 }
 
-}  // namespace playerx
+}  // namespace playerx::cli

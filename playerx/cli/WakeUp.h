@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-namespace playerx {
+namespace playerx::cli {
 
 /// What ended a wait.
 enum class WakeReason { kEvent, kInterrupt, kTimeout };
@@ -43,4 +43,4 @@ class WakeUp {
   int signalFd_;
 };
 
-}  // namespace playerx
+}  // namespace playerx::cli

@@ -1,16 +1,13 @@
 #include <utility>
 
 #include "KPIM/Context.h"
-#include "KPX/KPXPreferences.h"
 #include "playerx/services/OnlineServices.h"
-#include "playerx/settings/PreferenceKeys.h"
+#include "playerx/settings/ServicesAddress.h"
 
 namespace {
 
 KPIM::Plugin* makePlugin(KPIM::Context* context) {
-  const QString address =
-      KPXPreferences::getPreferenceHelper<QString>(playerx::kServicesAddressKey, QString(), true);
-  playerx::JsonClient client(address.toStdString(), playerx::trustedAuthorities());
+  playerx::JsonClient client(playerx::servicesAddress(), playerx::trustedAuthorities());
   return new playerx::OnlineServices(context, std::move(client));
 }
 

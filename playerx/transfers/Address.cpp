@@ -3,10 +3,11 @@
 #include <curl/curl.h>
 
 #include <algorithm>
+#include <cctype>
 #include <memory>
 #include <string_view>
 
-namespace playerx::transfers {
+namespace playerx {
 namespace {
 
 struct CurlTextFree {
@@ -31,13 +32,22 @@ std::string escapedByte(unsigned char byte) {
   return {'%', kDigits[byte >> 4U], kDigits[byte & 15U]};
 }
 
+/// Where the host begins in an http or https address; npos in every other text.
+std::size_t startOfHost(const std::string& url) {
+  for (const std::string_view scheme : {"http://", "https://"}) {
+    const bool fits = std::equal(scheme.begin(), scheme.end(), url.begin(),
+                                 url.begin() + std::min(url.size(), scheme.size()),
+                                 [](char a, unsigned char b) { return a == std::tolower(b); });
+    if (fits) return scheme.size();
+  }
+  return std::string::npos;
+}
+
 // The host stays as it is: a name beyond ASCII has an encoding of its own.
 std::string escapeBehindHost(const std::string& url) {
-  const std::size_t scheme = url.find("://");
-  if (scheme == std::string::npos) return url;
-  const std::size_t host = std::min(url.find_first_of("/?#", scheme + 3), url.size());
-  std::string escaped = url.substr(0, host);
-  for (const char character : std::string_view(url).substr(host)) {
+  const std::size_t end = std::min(url.find_first_of("/?#", startOfHost(url)), url.size());
+  std::string escaped = url.substr(0, end);
+  for (const char character : std::string_view(url).substr(end)) {
     const auto byte = static_cast<unsigned char>(character);
     const bool unsafe = byte <= 0x20 || byte >= 0x7f;
     escaped += unsafe ? escapedByte(byte) : std::string(1, character);
@@ -45,17 +55,39 @@ std::string escapeBehindHost(const std::string& url) {
   return escaped;
 }
 
+/// Null when libcurl does not take `url`; then its reason is in `*error`.
+ParsedUrl parse(const std::string& url, CURLUcode* error) {
+  ParsedUrl parsed(curl_url());
+  *error =
+      parsed ? curl_url_set(parsed.get(), CURLUPART_URL, url.c_str(), 0) : CURLUE_OUT_OF_MEMORY;
+  if (*error != CURLUE_OK) return nullptr;
+  // Port 0 is a port to libcurl.
+  if (partOf(parsed.get(), CURLUPART_PORT) != "0") return parsed;
+  *error = CURLUE_BAD_PORT_NUMBER;
+  return nullptr;
+}
+
+// libcurl forgives a missing host: it takes the first name of the path instead.
+bool isWeb(const std::string& url) {
+  const std::size_t host = startOfHost(url);
+  return host < url.size() && url[host] != '/';
+}
+
 }  // namespace
 
 std::optional<Address> parseAddress(const std::string& urlUtf8) {
-  if (std::any_of(urlUtf8.begin(), urlUtf8.end(), isControl)) return std::nullopt;
-  Address address{escapeBehindHost(urlUtf8), {}, {}};
-  const ParsedUrl url(curl_url());
-  if (!url || curl_url_set(url.get(), CURLUPART_URL, address.fetched.c_str(), 0) != CURLUE_OK) {
+  if (!isWeb(urlUtf8) || std::any_of(urlUtf8.begin(), urlUtf8.end(), isControl)) {
     return std::nullopt;
   }
-  const std::string scheme = partOf(url.get(), CURLUPART_SCHEME);
-  if (scheme != "http" && scheme != "https") return std::nullopt;
+  Address address;
+  address.fetched = escapeBehindHost(urlUtf8);
+  CURLUcode error = CURLUE_OK;
+  const ParsedUrl url = parse(address.fetched, &error);
+  if (!url) return std::nullopt;
+  address.host = partOf(url.get(), CURLUPART_HOST);
+  for (const CURLUPart part : {CURLUPART_USER, CURLUPART_PASSWORD}) {
+    address.hasCredentials = address.hasCredentials || !partOf(url.get(), part).empty();
+  }
   for (const CURLUPart secret : {CURLUPART_USER, CURLUPART_PASSWORD, CURLUPART_FRAGMENT}) {
     curl_url_set(url.get(), secret, nullptr, 0);
   }
@@ -65,4 +97,21 @@ std::optional<Address> parseAddress(const std::string& urlUtf8) {
   return address;
 }
 
-}  // namespace playerx::transfers
+AddressFault faultOf(const std::string& urlUtf8) {
+  if (!isWeb(urlUtf8)) return AddressFault::kNotWeb;
+  CURLUcode error = CURLUE_OK;
+  parse(escapeBehindHost(urlUtf8), &error);
+  if (error == CURLUE_BAD_PORT_NUMBER) return AddressFault::kBadPort;
+  const bool isUnescaped = std::any_of(urlUtf8.begin(), urlUtf8.end(), [](unsigned char byte) {
+    return byte == ' ' || isControl(byte);
+  });
+  if (isUnescaped) return AddressFault::kUnescaped;
+  return error == CURLUE_OK ? AddressFault::kNone : AddressFault::kNotWeb;
+}
+
+std::string hostOf(const std::string& urlUtf8) {
+  const std::optional<Address> address = parseAddress(urlUtf8);
+  return address ? address->host : urlUtf8;
+}
+
+}  // namespace playerx

@@ -2,6 +2,8 @@
 
 #include <curl/curl.h>
 
+#include <string>
+
 #include "playerx/transfers/TransferFailure.h"
 
 namespace playerx {
@@ -20,5 +22,19 @@ CurlEnd curlEndOf(CURL* curl, CURLcode code);
 /// The failure that this end stands for; kNone for an answer that came to its proper end, whatever
 /// its status.
 TransferFailure failureOf(const CurlEnd& end);
+
+/// libcurl's words for this end: those in `errorBuffer` (CURLOPT_ERRORBUFFER), or else its words
+/// for the code.
+std::string wordsOf(CURLcode code, const char* errorBuffer);
+
+/// Whom a request tried to connect to: the server, one it was sent on to, or a proxy.
+struct Peer {
+  std::string name;  ///< host, and port where it is not the usual one: "films.test:8080"
+  bool isProxy = false;
+};
+
+/// The peer that libcurl's words name, else the server of `host`. A proxy is known by the
+/// environment (http_proxy, https_proxy, all_proxy).
+Peer peerOf(const std::string& words, const std::string& host);
 
 }  // namespace playerx

@@ -89,7 +89,7 @@ void Fetch::addHeader(const std::string& line) {
 FetchOutcome Fetch::outcomeOf(CURLcode code) const {
   const TransferFailure failure = failureOf(curlEndOf(handle_.get(), code));
   if (failure == TransferFailure::kNone) return {};
-  return {failure, error_[0] != '\0' ? error_ : curl_easy_strerror(code)};
+  return {failure, wordsOf(code, error_)};
 }
 
 }  // namespace playerx::transfers

@@ -7,7 +7,9 @@ namespace playerx::transfers {
 
 TransferFailure failureOfError(int error, TransferFailure otherwise) {
   const bool isFull = error == ENOSPC || error == EDQUOT || error == EFBIG;
-  return isFull ? TransferFailure::kNoSpace : otherwise;
+  if (!isFull) return otherwise;
+  return otherwise == TransferFailure::kMediaFolder ? TransferFailure::kNoSpaceForFilm
+                                                    : TransferFailure::kNoSpace;
 }
 
 std::string describeError(const std::filesystem::path& path, int error) {

@@ -7,8 +7,8 @@
 
 namespace playerx::transfers {
 
-/// What an error number (`errno` values) of a file means for a session: no space, when that is what
-/// it says, or else `otherwise`.
+/// What an error number (`errno` values) of a file means for a session: no space there, when that
+/// is what it says, or else `otherwise`.
 TransferFailure failureOfError(int error, TransferFailure otherwise);
 
 /// "<path>: <the system's words>".

@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 
 namespace playerx {
 
 /// Why a download session broke: the code of `KPB::DownloadCallback::httpTransferBroke`. Numbers
-/// and words are stable. A value from 100 on is the status that the server answered with.
+/// are stable. A value from 100 on is the status that the server answered with.
 enum class TransferFailure : std::int32_t {
   kNone = 0,
   kUnsupportedAddress = 1,  ///< no http or https address, or one that cannot be parsed
@@ -25,11 +24,12 @@ enum class TransferFailure : std::int32_t {
   kStalled = 14,            ///< no byte came for a long time, again and again
   kBadAnswer = 15,          ///< the server spoke nonsense
   kKeepsChanging = 16,      ///< the file at the server changed again and again meanwhile
-  kNoSpace = 17,            ///< the disk is full; what has arrived is kept
+  kNoSpace = 17,            ///< the disk of arriving files is full; what has arrived is kept
   kWriteFailed = 18,        ///< the disk does not take or give back what has arrived
   kTempFolder = 19,         ///< the folder for arriving files cannot be used
   kMediaFolder = 20,        ///< the folder for finished files cannot be used
   kInternal = 21,           ///< no memory, or another failure on this side
+  kNoSpaceForFilm = 22,     ///< the disk of finished files is full; what has arrived is kept
 };
 
 /// The failure that stands for an HTTP status, 100..599.
@@ -42,8 +42,5 @@ constexpr int statusOfFailure(TransferFailure failure) {
   const auto number = static_cast<std::int32_t>(failure);
   return number >= 100 ? number : 0;
 }
-
-/// The word of a failure: "no_such_host", "http_404", "none"; "internal" for a number without one.
-std::string failureWord(TransferFailure failure);
 
 }  // namespace playerx

@@ -157,6 +157,24 @@ TEST_F(FailureTest, ASizeThatIsNoneIsNoLackOfSpace) {
   EXPECT_EQ(failureOf(server.url("/a.avi")), "bad_answer");
 }
 
+TEST_F(FailureTest, AFilmOfAnotherLengthThanAnnouncedIsSaidWithItsOutcome) {
+  for (const int announced : {1000, 8000}) {
+    ScriptedServer server;
+    server.onRequest([announced](const std::string& request) {
+      const bool isHead = request.starts_with("HEAD");
+      return Script()
+          .send("HTTP/1.1 200 OK\r\nETag: \"1\"\r\nContent-Length: " +
+                std::to_string(isHead ? announced : 5000) + "\r\nConnection: close\r\n\r\n")
+          .send(isHead ? "" : distinctBytes(5000))
+          .close();
+    });
+    const PlayerResult result = home.run({"get", server.url("/a.avi")});
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    EXPECT_THAT(result.events("finished").at(0).value("oddity", ""),
+                HasSubstr("5.0 kB although its server had announced"));
+  }
+}
+
 TEST_F(FailureTest, ARedirectToNoWebAddressIsNamed) {
   ScriptedServer server;
   server.always(Script::answer(support::bareResponse("302 Found", "Location: file:/x.avi\r\n")));
@@ -195,8 +213,8 @@ TEST_F(SmallDiskTest, AFilmThatIsLargerThanAnnouncedKeepsItsBytes) {
   EXPECT_EQ(result.failureCode(), "no_space");
   EXPECT_EQ(result.events("failed")[0]["reason"]["sentence"],
             "There is no room for the film in " + home.media().string() +
-                "; what has arrived is kept: free some space there and retry, or choose another "
-                "folder with --media.");
+                "; free some space there and retry, which goes on where it stopped, or choose "
+                "another folder with --media.");
 
   home.mountFirst("true", "");  // now there is room
   EXPECT_EQ(home.run({"retry", "1"}).status, 0);

@@ -98,6 +98,17 @@ TEST_F(QueueSavingTest, AFilmThatFillsTheDiskIsNamedWithTheFolderToChange) {
   EXPECT_THAT(result.output, HasSubstr("another folder with --data."));
 }
 
+TEST_F(QueueSavingTest, AFileThatCannotBeOpenedIsSaidAndLeftAsItIs) {
+  std::filesystem::create_symlink(home.queueFile(), home.queueFile());
+  for (const char* command : {"list", "clear", "get"}) {
+    const PlayerResult result = home.run({command});
+    EXPECT_EQ(result.status, 1) << command;
+    EXPECT_THAT(result.errors, AllOf(HasSubstr("The queue file " + home.queueFile().string()),
+                                     HasSubstr("cannot be read"), Not(HasSubstr("empty"))));
+  }
+  EXPECT_TRUE(std::filesystem::is_symlink(home.queueFile()));
+}
+
 TEST_F(QueueSavingTest, NothingIsSaidOfAQueueThatIsSaved) {
   queueOne();
   const PlayerResult result = home.run({"clear"});

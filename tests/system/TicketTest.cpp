@@ -99,7 +99,7 @@ TEST_F(TicketTest, AFloodOfFilmsIsRefused) {
 TEST_F(TicketTest, ExplainTakesNoAddress) {
   const PlayerResult result = home.run({"explain", "http://h/a.tix"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.events("problem").at(0)["note"], "explain takes ticket files, not addresses.");
+  EXPECT_EQ(result.events("problem").at(0)["note"], "This is an address, not a ticket file.");
 }
 
 TEST_F(TicketTest, BlanksDoNotCarryAFloodPastTheLimits) {

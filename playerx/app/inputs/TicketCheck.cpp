@@ -6,7 +6,7 @@
 
 #include "kvpm/StringTools.h"
 
-namespace playerx {
+namespace playerx::inputs {
 
 namespace {
 
@@ -142,4 +142,4 @@ TicketCheck checkClearTicket(const std::wstring& text) {
   return check;
 }
 
-}  // namespace playerx
+}  // namespace playerx::inputs

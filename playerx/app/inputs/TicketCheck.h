@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace playerx {
+namespace playerx::inputs {
 
 /// One film that a clear ticket names.
 struct TicketFilm {
@@ -36,4 +36,4 @@ TicketCheck checkClearTicket(const std::wstring& text);
 /// Whether this is the text of a protected ticket, which only the online services can read.
 bool isSealedTicket(const std::wstring& text);
 
-}  // namespace playerx
+}  // namespace playerx::inputs

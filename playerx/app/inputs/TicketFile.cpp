@@ -5,14 +5,18 @@
 
 #include "kvpm/File.h"
 #include "kvpm/StringTools.h"
-#include "playerx/app/inputs/ServicesAddress.h"
 #include "playerx/app/inputs/TicketCheck.h"
+#include "playerx/settings/ServicesAddress.h"
 
-namespace playerx {
+namespace playerx::inputs {
+
+using reasons::explain;
+using reasons::Explanation;
+using reasons::Reason;
 
 namespace {
 
-bool isMonstrous(const TicketFilm& film) {
+bool isTooLong(const TicketFilm& film) {
   return std::max({film.title.size(), film.provider.size(), film.url.size()}) > kLongestText;
 }
 
@@ -21,61 +25,56 @@ bool isFolder(const std::string& path) {
   return std::filesystem::is_directory(path, error);
 }
 
-/// What stands in the way of reading this file.
-std::string obstacleAt(const std::string& path) {
+/// Why the file at `path` could not be opened.
+Explanation explainUnreadable(const std::string& path) {
   std::error_code error;
   const std::filesystem::file_status found = std::filesystem::status(path, error);
-  const bool isMissing = found.type() == std::filesystem::file_type::not_found;
-  if (isMissing) return "There is no file " + path + ".";
-  if (isFolder(path)) return path + " is a folder.";
-  return "The file cannot be read.";
+  if (found.type() == std::filesystem::file_type::not_found) {
+    return explain(Reason::kNoTicketFile, {.place = path});
+  }
+  return explain(isFolder(path) ? Reason::kTicketIsFolder : Reason::kUnreadableTicket,
+                 {.place = path});
 }
 
 }  // namespace
 
-std::optional<std::wstring> readTicketText(const std::wstring& path, std::string* problem) {
+std::optional<std::wstring> readTicketText(const std::wstring& path, Explanation* problem) {
   const std::string name = kvpm::StringTools::wStringToString(path);
   kvpm::File file;
   if (file.open(path, kvpm::FileOpenRead) != 0 || isFolder(name)) {
-    *problem = obstacleAt(name);
+    *problem = explainUnreadable(name);
     return std::nullopt;
   }
   const std::int64_t size = std::max<std::int64_t>(file.getTotalSize(), 0);
   if (size > kLargestTicket) {
-    *problem = "The file is too large for a ticket.";
+    *problem = explain(Reason::kLargeTicket);
     return std::nullopt;
   }
   std::basic_string<unsigned char> bytes(static_cast<std::size_t>(size), 0);
   if (file.read(bytes.data(), bytes.size()) != size) {
-    *problem = "The file cannot be read.";
+    *problem = explain(Reason::kUnreadableTicket);
     return std::nullopt;
   }
   return kvpm::StringTools::uStringToWstring(bytes);
 }
 
-std::optional<FailureReason> refusalOfTicket(const std::wstring& path) {
-  std::string problem;
+std::optional<Explanation> refusalOfTicket(const std::wstring& path) {
+  Explanation problem;
   const std::optional<std::wstring> text = readTicketText(path, &problem);
-  if (!text) return FailureReason{"bad_ticket", problem};
+  if (!text) return problem;
   return refusalOfText(*text, !servicesAddress().empty());
 }
 
-std::optional<FailureReason> refusalOfText(const std::wstring& text, bool hasServices) {
-  if (isSealedTicket(text) && !hasServices) {
-    return FailureReason{"empty_ticket",
-                         "This is a protected ticket; name the online services with --services."};
-  }
+std::optional<Explanation> refusalOfText(const std::wstring& text, bool hasServices) {
+  if (isSealedTicket(text) && !hasServices) return explain(Reason::kSealedTicket);
   const TicketCheck check = checkClearTicket(text);
   if (check.films.size() > kMostFilms) {
-    return FailureReason{"bad_ticket", "This ticket names " + std::to_string(check.films.size()) +
-                                           " films; the most is " + std::to_string(kMostFilms) +
-                                           "."};
+    return explain(Reason::kTooManyFilms, {.number = static_cast<int>(kMostFilms)});
   }
-  const auto monstrous = std::find_if(check.films.begin(), check.films.end(), isMonstrous);
-  if (monstrous == check.films.end()) return std::nullopt;
-  return FailureReason{"bad_ticket", "The film of line " + std::to_string(monstrous->line) +
-                                         " has a text of more than " +
-                                         std::to_string(kLongestText) + " characters."};
+  const auto tooLong = std::find_if(check.films.begin(), check.films.end(), isTooLong);
+  if (tooLong == check.films.end()) return std::nullopt;
+  return explain(Reason::kLongText,
+                 {.words = std::to_string(kLongestText), .number = tooLong->line});
 }
 
-}  // namespace playerx
+}  // namespace playerx::inputs

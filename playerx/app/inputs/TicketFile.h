@@ -4,28 +4,28 @@
 #include <optional>
 #include <string>
 
-#include "playerx/app/reasons/FailureReason.h"
+#include "playerx/app/reasons/Reason.h"
 
-namespace playerx {
+namespace playerx::inputs {
 
 /// Largest ticket file that the player takes, in bytes, and most films in one ticket. The download
-/// manager itself knows no bound: a queue of a million films is written anew at every change.
+/// manager itself has no limit: a queue of a million films would be written anew at every change.
 constexpr std::int64_t kLargestTicket = 64 * 1024 * 1024;
 constexpr std::size_t kMostFilms = 10'000;
 
 /// Longest title, provider or address of a film, in characters.
 constexpr std::size_t kLongestText = 8192;
 
-/// The text of a ticket file; none with one sentence in `*problem` when it cannot be read or is too
-/// large.
-std::optional<std::wstring> readTicketText(const std::wstring& path, std::string* problem);
+/// The text of a ticket file; nullopt, with the reason in `*problem`, when it cannot be read or is
+/// too large.
+std::optional<std::wstring> readTicketText(const std::wstring& path, reasons::Explanation* problem);
 
-/// Why the player does not hand this ticket to the download manager; none when it does, whatever
-/// the manager then makes of it. Main thread.
-std::optional<FailureReason> refusalOfTicket(const std::wstring& path);
+/// Why the player does not hand this ticket to the download manager; nullopt when it does, whatever
+/// the manager then makes of it. On the host's thread.
+std::optional<reasons::Explanation> refusalOfTicket(const std::wstring& path);
 
 /// The same of a ticket's text; `hasServices` when there are online services to read a protected
 /// one.
-std::optional<FailureReason> refusalOfText(const std::wstring& text, bool hasServices);
+std::optional<reasons::Explanation> refusalOfText(const std::wstring& text, bool hasServices);
 
-}  // namespace playerx
+}  // namespace playerx::inputs

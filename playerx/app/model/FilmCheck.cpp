@@ -2,11 +2,24 @@
 
 #include "playerx/app/model/TextFormat.h"
 
-namespace playerx {
+namespace playerx::model {
 
 namespace fs = std::filesystem;
 
-std::string oddityOf(const ItemState& film, const fs::path& mediaFolder) {
+namespace {
+
+/// Two sizes that differ can look the same in units of a thousand.
+std::string describeDifference(std::uint64_t size, std::uint64_t announced) {
+  if (formatBytes(size) != formatBytes(announced)) {
+    return formatBytes(size) + " although its server had announced " + formatBytes(announced);
+  }
+  return std::to_string(size) + " bytes although its server had announced " +
+         std::to_string(announced);
+}
+
+}  // namespace
+
+std::string findOddity(const ItemState& film, const fs::path& mediaFolder) {
   std::error_code error;
   const fs::path place = film.path;
   const fs::path instead = mediaFolder / place.filename();
@@ -16,9 +29,10 @@ std::string oddityOf(const ItemState& film, const fs::path& mediaFolder) {
                : "";
   }
   const std::uintmax_t size = fs::file_size(place, error);
-  if (error || size >= film.size) return "";
-  return film.title + " has " + formatBytes(size) + " although its server had announced " +
-         formatBytes(film.size) + "; should it end early, remove it and get it again.";
+  if (error || film.size == 0 || size == film.size) return "";
+  return film.title + " has " + describeDifference(size, film.size) +
+         (size < film.size ? "; should it end early, remove it and get it again."
+                           : "; it is kept as it came.");
 }
 
-}  // namespace playerx
+}  // namespace playerx::model

@@ -5,11 +5,11 @@
 
 #include "playerx/app/model/ItemState.h"
 
-namespace playerx {
+namespace playerx::model {
 
-/// What the user should know of a film that the queue calls complete: that it is shorter than its
-/// server had announced, or lies in `mediaFolder` and not where the queue has it. Empty when there
-/// is nothing to say. Looks at the disk. Any thread.
-std::string oddityOf(const ItemState& film, const std::filesystem::path& mediaFolder);
+/// What is odd about a film that the queue calls complete, in one sentence: it is shorter or longer
+/// than its server had announced, or lies in `mediaFolder` and not where the queue has it. Empty
+/// when nothing is. Looks at the disk. Any thread.
+std::string findOddity(const ItemState& film, const std::filesystem::path& mediaFolder);
 
-}  // namespace playerx
+}  // namespace playerx::model

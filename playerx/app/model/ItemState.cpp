@@ -6,7 +6,7 @@
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "kvpm/StringTools.h"
 
-namespace playerx {
+namespace playerx::model {
 
 using kvpm::StringTools;
 
@@ -71,4 +71,4 @@ bool isUnfinished(DownloadStatusEnumType status) {
   }
 }
 
-}  // namespace playerx
+}  // namespace playerx::model

@@ -11,7 +11,7 @@ class DownloadItemInterface;
 class DownloadManagerInterface;
 }  // namespace VeskPlayerX
 
-namespace playerx {
+namespace playerx::model {
 
 /// What the player shows of one queued item: a value of its own, text in UTF-8.
 struct ItemState {
@@ -43,4 +43,4 @@ const char* statusWord(DownloadStatusEnumType status);
 /// Whether the module will still work on an item of this status by itself.
 bool isUnfinished(DownloadStatusEnumType status);
 
-}  // namespace playerx
+}  // namespace playerx::model

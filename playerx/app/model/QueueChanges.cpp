@@ -2,7 +2,7 @@
 
 #include <unordered_map>
 
-namespace playerx {
+namespace playerx::model {
 
 namespace {
 
@@ -35,4 +35,4 @@ std::vector<QueueChange> changesBetween(const std::vector<ItemState>& before,
   return changes;
 }
 
-}  // namespace playerx
+}  // namespace playerx::model

@@ -4,7 +4,7 @@
 
 #include "playerx/app/model/ItemState.h"
 
-namespace playerx {
+namespace playerx::model {
 
 /// One difference between two looks at the queue.
 struct QueueChange {
@@ -22,4 +22,4 @@ struct QueueChange {
 std::vector<QueueChange> changesBetween(const std::vector<ItemState>& before,
                                         const std::vector<ItemState>& now);
 
-}  // namespace playerx
+}  // namespace playerx::model

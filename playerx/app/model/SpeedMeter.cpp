@@ -1,6 +1,6 @@
 #include "playerx/app/model/SpeedMeter.h"
 
-namespace playerx {
+namespace playerx::model {
 
 namespace {
 
@@ -28,4 +28,4 @@ std::uint64_t SpeedMeter::bytesPerSecond() const {
   return static_cast<std::uint64_t>(bytes / time.count());
 }
 
-}  // namespace playerx
+}  // namespace playerx::model

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <deque>
 
-namespace playerx {
+namespace playerx::model {
 
 /// Average speed over the last seconds of one download. Time comes from the caller.
 class SpeedMeter {
@@ -25,4 +25,4 @@ class SpeedMeter {
   std::deque<Report> reports_;
 };
 
-}  // namespace playerx
+}  // namespace playerx::model

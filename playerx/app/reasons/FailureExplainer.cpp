@@ -1,90 +1,167 @@
 #include "playerx/app/reasons/FailureExplainer.h"
 
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <filesystem>
 #include <utility>
 
-#include "playerx/app/inputs/ServicesAddress.h"
-#include "playerx/app/reasons/FolderCheck.h"
-#include "playerx/cli/WakeUp.h"
+#include "playerx/app/reasons/TransferReason.h"
+#include "playerx/settings/ServicesAddress.h"
 
-namespace playerx {
+namespace playerx::reasons {
 
-std::optional<FailureReason> reasonFromNotices(const ItemState& item,
-                                               const std::vector<Notice>& notices,
-                                               const std::string& words) {
+using model::ItemState;
+using model::Notice;
+
+namespace {
+
+/// Whether files can be kept in this folder, which may still have to be made: the next folder above
+/// that exists can be written and lies on a disk, not in a file system of the kernel's own.
+bool canHoldFiles(const std::string& folder) {
+  std::filesystem::path existing = folder;
+  std::error_code error;
+  while (!std::filesystem::exists(existing, error) && existing.has_relative_path()) {
+    existing = existing.parent_path();
+  }
+  if (!std::filesystem::is_directory(existing, error)) return false;
+  struct statvfs disk {};
+  if (statvfs(existing.c_str(), &disk) != 0) return true;
+  return disk.f_blocks > 0 && access(existing.c_str(), W_OK) == 0;
+}
+
+Explanation explainRefusal(const Notice& notice) {
+  // Errors below 0 are the player's own: the services refused nothing.
+  if (notice.code < 0 && !notice.text.empty()) {
+    return explain(Reason::kNoAuthorization, {.words = notice.text});
+  }
+  const std::string error = "error " + std::to_string(notice.code);
+  return explain(Reason::kNotAuthorized,
+                 {.words = notice.text.empty() ? error : error + ": " + notice.text});
+}
+
+std::optional<Explanation> explainNotice(const Notice& notice) {
+  switch (notice.kind) {
+    case Notice::kSlotDeclined:
+      return explain(Reason::kSlotDeclined);
+    case Notice::kNoSpace:
+      return explain(canHoldFiles(notice.text) ? Reason::kTooLittleSpace : Reason::kFolderUnusable,
+                     {.place = notice.text});
+    case Notice::kNotAuthorized:
+      return explainRefusal(notice);
+    default:
+      return std::nullopt;
+  }
+}
+
+/// A session that was refused at its start has no uid.
+std::optional<Explanation> explainLastTransfer(const std::optional<TransferReport>& report,
+                                               const std::string& address) {
+  const bool isBroken = report && (report->phase == TransferPhase::kBroken || report->uid == 0);
+  return isBroken ? explainTransfer(*report, address) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<Explanation> explainNotices(const ItemState& item, const std::vector<Notice>& notices,
+                                          const std::string& words) {
   for (const Notice& notice : notices) {
-    if (notice.kind == Notice::kSlotDeclined) return slotDeclined();
-    if (notice.kind == Notice::kNoSpace) {
-      return canHoldFiles(notice.text) ? noSpaceAt(notice.text) : folderUnusable(notice.text);
-    }
-    if (notice.kind == Notice::kNotAuthorized) return notAuthorized(notice.code, notice.text);
+    if (auto explanation = explainNotice(notice)) return explanation;
   }
-  if (!item.ticket.empty() && !words.empty()) return FailureReason{"services", words};
-  if (item.url.empty() && item.ticket.empty()) {
-    return FailureReason{"no_address", "This item has no address; remove it and add it again."};
+  if (!item.ticket.empty() && !words.empty()) {
+    return explain(Reason::kServicesSaid, {.words = words});
   }
+  if (item.url.empty() && item.ticket.empty()) return explain(Reason::kItemWithoutAddress);
   return std::nullopt;
 }
 
-FailureReason reasonOfServices(const std::string& address, const ProbeResult& probe) {
-  if (address.empty()) return servicesNotNamed();
-  return probe.status > 0 ? servicesNotReady() : servicesUnavailable();
+Reason reasonOfServices(const ProbeResult& probe) {
+  if (probe.address.empty()) return Reason::kServicesNotNamed;
+  return probe.status > 0 ? Reason::kServicesNotReady : Reason::kServicesUnreachable;
 }
 
-FailureReason wordedFor(const ItemState& item, FailureReason reason) {
-  const bool isExpired = !item.ticket.empty() && reason.code == accessExpired().code;
-  return isExpired ? accessExpired() : std::move(reason);
+bool isDoubtful(const ItemState& item, const Explanation& known) {
+  return known.reason == Reason::kTooLittleSpace && item.ticket.empty() && item.size == 0;
 }
 
-bool isWorthAsking(const ItemState& item, const FailureReason& reason) {
-  return reason.code == noSpaceAt("").code && item.ticket.empty() && item.size == 0;
+Explanation chooseExplanation(const std::optional<Explanation>& known,
+                              const std::optional<Explanation>& probed) {
+  if (!known) return probed.value_or(explain(Reason::kUnexplained));
+  const bool isNonsense = probed && probed->reason == reasonOf(TransferFailure::kBadAnswer);
+  return isNonsense ? *probed : *known;
 }
 
-FailureReason weigh(const std::optional<FailureReason>& known,
-                    const std::optional<FailureReason>& probed) {
-  if (!known) return probed.value_or(unexplained());
-  return probed && probed->code == badAnswer("").code ? *probed : *known;
+Explanation adaptedTo(const ItemState& item, Explanation explanation) {
+  const bool isExpired = !item.ticket.empty() && explanation.reason == reasonOfStatus(401);
+  return isExpired ? explain(Reason::kAccessExpired) : std::move(explanation);
 }
 
-FailureExplainer::FailureExplainer(WakeUp& wakeUp, TrustedAuthorities authorities,
-                                   LibraryReason libraryReason)
-    : wakeUp_(wakeUp),
-      authorities_(std::move(authorities)),
-      libraryReason_(std::move(libraryReason)) {}
+FailureExplainer::FailureExplainer(std::function<void()> wake, FindTransfer findTransfer,
+                                   Probe probe)
+    : wake_(std::move(wake)),
+      findTransfer_(std::move(findTransfer)),
+      probe_(std::move(probe)),
+      asking_([this](const std::stop_token& stop) { answerQuestions(stop); }) {}
 
 FailureExplainer::~FailureExplainer() {
-  for (std::jthread& question : questions_) question.request_stop();
+  asking_.request_stop();
+  {
+    const GuardLock lock(mutex_);
+    ends_ = true;
+  }
+  asked_.notifyAll();
 }
 
 void FailureExplainer::explain(const ItemState& item, const std::vector<Notice>& notices,
                                const std::string& words) {
   ++open_;
-  std::optional<FailureReason> reason = reasonFromNotices(item, notices, words);
-  if (!reason) reason = libraryReason_(item);
-  if (reason && !isWorthAsking(item, *reason)) return answer(item, *std::move(reason));
-  const bool asksServices = item.url.empty();
-  const std::string address = asksServices ? servicesAddress() : item.url;
-  questions_.emplace_back([=, this](const std::stop_token& stop) {
-    const ProbeResult probe = probeServer(address, authorities_, stop);
-    if (stop.stop_requested()) return;
-    answer(item,
-           asksServices ? reasonOfServices(address, probe) : weigh(reason, reasonFromProbe(probe)));
-  });
+  std::optional<Explanation> known = explainNotices(item, notices, words);
+  if (!known) known = explainLastTransfer(findTransfer_(item.url), item.url);
+  if (known && !isDoubtful(item, *known)) return answer(item, *std::move(known));
+  ask({item, item.url.empty() ? servicesAddress() : item.url, std::move(known)});
 }
 
 std::vector<ExplainedFailure> FailureExplainer::takeAnswers() {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const GuardLock lock(mutex_);
   open_ -= answers_.size();
   return std::exchange(answers_, {});
 }
 
-bool FailureExplainer::isBusy() const { return open_ > 0; }
-
-void FailureExplainer::answer(const ItemState& item, FailureReason reason) {
+void FailureExplainer::ask(Question question) {
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    answers_.push_back({item, wordedFor(item, std::move(reason))});
+    const GuardLock lock(mutex_);
+    questions_.push_back(std::move(question));
   }
-  wakeUp_.raise();
+  asked_.notifyOne();
 }
 
-}  // namespace playerx
+void FailureExplainer::answer(const ItemState& item, Explanation explanation) {
+  {
+    const GuardLock lock(mutex_);
+    answers_.push_back({item, adaptedTo(item, std::move(explanation))});
+  }
+  wake_();
+}
+
+/// Waits for the next question; nullopt at the end.
+std::optional<FailureExplainer::Question> FailureExplainer::takeQuestion() {
+  const GuardLock lock(mutex_);
+  while (!ends_ && questions_.empty()) asked_.wait(mutex_);
+  if (ends_) return std::nullopt;
+  Question question = std::move(questions_.front());
+  questions_.pop_front();
+  return question;
+}
+
+void FailureExplainer::answerQuestions(const std::stop_token& stop) {
+  while (const std::optional<Question> question = takeQuestion()) {
+    const ProbeResult probe = probe_(question->server, stop);
+    if (stop.stop_requested()) return;
+    const bool asksServices = question->item.url.empty();
+    answer(question->item,
+           asksServices ? reasons::explain(reasonOfServices(probe), {.host = hostOf(probe.address)})
+                        : chooseExplanation(question->known, explainProbe(probe)));
+  }
+}
+
+}  // namespace playerx::reasons

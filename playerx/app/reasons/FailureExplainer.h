@@ -1,83 +1,97 @@
 #pragma once
 
+#include <deque>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "playerx/app/model/ItemState.h"
-#include "playerx/app/reasons/FailureReason.h"
+#include "playerx/app/model/Notice.h"
 #include "playerx/app/reasons/ServerProbe.h"
-#include "playerx/app/session/QueueView.h"
+#include "playerx/platform/GuardMutex.h"
+#include "playerx/transfers/TransferReports.h"
 
-namespace playerx {
-
-class WakeUp;
+namespace playerx::reasons {
 
 /// A failed item with the reason that was found for it.
 struct ExplainedFailure {
-  ItemState item;
-  FailureReason reason;
+  model::ItemState item;
+  Explanation explanation;
 };
 
-/// Finds out why items failed: from what the module told the view, from what the download library
-/// knows, and else by asking the server once more, on a thread of its own so that the user sees the
-/// rest of the queue go on. Used on the main thread; destruction breaks running questions off.
+/// Finds out why items failed: from what the download manager told the view, from what the download
+/// library knows, and else by asking the server once more, on a thread of its own, so that the face
+/// goes on. Servers are asked one after the other.
+///
+/// Used by one thread, which destroys it as well; that breaks a running question off.
 class FailureExplainer {
  public:
-  /// What the download library knows about the last transfer of an item; none when nothing.
-  using LibraryReason = std::function<std::optional<FailureReason>(const ItemState&)>;
+  /// The download library's report on the last transfer of an address; nullopt without one.
+  using FindTransfer = std::function<std::optional<TransferReport>(const std::string& address)>;
 
-  /// `wakeUp` is raised when an answer is there; not owned, outlives the explainer.
-  FailureExplainer(WakeUp& wakeUp, TrustedAuthorities authorities, LibraryReason libraryReason);
+  /// `wake` is called on any thread when an answer is there, and must not wait.
+  FailureExplainer(std::function<void()> wake, FindTransfer findTransfer, Probe probe);
   FailureExplainer(const FailureExplainer&) = delete;
   FailureExplainer& operator=(const FailureExplainer&) = delete;
   ~FailureExplainer();
 
   /// Looks for the reason; it arrives with a later `takeAnswers`. `notices` are those about this
   /// item, `words` what the online services said meanwhile.
-  void explain(const ItemState& item, const std::vector<Notice>& notices, const std::string& words);
+  void explain(const model::ItemState& item, const std::vector<model::Notice>& notices,
+               const std::string& words);
 
   /// The answers since the last call.
   std::vector<ExplainedFailure> takeAnswers();
 
   /// Whether an answer is still to come or to be taken.
-  bool isBusy() const;
+  bool isBusy() const { return open_ > 0; }
 
  private:
-  void answer(const ItemState& item, FailureReason reason);
+  struct Question {
+    model::ItemState item;
+    std::string server;  ///< address to ask
+    std::optional<Explanation> known;
+  };
 
-  WakeUp& wakeUp_;
-  const TrustedAuthorities authorities_;
-  const LibraryReason libraryReason_;
-  std::size_t open_ = 0;  ///< questions whose answers were not taken; main thread only
-  std::mutex mutex_;
-  std::vector<ExplainedFailure> answers_;  // guarded by mutex_
-  std::vector<std::jthread> questions_;    // last: joined before the rest goes
+  void ask(Question question);
+  void answer(const model::ItemState& item, Explanation explanation);
+  std::optional<Question> takeQuestion();
+  void answerQuestions(const std::stop_token& stop);
+
+  const std::function<void()> wake_;
+  const FindTransfer findTransfer_;
+  const Probe probe_;
+  std::size_t open_ = 0;  ///< failures whose answers were not taken; the owner's thread only
+
+  GuardMutex mutex_;
+  Condition asked_;
+  bool ends_ KVPM_GUARDED_BY(mutex_) = false;
+  std::deque<Question> questions_ KVPM_GUARDED_BY(mutex_);
+  std::vector<ExplainedFailure> answers_ KVPM_GUARDED_BY(mutex_);
+  std::jthread asking_;  ///< last: uses all of the above
 };
 
-/// The reason that the module's notices alone give, or, for an item with a ticket, the words of the
-/// online services; none when they leave it open, to the server of the film or, for an item without
-/// address (rights-protected and never authorised), to the online services.
-std::optional<FailureReason> reasonFromNotices(const ItemState& item,
-                                               const std::vector<Notice>& notices,
-                                               const std::string& words);
+/// The reason that the notices alone give, or, for an item with a ticket, the words of the online
+/// services. Nullopt when the server has to be asked: that of the film, or, for an item without
+/// address (rights-protected and never authorised), the online services.
+std::optional<Explanation> explainNotices(const model::ItemState& item,
+                                          const std::vector<model::Notice>& notices,
+                                          const std::string& words);
 
-/// Why a protected item could not even be authorised: as a look at the online services at `address`
-/// (empty for none) shows.
-FailureReason reasonOfServices(const std::string& address, const ProbeResult& probe);
+/// Why a protected item could not even be authorised, as a look at the online services shows.
+Reason reasonOfServices(const ProbeResult& probe);
 
-/// A reason of the transfer in the words that fit a protected film.
-FailureReason wordedFor(const ItemState& item, FailureReason reason);
+/// Whether the server has to be asked although a reason is known: there seems to be too little
+/// room, but for a size that the manager did not note and that may be nonsense.
+bool isDoubtful(const model::ItemState& item, const Explanation& known);
 
-/// Whether the server has to be asked all the same: there seems to be too little room, but for a
-/// size that the module did not even note and that may be nonsense.
-bool isWorthAsking(const ItemState& item, const FailureReason& reason);
+/// The explanation to give, of the one that is known and the one that a look at the server shows.
+Explanation chooseExplanation(const std::optional<Explanation>& known,
+                              const std::optional<Explanation>& probed);
 
-/// The reason to give, of the one that is known and the one that a second look at the server shows.
-FailureReason weigh(const std::optional<FailureReason>& known,
-                    const std::optional<FailureReason>& probed);
+/// The explanation in the words that fit a protected film.
+Explanation adaptedTo(const model::ItemState& item, Explanation explanation);
 
-}  // namespace playerx
+}  // namespace playerx::reasons

@@ -52,7 +52,7 @@ constexpr Row kRows[] = {
     {Reason::kLargeTicket, "bad_ticket", "The file is too large for a ticket"},
     {Reason::kTooManyFilms, "bad_ticket", "This ticket names more than {number} films"},
     {Reason::kLongText, "bad_ticket",
-     "The film of line {number} has a text of more than 8192 characters"},
+     "The film of line {number} has a text of more than {words} characters"},
     {Reason::kEmptyTicket, "empty_ticket", "This ticket names nothing that can be downloaded",
      "`playerx-cli explain` says why"},
     {Reason::kSealedTicket, "empty_ticket", "This is a protected ticket",
@@ -104,8 +104,7 @@ constexpr Row kRows[] = {
     {T::kBadAnswer, "bad_answer", "{host} gave no proper answer", "try again later"},
     {T::kKeepsChanging, "keeps_changing", "The film at {host} changed while it was downloaded",
      "retry later"},
-    {Reason::kEmptyFile, "empty_file", "The film at {host} is empty (0 bytes)",
-     "ask the provider"},
+    {Reason::kEmptyFile, "empty_file", "The film at {host} is empty (0 bytes)", "ask the provider"},
     {Reason::kNoLength, "no_length",
      "{host} does not say how long the film is, so it cannot be downloaded",
      "ask the provider for a direct address"},
@@ -169,9 +168,8 @@ std::string filled(std::string_view text, Reason reason, const Facts& facts) {
       {"{status}", std::to_string(statusOf(reason))}};
   std::string result;
   while (!text.empty()) {
-    const auto named = std::find_if(std::begin(names), std::end(names), [&](const auto& name) {
-      return text.starts_with(name.first);
-    });
+    const auto named = std::find_if(std::begin(names), std::end(names),
+                                    [&](const auto& name) { return text.starts_with(name.first); });
     const bool isName = named != std::end(names);
     result += isName ? named->second : std::string(1, text.front());
     text.remove_prefix(isName ? named->first.size() : 1);

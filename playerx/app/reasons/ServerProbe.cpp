@@ -4,11 +4,12 @@
 
 #include <array>
 #include <memory>
+#include <utility>
 
-#include "playerx/app/reasons/HostName.h"
+#include "playerx/app/reasons/TransferReason.h"
 #include "playerx/settings/CurlTrust.h"
 
-namespace playerx {
+namespace playerx::reasons {
 
 namespace {
 
@@ -18,7 +19,7 @@ constexpr long kMaxRedirects = 10;
 
 using CurlHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
 
-int progress(void* stop, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+int breakOff(void* stop, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
   return static_cast<std::stop_token*>(stop)->stop_requested() ? 1 : 0;
 }
 
@@ -35,26 +36,27 @@ void setUp(CURL* curl, const std::string& url, const TrustedAuthorities& authori
   applyTrust(curl, authorities);
 }
 
-}  // namespace
+void setStop(CURL* curl, std::stop_token& stop) {
+  curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, breakOff);
+  curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &stop);
+}
 
-ProbeResult probeServer(const std::string& url, const TrustedAuthorities& authorities,
+ProbeResult probeServer(const std::string& address, const TrustedAuthorities& authorities,
                         std::stop_token stop) {
-  ProbeResult result;
-  result.host = hostOf(url);
+  ProbeResult result{.address = address, .end = {}, .words = {}};
   const CurlHandle curl(curl_easy_init(), curl_easy_cleanup);
-  if (curl == nullptr) {
-    result.end.code = CURLE_FAILED_INIT;
+  if (curl == nullptr || !parseAddress(address)) {
+    result.end.code = curl == nullptr ? CURLE_FAILED_INIT : CURLE_URL_MALFORMAT;
     return result;
   }
   std::array<char, CURL_ERROR_SIZE> words{};
-  setUp(curl.get(), url, authorities);
+  setUp(curl.get(), address, authorities);
+  setStop(curl.get(), stop);
   curl_easy_setopt(curl.get(), CURLOPT_ERRORBUFFER, words.data());
-  curl_easy_setopt(curl.get(), CURLOPT_NOPROGRESS, 0L);
-  curl_easy_setopt(curl.get(), CURLOPT_XFERINFOFUNCTION, progress);
-  curl_easy_setopt(curl.get(), CURLOPT_XFERINFODATA, &stop);
 
   result.end = curlEndOf(curl.get(), curl_easy_perform(curl.get()));
-  result.detail = words[0] != '\0' ? words.data() : curl_easy_strerror(result.end.code);
+  result.words = wordsOf(result.end.code, words.data());
   curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &result.status);
   curl_off_t length = -1;
   curl_easy_getinfo(curl.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
@@ -62,4 +64,26 @@ ProbeResult probeServer(const std::string& url, const TrustedAuthorities& author
   return result;
 }
 
-}  // namespace playerx
+}  // namespace
+
+Probe serverProbe(TrustedAuthorities authorities) {
+  return [authorities = std::move(authorities)](const std::string& address, std::stop_token stop) {
+    return probeServer(address, authorities, std::move(stop));
+  };
+}
+
+std::optional<Explanation> explainProbe(const ProbeResult& probe) {
+  TransferReport report;
+  report.failure = failureOf(probe.end);
+  // One question that broke off does not show a line that breaks again and again.
+  if (report.failure == TransferFailure::kDropped) report.failure = TransferFailure::kBadAnswer;
+  report.detail = probe.words;
+  const std::string host = hostOf(probe.address);
+  if (report.failure != TransferFailure::kNone) return explainTransfer(report, probe.address);
+  if (probe.status >= 400) return explain(reasonOfStatus(probe.status), {.host = host});
+  if (probe.length == 0) return explain(Reason::kEmptyFile, {.host = host});
+  if (probe.length < 0) return explain(Reason::kNoLength, {.host = host});
+  return std::nullopt;
+}
+
+}  // namespace playerx::reasons

@@ -3,13 +3,13 @@
 #include <optional>
 #include <string>
 
-#include "playerx/app/reasons/FailureReason.h"
+#include "playerx/app/reasons/Reason.h"
 #include "playerx/transfers/TransferReports.h"
 
-namespace playerx {
+namespace playerx::reasons {
 
-/// The reason that a broken transfer gives; none when it gives none. `host` is that of the address.
-std::optional<FailureReason> reasonFromTransfer(const TransferReport& report,
-                                                const std::string& host);
+/// Why a transfer from `address` broke; nullopt when it did not.
+std::optional<Explanation> explainTransfer(const TransferReport& report,
+                                           const std::string& address);
 
-}  // namespace playerx
+}  // namespace playerx::reasons

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <filesystem>
 
-namespace playerx {
+namespace playerx::session {
 
 DataFolderLock::DataFolderLock(const std::string& folder) {
   std::error_code error;
@@ -28,4 +28,4 @@ DataFolderLock::~DataFolderLock() {
   if (descriptor_ >= 0) close(descriptor_);
 }
 
-}  // namespace playerx
+}  // namespace playerx::session

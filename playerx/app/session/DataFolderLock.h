@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace playerx {
+namespace playerx::session {
 
 /// Holds the data folder for this process, so that two players never write one queue. Given back by
 /// the system when the process dies.
@@ -22,4 +22,4 @@ class DataFolderLock {
   std::string problem_;
 };
 
-}  // namespace playerx
+}  // namespace playerx::session

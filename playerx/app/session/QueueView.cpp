@@ -4,26 +4,26 @@
 #include <utility>
 
 #include "kvpm/StringTools.h"
-#include "playerx/cli/WakeUp.h"
 
-namespace playerx {
+namespace playerx::session {
 
 using kvpm::StringTools;
+using model::Notice;
 
-QueueView::QueueView(WakeUp& wakeUp, SlotQuestion askSlot)
-    : wakeUp_(wakeUp), askSlot_(std::move(askSlot)) {}
+QueueView::QueueView(std::function<void()> wake, SlotQuestion askSlot)
+    : wake_(std::move(wake)), askSlot_(std::move(askSlot)) {}
 
-void QueueView::downloadListChanged() { wakeUp_.raise(); }
+void QueueView::downloadListChanged() { wake_(); }
 
 void QueueView::downloadItemChanged(unsigned int id) {
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const GuardLock lock(mutex_);
     lastItem_ = id;
   }
-  wakeUp_.raise();
+  wake_();
 }
 
-void QueueView::downloadItemsAdded() { wakeUp_.raise(); }
+void QueueView::downloadItemsAdded() { wake_(); }
 
 bool QueueView::keepsRunningWhenFinished() { return false; }
 
@@ -50,10 +50,10 @@ void QueueView::downloadBroken(const std::wstring& path) {
   keep({Notice::kBroken, StringTools::wStringToString(path)});
 }
 
-void QueueView::refreshItem(unsigned int) { wakeUp_.raise(); }
+void QueueView::refreshItem(unsigned int) { wake_(); }
 
 std::vector<Notice> QueueView::takeNotices(unsigned int id) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const GuardLock lock(mutex_);
   const auto others = std::stable_partition(
       notices_.begin(), notices_.end(), [id](const Notice& notice) { return notice.itemId == id; });
   std::vector<Notice> taken(notices_.begin(), others);
@@ -62,9 +62,9 @@ std::vector<Notice> QueueView::takeNotices(unsigned int id) {
 }
 
 void QueueView::keep(Notice notice) {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const GuardLock lock(mutex_);
   notice.itemId = lastItem_;
   notices_.push_back(std::move(notice));
 }
 
-}  // namespace playerx
+}  // namespace playerx::session

@@ -1,38 +1,26 @@
 #pragma once
 
 #include <functional>
-#include <mutex>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "VeskPlayerX/DownloadManagerViewInterface.h"
+#include "playerx/app/model/Notice.h"
+#include "playerx/platform/GuardMutex.h"
 
-namespace playerx {
+namespace playerx::session {
 
-class WakeUp;
-
-/// What the module told the view about the item that is being downloaded.
-struct Notice {
-  enum Kind { kNoSpace, kUrlFailed, kBroken, kNotAuthorized, kSlotDeclined };
-  Kind kind;
-  std::string text;         ///< the path, the address or the services' words, UTF-8
-  int code = 0;             ///< the services' error code
-  unsigned int itemId = 0;  ///< the item that was announced last, the one that is being worked on
-
-  bool operator==(const Notice&) const = default;
-};
-
-/// The command line's view of the queue: wakes the main thread at every announcement and keeps the
-/// notices that explain a failure. Its operations are called on any thread; it asks the module
-/// nothing.
+/// The player's view of the queue: tells its listener that there is something to look at and keeps
+/// the notices that explain a failure. Its operations are called on any thread; it never calls the
+/// download manager.
 class QueueView : public VeskPlayerX::DownloadManagerViewInterface {
  public:
-  /// Asks the user for a slot; returns its number, below 0 to decline.
+  /// Asks the user for a slot for the film of this title; returns its number, below 0 to decline.
   using SlotQuestion = std::function<int(const std::string& title)>;
 
-  /// `wakeUp` is not owned and outlives the view.
-  QueueView(WakeUp& wakeUp, SlotQuestion askSlot);
+  /// `wake` is called at every announcement, on the announcing thread, and must not wait. So is
+  /// `askSlot`, which may wait for the user.
+  QueueView(std::function<void()> wake, SlotQuestion askSlot);
 
   void downloadListChanged() override;
   void downloadItemChanged(unsigned int id) override;
@@ -46,16 +34,16 @@ class QueueView : public VeskPlayerX::DownloadManagerViewInterface {
   void refreshItem(unsigned int id) override;
 
   /// The notices about item `id` since the last call for it, oldest first. Any thread.
-  std::vector<Notice> takeNotices(unsigned int id);
+  std::vector<model::Notice> takeNotices(unsigned int id);
 
  private:
-  void keep(Notice notice);
+  void keep(model::Notice notice);
 
-  WakeUp& wakeUp_;
+  const std::function<void()> wake_;
   const SlotQuestion askSlot_;
-  std::mutex mutex_;
-  unsigned int lastItem_ = 0;    // guarded by mutex_
-  std::vector<Notice> notices_;  // guarded by mutex_
+  GuardMutex mutex_;
+  unsigned int lastItem_ KVPM_GUARDED_BY(mutex_) = 0;
+  std::vector<model::Notice> notices_ KVPM_GUARDED_BY(mutex_);
 };
 
-}  // namespace playerx
+}  // namespace playerx::session

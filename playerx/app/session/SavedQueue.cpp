@@ -1,18 +1,29 @@
 #include "playerx/app/session/SavedQueue.h"
 
+#include <fcntl.h>
+
 #include <QFile>
 #include <QXmlStreamReader>
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 
 #include "VeskPlayerX/DownloadManagerInterface.h"
+#include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
 #include "playerx/platform/ReplacementFile.h"
 
-namespace playerx {
+namespace playerx::session {
+
+using model::ItemState;
+using VeskPlayerX::DownloadManagerInterface;
 
 namespace {
+
+constexpr char kUnreadableMark[] = ".unreadable";
 
 /// What the next change may add to the file.
 constexpr std::size_t kRoomToGrow = 4096;
@@ -38,6 +49,18 @@ std::string wordsOf(int error) {
   return error == 0 ? "writing failed" : std::generic_category().message(error);
 }
 
+/// The error number (`errno` values) with which reading the whole file fails; 0 when it can be read
+/// or is not there.
+int readError(const std::string& path) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.get() < 0) return errno == ENOENT ? 0 : errno;
+  std::array<char, 1 << 16> buffer{};
+  for (;;) {
+    const IoResult result = readFully(file.get(), buffer.data(), buffer.size());
+    if (result.error != 0 || result.bytes < buffer.size()) return result.error;
+  }
+}
+
 }  // namespace
 
 std::optional<std::vector<SavedItem>> savedItems(const QByteArray& content) {
@@ -56,25 +79,44 @@ bool holds(const std::vector<SavedItem>& saved, const std::vector<ItemState>& qu
   return std::equal(saved.begin(), saved.end(), queue.begin(), queue.end(), isSame);
 }
 
-SavedQueue::SavedQueue(const std::string& folder) : file_(folder + "/downloadmanager.xml") {}
+SavedQueue::SavedQueue(const std::string& folder)
+    : folder_(folder), file_(folder + "/downloadmanager.xml"), setAsideBefore_(unreadableFiles()) {}
 
-std::string SavedQueue::obstacle() const {
+std::string SavedQueue::readProblem() const {
+  const int error = readError(file_);
+  if (error == 0) return {};
+  return "The queue file " + file_ + " cannot be read (" + wordsOf(error) +
+         "); nothing was changed. Try again, make it readable, or choose another folder with "
+         "--data.";
+}
+
+std::string SavedQueue::loadProblem(DownloadManagerInterface& manager) const {
+  if (manager.getNumberOfVideosInQueue() > 0) return {};
+  QFile file(QString::fromStdString(file_));
+  if (!file.open(QIODevice::ReadOnly)) return readProblem();
+  const auto saved = savedItems(file.readAll());
+  if (!saved || saved->empty()) return {};
+  return "The queue file " + file_ +
+         " could not be read a moment ago; nothing was changed. Try again.";
+}
+
+std::string SavedQueue::writeProblem() const {
   const int error = tryToReplace();
   if (error == 0) return {};
   return "The queue file " + file_ + " cannot be written (" + wordsOf(error) +
          "); free some space or make it writable, or choose another folder with --data.";
 }
 
-std::string SavedQueue::loss(VeskPlayerX::DownloadManagerInterface& manager) const {
-  // The module may still be putting the last item in its place; a queue that stayed the same
+std::string SavedQueue::unsavedChanges(DownloadManagerInterface& manager) const {
+  // The manager may still be putting the last item in its place; a queue that stayed the same
   // meanwhile has been written as it is, or not at all.
-  std::vector<ItemState> queue = snapshotOf(manager);
+  std::vector<ItemState> queue = model::snapshotOf(manager);
   for (;;) {
     if (holdsNow(queue)) return {};
     // Telling an item what it knows changes nothing, and is written like any change.
     if (!queue.empty()) manager.setPlayable(queue.back().id, queue.back().playable);
     if (holdsNow(queue)) return {};
-    std::vector<ItemState> later = snapshotOf(manager);
+    std::vector<ItemState> later = model::snapshotOf(manager);
     if (later == queue) break;
     queue = std::move(later);
   }
@@ -93,6 +135,25 @@ int SavedQueue::tryToReplace() const {
   return writeFully(trial->descriptor(), filling.data(), filling.size()).error;
 }
 
+std::vector<std::string> SavedQueue::filesSetAside() const {
+  const std::set<std::string> now = unreadableFiles();
+  std::vector<std::string> added;
+  std::set_difference(now.begin(), now.end(), setAsideBefore_.begin(), setAsideBefore_.end(),
+                      std::back_inserter(added));
+  return added;
+}
+
+std::set<std::string> SavedQueue::unreadableFiles() const {
+  std::set<std::string> files;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_, error)) {
+    const bool isMarked =
+        entry.path().filename().string().find(kUnreadableMark) != std::string::npos;
+    if (isMarked) files.insert(entry.path());
+  }
+  return files;
+}
+
 bool SavedQueue::holdsNow(const std::vector<ItemState>& queue) const {
   QFile file(QString::fromStdString(file_));
   if (!file.open(QIODevice::ReadOnly)) return false;
@@ -100,4 +161,4 @@ bool SavedQueue::holdsNow(const std::vector<ItemState>& queue) const {
   return saved && holds(*saved, queue);
 }
 
-}  // namespace playerx
+}  // namespace playerx::session

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,7 @@ namespace VeskPlayerX {
 class DownloadManagerInterface;
 }
 
-namespace playerx {
+namespace playerx::session {
 
 /// What the queue file says of one item, as far as the player compares it.
 struct SavedItem {
@@ -24,33 +25,47 @@ struct SavedItem {
   bool operator==(const SavedItem&) const = default;
 };
 
-/// The items of a queue file with this content; none when it is no queue file.
+/// The items of a queue file with this content; nullopt when it is not a queue file.
 std::optional<std::vector<SavedItem>> savedItems(const QByteArray& content);
 
-/// Whether they are these items, in this order. Of an address that is not plain text, which the
-/// file may spell in another way, nothing is asked.
-bool holds(const std::vector<SavedItem>& saved, const std::vector<ItemState>& queue);
+/// Whether they are these items, in this order. Addresses are compared where they are plain text;
+/// others may be spelt in another way in the file.
+bool holds(const std::vector<SavedItem>& saved, const std::vector<model::ItemState>& queue);
 
-/// Watches over the queue file, which the module writes without a word when writing fails. Used on
-/// the main thread.
+/// Watches over the queue file: the download manager says nothing when it cannot read or write it.
+///
+/// Build it before the manager is loaded. Used by one thread. Each question is answered with one
+/// sentence on what is wrong, empty when nothing is.
 class SavedQueue {
  public:
   /// `folder` is the player's data folder.
   explicit SavedQueue(const std::string& folder);
 
-  /// Tries to write a new queue file and takes it away again. Returns one sentence on what prevents
-  /// it; an empty text when nothing does.
-  std::string obstacle() const;
+  /// Whether the file, if there is one, can be read now: a manager that cannot read it begins with
+  /// an empty queue.
+  std::string readProblem() const;
 
-  /// Has the module, to which a view is attached, write the queue once more. Returns one sentence
-  /// when the file does not hold the queue all the same; an empty text when it does.
-  std::string loss(VeskPlayerX::DownloadManagerInterface& manager) const;
+  /// Once the manager is loaded: whether it has read what the file holds.
+  std::string loadProblem(VeskPlayerX::DownloadManagerInterface& manager) const;
+
+  /// Whether a new queue file can be written. Tries it, and leaves nothing behind.
+  std::string writeProblem() const;
+
+  /// Whether the file holds the queue. Has the manager, to which a view is attached, write it once
+  /// more when it does not.
+  std::string unsavedChanges(VeskPlayerX::DownloadManagerInterface& manager) const;
+
+  /// Paths of the files that the manager has set aside as unreadable since this object was built.
+  std::vector<std::string> filesSetAside() const;
 
  private:
+  std::set<std::string> unreadableFiles() const;
   int tryToReplace() const;
-  bool holdsNow(const std::vector<ItemState>& queue) const;
+  bool holdsNow(const std::vector<model::ItemState>& queue) const;
 
+  const std::string folder_;
   const std::string file_;
+  const std::set<std::string> setAsideBefore_;
 };
 
-}  // namespace playerx
+}  // namespace playerx::session

@@ -2,7 +2,7 @@
 
 #include "playerx/cli/Options.h"
 
-namespace playerx {
+namespace playerx::cli {
 namespace {
 
 struct Parsed {
@@ -33,8 +33,8 @@ TEST(OptionsTest, GetTakesAddressesOrNone) {
 }
 
 TEST(OptionsTest, FoldersStandBeforeOrBehindTheCommand) {
-  EXPECT_EQ(parse({"--data", "/d", "list"}).options->dataFolder, "/d");
-  EXPECT_EQ(parse({"list", "--data", "/d"}).options->dataFolder, "/d");
+  EXPECT_EQ(parse({"--data", "/d", "list"}).options->session.dataFolder, "/d");
+  EXPECT_EQ(parse({"list", "--data", "/d"}).options->session.dataFolder, "/d");
 }
 
 TEST(OptionsTest, MoveTakesAPositionWithADirection) {
@@ -117,4 +117,4 @@ TEST(OptionsTest, HelpExitsWithZero) {
 }
 
 }  // namespace
-}  // namespace playerx
+}  // namespace playerx::cli

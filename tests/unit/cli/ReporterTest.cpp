@@ -5,8 +5,10 @@
 
 #include "playerx/cli/Reporter.h"
 
-namespace playerx {
+namespace playerx::cli {
 namespace {
+
+using model::ItemState;
 
 ItemState film(DownloadStatusEnumType status, int percent = 0) {
   ItemState item;
@@ -22,7 +24,7 @@ ItemState film(DownloadStatusEnumType status, int percent = 0) {
   return item;
 }
 
-const FailureReason kReason{"http_404", "It is not there."};
+const reasons::Explanation kReason{reasons::reasonOfStatus(404), "It is not there"};
 
 class ReporterTest : public testing::Test {
  protected:
@@ -75,11 +77,22 @@ TEST_F(ReporterTest, LinesAppearOncePerState) {
   reporter->added(film(DownloadStatusQueued));
   reporter->changed(film(DownloadStatusDownloading, 1), 0);
   reporter->changed(film(DownloadStatusDownloading, 2), 0);
-  reporter->finished(film(DownloadStatusCompleted, 100));
+  reporter->finished(film(DownloadStatusCompleted, 100), "");
   EXPECT_EQ(out.str(),
             "queued: Film (2.0 MB)\n"
             "downloading: Film (2.0 MB)\n"
             "completed: Film (2.0 MB) -> /m/film.avi\n");
+}
+
+TEST_F(ReporterTest, WhatIsOddAboutAFilmComesWithItsOutcome) {
+  makeLineReporter(out, notes)->finished(film(DownloadStatusCompleted, 100), "It is short.");
+  EXPECT_EQ(notes.str(), "It is short.\n");
+  out.str("");
+  makeJsonReporter(out, notes)->finished(film(DownloadStatusCompleted, 100), "It is short.");
+  EXPECT_EQ(onlyLine()["oddity"], "It is short.");
+  out.str("");
+  makeJsonReporter(out, notes)->finished(film(DownloadStatusCompleted, 100), "");
+  EXPECT_FALSE(onlyLine().contains("oddity"));
 }
 
 TEST_F(ReporterTest, FailuresAreNamedWithTheirReason) {
@@ -115,4 +128,4 @@ TEST_F(ReporterTest, AListedItemHasItsPosition) {
 }
 
 }  // namespace
-}  // namespace playerx
+}  // namespace playerx::cli

@@ -6,7 +6,7 @@
 
 #include "playerx/cli/WakeUp.h"
 
-namespace playerx {
+namespace playerx::cli {
 namespace {
 
 using std::chrono::milliseconds;
@@ -84,4 +84,4 @@ TEST(WakeUpTest, ReleasedInterruptsEndTheProgram) {
 }
 
 }  // namespace
-}  // namespace playerx
+}  // namespace playerx::cli

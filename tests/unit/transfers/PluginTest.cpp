@@ -122,7 +122,7 @@ TEST_F(ReportsTest, ABrokenSessionTellsItsReason) {
   const auto uid = start(server.url());
   ASSERT_TRUE(receiver_.waitForEnd(uid));
   EXPECT_EQ(report(uid).phase, TransferPhase::kBroken);
-  EXPECT_EQ(failureWord(report(uid).failure), "http_404");
+  EXPECT_EQ(report(uid).failure, failureOfStatus(404));
   EXPECT_EQ(report(uid).detail, "status 404");
 }
 

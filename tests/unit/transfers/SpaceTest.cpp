@@ -107,7 +107,7 @@ TEST_F(SpaceTest, AFilmThatDoesNotFitAmongTheMoviesIsPlacedLaterWithoutFetching)
   if (!disk.isThere()) {
     folder_.write("movies/film.avi", "");  // another way to have to place it elsewhere
   } else {
-    EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
+    EXPECT_EQ(fetch(server_.url()).broke, static_cast<int>(TransferFailure::kNoSpaceForFilm));
     EXPECT_EQ(filesIn(movies()), std::vector<std::string>{});
     ASSERT_TRUE(disk.grow());
   }

@@ -2,7 +2,7 @@
 
 #include "playerx/app/inputs/TicketCheck.h"
 
-namespace playerx {
+namespace playerx::inputs {
 namespace {
 
 const std::wstring kHeader = L"TixVeskVersion=1.0\n";
@@ -111,4 +111,4 @@ TEST(TicketCheckTest, ALineIsTrimmedOnceMoreAsTheManagerDoes) {
 }
 
 }  // namespace
-}  // namespace playerx
+}  // namespace playerx::inputs

@@ -4,13 +4,13 @@
 #include "playerx/app/inputs/TicketFile.h"
 #include "tests/support/TempDir.h"
 
-namespace playerx {
+namespace playerx::inputs {
 namespace {
 
 std::string problemOf(const std::filesystem::path& path) {
-  std::string problem;
+  reasons::Explanation problem;
   EXPECT_FALSE(readTicketText(kvpm::StringTools::stringToWString(path.string()), &problem));
-  return problem;
+  return problem.sentence();
 }
 
 TEST(TicketFileTest, AFileThatIsNotThereIsNamed) {
@@ -30,9 +30,7 @@ TEST(TicketFileTest, AFolderIsSaidToBeOne) {
 TEST(TicketFileTest, AProtectedTicketNeedsTheServices) {
   EXPECT_EQ(refusalOfText(L"VeskSealedTicket 1\nabc", true), std::nullopt);
   EXPECT_EQ(refusalOfText(L"VeskSealedTicket 1\nabc", false),
-            (FailureReason{"empty_ticket",
-                           "This is a protected ticket; name the online services with "
-                           "--services."}));
+            reasons::explain(reasons::Reason::kSealedTicket));
 }
 
 TEST(TicketFileTest, AClearTicketNeedsNoServices) {
@@ -40,13 +38,22 @@ TEST(TicketFileTest, AClearTicketNeedsNoServices) {
             std::nullopt);
 }
 
+TEST(TicketFileTest, ATicketOfTooManyFilmsIsRefused) {
+  std::wstring text = L"TixVeskVersion=1.0\n";
+  for (std::size_t i = 0; i < kMostFilms; ++i) text += L"start\nurl=u\nend\n";
+  EXPECT_EQ(refusalOfText(text, false), std::nullopt);
+  const auto refusal = refusalOfText(text + L"start\nurl=u\nend\n", false);
+  ASSERT_TRUE(refusal);
+  EXPECT_EQ(refusal->sentence(), "This ticket names more than 10000 films.");
+}
+
 TEST(TicketFileTest, ATextThatIsTooLongIsNamedWithItsLine) {
   const std::wstring title(kLongestText + 1, L'x');
   const auto refusal =
       refusalOfText(L"TixVeskVersion=1.0\nstart\ntitle=" + title + L"\nurl=u\nend", false);
   ASSERT_TRUE(refusal);
-  EXPECT_EQ(refusal->sentence, "The film of line 2 has a text of more than 8192 characters.");
+  EXPECT_EQ(refusal->sentence(), "The film of line 2 has a text of more than 8192 characters.");
 }
 
 }  // namespace
-}  // namespace playerx
+}  // namespace playerx::inputs

@@ -3,7 +3,7 @@
 #include "playerx/app/model/FilmCheck.h"
 #include "tests/support/TempDir.h"
 
-namespace playerx {
+namespace playerx::model {
 namespace {
 
 class FilmCheckTest : public testing::Test {
@@ -20,27 +20,40 @@ class FilmCheckTest : public testing::Test {
 };
 
 TEST_F(FilmCheckTest, AWholeFilmInItsPlaceIsNotWorthAWord) {
-  EXPECT_EQ(oddityOf(filmAt(folder_.write("film.avi", "1234"), 4), "/elsewhere"), "");
-  EXPECT_EQ(oddityOf(filmAt(folder_.write("film.avi", "12345"), 4), "/elsewhere"), "");
+  EXPECT_EQ(findOddity(filmAt(folder_.write("film.avi", "1234"), 4), "/elsewhere"), "");
+  EXPECT_EQ(findOddity(filmAt(folder_.write("film.avi", "1234"), 0), "/elsewhere"), "");
 }
 
 TEST_F(FilmCheckTest, AFilmShorterThanAnnouncedIsNamed) {
   EXPECT_EQ(
-      oddityOf(filmAt(folder_.write("film.avi", "1234"), 3000), "/elsewhere"),
+      findOddity(filmAt(folder_.write("film.avi", "1234"), 3000), "/elsewhere"),
       "film.avi has 4 B although its server had announced 3.0 kB; should it end early, remove "
       "it and get it again.");
+}
+
+TEST_F(FilmCheckTest, AFilmLongerThanAnnouncedIsNamed) {
+  const std::filesystem::path film = folder_.write("film.avi", std::string(5000, 'x'));
+  EXPECT_EQ(findOddity(filmAt(film, 4), "/elsewhere"),
+            "film.avi has 5.0 kB although its server had announced 4 B; it is kept as it came.");
+}
+
+TEST_F(FilmCheckTest, SizesThatLookTheSameAreNamedInBytes) {
+  const std::filesystem::path film = folder_.write("film.avi", std::string(5001, 'x'));
+  EXPECT_EQ(findOddity(filmAt(film, 5000), "/elsewhere"),
+            "film.avi has 5001 bytes although its server had announced 5000; it is kept as it "
+            "came.");
 }
 
 TEST_F(FilmCheckTest, AFilmInThePresentMediaFolderIsNamed) {
   folder_.write("film.avi", "1234");
   const std::filesystem::path here = folder_ / "film.avi";
-  EXPECT_EQ(oddityOf(filmAt("/former/film.avi", 4), here.parent_path()),
+  EXPECT_EQ(findOddity(filmAt("/former/film.avi", 4), here.parent_path()),
             "film.avi lies at " + here.string() + ", in the present media folder.");
 }
 
 TEST_F(FilmCheckTest, OfAFilmThatIsNowhereNothingIsKnown) {
-  EXPECT_EQ(oddityOf(filmAt("/former/film.avi", 4), "/elsewhere"), "");
+  EXPECT_EQ(findOddity(filmAt("/former/film.avi", 4), "/elsewhere"), "");
 }
 
 }  // namespace
-}  // namespace playerx
+}  // namespace playerx::model

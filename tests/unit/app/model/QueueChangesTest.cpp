@@ -2,7 +2,7 @@
 
 #include "playerx/app/model/QueueChanges.h"
 
-namespace playerx {
+namespace playerx::model {
 namespace {
 
 ItemState item(unsigned int id, DownloadStatusEnumType status = DownloadStatusQueued,
@@ -60,4 +60,4 @@ TEST(QueueChangesTest, AnItemThatIsGoneOrMovedYieldsNothing) {
 }
 
 }  // namespace
-}  // namespace playerx
+}  // namespace playerx::model

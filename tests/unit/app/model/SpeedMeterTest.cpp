@@ -2,7 +2,7 @@
 
 #include "playerx/app/model/SpeedMeter.h"
 
-namespace playerx {
+namespace playerx::model {
 namespace {
 
 using std::chrono::milliseconds;
@@ -59,4 +59,4 @@ TEST(SpeedMeterTest, TwoReportsOfOneInstantGiveNoSpeed) {
 }
 
 }  // namespace
-}  // namespace playerx
+}  // namespace playerx::model

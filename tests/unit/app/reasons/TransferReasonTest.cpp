@@ -4,7 +4,7 @@
 
 #include "playerx/app/reasons/TransferReason.h"
 
-namespace playerx {
+namespace playerx::reasons {
 namespace {
 
 TransferReport broken(TransferFailure failure, const std::string& detail = "") {
@@ -15,26 +15,23 @@ TransferReport broken(TransferFailure failure, const std::string& detail = "") {
   return report;
 }
 
+const std::string kAddress = "http://films.test/a.avi";
+
 std::string sentenceOf(const TransferReport& report) {
-  return reasonFromTransfer(report, "films.test").value().sentence;
+  return explainTransfer(report, kAddress).value().sentence();
 }
 
 TEST(TransferReasonTest, ATransferThatDidNotBreakGivesNone) {
-  EXPECT_EQ(reasonFromTransfer(broken(TransferFailure::kNone), "films.test"), std::nullopt);
+  EXPECT_EQ(explainTransfer(broken(TransferFailure::kNone), kAddress), std::nullopt);
 }
 
 TEST(TransferReasonTest, AFullDiskIsNamedByTheFolderThatLiesOnIt) {
-  EXPECT_EQ(sentenceOf(broken(TransferFailure::kNoSpace, "/films/a.avi: No space left on device")),
-            "There is no room for the film in /films; what has arrived is kept: free some space "
-            "there and retry, or choose another folder with --media.");
-  EXPECT_EQ(sentenceOf(broken(TransferFailure::kNoSpace, "/data/partial/1.part: No space left")),
-            "The disk with the folder for unfinished films is full; what has arrived is kept: "
-            "free some space there and retry, or choose another folder with --data.");
-}
-
-TEST(TransferReasonTest, ABadRedirectIsSaidAsTheSecondLookSaysIt) {
-  EXPECT_EQ(reasonFromTransfer(broken(TransferFailure::kBadRedirect), "films.test"),
-            badRedirect("films.test"));
+  EXPECT_EQ(sentenceOf(broken(TransferFailure::kNoSpaceForFilm)),
+            "There is no room for the film in /films; free some space there and retry, which goes "
+            "on where it stopped, or choose another folder with --media.");
+  EXPECT_EQ(sentenceOf(broken(TransferFailure::kNoSpace)),
+            "The disk with the folder for unfinished films is full; free some space there and "
+            "retry, which goes on where it stopped, or choose another folder with --data.");
 }
 
 TEST(TransferReasonTest, ALoopOfRedirectsIsSaidToBeOne) {
@@ -43,18 +40,15 @@ TEST(TransferReasonTest, ALoopOfRedirectsIsSaidToBeOne) {
 }
 
 TEST(TransferReasonTest, ABadAddressIsToldWhatIsBadAboutIt) {
-  TransferReport report = broken(TransferFailure::kUnsupportedAddress);
-  report.address = "http://films.test/a b.avi";
-  EXPECT_EQ(sentenceOf(report),
-            "The address holds a character that must be escaped, such as a space, which is "
-            "written %20.");
-  report.address = "ftp://films.test/a.avi";
-  EXPECT_EQ(sentenceOf(report),
-            "The address cannot be used; give one that begins with http:// or https:// and names "
-            "a host.");
+  const TransferReport report = broken(TransferFailure::kUnsupportedAddress);
+  EXPECT_EQ(explainTransfer(report, "http://films.test/a b.avi")->reason,
+            Reason::kUnescapedAddress);
+  EXPECT_EQ(explainTransfer(report, "http://films.test:0/a.avi")->reason, Reason::kBadPort);
+  EXPECT_EQ(explainTransfer(report, "ftp://films.test/a.avi")->reason,
+            reasonOf(TransferFailure::kUnsupportedAddress));
 }
 
-TEST(TransferReasonTest, WhoDoesNotAcceptConnectionsIsNamedWithItsPort) {
+TEST(TransferReasonTest, APeerThatDoesNotAcceptConnectionsIsNamedWithItsPort) {
   const std::string words = "Failed to connect to films.test port 8080 after 0 ms: Refused";
   EXPECT_EQ(sentenceOf(broken(TransferFailure::kRefused, words)),
             "films.test:8080 does not accept connections; try again when the server is up.");
@@ -66,6 +60,11 @@ TEST(TransferReasonTest, WhoDoesNotAcceptConnectionsIsNamedWithItsPort) {
   ::unsetenv("all_proxy");
 }
 
+TEST(TransferReasonTest, AFolderThatDoesNotTakeTheFilmIsNamed) {
+  EXPECT_EQ(explainTransfer(broken(TransferFailure::kMediaFolder), kAddress)->happened,
+            "The film cannot be written to /films/a.avi");
+}
+
 TEST(TransferReasonTest, TechnicalWordsStandInBrackets) {
   EXPECT_EQ(sentenceOf(broken(TransferFailure::kNetwork, "Network unreachable")),
             "films.test could not be reached (Network unreachable); check the network connection, "
@@ -74,10 +73,10 @@ TEST(TransferReasonTest, TechnicalWordsStandInBrackets) {
             "The film could not be fetched from films.test; try again later.");
 }
 
-TEST(TransferReasonTest, AStatusIsSaidAsTheSecondLookSaysIt) {
-  EXPECT_EQ(reasonFromTransfer(broken(failureOfStatus(404)), "films.test"),
-            reasonFromStatus(404, "films.test"));
+TEST(TransferReasonTest, AStatusIsNamedWithTheHost) {
+  EXPECT_EQ(explainTransfer(broken(failureOfStatus(404)), kAddress),
+            explain(reasonOfStatus(404), {.host = "films.test"}));
 }
 
 }  // namespace
-}  // namespace playerx
+}  // namespace playerx::reasons

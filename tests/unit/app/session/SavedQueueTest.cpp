@@ -4,9 +4,12 @@
 
 #include "playerx/app/session/SavedQueue.h"
 #include "tests/support/TempDir.h"
+#include "tests/unit/app/FakeModule.h"
 
-namespace playerx {
+namespace playerx::session {
 namespace {
+
+using model::ItemState;
 
 const QByteArray kTwo =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue>"
@@ -67,20 +70,75 @@ TEST(SavedQueueTest, WhatIsNoQueueFileHoldsNothing) {
 
 TEST(SavedQueueTest, AFolderThatCanBeWrittenIsNoObstacle) {
   const support::TempDir folder;
-  EXPECT_EQ(SavedQueue(folder.path()).obstacle(), "");
+  EXPECT_EQ(SavedQueue(folder.path()).writeProblem(), "");
   folder.write("downloadmanager.xml", "x");
-  EXPECT_EQ(SavedQueue(folder.path()).obstacle(), "");
+  EXPECT_EQ(SavedQueue(folder.path()).writeProblem(), "");
   EXPECT_EQ(support::readFile(folder / "downloadmanager.xml"), "x");
 }
 
 TEST(SavedQueueTest, AnObstacleIsNamedWithWhatCanBeDone) {
   const support::TempDir folder;
   std::filesystem::create_directories(folder / "downloadmanager.xml");
-  EXPECT_EQ(SavedQueue(folder.path()).obstacle(),
+  EXPECT_EQ(SavedQueue(folder.path()).writeProblem(),
             "The queue file " + (folder / "downloadmanager.xml").string() +
                 " cannot be written (Is a directory); free some space or make it writable, or "
                 "choose another folder with --data.");
 }
 
+TEST(SavedQueueTest, AFileThatCannotBeReadIsNamedAndLeftAlone) {
+  const support::TempDir folder;
+  const std::filesystem::path file = folder / "downloadmanager.xml";
+  std::filesystem::create_symlink(file, file);
+  EXPECT_EQ(SavedQueue(folder.path()).readProblem(),
+            "The queue file " + file.string() +
+                " cannot be read (Too many levels of symbolic links); nothing was changed. Try "
+                "again, make it readable, or choose another folder with --data.");
+  EXPECT_TRUE(std::filesystem::is_symlink(file));
+}
+
+TEST(SavedQueueTest, AFileThatIsMissingOrReadableIsNoProblem) {
+  const support::TempDir folder;
+  EXPECT_EQ(SavedQueue(folder.path()).readProblem(), "");
+  EXPECT_EQ(SavedQueue(folder / "none").readProblem(), "");
+  folder.write("downloadmanager.xml", std::string(200'000, 'x'));
+  EXPECT_EQ(SavedQueue(folder.path()).readProblem(), "");
+}
+
+TEST(SavedQueueTest, AManagerThatReadNothingOfAFullFileIsNoticed) {
+  const support::TempDir folder;
+  support::EventLog log;
+  FakeModule manager(log);
+  const SavedQueue saved(folder.path());
+  EXPECT_EQ(saved.loadProblem(manager), "");
+  folder.write("downloadmanager.xml", kTwo.toStdString());
+  EXPECT_EQ(saved.loadProblem(manager),
+            "The queue file " + (folder / "downloadmanager.xml").string() +
+                " could not be read a moment ago; nothing was changed. Try again.");
+  manager.put("http://h/a.avi");
+  EXPECT_EQ(saved.loadProblem(manager), "");
+}
+
+TEST(SavedQueueTest, ChangesThatAreNotInTheFileAreNamed) {
+  const support::TempDir folder;
+  folder.write("downloadmanager.xml", "<DownloadQueue/>");
+  support::EventLog log;
+  FakeModule manager(log);
+  const SavedQueue saved(folder.path());
+  EXPECT_EQ(saved.unsavedChanges(manager), "");
+  manager.put("http://h/a.avi");
+  EXPECT_NE(saved.unsavedChanges(manager).find("does not hold the last changes"),
+            std::string::npos);
+  EXPECT_FALSE(log.lines("manager.setPlayable").empty());
+}
+
+TEST(SavedQueueTest, OnlyFilesSetAsideSinceTheStartAreNamed) {
+  const support::TempDir folder;
+  folder.write("downloadmanager.xml.unreadable", "x");
+  const SavedQueue saved(folder.path());
+  EXPECT_TRUE(saved.filesSetAside().empty());
+  const std::filesystem::path next = folder.write("downloadmanager.xml.unreadable2", "x");
+  EXPECT_EQ(saved.filesSetAside(), std::vector<std::string>{next});
+}
+
 }  // namespace
-}  // namespace playerx
+}  // namespace playerx::session

@@ -1,0 +1,70 @@
+#include "playerx/app/inputs/Input.h"
+
+#include <QString>
+#include <algorithm>
+
+#include "VeskPlayerX/DownloadManagerInterface.h"
+#include "kvpm/StringTools.h"
+#include "playerx/app/inputs/TicketFile.h"
+#include "playerx/transfers/Address.h"
+
+namespace playerx::inputs {
+
+using kvpm::StringTools;
+using reasons::Reason;
+using VeskPlayerX::DownloadManagerInterface;
+
+namespace {
+
+AddResult refused(reasons::Explanation explanation) {
+  return {AddResult::kRefused, std::move(explanation)};
+}
+
+AddResult addAddress(const std::string& address, DownloadManagerInterface& manager,
+                     const std::vector<model::ItemState>& queue) {
+  if (const auto reason = refusalOfAddress(address)) return refused(reasons::explain(*reason));
+  const bool isQueued = std::any_of(queue.begin(), queue.end(), [&](const auto& item) {
+    return item.url == address && model::isUnfinished(item.status);
+  });
+  if (isQueued) return {AddResult::kAlreadyQueued};
+  const bool isAdded = manager.add(StringTools::stringToWString(address), L"", L"") != nullptr;
+  return isAdded ? AddResult{} : refused(reasons::explain(Reason::kUnsupportedType));
+}
+
+AddResult addTicket(const std::string& path, DownloadManagerInterface& manager,
+                    const TakeMessages& takeMessages) {
+  const std::wstring wide = StringTools::stringToWString(path);
+  const auto refusal = refusalOfTicket(StringTools::stripBeginingAndEndChar(wide, L'"'));
+  if (refusal) return refused(*refusal);
+  if (!manager.addTicket(wide, false).empty()) return {};
+  const std::vector<std::string> words = takeMessages();
+  if (words.empty()) return refused(reasons::explain(Reason::kEmptyTicket));
+  return refused(reasons::explain(Reason::kServicesSaid, {.words = words.back()}));
+}
+
+}  // namespace
+
+bool isTicketPath(const std::string& argument) {
+  const QString text = QString::fromStdString(argument);
+  const bool isQuoted = text.size() > 1 && text.startsWith('"') && text.endsWith('"');
+  const QString bare = isQuoted ? text.mid(1, text.size() - 2) : text;
+  return !bare.contains("://") && bare.endsWith(".tix", Qt::CaseInsensitive);
+}
+
+std::optional<Reason> refusalOfAddress(const std::string& address) {
+  const AddressFault fault = faultOf(address);
+  if (fault == AddressFault::kNotWeb) return Reason::kNoAddress;
+  // The download manager escapes blanks; a control character it cannot carry.
+  const std::optional<Address> parsed = parseAddress(address);
+  if (!parsed) return reasons::reasonOf(fault);
+  if (parsed->hasCredentials) return Reason::kCredentialsInAddress;
+  return std::nullopt;
+}
+
+AddResult addInput(const std::string& input, DownloadManagerInterface& manager,
+                   const std::vector<model::ItemState>& queue, const TakeMessages& takeMessages) {
+  return isTicketPath(input) ? addTicket(input, manager, takeMessages)
+                             : addAddress(input, manager, queue);
+}
+
+}  // namespace playerx::inputs

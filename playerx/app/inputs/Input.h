@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "playerx/app/model/ItemState.h"
+#include "playerx/app/reasons/Reason.h"
+
+namespace VeskPlayerX {
+class DownloadManagerInterface;
+}
+
+namespace playerx::inputs {
+
+/// Whether an argument is the path of a ticket: it ends in .tix, in any case, double quotes around
+/// it aside, and is not an address.
+bool isTicketPath(const std::string& argument);
+
+/// Why the player does not take this address; nullopt when it does, whatever the download manager
+/// then makes of its file type.
+std::optional<reasons::Reason> refusalOfAddress(const std::string& address);
+
+/// What became of an input.
+struct AddResult {
+  enum Outcome { kAdded, kAlreadyQueued, kRefused };
+  Outcome outcome = kAdded;
+  std::optional<reasons::Explanation> refusal{};  ///< of a refused one
+};
+
+/// Takes what the plug-ins have told the user.
+using TakeMessages = std::function<std::vector<std::string>()>;
+
+/// Hands an address or a ticket file to the download manager. `queue` is its present content: an
+/// address that still waits there is not added again. What the online services said of a ticket
+/// that they could not read becomes the refusal. Waits for them; on the host's thread.
+AddResult addInput(const std::string& input, VeskPlayerX::DownloadManagerInterface& manager,
+                   const std::vector<model::ItemState>& queue, const TakeMessages& takeMessages);
+
+}  // namespace playerx::inputs

@@ -1,0 +1,115 @@
+#include "playerx/app/inputs/TicketContents.h"
+
+#include <QString>
+#include <memory>
+
+#include "KPX/OSUtilities.h"
+#include "VeskPlayerX/ZPSServicesInterface.h"
+#include "kvpm/PathTools.h"
+#include "kvpm/StringTools.h"
+#include "playerx/app/inputs/TicketCheck.h"
+#include "playerx/app/inputs/TicketFile.h"
+
+namespace playerx::inputs {
+
+namespace {
+
+using kvpm::StringTools;
+
+/// Servers are asked for this many films of a ticket; more are listed without their sizes.
+constexpr std::size_t kMostQuestions = 50;
+
+std::string narrow(const std::wstring& text) { return StringTools::wStringToString(text); }
+
+/// A download needs twice its size and a little, where films go and where they arrive.
+bool hasRoom(const std::string& folder, std::uint64_t size) {
+  unsigned long long free = 0;
+  if (!VeskPlayerX::OSUtilities::getFreeSpace(QString::fromStdString(folder), &free)) return true;
+  return free / 2 >= size && free >= 2 * size + size / 7168;
+}
+
+bool fits(std::uint64_t size) {
+  return hasRoom(narrow(kvpm::PathTools::getVeskMoviesFolder()), size) &&
+         hasRoom(VeskPlayerX::OSUtilities::getTempPath().toStdString(), size);
+}
+
+TicketFinding problem(int line, const std::string& sentence) {
+  return {.line = line, .note = sentence};
+}
+
+TicketFinding findingOf(const TicketFilm& film) {
+  TicketFinding finding{.isFilm = true,
+                        .line = film.line,
+                        .title = narrow(film.title),
+                        .provider = narrow(film.provider),
+                        .url = narrow(film.url)};
+  if (finding.title.empty()) finding.title = narrow(kvpm::PathTools::getFileName(film.url));
+  if (finding.provider.empty()) finding.provider = hostOf(finding.url);
+  return finding;
+}
+
+TicketFinding findingOf(const VeskDrmTicketData& record) {
+  return {.isFilm = true,
+          .title = narrow(record.title),
+          .provider = narrow(record.contentProviderDisplayName),
+          .note =
+              "Protected: address and size come from the online services when it is "
+              "downloaded."};
+}
+
+void addSize(TicketFinding& finding, const reasons::Probe& probe) {
+  const reasons::ProbeResult result = probe(finding.url, {});
+  if (const auto explanation = reasons::explainProbe(result)) {
+    finding.note = explanation->sentence();
+    return;
+  }
+  finding.size = static_cast<std::uint64_t>(result.length);
+  finding.fits = fits(*finding.size);
+}
+
+std::vector<TicketFinding> protectedFilms(const std::wstring& path,
+                                          VeskPlayerX::ZPSServicesInterface& services) {
+  std::vector<TicketFinding> findings;
+  for (VeskDrmTicketData* record : services.readTicket(path)) {
+    const std::unique_ptr<VeskDrmTicketData> owned(record);
+    findings.push_back(findingOf(*owned));
+  }
+  return findings;
+}
+
+std::vector<TicketFinding> clearFilms(const std::wstring& path, const reasons::Probe& probe) {
+  reasons::Explanation unreadable;
+  const std::optional<std::wstring> text = readTicketText(path, &unreadable);
+  if (!text) return {problem(0, unreadable.sentence())};
+  if (isSealedTicket(*text)) {
+    return {problem(0, "The online services name no film for this protected ticket.")};
+  }
+  const TicketCheck check = checkClearTicket(*text);
+  std::vector<TicketFinding> findings;
+  for (const TicketFilm& film : check.films) {
+    findings.push_back(findingOf(film));
+    if (findings.size() <= kMostQuestions) addSize(findings.back(), probe);
+  }
+  for (const TicketProblem& each : check.problems) {
+    findings.push_back(problem(each.line, each.sentence));
+  }
+  return findings;
+}
+
+}  // namespace
+
+std::vector<TicketFinding> examineTicket(const std::string& ticket,
+                                         VeskPlayerX::ZPSServicesInterface* services,
+                                         const reasons::Probe& probe) {
+  if (ticket.find("://") != std::string::npos) {
+    return {problem(0, "This is an address, not a ticket file.")};
+  }
+  const std::wstring path =
+      StringTools::stripBeginingAndEndChar(StringTools::stringToWString(ticket), L'"');
+  if (const auto refusal = refusalOfTicket(path)) return {problem(0, refusal->sentence())};
+  const std::vector<TicketFinding> films =
+      services != nullptr ? protectedFilms(path, *services) : std::vector<TicketFinding>{};
+  return films.empty() ? clearFilms(path, probe) : films;
+}
+
+}  // namespace playerx::inputs

@@ -1,0 +1,84 @@
+#include "playerx/app/session/Places.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <cstdlib>
+
+#include "KPX/KPXPreferences.h"
+#include "KPX/OSUtilities.h"
+#include "playerx/platform/MoviesFolder.h"
+#include "playerx/settings/Folders.h"
+#include "playerx/settings/PreferenceKeys.h"
+#include "playerx/settings/PreferenceOverrides.h"
+#include "playerx/settings/UserSettings.h"
+
+namespace playerx::session {
+
+namespace {
+
+QString absolute(const std::string& path) {
+  return QDir::cleanPath(QDir::current().absoluteFilePath(QString::fromStdString(path)));
+}
+
+void overrideWith(const QString& key, const QString& value) {
+  if (!value.isEmpty()) setPreferenceOverride(key, value);
+}
+
+bool isSet(const char* text) { return text != nullptr && *text != '\0'; }
+
+}  // namespace
+
+Places setUpPlaces(const SessionOptions& options) {
+  ensureUserSettings();
+  if (!options.dataFolder.empty()) setApplicationDataPath(absolute(options.dataFolder));
+  if (!options.mediaFolder.empty()) {
+    overrideWith(KPXPreferences::MediaFolder, absolute(options.mediaFolder));
+  }
+  if (!options.caFile.empty()) overrideWith(kCaFileKey, absolute(options.caFile));
+  overrideWith(kServicesAddressKey, QString::fromStdString(options.services));
+  overrideWith(kPlayerKey, QString::fromStdString(options.player));
+
+  // The usual folder was noted when the program was loaded; the home folder is known since then.
+  const QString media = KPXPreferences::getPreferenceHelper<QString>(
+      KPXPreferences::MediaFolder, QString::fromStdWString(defaultMoviesFolder()), true);
+  overrideWith(KPXPreferences::MediaFolder, media);
+  setMoviesFolder(media.toStdWString());
+  return {VeskPlayerX::OSUtilities::getApplicationDataPath().toStdString(), media.toStdString()};
+}
+
+std::vector<std::filesystem::path> pluginFolders(const SessionOptions& options) {
+  if (!options.pluginFolder.empty()) return {options.pluginFolder};
+  const QString beside = QCoreApplication::applicationDirPath();
+  return {QDir::cleanPath(beside + "/../lib/plugins").toStdString(),
+          QDir::cleanPath(beside + "/../lib/playerx/plugins").toStdString()};
+}
+
+std::optional<std::string> homeFolder(const char* variable, const char* ofAccount) {
+  if (isSet(variable)) return variable;
+  // Accounts of services have the root of all files, which is nobody's home.
+  if (isSet(ofAccount) && std::string(ofAccount) != "/") return ofAccount;
+  return std::nullopt;
+}
+
+bool setHome() {
+  const passwd* const account = getpwuid(geteuid());
+  const char* const variable = std::getenv("HOME");
+  const auto home = homeFolder(variable, account != nullptr ? account->pw_dir : nullptr);
+  if (home && !isSet(variable)) setenv("HOME", home->c_str(), 1);
+  return home.has_value();
+}
+
+std::string missingHomeProblem(const SessionOptions& options, const char* dataHome) {
+  std::string missing;
+  if (options.dataFolder.empty() && !isSet(dataHome)) missing = "--data";
+  if (options.mediaFolder.empty()) missing += missing.empty() ? "--media" : " and --media";
+  if (missing.empty()) return {};
+  return "There is no home folder: HOME is not set, and the account has none; name the folders "
+         "with " +
+         missing + ".";
+}
+
+}  // namespace playerx::session

@@ -1,0 +1,91 @@
+#include "playerx/app/session/PlayerSession.h"
+
+#include <utility>
+
+#include "VeskPlayerX/InterfaceIds.h"
+#include "playerx/platform/ThreadGate.h"
+#include "playerx/settings/TrustedAuthorities.h"
+#include "playerx/transfers/TransferSettings.h"
+
+namespace playerx::session {
+
+using VeskPlayerX::DownloadManagerInterface;
+
+namespace {
+
+/// The plug-in that offers `id`; null when there is none that can be loaded.
+template <class I>
+std::unique_ptr<KPIM::Helper<I>> load(PluginContext& plugins, const char* id) {
+  auto helper = std::make_unique<KPIM::Helper<I>>(id);
+  const KPIM::Context::PluginInterfaceFilter filter(id);
+  const KPIM::Context::SimplePluginInfoSelector selector;
+  const bool isThere = helper->loadPlugin(&plugins, filter, selector, true) == KPIM::kSuccess;
+  return isThere ? std::move(helper) : nullptr;
+}
+
+}  // namespace
+
+PlayerSession::PlayerSession(const SessionOptions& options, SessionListener listener)
+    : places_(setUpPlaces(options)),
+      messages_(listener.wake),
+      view_(listener.wake, std::move(listener.askForSlot)),
+      plugins_(pluginFolders(options)) {
+  messages_.offerTo(plugins_);
+}
+
+PlayerSession::~PlayerSession() { close(); }
+
+std::string PlayerSession::open(Access access) {
+  if (access == Access::kChange) {
+    lock_ = std::make_unique<DataFolderLock>(places_.data);
+    if (!lock_->problem().empty()) return lock_->problem();
+  }
+  saved_ = std::make_unique<SavedQueue>(places_.data);
+  std::string problem = saved_->readProblem();
+  if (problem.empty() && access == Access::kChange) problem = saved_->writeProblem();
+  if (problem.empty()) problem = loadManager();
+  if (!problem.empty()) {
+    close();
+    return problem;
+  }
+  if (access == Access::kChange) manager().setViewInterface(&view_);
+  for (const std::string& file : saved_->filesSetAside()) {
+    messages_.tellUser("The queue could not be read; it was set aside as " + file + ".");
+  }
+  return {};
+}
+
+void PlayerSession::start() {
+  const auto settings = load<TransferSettings>(plugins_, DIN_TransferSettings);
+  const std::string trusted = trustedAuthorities().file;
+  if (settings && !trusted.empty()) settings->get()->setTrustFile(trusted);
+  transfers_ = load<TransferReports>(plugins_, DIN_TransferReports);
+  ThreadGate::open();
+}
+
+std::optional<TransferReport> PlayerSession::findTransfer(const std::string& address) const {
+  TransferReport report;
+  if (!transfers_ || !transfers_->get()->findByAddress(address, &report)) return std::nullopt;
+  return report;
+}
+
+std::string PlayerSession::loadManager() {
+  // The scheduler starts with the manager; until `start` it must not touch what is looked at here.
+  ThreadGate::close();
+  manager_ = load<DownloadManagerInterface>(plugins_, VeskPlayerX::DIN_DownloadManager);
+  if (manager_) return saved_->loadProblem(manager());
+  std::string problem = "The download manager cannot be loaded.";
+  for (const std::string& each : plugins_.problems()) problem += " " + each;
+  return problem;
+}
+
+void PlayerSession::close() {
+  if (manager_) manager().setViewInterface(nullptr);
+  transfers_.reset();
+  manager_.reset();
+  plugins_.shutdown();
+  ThreadGate::open();
+  lock_.reset();
+}
+
+}  // namespace playerx::session

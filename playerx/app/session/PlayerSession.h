@@ -1,0 +1,107 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "KPIM/Helper.h"
+#include "VeskPlayerX/DownloadManagerInterface.h"
+#include "playerx/app/session/DataFolderLock.h"
+#include "playerx/app/session/Messages.h"
+#include "playerx/app/session/Places.h"
+#include "playerx/app/session/QueueView.h"
+#include "playerx/app/session/SavedQueue.h"
+#include "playerx/framework/PluginContext.h"
+#include "playerx/transfers/TransferReports.h"
+
+namespace playerx::session {
+
+/// How a session talks to its face. Called on any thread of the player; empty functions are not
+/// allowed.
+struct SessionListener {
+  /// There may be changes, notices or messages to take. Must not wait: a window posts an event.
+  std::function<void()> wake;
+
+  /// Asks the user for a slot to give up for the film of this title; returns its number, below 0
+  /// to decline. May wait for the user. Not called on the session's own thread.
+  QueueView::SlotQuestion askForSlot;
+};
+
+/// The player behind a face, from its start to its end: folders and preferences, plug-ins, the
+/// download manager with its view, and the queue file.
+///
+/// Used on one thread, which the download manager takes for the host's: a window gives it a thread
+/// of its own, because loading, ending and most operations of the manager may wait for the disk.
+/// One session at a time in a process; needs a `QCoreApplication` with the names of organisation
+/// and application. Operations that can fail return one sentence on what is wrong, empty otherwise.
+///
+///     PlayerSession session(options, listener);
+///     session.plugins().add(...);                    // plug-ins of the face's own, if any
+///     problem = session.open(PlayerSession::Access::kChange);
+///     session.start();                               // films are downloaded from here on
+///     session.manager().add(...);
+///     ...
+///     session.manager().pause();
+///     problem = session.unsavedChanges();
+class PlayerSession {
+ public:
+  /// What the session may do to the queue.
+  enum class Access {
+    kLook,    ///< nothing is locked and nothing is written; any number of processes at a time
+    kChange,  ///< alone on the data folder, and every change is saved and announced
+  };
+
+  /// Sets folders and preferences up and reads the descriptions of the plug-ins; loads nothing.
+  PlayerSession(const SessionOptions& options, SessionListener listener);
+  PlayerSession(const PlayerSession&) = delete;
+  PlayerSession& operator=(const PlayerSession&) = delete;
+
+  /// Ends what was opened: stops transfers and threads, unloads the plug-ins, gives the data folder
+  /// back. What is running is not parked in the queue file; pause the manager first if it should
+  /// be.
+  ~PlayerSession();
+
+  /// Loads the download manager, with its scheduler held back, and attaches the view. After a
+  /// problem nothing is open and no file has been changed. Once per session.
+  std::string open(Access access);
+
+  /// Lets the scheduler work. Loads the download library first and has it trust the authorities of
+  /// the preferences.
+  void start();
+
+  /// The download manager; after a successful `open` only.
+  VeskPlayerX::DownloadManagerInterface& manager() { return *manager_->get(); }
+
+  PluginContext& plugins() { return plugins_; }
+  const Places& places() const { return places_; }
+
+  /// What the manager told about item `id` since the last call for it, oldest first. Any thread.
+  std::vector<model::Notice> takeNotices(unsigned int id) { return view_.takeNotices(id); }
+
+  /// What plug-ins and session told the user since the last call, oldest first. Any thread.
+  std::vector<std::string> takeMessages() { return messages_.take(); }
+
+  /// The last transfer of this address (UTF-8); nullopt when there was none, or before `start`. Any
+  /// thread once `start` has returned.
+  std::optional<TransferReport> findTransfer(const std::string& address) const;
+
+  /// Whether the queue file lacks changes, although it was written once more.
+  std::string unsavedChanges() { return saved_->unsavedChanges(manager()); }
+
+ private:
+  std::string loadManager();
+  void close();
+
+  const Places places_;
+  Messages messages_;
+  QueueView view_;
+  std::unique_ptr<DataFolderLock> lock_;
+  std::unique_ptr<SavedQueue> saved_;
+  PluginContext plugins_;
+  std::unique_ptr<KPIM::Helper<VeskPlayerX::DownloadManagerInterface>> manager_;
+  std::unique_ptr<KPIM::Helper<TransferReports>> transfers_;
+};
+
+}  // namespace playerx::session

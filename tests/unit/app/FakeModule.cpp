@@ -1,0 +1,78 @@
+#include "tests/unit/app/FakeModule.h"
+
+#include <QCoreApplication>
+
+#include "VeskPlayerX/InterfaceIds.h"
+#include "kvpm/StringTools.h"
+
+namespace playerx {
+
+using kvpm::StringTools;
+
+void FakeModule::offerTo(session::PlayerSession& session) {
+  offer<DownloadManagerInterface>(session.plugins(), VeskPlayerX::DIN_DownloadManager, this);
+}
+
+DownloadItem& FakeModule::put(const std::string& url, DownloadStatusEnumType status) {
+  items_.push_back(std::make_unique<DownloadItem>());
+  items_.back()->setUrl(StringTools::stringToWString(url));
+  items_.back()->setTitle(L"film");
+  items_.back()->setStatus(status);
+  return *items_.back();
+}
+
+FakeModule::Item* FakeModule::add(const std::wstring& url, const std::wstring& title,
+                                  const std::wstring& provider) {
+  FakeManager::add(url, title, provider);
+  return url.ends_with(L".avi") ? &put(StringTools::wStringToString(url)) : nullptr;
+}
+
+std::vector<FakeModule::Item*> FakeModule::addTicket(const std::wstring& ticketPath, bool) {
+  FakeManager::addTicket(ticketPath, false);
+  if (!takesTickets) return {};
+  return {&put("http://films.test/ticket.avi")};
+}
+
+void FakeModule::setViewInterface(VeskPlayerX::DownloadManagerViewInterface* view) { view_ = view; }
+
+std::vector<FakeModule::Item*>* FakeModule::getCopyofQueue() {
+  if (eachLook_) eachLook_();
+  if (!steps_.empty()) {
+    steps_.front()();
+    steps_.erase(steps_.begin());
+    if (view_ != nullptr) view_->downloadListChanged();
+  }
+  auto* copy = new std::vector<Item*>;
+  for (const auto& item : items_) copy->push_back(new DownloadItem(item.get()));
+  return copy;
+}
+
+void FakeModule::deleteCopyOfQueue(std::vector<Item*>* copy) {
+  if (copy == nullptr) return;
+  for (Item* item : *copy) delete item;
+  delete copy;
+}
+
+bool FakeReports::findByUid(unsigned long long, TransferReport* report) const {
+  if (isThere) *report = last;
+  return isThere;
+}
+
+bool FakeReports::findByAddress(const std::string&, TransferReport* report) const {
+  return findByUid(0, report);
+}
+
+bool FakeReports::findByPath(const std::string&, TransferReport* report) const {
+  return findByUid(0, report);
+}
+
+void needApplication() {
+  static int count = 1;
+  static char name[] = "test";
+  static char* arguments[] = {name, nullptr};
+  static QCoreApplication application(count, arguments);
+  QCoreApplication::setOrganizationName("Vesk");
+  QCoreApplication::setApplicationName("VeskPlayerX");
+}
+
+}  // namespace playerx

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "VeskPlayerX/DownloadManagerViewInterface.h"
+#include "item/DownloadItem.h"
+#include "playerx/app/session/PlayerSession.h"
+#include "playerx/transfers/TransferReports.h"
+#include "tests/support/fakes/FakeContext.h"
+#include "tests/support/fakes/FakeManager.h"
+
+namespace playerx {
+
+/// A download manager that downloads nothing: a test writes its queue, step by step, and sees in
+/// the log what it was asked to do. One thread, that of the test.
+class FakeModule : public support::FakeManager {
+ public:
+  using Item = VeskPlayerX::DownloadItemInterface;
+
+  explicit FakeModule(support::EventLog& log) : FakeManager(log) {}
+
+  /// Offers the manager to the plug-ins of a session; it outlives the session.
+  void offerTo(session::PlayerSession& session);
+
+  /// Puts an item at the end; stays with the queue.
+  DownloadItem& put(const std::string& url, DownloadStatusEnumType status = DownloadStatusQueued);
+
+  /// The queue's own items, in order.
+  const std::vector<std::unique_ptr<DownloadItem>>& all() const { return items_; }
+
+  /// Carried out one at each later look at the queue, after which the view is told.
+  void atNextLooks(std::vector<std::function<void()>> steps) { steps_ = std::move(steps); }
+
+  /// Carried out at each look at the queue; the view is not told.
+  void atEachLook(std::function<void()> step) { eachLook_ = std::move(step); }
+
+  VeskPlayerX::DownloadManagerViewInterface* view() const { return view_; }
+
+  /// Takes addresses that end in .avi, and tickets when `takesTickets` is set.
+  bool takesTickets = false;
+  Item* add(const std::wstring& url, const std::wstring& title, const std::wstring&) override;
+  std::vector<Item*> addTicket(const std::wstring& ticketPath, bool) override;
+
+  void setViewInterface(VeskPlayerX::DownloadManagerViewInterface* view) override;
+  std::vector<Item*>* getCopyofQueue() override;
+  void deleteCopyOfQueue(std::vector<Item*>* copy) override;
+  unsigned int getNumberOfVideosInQueue() override { return unsigned(items_.size()); }
+
+ private:
+  VeskPlayerX::DownloadManagerViewInterface* view_ = nullptr;
+  std::vector<std::unique_ptr<DownloadItem>> items_;
+  std::vector<std::function<void()>> steps_;
+  std::function<void()> eachLook_;
+};
+
+/// Offers `face`, not owned, to the plug-ins of `context` under `id`.
+template <class I>
+void offer(PluginContext& context, const std::string& id, I* face) {
+  context.add({"test." + id, "1.0", {id}}, [id, face](KPIM::Context* owner, void** out) {
+    *out = static_cast<KPIM::Plugin*>(new support::FakePlugin(owner, id, face));
+    return KPIM::kSuccess;
+  });
+}
+
+/// A download library of which only the reports are asked.
+class FakeReports : public TransferReports {
+ public:
+  TransferReport last;
+  bool isThere = false;
+
+  bool findByUid(unsigned long long, TransferReport* report) const override;
+  bool findByAddress(const std::string&, TransferReport* report) const override;
+  bool findByPath(const std::string&, TransferReport* report) const override;
+};
+
+/// Gives a test program the one `QCoreApplication` that a session needs.
+void needApplication();
+
+}  // namespace playerx

@@ -1,0 +1,103 @@
+#include <gmock/gmock.h>
+
+#include "playerx/app/inputs/Input.h"
+#include "tests/support/TempDir.h"
+#include "tests/unit/app/FakeModule.h"
+
+namespace playerx::inputs {
+namespace {
+
+using reasons::Reason;
+using testing::ElementsAre;
+
+TEST(InputTest, WebAddressesAreTaken) {
+  for (const char* argument : {"http://h/a.avi", "https://h:8443/a b.mkv", "HTTP://h/a.avi?x=.tix",
+                               "http://127.0.0.1/film.tix"}) {
+    EXPECT_FALSE(isTicketPath(argument)) << argument;
+    EXPECT_EQ(refusalOfAddress(argument), std::nullopt) << argument;
+  }
+}
+
+TEST(InputTest, PathsThatEndInTixAreTickets) {
+  for (const char* argument : {"film.tix", "/a/b.TIX", "\"with blanks.tix\"", "./x.tix"}) {
+    EXPECT_TRUE(isTicketPath(argument)) << argument;
+  }
+  for (const char* argument : {"", "film.avi", "file:///a.tix", "film.tix.avi"}) {
+    EXPECT_FALSE(isTicketPath(argument)) << argument;
+  }
+}
+
+TEST(InputTest, EverythingElseIsRefusedWithAReason) {
+  for (const char* argument : {"", "film.avi", "ftp://h/a.avi", "http:///a.avi", "http://",
+                               "file:///a.tix", "http://[bad/a.avi", "mailto:x@y"}) {
+    EXPECT_EQ(refusalOfAddress(argument), Reason::kNoAddress) << argument;
+  }
+  EXPECT_EQ(refusalOfAddress("http://user:word@h/a.avi"), Reason::kCredentialsInAddress);
+  EXPECT_EQ(refusalOfAddress("http://h/a\n.avi"), Reason::kUnescapedAddress);
+  EXPECT_EQ(refusalOfAddress("http://h:99999/a.avi"), Reason::kBadPort);
+  EXPECT_EQ(refusalOfAddress("http://h:0/a.avi"), Reason::kBadPort);
+}
+
+class AddInputTest : public testing::Test {
+ protected:
+  AddResult add(const std::string& input) {
+    return addInput(input, module_, model::snapshotOf(module_), [this] { return words_; });
+  }
+
+  std::string refusalOf(const std::string& input) {
+    const AddResult result = add(input);
+    EXPECT_EQ(result.outcome, AddResult::kRefused);
+    return result.refusal ? result.refusal->code() : "";
+  }
+
+  std::string ticket(const std::string& name) const {
+    return folder_.write(name, "TixVeskVersion=1.0\nstart\nurl=http://h/a.avi\nend\n");
+  }
+
+  support::TempDir folder_;
+  support::EventLog log_;
+  FakeModule module_{log_};
+  std::vector<std::string> words_;
+};
+
+TEST_F(AddInputTest, AnAddressIsHandedToTheManager) {
+  EXPECT_EQ(add("http://h/a.avi").outcome, AddResult::kAdded);
+  EXPECT_THAT(log_.lines(), ElementsAre("manager.add http://h/a.avi"));
+}
+
+TEST_F(AddInputTest, AnAddressThatWaitsAlreadyIsNotAddedAgain) {
+  DownloadItem& item = module_.put("http://h/a.avi");
+  EXPECT_EQ(add("http://h/a.avi").outcome, AddResult::kAlreadyQueued);
+  EXPECT_TRUE(log_.lines().empty());
+  item.setStatus(DownloadStatusCompleted);
+  EXPECT_EQ(add("http://h/a.avi").outcome, AddResult::kAdded);
+}
+
+TEST_F(AddInputTest, WhatTheManagerDoesNotTakeIsRefused) {
+  EXPECT_EQ(refusalOf("http://h/a.mp4"), "unsupported_type");
+  EXPECT_EQ(refusalOf("film.avi"), "unsupported_url");
+}
+
+TEST_F(AddInputTest, ATicketIsHandedOverInItsQuotes) {
+  module_.takesTickets = true;
+  const std::string quoted = "\"" + ticket("a b.tix") + "\"";
+  EXPECT_EQ(add(quoted).outcome, AddResult::kAdded);
+  EXPECT_THAT(log_.lines(), ElementsAre("manager.addTicket " + quoted));
+}
+
+TEST_F(AddInputTest, ATicketThatYieldsNothingIsRefusedInTheServicesWords) {
+  const std::string path = ticket("a.tix");
+  EXPECT_EQ(refusalOf(path), "empty_ticket");
+  words_ = {"First.", "The services are closed."};
+  const AddResult result = add(path);
+  EXPECT_EQ(result.refusal->code(), "services");
+  EXPECT_EQ(result.refusal->sentence(), "The services are closed.");
+}
+
+TEST_F(AddInputTest, ATicketThatCannotBeReadNeverReachesTheManager) {
+  EXPECT_EQ(refusalOf(folder_ / "none.tix"), "bad_ticket");
+  EXPECT_TRUE(log_.lines().empty());
+}
+
+}  // namespace
+}  // namespace playerx::inputs

@@ -1,0 +1,88 @@
+#include <gtest/gtest.h>
+
+#include "playerx/app/inputs/TicketContents.h"
+#include "tests/support/TempDir.h"
+#include "tests/support/fakes/FakeServices.h"
+
+namespace playerx::inputs {
+namespace {
+
+/// Every server holds a film of five bytes, but for "gone".
+reasons::ProbeResult fiveBytes(const std::string& address, const std::stop_token&) {
+  reasons::ProbeResult result{.address = address, .end = {}, .words = {}, .status = 200};
+  result.length = 5;
+  if (address.find("gone") != std::string::npos) result.status = 410;
+  return result;
+}
+
+class TicketContentsTest : public testing::Test {
+ protected:
+  std::vector<TicketFinding> examine(const std::string& body,
+                                     VeskPlayerX::ZPSServicesInterface* services = nullptr) {
+    return examineTicket(folder_.write("a.tix", "TixVeskVersion=1.0\n" + body), services,
+                         fiveBytes);
+  }
+
+  support::TempDir folder_;
+  support::EventLog log_;
+  support::FakeServices services_{log_};
+};
+
+TEST_F(TicketContentsTest, AFilmComesWithSizeAndRoom) {
+  const auto findings = examine("start\nurl=http://h/a.avi\nend\n");
+  ASSERT_EQ(findings.size(), 1u);
+  EXPECT_TRUE(findings[0].isFilm);
+  EXPECT_EQ(findings[0].line, 2);
+  EXPECT_EQ(findings[0].title, "a.avi");
+  EXPECT_EQ(findings[0].provider, "h");
+  EXPECT_EQ(findings[0].size, 5u);
+  EXPECT_EQ(findings[0].fits, true);
+}
+
+TEST_F(TicketContentsTest, AFilmThatItsServerDoesNotHaveCarriesTheReason) {
+  const auto findings = examine("start\ntitle=T\nurl=http://h/gone.avi\nend\n");
+  ASSERT_EQ(findings.size(), 1u);
+  EXPECT_EQ(findings[0].title, "T");
+  EXPECT_EQ(findings[0].size, std::nullopt);
+  EXPECT_EQ(findings[0].note,
+            "h no longer has this film (410); ask the provider for a new address.");
+}
+
+TEST_F(TicketContentsTest, ProblemsComeBehindTheFilms) {
+  const auto findings = examine("start\nend\nstart\nurl=http://h/a.avi\nend\n");
+  ASSERT_EQ(findings.size(), 2u);
+  EXPECT_TRUE(findings[0].isFilm);
+  EXPECT_FALSE(findings[1].isFilm);
+  EXPECT_EQ(findings[1].line, 2);
+}
+
+TEST_F(TicketContentsTest, AProtectedTicketIsReadByTheServices) {
+  VeskDrmTicketData record;
+  record.title = L"Secret";
+  services_.setTicketRecords({record});
+  const auto findings = examine("", &services_);
+  ASSERT_EQ(findings.size(), 1u);
+  EXPECT_TRUE(findings[0].isFilm);
+  EXPECT_EQ(findings[0].title, "Secret");
+  EXPECT_EQ(findings[0].size, std::nullopt);
+}
+
+TEST_F(TicketContentsTest, OnlyTheFirstFilmsAreAskedAbout) {
+  std::string body;
+  for (int i = 0; i < 60; ++i) body += "start\nurl=http://h/a.avi\nend\n";
+  const auto findings = examine(body);
+  ASSERT_EQ(findings.size(), 60u);
+  EXPECT_EQ(findings[49].size, 5u);
+  EXPECT_EQ(findings[50].size, std::nullopt);
+}
+
+TEST_F(TicketContentsTest, WhatIsNotATicketFileIsSaid) {
+  EXPECT_EQ(examineTicket("http://h/a.tix", nullptr, fiveBytes).at(0).note,
+            "This is an address, not a ticket file.");
+  const std::string missing = folder_ / "none.tix";
+  EXPECT_EQ(examineTicket(missing, nullptr, fiveBytes).at(0).note,
+            "There is no file " + missing + ".");
+}
+
+}  // namespace
+}  // namespace playerx::inputs

@@ -1,0 +1,34 @@
+#include <gtest/gtest.h>
+
+#include "playerx/app/session/Places.h"
+
+namespace playerx::session {
+namespace {
+
+TEST(PlacesTest, TheVariableGoesBeforeTheAccount) {
+  EXPECT_EQ(homeFolder("/a", "/b"), "/a");
+  EXPECT_EQ(homeFolder("/", "/b"), "/");
+  EXPECT_EQ(homeFolder("", "/b"), "/b");
+  EXPECT_EQ(homeFolder(nullptr, "/b"), "/b");
+}
+
+TEST(PlacesTest, TheRootOfAllFilesIsNobodysHome) {
+  EXPECT_EQ(homeFolder(nullptr, "/"), std::nullopt);
+  EXPECT_EQ(homeFolder(nullptr, ""), std::nullopt);
+  EXPECT_EQ(homeFolder(nullptr, nullptr), std::nullopt);
+}
+
+TEST(PlacesTest, WhatIsMissingIsAskedFor) {
+  const std::string start =
+      "There is no home folder: HOME is not set, and the account has none; name the folders with ";
+  SessionOptions options;
+  EXPECT_EQ(missingHomeProblem(options, nullptr), start + "--data and --media.");
+  EXPECT_EQ(missingHomeProblem(options, "/share"), start + "--media.");
+  options.mediaFolder = "/m";
+  EXPECT_EQ(missingHomeProblem(options, ""), start + "--data.");
+  options.dataFolder = "/d";
+  EXPECT_EQ(missingHomeProblem(options, nullptr), "");
+}
+
+}  // namespace
+}  // namespace playerx::session

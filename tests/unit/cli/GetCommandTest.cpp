@@ -1,0 +1,200 @@
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <sstream>
+
+#include "playerx/cli/GetCommand.h"
+#include "playerx/cli/Reporter.h"
+#include "playerx/cli/WakeUp.h"
+#include "playerx/settings/PreferenceOverrides.h"
+#include "tests/support/TempDir.h"
+#include "tests/unit/app/FakeModule.h"
+
+namespace playerx::cli {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// Writes down in a line each what it is told.
+class LoggingReporter : public Reporter {
+ public:
+  std::vector<std::string> lines;
+
+  void added(const model::ItemState& item) override { lines.push_back("added " + item.url); }
+  void changed(const model::ItemState& item, std::uint64_t) override {
+    lines.push_back("changed " + std::string(model::statusWord(item.status)));
+  }
+  void finished(const model::ItemState&, const std::string& oddity) override {
+    lines.push_back("finished" + oddity);
+  }
+  void failed(const model::ItemState&, const reasons::Explanation& reason) override {
+    lines.push_back("failed " + reason.code());
+  }
+  void refused(const std::string& argument, const reasons::Explanation& reason) override {
+    lines.push_back("refused " + argument + " " + reason.code());
+  }
+  void listed(int, const model::ItemState&) override {}
+  void note(const std::string& sentence) override { lines.push_back(sentence); }
+};
+
+class GetCommandTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    needApplication();
+    options_.session.dataFolder = folder_ / "data";
+    options_.session.mediaFolder = folder_ / "films";
+    options_.session.pluginFolder = folder_.path();
+    session_.emplace(options_.session,
+                     session::SessionListener{[this] { wakeUp_.raise(); },
+                                              [](const std::string&) { return -1; }});
+    module_.offerTo(*session_);
+    offer<TransferReports>(session_->plugins(), DIN_TransferReports, &reports_);
+    ASSERT_EQ(session_->open(session::PlayerSession::Access::kChange), "");
+  }
+
+  void TearDown() override {
+    session_.reset();
+    clearPreferenceOverrides();
+  }
+
+  /// Every server answers with this status.
+  int run(std::vector<std::string> inputs, long status = 404) {
+    options_.inputs = std::move(inputs);
+    GetCommand command(options_, *session_, reporter_, wakeUp_,
+                       [status](const std::string& address, const std::stop_token&) {
+                         return reasons::ProbeResult{address, {}, "", status, 5};
+                       });
+    return command.run();
+  }
+
+  std::function<void()> set(DownloadItem& item, DownloadStatusEnumType status) {
+    return [&item, status] { item.setStatus(status); };
+  }
+
+  support::TempDir folder_;
+  support::EventLog log_;
+  FakeModule module_{log_};
+  FakeReports reports_;
+  WakeUp wakeUp_;
+  LoggingReporter reporter_;
+  Options options_;
+  std::optional<session::PlayerSession> session_;
+};
+
+TEST_F(GetCommandTest, AnEmptyQueueIsDoneAtOnce) {
+  EXPECT_EQ(run({}), kExitDone);
+  EXPECT_THAT(reporter_.lines, IsEmpty());
+}
+
+TEST_F(GetCommandTest, EveryStepOfAFilmIsReported) {
+  DownloadItem& film = module_.put("http://h/a.avi");
+  module_.atNextLooks(
+      {[] {}, set(film, DownloadStatusDownloading), set(film, DownloadStatusCompleted)});
+  EXPECT_EQ(run({}), kExitDone);
+  EXPECT_THAT(reporter_.lines, ElementsAre("changed downloading", "finished"));
+}
+
+TEST_F(GetCommandTest, AnAddedAddressIsReportedOnce) {
+  module_.atNextLooks({[] {}, [] {},
+                       [this] {
+                         log_.add("now");
+                         module_.all().back()->setStatus(DownloadStatusCompleted);
+                       }});
+  EXPECT_EQ(run({"http://h/a.avi"}), kExitDone);
+  EXPECT_THAT(reporter_.lines, ElementsAre("added http://h/a.avi", "finished"));
+}
+
+TEST_F(GetCommandTest, AFailureIsReportedWithItsReason) {
+  DownloadItem& film = module_.put("http://h/a.avi");
+  module_.atNextLooks({[] {}, set(film, DownloadStatusFailed)});
+  EXPECT_EQ(run({}), kExitFailed);
+  EXPECT_THAT(reporter_.lines, ElementsAre("failed http_404"));
+}
+
+TEST_F(GetCommandTest, ANoticeAboutTheItemIsItsReason) {
+  DownloadItem& film = module_.put("http://h/a.avi");
+  module_.atNextLooks({[] {},
+                       [&] {
+                         module_.view()->downloadItemChanged(film.getId());
+                         module_.view()->notEnoughSpace(L"/proc/films");
+                         film.setStatus(DownloadStatusFailed);
+                       }});
+  EXPECT_EQ(run({}), kExitFailed);
+  EXPECT_THAT(reporter_.lines, ElementsAre("failed media_folder"));
+}
+
+TEST_F(GetCommandTest, AFilmOfAnotherLengthIsSaidWithItsOutcome) {
+  DownloadItem& film = module_.put("http://h/a.avi");
+  film.setPath(folder_.write("a.avi", "1234").wstring());
+  film.setSize(7);
+  module_.atNextLooks({[] {}, set(film, DownloadStatusCompleted)});
+  EXPECT_EQ(run({}), kExitDone);
+  EXPECT_THAT(reporter_.lines, ElementsAre(HasSubstr("4 B although its server had announced 7")));
+}
+
+TEST_F(GetCommandTest, NothingButRefusedInputsIsWrongUsage) {
+  module_.put("http://h/waiting.avi");
+  EXPECT_EQ(run({"film.avi", "http://h/a.mp4"}), kExitUsage);
+  EXPECT_THAT(reporter_.lines, ElementsAre("refused film.avi unsupported_url",
+                                           "refused http://h/a.mp4 unsupported_type"));
+}
+
+TEST_F(GetCommandTest, ARefusedInputLeavesTheOthersAlone) {
+  DownloadItem& film = module_.put("http://h/a.avi");
+  module_.atNextLooks({[] {}, [] {}, [] {}, set(film, DownloadStatusCompleted)});
+  EXPECT_EQ(run({"film.avi", "http://h/a.avi"}), kExitUsage);
+  EXPECT_THAT(reporter_.lines,
+              ElementsAre("refused film.avi unsupported_url",
+                          "http://h/a.avi is in the queue already; going on with it.", "finished"));
+}
+
+TEST_F(GetCommandTest, AnInterruptParksTheQueue) {
+  module_.put("http://h/a.avi");
+  module_.atNextLooks({[] {}, [] { pthread_kill(pthread_self(), SIGINT); }});
+  EXPECT_EQ(run({}), kExitInterrupted);
+  EXPECT_TRUE(log_.has("manager.pause"));
+  EXPECT_THAT(reporter_.lines, ElementsAre(HasSubstr("Interrupted; what has arrived is kept")));
+}
+
+TEST_F(GetCommandTest, AnInterruptBetweenInputsKeepsWhatWasAdded) {
+  module_.atNextLooks({[] {}, [] { pthread_kill(pthread_self(), SIGINT); }});
+  EXPECT_EQ(run({"http://h/a.avi", "http://h/b.avi"}), kExitInterrupted);
+  EXPECT_EQ(log_.lines("manager.add").size(), 1u);
+}
+
+TEST_F(GetCommandTest, WhatPlugInsSayIsPassedOn) {
+  KPIM::Helper<UserMessages> messages(kUserMessagesId);
+  messages.loadPlugin(&session_->plugins(), KPIM::Context::PluginInterfaceFilter(kUserMessagesId),
+                      KPIM::Context::SimplePluginInfoSelector(), true);
+  messages->tellUser("Hello.");
+  EXPECT_EQ(run({}), kExitDone);
+  EXPECT_THAT(reporter_.lines, ElementsAre("Hello."));
+}
+
+TEST_F(GetCommandTest, AFilmIsPlayedOnceAsSoonAsEnoughOfItIsThere) {
+  options_.play = true;
+  module_.answerPlay(true);
+  DownloadItem& film = module_.put("http://h/a.avi");
+  module_.atNextLooks({[] {}, set(film, DownloadStatusDownloading),
+                       [&] { film.setReadyForProgressivePlayback(true); },
+                       [&] { film.setPercentDownloaded(50); }, set(film, DownloadStatusCompleted)});
+  EXPECT_EQ(run({}), kExitDone);
+  EXPECT_EQ(log_.lines("manager.play").size(), 1u);
+}
+
+TEST_F(GetCommandTest, AFilmThatFlowsIsReportedFromTimeToTime) {
+  DownloadItem& film = module_.put("http://h/a.avi", DownloadStatusDownloading);
+  reports_.isThere = true;
+  // Nothing is announced, so that only the passing of time leads to another look.
+  int looks = 0;
+  module_.atEachLook([&] {
+    if (++looks == 4) film.setStatus(DownloadStatusCompleted);
+  });
+  EXPECT_EQ(run({}), kExitDone);
+  EXPECT_THAT(reporter_.lines, testing::Contains("changed downloading"));
+}
+
+}  // namespace
+}  // namespace playerx::cli
