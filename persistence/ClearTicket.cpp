@@ -1,119 +1,150 @@
 #include "persistence/ClearTicket.h"
 
-#include <string_view>
+#include <algorithm>
 #include <utility>
 
-#include "item/DownloadItem.h"
-#include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
-#include "kvsc/HttpRequest.h"
-#include "persistence/TicketParserImpl.h"
-#include "persistence/URLEscape.h"
 
 namespace persistence {
 namespace {
 
-using kvpm::StringTools;
-using Impl = TicketParser::TicketParserImpl;
+constexpr float kKnownVersion = 1.0F;
 
-constexpr std::wstring_view kLineEnds = L"\n\r";
-constexpr float kVersion = 1.0F;
-
-std::wstring hostOf(const std::wstring& url) {
-  std::string host;
-  std::string port;
-  std::string path;
-  bool isHttps = false;
-  kvsc::HttpRequest::parseUri(URLEscape::unescape(StringTools::wStringToString(url)), &host, &port,
-                              &path, &isHttps);
-  return StringTools::stringToWString(host);
+std::wstring_view strip(std::wstring_view text, wchar_t character) {
+  text.remove_prefix(std::min(text.find_first_not_of(character), text.size()));
+  return text.substr(0, text.find_last_not_of(character) + 1);
 }
 
-/// Gives a finished item what its block has left open.
-void complete(DownloadItem& item) {
-  if (item.getTitle().empty()) item.setTitle(kvpm::PathTools::getFileName(item.getUrl()));
-  if (item.getContentProviderDisplayName().empty()) {
-    item.setContentProviderDisplayName(hostOf(item.getUrl()));
-  }
-}
-
-/// Reads the lines behind the first.
-class Body {
- public:
-  void read(const std::wstring& line) {
-    // Trimmed once more, as `parseLine` does: that may take off what the first time laid bare.
-    const std::wstring word = Impl::stripBeginingAndEndWhiteSpace(line);
-    if (word == Impl::START_STRING) {
-      open();
-    } else if (word == Impl::END_STRING) {
-      close();
-    } else if (item_ != nullptr && Impl::parseLine(line, key_, value_)) {
-      set();
-    }
-  }
-
-  ItemList takeItems() { return std::move(items_); }
-
- private:
-  void open() {
-    item_ = std::make_unique<DownloadItem>();
-    item_->setStatus(DownloadStatusQueued);
-  }
-
-  void close() {
-    if (item_ != nullptr && !item_->getUrl().empty()) {
-      complete(*item_);
-      items_.push_back(std::move(item_));
-    }
-    item_.reset();
-  }
-
-  void set() {
-    if (key_ == L"title") {
-      item_->setTitle(value_);
-    } else if (key_ == L"contentProvider") {
-      item_->setContentProviderDisplayName(value_);
-    } else if (key_ == L"url") {
-      item_->setUrl(value_);
-    }
-  }
-
-  ItemList items_;
-  std::unique_ptr<DownloadItem> item_;  ///< of the open block; null outside a block
-  std::wstring key_;
-  std::wstring value_;
+struct Line {
+  std::size_t number;
+  std::wstring_view text;  ///< trimmed once, not empty
 };
 
-/// Takes the next line off `text`, trimmed, passing over those that are then empty. Empty at the
-/// end.
-std::wstring takeLine(std::wstring_view& text) {
-  std::wstring line;
-  std::wstring_view token;
-  do {
-    token = Impl::takeToken(text, kLineEnds);
-    line = Impl::stripBeginingAndEndWhiteSpace(std::wstring(token));
-  } while (line.empty() && !token.empty());
-  return line;
-}
+/// The lines of a ticket that are not blank.
+class Lines {
+ public:
+  explicit Lines(std::wstring_view text) : rest_(text) {}
 
-/// A first line that cannot be parsed counts as none at all.
-bool isOfThisFormat(const std::wstring& firstLine) {
-  std::wstring key;
-  std::wstring value;
-  if (!Impl::parseLine(firstLine, key, value)) return true;
-  return key == Impl::VERSION_STRING && StringTools::wstringToFloat(value) == kVersion;
+  /// The next line; nullopt at the end of the text.
+  std::optional<Line> next() {
+    while (!rest_.empty()) {
+      const Line line{++number_, trimTicketText(takeLine())};
+      if (!line.text.empty()) return line;
+    }
+    return std::nullopt;
+  }
+
+ private:
+  std::wstring_view takeLine() {
+    const std::size_t length = std::min(rest_.find_first_of(L"\n\r"), rest_.size());
+    const std::wstring_view line = rest_.substr(0, length);
+    rest_.remove_prefix(length);
+    rest_.remove_prefix(std::min<std::size_t>(rest_.starts_with(L"\r\n") ? 2 : 1, rest_.size()));
+    return line;
+  }
+
+  std::wstring_view rest_;
+  std::size_t number_ = 0;
+};
+
+/// Reads the lines behind the header.
+class BodyReader {
+ public:
+  explicit BodyReader(ClearTicket& ticket) : ticket_(ticket) {}
+
+  void read(const Line& line) {
+    // Trimmed once more: that may remove what the first time laid bare.
+    const std::wstring_view text = trimTicketText(line.text);
+    if (text == kTicketStart) {
+      open(line.number);
+    } else if (text == kTicketEnd) {
+      close(line.number);
+    } else if (film_) {
+      set(splitTicketLine(text));
+    }
+  }
+
+  void finish() {
+    if (film_) report(film_->line, TicketProblem::kUnclosed);
+    if (!hasStart_) report(0, TicketProblem::kNoStart);
+  }
+
+ private:
+  void open(std::size_t line) {
+    if (film_) report(film_->line, TicketProblem::kUnclosedAtStart);
+    film_ = TicketFilm{line, {}, {}, {}};
+    hasStart_ = true;
+  }
+
+  void close(std::size_t line) {
+    if (!film_) {
+      report(line, TicketProblem::kEndOutsideABlock);
+    } else if (film_->url.empty()) {
+      report(film_->line, TicketProblem::kNoUrl);
+    } else {
+      ticket_.films.push_back(*std::move(film_));
+    }
+    film_.reset();
+  }
+
+  void set(const TicketEntry& entry) {
+    if (!entry.value) return;
+    if (entry.key == L"title") film_->title = *entry.value;
+    if (entry.key == L"contentProvider") film_->contentProvider = *entry.value;
+    if (entry.key == L"url") film_->url = *entry.value;
+  }
+
+  void report(std::size_t line, TicketProblem problem) {
+    ticket_.faults.push_back({line, problem});
+  }
+
+  ClearTicket& ticket_;
+  std::optional<TicketFilm> film_;  ///< of the open block
+  bool hasStart_ = false;
+};
+
+/// What is wrong with the first line. A line without a value counts as a missing header, which the
+/// format allows.
+std::optional<TicketProblem> readHeader(const Line& line, ClearTicket& ticket) {
+  const TicketEntry entry = splitTicketLine(line.text);
+  if (!entry.value) return std::nullopt;
+  if (entry.key != kTicketVersion) return TicketProblem::kNoHeader;
+  ticket.version = *entry.value;
+  if (kvpm::StringTools::wstringToFloat(ticket.version) == kKnownVersion) return std::nullopt;
+  return TicketProblem::kOtherVersion;
 }
 
 }  // namespace
 
-ItemList readClearTicket(const std::basic_string<unsigned char>& bytes) {
-  const std::wstring text = StringTools::uStringToWstring(bytes);
-  std::wstring_view rest = text;
-  const std::wstring firstLine = takeLine(rest);
-  if (firstLine.empty() || !isOfThisFormat(firstLine)) return {};
-  Body body;
-  for (std::wstring line = takeLine(rest); !line.empty(); line = takeLine(rest)) body.read(line);
-  return body.takeItems();
+std::wstring_view trimTicketText(std::wstring_view text) {
+  for (const wchar_t character : {L'\t', L'\n', L'\r', L' '}) text = strip(text, character);
+  return text;
+}
+
+TicketEntry splitTicketLine(std::wstring_view line) {
+  const std::wstring_view text = trimTicketText(line);
+  if (text == kTicketStart || text == kTicketEnd) return {text, L""};
+  const std::size_t equals = text.find(L'=');
+  const std::wstring_view key = trimTicketText(text.substr(0, equals));
+  // Without "=" the value begins at 0 as well: the whole line is both.
+  const std::size_t begin = equals == std::wstring_view::npos ? 0 : equals + 1;
+  if (begin >= text.size()) return {key, std::nullopt};
+  return {key, trimTicketText(text.substr(begin))};
+}
+
+ClearTicket readClearTicket(std::wstring_view text) {
+  ClearTicket ticket;
+  Lines lines(text);
+  const std::optional<Line> first = lines.next();
+  const auto problem = first ? readHeader(*first, ticket) : TicketProblem::kEmptyTicket;
+  if (problem) {
+    ticket.faults.push_back({first ? first->number : 0, *problem});
+    return ticket;
+  }
+  BodyReader reader(ticket);
+  while (const std::optional<Line> line = lines.next()) reader.read(*line);
+  reader.finish();
+  return ticket;
 }
 
 }  // namespace persistence

@@ -9,8 +9,11 @@
 #include "kvpm/File.h"
 #include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
+#include "kvsc/HttpRequest.h"
 #include "persistence/ClearTicket.h"
+#include "persistence/ItemList.h"
 #include "persistence/TicketParserImpl.h"
+#include "persistence/URLEscape.h"
 
 namespace {
 
@@ -33,6 +36,36 @@ std::basic_string<unsigned char> bytesOf(const std::wstring& path) {
   std::basic_string<unsigned char> bytes(size, 0);
   if (file.read(bytes.data(), size) != static_cast<std::int64_t>(size)) return {};
   return bytes;
+}
+
+std::wstring hostOf(const std::wstring& url) {
+  std::string host;
+  std::string port;
+  std::string path;
+  bool isHttps = false;
+  kvsc::HttpRequest::parseUri(URLEscape::unescape(StringTools::wStringToString(url)), &host, &port,
+                              &path, &isHttps);
+  return StringTools::stringToWString(host);
+}
+
+/// The item of a film, which gets from its address what the ticket leaves open.
+std::unique_ptr<DownloadItem> itemFrom(const persistence::TicketFilm& film) {
+  auto item = std::make_unique<DownloadItem>();
+  item->setStatus(DownloadStatusQueued);
+  item->setUrl(film.url);
+  item->setTitle(film.title.empty() ? PathTools::getFileName(film.url) : film.title);
+  item->setContentProviderDisplayName(film.contentProvider.empty() ? hostOf(film.url)
+                                                                   : film.contentProvider);
+  return item;
+}
+
+ItemList readFilms(const std::wstring& path) {
+  ItemList items;
+  const std::wstring text = StringTools::uStringToWstring(bytesOf(path));
+  for (const persistence::TicketFilm& film : persistence::readClearTicket(text).films) {
+    items.push_back(itemFrom(film));
+  }
+  return items;
 }
 
 /// The form in which paths are compared: case and kind of separator do not matter.
@@ -84,7 +117,7 @@ TicketParser::Items readSafely(Read read) {
 }  // namespace
 
 TicketParser::Items TicketParser::parseClearTicket(const std::wstring& path) {
-  return readSafely([&] { return persistence::readClearTicket(bytesOf(withoutQuotes(path))); });
+  return readSafely([&] { return readFilms(withoutQuotes(path)); });
 }
 
 TicketParser::Items TicketParser::processEncryptedTicket(std::vector<VeskDrmTicketData*> records,

@@ -1,13 +1,12 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "persistence/TicketParser.h"
 
-/// The steps of ticket reading that stand for themselves. Pure functions, but for the folder of the
-/// films that the platform is asked for.
+/// The steps of ticket reading that can be called by themselves. Pure functions, but for the folder
+/// of the films that the platform is asked for.
 class TicketParser::TicketParserImpl {
  public:
   TicketParserImpl() = delete;
@@ -20,16 +19,11 @@ class TicketParser::TicketParserImpl {
   static std::vector<std::wstring> tokenize(const std::wstring& text,
                                             const std::wstring& delimiters);
 
-  /// Takes the first such run off `text`; empty when there is none.
-  static std::wstring_view takeToken(std::wstring_view& text, std::wstring_view delimiters);
-
-  /// `text` without tabs, then without LF, CR, and spaces at its ends. One pass each, in this
-  /// order: what a later pass lays bare stays, as the format wants it.
+  /// `trimTicketText` of a copy.
   static std::wstring stripBeginingAndEndWhiteSpace(const std::wstring& text);
 
-  /// Splits a line at its first "=" into a trimmed key and a trimmed value. The lines "start" and
-  /// "end" are keys with an empty value; any other line without "=" is key and value in one.
-  /// Returns false, without a value, for a line that is empty or ends in its first "=".
+  /// Splits a line as `splitTicketLine` does. Returns false, and leaves `value` as it is, for a
+  /// line that is empty or ends in its first "=".
   static bool parseLine(const std::wstring& line, std::wstring& key, std::wstring& value);
 
   /// Where the film of a record goes: its title, unchanged, below the folder of the films. Two

@@ -1,7 +1,7 @@
 // Input: the content of a ticket file.
 #include <algorithm>
 
-#include "VeskPlayerX/DownloadStatus.h"
+#include "kvpm/StringTools.h"
 #include "persistence/ClearTicket.h"
 #include "persistence/TicketParserImpl.h"
 #include "tests/fuzz/Fuzz.h"
@@ -33,13 +33,17 @@ void checkLines(const std::string& text) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text = fuzz::textOf(data, size);
-  const auto items = persistence::readClearTicket({data, size});
-  fuzz::require(items.size() <= std::min(occurrences(text, "start"), occurrences(text, "end")),
-                "every film has its block");
-  for (const auto& item : items) {
-    fuzz::require(!item->getUrl().empty(), "every film has an address");
-    fuzz::require(item->getStatus() == DownloadStatusQueued, "every film is queued");
-    fuzz::require(!item->getEncrypted() && item->getTicket().empty(), "no film is protected");
+  const auto ticket =
+      persistence::readClearTicket(kvpm::StringTools::uStringToWstring({data, size}));
+  fuzz::require(
+      ticket.films.size() <= std::min(occurrences(text, "start"), occurrences(text, "end")),
+      "every film has its block");
+  for (const persistence::TicketFilm& film : ticket.films) {
+    fuzz::require(!film.url.empty(), "every film has an address");
+    fuzz::require(film.line > 0 && film.line <= size, "every film has its line");
+  }
+  for (const persistence::TicketFault& fault : ticket.faults) {
+    fuzz::require(fault.line <= size, "every fault has its line");
   }
   checkLines(text);
   return 0;

@@ -1,0 +1,83 @@
+// What readClearTicket makes of a text, and what it finds wrong with it.
+#include <gmock/gmock.h>
+
+#include <chrono>
+
+#include "persistence/ClearTicket.h"
+
+namespace persistence {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using enum TicketProblem;
+
+std::vector<TicketFault> faultsOf(std::wstring_view text) { return readClearTicket(text).faults; }
+
+TEST(TicketGrammar, AWellFormedTicketHasNoFaults) {
+  const ClearTicket ticket = readClearTicket(
+      L"TixVeskVersion=1.0\nstart\nurl=a\ntitle=b\ncontentProvider=c\nend\n\nstart\nurl=d\nend\n");
+  EXPECT_THAT(ticket.films,
+              ElementsAre(TicketFilm{2, L"a", L"b", L"c"}, TicketFilm{8, L"d", L"", L""}));
+  EXPECT_THAT(ticket.faults, IsEmpty());
+  EXPECT_EQ(ticket.version, L"1.0");
+}
+
+TEST(TicketGrammar, ATicketOfBlankLinesIsEmpty) {
+  EXPECT_THAT(faultsOf(L""), ElementsAre(TicketFault{0, kEmptyTicket}));
+  EXPECT_THAT(faultsOf(L"\n \r\n\t"), ElementsAre(TicketFault{0, kEmptyTicket}));
+}
+
+TEST(TicketGrammar, AFirstLineOfAnotherKeyIsNoHeader) {
+  EXPECT_THAT(faultsOf(L"\nstart\nurl=a\nend"), ElementsAre(TicketFault{2, kNoHeader}));
+}
+
+TEST(TicketGrammar, AnotherVersionIsNamed) {
+  const ClearTicket ticket = readClearTicket(L"TixVeskVersion = 2.5 \nstart\nurl=a\nend");
+  EXPECT_THAT(ticket.faults, ElementsAre(TicketFault{1, kOtherVersion}));
+  EXPECT_THAT(ticket.films, IsEmpty());
+  EXPECT_EQ(ticket.version, L"2.5");
+}
+
+TEST(TicketGrammar, AFaultOfABlockIsAtItsStart) {
+  EXPECT_THAT(faultsOf(L"TixVeskVersion=1\nstart\ntitle=a\nend\nend\nstart\nstart\nurl=b\n"),
+              ElementsAre(TicketFault{2, kNoUrl}, TicketFault{5, kEndOutsideABlock},
+                          TicketFault{6, kUnclosedAtStart}, TicketFault{7, kUnclosed}));
+}
+
+TEST(TicketGrammar, ATicketWithoutABlockNamesNoFilm) {
+  EXPECT_THAT(faultsOf(L"TixVeskVersion=1\nurl=a\n"), ElementsAre(TicketFault{0, kNoStart}));
+}
+
+TEST(TicketGrammar, LinesOfEveryKindOfEndAreCountedAlike) {
+  for (const wchar_t* end : {L"\n", L"\r", L"\r\n"}) {
+    std::wstring text;
+    for (const wchar_t* line : {L"", L"TixVeskVersion=1", L"", L"", L"end"}) {
+      text.append(line).append(end);
+    }
+    EXPECT_THAT(faultsOf(text),
+                ElementsAre(TicketFault{5, kEndOutsideABlock}, TicketFault{0, kNoStart}));
+  }
+}
+
+/// Eight million characters of a repeated text behind a header.
+std::wstring largeTicket(const std::wstring& repeated) {
+  std::wstring text = L"TixVeskVersion=1\n";
+  while (text.size() < 8'000'000) text += repeated;
+  return text;
+}
+
+TEST(TicketGrammar, EightMegabytesAreReadInWellUnderASecond) {
+  for (const wchar_t* repeated : {L"start\nurl=a\nend\n", L"start\n", L"end\n", L"\n", L"\r\n",
+                                  L" ", L" \t", L"=", L"a", L"start\nurl=a=\t \t \n"}) {
+    const std::wstring text = largeTicket(repeated);
+    const auto begin = std::chrono::steady_clock::now();
+    const ClearTicket ticket = readClearTicket(text);
+    // Generous for a busy machine and a sanitizer; what is not linear takes minutes.
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10)) << repeated;
+  }
+}
+
+}  // namespace
+}  // namespace persistence
