@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -21,10 +22,12 @@ class Helper {
 
   /// Has `context` choose, and load when `mayLoad` is true, a plug-in, and asks it for the
   /// interface. Returns 0 when `get` is ready, otherwise the first result other than 0, or 3 for a
-  /// plug-in that hands out null; then `get` is null. A plug-in found earlier is released first.
+  /// plug-in that hands out null; then `get` is null. A null `context` has no plug-ins. A plug-in
+  /// found earlier is released first.
   VESK_RESULT loadPlugin(Context* context, const Context::PluginFilter& filter,
                          const Context::PluginInfoSelector& selector, bool mayLoad) {
     release();
+    if (context == nullptr) return kNoSuchPlugin;
     const VESK_RESULT found = context->getPluginInstance(filter, selector, mayLoad, &plugin_);
     if (found != kSuccess) return found;
     void* face = nullptr;
@@ -51,5 +54,17 @@ class Helper {
   Plugin* plugin_ = nullptr;
   I* interface_ = nullptr;
 };
+
+/// The best plug-in that offers `I` under `interfaceId`, loaded when it has to be and held as long
+/// as the result lives. Null when there is none, when it cannot be loaded, and for a null
+/// `context`. May block while a library is loaded; safe on all threads.
+template <class I>
+std::unique_ptr<Helper<I>> load(Context* context, const std::string& interfaceId) {
+  auto helper = std::make_unique<Helper<I>>(interfaceId);
+  const Context::PluginInterfaceFilter filter(interfaceId);
+  const Context::SimplePluginInfoSelector selector;
+  if (helper->loadPlugin(context, filter, selector, true) != kSuccess) return nullptr;
+  return helper;
+}
 
 }  // namespace KPIM
