@@ -51,14 +51,13 @@ void printJson(const std::string& ticket, const TicketFinding& finding, std::ost
 
 int runExplainCommand(const Options& options, KPIM::Context& plugins, const reasons::Probe& probe,
                       std::ostream& out) {
-  KPIM::Helper<VeskPlayerX::ZPSServicesInterface> services(VeskPlayerX::DIN_ZPSServices);
-  const KPIM::Context::PluginInterfaceFilter filter(VeskPlayerX::DIN_ZPSServices);
-  const KPIM::Context::SimplePluginInfoSelector selector;
-  services.loadPlugin(&plugins, filter, selector, true);
+  const auto services =
+      KPIM::load<VeskPlayerX::ZPSServicesInterface>(&plugins, VeskPlayerX::DIN_ZPSServices);
+  VeskPlayerX::ZPSServicesInterface* const reader = services ? services->get() : nullptr;
   int status = kExitDone;
   for (const std::string& ticket : options.inputs) {
     bool namesSomething = false;
-    for (const TicketFinding& finding : inputs::examineTicket(ticket, services.get(), probe)) {
+    for (const TicketFinding& finding : inputs::examineTicket(ticket, reader, probe)) {
       namesSomething = namesSomething || finding.isFilm;
       (options.json ? printJson : printForPeople)(ticket, finding, out);
     }

@@ -7,7 +7,7 @@
 #include "VeskPlayerX/ZPSServicesInterface.h"
 #include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
-#include "playerx/app/inputs/TicketCheck.h"
+#include "persistence/ClearTicket.h"
 #include "playerx/app/inputs/TicketFile.h"
 
 namespace playerx::inputs {
@@ -15,6 +15,10 @@ namespace playerx::inputs {
 namespace {
 
 using kvpm::StringTools;
+using persistence::ClearTicket;
+using persistence::TicketFault;
+using persistence::TicketFilm;
+using persistence::TicketProblem;
 
 /// Servers are asked for this many films of a ticket; more are listed without their sizes.
 constexpr std::size_t kMostQuestions = 50;
@@ -39,9 +43,9 @@ TicketFinding problem(int line, const std::string& sentence) {
 
 TicketFinding findingOf(const TicketFilm& film) {
   TicketFinding finding{.isFilm = true,
-                        .line = film.line,
+                        .line = static_cast<int>(film.line),
                         .title = narrow(film.title),
-                        .provider = narrow(film.provider),
+                        .provider = narrow(film.contentProvider),
                         .url = narrow(film.url)};
   if (finding.title.empty()) finding.title = narrow(kvpm::PathTools::getFileName(film.url));
   if (finding.provider.empty()) finding.provider = hostOf(finding.url);
@@ -67,6 +71,28 @@ void addSize(TicketFinding& finding, const reasons::Probe& probe) {
   finding.fits = fits(*finding.size);
 }
 
+std::string sentenceOf(TicketProblem problem, const ClearTicket& ticket) {
+  switch (problem) {
+    case TicketProblem::kEmptyTicket:
+      return "The ticket is empty.";
+    case TicketProblem::kNoHeader:
+      return "A ticket begins with the line TixVeskVersion=1.0.";
+    case TicketProblem::kOtherVersion:
+      return "This ticket's version is " + narrow(ticket.version) + "; only version 1.0 is known.";
+    case TicketProblem::kNoStart:
+      return "There is no line \"start\", so the ticket names no film.";
+    case TicketProblem::kNoUrl:
+      return "This film has no line \"url=\", so it cannot be fetched.";
+    case TicketProblem::kUnclosed:
+      return "This film has no line \"end\".";
+    case TicketProblem::kUnclosedAtStart:
+      return "This film has no line \"end\" before the next \"start\".";
+    case TicketProblem::kEndOutsideABlock:
+      return "There is an \"end\" without a \"start\".";
+  }
+  return {};
+}
+
 std::vector<TicketFinding> protectedFilms(const std::wstring& path,
                                           VeskPlayerX::ZPSServicesInterface& services) {
   std::vector<TicketFinding> findings;
@@ -84,14 +110,14 @@ std::vector<TicketFinding> clearFilms(const std::wstring& path, const reasons::P
   if (isSealedTicket(*text)) {
     return {problem(0, "The online services name no film for this protected ticket.")};
   }
-  const TicketCheck check = checkClearTicket(*text);
+  const ClearTicket contents = persistence::readClearTicket(*text);
   std::vector<TicketFinding> findings;
-  for (const TicketFilm& film : check.films) {
+  for (const TicketFilm& film : contents.films) {
     findings.push_back(findingOf(film));
     if (findings.size() <= kMostQuestions) addSize(findings.back(), probe);
   }
-  for (const TicketProblem& each : check.problems) {
-    findings.push_back(problem(each.line, each.sentence));
+  for (const TicketFault& fault : contents.faults) {
+    findings.push_back(problem(static_cast<int>(fault.line), sentenceOf(fault.problem, contents)));
   }
   return findings;
 }

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string_view>
 
 #include "kvpm/File.h"
 #include "kvpm/StringTools.h"
-#include "playerx/app/inputs/TicketCheck.h"
+#include "persistence/ClearTicket.h"
 #include "playerx/settings/ServicesAddress.h"
 
 namespace playerx::inputs {
@@ -16,8 +17,11 @@ using reasons::Reason;
 
 namespace {
 
-bool isTooLong(const TicketFilm& film) {
-  return std::max({film.title.size(), film.provider.size(), film.url.size()}) > kLongestText;
+/// First line of a ticket that only the online services can read.
+constexpr std::wstring_view kSealedLine = L"VeskSealedTicket 1";
+
+bool isTooLong(const persistence::TicketFilm& film) {
+  return std::max({film.title.size(), film.contentProvider.size(), film.url.size()}) > kLongestText;
 }
 
 bool isFolder(const std::string& path) {
@@ -58,6 +62,10 @@ std::optional<std::wstring> readTicketText(const std::wstring& path, Explanation
   return kvpm::StringTools::uStringToWstring(bytes);
 }
 
+bool isSealedTicket(const std::wstring& text) {
+  return std::wstring_view(text).substr(0, text.find_first_of(L"\n\r")) == kSealedLine;
+}
+
 std::optional<Explanation> refusalOfTicket(const std::wstring& path) {
   Explanation problem;
   const std::optional<std::wstring> text = readTicketText(path, &problem);
@@ -67,14 +75,14 @@ std::optional<Explanation> refusalOfTicket(const std::wstring& path) {
 
 std::optional<Explanation> refusalOfText(const std::wstring& text, bool hasServices) {
   if (isSealedTicket(text) && !hasServices) return explain(Reason::kSealedTicket);
-  const TicketCheck check = checkClearTicket(text);
-  if (check.films.size() > kMostFilms) {
+  const persistence::ClearTicket ticket = persistence::readClearTicket(text);
+  if (ticket.films.size() > kMostFilms) {
     return explain(Reason::kTooManyFilms, {.number = static_cast<int>(kMostFilms)});
   }
-  const auto tooLong = std::find_if(check.films.begin(), check.films.end(), isTooLong);
-  if (tooLong == check.films.end()) return std::nullopt;
-  return explain(Reason::kLongText,
-                 {.words = std::to_string(kLongestText), .number = tooLong->line});
+  const auto tooLong = std::find_if(ticket.films.begin(), ticket.films.end(), isTooLong);
+  if (tooLong == ticket.films.end()) return std::nullopt;
+  return explain(Reason::kLongText, {.words = std::to_string(kLongestText),
+                                     .number = static_cast<int>(tooLong->line)});
 }
 
 }  // namespace playerx::inputs

@@ -20,6 +20,9 @@ constexpr std::size_t kLongestText = 8192;
 /// too large.
 std::optional<std::wstring> readTicketText(const std::wstring& path, reasons::Explanation* problem);
 
+/// Whether this is the text of a protected ticket, which only the online services can read.
+bool isSealedTicket(const std::wstring& text);
+
 /// Why the player does not hand this ticket to the download manager; nullopt when it does, whatever
 /// the manager then makes of it. On the host's thread.
 std::optional<reasons::Explanation> refusalOfTicket(const std::wstring& path);

@@ -11,20 +11,6 @@ namespace playerx::session {
 
 using VeskPlayerX::DownloadManagerInterface;
 
-namespace {
-
-/// The plug-in that offers `id`; null when there is none that can be loaded.
-template <class I>
-std::unique_ptr<KPIM::Helper<I>> load(PluginContext& plugins, const char* id) {
-  auto helper = std::make_unique<KPIM::Helper<I>>(id);
-  const KPIM::Context::PluginInterfaceFilter filter(id);
-  const KPIM::Context::SimplePluginInfoSelector selector;
-  const bool isThere = helper->loadPlugin(&plugins, filter, selector, true) == KPIM::kSuccess;
-  return isThere ? std::move(helper) : nullptr;
-}
-
-}  // namespace
-
 PlayerSession::PlayerSession(const SessionOptions& options, SessionListener listener)
     : places_(setUpPlaces(options)),
       messages_(listener.wake),
@@ -56,10 +42,10 @@ std::string PlayerSession::open(Access access) {
 }
 
 void PlayerSession::start() {
-  const auto settings = load<TransferSettings>(plugins_, DIN_TransferSettings);
+  const auto settings = KPIM::load<TransferSettings>(&plugins_, DIN_TransferSettings);
   const std::string trusted = trustedAuthorities().file;
   if (settings && !trusted.empty()) settings->get()->setTrustFile(trusted);
-  transfers_ = load<TransferReports>(plugins_, DIN_TransferReports);
+  transfers_ = KPIM::load<TransferReports>(&plugins_, DIN_TransferReports);
   ThreadGate::open();
 }
 
@@ -72,7 +58,7 @@ std::optional<TransferReport> PlayerSession::findTransfer(const std::string& add
 std::string PlayerSession::loadManager() {
   // The scheduler starts with the manager; until `start` it must not touch what is looked at here.
   ThreadGate::close();
-  manager_ = load<DownloadManagerInterface>(plugins_, VeskPlayerX::DIN_DownloadManager);
+  manager_ = KPIM::load<DownloadManagerInterface>(&plugins_, VeskPlayerX::DIN_DownloadManager);
   if (manager_) return saved_->loadProblem(manager());
   std::string problem = "The download manager cannot be loaded.";
   for (const std::string& each : plugins_.problems()) problem += " " + each;

@@ -165,10 +165,9 @@ TEST_F(GetCommandTest, AnInterruptBetweenInputsKeepsWhatWasAdded) {
 }
 
 TEST_F(GetCommandTest, WhatPlugInsSayIsPassedOn) {
-  KPIM::Helper<UserMessages> messages(kUserMessagesId);
-  messages.loadPlugin(&session_->plugins(), KPIM::Context::PluginInterfaceFilter(kUserMessagesId),
-                      KPIM::Context::SimplePluginInfoSelector(), true);
-  messages->tellUser("Hello.");
+  const auto messages = KPIM::load<UserMessages>(&session_->plugins(), kUserMessagesId);
+  ASSERT_NE(messages, nullptr);
+  messages->get()->tellUser("Hello.");
   EXPECT_EQ(run({}), kExitDone);
   EXPECT_THAT(reporter_.lines, ElementsAre("Hello."));
 }

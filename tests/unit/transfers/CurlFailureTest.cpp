@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdlib>
 
 #include "playerx/transfers/CurlFailure.h"
 
@@ -55,6 +56,29 @@ TEST(CurlFailureTest, WhereTheServerSentThePlayerIsNotWhatTheUserAskedFor) {
 TEST(CurlFailureTest, AProxyThatRefusesTheTunnelIsNamedByItsStatus) {
   EXPECT_EQ(failureOf({.code = CURLE_RECV_ERROR, .proxyStatus = 407}), failureOfStatus(407));
   EXPECT_EQ(failureOf({.code = CURLE_RECV_ERROR, .proxyStatus = 200}), kDropped);
+}
+
+TEST(CurlFailureTest, ThePeerIsTheOneThatTheWordsName) {
+  EXPECT_EQ(peerOf("", "h").name, "h");
+  EXPECT_EQ(peerOf("Failed to connect to proxy.test port 8080 after 1 ms: No", "h").name,
+            "proxy.test:8080");
+  EXPECT_EQ(peerOf("Failed to connect to films.test port 443 after 1 ms: No", "h").name,
+            "films.test");
+}
+
+TEST(CurlFailureTest, AProxyIsKnownByTheEnvironment) {
+  const std::string words = "Failed to connect to proxy.test port 8080 after 1 ms: No";
+  EXPECT_FALSE(peerOf(words, "h").isProxy);
+  for (const char* proxy : {"http://proxy.test:8080/", "anna:word@proxy.test:8080"}) {
+    ::setenv("all_proxy", proxy, 1);
+    EXPECT_TRUE(peerOf(words, "h").isProxy) << proxy;
+  }
+  ::unsetenv("all_proxy");
+}
+
+TEST(CurlFailureTest, TheWordsOfARequestGoBeforeThoseOfItsCode) {
+  EXPECT_EQ(wordsOf(CURLE_COULDNT_CONNECT, "Failed to connect"), "Failed to connect");
+  EXPECT_EQ(wordsOf(CURLE_COULDNT_CONNECT, ""), curl_easy_strerror(CURLE_COULDNT_CONNECT));
 }
 
 }  // namespace

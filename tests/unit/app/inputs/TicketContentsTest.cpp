@@ -56,6 +56,35 @@ TEST_F(TicketContentsTest, ProblemsComeBehindTheFilms) {
   EXPECT_EQ(findings[1].line, 2);
 }
 
+TEST_F(TicketContentsTest, EachProblemIsSaidInItsOwnWords) {
+  const struct {
+    const char* body;
+    int line;
+    const char* note;
+  } rows[] = {
+      {"", 0, "There is no line \"start\", so the ticket names no film."},
+      {"start\nend\n", 2, "This film has no line \"url=\", so it cannot be fetched."},
+      {"start\nurl=u\n", 2, "This film has no line \"end\"."},
+      {"start\nstart\nurl=http://h/a.avi\nend\n", 2,
+       "This film has no line \"end\" before the next \"start\"."},
+      {"end\nstart\nurl=http://h/a.avi\nend\n", 2, "There is an \"end\" without a \"start\"."},
+  };
+  for (const auto& row : rows) {
+    const TicketFinding last = examine(row.body).back();
+    EXPECT_EQ(last.line, row.line) << row.body;
+    EXPECT_EQ(last.note, row.note) << row.body;
+  }
+}
+
+TEST_F(TicketContentsTest, AHeaderThatDoesNotFitIsNamed) {
+  const auto noteOf = [this](const std::string& text) {
+    return examineTicket(folder_.write("h.tix", text), nullptr, fiveBytes).at(0).note;
+  };
+  EXPECT_EQ(noteOf(" \n"), "The ticket is empty.");
+  EXPECT_EQ(noteOf("start\n"), "A ticket begins with the line TixVeskVersion=1.0.");
+  EXPECT_EQ(noteOf("TixVeskVersion=2\n"), "This ticket's version is 2; only version 1.0 is known.");
+}
+
 TEST_F(TicketContentsTest, AProtectedTicketIsReadByTheServices) {
   VeskDrmTicketData record;
   record.title = L"Secret";

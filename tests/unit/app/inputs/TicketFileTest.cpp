@@ -27,6 +27,17 @@ TEST(TicketFileTest, AFolderIsSaidToBeOne) {
   EXPECT_EQ(problemOf(path), path.string() + " is a folder.");
 }
 
+TEST(TicketFileTest, AProtectedTicketIsKnownByItsFirstLine) {
+  for (const wchar_t* text :
+       {L"VeskSealedTicket 1", L"VeskSealedTicket 1\nabc", L"VeskSealedTicket 1\r\nabc"}) {
+    EXPECT_TRUE(isSealedTicket(text)) << text;
+  }
+  for (const wchar_t* text : {L"", L"TixVeskVersion=1.0\n", L"VeskSealedTicket 10\n",
+                              L" VeskSealedTicket 1\n", L"VeskSealedTicket"}) {
+    EXPECT_FALSE(isSealedTicket(text)) << text;
+  }
+}
+
 TEST(TicketFileTest, AProtectedTicketNeedsTheServices) {
   EXPECT_EQ(refusalOfText(L"VeskSealedTicket 1\nabc", true), std::nullopt);
   EXPECT_EQ(refusalOfText(L"VeskSealedTicket 1\nabc", false),

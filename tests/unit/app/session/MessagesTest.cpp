@@ -23,11 +23,9 @@ TEST(MessagesTest, PlugInsFindThemByTheirId) {
   Messages messages([] {});
   PluginContext context({});
   messages.offerTo(context);
-  KPIM::Helper<UserMessages> found(kUserMessagesId);
-  ASSERT_EQ(found.loadPlugin(&context, KPIM::Context::PluginInterfaceFilter(kUserMessagesId),
-                             KPIM::Context::SimplePluginInfoSelector(), true),
-            KPIM::kSuccess);
-  found->tellUser("Hello.");
+  const auto found = KPIM::load<UserMessages>(&context, kUserMessagesId);
+  ASSERT_NE(found, nullptr);
+  found->get()->tellUser("Hello.");
   EXPECT_THAT(messages.take(), ElementsAre("Hello."));
 }
 
