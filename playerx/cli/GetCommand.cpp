@@ -19,12 +19,12 @@ namespace {
 /// How often the speed of a running transfer is looked at when nothing else happens.
 constexpr std::chrono::milliseconds kSpeedInterval(500);
 
-/// How long to leave the queue alone after a look that took so long: a long queue changes often,
-/// and looking must not take the time that the download needs.
+/// The pause after a look at the queue that took this long: a long queue changes often, and looking
+/// at it must not take the time that the download needs.
 std::chrono::milliseconds restAfter(std::chrono::steady_clock::duration look) {
-  constexpr int kShare = 9;  // of the time is not spent looking, to one part that is
+  constexpr int kPauses = 9;  // as long as the look
   constexpr std::chrono::milliseconds kLongest(200);
-  return std::min(std::chrono::ceil<std::chrono::milliseconds>(kShare * look), kLongest);
+  return std::min(std::chrono::ceil<std::chrono::milliseconds>(kPauses * look), kLongest);
 }
 
 }  // namespace
@@ -122,7 +122,7 @@ void GetCommand::reportSpeed() {
   }
 }
 
-/// False when the item is not flowing, or nobody knows how far it has come.
+/// False when the item is not being transferred, or how far it has come is not known.
 bool GetCommand::measureSpeed(const ItemState& item) {
   if (item.status != DownloadStatusDownloading) return false;
   const std::optional<TransferReport> transfer = session_.findTransfer(item.url);

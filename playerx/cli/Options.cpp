@@ -12,7 +12,7 @@ namespace playerx::cli {
 
 namespace {
 
-/// More items than any queue holds.
+/// Higher positions are typing errors.
 constexpr int kMostItems = 1'000'000;
 
 void addGlobalOptions(CLI::App& app, Options& options) {
@@ -60,7 +60,7 @@ Options::Direction directionOf(const std::string& text) {
   complain("\"" + printable(text) + "\" is no direction; give up, down, top or bottom.");
 }
 
-/// A required argument whose words `take` turns into an option.
+/// A required argument; `take` reads it.
 void addArgument(CLI::App& command, const char* name, const char* help,
                  const std::function<void(const std::string&)>& take) {
   command.add_option_function<std::string>(name, take, help)->required();
@@ -137,8 +137,8 @@ std::string complaintOf(const CLI::App& app, const CLI::ParseError& error) {
   return "The argument " + word + " is one too many; `playerx-cli --help` shows the usage.";
 }
 
-/// What `help`, or `help` with a command, asks about, for those who try it in the place of --help;
-/// null when the arguments say something else.
+/// The command that `help NAME` asks about, or the program for `help` alone; null for all other
+/// arguments.
 const CLI::App* subjectOfHelp(const CLI::App& app, int argc, const char* const* argv) {
   if (argc < 2 || argc > 3 || std::string(argv[1]) != "help") return nullptr;
   if (argc == 2) return &app;

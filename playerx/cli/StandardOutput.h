@@ -10,7 +10,7 @@ namespace playerx::cli {
 /// The module and the libraries below it print diagnostics to standard output. While this object
 /// lives, what they write there goes nowhere, or to standard error, and `stream` is what standard
 /// output was. Build it before anything else prints. The whole process has one, which the main
-/// thread builds and destroys; `stream` is not synchronised. Without a descriptor to be had the
+/// thread builds and destroys; `stream` is not synchronised. When no descriptor is left, the
 /// constructor throws `std::system_error`.
 class StandardOutput {
  public:

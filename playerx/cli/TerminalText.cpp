@@ -9,7 +9,8 @@ namespace {
 
 bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
-/// Whether U+202A..U+202E or U+2066..U+2069, which turn the direction of what follows, stand here.
+/// Whether `text` begins with U+202A..U+202E or U+2066..U+2069, which turn the direction of what
+/// follows.
 bool turnsDirection(std::string_view text) {
   const std::string_view mark = text.substr(0, 3);
   return (mark >= "\xE2\x80\xAA" && mark <= "\xE2\x80\xAE") ||

@@ -78,7 +78,7 @@ class LineReporter : public Reporter {
   std::map<unsigned int, DownloadStatusEnumType> shown_;
 };
 
-/// What stands behind the title in the live line.
+/// The part of the live line after the title.
 std::string progressOf(const ItemState& item, std::uint64_t bytesPerSecond) {
   std::string text =
       progressBar(item.percent, kBarWidth) + " " + std::to_string(item.percent) + " %";

@@ -51,7 +51,7 @@ void WakeUp::releaseInterrupts() {
 
 void WakeUp::raise() {
   const std::uint64_t one = 1;
-  // A full counter means that the wait ends anyway.
+  // Fails only when the counter is full: then the wait ends anyway.
   [[maybe_unused]] const ssize_t written = write(eventFd_, &one, sizeof one);
 }
 

@@ -7,13 +7,14 @@ namespace playerx::cli {
 /// What ended a wait.
 enum class WakeReason { kEvent, kInterrupt, kTimeout };
 
-/// Blocks SIGINT, SIGTERM and SIGHUP in this thread and in all that are started from it, so that
-/// none ends the program before a `WakeUp` takes it. Call it first of all.
+/// Blocks SIGINT, SIGTERM and SIGHUP in this thread and in all that are started from it: they wait
+/// for a `WakeUp` instead of ending the program. Call it first of all.
 void blockInterrupts();
 
 /// The main thread's one place to wait: for events that other threads raise, for Ctrl-C, or for a
 /// time. While it lives, SIGINT, SIGTERM and SIGHUP are blocked in the thread that built it and in
-/// all threads started from there, and are taken as interrupts. Build it before any thread.
+/// all threads started from there, and are taken as interrupts. Build it before any thread is
+/// started.
 class WakeUp {
  public:
   WakeUp();
@@ -27,11 +28,11 @@ class WakeUp {
   /// Ends the present or the next wait. Any thread.
   void raise();
 
-  /// Waits at most `timeout` (negative: without limit) and takes back what was raised. An interrupt
-  /// goes before an event. Main thread only.
+  /// Waits at most `timeout` (negative: no limit) and clears what was raised. An interrupt goes
+  /// before an event. Main thread only.
   WakeReason wait(std::chrono::milliseconds timeout);
 
-  /// Whether an interrupt has come; takes it. Main thread only.
+  /// Whether an interrupt has come; each is told once. Main thread only.
   bool takeInterrupt();
 
   /// Waits for `time`, or less when an interrupt comes; what was raised stays for the next `wait`.

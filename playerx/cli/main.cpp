@@ -99,7 +99,7 @@ int run(const Options& options, bool hasHome) {
 int main(int argc, char** argv) {
   using namespace playerx;
   cli::blockInterrupts();
-  std::signal(SIGXFSZ, SIG_IGN);  // the write that meets a limit says so
+  std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit of file sizes fails instead
   const bool hasHome = session::setHome();
   QCoreApplication application(argc, argv);
   QCoreApplication::setOrganizationName("Vesk");

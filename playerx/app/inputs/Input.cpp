@@ -54,7 +54,7 @@ bool isTicketPath(const std::string& argument) {
 std::optional<Reason> refusalOfAddress(const std::string& address) {
   const AddressFault fault = faultOf(address);
   if (fault == AddressFault::kNotWeb) return Reason::kNoAddress;
-  // The download manager escapes blanks; a control character it cannot carry.
+  // Blanks are escaped by the download manager, so only control characters are refused here.
   const std::optional<Address> parsed = parseAddress(address);
   if (!parsed) return reasons::reasonOf(fault);
   if (parsed->hasCredentials) return Reason::kCredentialsInAddress;

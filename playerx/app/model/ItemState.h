@@ -13,7 +13,7 @@ class DownloadManagerInterface;
 
 namespace playerx::model {
 
-/// What the player shows of one queued item: a value of its own, text in UTF-8.
+/// What the player shows of one queued item: a copy, text in UTF-8.
 struct ItemState {
   unsigned int id = 0;  ///< valid within this run
   std::string title;
@@ -37,7 +37,7 @@ ItemState stateOf(const VeskPlayerX::DownloadItemInterface& item);
 std::vector<ItemState> snapshotOf(VeskPlayerX::DownloadManagerInterface& manager);
 
 /// One word for a status: "paused", "queued", "starting", "downloading", "completed", "stopped",
-/// "failed", "held"; "unknown" for a value that is none of these.
+/// "failed", "held"; "unknown" for any other value.
 const char* statusWord(DownloadStatusEnumType status);
 
 /// Whether the module will still work on an item of this status by itself.

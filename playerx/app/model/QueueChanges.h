@@ -18,7 +18,7 @@ struct QueueChange {
 /// What happened between two looks at the queue, in the present queue's order. An item seen for the
 /// first time is added, and finished or failed as well when it already is; an item whose status
 /// became completed or failed is finished or failed; any other difference is a change. Items that
-/// are gone yield nothing.
+/// are gone are not mentioned.
 std::vector<QueueChange> changesBetween(const std::vector<ItemState>& before,
                                         const std::vector<ItemState>& now);
 

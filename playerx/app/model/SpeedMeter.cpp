@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::chrono::seconds kWindow(5);
 
-/// Reports that come faster than this are not kept one by one.
+/// Of reports closer together than this only the last is kept.
 constexpr std::chrono::milliseconds kSpacing(100);
 
 }  // namespace

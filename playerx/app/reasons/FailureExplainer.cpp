@@ -54,7 +54,7 @@ std::optional<Explanation> explainNotice(const Notice& notice) {
   }
 }
 
-/// A session that was refused at its start has no uid.
+/// Nullopt unless the last transfer is the one that failed; one refused at its start has no uid.
 std::optional<Explanation> explainLastTransfer(const std::optional<TransferReport>& report,
                                                const std::string& address) {
   const bool isBroken = report && (report->phase == TransferPhase::kBroken || report->uid == 0);
@@ -143,7 +143,7 @@ void FailureExplainer::answer(const ItemState& item, Explanation explanation) {
   wake_();
 }
 
-/// Waits for the next question; nullopt at the end.
+/// Waits for the next question; nullopt when the explainer ends.
 std::optional<FailureExplainer::Question> FailureExplainer::takeQuestion() {
   const GuardLock lock(mutex_);
   while (!ends_ && questions_.empty()) asked_.wait(mutex_);

@@ -31,7 +31,7 @@ constexpr int kAnyRefusal = 400;
 constexpr int kAnyServerError = 500;
 
 constexpr Row kRows[] = {
-    {Reason::kNoAddress, "unsupported_url", "This is no address of a film",
+    {Reason::kNoAddress, "unsupported_url", "This is not the address of a film",
      "give one that begins with http:// or https://, or a ticket file (.tix)"},
     {T::kUnsupportedAddress, "unsupported_url", "The address cannot be used",
      "give one that begins with http:// or https:// and names a host"},

@@ -75,7 +75,7 @@ Probe serverProbe(TrustedAuthorities authorities) {
 std::optional<Explanation> explainProbe(const ProbeResult& probe) {
   TransferReport report;
   report.failure = failureOf(probe.end);
-  // One question that broke off does not show a line that breaks again and again.
+  // A single request that broke off does not show that the line breaks again and again.
   if (report.failure == TransferFailure::kDropped) report.failure = TransferFailure::kBadAnswer;
   report.detail = probe.words;
   const std::string host = hostOf(probe.address);

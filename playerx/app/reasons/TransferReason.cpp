@@ -8,7 +8,7 @@ namespace playerx::reasons {
 
 namespace {
 
-/// A proxy that cannot be reached is another reason than a server that cannot.
+/// Tells a proxy that cannot be reached from a server that cannot.
 Explanation explainPeer(const TransferReport& report, const std::string& host, Reason ofServer,
                         Reason ofProxy) {
   const Peer peer = peerOf(report.detail, host);

@@ -41,7 +41,7 @@ Places setUpPlaces(const SessionOptions& options) {
   overrideWith(kServicesAddressKey, QString::fromStdString(options.services));
   overrideWith(kPlayerKey, QString::fromStdString(options.player));
 
-  // The usual folder was noted when the program was loaded; the home folder is known since then.
+  // Named anew because the default was computed when the program was loaded, before `setHome`.
   const QString media = KPXPreferences::getPreferenceHelper<QString>(
       KPXPreferences::MediaFolder, QString::fromStdWString(defaultMoviesFolder()), true);
   overrideWith(KPXPreferences::MediaFolder, media);
@@ -58,7 +58,7 @@ std::vector<std::filesystem::path> pluginFolders(const SessionOptions& options) 
 
 std::optional<std::string> homeFolder(const char* variable, const char* ofAccount) {
   if (isSet(variable)) return variable;
-  // Accounts of services have the root of all files, which is nobody's home.
+  // The accounts of services name "/", which nobody can keep films in.
   if (isSet(ofAccount) && std::string(ofAccount) != "/") return ofAccount;
   return std::nullopt;
 }

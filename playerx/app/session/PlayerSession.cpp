@@ -56,7 +56,7 @@ std::optional<TransferReport> PlayerSession::findTransfer(const std::string& add
 }
 
 std::string PlayerSession::loadManager() {
-  // The scheduler starts with the manager; until `start` it must not touch what is looked at here.
+  // The scheduler starts with the manager and would begin to download at once.
   ThreadGate::close();
   manager_ = KPIM::load<DownloadManagerInterface>(&plugins_, VeskPlayerX::DIN_DownloadManager);
   if (manager_) return saved_->loadProblem(manager());

@@ -25,7 +25,7 @@ namespace {
 
 constexpr char kUnreadableMark[] = ".unreadable";
 
-/// What the next change may add to the file.
+/// Bytes that the next change may add to the file.
 constexpr std::size_t kRoomToGrow = 4096;
 
 SavedItem itemOf(const QXmlStreamAttributes& attributes) {
@@ -108,12 +108,12 @@ std::string SavedQueue::writeProblem() const {
 }
 
 std::string SavedQueue::unsavedChanges(DownloadManagerInterface& manager) const {
-  // The manager may still be putting the last item in its place; a queue that stayed the same
-  // meanwhile has been written as it is, or not at all.
+  // The manager may still be moving the last item; once two looks at the queue agree, what they
+  // show has either been written or cannot be.
   std::vector<ItemState> queue = model::snapshotOf(manager);
   for (;;) {
     if (holdsNow(queue)) return {};
-    // Telling an item what it knows changes nothing, and is written like any change.
+    // Setting a field to its own value has the manager write the queue like any change.
     if (!queue.empty()) manager.setPlayable(queue.back().id, queue.back().playable);
     if (holdsNow(queue)) return {};
     std::vector<ItemState> later = model::snapshotOf(manager);
