@@ -3,21 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstdio>
-#include <ctime>
 #include <memory>
 #include <new>
 #include <utility>
+
+#include "kvsc/HttpTime.h"
 
 namespace kvsc {
 namespace {
 
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kForbiddenBytes{"\r\n\0", 3};
-
-constexpr std::array<const char*, 7> kWeekdays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
 /// The values of the lines that both kinds of request share.
 struct CommonLines {
@@ -32,21 +28,6 @@ std::string optionalLine(std::string_view name, const std::string& value) {
   return value.empty() ? std::string() : std::string(name).append(value).append(kLineEnd);
 }
 
-/// The local time under the label GMT, its day without a leading zero: the servers that answer
-/// 304 were made for exactly this. Empty for a time that no calendar year holds.
-std::string modifiedSinceDate(long seconds) {
-  const std::time_t time = seconds;
-  std::tm local{};
-  ::tzset();
-  if (::localtime_r(&time, &local) == nullptr) return {};
-  std::array<char, 64> text{};
-  std::snprintf(text.data(), text.size(), "%s, %d %s %lld %02d:%02d:%02d GMT",
-                kWeekdays[static_cast<std::size_t>(local.tm_wday)], local.tm_mday,
-                kMonths[static_cast<std::size_t>(local.tm_mon)], 1900LL + local.tm_year,
-                local.tm_hour, local.tm_min, local.tm_sec);
-  return text.data();
-}
-
 std::string contentTypeLine(const std::string& contentType, const std::string& charset) {
   if (contentType.empty()) return {};
   const std::string suffix = charset.empty() ? std::string() : ";charset=" + charset;
@@ -55,7 +36,7 @@ std::string contentTypeLine(const std::string& contentType, const std::string& c
 
 std::string commonLines(const CommonLines& lines) {
   const std::string date =
-      lines.ifModifiedSince > 0 ? modifiedSinceDate(lines.ifModifiedSince) : std::string();
+      lines.ifModifiedSince > 0 ? formatHttpTime(lines.ifModifiedSince) : std::string();
   return optionalLine("If-Modified-Since: ", date) +
          optionalLine("responseType: ", lines.responseType) +
          optionalLine("User-Agent: ", lines.userAgent) +

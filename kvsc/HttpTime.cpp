@@ -2,6 +2,7 @@
 
 #include <array>
 #include <climits>
+#include <cstdio>
 #include <optional>
 
 #include "kvsc/TextScanner.h"
@@ -11,14 +12,12 @@ namespace {
 
 constexpr int kFirstYear = 1900;
 
-constexpr std::array<std::string_view, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-constexpr std::array<std::string_view, 7> kWeekdays = {"Sun", "Mon", "Tue", "Wed",
-                                                       "Thu", "Fri", "Sat"};
+constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr std::array<const char*, 7> kWeekdays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
 
 template <std::size_t kSize>
-std::optional<int> indexOf(const std::array<std::string_view, kSize>& names,
-                           std::string_view name) {
+std::optional<int> indexOf(const std::array<const char*, kSize>& names, std::string_view name) {
   for (std::size_t i = 0; i < kSize; ++i) {
     if (names[i] == name) return static_cast<int>(i);
   }
@@ -62,6 +61,20 @@ std::optional<std::tm> readTime(std::string_view text) {
 std::time_t parseHttpTime(std::string_view text) {
   std::optional<std::tm> time = readTime(text);
   return time ? std::mktime(&*time) : 0;
+}
+
+// The servers that answer 304 expect exactly this form, `ctime` put in another order.
+std::string formatHttpTime(std::time_t time) {
+  std::tm local{};
+  ::tzset();
+  if (::localtime_r(&time, &local) == nullptr) return {};
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%s, %d %s %lld %02d:%02d:%02d GMT",
+                kWeekdays[static_cast<std::size_t>(local.tm_wday)], local.tm_mday,
+                kMonths[static_cast<std::size_t>(local.tm_mon)],
+                static_cast<long long>(local.tm_year) + kFirstYear, local.tm_hour, local.tm_min,
+                local.tm_sec);
+  return text.data();
 }
 
 }  // namespace kvsc

@@ -92,5 +92,19 @@ TEST_F(HttpTimeTest, WordsOfAnyLengthAreBounded) {
   EXPECT_EQ(parseHttpTime("Tue, 05 " + endless + " 2024 10:00:00 GMT"), 0);
 }
 
+TEST_F(HttpTimeTest, ATimeIsWrittenWithoutAZeroInFrontOfTheDay) {
+  EXPECT_EQ(formatHttpTime(1709632800), "Tue, 5 Mar 2024 10:00:00 GMT");
+  EXPECT_EQ(formatHttpTime(1703462400), "Mon, 25 Dec 2023 00:00:00 GMT");
+}
+
+TEST_F(HttpTimeTest, WhatIsWrittenIsReadBackInEveryZone) {
+  for (const char* zone : {"UTC0", "EST5", "CET-1CEST,M3.5.0,M10.5.0/3"}) {
+    useZone(zone);
+    for (std::time_t time = 1; time < 2'000'000'000; time += 98'765'432) {
+      EXPECT_EQ(parseHttpTime(formatHttpTime(time)), time) << zone;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace kvsc
