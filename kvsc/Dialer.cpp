@@ -1,16 +1,19 @@
 #include "kvsc/Dialer.h"
 
+#include <arpa/inet.h>
+#include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <array>
 #include <cerrno>
-#include <cstdint>
+#include <limits>
 #include <utility>
 
 #include "kvsc/OpenSsl.h"
-#include "kvsc/ServicePort.h"
+#include "kvsc/TextScanner.h"
 #include "kvsc/UniqueFd.h"
 #include "kvsc/Waiter.h"
 
@@ -19,6 +22,21 @@ namespace {
 
 // A look-up has no descriptor to poll beside the token's, so it is waited for in slices.
 constexpr std::chrono::milliseconds kLookupSlice{10};
+
+std::optional<std::uint16_t> portNumberIn(const std::string& text) {
+  const std::optional<int> number = TextScanner(text).number();
+  const bool isPort = number && *number > 0 && *number <= std::numeric_limits<std::uint16_t>::max();
+  return isPort ? std::optional(static_cast<std::uint16_t>(*number)) : std::nullopt;
+}
+
+std::optional<std::uint16_t> portOfService(const std::string& name) {
+  std::array<char, 4096> texts{};
+  servent entry{};
+  servent* found = nullptr;
+  getservbyname_r(name.c_str(), "tcp", &entry, texts.data(), texts.size(), &found);
+  if (found == nullptr) return std::nullopt;
+  return ntohs(static_cast<std::uint16_t>(found->s_port));
+}
 
 std::string withoutBrackets(const std::string& host) {
   const bool bracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
@@ -61,6 +79,15 @@ UniqueFd openSocket(const addrinfo& address, Waiter& waiter, int* error) {
 }
 
 }  // namespace
+
+std::optional<std::uint16_t> servicePort(const std::string& port) {
+  // The two that every address stands on do not depend on the system's list of services.
+  if (port == "http") return 80;
+  if (port == "https") return 443;
+  if (port.empty() || port.find('\0') != std::string::npos) return std::nullopt;
+  if (const auto number = portNumberIn(port)) return number;
+  return portOfService(port);
+}
 
 TcpDialer::TcpDialer(StartNameLookup lookup) : lookup_(std::move(lookup)) {}
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "kvsc/NameLookup.h"
@@ -7,6 +9,10 @@
 namespace kvsc {
 
 class Waiter;
+
+/// The TCP port that `port` means: the number from 1 to 65535 that it begins with, as `scanf` reads
+/// it, or else a service name such as "https". Nullopt for anything else. Any thread.
+std::optional<std::uint16_t> servicePort(const std::string& port);
 
 /// Opens the byte stream under a connection.
 ///
