@@ -1,14 +1,32 @@
 // Locking for the crypto library: kept whole for hosts and libraries that still ask for it.
 #include <pthread.h>
 
+#include <atomic>
+#include <memory>
+
+#include "kvpm/CritSection.h"
+#include "kvpm/Mutex.h"
 #include "kvsc/OpenSsl.h"
 #include "kvsc/SSLConnect.h"
-#include "kvsc/SSLConnectState.h"
 
 namespace kvsc {
 namespace {
 
-SSLConnectState& state() { return SSLConnectState::instance(); }
+// What all connections of the process share.
+struct State {
+  kvpm::CritSection section;
+  std::atomic<bool> initialized{false};
+  bool shouldSetupThreads KVPM_GUARDED_BY(section) = true;
+  std::vector<std::shared_ptr<kvpm::Mutex>> mutexes KVPM_GUARDED_BY(section);
+  int connectionCount KVPM_GUARDED_BY(section) = 0;
+};
+
+// Never destroyed: a connection on another thread may outlive the end of the main one, and a module
+// registers no exit handler.
+State& state() {
+  static auto* const state = new State;
+  return *state;
+}
 
 // The lock may be taken in one call and given back in another, which no analysis can follow.
 void applyLock(kvpm::Mutex* mutex, int mode) KVPM_NO_ANALYSIS {
