@@ -12,13 +12,13 @@ CancelToken::~CancelToken() {
 }
 
 void CancelToken::cancel() noexcept {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const kvpm::MutexLock lock(mutex_);
   if (cancelled_.exchange(true, std::memory_order_acq_rel)) return;
   if (fd_ >= 0) eventfd_write(fd_, 1);
 }
 
 void CancelToken::reset() noexcept {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const kvpm::MutexLock lock(mutex_);
   eventfd_t count = 0;
   if (fd_ >= 0) eventfd_read(fd_, &count);
   cancelled_.store(false, std::memory_order_release);

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <atomic>
-#include <mutex>
+
+#include "kvpm/Mutex.h"
 
 namespace kvsc {
 
@@ -31,7 +32,7 @@ class CancelToken {
 
  private:
   const int fd_;
-  std::mutex mutex_;  // keeps the descriptor and the flag of one opinion
+  kvpm::Mutex mutex_;  // held while flag and descriptor change, so that they agree
   std::atomic<bool> cancelled_{false};
 };
 

@@ -4,8 +4,8 @@
 
 #include <array>
 #include <map>
-#include <mutex>
 
+#include "kvpm/Mutex.h"
 #include "kvsc/OpenSsl.h"
 
 namespace kvsc {
@@ -35,8 +35,8 @@ struct Cache {
     return *cache;
   }
 
-  std::mutex mutex;
-  std::map<Digest, CertificatePtr> certificates;
+  kvpm::Mutex mutex;
+  std::map<Digest, CertificatePtr> certificates KVPM_GUARDED_BY(mutex);
 };
 
 }  // namespace
@@ -44,7 +44,7 @@ struct Cache {
 CertificatePtr knownCertificate(const std::string& pem) {
   const Digest digest = digestOf(pem);
   Cache& cache = Cache::instance();
-  const std::lock_guard<std::mutex> lock(cache.mutex);
+  const kvpm::MutexLock lock(cache.mutex);
   const auto found = cache.certificates.find(digest);
   return found != cache.certificates.end() ? share(found->second) : nullptr;
 }
@@ -52,7 +52,7 @@ CertificatePtr knownCertificate(const std::string& pem) {
 void keepCertificate(const std::string& pem, const CertificatePtr& certificate) {
   const Digest digest = digestOf(pem);
   Cache& cache = Cache::instance();
-  const std::lock_guard<std::mutex> lock(cache.mutex);
+  const kvpm::MutexLock lock(cache.mutex);
   if (cache.certificates.size() < kMostKept) {
     cache.certificates.try_emplace(digest, share(certificate));
   }

@@ -5,8 +5,9 @@
 #include <csignal>
 #include <ctime>
 #include <list>
-#include <mutex>
 #include <utility>
+
+#include "kvpm/Mutex.h"
 
 #if defined(__SANITIZE_THREAD__)
 #define KVSC_LOOKUP_ON_OWN_THREAD
@@ -85,18 +86,18 @@ class Abandoned {
   }
 
   void add(std::unique_ptr<Request> request) {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const kvpm::MutexLock lock(mutex_);
     requests_.push_back(std::move(request));
   }
 
   void freeFinished() {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const kvpm::MutexLock lock(mutex_);
     requests_.remove_if([](const auto& request) { return !request->running(); });
   }
 
  private:
-  std::mutex mutex_;
-  std::list<std::unique_ptr<Request> > requests_;
+  kvpm::Mutex mutex_;
+  std::list<std::unique_ptr<Request> > requests_ KVPM_GUARDED_BY(mutex_);
 };
 
 class SystemLookup : public NameLookup {
