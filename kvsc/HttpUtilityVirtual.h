@@ -1,8 +1,10 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "kvpm/Mutex.h"
 #include "kvsc/HttpErrorIds.h"
@@ -15,15 +17,14 @@ struct UTF8Data {
   int length = 0;
 };
 
-/// Base class of whoever collects a response: callbacks for the client that fill memory or a file,
-/// a progress relay, checks of the response, and escaping.
+/// Base class for collecting a response: callbacks for the client that fill memory or a file, a
+/// progress relay, checks of the response, and escaping.
 ///
-/// Owns what it collects. The callbacks run on the transfer's thread while other threads call the
-/// accessors: every change and every copy is whole, so every operation except those of derived
-/// classes is safe on any thread. Byte arrays that are handed out are copies that the
-/// receiver frees with `release`; arrays that are handed in are taken over. The context that the
-/// client passes to a callback is a pointer to this class, not to a derived one. Nothing here
-/// throws but `std::bad_alloc` where a string is returned.
+/// Owns what it collects. The callbacks run on the transfer's thread; every operation is safe on
+/// any thread, and sees or makes each change as a whole. Byte arrays that are returned are copies
+/// that the caller frees with `release`; arrays that are passed in become this object's. The
+/// context that the client passes to a callback is a pointer to this class, not to a derived one.
+/// Nothing here throws but `std::bad_alloc` where a string is returned.
 class HttpUtilityVirtual {
  public:
   using Progress = int (*)(void* context, double downloaded, double total);
@@ -47,59 +48,59 @@ class HttpUtilityVirtual {
   virtual std::string parseResponse(const unsigned char* data, int length) = 0;
 
   /// Checks a response, one line end stripped off its end (`*length` shrinks by it). With
-  /// `checkHtml` an HTML page, as proxies serve in the place of the expected answer, is not ok and
+  /// `checkHtml` an HTML page, which proxies serve in place of the expected answer, is not ok and
   /// sets `*error`; without it `parseResponse` decides and `message` is its text. Returns `*ok`.
   /// `ok` and `error` may be null.
   bool processServerResponse(const unsigned char* data, int* length, bool checkHtml, bool* ok,
                              HttpErrorIds* error, std::string& message);
 
-  /// Keeps the collecting callbacks out while it is held; each takes it for its whole change. The
+  /// Blocks the collecting callbacks while it is held; each holds it for its whole change. The
   /// holder may call every other operation of this class.
   kvpm::Mutex& getMutex() const { return mutex_; }
 
   /// All header lines received, with their line ends.
-  std::string getHeaders() const;
-  void setHeaders(const std::string& headers);
+  std::string getHeaders() const { return headers_.get(); }
+  void setHeaders(const std::string& headers) { headers_.set(headers); }
 
-  /// A copy of the collected bytes; the receiver frees its array with `release`.
+  /// A copy of the collected bytes, its array freed by the caller with `release`.
   UTF8Data getUTF8Data() const;
-  /// Takes the array over and frees the one before. No copy holds on to it.
-  void setUTF8Data(UTF8Data data);
+  /// Becomes the owner of the array and frees the one before.
+  void setUTF8Data(UTF8Data data) { utf8Data_.set(Collected(data.data, data.length)); }
 
-  /// A copy of the collected bytes that the receiver frees with `release`, null for none.
+  /// A copy of the collected bytes that the caller frees with `release`; null when there are none.
   unsigned char* getBuffer(int* length) const;
-  /// Takes the array over and frees the one before.
-  void setBuffer(unsigned char* data, int length);
+  /// Becomes the owner of the array and frees the one before.
+  void setBuffer(unsigned char* data, int length) { buffer_.set(Collected(data, length)); }
 
-  /// Frees an array that this class handed out. Null is allowed.
-  static void release(unsigned char* data);
+  /// Frees an array that this class returned; null is allowed.
+  static void release(unsigned char* data) { delete[] data; }
 
   /// The value of the private request header, "text/xml" unless set.
-  std::string getResponseType() const;
-  void setResponseType(const std::string& responseType);
+  std::string getResponseType() const { return responseType_.get(); }
+  void setResponseType(const std::string& responseType) { responseType_.set(responseType); }
 
-  /// The owner's mark that it no longer wants the response, 0 at first.
-  int getCancelled() const;
-  void setCancelled(int cancelled);
+  /// The owner's note that it no longer wants the response, 0 at first.
+  int getCancelled() const { return cancelled_; }
+  void setCancelled(int cancelled) { cancelled_ = cancelled; }
 
-  Progress getProgress() const;
-  void setProgress(Progress progress);
-  void* getProgressContext() const;
-  void setProgressContext(void* context);
+  Progress getProgress() const { return progress_; }
+  void setProgress(Progress progress) { progress_ = progress; }
+  void* getProgressContext() const { return progressContext_; }
+  void setProgressContext(void* context) { progressContext_ = context; }
 
-  /// Bytes that earlier transfers of the same file brought.
-  double getAmountDownloadedSoFar() const;
-  void setAmountDownloadedSoFar(double bytes);
+  /// Bytes that earlier transfers of the same file received.
+  double getAmountDownloadedSoFar() const { return amountDownloadedSoFar_; }
+  void setAmountDownloadedSoFar(double bytes) { amountDownloadedSoFar_ = bytes; }
 
   /// Bytes of the whole file.
-  double getTotalAmountToDownload() const;
-  void setTotalAmountToDownload(double bytes);
+  double getTotalAmountToDownload() const { return totalAmountToDownload_; }
+  void setTotalAmountToDownload(double bytes) { totalAmountToDownload_ = bytes; }
 
-  /// What the progress callback answered last, 0 at first.
-  int getProgressResult() const;
+  /// What the progress callback returned last, 0 at first.
+  int getProgressResult() const { return progressResult_; }
 
   /// Client callbacks that append to the buffer, the UTF-8 data, the headers. They return the bytes
-  /// taken: all of them, or 0 without a utility or memory.
+  /// taken: all of them, or 0 when there is no utility or no memory.
   static std::size_t writeMemoryCallback(void* data, std::size_t size, std::size_t count,
                                          void* utility);
   static std::size_t writeUTF8MemoryCallback(void* data, std::size_t size, std::size_t count,
@@ -111,9 +112,9 @@ class HttpUtilityVirtual {
   /// of them, or 0 when not all could be written.
   static std::size_t multiWriteFile(void* data, std::size_t size, std::size_t count, void* file);
 
-  /// Client callback that relays progress: the amount of earlier transfers counts as well, and the
-  /// total is the owner's, because the transfer itself knows none. Returns the relay's answer; -1,
-  /// which cancels the transfer, without a relay.
+  /// Client callback that relays progress: the bytes of earlier transfers are added, and the total
+  /// is the owner's, because the transfer itself knows none. Returns what the progress callback
+  /// returns; -1, which cancels the transfer, when there is none.
   static int progressFunction(void* utility, double downloadTotal, double downloadNow,
                               double uploadTotal, double uploadNow);
 
@@ -135,29 +136,55 @@ class HttpUtilityVirtual {
   static void stripCarriageReturnLineFeed(std::string& text);
 
  private:
-  using Bytes = std::unique_ptr<unsigned char[]>;
+  /// A value that any thread may read or change as a whole. Its lock is the innermost.
+  template <typename T>
+  class Guarded {
+   public:
+    explicit Guarded(T value = T()) : value_(std::move(value)) {}
 
-  /// An array with its length.
+    T get() const {
+      return with([](const T& value) { return value; });
+    }
+    void set(T value) {
+      with([&](T& current) { std::swap(current, value); });
+    }
+    template <typename Operation>
+    auto with(Operation operation) const {
+      const kvpm::MutexLock lock(mutex_);
+      return operation(value_);
+    }
+
+   private:
+    mutable kvpm::Mutex mutex_;
+    mutable T value_ KVPM_GUARDED_BY(mutex_);
+  };
+
+  /// An array from `new[]` with its length.
   struct Collected {
-    Bytes data;
+    Collected() = default;
+    Collected(unsigned char* bytes, int count);
+
+    unsigned char* copy(int* count) const;
+    bool append(const void* bytes, std::size_t count);
+
+    std::unique_ptr<unsigned char[]> data;
     int length = 0;
   };
 
-  static Bytes copyOf(const Collected& collected);
-  static bool appendTo(Collected& collected, const void* data, std::size_t length);
+  template <typename Append>
+  static std::size_t collect(void* utility, std::size_t length, Append append);
 
-  mutable kvpm::Mutex mutex_;
-  mutable kvpm::Mutex fieldsMutex_;  // taken last, and for nothing but the fields
-  Collected utf8Data_ KVPM_GUARDED_BY(fieldsMutex_);
-  Collected buffer_ KVPM_GUARDED_BY(fieldsMutex_);
-  std::string headers_ KVPM_GUARDED_BY(fieldsMutex_);
-  std::string responseType_ KVPM_GUARDED_BY(fieldsMutex_) = "text/xml";
-  int cancelled_ KVPM_GUARDED_BY(fieldsMutex_) = 0;
-  Progress progress_ KVPM_GUARDED_BY(fieldsMutex_) = nullptr;
-  void* progressContext_ KVPM_GUARDED_BY(fieldsMutex_) = nullptr;
-  double amountDownloadedSoFar_ KVPM_GUARDED_BY(fieldsMutex_) = 0;
-  double totalAmountToDownload_ KVPM_GUARDED_BY(fieldsMutex_) = 0;
-  int progressResult_ KVPM_GUARDED_BY(fieldsMutex_) = 0;
+  mutable kvpm::Mutex mutex_;  // held by the callbacks around each change
+  Guarded<Collected> utf8Data_;
+  Guarded<Collected> buffer_;
+  Guarded<std::string> headers_;
+  Guarded<std::string> responseType_{"text/xml"};
+  std::atomic<int> cancelled_{0};
+  std::atomic<Progress> progress_{nullptr};
+  std::atomic<void*> progressContext_{nullptr};
+  std::atomic<double> amountDownloadedSoFar_{0};
+  std::atomic<double> totalAmountToDownload_{0};
+  std::atomic<int> progressResult_{0};
 };
 
 }  // namespace kvsc

@@ -76,10 +76,9 @@ unsigned char* HttpUtilityVirtual::urlEncode(const unsigned char* data, int leng
   *outLength = 0;
   if (data == nullptr || length < 1 || length > std::numeric_limits<int>::max() / 3) return nullptr;
   const auto size = static_cast<std::size_t>(length);
-  Bytes encoded(new (std::nothrow) unsigned char[3 * size]);
-  if (!encoded) return nullptr;
-  *outLength = static_cast<int>(escape(data, size, encoded.get()) - encoded.get());
-  return encoded.release();
+  auto* encoded = new (std::nothrow) unsigned char[3 * size];
+  if (encoded != nullptr) *outLength = static_cast<int>(escape(data, size, encoded) - encoded);
+  return encoded;
 }
 
 std::string HttpUtilityVirtual::urlEncode(const std::string& text) {

@@ -128,7 +128,7 @@ TEST_P(Collecting, MayBeReadWhileItGoesOn) {
   transfer.join();
 }
 
-TEST_P(Collecting, WaitsForWhoeverHoldsTheMutex) {
+TEST_P(Collecting, WaitsForTheHolderOfTheMutex) {
   std::size_t taken = 0;
   std::optional<support::LockWaiter> delivery;
   {
@@ -141,7 +141,7 @@ TEST_P(Collecting, WaitsForWhoeverHoldsTheMutex) {
   EXPECT_EQ(collected(), "late");
 }
 
-TEST_P(Collecting, MayBeReadByWhoeverHoldsTheMutex) {
+TEST_P(Collecting, MayBeReadByTheHolderOfTheMutex) {
   deliverPiece("before");
   std::string seen;
   int relayed = 0;
