@@ -20,7 +20,7 @@
 namespace kvsc {
 namespace {
 
-// A look-up has no descriptor to poll beside the token's, so it is waited for in slices.
+// A look-up has no descriptor to poll beside the token's, so the wait for it is cut into slices.
 constexpr std::chrono::milliseconds kLookupSlice{10};
 
 std::optional<std::uint16_t> portNumberIn(const std::string& text) {
@@ -43,10 +43,6 @@ std::string withoutBrackets(const std::string& host) {
   return bracketed ? host.substr(1, host.size() - 2) : host;
 }
 
-int errorOf(Waiter::Outcome outcome) {
-  return outcome == Waiter::Outcome::kCancelled ? ECANCELED : ETIMEDOUT;
-}
-
 void setPort(sockaddr* address, std::uint16_t port) {
   if (address->sa_family == AF_INET) {
     reinterpret_cast<sockaddr_in*>(address)->sin_port = htons(port);
@@ -65,8 +61,8 @@ int pendingError(int fd) {
 int connectSocket(int fd, const addrinfo& address, Waiter& waiter) {
   if (::connect(fd, address.ai_addr, address.ai_addrlen) == 0) return 0;
   if (errno != EINPROGRESS && errno != EINTR) return errno;
-  const Waiter::Outcome outcome = waiter.waitFor(fd, POLLOUT);
-  return outcome == Waiter::Outcome::kReady ? pendingError(fd) : errorOf(outcome);
+  const bool ready = waiter.waitFor(fd, POLLOUT) == Waiter::Outcome::kReady;
+  return ready ? pendingError(fd) : waiter.error();
 }
 
 UniqueFd openSocket(const addrinfo& address, Waiter& waiter, int* error) {
@@ -123,9 +119,8 @@ Addresses TcpDialer::resolve(const std::string& host, Waiter& waiter) {
   const std::unique_ptr<NameLookup> lookup = lookup_(host);
   const auto begin = Waiter::Clock::now();
   while (!lookup->waitFor(kLookupSlice)) {
-    const Waiter::Outcome outcome = waiter.mayGoOn(begin);
-    if (outcome == Waiter::Outcome::kReady) continue;
-    raiseSystemError(errorOf(outcome), "looking up " + host);
+    if (waiter.mayGoOn(begin) == Waiter::Outcome::kReady) continue;
+    raiseSystemError(waiter.error(), "looking up " + host);
     return nullptr;
   }
   int error = 0;

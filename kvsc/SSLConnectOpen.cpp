@@ -1,6 +1,4 @@
 // From the session's settings to an open connection.
-#include <cerrno>
-
 #include "kvsc/Dialer.h"
 #include "kvsc/HttpRequest.h"
 #include "kvsc/NameLookup.h"
@@ -69,7 +67,7 @@ BIO* SSLConnect::open(SSLSession* session) {
 BIO* SSLConnect::dial(SSLSession* session) {
   Waiter waiter = waiterFor(*session);
   if (waiter.mayGoOn(Waiter::Clock::now()) != Waiter::Outcome::kReady) {
-    raiseSystemError(ECANCELED, "connecting");
+    raiseSystemError(waiter.error(), "connecting");
     return nullptr;
   }
   const int fd = dialFor(*session, waiter);

@@ -27,10 +27,6 @@ int fail(int error, const char* what) {
   return -1;
 }
 
-int failWait(Waiter::Outcome outcome, const char* what) {
-  return fail(outcome == Waiter::Outcome::kCancelled ? ECANCELED : ETIMEDOUT, what);
-}
-
 // Whether the call that ended with `error` is to be made once more.
 bool awaitMore(Socket& socket, int error, short events) {
   if (error == EINTR) return true;
@@ -39,15 +35,16 @@ bool awaitMore(Socket& socket, int error, short events) {
 }
 
 int failCall(const Socket& socket, int error, const char* what) {
-  return wouldBlock(error) ? failWait(socket.waiter.outcome(), what) : fail(error, what);
+  return fail(wouldBlock(error) ? socket.waiter.error() : error, what);
 }
 
 int readSocket(BIO* bio, char* data, int size) {
   Socket& socket = socketOf(bio);
   BIO_clear_retry_flags(bio);
-  // A peer that always has one more byte never makes anybody wait, so the limits are asked here.
-  const Waiter::Outcome outcome = socket.waiter.mayGoOn(Waiter::Clock::now());
-  if (outcome != Waiter::Outcome::kReady) return failWait(outcome, "reading");
+  // A peer that always has one more byte never causes a wait, so the limits are checked here too.
+  if (socket.waiter.mayGoOn(Waiter::Clock::now()) != Waiter::Outcome::kReady) {
+    return fail(socket.waiter.error(), "reading");
+  }
   if (data == nullptr || size <= 0) return 0;
   for (;;) {
     const ssize_t count = ::recv(socket.fd.get(), data, static_cast<std::size_t>(size), 0);

@@ -12,9 +12,9 @@ namespace {
 using Clock = Waiter::Clock;
 using Milliseconds = Waiter::Milliseconds;
 
-// How long a wait may last that cannot be woken, because the token has no descriptor.
+// How long a poll may last that a cancel cannot wake, because the token has no descriptor.
 constexpr Milliseconds kBlindSlice{50};
-// A poll takes its time in an int.
+// `poll` takes its time in an int.
 constexpr Milliseconds kLongestPoll{1 << 30};
 
 Clock::time_point after(Clock::time_point begin, Milliseconds limit) {
@@ -37,31 +37,33 @@ Waiter::Waiter(const CancelToken* token, Milliseconds waitLimit, Milliseconds wh
 void Waiter::restart() { wholeEnd_ = after(Clock::now(), wholeLimit_); }
 
 bool Waiter::mayTryAgain() {
-  if (outcome_ == Outcome::kTimedOut && Clock::now() < wholeEnd_) outcome_ = Outcome::kReady;
+  if (outcome_ == Outcome::kTimedOut && Clock::now() < wholeEnd_) end(Outcome::kReady, 0);
   return outcome_ == Outcome::kReady;
 }
 
 Waiter::Outcome Waiter::waitFor(int fd, short events) {
-  if (outcome_ == Outcome::kReady) outcome_ = pollUntil(fd, events, endOfWait(Clock::now()));
-  return outcome_;
+  if (outcome_ != Outcome::kReady) return outcome_;
+  return pollUntil(fd, events, endOfWait(Clock::now()));
 }
 
 Waiter::Outcome Waiter::pause(Milliseconds length) {
   if (outcome_ != Outcome::kReady) return outcome_;
-  if (pollUntil(-1, 0, Clock::now() + length) == Outcome::kCancelled) {
-    outcome_ = Outcome::kCancelled;
-  }
+  // The end of a pause is no time-out.
+  if (pollUntil(-1, 0, Clock::now() + length) == Outcome::kTimedOut) end(Outcome::kReady, 0);
   return outcome_;
 }
 
 Waiter::Outcome Waiter::mayGoOn(Clock::time_point begin) {
   if (outcome_ != Outcome::kReady) return outcome_;
-  if (cancelled()) {
-    outcome_ = Outcome::kCancelled;
-  } else if (Clock::now() >= endOfWait(begin)) {
-    outcome_ = Outcome::kTimedOut;
-  }
+  if (cancelled()) return end(Outcome::kCancelled, ECANCELED);
+  if (Clock::now() >= endOfWait(begin)) return end(Outcome::kTimedOut, ETIMEDOUT);
   return outcome_;
+}
+
+Waiter::Outcome Waiter::end(Outcome outcome, int error) {
+  outcome_ = outcome;
+  error_ = error;
+  return outcome;
 }
 
 Clock::time_point Waiter::endOfWait(Clock::time_point begin) const {
@@ -70,18 +72,21 @@ Clock::time_point Waiter::endOfWait(Clock::time_point begin) const {
 
 bool Waiter::cancelled() const { return token_ != nullptr && token_->isCancelled(); }
 
-Waiter::Outcome Waiter::pollUntil(int fd, short events, Clock::time_point end) {
+Waiter::Outcome Waiter::pollUntil(int fd, short events, Clock::time_point deadline) {
   const int wakeFd = token_ != nullptr ? token_->fd() : -1;
   const bool blind = token_ != nullptr && wakeFd < 0;
   while (!cancelled()) {
-    const Milliseconds left = timeUntil(end);
+    const Milliseconds left = timeUntil(deadline);
     pollfd polled[] = {{fd, events, 0}, {wakeFd, POLLIN, 0}};
     const Milliseconds length = blind ? std::min(left, kBlindSlice) : left;
     const int ready = ::poll(polled, 2, static_cast<int>(length.count()));
+    if (ready < 0 && errno != EINTR) return end(Outcome::kFailed, errno);
     if (ready > 0 && polled[0].revents != 0 && !cancelled()) return Outcome::kReady;
-    if (ready == 0 && length == left && left < kLongestPoll) return Outcome::kTimedOut;
+    if (ready == 0 && length == left && left < kLongestPoll) {
+      return end(Outcome::kTimedOut, ETIMEDOUT);
+    }
   }
-  return Outcome::kCancelled;
+  return end(Outcome::kCancelled, ECANCELED);
 }
 
 }  // namespace kvsc

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <chrono>
 
 namespace kvsc {
@@ -16,28 +17,30 @@ class Waiter {
   using Milliseconds = std::chrono::milliseconds;
 
   enum class Outcome {
-    kReady,      ///< what was waited for has come
-    kTimedOut,   ///< one of the limits is over
+    kReady,      ///< the awaited event has come
+    kTimedOut,   ///< one of the limits has passed
     kCancelled,  ///< the token was cancelled
+    kFailed,     ///< the system refused to wait
   };
 
-  /// `token` is not owned and may be null. A limit of zero or less is none.
+  /// `token` is not owned and may be null. A limit of zero or less means no limit.
   Waiter(const CancelToken* token, Milliseconds waitLimit, Milliseconds wholeLimit);
 
-  /// Lets the limit of the whole begin anew.
+  /// Starts the limit of the whole anew.
   void restart();
 
-  /// Lets every wait from now on end at once: for goodbyes that nobody waits for.
-  void stopWaiting() { outcome_ = Outcome::kTimedOut; }
+  /// Makes every later wait end at once: for a closing message that is sent only if that is
+  /// possible without waiting.
+  void stopWaiting() { end(Outcome::kTimedOut, ETIMEDOUT); }
 
-  /// Forgets a wait that took too long, as long as the whole may go on; returns whether it may: for
-  /// another way to the same goal.
+  /// Forgets a wait that timed out, unless the limit of the whole has passed, so that another
+  /// address can be tried. Returns whether waits may go on.
   bool mayTryAgain();
 
   /// Waits until `fd` shows one of the poll `events`, or an error that the next call on it reports.
   Outcome waitFor(int fd, short events);
 
-  /// Waits for `length`, or until cancelled. The limits play no part.
+  /// Waits for `length`, or until cancelled. The limits do not apply.
   Outcome pause(Milliseconds length);
 
   /// Whether the wait that began at `begin` may go on (`kReady`): for waits on something without a
@@ -47,16 +50,21 @@ class Waiter {
   /// `kReady` until a wait has ended badly.
   Outcome outcome() const { return outcome_; }
 
+  /// The errno value of the wait that ended badly, such as `ETIMEDOUT`; 0 before.
+  int error() const { return error_; }
+
  private:
   Clock::time_point endOfWait(Clock::time_point begin) const;
   bool cancelled() const;
-  Outcome pollUntil(int fd, short events, Clock::time_point end);
+  Outcome end(Outcome outcome, int error);
+  Outcome pollUntil(int fd, short events, Clock::time_point deadline);
 
   const CancelToken* token_;
   Milliseconds waitLimit_;
   Milliseconds wholeLimit_;
   Clock::time_point wholeEnd_;
   Outcome outcome_ = Outcome::kReady;
+  int error_ = 0;
 };
 
 }  // namespace kvsc

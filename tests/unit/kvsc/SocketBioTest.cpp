@@ -13,6 +13,7 @@
 #include "kvsc/OpenSsl.h"
 #include "kvsc/SocketBio.h"
 #include "kvsc/UniqueFd.h"
+#include "tests/unit/kvsc/FailingPoll.h"
 
 namespace kvsc {
 namespace {
@@ -146,6 +147,16 @@ TEST_F(SocketBioTest, AStreamThatAlwaysHasOneMoreByteEndsWithTheWhole) {
   } while (count_ > 0 && reads < 100'000'000);
   EXPECT_EQ(count_, -1);
   EXPECT_EQ(takeErrno(), ETIMEDOUT);
+}
+
+TEST_F(SocketBioTest, AWaitThatTheSystemRefusesIsAFailureWithItsError) {
+  BIO* bio = bio_.get();
+  char byte = 0;
+  {
+    const FailingPoll failing;
+    EXPECT_EQ(BIO_read(bio, &byte, 1), -1);
+  }
+  EXPECT_EQ(takeErrno(), EINVAL);
 }
 
 TEST_F(SocketBioTest, AWriteToAGonePeerFailsWithoutASignal) {

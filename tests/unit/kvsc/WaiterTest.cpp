@@ -9,6 +9,7 @@
 #include "kvsc/CancelToken.h"
 #include "kvsc/UniqueFd.h"
 #include "kvsc/Waiter.h"
+#include "tests/unit/kvsc/FailingPoll.h"
 
 namespace kvsc {
 namespace {
@@ -180,6 +181,36 @@ TEST_F(WaiterTest, ATokenWithoutADescriptorEndsAWaitToo) {
   std::thread other([&] { blind.cancel(); });
   EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kCancelled);
   other.join();
+}
+
+TEST_F(WaiterTest, AWaitThatTheSystemRefusesEndsAtOnceWithItsError) {
+  Waiter waiter(&token_, kNever, kNever);
+  {
+    const FailingPoll failing;
+    EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kFailed);
+  }
+  EXPECT_EQ(waiter.error(), EINVAL);
+  EXPECT_FALSE(waiter.mayTryAgain());
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kFailed);
+}
+
+TEST_F(WaiterTest, APauseThatTheSystemRefusesEndsAtOnceWithItsError) {
+  Waiter waiter(&token_, kNever, kNever);
+  const FailingPoll failing;
+  EXPECT_EQ(waiter.pause(kLong), Outcome::kFailed);
+  EXPECT_EQ(waiter.error(), EINVAL);
+}
+
+TEST_F(WaiterTest, EachBadEndHasItsErrorNumber) {
+  Waiter waiter(&token_, kSoon, kNever);
+  EXPECT_EQ(waiter.error(), 0);
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
+  EXPECT_EQ(waiter.error(), ETIMEDOUT);
+  EXPECT_TRUE(waiter.mayTryAgain());
+  EXPECT_EQ(waiter.error(), 0);
+  token_.cancel();
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kCancelled);
+  EXPECT_EQ(waiter.error(), ECANCELED);
 }
 
 }  // namespace
