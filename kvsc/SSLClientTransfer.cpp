@@ -82,9 +82,12 @@ bool SSLClient::writeEncrypted(SSLSession* session, const unsigned char* data, i
   return false;
 }
 
+// An attempt goes on where the one before was cut short: what was sent must not be sent again.
 bool SSLClient::writePlain(SSLSession* session, const unsigned char* data, int length) {
+  int sent = 0;
   for (int attempt = 1;; ++attempt) {
-    if (BIO_write(session->getConnect(), data, length) > 0) return true;
+    if (BIO_write(session->getConnect(), data + sent, length - sent) > 0) return true;
+    sent += bytesSentBy(session->getConnect());
     if (attempt == kWriteAttempts || !pause(session, kWritePause)) return false;
     ERR_clear_error();
   }

@@ -16,6 +16,7 @@ struct Socket {
   UniqueFd fd;
   Waiter waiter;
   bool atEnd = false;
+  int sent = 0;  // by the last write
 };
 
 Socket& socketOf(BIO* bio) { return *static_cast<Socket*>(BIO_get_data(bio)); }
@@ -58,18 +59,18 @@ int readSocket(BIO* bio, char* data, int size) {
 int writeSocket(BIO* bio, const char* data, int size) {
   Socket& socket = socketOf(bio);
   BIO_clear_retry_flags(bio);
-  int sent = 0;
-  while (sent < size) {
-    const auto left = static_cast<std::size_t>(size - sent);
-    const ssize_t count = ::send(socket.fd.get(), data + sent, left, MSG_NOSIGNAL);
+  socket.sent = 0;
+  while (socket.sent < size) {
+    const auto left = static_cast<std::size_t>(size - socket.sent);
+    const ssize_t count = ::send(socket.fd.get(), data + socket.sent, left, MSG_NOSIGNAL);
     if (count >= 0) {
-      sent += static_cast<int>(count);
+      socket.sent += static_cast<int>(count);
       continue;
     }
     const int error = errno;
     if (!awaitMore(socket, error, POLLOUT)) return failCall(socket, error, "writing");
   }
-  return sent;
+  return socket.sent;
 }
 
 long controlSocket(BIO* bio, int command, long, void* target) {
@@ -117,6 +118,13 @@ const Kind& socketKind() {
   return kind;
 }
 
+// The socket in a chain of BIOs, null when there is none.
+Socket* socketIn(BIO* bio) {
+  const int type = socketKind().type;
+  BIO* socket = bio != nullptr && type != 0 ? BIO_find_type(bio, type) : nullptr;
+  return socket != nullptr ? &socketOf(socket) : nullptr;
+}
+
 }  // namespace
 
 BioPtr newSocketBio(int fd, const Waiter& waiter) {
@@ -130,9 +138,13 @@ BioPtr newSocketBio(int fd, const Waiter& waiter) {
 }
 
 Waiter* waiterOf(BIO* bio) {
-  const int type = socketKind().type;
-  BIO* socket = bio != nullptr && type != 0 ? BIO_find_type(bio, type) : nullptr;
-  return socket != nullptr ? &socketOf(socket).waiter : nullptr;
+  Socket* socket = socketIn(bio);
+  return socket != nullptr ? &socket->waiter : nullptr;
+}
+
+int bytesSentBy(BIO* bio) {
+  const Socket* socket = socketIn(bio);
+  return socket != nullptr ? socket->sent : 0;
 }
 
 }  // namespace kvsc

@@ -195,6 +195,17 @@ TEST_F(SocketBioTest, OnlyThisKindHasAWaiter) {
   const BioPtr memory(BIO_new(BIO_s_mem()));
   EXPECT_EQ(waiterOf(memory.get()), nullptr);
   EXPECT_EQ(waiterOf(nullptr), nullptr);
+  EXPECT_EQ(bytesSentBy(memory.get()), 0);
+}
+
+TEST_F(SocketBioTest, AWriteThatFailsTellsHowFarItCame) {
+  EXPECT_EQ(BIO_write(bio_.get(), "whole", 5), 5);
+  EXPECT_EQ(bytesSentBy(bio_.get()), 5);
+  useWaiter(Waiter(&token_, kSoon, kNever));
+  const std::string bytes(16 << 20, 'x');
+  EXPECT_EQ(BIO_write(bio_.get(), bytes.data(), static_cast<int>(bytes.size())), -1);
+  EXPECT_GT(bytesSentBy(bio_.get()), 0);
+  EXPECT_LT(bytesSentBy(bio_.get()), static_cast<int>(bytes.size()));
 }
 
 TEST_F(SocketBioTest, AChainIsSearchedForIt) {
