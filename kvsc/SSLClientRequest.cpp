@@ -139,7 +139,8 @@ bool SSLClient::isSafe(const Request& request, const SSLSession& session, const 
 }
 
 HttpErrorIds SSLClient::connectFailure(SSLSession* session) {
-  const bool certificate = isCertificateFailure(ERR_peek_error());
+  // The first error decides, except that the check of a forged list leaves errors of its own first.
+  const bool certificate = wasRefusedByList() || isCertificateFailure(ERR_peek_error());
   collectErrors();
   close(session);
   if (session->isCancelled()) return HTTP_ERROR_CANCELLED;

@@ -13,6 +13,8 @@
 
 namespace kvsc {
 
+struct CrlVerdict;
+
 /// Opens one TCP connection, through a proxy's tunnel and under TLS as the session asks, checks the
 /// peer, and keeps what the last response's headers said.
 ///
@@ -119,6 +121,9 @@ class SSLConnect {
   /// Locks that `lockingFunction` knows.
   static std::size_t getLockCount();
 
+  /// Whether a revocation list ended the last handshake.
+  bool wasRefusedByList() const { return refusedByList_; }
+
   void clearResponseHeaders() { responseHeaders_.clear(); }
   void addDownloaded(int bytes);
 
@@ -133,6 +138,7 @@ class SSLConnect {
   static void countConnection(int change);
 
   bool fail(const char* text);
+  void noteVerdict(const CrlVerdict& verdict);
   int reportException(const char* text) noexcept;
   bool readCertificates();
   bool prepareChecks(SSL_CTX* context, const SSLSession& session, std::string* password);
@@ -147,6 +153,7 @@ class SSLConnect {
   std::map<std::string, std::string> responseHeaders_;
   ErrorCallback errorCallback_ = nullptr;
   std::string errorString_;
+  bool refusedByList_ = false;
   CertificatePtr caCert_;
   CertificatePtr clientCert_;
   KeyPtr clientKey_;

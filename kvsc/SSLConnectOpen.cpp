@@ -38,6 +38,7 @@ bool sendServerName(SSL* ssl, std::string host) {
 BIO* SSLConnect::connect(SSLSession* session) {
   try {
     ERR_clear_error();
+    refusedByList_ = false;
     return open(session);
   } catch (...) {
     session->setHandshakeOwner(nullptr);

@@ -6,11 +6,6 @@
 namespace kvsc {
 namespace {
 
-void tellOwner(const SSLSession& session, const std::string& text) {
-  SSLConnect* owner = session.getHandshakeOwner();
-  if (owner != nullptr && !text.empty()) owner->setErrorString(text);
-}
-
 // What there is to say about a refused certificate. It is built where a debugger finds it, and
 // dropped: the handshake's end is reported by `connect` under its own name, and the library's error
 // queue tells the certificate apart from other reasons.
@@ -39,9 +34,15 @@ int SSLConnect::crlCheck(int ok, X509_STORE_CTX* context, SSLSession* session) {
   if (session == nullptr || session->getCrlStore() == nullptr) return ok;
   const CrlVerdict verdict =
       checkAgainstCrls(X509_STORE_CTX_get_current_cert(context), session->getCrlStore());
-  tellOwner(*session, verdict.text);
+  SSLConnect* owner = session->getHandshakeOwner();
+  if (owner != nullptr) owner->noteVerdict(verdict);
   if (verdict.storeError != 0) X509_STORE_CTX_set_error(context, verdict.storeError);
   return verdict.accepted ? ok : 0;
+}
+
+void SSLConnect::noteVerdict(const CrlVerdict& verdict) {
+  if (!verdict.text.empty()) errorString_ = verdict.text;
+  if (!verdict.accepted) refusedByList_ = true;
 }
 
 long SSLConnect::postConnectionCheck(SSL* ssl, const std::string& host) {
