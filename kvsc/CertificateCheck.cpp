@@ -92,6 +92,10 @@ bool hasOtherCommonName(const X509* certificate, const std::string& host) {
   return bytesOf(X509_NAME_ENTRY_get_data(X509_NAME_get_entry(subject, place))) != host;
 }
 
+bool isForHost(const X509* certificate, const std::string& host) {
+  return hasDnsName(certificate, host) || !hasOtherCommonName(certificate, host);
+}
+
 std::string nameLine(const X509_NAME* name) {
   std::array<char, 256> line{};
   X509_NAME_oneline(name, line.data(), static_cast<int>(line.size()));

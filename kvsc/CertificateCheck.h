@@ -20,8 +20,12 @@ CrlVerdict checkAgainstCrls(X509* certificate, X509_STORE* store);
 /// Whether one of the certificate's subjectAltName entries is this DNS name, byte for byte.
 bool hasDnsName(const X509* certificate, const std::string& host);
 
-/// Whether the certificate's subject has a common name, and that is another than `host`.
+/// Whether the certificate's subject has a common name, and one that is not `host`.
 bool hasOtherCommonName(const X509* certificate, const std::string& host);
+
+/// Whether the certificate may stand for `host`: one of its DNS names is the host, or its common
+/// name does not contradict it.
+bool isForHost(const X509* certificate, const std::string& host);
 
 /// Issuer or subject as one line of at most 255 characters, for messages only.
 std::string nameLine(const X509_NAME* name);

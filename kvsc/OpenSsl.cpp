@@ -26,6 +26,14 @@ bool boundVersions(SSL_CTX* context, SSLMethodProtocolType family) {
          SSL_CTX_set_max_proto_version(context, 0) == 1;
 }
 
+// Called before a new handshake is granted, which may come many times within a single read.
+void boundRenegotiations(const SSL* ssl, int where, int) {
+  auto* connection = const_cast<SSL*>(ssl);
+  if ((where & SSL_CB_HANDSHAKE_START) == 0) return;
+  if (SSL_num_renegotiations(connection) < kMostRenegotiations) return;
+  SSL_set_options(connection, SSL_OP_NO_RENEGOTIATION);
+}
+
 bool isNewer(const X509_CRL* one, const X509_CRL* other) {
   return ASN1_TIME_compare(X509_CRL_get0_lastUpdate(one), X509_CRL_get0_lastUpdate(other)) > 0;
 }
@@ -58,6 +66,11 @@ SslContextPtr newClientContext(SSLMethodProtocolType family) {
   SSL_CTX_set_options(context.get(), SSL_OP_NO_TICKET | SSL_OP_NO_RENEGOTIATION);
   SSL_CTX_set_read_ahead(context.get(), 1);
   return context;
+}
+
+void allowRenegotiations(SSL* ssl) {
+  SSL_clear_options(ssl, SSL_OP_NO_RENEGOTIATION);
+  SSL_set_info_callback(ssl, boundRenegotiations);
 }
 
 KeyPtr readRsaKey(BIO* pem, pem_password_cb* callback, void* userData) {

@@ -25,6 +25,12 @@ void startCryptoLibrary();
 /// bounds choose. Null for SSLv2, which no library has, and for values that name no family.
 SslContextPtr newClientContext(SSLMethodProtocolType family);
 
+/// Lets a server that was verified ask for a new handshake under TLS 1.2, as it does to see a
+/// client certificate for some of its paths, but only `kMostRenegotiations` times. Contexts made
+/// here refuse it otherwise.
+inline constexpr int kMostRenegotiations = 3;
+void allowRenegotiations(SSL* ssl);
+
 /// A verify depth of one issuer: the issuer itself used to be counted, now only what stands between
 /// it and the server's certificate.
 inline constexpr int kVerifyDepthOfOneIssuer = 0;

@@ -150,7 +150,10 @@ HttpErrorIds SSLClient::connectFailure(SSLSession* session) {
 HttpErrorIds SSLClient::checkPeer(const Request& request, SSLSession* session) {
   if (!session->getCheckCertificate()) return HTTP_ERROR_NONE;
   const long verdict = postConnectionCheck(session->getSsl(), session->getHost());
-  if (verdict == X509_V_OK) return HTTP_ERROR_NONE;
+  if (verdict == X509_V_OK) {
+    allowRenegotiations(session->getSsl());
+    return HTTP_ERROR_NONE;
+  }
   const std::string text = X509_verify_cert_error_string(verdict);
   if (request.printsMismatch) std::puts(text.c_str());
   return failed(text);

@@ -6,6 +6,16 @@
 namespace kvsc {
 namespace {
 
+// Whether a renegotiation comes up with the certificate of another host: the check after connecting
+// has only seen the first one.
+bool hasChangedHost(SSL* ssl, X509_STORE_CTX* context, const SSLSession& session) {
+  if (SSL_num_renegotiations(ssl) == 0 || X509_STORE_CTX_get_error_depth(context) != 0)
+    return false;
+  if (isForHost(X509_STORE_CTX_get_current_cert(context), session.getHost())) return false;
+  X509_STORE_CTX_set_error(context, X509_V_ERR_APPLICATION_VERIFICATION);
+  return true;
+}
+
 // What there is to say about a refused certificate. It is built where a debugger finds it, and
 // dropped: the handshake's end is reported by `connect` under its own name, and the library's error
 // queue tells the certificate apart from other reasons.
@@ -22,6 +32,7 @@ int SSLConnect::verifyCallback(int ok, X509_STORE_CTX* context) {
     SSL* ssl = sslOf(context);
     auto* session = ssl != nullptr ? static_cast<SSLSession*>(SSL_get_app_data(ssl)) : nullptr;
     if (ssl != nullptr) ok = crlCheck(ok, context, session);
+    if (ok != 0 && session != nullptr && hasChangedHost(ssl, context, *session)) ok = 0;
     if (ok != 0) return ok;
     describeRefusal(context, session);
   } catch (...) {
@@ -47,8 +58,7 @@ void SSLConnect::noteVerdict(const CrlVerdict& verdict) {
 
 long SSLConnect::postConnectionCheck(SSL* ssl, const std::string& host) {
   const X509* certificate = ssl != nullptr ? peerCertificateOf(ssl) : nullptr;
-  if (certificate == nullptr) return X509_V_ERR_APPLICATION_VERIFICATION;
-  if (!hasDnsName(certificate, host) && hasOtherCommonName(certificate, host)) {
+  if (certificate == nullptr || !isForHost(certificate, host)) {
     return X509_V_ERR_APPLICATION_VERIFICATION;
   }
   return SSL_get_verify_result(ssl);

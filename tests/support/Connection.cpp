@@ -63,6 +63,19 @@ void Connection::startTls() {
   throw PeerGone();
 }
 
+void Connection::renegotiate() {
+  if (!channel_.renegotiate()) throw PeerGone();
+  update_([&](ConnectionRecord& record) {
+    ++record.renegotiations;
+    record.clientSubject = subjectOf(channel_.ssl());
+  });
+}
+
+void Connection::present(const Identity& identity) {
+  SSL_use_certificate(channel_.ssl(), identity.certificate.get());
+  SSL_use_PrivateKey(channel_.ssl(), identity.key.get());
+}
+
 std::string Connection::read(std::size_t size) {
   std::string bytes = channel_.read(size);
   if (!bytes.empty()) update_([&](ConnectionRecord& record) { record.received += bytes; });

@@ -24,6 +24,7 @@ struct ConnectionRecord {
   std::string protocol;       ///< "TLSv1.3"
   std::string cipher;
   bool resumed = false;  ///< the peer came back with an earlier session
+  int renegotiations = 0;
 };
 
 /// One connection of a scripted server, as the steps of a script see it. Every operation waits for
@@ -55,6 +56,11 @@ class Connection {
   void drip(std::string_view bytes, std::chrono::milliseconds interval);
 
   void startTls();
+  /// Asks for another handshake with a client certificate, under TLS 1.2. The record counts those
+  /// that the peer went through; after one that it refused the line is dead.
+  void renegotiate();
+  /// Presents another certificate in the next handshake.
+  void present(const Identity& identity);
 
   void waitFor(const Gate& gate);
   /// Does nothing until the server stops or the peer goes away; reads nothing.

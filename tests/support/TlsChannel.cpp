@@ -112,6 +112,20 @@ bool TlsChannel::startTls(SSL_CTX* context, void* appData) {
   }
 }
 
+bool TlsChannel::renegotiate() {
+  ERR_clear_error();
+  SSL_set_verify(ssl_.get(), SSL_VERIFY_PEER, &acceptAnyCertificate);
+  SSL_set_options(ssl_.get(), SSL_OP_NO_SESSION_RESUMPTION_ON_RENEGOTIATION);
+  SSL_renegotiate(ssl_.get());
+  int result = SSL_do_handshake(ssl_.get());  // sends the request for it
+  char unused = 0;
+  while (SSL_renegotiate_pending(ssl_.get()) == 1) {
+    result = SSL_peek(ssl_.get(), &unused, 1);
+    if (result <= 0 && SSL_renegotiate_pending(ssl_.get()) == 1 && !waitAfter(result)) return false;
+  }
+  return true;
+}
+
 std::string TlsChannel::read(std::size_t size) {
   std::string bytes(size, '\0');
   while (fd_) {

@@ -52,6 +52,9 @@ class TlsChannel {
   bool startTls(SSL_CTX* context, void* appData);
   const std::string& handshakeError() const { return handshakeError_; }
   SSL* ssl() const { return ssl_.get(); }
+  /// Whether the peer goes through another handshake (TLS 1.2), in which it is asked for a
+  /// certificate.
+  bool renegotiate();
 
   /// At most `size` bytes; "" when the peer has ended its stream.
   std::string read(std::size_t size);
