@@ -2,7 +2,9 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
+#include <thread>
 
 #include "kvpm/CritSection.h"
 #include "kvpm/Mutex.h"
@@ -12,12 +14,41 @@
 namespace kvsc {
 namespace {
 
+// A lock that is taken in one call and given back in another.
+class LibraryLock {
+ public:
+  void apply(int mode) {
+    const kvpm::MutexLock lock(mutex_);
+    if ((mode & kCryptoLockBit) != 0) {
+      while (holder_ != std::thread::id() && !retired_) changed_.wait(mutex_);
+      holder_ = std::this_thread::get_id();
+    } else if (holder_ == std::this_thread::get_id()) {
+      holder_ = std::thread::id();
+      changed_.notify_one();
+    }
+  }
+
+  // Without locking nobody will give the lock back: a thread that waits for it goes on, as every
+  // later call does.
+  void retire() {
+    const kvpm::MutexLock lock(mutex_);
+    retired_ = true;
+    changed_.notify_all();
+  }
+
+ private:
+  kvpm::Mutex mutex_;
+  std::condition_variable_any changed_;
+  std::thread::id holder_ KVPM_GUARDED_BY(mutex_);
+  bool retired_ KVPM_GUARDED_BY(mutex_) = false;
+};
+
 // What all connections of the process share.
 struct State {
   kvpm::CritSection section;
   std::atomic<bool> initialized{false};
   bool shouldSetupThreads KVPM_GUARDED_BY(section) = true;
-  std::vector<std::shared_ptr<kvpm::Mutex>> mutexes KVPM_GUARDED_BY(section);
+  std::vector<std::shared_ptr<LibraryLock>> locks KVPM_GUARDED_BY(section);
   int connectionCount KVPM_GUARDED_BY(section) = 0;
 };
 
@@ -28,27 +59,17 @@ State& state() {
   return *state;
 }
 
-// The lock may be taken in one call and given back in another, which no analysis can follow.
-void applyLock(kvpm::Mutex* mutex, int mode) KVPM_NO_ANALYSIS {
-  if (mutex == nullptr) return;
-  if ((mode & kCryptoLockBit) != 0) {
-    mutex->lock();
-  } else {
-    mutex->unlock();
-  }
-}
-
-// Shared, so that a mutex outlives the list for whoever is waiting for it.
-std::shared_ptr<kvpm::Mutex> mutexAt(int n) {
+// Shared, so that a lock outlives the list for a thread that is still using it.
+std::shared_ptr<LibraryLock> lockAt(int n) {
   const kvpm::CritLock lock(state().section);
-  const bool known = n >= 0 && static_cast<std::size_t>(n) < state().mutexes.size();
-  return known ? state().mutexes[static_cast<std::size_t>(n)] : nullptr;
+  const bool known = n >= 0 && static_cast<std::size_t>(n) < state().locks.size();
+  return known ? state().locks[static_cast<std::size_t>(n)] : nullptr;
 }
 
 }  // namespace
 
 struct SSLConnect::DynamicLock {
-  kvpm::Mutex mutex;
+  LibraryLock lock;
 };
 
 int SSLConnect::getConnectionCount() {
@@ -70,7 +91,7 @@ bool SSLConnect::getShouldSetupThreads() {
 
 std::size_t SSLConnect::getLockCount() {
   const kvpm::CritLock lock(state().section);
-  return state().mutexes.size();
+  return state().locks.size();
 }
 
 void SSLConnect::initializeOnce() {
@@ -89,26 +110,26 @@ void SSLConnect::doNotSetupThreads() {
 void SSLConnect::setupThreads() {
   const kvpm::CritLock lock(state().section);
   if (!state().shouldSetupThreads) return;
-  for (int i = 0; i < kCryptoLocks; ++i) {
-    state().mutexes.push_back(std::make_shared<kvpm::Mutex>());
-  }
+  for (int i = 0; i < kCryptoLocks; ++i) state().locks.push_back(std::make_shared<LibraryLock>());
 }
 
 void SSLConnect::cleanupThreads() {
   const kvpm::CritLock lock(state().section);
-  if (state().shouldSetupThreads) state().mutexes.clear();
+  if (!state().shouldSetupThreads) return;
+  for (const auto& retired : state().locks) retired->retire();
+  state().locks.clear();
 }
 
 unsigned long SSLConnect::idFunction() { return pthread_self(); }
 
 void SSLConnect::lockingFunction(int mode, int n, const char*, int) {
-  applyLock(mutexAt(n).get(), mode);
+  if (const auto lock = lockAt(n)) lock->apply(mode);
 }
 
 SSLConnect::DynamicLock* SSLConnect::dynCreateFunction(const char*, int) { return new DynamicLock; }
 
 void SSLConnect::dynLockFunction(int mode, DynamicLock* lock, const char*, int) {
-  if (lock != nullptr) applyLock(&lock->mutex, mode);
+  if (lock != nullptr) lock->lock.apply(mode);
 }
 
 void SSLConnect::dynDestroyFunction(DynamicLock* lock, const char*, int) { delete lock; }

@@ -7,6 +7,7 @@
 
 #include "kvsc/OpenSsl.h"
 #include "kvsc/SSLConnect.h"
+#include "tests/support/LockWaiter.h"
 
 namespace kvsc {
 namespace {
@@ -85,6 +86,35 @@ TEST_F(FreshProcessTest, TheLocksAreTakenDownAndSetUpAgain) {
     SSLConnect::lockingFunction(kCryptoLockBit, 0, "", 0);
     SSLConnect::setupThreads();
     exitUnless(Bare::getLockCount() == std::size_t{kCryptoLocks}, 2);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(FreshProcessTest, AThreadThatWaitsForALockGoesOnWhenTheLocksAreTakenDown) {
+  const auto run = [] {
+    const SSLConnect connect("LOCALHOST");
+    SSLConnect::lockingFunction(kCryptoLockBit, 0, "", 0);
+    support::LockWaiter waiter([] { SSLConnect::lockingFunction(kCryptoLockBit, 0, "", 0); });
+    exitUnless(waiter.isHeldUp(), 1);
+    SSLConnect::cleanupThreads();
+    waiter.join();
+    SSLConnect::lockingFunction(kUnlock, 0, "", 0);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(FreshProcessTest, ALockThatWasHeldWhenTheyWereTakenDownIsNotMistakenForItsSuccessor) {
+  const auto run = [] {
+    const SSLConnect connect("LOCALHOST");
+    SSLConnect::lockingFunction(kCryptoLockBit, 0, "", 0);
+    SSLConnect::cleanupThreads();
+    SSLConnect::setupThreads();
+    std::thread([] { SSLConnect::lockingFunction(kCryptoLockBit, 0, "", 0); }).join();
+    SSLConnect::lockingFunction(kUnlock, 0, "", 0);
+    support::LockWaiter waiter([] { SSLConnect::lockingFunction(kCryptoLockBit, 0, "", 0); });
+    exitUnless(waiter.isHeldUp(), 1);
     std::_Exit(0);
   };
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
