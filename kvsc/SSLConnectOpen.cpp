@@ -1,11 +1,12 @@
 // From the session's settings to an open connection.
+#include <array>
+
 #include "kvsc/Dialer.h"
 #include "kvsc/HttpRequest.h"
 #include "kvsc/NameLookup.h"
 #include "kvsc/OpenSsl.h"
 #include "kvsc/SSLConnect.h"
 #include "kvsc/SocketBio.h"
-#include "kvsc/Tunnel.h"
 
 namespace kvsc {
 namespace {
@@ -24,11 +25,35 @@ int dialFor(const SSLSession& session, Waiter& waiter) {
   return dialer->dial(session.getProxyURL(), std::to_string(session.getProxyPort()), waiter);
 }
 
-// The server's name goes out in the clear greeting, so that it can choose its certificate. Only
-// names do: an address is none, and a name's trailing dot is not part of it.
+std::string tunnelRequest(const SSLSession& session) {
+  return "CONNECT " + session.getHost() + ":" + session.getPort() +
+         " HTTP/1.0\r\n"
+         "User-Agent: " +
+         session.getUserAgent() +
+         "\r\n"
+         "Host: " +
+         session.getHost() +
+         "\r\n"
+         "Content-Length: 0\r\n"
+         "Proxy-Connection: Keep-Alive\r\n"
+         "Pragma: no-cache\r\n\r\n";
+}
+
+// Asks the proxy for a tunnel to the server. Its answer is read once and ignored, so only a wait
+// that ended badly is a failure.
+bool openTunnel(BIO* bio, const SSLSession& session) {
+  const std::string request = tunnelRequest(session);
+  std::array<char, 4096> answer{};
+  BIO_write(bio, request.data(), static_cast<int>(request.size()));
+  BIO_read(bio, answer.data(), static_cast<int>(answer.size()));
+  return waiterOf(bio)->outcome() == Waiter::Outcome::kReady;
+}
+
+// Server name indication lets the server choose its certificate. It is defined for names only, not
+// for addresses, and without a trailing dot.
 bool sendServerName(SSL* ssl, std::string host) {
   if (host.ends_with('.')) host.pop_back();
-  // A name begins with no bracket, an address may.
+  // An IPv6 address may come in brackets.
   if (host.empty() || host.front() == '[' || numericAddress(host)) return true;
   return SSL_set_tlsext_host_name(ssl, host.c_str()) == 1;
 }
@@ -42,7 +67,7 @@ BIO* SSLConnect::connect(SSLSession* session) {
     return open(session);
   } catch (...) {
     session->setHandshakeOwner(nullptr);
-    keepText("SSLConnect::connect() Unknown exception caught");
+    storeText("SSLConnect::connect() Unknown exception caught");
     return nullptr;
   }
 }
@@ -60,7 +85,7 @@ BIO* SSLConnect::open(SSLSession* session) {
   BIO* bio = dial(session);
   if (bio == nullptr) return nullptr;
   if (!session->getProxyURL().empty() && !openTunnel(bio, *session)) return nullptr;
-  if (session->getUseSSL()) return shakeHands(session);
+  if (session->getUseSSL()) return handshake(session);
   session->setHandshakeOwner(nullptr);
   return bio;
 }
@@ -77,7 +102,7 @@ BIO* SSLConnect::dial(SSLSession* session) {
   return session->getConnect();
 }
 
-BIO* SSLConnect::shakeHands(SSLSession* session) {
+BIO* SSLConnect::handshake(SSLSession* session) {
   SSL* ssl = SSL_new(session->getSslContext());
   if (ssl == nullptr) return nullptr;
   session->setHandshakeOwner(this);

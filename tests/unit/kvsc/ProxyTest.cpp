@@ -60,6 +60,41 @@ TEST_F(ScriptedProxyTest, WithoutAPortTheServicesNameIsSent) {
   EXPECT_EQ(proxy_.ended().received.find("CONNECT films.example:https HTTP/1.0\r\n"), 0u);
 }
 
+TEST_F(ScriptedProxyTest, ThePortIsSentAsTheAddressSpellsIt) {
+  for (const char* port : {"", "08443"}) {
+    ScriptedServer proxy;
+    proxy.next(Script().readRequest().close());
+    useProxy(client_, proxy.port());
+    client_.get("https://films.example:" + std::string(port) + "/film");
+    const std::string line = "CONNECT films.example:" + std::string(port) + " HTTP/1.0\r\n";
+    EXPECT_EQ(proxy.ended().received.find(line), 0u) << port;
+  }
+}
+
+TEST_F(ScriptedProxyTest, TheUserAgentLineIsThereWithoutAUserAgent) {
+  proxy_.next(tunnel(kEstablished));
+  EXPECT_EQ(client_.get("https://films.example/film"), kSuccess);
+  EXPECT_NE(proxy_.ended().received.find("\r\nUser-Agent: \r\nHost:"), std::string::npos);
+}
+
+TEST_F(ScriptedProxyTest, OneReadTakes4096BytesOfTheAnswer) {
+  proxy_.next(tunnel(std::string(4096, 'x')));
+  EXPECT_EQ(client_.get("https://films.example/film"), kSuccess);
+  ScriptedServer proxy;
+  proxy.next(Script().readRequest().send(std::string(4096 + 5, 'x')).readToEnd());
+  useProxy(client_, proxy.port());
+  EXPECT_EQ(
+      client_.get("https://films.example/film"),
+      (Outcome{HTTP_ERROR_FAILED, handshakeText("0A00010B:SSL routines::wrong version number")}));
+}
+
+TEST_F(ScriptedProxyTest, AnEndInsteadOfAnAnswerLeadsOnToTheHandshake) {
+  proxy_.next(Script().readRequest().close());
+  EXPECT_EQ(client_.get("https://films.example/film"),
+            (Outcome{HTTP_ERROR_FAILED,
+                     handshakeText("0A000126:SSL routines::unexpected eof while reading")}));
+}
+
 TEST_F(ScriptedProxyTest, TheServersNameIsIndicatedThroughTheTunnel) {
   proxy_.next(tunnel(kEstablished));
   EXPECT_EQ(client_.get("https://films.example/film"), kSuccess);
