@@ -9,7 +9,7 @@
 
 namespace kvsc {
 
-/// One kind of text in all environments.
+/// One kind of text for each environment.
 struct CAInfo::Material {
   const MaskedText& production;
   const MaskedText& jtest;
@@ -40,7 +40,7 @@ std::string CAInfo::getClientPEM() const {
   return textOf({kProductionKey, kJtestKey, kItestKey, kEtestKey, kLocalhostKey});
 }
 
-/// The last environment that matches wins; production stands where none does.
+/// The last environment that matches wins; without a match it is production.
 std::string CAInfo::textOf(const Material& material) const {
   const std::array<std::pair<const char*, const MaskedText*>, 4> others = {{
       {"JTEST", &material.jtest},

@@ -6,11 +6,11 @@
 
 namespace kvsc {
 
-/// Ends the waits of an exchange from outside: one side cancels, the other polls.
+/// Ends the waits of an exchange from another thread: one side cancels, the other polls.
 ///
-/// Owned by whoever may cancel; must outlive every session it was given to. All operations may be
-/// called from any thread and never wait. A cancel stays until `reset`, so one that comes before
-/// the exchange begins is not lost.
+/// Owned by the canceller; must outlive every session it was given to. All operations may be called
+/// from any thread and never block. A cancel lasts until `reset`, so one that comes before the
+/// exchange starts is not lost.
 class CancelToken {
  public:
   CancelToken();
@@ -21,13 +21,13 @@ class CancelToken {
   /// Ends every wait that polls this token, now and until `reset`.
   void cancel() noexcept;
 
-  /// Takes the cancel back. Called between exchanges, not while one is to be ended.
+  /// Undoes the cancel. Called between exchanges, not while one is being cancelled.
   void reset() noexcept;
 
   bool isCancelled() const noexcept { return cancelled_.load(std::memory_order_acquire); }
 
-  /// Readable exactly while cancelled; never read from it. -1 when the system had no descriptor to
-  /// give: then a wait has to ask `isCancelled` from time to time.
+  /// Readable exactly while cancelled; must not be read. -1 when the system had no descriptor left:
+  /// then a wait has to check `isCancelled` from time to time.
   int fd() const noexcept { return fd_; }
 
  private:

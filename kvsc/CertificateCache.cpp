@@ -14,7 +14,7 @@ namespace {
 // A program has a handful of environments with two certificates each.
 constexpr std::size_t kMostKept = 32;
 
-// What stands for a text, so that none of them lies readable in memory for as long as the process.
+// The key of a text: the text itself would stay readable in memory as long as the process lives.
 using Digest = std::array<unsigned char, SHA256_DIGEST_LENGTH>;
 
 Digest digestOf(const std::string& pem) {
@@ -41,7 +41,7 @@ struct Cache {
 
 }  // namespace
 
-CertificatePtr knownCertificate(const std::string& pem) {
+CertificatePtr cachedCertificate(const std::string& pem) {
   const Digest digest = digestOf(pem);
   Cache& cache = Cache::instance();
   const kvpm::MutexLock lock(cache.mutex);
@@ -49,7 +49,7 @@ CertificatePtr knownCertificate(const std::string& pem) {
   return found != cache.certificates.end() ? share(found->second) : nullptr;
 }
 
-void keepCertificate(const std::string& pem, const CertificatePtr& certificate) {
+void cacheCertificate(const std::string& pem, const CertificatePtr& certificate) {
   const Digest digest = digestOf(pem);
   Cache& cache = Cache::instance();
   const kvpm::MutexLock lock(cache.mutex);

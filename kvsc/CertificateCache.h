@@ -6,14 +6,14 @@
 
 namespace kvsc {
 
-/// The certificates that the process has read from PEM texts. Reading one takes longer than a whole
-/// plain exchange, and every client begins with the same two. Of a text only its SHA-256 digest is
-/// kept, which no other text shares. May be called from any thread.
+// A cache of the certificates that the process has read from PEM texts: parsing one takes longer
+// than a whole plain exchange, and every client starts with the same two. The key is the text's
+// SHA-256 digest. Any thread.
 
-/// The certificate of this very text, shared with whoever else has it; null when none was kept.
-CertificatePtr knownCertificate(const std::string& pem);
+/// A shared reference to the certificate read from this text; null when it is not cached.
+CertificatePtr cachedCertificate(const std::string& pem);
 
-/// Keeps the certificate of a text, as long as there are few.
-void keepCertificate(const std::string& pem, const CertificatePtr& certificate);
+/// Caches the certificate read from this text, unless the cache is full.
+void cacheCertificate(const std::string& pem, const CertificatePtr& certificate);
 
 }  // namespace kvsc

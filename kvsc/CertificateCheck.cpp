@@ -14,7 +14,7 @@ struct NamesFree {
 };
 using Names = std::unique_ptr<GENERAL_NAMES, NamesFree>;
 
-// With its length: a zero byte inside must not end the comparison.
+// With the length: a zero byte inside must not end a comparison.
 std::string_view bytesOf(const ASN1_STRING* text) {
   const auto* data = reinterpret_cast<const char*>(ASN1_STRING_get0_data(text));
   return {data, static_cast<std::size_t>(ASN1_STRING_length(text))};
@@ -32,7 +32,7 @@ CrlVerdict refuse(const std::string& text, int storeError = X509_V_OK) {
   return CrlVerdict{false, text, storeError};
 }
 
-// The list that the certificate has issued itself.
+// Checks the list that the certificate itself has issued.
 CrlVerdict checkOwnList(X509* certificate, X509_CRL* crl, const std::string& issuer) {
   EVP_PKEY* key = X509_get0_pubkey(certificate);
   if (key == nullptr || X509_CRL_verify(crl, key) != 1) {

@@ -5,10 +5,11 @@
 namespace kvsc {
 namespace {
 
-/// Next state of the keystream; cmake/MaskCredentials.cmake knows the same rule.
+/// Next state of the keystream; cmake/MaskCredentials.cmake uses the same rule.
 std::uint32_t next(std::uint32_t state) { return (state * 1103515245U + 12345U) & 0x7fffffffU; }
 
-/// Overwrites in a way that a compiler cannot leave out, although nobody reads what is written.
+/// Overwrites through a volatile pointer, so that the compiler cannot drop writes that are never
+/// read.
 void fill(volatile char* bytes, std::size_t length, char value) {
   for (std::size_t i = 0; i < length; ++i) bytes[i] = value;
 }

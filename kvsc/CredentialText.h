@@ -8,9 +8,9 @@
 
 namespace kvsc {
 
-/// The work buffer in which a credential's text is rebuilt. Used by one thread, on its stack; it
-/// leaves 0xFF bytes in its place, so that no copy stays there. Masked texts fit: the build sees to
-/// it.
+/// The work buffer in which a credential's text is rebuilt. Used by one thread, on its stack; its
+/// destructor overwrites it with 0xFF bytes, so that no copy stays there. The build checks that
+/// every masked text fits.
 class CredentialText {
  public:
   static constexpr std::size_t kCapacity = 2048;
@@ -20,8 +20,8 @@ class CredentialText {
   CredentialText& operator=(const CredentialText&) = delete;
   ~CredentialText();
 
-  /// Puts the text in the place of the one before, of which nothing is left. A text longer than the
-  /// buffer is cut off at its end.
+  /// Replaces the text; nothing is left of the one before. A text longer than the buffer is cut
+  /// off.
   void produce(const MaskedText& masked);
 
   /// A copy of the text.

@@ -15,7 +15,7 @@ std::unique_ptr<char[]> zeroedArray(unsigned size) {
 }  // namespace
 
 int DataBuffer::Alloc(unsigned size) {
-  data_.reset();  // before the new one is made, which may need its memory
+  data_.reset();  // first, because the new one may need its memory
   std::unique_ptr<char[]> fresh = zeroedArray(size);
   if (!fresh) {
     size_ = 0;
@@ -29,7 +29,7 @@ int DataBuffer::Alloc(unsigned size) {
 int DataBuffer::ReAlloc(unsigned size) {
   std::unique_ptr<char[]> grown = zeroedArray(size);
   if (!grown) return -1;
-  // The note of the bytes in use may say more than there are.
+  // `dataSize_` may exceed the capacity.
   std::copy_n(data_.get(), std::min({dataSize_, size_, size}), grown.get());
   adopt(std::move(grown), size);
   return 0;

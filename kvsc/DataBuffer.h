@@ -6,10 +6,10 @@ namespace kvsc {
 
 /// The growable byte buffer that holds received data.
 ///
-/// Owns its bytes; used by one thread at a time. What is handed in must not lie in the buffer.
-/// Growth reallocates to the exact size, without doubling: the client asks for its read size once
-/// and keeps it. Nothing throws: a failed allocation answers -1. How many bytes are in use is
-/// noted as the owner says, even beyond the capacity; nothing here reads so far.
+/// Owns its bytes; used by one thread at a time. Bytes that are passed in must not lie in the
+/// buffer. Growth reallocates to the exact size, without doubling: the client allocates its read
+/// size once and keeps it. Nothing throws: a failed allocation returns -1. The owner may set the
+/// number of bytes in use to any value, even beyond the capacity; nothing here reads that far.
 class DataBuffer {
  public:
   DataBuffer() = default;
@@ -17,18 +17,18 @@ class DataBuffer {
   DataBuffer& operator=(const DataBuffer&) = delete;
   virtual ~DataBuffer() = default;
 
-  /// Replaces the array by one of exactly `size` zero bytes, which may be none; the note of the
-  /// bytes in use stays. Returns 0, or -1 with an empty buffer.
+  /// Replaces the array with one of exactly `size` zero bytes (0 is allowed); the number of bytes
+  /// in use stays. Returns 0, or -1 with an empty buffer.
   int Alloc(unsigned size);
 
-  /// Like `Alloc`, but the bytes in use are carried over as far as they fit. Returns 0, or -1 with
-  /// the buffer as it was.
+  /// Like `Alloc`, but copies the bytes in use as far as they fit. Returns 0, or -1 with the buffer
+  /// unchanged.
   int ReAlloc(unsigned size);
 
   /// Frees the array.
   void Free();
 
-  /// Adds `length` bytes after those in use. Returns 0, or -1 with the buffer as it was.
+  /// Adds `length` bytes after those in use. Returns 0, or -1 with the buffer unchanged.
   int append(const char* data, unsigned length);
 
   /// Replaces the content, in the same array when that is large enough. Returns 0, or -1 with an
@@ -45,10 +45,10 @@ class DataBuffer {
   /// Bytes in use.
   unsigned getDataSize() const { return dataSize_; }
 
-  /// Takes note of bytes that were written to the array directly.
+  /// Sets the number of bytes in use, for bytes that were written to the array directly.
   void setDataSize(unsigned dataSize) { dataSize_ = dataSize; }
 
-  /// Arrays made since the buffer was constructed or freed.
+  /// Number of allocations since the buffer was constructed or freed.
   unsigned getAllocations() const { return allocations_; }
 
  private:

@@ -77,7 +77,7 @@ UniqueFd openSocket(const addrinfo& address, Waiter& waiter, int* error) {
 }  // namespace
 
 std::optional<std::uint16_t> servicePort(const std::string& port) {
-  // The two that every address stands on do not depend on the system's list of services.
+  // These two must not depend on the system's list of services.
   if (port == "http") return 80;
   if (port == "https") return 443;
   if (port.empty() || port.find('\0') != std::string::npos) return std::nullopt;
@@ -109,7 +109,7 @@ int TcpDialer::dial(const std::string& host, const std::string& port, Waiter& wa
 }
 
 Addresses TcpDialer::resolve(const std::string& host, Waiter& waiter) {
-  // An empty name would stand for this machine, a name with a NUL for the part before it.
+  // The resolver takes an empty name for this machine and cuts a name at a zero byte.
   if (host.empty() || host.find('\0') != std::string::npos) {
     raiseLookupError("no such host: an empty name or one with a zero byte");
     return nullptr;

@@ -30,10 +30,10 @@ class Dialer {
   virtual int dial(const std::string& host, const std::string& port, Waiter& waiter) = 0;
 };
 
-/// Dials over TCP: every address that the system knows for the host, one after the other.
+/// Dials over TCP: tries every address of the host, one after the other.
 class TcpDialer : public Dialer {
  public:
-  /// `lookup` starts the look-up of a name; an address in numbers needs none.
+  /// `lookup` starts the look-up of a name; numeric addresses are not looked up.
   explicit TcpDialer(StartNameLookup lookup = startSystemLookup);
 
   int dial(const std::string& host, const std::string& port, Waiter& waiter) override;

@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kForbiddenBytes{"\r\n\0", 3};
 
-/// The values of the lines that both kinds of request share.
+/// The values of the lines that both kinds of request have in common.
 struct CommonLines {
   long ifModifiedSince;
   const std::string& responseType;
@@ -43,7 +43,7 @@ std::string commonLines(const CommonLines& lines) {
          contentTypeLine(lines.contentType, lines.charset);
 }
 
-/// A new array of the three pieces, `dataLength` bytes reserved for the middle one.
+/// Joins three pieces in a new array; the middle one occupies `dataLength` bytes even when null.
 unsigned char* join(std::string_view first, const unsigned char* data, int dataLength,
                     std::string_view second, int* outLength) {
   const auto reserved = static_cast<std::size_t>(std::max(dataLength, 0));
@@ -66,7 +66,7 @@ const unsigned char* bytesOf(const std::string& text) {
   return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// Takes the array over and frees it.
+/// Turns the array into a string and frees it.
 std::string takeText(unsigned char* request, int length) {
   const std::unique_ptr<unsigned char[]> owner(request);
   return {reinterpret_cast<const char*>(request), static_cast<std::size_t>(length)};
@@ -76,8 +76,8 @@ bool isOneLine(std::string_view text) {
   return text.find_first_of(kForbiddenBytes) == std::string_view::npos;
 }
 
-/// Whether each piece between two line ends is a line of its own, none of them empty: an empty one
-/// would end the header block early.
+/// Whether the text consists of lines separated by line ends, with no empty line, which would end
+/// the header block early.
 bool areHeaderLines(std::string_view text) {
   while (true) {
     const std::size_t end = text.find(kLineEnd);
@@ -101,7 +101,7 @@ int HttpRequest::parseUri(std::string uri, std::string* host, std::string* port,
                           bool* isHttps) {
   const std::size_t colon = uri.find(':');
   if (colon == std::string::npos) return -1;
-  // Anywhere in the address, not at its start alone: "ftp://host/http-file" is plain HTTP.
+  // Anywhere in the address, not only at its start: "ftp://host/http-file" is plain HTTP.
   const std::string lower = lowerCased(uri);
   const bool secure = lower.find("https") != std::string::npos;
   if (!secure && lower.find("http") == std::string::npos) return -1;

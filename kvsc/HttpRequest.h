@@ -16,7 +16,7 @@ namespace kvsc {
 /// request whose length does not fit an `int`.
 class HttpRequest {
  public:
-  /// The arguments of a request that end up in its header lines, as `findForbidden` sees them.
+  /// The texts of a request that become part of its header block, for `findForbidden`.
   struct Texts {
     std::string_view method = {};
     std::string_view host = {};
@@ -32,20 +32,20 @@ class HttpRequest {
   /// Splits `uri`. Returns 0 on success and -1 on failure: no ":", neither "http" nor "https"
   /// anywhere, or no "//" after the first ":". `port` is the scheme word, a service name, unless
   /// the address names a port. An '@' or '#' stays part of the host or path. On failure the
-  /// out-parameters hold what was found so far. None of them may be null.
+  /// out-parameters hold what was found so far. They must not be null.
   static int parseUri(std::string uri, std::string* host, std::string* port, std::string* path,
                       bool* isHttps);
 
   /// The reason why these texts must not be sent, as one sentence, or an empty string when they
   /// may. A text with a CR, LF or zero byte would smuggle lines into the request or cut it short.
   /// `extraHeaders` alone may hold "\r\n", between its headers: never at its ends, never twice in a
-  /// row. The generators do not ask this question; whoever sends asks it first.
+  /// row. The generators do not check this; the sender does.
   static std::string findForbidden(const Texts& texts);
 
   /// Request for any method but POST. `data` lands directly after the path, as the query text of a
   /// GET (with the "?" or "&" that it needs). `dataLength` is counted even when `data` is null (the
   /// array then ends in as many zero bytes), so no data goes with 0; below 0 counts as 0.
-  /// `ifModifiedSince` is in seconds since 1970, 0 or less for none.
+  /// `ifModifiedSince` is in seconds since 1970; 0 or less leaves the header out.
   static unsigned char* generateRequest(std::string method, std::string host, std::string path,
                                         int* outLength, long ifModifiedSince,
                                         std::string responseType, std::string userAgent,

@@ -12,7 +12,7 @@ struct MaskedText {
   std::uint32_t seed;
 };
 
-/// The set that this program was built with. Made from PEM files by the build.
+/// The set that this program was built with, generated from PEM files by the build.
 namespace credentials {
 
 extern const MaskedText kProductionCa;

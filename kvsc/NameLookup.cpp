@@ -30,8 +30,8 @@ addrinfo streamHints(int flags) {
 
 #ifdef KVSC_LOOKUP_ON_OWN_THREAD
 
-// ThreadSanitizer crashes on threads that the C library starts by itself, so that under it the
-// calling thread has to ask.
+// ThreadSanitizer crashes on threads that the C library starts, so under it the calling thread asks
+// the resolver.
 class DirectLookup : public NameLookup {
  public:
   explicit DirectLookup(const std::string& host) {
@@ -57,7 +57,7 @@ using SystemLookup = DirectLookup;
 
 #else
 
-// What the C library holds on to while it asks.
+// Everything that the C library refers to while it works on a look-up.
 struct Request {
   explicit Request(const std::string& host) : name(host), hints(streamHints(0)) {
     block.ar_name = name.c_str();
@@ -76,8 +76,8 @@ struct Request {
   gaicb block{};
 };
 
-// Requests that nobody waits for any more but the C library still works on. Never destroyed: it may
-// do so until the process ends.
+// Abandoned look-ups that the C library is still working on. Never destroyed: it may work on them
+// until the process ends.
 class Abandoned {
  public:
   static Abandoned& instance() {

@@ -9,17 +9,17 @@
 
 namespace kvsc {
 
-/// Gives a list of addresses back to the C library, which allocated it.
+/// Frees a list of addresses from `getaddrinfo`.
 struct AddressesFree {
   void operator()(addrinfo* addresses) const { freeaddrinfo(addresses); }
 };
 
-/// What a host name stands for: a list of stream socket addresses without a port.
+/// The addresses of a host: a list of stream socket addresses without a port.
 using Addresses = std::unique_ptr<addrinfo, AddressesFree>;
 
-/// A host name on its way to its addresses. Used by one thread.
+/// A host name look-up in progress. Used by one thread.
 ///
-/// Destroying it abandons the look-up without waiting for it.
+/// Destroying it abandons the look-up without waiting.
 class NameLookup {
  public:
   NameLookup() = default;
@@ -27,7 +27,7 @@ class NameLookup {
   NameLookup& operator=(const NameLookup&) = delete;
   virtual ~NameLookup() = default;
 
-  /// Waits until the answer is there, at most for `limit`. Returns whether it is.
+  /// Waits for the answer, at most for `limit`. Returns whether it is there.
   virtual bool waitFor(std::chrono::milliseconds limit) = 0;
 
   /// Once the answer is there: the addresses; null with a `getaddrinfo` error number otherwise.
@@ -36,16 +36,15 @@ class NameLookup {
 
 using StartNameLookup = std::function<std::unique_ptr<NameLookup>(const std::string& host)>;
 
-/// Asks the system. The threads that do so belong to the C library and run none of our code, so an
-/// abandoned look-up leaves nothing of ours behind but the memory of its answer, which a later call
-/// frees.
+/// Asks the system's resolver. Its threads belong to the C library and run none of our code, so an
+/// abandoned look-up leaves behind only the memory of its answer, which a later call frees.
 std::unique_ptr<NameLookup> startSystemLookup(const std::string& host);
 
-/// The loopback addresses for "localhost" in any case, with or without its trailing dot, which no
-/// name server needs to be asked for; null for every other name.
+/// The loopback addresses for "localhost" in any case, with or without a trailing dot, without
+/// asking a name server; null for every other name.
 Addresses localhostAddresses(const std::string& host);
 
-/// The addresses that `host` spells out as numbers; null when it is a name.
+/// The address that `host` spells in numbers; null when it is a name.
 Addresses numericAddress(const std::string& host);
 
 }  // namespace kvsc

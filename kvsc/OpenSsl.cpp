@@ -17,7 +17,7 @@ struct CrlsFree {
 
 bool boundVersions(SSL_CTX* context, SSLMethodProtocolType family) {
   if (family == TLSV1) {
-    // Its signatures are below every level but the lowest: at another it could only fail.
+    // Its signatures are below every level but the lowest; at any other it could only fail.
     SSL_CTX_set_security_level(context, 0);
     return SSL_CTX_set_min_proto_version(context, TLS1_VERSION) == 1 &&
            SSL_CTX_set_max_proto_version(context, TLS1_VERSION) == 1;
@@ -38,7 +38,7 @@ bool isNewer(const X509_CRL* one, const X509_CRL* other) {
   return ASN1_TIME_compare(X509_CRL_get0_lastUpdate(one), X509_CRL_get0_lastUpdate(other)) > 0;
 }
 
-// The file is named by hand: the compiler's own name for it holds the path of the build.
+// The file is named by hand: `__FILE__` would contain the path of the build.
 void raise(int library, int reason, const std::string& what) {
   ERR_new();
   ERR_set_debug("kvsc", 0, nullptr);

@@ -14,15 +14,15 @@
 
 namespace kvsc {
 
-// What OpenSSL 3 does not offer, or means differently, under the names that the client uses. All
-// functions are safe on any thread; an error stays in the calling thread's error queue.
+// What OpenSSL 3 no longer offers, or defines differently. All functions are safe on any thread; an
+// error stays in the calling thread's error queue.
 
-/// `SSL_library_init` and `SSL_load_error_strings`: one call now, which the library also makes by
-/// itself.
+/// `SSL_library_init` and `SSL_load_error_strings`: one call now, which the library would also make
+/// by itself.
 void startCryptoLibrary();
 
-/// `SSLv2_method` to `TLSv1_method`: there is one method for every version, and the context's
-/// bounds choose. Null for SSLv2, which no library has, and for values that name no family.
+/// `SSLv2_method` to `TLSv1_method`: there is one method for all versions, and the context's bounds
+/// choose. Null for SSLv2, which no library has, and for values that are no family.
 SslContextPtr newClientContext(SSLMethodProtocolType family);
 
 /// Lets a server that was verified ask for a new handshake under TLS 1.2, as it does to see a
@@ -31,8 +31,8 @@ SslContextPtr newClientContext(SSLMethodProtocolType family);
 inline constexpr int kMostRenegotiations = 3;
 void allowRenegotiations(SSL* ssl);
 
-/// A verify depth of one issuer: the issuer itself used to be counted, now only what stands between
-/// it and the server's certificate.
+/// A verify depth of one issuer: the count used to include the issuer itself, now only the
+/// certificates between it and the server's.
 inline constexpr int kVerifyDepthOfOneIssuer = 0;
 
 /// `PEM_read_bio_RSAPrivateKey`: `RSA` objects are deprecated. Keys of other kinds are refused.
@@ -41,12 +41,13 @@ KeyPtr readRsaKey(BIO* pem, pem_password_cb* callback, void* userData);
 /// `SSL_get_peer_certificate`: the form that counts a reference was renamed. Null without one.
 X509* peerCertificateOf(const SSL* ssl);
 
-/// Application data 0 of the store context: its place is empty now, the TLS object has an index of
-/// its own. Null outside a handshake.
+/// Application data 0 of the store context: it is empty now, the TLS object has another index. Null
+/// outside a handshake.
 SSL* sslOf(X509_STORE_CTX* context);
 
-/// `X509_STORE_get_by_subject`: an `X509_OBJECT` can no longer stand on the stack, and the look-up
-/// gave whichever list was added first. The newest list of that issuer, null for none.
+/// `X509_STORE_get_by_subject`: an `X509_OBJECT` can no longer live on the stack, and the look-up
+/// returned the list that was added first. Returns the newest list of that issuer, null when there
+/// is none.
 struct CrlFree {
   void operator()(X509_CRL* crl) const { X509_CRL_free(crl); }
 };
@@ -60,24 +61,24 @@ bool isCertificateFailure(unsigned long code);
 /// of the oldest error, which leaves the queue, and 0 when there is none.
 unsigned long takeError(const char** file, int* line, const char** data, int* flags);
 
-/// `ERR_remove_state`: a thread's state goes with the thread. What is left to do is to leave no
-/// entry behind on a thread that lives on; `OPENSSL_thread_stop` would also take the state of the
-/// host's own use of the library away.
+/// `ERR_remove_state`: the state of a thread now ends with the thread. What remains is to leave no
+/// entry on a thread that lives on; `OPENSSL_thread_stop` would also discard the state of the
+/// host's own use of the library.
 void releaseThreadErrors();
 
-/// `CRYPTO_num_locks`, and the bit that asks for a lock: left are macros that are hidden among the
-/// deprecated ones. `CRYPTO_set_locking_callback` and its like compile to nothing at all.
+/// `CRYPTO_num_locks`, and the bit that requests a lock: today's macros are hidden among the
+/// deprecated ones. `CRYPTO_set_locking_callback` and the like compile to nothing.
 inline constexpr int kCryptoLocks = 1;
 inline constexpr int kCryptoLockBit = 1;
 
-/// Puts an error of the operating system (an `errno` value) into the queue, as the library's own
-/// connect BIO does; `what` says what was tried.
+/// Adds an error of the operating system (an `errno` value) to the queue, as the library's own
+/// connect BIO does; `what` names the failed operation.
 void raiseSystemError(int number, const std::string& what);
 
-/// The same for a failure without a number of its own.
+/// The same for a failure without an `errno` value.
 void raiseLookupError(const std::string& what);
 
-/// The name of what `SSL_get_error` answers; empty for an answer without one.
+/// The name of a value that `SSL_get_error` returns; empty for an unknown one.
 const char* sslErrorName(int error);
 
 }  // namespace kvsc

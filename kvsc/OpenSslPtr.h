@@ -6,7 +6,7 @@
 
 namespace kvsc {
 
-/// Frees what the crypto library made; one call per type, null allowed.
+/// Deleter for objects of the crypto library.
 struct OpenSslFree {
   void operator()(BIO* bio) const;  ///< the whole chain
   void operator()(EVP_PKEY* key) const;

@@ -9,9 +9,9 @@
 namespace kvsc {
 namespace {
 
-// Tells the peer that this was all, if that can be told at once. What the library has to say about
-// it is of no interest, and must not be taken for the reason of something else.
-void sayGoodbye(SSL* ssl, BIO* bio) {
+// Sends a close_notify if that is possible without waiting. The errors it leaves are dropped: they
+// must not be taken for the reason of an earlier failure.
+void sendCloseNotify(SSL* ssl, BIO* bio) {
   if (Waiter* waiter = waiterOf(bio)) waiter->stopWaiting();
   ERR_set_mark();
   if (SSL_is_init_finished(ssl)) SSL_shutdown(ssl);
@@ -42,7 +42,7 @@ void SSLClient::close(SSLSession* session) {
   session->setSsl(nullptr);
   session->setConnect(nullptr);
   if (ssl) {
-    sayGoodbye(ssl.get(), bio);
+    sendCloseNotify(ssl.get(), bio);
   } else if (bio != nullptr) {
     freeConnection(bio, false);
   }
@@ -98,9 +98,9 @@ void SSLClient::prepare(SSLSession* session, SSLMethodProtocolType method) {
   if (session->getCheckCertificate()) session->setVerifyMode(SSL_VERIFY_PEER);
 }
 
-HttpErrorIds SSLClient::giveUp(SSLSession* session) noexcept {
+HttpErrorIds SSLClient::abandon(SSLSession* session) noexcept {
   close(session);
-  keepText("SSLClient: the exchange ended by an exception");
+  storeText("SSLClient: the exchange ended by an exception");
   return HTTP_ERROR_FAILED;
 }
 

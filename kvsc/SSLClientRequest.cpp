@@ -12,7 +12,7 @@
 
 namespace kvsc {
 
-/// What a request says besides its address: the same on every hop of a redirection.
+/// A request without its address: the same on every hop of a redirect.
 struct SSLClient::Request {
   std::string method;
   long ifModifiedSince = 0;
@@ -20,7 +20,7 @@ struct SSLClient::Request {
   const unsigned char* data = nullptr;
   int length = 0;
   std::string extraHeaders;
-  bool printsMismatch = true;  // of the peer's name, on standard output
+  bool printsMismatch = true;  // prints on standard output that the peer has another name
 
   bool isPost() const { return strcasecmp(method.c_str(), "post") == 0; }
 };
@@ -32,7 +32,7 @@ constexpr const char* kRedirectRefused =
 constexpr const char* kPostContentType = "text/xml";
 constexpr const char* kPostCharset = "UTF-8";
 
-// What a server that leads in circles is followed for, where nobody counts.
+// Bounds the resolution of a redirect loop, which the session's counter does not.
 constexpr int kMostHops = 50;
 
 using Bytes = std::unique_ptr<unsigned char[]>;
@@ -41,7 +41,7 @@ bool mayRedirect(const SSLSession& session) {
   return session.getRedirectCount() < session.getMaxRedirectCount();
 }
 
-// A query is part of the request line: only zero bytes of it are beyond suspicion.
+// A query is part of the request line; of the bytes that end a text, zero alone does no harm there.
 bool isQuery(const unsigned char* data, int length) {
   const std::string_view text(reinterpret_cast<const char*>(data),
                               static_cast<std::size_t>(length));
@@ -73,18 +73,18 @@ HttpErrorIds SSLClient::follow(std::string url, const Request& request, SSLSessi
   setErrorString("");
   close(session);
   for (;;) {
-    const HttpErrorIds asked = ask(url, request, session);
+    const HttpErrorIds asked = openAndSend(url, request, session);
     if (asked != HTTP_ERROR_NONE) return asked;
     const auto read = static_cast<HttpErrorIds>(readHeaders(session, true));
     if (read == HTTP_ERROR_CANCELLED) return read;
-    // The status outlives its response: an answer that breaks off behind a redirection is still
-    // one, to nowhere.
+    // The status of an earlier response stays: after a redirect, a response that breaks off is
+    // another redirect, without an address.
     if (!isRedirect(getResponseCode())) {
       return read != HTTP_ERROR_NONE ? read : outcomeOfStatus(getResponseCode());
     }
     const std::string location = getResponseValue("Location");
     if (location.empty() || !mayRedirect(*session)) return failed(kRedirectRefused);
-    leaveHop(session);
+    discardResponse(session);
     setTotalDownloaded(0);
     session->setRedirectCount(session->getRedirectCount() + 1);
     url = location;
@@ -92,9 +92,10 @@ HttpErrorIds SSLClient::follow(std::string url, const Request& request, SSLSessi
 }
 
 // One connection, one request.
-HttpErrorIds SSLClient::ask(const std::string& url, const Request& request, SSLSession* session) {
+HttpErrorIds SSLClient::openAndSend(const std::string& url, const Request& request,
+                                    SSLSession* session) {
   std::string path;
-  const HttpErrorIds opened = openFor(url, request, session, &path);
+  const HttpErrorIds opened = openConnection(url, request, session, &path);
   if (opened != HTTP_ERROR_NONE) return opened;
   int length = 0;
   const Bytes bytes(build(request, *session, path, &length));
@@ -103,8 +104,8 @@ HttpErrorIds SSLClient::ask(const std::string& url, const Request& request, SSLS
   return written == HTTP_ERROR_CANCELLED ? written : failed("SSLClient::writeData failed.");
 }
 
-HttpErrorIds SSLClient::openFor(const std::string& url, const Request& request, SSLSession* session,
-                                std::string* path) {
+HttpErrorIds SSLClient::openConnection(const std::string& url, const Request& request,
+                                       SSLSession* session, std::string* path) {
   std::string host;
   std::string port;
   bool isHttps = false;
@@ -114,7 +115,7 @@ HttpErrorIds SSLClient::openFor(const std::string& url, const Request& request, 
   session->setPort(port);
   clearResponseHeaders();
   if (!isSafe(request, *session, *path)) return HTTP_ERROR_FAILED;
-  // Whoever asks without `httpGet` and its like gets no unverified peer either.
+  // Callers of `sendRequest` itself may not have set the mode that `httpGet` sets.
   if (session->getCheckCertificate()) session->setVerifyMode(SSL_VERIFY_PEER);
   if (connect(session) == nullptr) return connectFailure(session);
   return checkPeer(request, session);
@@ -173,8 +174,8 @@ unsigned char* SSLClient::build(const Request& request, const SSLSession& sessio
                                       request.extraHeaders);
 }
 
-// Forgets what a response that only leads elsewhere has brought.
-void SSLClient::leaveHop(SSLSession* session) {
+// Closes the connection of a redirect and drops what its response contained.
+void SSLClient::discardResponse(SSLSession* session) {
   close(session);
   if (callerUtility_ != nullptr) callerUtility_->setBuffer(nullptr, 0);
   buffer_.Free();
@@ -197,8 +198,8 @@ std::string SSLClient::getRedirectUrl(const std::string& url, HttpErrorIds* resu
   return found;
 }
 
-// Each hop hands its own Location back unless the hops behind it came to a good end, so that a
-// failure anywhere leaves the first Location.
+// Each hop resolves to its own Location unless the hops after it succeed, so that a failure
+// anywhere leaves the first Location.
 HttpErrorIds SSLClient::resolve(std::string url, SSLSession* session, std::string* found) {
   setErrorString("");
   close(session);
@@ -208,8 +209,8 @@ HttpErrorIds SSLClient::resolve(std::string url, SSLSession* session, std::strin
   head.printsMismatch = false;
   std::string first;
   for (int hop = 0;; ++hop) {
-    HttpErrorIds outcome = ask(url, head, session);
-    // An answer that breaks off leads nowhere else, so the address stands.
+    HttpErrorIds outcome = openAndSend(url, head, session);
+    // A response that breaks off is no redirect, so the address stands.
     if (outcome == HTTP_ERROR_NONE && readHeaders(session, true) == HTTP_ERROR_CANCELLED) {
       outcome = HTTP_ERROR_CANCELLED;
     }
@@ -222,7 +223,7 @@ HttpErrorIds SSLClient::resolve(std::string url, SSLSession* session, std::strin
       *found = first;
       return failed(kRedirectRefused);
     }
-    leaveHop(session);
+    discardResponse(session);
     if (hop == 0) first = location;
     url = location;
   }

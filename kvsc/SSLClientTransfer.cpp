@@ -18,9 +18,9 @@ constexpr std::string_view kBlankLine = "\r\n\r\n";
 constexpr int kHeaderLineSize = 1024;
 constexpr const char* kNoMemory = "Unable to get memory for the response";
 
-// Whether an `SSL_read` that brought 0 bytes met the end of the stream, with or without a goodbye.
-// A fatal alert also reads as 0, but is a refusal: under TLS 1.3 a server that will not have the
-// client's certificate says so only here.
+// Whether an `SSL_read` that returned 0 met the end of the stream, with or without a close_notify.
+// A fatal alert also reads as 0, but is a refusal: under TLS 1.3 a server that rejects the client's
+// certificate says so only here.
 bool isEndOfStream(SSL* ssl) {
   return SSL_get_error(ssl, 0) != SSL_ERROR_SSL ||
          ERR_GET_REASON(ERR_peek_error()) == SSL_R_UNEXPECTED_EOF_WHILE_READING;
@@ -41,7 +41,7 @@ int readSize(const SSLSession& session) {
   return static_cast<int>(std::min<unsigned>(session.getDownloadSize(), INT_MAX));
 }
 
-// How the waits of the session's connection are doing; a BIO of another kind has none.
+// The state of the waits of the session's connection; a BIO of another kind never waits badly.
 Waiter::Outcome waitOutcome(const SSLSession& session) {
   const Waiter* waiter = waiterOf(session.getConnect());
   return waiter != nullptr ? waiter->outcome() : Waiter::Outcome::kReady;
@@ -51,15 +51,16 @@ HttpErrorIds failureOf(const SSLSession& session) {
   return session.isCancelled() ? HTTP_ERROR_CANCELLED : HTTP_ERROR_FAILED;
 }
 
-// Returns whether it was left in peace.
+// Returns whether the whole time has passed.
 bool pause(SSLSession* session, Waiter::Milliseconds length) {
   Waiter unlimited(session->getCancelToken(), Waiter::Milliseconds(0), Waiter::Milliseconds(0));
   Waiter* waiter = waiterOf(session->getConnect());
   return (waiter != nullptr ? waiter : &unlimited)->pause(length) == Waiter::Outcome::kReady;
 }
 
-// A peer that ends the stream says why before it does so; a write that finds it ended does not ask.
-void hearReason(SSL* ssl) {
+// A peer sends an alert before it ends the stream; a write that finds the stream ended has not read
+// it.
+void readAlert(SSL* ssl) {
   std::array<char, 256> unused{};
   SSL_read(ssl, unused.data(), static_cast<int>(unused.size()));
 }
@@ -78,7 +79,7 @@ int SSLClient::writeData(SSLSession* session, unsigned char* data, int length,
 
 bool SSLClient::writeEncrypted(SSLSession* session, const unsigned char* data, int length) {
   if (SSL_write(session->getSsl(), data, length) > 0) return true;
-  hearReason(session->getSsl());
+  readAlert(session->getSsl());
   return false;
 }
 
@@ -94,10 +95,10 @@ bool SSLClient::writePlain(SSLSession* session, const unsigned char* data, int l
 }
 
 int SSLClient::readHeaders(SSLSession* session, bool suppressRedirectHeaders) {
-  return guarded(session, [&] { return takeResponse(session, suppressRedirectHeaders); });
+  return guarded(session, [&] { return readResponse(session, suppressRedirectHeaders); });
 }
 
-HttpErrorIds SSLClient::takeResponse(SSLSession* session, bool suppressRedirectHeaders) {
+HttpErrorIds SSLClient::readResponse(SSLSession* session, bool suppressRedirectHeaders) {
   if (!growBuffer(*session)) return failed(kNoMemory);
   const int count = readSome(session, buffer_.GetData(), readSize(*session));
   if (count < 0) return readFailure(session);
@@ -106,15 +107,15 @@ HttpErrorIds SSLClient::takeResponse(SSLSession* session, bool suppressRedirectH
     return HTTP_ERROR_NONE;
   }
   const std::string_view bytes(buffer_.GetData(), static_cast<std::size_t>(count));
-  // A block that does not end within the first read is no block at all.
+  // Headers that do not end within the first read count as body.
   const std::size_t blankLine = bytes.find(kBlankLine);
   const std::size_t headers =
       blankLine != std::string_view::npos ? blankLine + kBlankLine.size() : 0;
   if (headers > 0 && !readHeaderBlock(bytes.substr(0, headers), suppressRedirectHeaders)) {
     return failed(kNoMemory);
   }
-  takeFirstBody(buffer_.GetData() + headers, count - static_cast<int>(headers),
-                suppressRedirectHeaders);
+  deliverFirstBody(buffer_.GetData() + headers, count - static_cast<int>(headers),
+                   suppressRedirectHeaders);
   return HTTP_ERROR_NONE;
 }
 
@@ -132,11 +133,11 @@ bool SSLClient::readHeaderBlock(std::string_view block, bool suppressRedirectHea
   return true;
 }
 
-// The part of the body that came together with the headers.
-void SSLClient::takeFirstBody(char* data, int length, bool suppressRedirectHeaders) {
+// The part of the body that came with the headers.
+void SSLClient::deliverFirstBody(char* data, int length, bool suppressRedirectHeaders) {
   if (length <= 0) return;
   addDownloaded(length);
-  // Chunk framing is not decoded; what came of it with the headers is dropped.
+  // Chunk framing is not decoded; the part that came with the headers is dropped.
   if (getResponseValue("Transfer-Encoding") == "chunked") return;
   if (!(suppressRedirectHeaders && isMoved(getResponseCode()))) deliver(data, length);
 }
@@ -156,11 +157,11 @@ void SSLClient::readData(SSLSession* session, HttpErrorIds* result) {
 
 HttpErrorIds SSLClient::streamBody(SSLSession* session) {
   for (;;) {
-    // Asked each time: a callback may have changed what the session wants.
+    // Checked each time: a callback may have changed the session's read size.
     if (!growBuffer(*session)) return failed(kNoMemory);
     if (Waiter* waiter = waiterOf(session->getConnect())) waiter->restart();
     const int count = readSome(session, buffer_.GetData(), readSize(*session));
-    if (count > 0 && !takeBody(buffer_.GetData(), count)) {
+    if (count > 0 && !deliverBody(buffer_.GetData(), count)) {
       close(session);
       return HTTP_ERROR_CANCELLED;
     }
@@ -170,8 +171,8 @@ HttpErrorIds SSLClient::streamBody(SSLSession* session) {
   }
 }
 
-// Returns false when the caller wants no more.
-bool SSLClient::takeBody(char* data, int length) {
+// Returns false when the progress callback cancels.
+bool SSLClient::deliverBody(char* data, int length) {
   addDownloaded(length);
   deliver(data, length);
   if (progressCallback_ == nullptr) return true;
@@ -180,7 +181,7 @@ bool SSLClient::takeBody(char* data, int length) {
 }
 
 HttpErrorIds SSLClient::endOfBody(SSLSession* session, int count) {
-  // Over TLS a stream that breaks off counts as one that ends, unless it was given up on here.
+  // Over TLS a stream that breaks off counts as one that ends, unless a wait of ours ended badly.
   const bool broken = count < 0 && session->getSsl() == nullptr;
   if (waitOutcome(*session) != Waiter::Outcome::kReady) return readFailure(session);
   releaseThreadErrors();

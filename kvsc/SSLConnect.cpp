@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* kNoMemoryForHeader = "Unable to get memory for a response header";
 
-// One entry with the code it had in the queue, which the record itself does not hold.
+// An entry with its code, which the record itself does not hold.
 struct TakenError {
   unsigned long code = 0;
   std::unique_ptr<SSLError> error;
@@ -92,7 +92,7 @@ std::vector<SSLError*> SSLConnect::checkErrors() {
                    [](std::unique_ptr<SSLError>& error) { return error.release(); });
     return handedOver;
   } catch (...) {
-    ERR_clear_error();  // without memory for the records none of them is told
+    ERR_clear_error();  // there is no memory to report them
     return {};
   }
 }
@@ -111,7 +111,7 @@ void SSLConnect::parseHeaderLine(char* line, int length) {
       responseHeaders_[field->name] = field->value;
     }
   } catch (...) {
-    keepText(kNoMemoryForHeader);
+    storeText(kNoMemoryForHeader);
   }
 }
 
@@ -127,20 +127,20 @@ bool SSLConnect::fail(const char* text) {
   return false;
 }
 
-void SSLConnect::keepText(const char* text) noexcept {
+void SSLConnect::storeText(const char* text) noexcept {
   try {
     errorString_ = text;
   } catch (...) {
-    // Without memory for the text, the result alone has to tell.
+    // Without memory for the text, the result alone must do.
   }
 }
 
 int SSLConnect::reportException(const char* text) noexcept {
-  keepText(text);
+  storeText(text);
   try {
     if (errorCallback_ != nullptr) errorCallback_(text);
   } catch (...) {
-    // The callback takes its text by value, which may need memory, too.
+    // The callback takes its text by value, which may need memory too.
   }
   return 0;
 }

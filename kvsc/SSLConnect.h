@@ -15,12 +15,12 @@ namespace kvsc {
 
 struct CrlVerdict;
 
-/// Opens one TCP connection, through a proxy's tunnel and under TLS as the session asks, checks the
-/// peer, and keeps what the last response's headers said.
+/// Opens one TCP connection, through a proxy's tunnel and under TLS if the session says so, checks
+/// the peer, and stores the headers of the last response.
 ///
-/// Used by one thread at a time, each with its own object and session; the static operations and
-/// the class-wide state behind them are safe on any thread. Nothing throws: an operation answers 0
-/// or null and `getErrorString` has the text.
+/// Used by one thread at a time, each with its own object and session; the static operations are
+/// safe on any thread. Nothing throws: an operation returns 0 or null and `getErrorString` has the
+/// text.
 class SSLConnect {
  public:
   using ErrorCallback = void (*)(std::string);
@@ -32,7 +32,7 @@ class SSLConnect {
   virtual ~SSLConnect();
 
   /// Reads the environment's certificates and starts the crypto library. A failure leaves a text;
-  /// the object is still good for plain HTTP.
+  /// the object can still be used for plain HTTP.
   virtual void init();
 
   /// Frees the session's TLS context, nothing else.
@@ -42,7 +42,7 @@ class SSLConnect {
   /// encrypted key and must live as long as the context. Returns 1, or 0 with a text.
   int setupContext(SSLSession* session, std::string* password);
 
-  /// Opens the session's connection. Returns its BIO, which stays the session's, or null. Waits at
+  /// Opens the session's connection. Returns its BIO, which the session keeps, or null. Waits at
   /// most as long as the session allows; a cancelled token ends it at once. What a failure leaves
   /// in the session is freed by the client's `close`.
   BIO* connect(SSLSession* session);
@@ -53,27 +53,27 @@ class SSLConnect {
   /// Callback of the TLS library. Returns 1 to go on and 0 to end the handshake.
   static int verifyCallback(int ok, X509_STORE_CTX* context);
 
-  /// Checks the present certificate against the session's revocation lists. Returns `ok`, or 0 when
-  /// a list speaks against it.
+  /// Checks the current certificate against the session's revocation lists. Returns `ok`, or 0 when
+  /// a list rejects it.
   static int crlCheck(int ok, X509_STORE_CTX* context, SSLSession* session);
 
   /// Empties the crypto library's error queue of this thread: prints each entry on standard output,
-  /// adds all of them to the error text, and returns them to the caller, who owns them.
+  /// appends all of them to the error text, and returns them to the caller, who owns them.
   std::vector<SSLError*> checkErrors();
 
   /// Frees a connection's BIO with its whole chain. `shutDown` ends the stream first, in both
-  /// directions, for everybody who still holds its descriptor.
+  /// directions, for every holder of its descriptor.
   void freeConnection(BIO* connect, bool shutDown);
 
   /// Pass-phrase callback of the PEM readers: copies `userdata`, a C string, as far as it fits.
-  /// Returns its length, -1 without one: nobody is ever asked on a terminal.
+  /// Returns its length; -1 for null, so that the library never asks on a terminal.
   static int pem_passwd_cb(char* buf, int size, int rwflag, void* userdata);
 
-  /// Takes note of one header line, with or without its line end: of the status code when the line
-  /// holds "HTTP" anywhere, of name and value when it holds ":".
+  /// Stores what one header line says, with or without its line end: the status code when the line
+  /// contains "HTTP" anywhere, name and value when it contains ":".
   void parseHeaderLine(char* line, int length);
 
-  /// The last response's header of exactly this name, empty for none.
+  /// The value of the last response's header with exactly this name; empty when there is none.
   std::string getResponseValue(const std::string& name) const;
 
   /// Status code of the last response that had one, 0 before.
@@ -83,26 +83,27 @@ class SSLConnect {
   long getTotalDownloaded() const { return totalDownloaded_; }
   void setTotalDownloaded(long bytes) { totalDownloaded_ = static_cast<std::int32_t>(bytes); }
 
-  /// Reads 'Tue, 05 Mar 2024 10:00:00 GMT' as local time; 0 for what is no such text.
+  /// Reads 'Tue, 05 Mar 2024 10:00:00 GMT' as local time; 0 for any other text.
   time_t convertHttpTime(const std::string& text) const;
 
   /// Why the last operation failed.
   std::string getErrorString() const { return errorString_; }
   void setErrorString(const std::string& text) { errorString_ = text; }
 
-  /// Called with the error text when `setupContext` ends by an exception; null for nobody.
+  /// Called with the error text when `setupContext` ends by an exception. May be null.
   ErrorCallback getErrorCallback() const { return errorCallback_; }
   void setErrorCallback(ErrorCallback callback) { errorCallback_ = callback; }
 
-  /// Live objects of this class.
+  /// Number of live objects of this class.
   static int getConnectionCount();
 
-  /// For hosts that have set up locking for the crypto library themselves; without effect after the
+  /// For hosts that have set up locking for the crypto library themselves; has no effect after the
   /// first `init` of the process.
   static void doNotSetupThreads();
 
-  /// Locking for the crypto library, as it once asked for it. OpenSSL 3 locks by itself and calls
-  /// none of these.
+  /// The locking callbacks that older versions of the crypto library need. OpenSSL 3 locks by
+  /// itself and calls none of these. Taking the locks down releases every thread that waits for
+  /// one.
   static void setupThreads();
   static void cleanupThreads();
   static unsigned long idFunction();
@@ -115,10 +116,10 @@ class SSLConnect {
   static void dynDestroyFunction(DynamicLock* lock, const char* file, int line);
 
  protected:
-  /// Whether the first `init` of the process has been.
+  /// Whether the first `init` of the process is over.
   static bool isInitialized();
   static bool getShouldSetupThreads();
-  /// Locks that `lockingFunction` knows.
+  /// Number of locks that `lockingFunction` knows.
   static std::size_t getLockCount();
 
   /// Whether a revocation list ended the last handshake.
@@ -127,10 +128,10 @@ class SSLConnect {
   void clearResponseHeaders() { responseHeaders_.clear(); }
   void addDownloaded(int bytes);
 
-  /// Leaves the text of an exception behind.
-  void keepText(const char* text) noexcept;
+  /// Stores an error text, unless there is no memory for it.
+  void storeText(const char* text) noexcept;
 
-  /// `checkErrors` for those who need the text alone.
+  /// `checkErrors` for callers that need only the text.
   void collectErrors();
 
  private:
@@ -147,7 +148,7 @@ class SSLConnect {
   bool installCredentials(SSL_CTX* context, const SSLSession& session);
   BIO* open(SSLSession* session);
   BIO* dial(SSLSession* session);
-  BIO* shakeHands(SSLSession* session);
+  BIO* handshake(SSLSession* session);
 
   std::int32_t totalDownloaded_ = 0;
   std::map<std::string, std::string> responseHeaders_;

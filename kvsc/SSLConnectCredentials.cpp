@@ -1,4 +1,4 @@
-// What a connection proves its own identity with, what it trusts, and the context made of both.
+// The client's credentials, the trusted authority, and the TLS context made of both.
 #include "kvsc/CAInfo.h"
 #include "kvsc/CertificateCache.h"
 #include "kvsc/OpenSsl.h"
@@ -14,14 +14,14 @@ bool writeAll(BIO* bio, const std::string& text) {
   return BIO_write(bio, text.data(), length) >= length;
 }
 
-// As `writeAll`, and leaves no copy in memory; the BIO wipes its own at its end.
+// Like `writeAll`, but wipes the secret afterwards; the BIO wipes its own copy when it is freed.
 bool writeSecret(BIO* bio, std::string secret) {
   const bool written = writeAll(bio, secret);
   OPENSSL_cleanse(secret.data(), secret.size());
   return written;
 }
 
-// A certificate's reader with the texts of its failures.
+// How one of the certificates is read, with the texts of its failures.
 struct CertificateKind {
   X509* (*read)(BIO* bio);
   const char* shortWrite;
@@ -39,11 +39,11 @@ constexpr CertificateKind kClient = {
     "Error reading in client certificate into BIO",
     "Error reading in client certificate into X509 object"};
 
-// Returns the text of a failure, null for none.
+// Returns the text of a failure, null on success.
 const char* readCertificate(const std::string& pem, const CertificateKind& kind,
                             CertificatePtr* certificate) {
-  if (CertificatePtr known = knownCertificate(pem)) {
-    *certificate = std::move(known);
+  if (CertificatePtr cached = cachedCertificate(pem)) {
+    *certificate = std::move(cached);
     return nullptr;
   }
   const BioPtr bio = newMemoryBio();
@@ -51,7 +51,7 @@ const char* readCertificate(const std::string& pem, const CertificateKind& kind,
   if (!writeAll(bio.get(), pem)) return kind.shortWrite;
   certificate->reset(kind.read(bio.get()));
   if (!*certificate) return kind.unreadable;
-  keepCertificate(pem, *certificate);
+  cacheCertificate(pem, *certificate);
   return nullptr;
 }
 
@@ -64,7 +64,7 @@ void SSLConnect::init() {
     initializeOnce();
     startCryptoLibrary();
   } catch (...) {
-    keepText("SSLConnect::init() Unknown exception caught");
+    storeText("SSLConnect::init() Unknown exception caught");
   }
 }
 

@@ -1,4 +1,4 @@
-// Is the peer who it should be?
+// Verification of the peer.
 #include "kvsc/CertificateCheck.h"
 #include "kvsc/OpenSsl.h"
 #include "kvsc/SSLConnect.h"
@@ -6,8 +6,8 @@
 namespace kvsc {
 namespace {
 
-// Whether a renegotiation comes up with the certificate of another host: the check after connecting
-// has only seen the first one.
+// Whether a renegotiation presents the certificate of another host: the check after connecting has
+// seen only the first one.
 bool hasChangedHost(SSL* ssl, X509_STORE_CTX* context, const SSLSession& session) {
   if (SSL_num_renegotiations(ssl) == 0 || X509_STORE_CTX_get_error_depth(context) != 0)
     return false;
@@ -16,9 +16,9 @@ bool hasChangedHost(SSL* ssl, X509_STORE_CTX* context, const SSLSession& session
   return true;
 }
 
-// What there is to say about a refused certificate. It is built where a debugger finds it, and
-// dropped: the handshake's end is reported by `connect` under its own name, and the library's error
-// queue tells the certificate apart from other reasons.
+// Builds the text about a rejected certificate and drops it: it is there for a debugger alone.
+// `connect` reports the failed handshake under the name of its error, and the library's error queue
+// tells a certificate failure from others.
 void describeRefusal(X509_STORE_CTX* context, const SSLSession* session) {
   std::string text = refusalText(context);
   const SSLConnect* owner = session != nullptr ? session->getHandshakeOwner() : nullptr;
@@ -36,7 +36,7 @@ int SSLConnect::verifyCallback(int ok, X509_STORE_CTX* context) {
     if (ok != 0) return ok;
     describeRefusal(context, session);
   } catch (...) {
-    // No memory: the handshake ends, as it does without a text.
+    // Without memory the handshake ends, as it does with a text.
   }
   return 0;
 }

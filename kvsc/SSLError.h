@@ -6,7 +6,7 @@ namespace kvsc {
 
 /// One entry of the crypto library's error queue.
 ///
-/// A plain record, owned by whoever called `SSLConnect::checkErrors`.
+/// A plain record, owned by the caller of `SSLConnect::checkErrors`.
 class SSLError {
  public:
   const std::string& getFileName() const { return fileName_; }
@@ -15,7 +15,7 @@ class SSLError {
   int getLineNumber() const { return lineNumber_; }
   void setLineNumber(int lineNumber) { lineNumber_ = lineNumber; }
 
-  /// What the library noted beside the code, such as a name; often empty.
+  /// Additional data of the entry, such as a name; often empty.
   const std::string& getData() const { return data_; }
   void setData(const std::string& data) { data_ = data; }
 

@@ -11,19 +11,19 @@ class CancelToken;
 class Dialer;
 class SSLConnect;
 
-/// The protocol family of a connection. Any other value makes no connection.
+/// The protocol family of a connection. With any other value no connection is made.
 enum SSLMethodProtocolType : std::int32_t {
-  SSLV2 = 0,   ///< no library speaks it any more: the connection fails with a text
+  SSLV2 = 0,   ///< no longer supported by any library: the connection fails with a text
   SSLV23 = 1,  ///< TLS 1.2 or newer
-  SSLV3 = 2,   ///< TLS 1.2 or newer; the value that every transfer passes
-  TLSV1 = 3,   ///< TLS 1.0 and nothing else
+  SSLV3 = 2,   ///< TLS 1.2 or newer; what every transfer uses
+  TLSV1 = 3,   ///< TLS 1.0 only
 };
 
 /// The settings and the live handles of one transfer.
 ///
-/// Owned by whoever asks for the transfer, used by one thread at a time. It owns its revocation
-/// list store; the connection's handles belong to the client, which frees them in `close`. Nothing
-/// is ever shared or resumed between sessions.
+/// Owned by the caller of the client, used by one thread at a time. It owns its revocation list
+/// store; the connection's handles belong to the client, which frees them in `close`. Nothing is
+/// shared or resumed between sessions.
 class SSLSession {
  public:
   static constexpr int kDefaultProxyPort = 443;
@@ -36,15 +36,15 @@ class SSLSession {
   SSLSession& operator=(const SSLSession&) = delete;
   virtual ~SSLSession();
 
-  /// Gives every field the value it has after construction. A connection must have been closed.
+  /// Resets every field to its value after construction. The connection must have been closed.
   void clear();
 
   /// The context of the open connection, null without one.
   SSL_CTX* getSslContext() const { return sslContext_; }
   void setSslContext(SSL_CTX* context) { sslContext_ = context; }
 
-  /// PEM file with both the client certificate and its private key; empty for the credentials in
-  /// memory.
+  /// PEM file with both the client certificate and its private key; empty for the built-in
+  /// credentials.
   const std::string& getCertFile() const { return certFile_; }
   void setCertFile(const std::string& path) { certFile_ = path; }
 
@@ -66,11 +66,11 @@ class SSLSession {
   int getVerifyMode() const { return verifyMode_; }
   void setVerifyMode(int mode) { verifyMode_ = mode; }
 
-  /// Switches client credentials, peer verification, cipher list and host check on, all at once.
+  /// Turns on client credentials, peer verification, cipher list and host check, all at once.
   bool getCheckCertificate() const { return checkCertificate_; }
   void setCheckCertificate(bool check) { checkCertificate_ = check; }
 
-  /// Milliseconds between two reads of a body, 0 for none.
+  /// Milliseconds to pause between two reads of a body, 0 for no pause.
   int getDownloadLoopSleep() const { return downloadLoopSleep_; }
   void setDownloadLoopSleep(int milliseconds) { downloadLoopSleep_ = milliseconds; }
 
@@ -87,7 +87,7 @@ class SSLSession {
   /// Pass phrase of an encrypted private key.
   const std::string& getPassword() const { return password_; }
   void setPassword(const std::string& password) { password_ = password; }
-  /// The stored pass phrase itself; it stays where it is as long as the session lives.
+  /// The stored pass phrase itself, at the same address as long as the session lives.
   std::string* getPasswordAddress() { return &password_; }
 
   /// OpenSSL cipher string, empty for the library's default.
@@ -103,34 +103,34 @@ class SSLSession {
   bool getUseSSL() const { return useSSL_; }
   void setUseSSL(bool use) { useSSL_ = use; }
 
-  /// Bytes asked for by one read. A header block has to arrive within the first of them.
+  /// Bytes requested by one read. A header block must arrive within the first read.
   unsigned int getDownloadSize() const { return downloadSize_; }
   void setDownloadSize(unsigned int bytes) { downloadSize_ = bytes; }
 
   const std::string& getUserAgent() const { return userAgent_; }
   void setUserAgent(const std::string& agent) { userAgent_ = agent; }
 
-  /// Redirects allowed, 0 for none, and followed so far; whoever asks for a new transfer resets the
-  /// second.
+  /// Redirects allowed, 0 to refuse any, and redirects followed so far, which the caller resets
+  /// before a new transfer.
   int getMaxRedirectCount() const { return maxRedirectCount_; }
   void setMaxRedirectCount(int count) { maxRedirectCount_ = count; }
   int getRedirectCount() const { return redirectCount_; }
   void setRedirectCount(int count) { redirectCount_ = count; }
 
-  /// PEM file of certificate revocation lists. Setting it reads the file; what cannot be read
-  /// leaves a store without lists, and no list means no objection.
+  /// PEM file of certificate revocation lists. Setting it reads the file; one that cannot be read
+  /// leaves an empty store, which rejects nothing.
   const std::string& getCrlFile() const { return crlFile_; }
   void setCrlFile(const std::string& path);
   X509_STORE* getCrlStore() const { return crlStore_.get(); }
-  /// Takes the store over and frees the one before.
+  /// Becomes the owner of the store and frees the one before.
   void setCrlStore(X509_STORE* store);
 
-  /// The connection that is inside its handshake with this session: certificate checks write their
-  /// text to it. Null at all other times.
+  /// The connection whose handshake is in progress with this session: certificate checks report to
+  /// it. Null at all other times.
   SSLConnect* getHandshakeOwner() const { return handshakeOwner_; }
   void setHandshakeOwner(SSLConnect* owner) { handshakeOwner_ = owner; }
 
-  /// Milliseconds that one wait may last: for a name, a connect, a piece of the handshake, a read,
+  /// Milliseconds that one wait may last: for a name, a connect, a step of the handshake, a read or
   /// a write. 0 for no limit. Read when the connection is made.
   int getWaitTimeout() const { return waitTimeout_; }
   void setWaitTimeout(int milliseconds) { waitTimeout_ = milliseconds; }
@@ -140,15 +140,15 @@ class SSLSession {
   int getExchangeTimeout() const { return exchangeTimeout_; }
   void setExchangeTimeout(int milliseconds) { exchangeTimeout_ = milliseconds; }
 
-  /// Ends every wait of the connection when it is cancelled. Not owned, null for none; must outlive
-  /// the connection. Read when the connection is made.
+  /// Ends every wait of the connection when it is cancelled. Not owned, may be null; must
+  /// outlive the connection. Read when the connection is made.
   CancelToken* getCancelToken() const { return cancelToken_; }
   void setCancelToken(CancelToken* token) { cancelToken_ = token; }
 
   /// Whether there is a token and it is cancelled.
   bool isCancelled() const;
 
-  /// What opens the connection instead of TCP. Not owned, null for TCP.
+  /// Opens the connection instead of TCP. Not owned, null for TCP.
   Dialer* getDialer() const { return dialer_; }
   void setDialer(Dialer* dialer) { dialer_ = dialer; }
 

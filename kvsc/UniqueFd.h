@@ -6,7 +6,7 @@
 
 namespace kvsc {
 
-/// A file descriptor that is closed with its owner; -1 stands for none.
+/// Owns a file descriptor and closes it; -1 means empty.
 class UniqueFd {
  public:
   UniqueFd() = default;

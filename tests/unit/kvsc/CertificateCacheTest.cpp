@@ -22,8 +22,8 @@ CertificatePtr read(const std::string& pem) {
 }
 
 TEST(CertificateCacheTest, ATextThatNobodyKeptIsUnknown) {
-  EXPECT_EQ(knownCertificate(pki::selfSigned().certificatePem()), nullptr);
-  EXPECT_EQ(knownCertificate(""), nullptr);
+  EXPECT_EQ(cachedCertificate(pki::selfSigned().certificatePem()), nullptr);
+  EXPECT_EQ(cachedCertificate(""), nullptr);
 }
 
 TEST(CertificateCacheTest, EachTextHasItsOwnCertificate) {
@@ -31,17 +31,17 @@ TEST(CertificateCacheTest, EachTextHasItsOwnCertificate) {
   const std::string two = pki::selfSigned({.commonName = "two"}).certificatePem();
   const CertificatePtr first = read(one);
   const CertificatePtr second = read(two);
-  keepCertificate(one, first);
-  keepCertificate(two, second);
-  EXPECT_EQ(knownCertificate(one).get(), first.get());
-  EXPECT_EQ(knownCertificate(two).get(), second.get());
-  EXPECT_EQ(knownCertificate(one + "\n"), nullptr);
+  cacheCertificate(one, first);
+  cacheCertificate(two, second);
+  EXPECT_EQ(cachedCertificate(one).get(), first.get());
+  EXPECT_EQ(cachedCertificate(two).get(), second.get());
+  EXPECT_EQ(cachedCertificate(one + "\n"), nullptr);
 }
 
 TEST(CertificateCacheTest, ACertificateOutlivesWhoeverKeptIt) {
   const std::string pem = pki::selfSigned({.commonName = "kept"}).certificatePem();
-  keepCertificate(pem, read(pem));
-  const CertificatePtr known = knownCertificate(pem);
+  cacheCertificate(pem, read(pem));
+  const CertificatePtr known = cachedCertificate(pem);
   ASSERT_NE(known, nullptr);
   EXPECT_EQ(X509_cmp(known.get(), read(pem).get()), 0);
 }
@@ -53,9 +53,9 @@ TEST(CertificateCacheTest, TheTextItselfIsNotKept) {
   const std::string text = pem + std::string(8 << 20, '\n');
   const auto inUse = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
   const std::size_t before = inUse();
-  keepCertificate(text, certificate);
+  cacheCertificate(text, certificate);
   EXPECT_LT(inUse(), before + text.size() / 2);
-  EXPECT_EQ(knownCertificate(text).get(), certificate.get());
+  EXPECT_EQ(cachedCertificate(text).get(), certificate.get());
 }
 
 // In a process of its own, as a full cache has no room for the other tests.
@@ -63,9 +63,9 @@ TEST(CertificateCacheTest, ThereIsAnEndToWhatIsKept) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto run = [] {
     const CertificatePtr certificate = read(pki::selfSigned().certificatePem());
-    for (int i = 0; i < 1000; ++i) keepCertificate("text " + std::to_string(i), certificate);
+    for (int i = 0; i < 1000; ++i) cacheCertificate("text " + std::to_string(i), certificate);
     std::_Exit(
-        knownCertificate("text 0") != nullptr && knownCertificate("text 999") == nullptr ? 0 : 1);
+        cachedCertificate("text 0") != nullptr && cachedCertificate("text 999") == nullptr ? 0 : 1);
   };
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
