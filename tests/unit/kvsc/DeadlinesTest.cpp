@@ -13,8 +13,9 @@ using support::Script;
 using support::ScriptedServer;
 
 constexpr int kLimit = 150;
-// Far above what a loaded machine takes, far below the limits that hold without being set.
-constexpr milliseconds kSoon{10'000};
+// The promise; a machine that is busy with other things may need a second try to keep it.
+constexpr milliseconds kPromptly{kLimit + 250};
+constexpr int kTries = 5;
 
 /// A server that leaves the client waiting, and limits that are short.
 class DeadlinesTest : public testing::Test {
@@ -24,13 +25,17 @@ class DeadlinesTest : public testing::Test {
     plainClient_.session().setWaitTimeout(kLimit);
   }
 
-  /// The outcome, once it is known that it came neither early nor late.
+  /// The outcome of an exchange that never ends before the limit, nor long after it.
   Outcome getInTime(CheckingClient& client, const std::string& url) {
-    const auto begin = std::chrono::steady_clock::now();
-    const Outcome outcome = client.get(url);
-    const auto took = std::chrono::steady_clock::now() - begin;
-    EXPECT_GE(took, milliseconds(kLimit));
-    EXPECT_LT(took, kSoon);
+    Outcome outcome;
+    auto took = kPromptly;
+    for (int tried = 0; tried < kTries && took >= kPromptly; ++tried) {
+      const auto begin = std::chrono::steady_clock::now();
+      outcome = client.get(url);
+      took = std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - begin);
+      EXPECT_GE(took, milliseconds(kLimit));
+    }
+    EXPECT_LT(took, kPromptly);
     return outcome;
   }
 
@@ -55,45 +60,45 @@ TEST_F(DeadlinesTest, AConnectThatNobodyAnswersEnds) {
 }
 
 TEST_F(DeadlinesTest, AHandshakeThatNobodyAnswersEnds) {
-  plain_.next(Script().stall());
+  plain_.always(Script().stall());
   EXPECT_EQ(getInTime(client_, url("https", plain_.port())),
             timedOut("SSL_ERROR_SYSCALL", "reading"));
 }
 
 TEST_F(DeadlinesTest, AProxyThatDoesNotAnswerEnds) {
-  plain_.next(Script().readRequest().stall());
+  plain_.always(Script().readRequest().stall());
   client_.session().setProxyURL("127.0.0.1");
   client_.session().setProxyPort(plain_.port());
   EXPECT_EQ(getInTime(client_, "https://films.example/").result, HTTP_ERROR_FAILED);
 }
 
 TEST_F(DeadlinesTest, ARequestThatNobodyAnswersEnds) {
-  plain_.next(Script().readRequest().stall());
+  plain_.always(Script().readRequest().stall());
   EXPECT_EQ(getInTime(plainClient_, url("http", plain_.port())), timedOut("", "reading"));
 }
 
 TEST_F(DeadlinesTest, ARequestThatNobodyAnswersUnderTlsEnds) {
   ScriptedServer server(support::TlsSettings{.identity = serverOf()});
-  server.next(Script().readRequest().stall());
+  server.always(Script().readRequest().stall());
   EXPECT_EQ(getInTime(client_, server.url()), timedOut("", "reading"));
 }
 
 TEST_F(DeadlinesTest, ABodyThatStopsComingIsAFailure) {
-  plain_.next(Script().readRequest().send(support::okResponse("begin")).stall());
+  plain_.always(Script().readRequest().send(support::okResponse("begin")).stall());
   EXPECT_EQ(getInTime(plainClient_, url("http", plain_.port())).result, HTTP_ERROR_FAILED);
   EXPECT_EQ(plainClient_.body(), "begin");
 }
 
 TEST_F(DeadlinesTest, ABodyThatStopsComingUnderTlsIsAFailure) {
   ScriptedServer server(support::TlsSettings{.identity = serverOf()});
-  server.next(Script().readRequest().send(support::okResponse("begin")).stall());
+  server.always(Script().readRequest().send(support::okResponse("begin")).stall());
   EXPECT_EQ(getInTime(client_, server.url()).result, HTTP_ERROR_FAILED);
   EXPECT_EQ(client_.body(), "begin");
 }
 
 TEST_F(DeadlinesTest, AHandshakeThatDripsEndsWithTheWhole) {
   const std::string record = std::string("\x16\x03\x03\x10\x00", 5) + std::string(4096, '\0');
-  plain_.next(Script().readBytes(1).drip(record, milliseconds(20)));
+  plain_.always(Script().readBytes(1).drip(record, milliseconds(20)));
   client_.session().setWaitTimeout(0);
   client_.session().setExchangeTimeout(kLimit);
   EXPECT_EQ(getInTime(client_, url("https", plain_.port())),
