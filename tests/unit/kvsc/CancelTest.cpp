@@ -90,6 +90,16 @@ TEST(CancelTest, AWaitForTheProxysAnswerEnds) {
   });
 }
 
+TEST(CancelTest, AWaitToSendTheRequestEnds) {
+  const std::string path(32 << 20, 'x');
+  expectPromptCancel([&] {
+    Gate hanging;
+    ScriptedServer server;
+    server.next(Script().readBytes(1).announce(hanging).stall());
+    return cancelWhen([&] { return hanging.wait(); }, kAsItIs, urlOf("http", server.port()) + path);
+  });
+}
+
 TEST(CancelTest, AWaitForTheHeadersEnds) {
   expectPromptCancel([] {
     Gate hanging;

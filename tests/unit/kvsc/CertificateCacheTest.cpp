@@ -21,7 +21,7 @@ CertificatePtr read(const std::string& pem) {
   return CertificatePtr(PEM_read_bio_X509(bio.get(), nullptr, nullptr, nullptr));
 }
 
-TEST(CertificateCacheTest, ATextThatNobodyKeptIsUnknown) {
+TEST(CertificateCacheTest, ATextThatWasNotCachedIsUnknown) {
   EXPECT_EQ(cachedCertificate(pki::selfSigned().certificatePem()), nullptr);
   EXPECT_EQ(cachedCertificate(""), nullptr);
 }
@@ -38,7 +38,7 @@ TEST(CertificateCacheTest, EachTextHasItsOwnCertificate) {
   EXPECT_EQ(cachedCertificate(one + "\n"), nullptr);
 }
 
-TEST(CertificateCacheTest, ACertificateOutlivesWhoeverKeptIt) {
+TEST(CertificateCacheTest, ACertificateOutlivesTheClientThatCachedIt) {
   const std::string pem = pki::selfSigned({.commonName = "kept"}).certificatePem();
   cacheCertificate(pem, read(pem));
   const CertificatePtr known = cachedCertificate(pem);

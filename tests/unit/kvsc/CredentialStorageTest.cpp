@@ -1,4 +1,4 @@
-// What somebody who looks at the built program finds of the credentials in it: nothing.
+// The credentials cannot be found by searching the built program.
 #include <gtest/gtest.h>
 #include <openssl/bio.h>
 #include <openssl/evp.h>

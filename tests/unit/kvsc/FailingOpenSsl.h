@@ -26,5 +26,5 @@ class FailingOpenSsl {
   ~FailingOpenSsl();
 };
 
-/// Is told of every client's handshake on this thread before it begins; null for nobody.
+/// Calls `watcher` before every client's handshake on this thread; null for no watcher.
 void watchHandshakes(void (*watcher)(const SSL* ssl));

@@ -124,7 +124,7 @@ TEST_F(HttpBodyTest, TheThrottlePausesAfterEveryRead) {
   EXPECT_GE(std::chrono::steady_clock::now() - begin, 3 * kPause);
 }
 
-TEST_F(HttpBodyTest, ANegativeThrottleIsNone) {
+TEST_F(HttpBodyTest, ANegativeThrottleMeansNoThrottle) {
   session_.setDownloadLoopSleep(-1'000'000);
   server_.next(inPieces({"one", "two"}));
   EXPECT_EQ(get(), HTTP_ERROR_NONE);
@@ -249,7 +249,7 @@ TEST_F(ReadDataTest, AFailedReadIsAFailureWhateverTheStatus) {
   EXPECT_EQ(result, HTTP_ERROR_FAILED);
   EXPECT_EQ(error(), "");
   EXPECT_EQ(ERR_peek_error(), 0u);
-  // The connection is left to whoever called.
+  // The connection is left to the caller.
   EXPECT_NE(session_.getConnect(), nullptr);
   client_.close(&session_);
 }

@@ -192,7 +192,7 @@ class ReadHeadersTest : public Exchange {
   }
 };
 
-TEST_F(ReadHeadersTest, AMovesHeadersAndBodyAreSuppressedOnWish) {
+TEST_F(ReadHeadersTest, AMovesHeadersAndBodyAreSuppressedOnRequest) {
   for (const char* status : {"301 Moved", "302 Found"}) {
     received_ = Received();
     EXPECT_EQ(read(bareResponse(status, "A: b\r\n") + "page", true), 0);

@@ -79,8 +79,9 @@ class NoSignalTest : public testing::Test {
     std::_Exit(0);
   }
 
-  /// The server resets the line when the client has everything; then the client says goodbye.
-  [[noreturn]] static void sayGoodbyeToGonePeer() {
+  /// The server resets the line when the client has everything; then the client sends its
+  /// close_notify.
+  [[noreturn]] static void closeTowardsAGonePeer() {
     signal(SIGPIPE, SIG_DFL);
     ScriptedServer server(support::TlsSettings{.identity = serverOf()});
     server.always(Script().readRequest().sendPieces(support::okResponse("film"), 4096).reset());
@@ -113,8 +114,8 @@ TEST_F(NoSignalTest, ATunnelRequestToAGoneProxyFailsQuietly) {
   EXPECT_EXIT(exchangeWithGonePeer("https://films.example/", true), testing::ExitedWithCode(0), "");
 }
 
-TEST_F(NoSignalTest, AGoodbyeToAGonePeerIsQuiet) {
-  EXPECT_EXIT(sayGoodbyeToGonePeer(), testing::ExitedWithCode(0), "");
+TEST_F(NoSignalTest, ACloseNotifyToAGonePeerIsQuiet) {
+  EXPECT_EXIT(closeTowardsAGonePeer(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ class RefusedRequestsTest : public testing::TestWithParam<Smuggled> {
 
   const std::string& bad() const { return GetParam().bytes; }
 
-  /// The request is refused for that part of it, and nobody has even been called.
+  /// The request is refused for that part of it, before any connection is made.
   void expectRefused(const std::string& part, const Outcome& outcome) {
     EXPECT_EQ(outcome, (Outcome{HTTP_ERROR_FAILED, "Request refused: the " + part +
                                                        " holds a line end or a zero byte."}));

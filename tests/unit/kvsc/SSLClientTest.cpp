@@ -21,7 +21,7 @@ int go(void* context, double, double, double, double) {
   return 0;
 }
 
-TEST(SSLClientTest, AFreshClientHasNobodyToTell) {
+TEST(SSLClientTest, AFreshClientHasNoCallbacks) {
   const SSLClient client("LOCALHOST");
   EXPECT_EQ(client.getHeaderContext(), nullptr);
   EXPECT_EQ(client.getBodyContext(), nullptr);

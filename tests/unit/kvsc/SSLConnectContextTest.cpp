@@ -49,7 +49,7 @@ class SSLConnectContextTest : public testing::Test {
   SSLSession session_;
 };
 
-TEST_F(SSLConnectContextTest, WithoutChecksItKnowsNobodyAndAsksNothing) {
+TEST_F(SSLConnectContextTest, WithoutChecksItHoldsNoCredentials) {
   session_.setVerifyMode(1);
   session_.setCipherList("ECDHE-RSA-AES128-GCM-SHA256");
   session_.setCertFile("/no/such/file");

@@ -52,7 +52,7 @@ class ShakenHands {
 
 class PostConnectionCheckTest : public testing::Test {
  protected:
-  // Nobody trusts these certificates, which is all that the library has against them.
+  // These certificates are untrusted, which is the only fault that the library finds.
   static constexpr long kUnknown = X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT;
   static constexpr long kWrongHost = X509_V_ERR_APPLICATION_VERIFICATION;
 
@@ -65,7 +65,7 @@ class PostConnectionCheckTest : public testing::Test {
   SSLConnect connect_{"LOCALHOST"};
 };
 
-TEST_F(PostConnectionCheckTest, WithoutAPeerNobodyIsThere) {
+TEST_F(PostConnectionCheckTest, WithoutAPeerItFails) {
   EXPECT_EQ(connect_.postConnectionCheck(nullptr, "example"), kWrongHost);
   const SslContextPtr context = newClientContext(SSLV3);
   const SslPtr unconnected(SSL_new(context.get()));
