@@ -58,7 +58,9 @@ TEST(HttpDownloadThread, HasTheWorkersFace) {
   EXPECT_EQ(slotOf(&DownloadThreadInterface::stop), 4);
   EXPECT_EQ(slotOf(&DownloadThreadInterface::setInterfaces), 5);
   EXPECT_EQ(slotOf(&DownloadThreadInterface::stopDownload), 6);
-  EXPECT_EQ(slotOf(&ExtendedFace::behindTheLast), 7);
+  EXPECT_EQ(slotOf(&DownloadThreadInterface::prepare), 7);
+  EXPECT_EQ(slotOf(&DownloadThreadInterface::close), 8);
+  EXPECT_EQ(slotOf(&ExtendedFace::behindTheLast), 9);
 }
 
 class WorkerFace : public support::WorkerTest {};
