@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "download/Audience.h"
+#include "download/AttachedView.h"
 #include "persistence/RFCBase64Codec.h"
 
 namespace download {
@@ -20,9 +20,9 @@ AfterRefusal afterRefusal(std::int32_t errorCode, bool mayAskForSlot) {
   return AfterRefusal::kViewShows;
 }
 
-Authorisation::Authorisation(VeskPlayerX::ZPSServicesInterface& services, Audience& audience,
+Authorisation::Authorisation(VeskPlayerX::ZPSServicesInterface& services, AttachedView& view,
                              const VeskPlayerX::DownloadItemInterface& item)
-    : services_(services), audience_(audience), item_(&item) {}
+    : services_(services), view_(view), item_(&item) {}
 
 void Authorisation::run() {
   if (!abandoned_ && services_.isReady(0, 0, 0)) request(true);
@@ -49,14 +49,14 @@ void Authorisation::refuse(const VeskDrmDownloadAuthorization& answer, bool mayA
       askForSlot(answer);
       break;
     case AfterRefusal::kViewShows:
-      audience_.notify([&](auto& view) { view.showAuthorizationError(answer); });
+      view_.notify([&](auto& view) { view.showAuthorizationError(answer); });
       break;
   }
 }
 
 void Authorisation::askForSlot(const VeskDrmDownloadAuthorization& answer) {
-  const int slot = audience_.ask(
-      [&](auto& view) { return view.chooseSlot(item_.getTitle(), answer); }, kDeclined);
+  const int slot =
+      view_.ask([&](auto& view) { return view.chooseSlot(item_.getTitle(), answer); }, kDeclined);
   if (slot < 0) return;
   chosenSlot_ = slot;
   item_.setSlotNumber(slot);

@@ -12,7 +12,7 @@
 
 namespace download {
 
-class Audience;
+class AttachedView;
 
 /// What to do about a refused authorisation.
 enum class AfterRefusal : std::uint8_t {
@@ -30,8 +30,8 @@ AfterRefusal afterRefusal(std::int32_t errorCode, bool mayAskForSlot);
 /// found out is read after it has returned.
 class Authorisation {
  public:
-  /// `services` and `audience` outlive the talk.
-  Authorisation(VeskPlayerX::ZPSServicesInterface& services, Audience& audience,
+  /// `services` and `view` outlive the talk.
+  Authorisation(VeskPlayerX::ZPSServicesInterface& services, AttachedView& view,
                 const VeskPlayerX::DownloadItemInterface& item);
 
   void run();
@@ -51,7 +51,7 @@ class Authorisation {
   void askForSlot(const VeskDrmDownloadAuthorization& answer);
 
   VeskPlayerX::ZPSServicesInterface& services_;
-  Audience& audience_;
+  AttachedView& view_;
   DownloadItem item_;
   std::atomic<bool> abandoned_{false};
   std::optional<VeskDrmDownloadAuthorization> granted_;

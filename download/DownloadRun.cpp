@@ -78,14 +78,13 @@ bool Impl::checkPresentFile() {
   const std::wstring path = item_->getPath();
   const std::uint64_t present = PathTools::getFileSize(path);
   item_->setSize(totalSize_);
-  audience_.report([&](auto& manager) { manager.updateSize(item_->getId(), totalSize_); });
+  tellManager([&](auto& manager) { manager.updateSize(item_->getId(), totalSize_); });
   const std::uint64_t available = PathTools::getSpaceAvailable(PathTools::getDirectory(path));
   if (download::missingBytes(totalSize_, present) > available) return tooLittleSpace(path);
   if (!download::isComplete(totalSize_, present)) return true;
   if (!state_.reach(DownloadStatusCompleted)) return false;
   item_->setPercentDownloaded(kWholeFile);
-  audience_.report(
-      [&](auto& manager) { manager.updateDownloadProgress(item_->getId(), kWholeFile); });
+  tellManager([&](auto& manager) { manager.updateDownloadProgress(item_->getId(), kWholeFile); });
   reportStatus(DownloadStatusCompleted);
   return false;
 }
@@ -113,7 +112,7 @@ void Impl::describe(Transfer& transfer) {
   info.setDownloadId(id);
   info.setTitle(StringTools::wStringToString(item_->getTitle()));
   item_->setDownloadInfo(info);
-  audience_.report([&](auto& manager) { manager.setDownloadInfo(id, info); });
+  tellManager([&](auto& manager) { manager.setDownloadInfo(id, info); });
 }
 
 void Impl::startSession(const Transfer& transfer) {
@@ -128,7 +127,7 @@ void Impl::startSession(const Transfer& transfer) {
     return;
   }
   if (!state_.reach(DownloadStatusFailed)) return;
-  audience_.notify(
+  view_.notify(
       [&](auto& view) { view.downloadUrlFailed(StringTools::stringToWString(transfer.url)); });
   reportStatus(DownloadStatusFailed);
 }
@@ -146,8 +145,7 @@ void Impl::closeSession() {
 }
 
 void Impl::finishCompleted() {
-  audience_.report(
-      [&](auto& manager) { manager.updateDownloadProgress(item_->getId(), kWholeFile); });
+  tellManager([&](auto& manager) { manager.updateDownloadProgress(item_->getId(), kWholeFile); });
   // A stop that comes meanwhile leaves the outcome and stops the session by itself.
   if (!playAsWished() && !state_.isStopping()) releaseUnlessPlaying();
 }
@@ -165,12 +163,12 @@ bool Impl::fail() {
 
 bool Impl::tooLittleSpace(const std::wstring& where) {
   if (!state_.reach(DownloadStatusFailed)) return false;
-  audience_.notify([&](auto& view) { view.notEnoughSpace(where); });
+  view_.notify([&](auto& view) { view.notEnoughSpace(where); });
   return false;
 }
 
 void Impl::reportStatus(DownloadStatusEnumType status) {
-  audience_.report([&](auto& manager) { manager.updateStatus(item_->getId(), status); });
+  tellManager([&](auto& manager) { manager.updateStatus(item_->getId(), status); });
 }
 
 void Impl::usePath(const std::wstring& path) {
@@ -179,5 +177,5 @@ void Impl::usePath(const std::wstring& path) {
 }
 
 void Impl::reportPath(const std::wstring& path) {
-  audience_.report([&](auto& manager) { manager.updatePath(item_->getId(), path); });
+  tellManager([&](auto& manager) { manager.updatePath(item_->getId(), path); });
 }

@@ -25,7 +25,7 @@ void HttpDownloadThread::stop() { impl_->stop(); }
 
 void HttpDownloadThread::setInterfaces(VeskPlayerX::DownloadManagerInterface* manager,
                                        VeskPlayerX::DownloadManagerViewInterface* view) {
-  impl_->audience().set(manager, view);
+  impl_->setInterfaces(manager, view);
 }
 
 void HttpDownloadThread::stopDownload(unsigned long long uid) { impl_->stopDownload(uid); }

@@ -54,6 +54,11 @@ bool Impl::loadLibrary() {
   return true;
 }
 
+void Impl::setInterfaces(Manager* manager, download::AttachedView::View* view) {
+  manager_ = manager;
+  view_.attach(view);
+}
+
 void Impl::stop() {
   state_.askToStop();
   endRun();

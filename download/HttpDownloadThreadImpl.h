@@ -10,7 +10,8 @@
 #include "KPB/DownloadInfo.h"
 #include "KPB/DownloadInterface.h"
 #include "KPIM/Helper.h"
-#include "download/Audience.h"
+#include "VeskPlayerX/DownloadManagerInterface.h"
+#include "download/AttachedView.h"
 #include "download/HttpDownloadThread.h"
 #include "download/RunState.h"
 #include "download/SessionGate.h"
@@ -33,6 +34,7 @@ class Authorisation;
 class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback {
  public:
   using Item = VeskPlayerX::DownloadItemInterface;
+  using Manager = VeskPlayerX::DownloadManagerInterface;
 
   HttpDownloadThreadImpl(HttpDownloadThread& owner, KPIM::Context* context);
   ~HttpDownloadThreadImpl() override;
@@ -43,7 +45,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   void stopDownload(unsigned long long uid);
   void close();
 
-  download::Audience& audience() { return audience_; }
+  void setInterfaces(Manager* manager, download::AttachedView::View* view);
   download::RunState& state() { return state_; }
 
   /// The full local path for the film behind `url`: a free name in the media folder.
@@ -92,7 +94,12 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   void takeProgress(int percent);
   void takeBroken();
 
-  // Small change.
+  /// Calls `report(manager)` when there is a manager.
+  template <class Report>
+  void tellManager(Report report) {
+    if (Manager* const manager = manager_) report(*manager);
+  }
+
   bool fail();
   bool tooLittleSpace(const std::wstring& where);
   void reportStatus(DownloadStatusEnumType status);
@@ -113,8 +120,9 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   std::uint64_t totalSize_ = 0;                                    // the run's, in bytes
   unsigned long long openUid_ = 0;                                 // the run's, while it fetches
   download::RunState state_;
-  download::Audience audience_;  // the manager and the view
-  std::int32_t ticketId_ = 0;    // the run's
+  std::atomic<Manager*> manager_{nullptr};  // not owned
+  download::AttachedView view_;
+  std::int32_t ticketId_ = 0;  // the run's
   KPIM::Context* const context_;
   HttpDownloadThread& owner_;
 

@@ -53,7 +53,7 @@ void Impl::dealWith(const LibraryReport& report) {
       break;
     case LibraryReport::Kind::kComplete:
       if (!state_.reach(DownloadStatusCompleted)) break;
-      audience_.report([&](auto& manager) { manager.setPlayable(id, true); });
+      tellManager([&](auto& manager) { manager.setPlayable(id, true); });
       break;
     case LibraryReport::Kind::kBroken:
       if (state_.reach(DownloadStatusFailed)) takeBroken();
@@ -64,17 +64,17 @@ void Impl::dealWith(const LibraryReport& report) {
 void Impl::takeProgress(int percent) {
   if (percent < 0 || percent > 100) return;
   const unsigned int id = item_->getId();
-  audience_.report([&](auto& manager) { manager.updateDownloadProgress(id, percent); });
+  tellManager([&](auto& manager) { manager.updateDownloadProgress(id, percent); });
   // Whoever is told may have stopped the run.
   if (percent <= kPlayableAbove || !state_.isRunning()) return;
-  audience_.report([&](auto& manager) { manager.setPlayable(id, true); });
+  tellManager([&](auto& manager) { manager.setPlayable(id, true); });
   if (state_.isRunning()) playAsWished();
 }
 
 void Impl::takeBroken() {
-  audience_.notify([&](auto& view) { view.downloadBroken(item_->getPath()); });
+  view_.notify([&](auto& view) { view.downloadBroken(item_->getPath()); });
   item_->setStatus(DownloadStatusFailed);
-  audience_.notify([&](auto& view) { view.refreshItem(item_->getId()); });
+  view_.notify([&](auto& view) { view.refreshItem(item_->getId()); });
 }
 
 /// True when the item wished to be played and is being played.
@@ -88,7 +88,7 @@ bool Impl::playAsWished() {
 /// run to stop, so the call is made on a thread of its own and a stop ends the wait for it. False
 /// when it was not played, or not yet.
 bool Impl::play() {
-  auto* const manager = audience_.presentManager();
+  Manager* const manager = manager_;
   if (manager == nullptr) return false;
   const auto played = std::make_shared<std::atomic<bool>>(false);
   const bool begun =

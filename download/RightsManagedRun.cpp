@@ -17,8 +17,8 @@ namespace {
 /// A talk together with the hold on the services that it needs, both gone with the last of the run
 /// and the talk's own thread.
 struct HeldTalk {
-  HeldTalk(std::unique_ptr<Services> held, download::Audience& audience, const Impl::Item& item)
-      : services(std::move(held)), talk(*services->get(), audience, item) {}
+  HeldTalk(std::unique_ptr<Services> held, download::AttachedView& view, const Impl::Item& item)
+      : services(std::move(held)), talk(*services->get(), view, item) {}
 
   std::unique_ptr<Services> services;
   download::Authorisation talk;
@@ -31,7 +31,7 @@ bool Impl::authorise(Transfer& transfer) {
   if (services == nullptr) return fail();
   item_->setStatus(DownloadStatusStarting);
   reportStatus(DownloadStatusStarting);
-  const auto held = std::make_shared<HeldTalk>(std::move(services), audience_, *item_);
+  const auto held = std::make_shared<HeldTalk>(std::move(services), view_, *item_);
   return hold({held, &held->talk}) && accept(held->talk, transfer);
 }
 
@@ -52,12 +52,12 @@ bool Impl::accept(const download::Authorisation& talk, Transfer& transfer) {
   const VeskDrmDownloadAuthorization& answer = *talk.granted();
   const unsigned int id = item_->getId();
   item_->setTicketAlreadyTorn(true);
-  audience_.report([&](auto& manager) { manager.setTicketAlreadyTorn(id); });
-  audience_.report([&](auto& manager) { manager.setTicketId(id, answer.ticketId); });
+  tellManager([&](auto& manager) { manager.setTicketAlreadyTorn(id); });
+  tellManager([&](auto& manager) { manager.setTicketId(id, answer.ticketId); });
   ticketId_ = answer.ticketId;
   transfer.url = URLEscape::escape(answer.url);
   const std::wstring wideUrl = kvpm::StringTools::stringToWString(transfer.url);
-  audience_.report([&](auto& manager) { manager.setDownloadUrl(id, wideUrl); });
+  tellManager([&](auto& manager) { manager.setDownloadUrl(id, wideUrl); });
   transfer.info.setTempUsername(answer.tempUsername);
   transfer.info.setTempPassword(answer.tempPassword);
   totalSize_ = answer.totalSize;

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "download/Audience.h"
+#include "download/AttachedView.h"
 #include "download/Authorisation.h"
 #include "tests/support/fakes/FakeServices.h"
 
@@ -32,11 +32,11 @@ TEST(DecodeRights, YieldsNothingForATextOfAnotherLength) {
 TEST(Authorisation, TalksAboutACopyOfTheItem) {
   support::EventLog log;
   support::FakeServices services(log);
-  Audience audience;
+  AttachedView view;
   DownloadItem item;
   item.setId(7);
   item.setSlotNumber(2);
-  Authorisation talk(services, audience, item);
+  Authorisation talk(services, view, item);
   item.setSlotNumber(9);
   talk.run();
   EXPECT_TRUE(log.has("services.authorize 7 2"));
@@ -45,8 +45,8 @@ TEST(Authorisation, TalksAboutACopyOfTheItem) {
 TEST(Authorisation, ThatIsAbandonedAsksForNothing) {
   support::EventLog log;
   support::FakeServices services(log);
-  Audience audience;
-  Authorisation talk(services, audience, DownloadItem());
+  AttachedView view;
+  Authorisation talk(services, view, DownloadItem());
   talk.abandon();
   talk.run();
   EXPECT_THAT(log.lines(), IsEmpty());

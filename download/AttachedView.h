@@ -1,0 +1,96 @@
+#pragma once
+
+#include <condition_variable>
+#include <thread>
+#include <vector>
+
+#include "VeskPlayerX/DownloadManagerViewInterface.h"
+#include "kvpm/Mutex.h"
+
+namespace download {
+
+/// The host's view, as long as one is attached. Every call to the view goes through here.
+///
+/// Owner: the worker or its manager, one each; the view is not owned. Threads: any. No lock is held
+/// while the view is called, and what it throws reaches the caller.
+class AttachedView {
+ public:
+  using View = VeskPlayerX::DownloadManagerViewInterface;
+
+  AttachedView() = default;
+  AttachedView(const AttachedView&) = delete;
+  AttachedView& operator=(const AttachedView&) = delete;
+
+  /// Replaces the view; null detaches it. Once this returns, no notice is running at an earlier
+  /// view on another thread and none will reach it, so the host may delete it. Notices that the
+  /// calling thread itself is inside are not waited for. Called with no lock held that a view's
+  /// operation could ask for.
+  void attach(View* view);
+
+  /// Runs `notice(view)` on the calling thread; does nothing without a view. Notices may be nested.
+  template <class Notice>
+  void notify(Notice notice) {
+    const Visit visit(*this);
+    if (visit.view() != nullptr) notice(*visit.view());
+  }
+
+  /// Returns `question(view)`, or `withoutView` without one. `attach` does not wait for questions,
+  /// which may wait for the user: a view outlives its own answer.
+  template <class Question, class Answer>
+  Answer ask(Question question, Answer withoutView) {
+    View* const view = presentView();
+    if (view == nullptr) return withoutView;
+    const InsideCall inside;
+    return question(*view);
+  }
+
+  /// Whether the calling thread is inside a notice or a question, of any `AttachedView`. An
+  /// operation that the view calls from there must not wait for a lock whose holder may be waiting
+  /// for this thread.
+  static bool isInNotice();
+
+ private:
+  /// Marks the calling thread as inside a call to a view.
+  class InsideCall {
+   public:
+    InsideCall();
+    InsideCall(const InsideCall&) = delete;
+    InsideCall& operator=(const InsideCall&) = delete;
+    ~InsideCall();
+  };
+
+  /// One notice, known to `attach` while it lives.
+  class Visit {
+   public:
+    explicit Visit(AttachedView& attached) : attached_(attached), view_(attached.enter()) {}
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
+    ~Visit() {
+      if (view_ != nullptr) attached_.leave(view_);
+    }
+    View* view() const { return view_; }
+
+   private:
+    const InsideCall inside_;
+    AttachedView& attached_;
+    View* const view_;
+  };
+
+  struct Visitor {
+    View* view;
+    std::thread::id thread;
+    bool operator==(const Visitor&) const = default;
+  };
+
+  View* presentView() const;
+  View* enter();
+  void leave(View* view);
+  bool isEarlierViewVisitedElsewhere() const KVPM_REQUIRES(mutex_);
+
+  mutable kvpm::Mutex mutex_;
+  std::condition_variable_any left_;
+  View* view_ KVPM_GUARDED_BY(mutex_) = nullptr;
+  std::vector<Visitor> visitors_ KVPM_GUARDED_BY(mutex_);
+};
+
+}  // namespace download
