@@ -1,5 +1,7 @@
 #include "download/HttpDownloadThread.h"
 
+#include <utility>
+
 #include "download/HttpDownloadThreadImpl.h"
 #include "download/MediaSize.h"
 #include "download/SharedPreferences.h"
@@ -29,6 +31,10 @@ void HttpDownloadThread::setInterfaces(VeskPlayerX::DownloadManagerInterface* ma
 }
 
 void HttpDownloadThread::stopDownload(unsigned long long uid) { impl_->stopDownload(uid); }
+
+void HttpDownloadThread::setPlayback(std::function<bool(unsigned int id)> playback) {
+  impl_->setPlayback(std::move(playback));
+}
 
 void HttpDownloadThread::prepare() { impl_->state().prepare(); }
 

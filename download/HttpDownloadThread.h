@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -19,11 +20,11 @@ class Context;
 /// - The manager's reports (`updateStatus`, `updateDownloadProgress`, `setPlayable`, ...) may be
 ///   called on the scheduler's thread and on threads of the library. They take no lock that is held
 ///   around `stop`.
-/// - `play` is called on a thread of the worker's own, one call at a time, with no lock of the
-///   worker held by that thread. It may wait for locks that are held around `stop`, and may itself
-///   call `stop`: whoever waits for its answer gives up as soon as a stop is asked for, and the
-///   call then ends in its own time. It must come to an end soon after the manager has begun to
-///   shut down, since `close` waits for it.
+/// - `play`, or the function given to `setPlayback` in its place, is called on a thread of the
+///   worker's own, one call at a time, with no lock of the worker held by that thread. It may wait
+///   for locks that are held around `stop`, and may itself call `stop`: a stop ends the wait for
+///   its answer, and the call then ends in its own time. It must come to an end soon after the
+///   manager has begun to shut down, since `close` waits for it.
 /// - `setInterfaces` is called with no lock held that a view's operation could ask for.
 class HttpDownloadThread : public DownloadThreadInterface {
  public:
@@ -45,6 +46,11 @@ class HttpDownloadThread : public DownloadThreadInterface {
                      VeskPlayerX::DownloadManagerViewInterface* view) override;
 
   void stopDownload(unsigned long long uid) override;
+
+  /// Has the film of the present run handed to the player by `playback(id)` instead of the
+  /// manager's `play(id)`; true means that it plays. The film is flowing already, so there is
+  /// nothing to rearrange or to restart. Called before the first run.
+  void setPlayback(std::function<bool(unsigned int id)> playback);
 
   void prepare() override;
   void close() override;

@@ -2,9 +2,11 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "KPB/DownloadCallback.h"
 #include "KPB/DownloadInfo.h"
@@ -35,6 +37,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
  public:
   using Item = VeskPlayerX::DownloadItemInterface;
   using Manager = VeskPlayerX::DownloadManagerInterface;
+  using Playback = std::function<bool(unsigned int id)>;
 
   HttpDownloadThreadImpl(HttpDownloadThread& owner, KPIM::Context* context);
   ~HttpDownloadThreadImpl() override;
@@ -46,6 +49,8 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   void close();
 
   void setInterfaces(Manager* manager, download::AttachedView::View* view);
+  void setPlayback(Playback playback) { playback_ = std::move(playback); }
+
   download::RunState& state() { return state_; }
 
   /// The full local path for the film behind `url`: a free name in the media folder.
@@ -106,6 +111,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   void usePath(const std::wstring& path);
   void reportPath(const std::wstring& path);
   bool playAsWished();
+  Playback playback();
   bool play();
   void endRun();
   void stopPresentSession();
@@ -124,6 +130,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   download::AttachedView view_;
   std::int32_t ticketId_ = 0;  // the run's
   KPIM::Context* const context_;
+  Playback playback_;  // constant once a run has begun
   HttpDownloadThread& owner_;
 
   std::atomic<Item*> presentItem_{nullptr};

@@ -84,14 +84,22 @@ bool Impl::playAsWished() {
   return true;
 }
 
-/// Has the manager play the item. The manager may need a lock whose holder is waiting for this very
-/// run to stop, so the call is made on a thread of its own and a stop ends the wait for it. False
-/// when it was not played, or not yet.
+/// Hands the film to the player. That may need a lock whose holder is waiting for this very run to
+/// stop, so the call is made on a thread of its own and a stop ends the wait for it. False when it
+/// was not played, or not yet.
 bool Impl::play() {
-  Manager* const manager = manager_;
-  if (manager == nullptr) return false;
+  const Playback playback = this->playback();
+  if (!playback) return false;
   const auto played = std::make_shared<std::atomic<bool>>(false);
   const bool begun =
-      plays_.start([manager, id = item_->getId(), played] { *played = manager->play(id); });
+      plays_.start([playback, id = item_->getId(), played] { *played = playback(id); });
   return begun && state_.waitUnlessStopped([this] { return !plays_.isBusy(); }) && *played;
+}
+
+/// Empty without a manager to ask.
+Impl::Playback Impl::playback() {
+  if (playback_) return playback_;
+  Manager* const manager = manager_;
+  if (manager == nullptr) return nullptr;
+  return [manager](unsigned int id) { return manager->play(id); };
 }

@@ -55,6 +55,32 @@ TEST_F(LibraryReports, PlayAnItemThatWishesItOnce) {
                   "manager.updateDownloadProgress 7 7", "manager.setPlayable 7 true"));
 }
 
+TEST_F(LibraryReports, PlayThroughAFunctionInsteadOfTheManager) {
+  worker_->setPlayback([this](unsigned int id) {
+    log_.add("playback " + std::to_string(id));
+    return true;
+  });
+  auto item = film();
+  item->setAutoProgressivePlayback(true);
+  startAndReport(std::move(item));
+  library_.progress(kUid, 6);
+  library_.progress(kUid, 7);
+  EXPECT_EQ(log_.count("playback 7"), 1u);
+  EXPECT_EQ(log_.count("manager.play 7"), 0u);
+}
+
+TEST_F(LibraryReports, PlayThroughAFunctionWithoutAManagerToo) {
+  worker_->setInterfaces(nullptr, nullptr);
+  worker_->setPlayback([](unsigned int) { return true; });
+  auto item = film();
+  item->setAutoProgressivePlayback(true);
+  start(std::move(item));
+  ASSERT_TRUE(waitFor("library.start " + server_.url("/dir/movie.vesk")));
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+  EXPECT_FALSE(worker_->getItem()->getAutoProgressivePlayback());
+}
+
 TEST_F(LibraryReports, TryToPlayAgainAfterAFailure) {
   auto item = film();
   item->setAutoProgressivePlayback(true);
