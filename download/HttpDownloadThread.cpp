@@ -4,17 +4,12 @@
 
 #include "download/HttpDownloadThreadImpl.h"
 #include "download/MediaSize.h"
-#include "download/SharedPreferences.h"
 
 HttpDownloadThread::HttpDownloadThread(KPIM::Context* context)
-    : impl_(std::make_unique<HttpDownloadThreadImpl>(*this, context)) {
-  download::ensureSharedPreferences();
-}
+    : impl_(std::make_unique<HttpDownloadThreadImpl>(*this, context)) {}
 
 HttpDownloadThread::~HttpDownloadThread() {
-  impl_->close();  // whoever is still inside uses the pointer
-  impl_.reset();
-  download::dropSharedPreferences();
+  impl_->close();  // other threads use the pointer until this returns
 }
 
 VeskPlayerX::DownloadItemInterface* HttpDownloadThread::getItem() { return impl_->getItem(); }

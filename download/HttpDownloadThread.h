@@ -32,7 +32,7 @@ class HttpDownloadThread : public DownloadThreadInterface {
   /// Creates the host's shared preferences object when there is none.
   explicit HttpDownloadThread(KPIM::Context* context);
 
-  /// Closes the worker, then deletes the shared preferences object.
+  /// Closes the worker, then deletes the shared preferences object unless another worker uses it.
   ~HttpDownloadThread() override;
 
   VeskPlayerX::DownloadItemInterface* getItem() override;

@@ -17,6 +17,7 @@
 #include "download/HttpDownloadThread.h"
 #include "download/RunState.h"
 #include "download/SessionGate.h"
+#include "download/SharedPreferences.h"
 #include "download/SideThread.h"
 #include "kvpm/CritSection.h"
 #include "kvpm/Mutex.h"
@@ -119,6 +120,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   template <class I>
   std::unique_ptr<KPIM::Helper<I>> load(const char* interfaceId) const;
 
+  const download::SharedPreferences preferences_;  // first, so that it outlives all else
   std::unique_ptr<Item> item_;  // the run's; the callbacks' while the gate is open
   kvpm::Mutex callbackMutex_;
   kvpm::CritSection runLock_;

@@ -9,14 +9,25 @@
 
 namespace download {
 
-void ensureSharedPreferences() {
-  if (KPXPreferences::userSettings != nullptr) return;
-  auto settings = std::make_unique<QSettings>(
-      QSettings::UserScope, QCoreApplication::organizationName(), QStringLiteral("Settings"));
-  settings->beginGroup(QCoreApplication::applicationName());
-  KPXPreferences::userSettings = settings.release();
+int SharedPreferences::uses = 0;
+
+SharedPreferences::SharedPreferences() {
+  if (KPXPreferences::userSettings == nullptr) {
+    auto settings = std::make_unique<QSettings>(
+        QSettings::UserScope, QCoreApplication::organizationName(), QStringLiteral("Settings"));
+    settings->beginGroup(QCoreApplication::applicationName());
+    KPXPreferences::userSettings = settings.release();
+  }
+  ++uses;
 }
 
-void dropSharedPreferences() { delete std::exchange(KPXPreferences::userSettings, nullptr); }
+SharedPreferences::~SharedPreferences() {
+  --uses;
+  deleteUnused();
+}
+
+void SharedPreferences::deleteUnused() {
+  if (uses == 0) delete std::exchange(KPXPreferences::userSettings, nullptr);
+}
 
 }  // namespace download

@@ -2,16 +2,24 @@
 
 namespace download {
 
-/// The host's shared preferences object, `KPXPreferences::userSettings`.
+/// One use of the host's shared preferences object, `KPXPreferences::userSettings`.
 ///
-/// Whoever comes first of the worker and its manager creates it, whoever goes first deletes it. Not
-/// synchronised: both are built and destroyed on the host's thread, when no other thread uses the
-/// object. Neither operation fails.
+/// The first use creates the object, in the application's group, unless the host has made one; the
+/// end of the last use deletes it and sets the pointer to null. So the worker of a manager that is
+/// still leaving does not take the object away from the next manager's. Not synchronised: built and
+/// destroyed on the host's thread. Does not fail.
+class SharedPreferences {
+ public:
+  SharedPreferences();
+  SharedPreferences(const SharedPreferences&) = delete;
+  SharedPreferences& operator=(const SharedPreferences&) = delete;
+  ~SharedPreferences();
 
-/// Creates the object, in the application's group, unless there is one.
-void ensureSharedPreferences();
+  /// Deletes the object, if there is one, unless it is in use.
+  static void deleteUnused();
 
-/// Deletes the object, if there is one; until it is ensured again, there is none.
-void dropSharedPreferences();
+ private:
+  static int uses;
+};
 
 }  // namespace download

@@ -8,14 +8,13 @@
 DownloadManager::DownloadManager(KPIM::Context* context)
     : KPIM::Plugin(context),
       impl_(std::make_shared<DownloadManagerImpl>(this, kpimGetPluginContext())) {
-  download::ensureSharedPreferences();
   impl_->open();
   kpimRetain();
 }
 
 DownloadManager::~DownloadManager() {
   doShutdown();
-  download::dropSharedPreferences();
+  download::SharedPreferences::deleteUnused();
 }
 
 void DownloadManager::Shutdown() {

@@ -6,6 +6,7 @@
 
 #include "KPX/KPXPreferences.h"
 #include "download/HttpDownloadThread.h"
+#include "download/SharedPreferences.h"
 #include "tests/support/VtableSlots.h"
 #include "tests/unit/download/WorkerFixture.h"
 
@@ -46,6 +47,26 @@ TEST(HttpDownloadThread, TakesPreferencesThatAreThereThenDeletesThem) {
     EXPECT_EQ(KPXPreferences::userSettings, mine);
   }
   EXPECT_EQ(KPXPreferences::userSettings, nullptr);
+}
+
+TEST(HttpDownloadThread, LeavesThePreferencesToAnotherWorker) {
+  support::FakeContext context;
+  auto leaving = std::make_unique<HttpDownloadThread>(&context);
+  const QSettings* const settings = KPXPreferences::userSettings;
+  {
+    const HttpDownloadThread next(&context);
+    leaving.reset();
+    download::SharedPreferences::deleteUnused();
+    EXPECT_EQ(KPXPreferences::userSettings, settings);
+  }
+  EXPECT_EQ(KPXPreferences::userSettings, nullptr);
+}
+
+TEST(SharedPreferences, ThatNobodyUsesAreDeletedOnRequest) {
+  KPXPreferences::userSettings = new QSettings(QSettings::UserScope, "Organisation", "Settings");
+  download::SharedPreferences::deleteUnused();
+  EXPECT_EQ(KPXPreferences::userSettings, nullptr);
+  download::SharedPreferences::deleteUnused();
 }
 
 TEST(HttpDownloadThread, HasTheWorkersFace) {
