@@ -42,51 +42,6 @@ TEST_F(HttpHelperGet, MayBeAbortedFromItsOwnThread) {
   helper_.abort();  // the receiver is about to go
 }
 
-TEST_F(HttpHelperGet, MayBeSetUpAgainFromTransferComplete) {
-  Acting receiver(log_);
-  bool chained = false;
-  receiver.atEnd = [&] {
-    if (std::exchange(chained, true)) return;
-    helper_.setup(server_.url("/second"), "");
-    EXPECT_EQ(Result(helper_.get(""))->getResult(), HTTP_RESULT_OK);
-  };
-  server_.onPath("/film.avi", Script::answer(okResponse("first ")));
-  server_.onPath("/second", Script::answer(okResponse("second")));
-  EXPECT_EQ(get(helper_, receiver)->getResult(), HTTP_RESULT_OK);
-  ASSERT_TRUE(log_.waitFor("complete 1", 2));
-  EXPECT_EQ(receiver.body(), "first second");
-  EXPECT_EQ(HttpHelper::sDownloadCancelled, 0);
-  helper_.abort();
-}
-
-TEST_F(HttpHelperGet, FallsSilentWhenItIsSetUpAgainFromWithinTheBody) {
-  Acting receiver(log_);
-  receiver.atBody = [this] { helper_.setup("", ""); };
-  server_.always(silentAfterThePiece());
-  EXPECT_EQ(get(helper_, receiver)->getResult(), HTTP_RESULT_FAILED);
-  helper_.abort();
-  EXPECT_THAT(log_.lines("complete"), IsEmpty());
-  EXPECT_THAT(log_.lines("broke"), IsEmpty());
-  EXPECT_EQ(log_.lines("body").size(), 1u);
-}
-
-TEST_F(HttpHelperGet, EndsAChainOfTransfersWhenItIsDestroyed) {
-  server_.always(Script::answer(okResponse("abc")));
-  std::size_t ends = 0;
-  for (int time = 0; time < 20; ++time) {
-    Acting receiver(log_);
-    HttpHelper helper;
-    receiver.atEnd = [&] {
-      helper.setup(server_.url("/film.avi"), "");
-      const Result next(helper.get(""));
-    };
-    helper.setup(server_.url("/film.avi"), "");
-    get(helper, receiver);
-    ends = log_.count("complete 1") + 2;
-    ASSERT_TRUE(log_.waitFor("complete 1", ends));
-  }
-}
-
 TEST_F(HttpHelperGet, SetupLeavesOtherHelpersAlone) {
   Gate& rest = gate();
   support::EventLog otherLog;
