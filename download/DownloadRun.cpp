@@ -1,19 +1,17 @@
 // The steps of one run, in the order in which they are taken.
 
-#include <QDir>
-
 #include "KPX/OSUtilities.h"
 #include "VeskPlayerX/InterfaceIds.h"
-#include "VeskPlayerX/PlayerInterface.h"
 #include "download/HttpDownloadThreadImpl.h"
 #include "download/LocalFilePlacement.h"
-#include "download/SpaceCheck.h"
+#include "download/Placement.h"
 #include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
+#include "persistence/URLEscape.h"
 
 using Impl = HttpDownloadThread::HttpDownloadThreadImpl;
-using kvpm::PathTools;
 using kvpm::StringTools;
+using VeskPlayerX::PlayerInterface;
 
 namespace {
 
@@ -24,7 +22,7 @@ std::string utf8(const QString& text) { return text.toStdString(); }
 
 }  // namespace
 
-void Impl::runItem() {
+void Impl::takeSteps() {
   const bool stopped = !state_.isRunning();  // between pick and start
   const bool loaded = !stopped && loadLibrary();
   if (item_ == nullptr || (!stopped && !loaded)) {
@@ -33,14 +31,26 @@ void Impl::runItem() {
   }
   if (stopped) return;
   Transfer transfer;
-  const bool ready = findSource(transfer) && measure(transfer) && choosePlace(transfer) &&
-                     checkPresentFile() && state_.isRunning();
-  if (ready) fetch(transfer);
+  if (!findSource(transfer) || !measure(transfer)) return;
+  download::Placement placement(*item_, totalSize_, host_, state_);
+  if (placement.settle(transfer.url) && state_.isRunning()) fetch(transfer);
 }
 
 bool Impl::findSource(Transfer& transfer) {
   if (item_->getEncrypted()) return authorise(transfer);
   transfer.url = StringTools::wStringToString(item_->getUrl());
+  return true;
+}
+
+bool Impl::authorise(Transfer& transfer) {
+  const auto granted = authorisation_.request(item_);
+  if (!granted) return fail();
+  transfer.url = URLEscape::escape(granted->url);
+  transfer.info.setTempUsername(granted->tempUsername);
+  transfer.info.setTempPassword(granted->tempPassword);
+  totalSize_ = granted->totalSize;
+  const auto rights = download::decodeRights(granted->strdChunkBase64);
+  transfer.info.setSTRDChunk(rights.data(), rights.size());
   return true;
 }
 
@@ -52,67 +62,31 @@ bool Impl::measure(const Transfer& transfer) {
   return false;
 }
 
-bool Impl::choosePlace(const Transfer& transfer) {
-  if (item_->getPath().empty()) usePath(getLocalFilePath(transfer.url));
-  const std::wstring path = download::freePathLike(item_->getPath(), &PathTools::fileExists);
-  if (path != item_->getPath()) usePath(path);
-  const bool fresh = !PathTools::fileExists(path) && item_->getPercentDownloaded() == 0;
-  return !fresh || claimMediaFolder();
-}
-
-/// A fresh download always goes to the media folder, and needs room there and where it arrives.
-bool Impl::claimMediaFolder() {
-  const std::wstring path =
-      download::mediaFolderPrefix() + PathTools::getFileName(item_->getPath());
-  reportPath(path);
-  item_->setPath(path);
-  const std::uint64_t need = download::spaceForFreshDownload(totalSize_);
-  for (const QString& folder : {QDir::toNativeSeparators(download::mediaFolder()),
-                                VeskPlayerX::OSUtilities::getTempPath()}) {
-    if (download::lacksSpace(folder, need)) return tooLittleSpace(folder.toStdWString());
-  }
-  return true;
-}
-
-bool Impl::checkPresentFile() {
-  const std::wstring path = item_->getPath();
-  const std::uint64_t present = PathTools::getFileSize(path);
-  item_->setSize(totalSize_);
-  tellManager([&](auto& manager) { manager.updateSize(item_->getId(), totalSize_); });
-  const std::uint64_t available = PathTools::getSpaceAvailable(PathTools::getDirectory(path));
-  if (download::missingBytes(totalSize_, present) > available) return tooLittleSpace(path);
-  if (!download::isComplete(totalSize_, present)) return true;
-  if (!state_.reach(DownloadStatusCompleted)) return false;
-  item_->setPercentDownloaded(kWholeFile);
-  tellManager([&](auto& manager) { manager.updateDownloadProgress(item_->getId(), kWholeFile); });
-  reportStatus(DownloadStatusCompleted);
-  return false;
-}
-
 void Impl::fetch(Transfer& transfer) {
   describe(transfer);
-  if (!state_.isRunning()) return;  // whoever was told has stopped the run
+  if (!state_.isRunning()) return;  // stopped from within that report
   startSession(transfer);
   // After a refused start the manager sees 6, then 3, then 6 again.
   if (state_.status() != DownloadStatusStopped) reportStatus(DownloadStatusDownloading);
-  openSession();
+  openGate();
   state_.waitForOutcome();
-  closeSession();
+  closeGate();
   if (state_.status() == DownloadStatusCompleted) finishCompleted();
   if (state_.status() != DownloadStatusStopped) reportStatus(state_.status());
-  openUid_ = 0;
+  if (state_.isStopping()) sessionUid_ = 0;  // that stop gives it back
 }
 
 void Impl::describe(Transfer& transfer) {
   const unsigned int id = item_->getId();
   KPB::DownloadInfo& info = transfer.info;
   info.setDownloadDirectory(utf8(VeskPlayerX::OSUtilities::getTempPath()));
-  info.setOutputFilename(StringTools::wStringToString(PathTools::getFileName(item_->getPath())));
+  info.setOutputFilename(
+      StringTools::wStringToString(kvpm::PathTools::getFileName(item_->getPath())));
   info.setMoviesDirectory(utf8(download::mediaFolder()));
   info.setDownloadId(id);
   info.setTitle(StringTools::wStringToString(item_->getTitle()));
   item_->setDownloadInfo(info);
-  tellManager([&](auto& manager) { manager.setDownloadInfo(id, info); });
+  host_.report([&](auto& manager) { manager.setDownloadInfo(id, info); });
 }
 
 void Impl::startSession(const Transfer& transfer) {
@@ -123,37 +97,44 @@ void Impl::startSession(const Transfer& transfer) {
   unsigned long long uid = 0;
   if (library_->get()->startSession(transfer.url, transfer.info, &uid) == kSessionStarted) {
     item_->setUID(uid);
-    openUid_ = uid;
+    sessionUid_ = uid;
     return;
   }
   if (!state_.reach(DownloadStatusFailed)) return;
-  view_.notify(
+  host_.view().notify(
       [&](auto& view) { view.downloadUrlFailed(StringTools::stringToWString(transfer.url)); });
   reportStatus(DownloadStatusFailed);
 }
 
-/// From here on reports are dealt with as they come. Not earlier: the manager has to know of the
-/// transfer before it hears of its progress, since it would take a wish to play for a restart.
-void Impl::openSession() {
+/// From here on reports are handled as they come. Not earlier: the manager has to know of the
+/// transfer before it hears of its progress, since it would take a request to play for a restart.
+void Impl::openGate() {
   const kvpm::MutexLock lock(callbackMutex_);
-  for (const download::LibraryReport& report : gate_.open(item_->getUID())) dealWith(report);
+  for (const download::LibraryReport& report : gate_.open(item_->getUID())) handle(report);
 }
 
-void Impl::closeSession() {
+void Impl::closeGate() {
   const kvpm::MutexLock lock(callbackMutex_);
   gate_.close();
 }
 
 void Impl::finishCompleted() {
-  tellManager([&](auto& manager) { manager.updateDownloadProgress(item_->getId(), kWholeFile); });
-  // A stop that comes meanwhile leaves the outcome and stops the session by itself.
-  if (!playAsWished() && !state_.isStopping()) releaseUnlessPlaying();
+  host_.report([&](auto& manager) { manager.updateDownloadProgress(item_->getId(), kWholeFile); });
+  if (playIfRequested()) {
+    sessionUid_ = 0;  // the player's to give back
+    return;
+  }
+  if (state_.isStopping()) return;
+  const auto player = host_.load<PlayerInterface>(VeskPlayerX::DIN_Player);
+  if (player != nullptr) releaseSession(player->get());
 }
 
-void Impl::releaseUnlessPlaying() {
-  const auto player = load<VeskPlayerX::PlayerInterface>(VeskPlayerX::DIN_Player);
-  if (player == nullptr) return;
-  if (player->get()->currentMediaId() != item_->getUID()) stopDownload(item_->getUID());
+/// Gives the session back, unless the player holds its film: then the player does. Null for no
+/// player.
+void Impl::releaseSession(PlayerInterface* player) {
+  const unsigned long long uid = std::exchange(sessionUid_, 0);
+  if (uid == 0) return;
+  if (player == nullptr || player->currentMediaId() != uid) stopDownload(uid);
 }
 
 bool Impl::fail() {
@@ -161,21 +142,6 @@ bool Impl::fail() {
   return false;
 }
 
-bool Impl::tooLittleSpace(const std::wstring& where) {
-  if (!state_.reach(DownloadStatusFailed)) return false;
-  view_.notify([&](auto& view) { view.notEnoughSpace(where); });
-  return false;
-}
-
 void Impl::reportStatus(DownloadStatusEnumType status) {
-  tellManager([&](auto& manager) { manager.updateStatus(item_->getId(), status); });
-}
-
-void Impl::usePath(const std::wstring& path) {
-  item_->setPath(path);
-  reportPath(path);
-}
-
-void Impl::reportPath(const std::wstring& path) {
-  tellManager([&](auto& manager) { manager.updatePath(item_->getId(), path); });
+  host_.report([&](auto& manager) { manager.updateStatus(item_->getId(), status); });
 }

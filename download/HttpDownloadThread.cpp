@@ -22,7 +22,7 @@ void HttpDownloadThread::stop() { impl_->stop(); }
 
 void HttpDownloadThread::setInterfaces(VeskPlayerX::DownloadManagerInterface* manager,
                                        VeskPlayerX::DownloadManagerViewInterface* view) {
-  impl_->setInterfaces(manager, view);
+  impl_->host().setInterfaces(manager, view);
 }
 
 void HttpDownloadThread::stopDownload(unsigned long long uid) { impl_->stopDownload(uid); }

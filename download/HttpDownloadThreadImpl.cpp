@@ -1,15 +1,11 @@
 #include "download/HttpDownloadThreadImpl.h"
 
-#include "download/LocalFilePlacement.h"
-#include "kvpm/PathTools.h"
+#include "download/Placement.h"
 
 using Impl = HttpDownloadThread::HttpDownloadThreadImpl;
 
 Impl::HttpDownloadThreadImpl(HttpDownloadThread& owner, KPIM::Context* context)
-    : context_(context),
-      owner_(owner),
-      talks_([this] { state_.wake(); }),
-      plays_([this] { state_.wake(); }) {}
+    : owner_(owner), host_(context), authorisation_(host_, state_), playThread_(state_) {}
 
 Impl::~HttpDownloadThreadImpl() {
   close();
@@ -18,45 +14,37 @@ Impl::~HttpDownloadThreadImpl() {
 
 DownloadStatusEnumType Impl::downloadVideo(Item* item) {
   state_.begin();
-  const DownloadStatusEnumType outcome = runLocked(item);
-  state_.end();  // the last word: whoever waited for it may delete the worker
+  const DownloadStatusEnumType outcome = [&] {
+    const kvpm::CritLock run(runLock_);
+    runItem(item);
+    closeGate();
+    // Without an item there was nothing that could have been stopped.
+    return item != nullptr ? state_.status() : DownloadStatusFailed;
+  }();
+  state_.end();  // the last word: a thread that waited for it may delete the worker
   return outcome;
 }
 
-DownloadStatusEnumType Impl::runLocked(Item* item) {
-  const kvpm::CritLock run(runLock_);
-  takeOver(item);
+void Impl::runItem(Item* item) {
   try {
-    runItem();
+    std::shared_ptr<Item> next(item);
+    currentItem_ = item;
+    item_ = std::move(next);
+    takeSteps();
   } catch (...) {  // out of memory, at worst: the item has failed, the queue goes on
     state_.reach(DownloadStatusFailed);
-    if (openUid_ != 0) stopDownload(openUid_);
+    if (sessionUid_ != 0) stopDownload(std::exchange(sessionUid_, 0));
   }
-  closeSession();
-  // Nothing cannot be stopped either.
-  return item_ != nullptr ? state_.status() : DownloadStatusFailed;
-}
-
-void Impl::takeOver(Item* item) {
-  presentItem_ = item;
-  item_.reset(item);
-  totalSize_ = 0;
-  openUid_ = 0;
 }
 
 bool Impl::loadLibrary() {
   if (library_ == nullptr) {
-    library_ = load<KPB::DownloadInterface>(KPB::DIN_Download);
+    library_ = host_.load<KPB::DownloadInterface>(KPB::DIN_Download);
     if (library_ == nullptr) return false;
-    presentLibrary_ = library_->get();
+    currentLibrary_ = library_->get();
   }
   library_->get()->setCallback(this);
   return true;
-}
-
-void Impl::setInterfaces(Manager* manager, download::AttachedView::View* view) {
-  manager_ = manager;
-  view_.attach(view);
 }
 
 void Impl::stop() {
@@ -67,21 +55,22 @@ void Impl::stop() {
 
 /// Waits for a run that was asked to stop, also one that has yet to take the run lock.
 void Impl::endRun() {
-  if (reporting_ == std::this_thread::get_id()) {
-    stopPresentSession();  // the run cannot end before this very report does
+  if (reportingThread_ == std::this_thread::get_id()) {
+    stopItemSession();  // the run cannot end before this very report does
     return;
   }
   state_.waitForEnd();
   const kvpm::CritLock run(runLock_);
-  stopPresentSession();
+  stopItemSession();
+  if (item_ != nullptr && item_->getUID() == sessionUid_) sessionUid_ = 0;
 }
 
-void Impl::stopPresentSession() {
+void Impl::stopItemSession() {
   if (library_ != nullptr && item_ != nullptr) stopDownload(item_->getUID());
 }
 
 void Impl::stopDownload(unsigned long long uid) {
-  if (KPB::DownloadInterface* const library = presentLibrary_) library->stopSession(uid);
+  if (KPB::DownloadInterface* const library = currentLibrary_) library->stopSession(uid);
 }
 
 void Impl::close() {
@@ -89,12 +78,9 @@ void Impl::close() {
   state_.askToStop();  // for good: a closed worker runs nothing any more
   endRun();
   // Without the callback mutex: this waits for a report that may hold it.
-  if (KPB::DownloadInterface* const library = presentLibrary_) library->setCallback(nullptr);
-  plays_.finish();
-  talks_.finish();
+  if (KPB::DownloadInterface* const library = currentLibrary_) library->setCallback(nullptr);
+  playThread_.finish();
+  authorisation_.finish();
 }
 
-std::wstring Impl::getLocalFilePath(const std::string& url) {
-  return download::freePathIn(download::mediaFolderPrefix(), download::mediaFileName(url),
-                              &kvpm::PathTools::fileExists);
-}
+std::wstring Impl::getLocalFilePath(const std::string& url) { return download::localFilePath(url); }

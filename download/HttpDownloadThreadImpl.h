@@ -11,9 +11,9 @@
 #include "KPB/DownloadCallback.h"
 #include "KPB/DownloadInfo.h"
 #include "KPB/DownloadInterface.h"
-#include "KPIM/Helper.h"
-#include "VeskPlayerX/DownloadManagerInterface.h"
-#include "download/AttachedView.h"
+#include "VeskPlayerX/PlayerInterface.h"
+#include "download/Authorisation.h"
+#include "download/Host.h"
 #include "download/HttpDownloadThread.h"
 #include "download/RunState.h"
 #include "download/SessionGate.h"
@@ -22,36 +22,28 @@
 #include "kvpm/CritSection.h"
 #include "kvpm/Mutex.h"
 
-namespace download {
-class Authorisation;
-}
-
-/// What the worker is made of: the item it carries, the library's session for it, and whom it
-/// tells.
+/// The run of the worker: its item, the library's session for it, and the library's reports.
 ///
 /// Three kinds of thread meet here. The scheduler's runs `downloadVideo` and holds the run lock for
 /// all of it. The library's bring reports, one at a time under the callback mutex, and touch the
-/// item only while the session gate is open; meanwhile the run only waits. Any thread stops. Two
-/// threads of the worker's own make the calls that may block for long, so that a stop need not wait
-/// for them.
+/// item only while the session gate is open; meanwhile the run only waits. Any thread stops. Calls
+/// that may block for long are made on side threads, so that a stop need not wait for them.
 class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback {
  public:
   using Item = VeskPlayerX::DownloadItemInterface;
-  using Manager = VeskPlayerX::DownloadManagerInterface;
   using Playback = std::function<bool(unsigned int id)>;
 
   HttpDownloadThreadImpl(HttpDownloadThread& owner, KPIM::Context* context);
   ~HttpDownloadThreadImpl() override;
 
-  Item* getItem() const { return presentItem_; }
+  Item* getItem() const { return currentItem_; }
   DownloadStatusEnumType downloadVideo(Item* item);
   void stop();
   void stopDownload(unsigned long long uid);
+  void setPlayback(Playback playback) { playback_ = std::move(playback); }
   void close();
 
-  void setInterfaces(Manager* manager, download::AttachedView::View* view);
-  void setPlayback(Playback playback) { playback_ = std::move(playback); }
-
+  download::Host& host() { return host_; }
   download::RunState& state() { return state_; }
 
   /// The full local path for the film behind `url`: a free name in the media folder.
@@ -72,84 +64,60 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   };
 
   // The run, step by step. A step that answers false has ended the run, or found it ended.
-  DownloadStatusEnumType runLocked(Item* item);
-  void takeOver(Item* item);
-  void runItem();
+  void runItem(Item* item);
+  void takeSteps();
   bool loadLibrary();
   bool findSource(Transfer& transfer);
+  bool authorise(Transfer& transfer);
   bool measure(const Transfer& transfer);
-  bool choosePlace(const Transfer& transfer);
-  bool claimMediaFolder();
-  bool checkPresentFile();
   void fetch(Transfer& transfer);
   void describe(Transfer& transfer);
   void startSession(const Transfer& transfer);
-  void openSession();
-  void closeSession();
+  void openGate();
+  void closeGate();
   void finishCompleted();
-  void releaseUnlessPlaying();
+  bool fail();
+  void reportStatus(DownloadStatusEnumType status);
 
-  // Rights-managed items.
-  bool authorise(Transfer& transfer);
-  bool hold(const std::shared_ptr<download::Authorisation>& talk);
-  bool accept(const download::Authorisation& talk, Transfer& transfer);
+  // The end of a session and of a run.
+  void releaseSession(VeskPlayerX::PlayerInterface* player);
+  void stopItemSession();
+  void endRun();
 
   // The library's reports, under the callback mutex.
   void receive(const download::LibraryReport& report);
-  void dealWith(const download::LibraryReport& report) KVPM_REQUIRES(callbackMutex_);
-  void takeProgress(int percent);
-  void takeBroken();
-
-  /// Calls `report(manager)` when there is a manager.
-  template <class Report>
-  void tellManager(Report report) {
-    if (Manager* const manager = manager_) report(*manager);
-  }
-
-  bool fail();
-  bool tooLittleSpace(const std::wstring& where);
-  void reportStatus(DownloadStatusEnumType status);
-  void usePath(const std::wstring& path);
-  void reportPath(const std::wstring& path);
-  bool playAsWished();
-  Playback playback();
-  bool play();
-  void endRun();
-  void stopPresentSession();
-
-  template <class I>
-  std::unique_ptr<KPIM::Helper<I>> load(const char* interfaceId) const;
+  void handle(const download::LibraryReport& report) KVPM_REQUIRES(callbackMutex_);
+  void handleProgress(int percent);
+  void handleBroken();
+  bool playIfRequested();
+  Playback playback() const;
 
   const download::SharedPreferences preferences_;  // first, so that it outlives all else
-  std::unique_ptr<Item> item_;  // the run's; the callbacks' while the gate is open
-  kvpm::Mutex callbackMutex_;
-  kvpm::CritSection runLock_;
-  std::unique_ptr<KPIM::Helper<KPB::DownloadInterface>> library_;  // the run's
-  std::uint64_t totalSize_ = 0;                                    // the run's, in bytes
-  unsigned long long openUid_ = 0;                                 // the run's, while it fetches
-  download::RunState state_;
-  std::atomic<Manager*> manager_{nullptr};  // not owned
-  download::AttachedView view_;
-  std::int32_t ticketId_ = 0;  // the run's
-  KPIM::Context* const context_;
-  Playback playback_;  // constant once a run has begun
+
+  // Constant once a run has begun.
   HttpDownloadThread& owner_;
+  Playback playback_;  // empty: the manager plays
 
-  std::atomic<Item*> presentItem_{nullptr};
-  std::atomic<KPB::DownloadInterface*> presentLibrary_{nullptr};  // never changes once it is set
+  // Synchronised by themselves.
+  download::Host host_;
+  download::RunState state_;
+  std::atomic<Item*> currentItem_{nullptr};
+  std::atomic<KPB::DownloadInterface*> currentLibrary_{nullptr};  // never changes once it is set
   std::atomic<bool> closed_{false};
-  std::atomic<std::thread::id> reporting_{};  // the thread that is inside a report
-  download::SessionGate gate_ KVPM_GUARDED_BY(callbackMutex_);
-  download::SideThread talks_;  // with the online services
-  download::SideThread plays_;  // the manager's `play`
-};
+  std::atomic<std::thread::id> reportingThread_{};  // the one inside a report
 
-template <class I>
-std::unique_ptr<KPIM::Helper<I>> HttpDownloadThread::HttpDownloadThreadImpl::load(
-    const char* interfaceId) const {
-  auto helper = std::make_unique<KPIM::Helper<I>>(interfaceId);
-  const KPIM::Context::PluginInterfaceFilter filter(interfaceId);
-  const KPIM::Context::SimplePluginInfoSelector selector;
-  if (helper->loadPlugin(context_, filter, selector, true) != KPIM::kSuccess) return nullptr;
-  return helper;
-}
+  kvpm::CritSection runLock_;
+
+  // The holder's of the run lock.
+  std::shared_ptr<Item> item_;  // also the callbacks' while the gate is open
+  std::unique_ptr<KPIM::Helper<KPB::DownloadInterface>> library_;
+  std::uint64_t totalSize_ = 0;        // bytes
+  unsigned long long sessionUid_ = 0;  // a session that is not given back yet, 0 without one
+
+  kvpm::Mutex callbackMutex_;
+  download::SessionGate gate_ KVPM_GUARDED_BY(callbackMutex_);
+
+  // Last, so that they end before anything that their calls use.
+  download::Authorisation authorisation_;
+  download::SideThread playThread_;
+};

@@ -35,71 +35,65 @@ void Impl::httpTransferBroke(unsigned long long uid, int) {
 
 void Impl::receive(const LibraryReport& report) {
   const kvpm::MutexLock lock(callbackMutex_);
-  reporting_ = std::this_thread::get_id();
+  reportingThread_ = std::this_thread::get_id();
   try {
-    if (gate_.admits(report)) dealWith(report);
+    if (gate_.admits(report)) handle(report);
   } catch (...) {  // the library must not see it
     state_.reach(DownloadStatusFailed);
   }
-  reporting_ = std::thread::id();
+  reportingThread_ = std::thread::id();
 }
 
-void Impl::dealWith(const LibraryReport& report) {
+void Impl::handle(const LibraryReport& report) {
   if (!state_.isRunning()) return;
   const unsigned int id = item_->getId();
   switch (report.kind) {
     case LibraryReport::Kind::kProgress:
-      takeProgress(report.percent);
+      handleProgress(report.percent);
       break;
     case LibraryReport::Kind::kComplete:
       if (!state_.reach(DownloadStatusCompleted)) break;
-      tellManager([&](auto& manager) { manager.setPlayable(id, true); });
+      host_.report([&](auto& manager) { manager.setPlayable(id, true); });
       break;
     case LibraryReport::Kind::kBroken:
-      if (state_.reach(DownloadStatusFailed)) takeBroken();
+      if (state_.reach(DownloadStatusFailed)) handleBroken();
       break;
   }
 }
 
-void Impl::takeProgress(int percent) {
+void Impl::handleProgress(int percent) {
   if (percent < 0 || percent > 100) return;
   const unsigned int id = item_->getId();
-  tellManager([&](auto& manager) { manager.updateDownloadProgress(id, percent); });
-  // Whoever is told may have stopped the run.
+  host_.report([&](auto& manager) { manager.updateDownloadProgress(id, percent); });
+  // The run may be stopped from within any of these reports.
   if (percent <= kPlayableAbove || !state_.isRunning()) return;
-  tellManager([&](auto& manager) { manager.setPlayable(id, true); });
-  if (state_.isRunning()) playAsWished();
+  host_.report([&](auto& manager) { manager.setPlayable(id, true); });
+  // A call that an earlier film has left behind must not hold up the reports of this one: a later
+  // report tries again, and so does the end of the run.
+  if (state_.isRunning() && !playThread_.isBusy()) playIfRequested();
 }
 
-void Impl::takeBroken() {
-  view_.notify([&](auto& view) { view.downloadBroken(item_->getPath()); });
+void Impl::handleBroken() {
+  host_.view().notify([&](auto& view) { view.downloadBroken(item_->getPath()); });
   item_->setStatus(DownloadStatusFailed);
-  view_.notify([&](auto& view) { view.refreshItem(item_->getId()); });
+  host_.view().notify([&](auto& view) { view.refreshItem(item_->getId()); });
 }
 
-/// True when the item wished to be played and is being played.
-bool Impl::playAsWished() {
-  if (!item_->getAutoProgressivePlayback() || !play()) return false;
+/// True when automatic playback was requested and the film plays now. Handing it to the player may
+/// need a lock whose holder is waiting for this very run to stop, so that call is made aside.
+bool Impl::playIfRequested() {
+  const Playback play = playback();
+  if (!item_->getAutoProgressivePlayback() || !play) return false;
+  const auto playing = playThread_.ask([play, id = item_->getId()] { return play(id); });
+  if (!playing.value_or(false)) return false;
   item_->setAutoProgressivePlayback(false);
   return true;
 }
 
-/// Hands the film to the player. That may need a lock whose holder is waiting for this very run to
-/// stop, so the call is made on a thread of its own and a stop ends the wait for it. False when it
-/// was not played, or not yet.
-bool Impl::play() {
-  const Playback playback = this->playback();
-  if (!playback) return false;
-  const auto played = std::make_shared<std::atomic<bool>>(false);
-  const bool begun =
-      plays_.start([playback, id = item_->getId(), played] { *played = playback(id); });
-  return begun && state_.waitUnlessStopped([this] { return !plays_.isBusy(); }) && *played;
-}
-
-/// Empty without a manager to ask.
-Impl::Playback Impl::playback() {
+/// Empty when there is neither a function nor a manager to call.
+Impl::Playback Impl::playback() const {
   if (playback_) return playback_;
-  Manager* const manager = manager_;
+  auto* const manager = host_.manager();
   if (manager == nullptr) return nullptr;
   return [manager](unsigned int id) { return manager->play(id); };
 }

@@ -2,14 +2,19 @@
 
 #include <utility>
 
-namespace download {
+#include "download/RunState.h"
 
-SideThread::SideThread(std::function<void()> onEnded) : onEnded_(std::move(onEnded)) {}
+namespace download {
 
 SideThread::~SideThread() { finish(); }
 
+bool SideThread::run(std::function<void()> call) {
+  const auto idle = [this] { return !busy_; };
+  if (!run_.waitUnlessStopped(idle) || run_.isStopping()) return false;
+  return start(std::move(call)) && run_.waitUnlessStopped(idle);
+}
+
 bool SideThread::start(std::function<void()> call) {
-  if (busy_) return false;
   thread_ = std::make_unique<kvpm::Thread>(static_cast<kvpm::IRunnable*>(this));
   call_ = std::move(call);
   busy_ = true;
@@ -24,11 +29,11 @@ void SideThread::finish() { thread_.reset(); }
 void SideThread::runThread(kvpm::Thread*) {
   try {
     call_();
-  } catch (...) {  // whoever waits finds no result
+  } catch (...) {  // the caller finds no answer
   }
   call_ = nullptr;
   busy_ = false;
-  onEnded_();
+  run_.wake();
 }
 
 }  // namespace download

@@ -1,8 +1,13 @@
 #include <gmock/gmock.h>
 
-#include "download/AttachedView.h"
+#include "VeskPlayerX/InterfaceIds.h"
 #include "download/Authorisation.h"
+#include "download/RunState.h"
+#include "item/DownloadItem.h"
+#include "tests/support/fakes/FakeContext.h"
+#include "tests/support/fakes/FakeManager.h"
 #include "tests/support/fakes/FakeServices.h"
+#include "tests/support/fakes/FakeView.h"
 
 namespace download {
 namespace {
@@ -29,28 +34,54 @@ TEST(DecodeRights, YieldsNothingForATextOfAnotherLength) {
   EXPECT_THAT(decodeRights("abc"), IsEmpty());
 }
 
-TEST(Authorisation, TalksAboutACopyOfTheItem) {
-  support::EventLog log;
-  support::FakeServices services(log);
-  AttachedView view;
-  DownloadItem item;
-  item.setId(7);
-  item.setSlotNumber(2);
-  Authorisation talk(services, view, item);
-  item.setSlotNumber(9);
-  talk.run();
-  EXPECT_TRUE(log.has("services.authorize 7 2"));
+class AuthorisationTest : public testing::Test {
+ protected:
+  AuthorisationTest() {
+    context_.offer<VeskPlayerX::ZPSServicesInterface>(VeskPlayerX::DIN_ZPSServices, &services_);
+    host_.setInterfaces(&manager_, &view_);
+    run_.begin();
+    item_->setId(7);
+  }
+
+  ~AuthorisationTest() override { run_.end(); }
+
+  void allow() {
+    VeskDrmDownloadAuthorization answer;
+    answer.success = true;
+    answer.ticketId = 42;
+    services_.setAnswers({answer});
+  }
+
+  support::EventLog log_;
+  support::FakeServices services_{log_};
+  support::FakeManager manager_{log_};
+  support::FakeView view_{log_};
+  support::FakeContext context_;
+  Host host_{&context_};
+  RunState run_;
+  std::shared_ptr<DownloadItem> item_ = std::make_shared<DownloadItem>();
+  Authorisation authorisation_{host_, run_};
+};
+
+TEST_F(AuthorisationTest, AsksTheServicesAboutTheVeryItem) {
+  allow();
+  const auto answer = authorisation_.request(item_);
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->ticketId, 42);
+  EXPECT_TRUE(item_->getTicketAlreadyTorn());
 }
 
-TEST(Authorisation, ThatIsAbandonedAsksForNothing) {
-  support::EventLog log;
-  support::FakeServices services(log);
-  AttachedView view;
-  Authorisation talk(services, view, DownloadItem());
-  talk.abandon();
-  talk.run();
-  EXPECT_THAT(log.lines(), IsEmpty());
-  EXPECT_FALSE(talk.granted());
+TEST_F(AuthorisationTest, HasNoAnswerWithoutAContext) {
+  Host nowhere(nullptr);
+  Authorisation authorisation(nowhere, run_);
+  EXPECT_FALSE(authorisation.request(item_));
+}
+
+TEST_F(AuthorisationTest, ReleasesServicesAndItem) {
+  allow();
+  authorisation_.request(item_);
+  EXPECT_EQ(context_.holds(VeskPlayerX::DIN_ZPSServices), 0);
+  EXPECT_EQ(item_.use_count(), 1);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 namespace {
 
 using support::bareResponse;
+using support::Gate;
 using support::hostPlaces;
 using support::Script;
 using testing::ElementsAre;
@@ -17,6 +18,12 @@ class DownloadRun : public support::WorkerTest {
   }
 
   std::string url(const std::string& name) { return server_.url("/dir/" + name); }
+  std::unique_ptr<DownloadItem> filmToPlay() {
+    auto item = film();
+    item->setAutoProgressivePlayback(true);
+    return item;
+  }
+
   std::string pathReport(const std::string& name) { return "manager.updatePath 7 " + media(name); }
 };
 
@@ -389,6 +396,31 @@ TEST_F(DownloadRun, LeavesTheSessionWithoutAPlayer) {
   library_.complete(kUid);
   EXPECT_EQ(ended(), 4);
   EXPECT_THAT(library_.stopped(), IsEmpty());
+}
+
+TEST_F(DownloadRun, PlaysACompletedFilmWhenTheCallForAnEarlierOneHasEnded) {
+  Gate& asked = gate();
+  Gate& leave = gate();
+  manager_.answerPlay(true);
+  manager_.onEvent([&](const std::string& line) {
+    if (line != "manager.play 7") return;
+    asked.open();
+    leave.wait();
+  });
+  startAndReport(filmToPlay());
+  library_.onOwnThread([this] { library_.progress(kUid, 50); });
+  ASSERT_TRUE(asked.wait());
+  worker_->stop();
+  EXPECT_EQ(ended(), 5);
+  log_.clear();
+  startAndFetch(filmToPlay());
+  library_.complete(kUid + 1);
+  ASSERT_TRUE(waitFor("manager.updateDownloadProgress 7 100"));
+  leave.open();
+  EXPECT_EQ(ended(), 4);
+  EXPECT_EQ(log_.count("manager.play 7"), 1u);
+  EXPECT_FALSE(worker_->getItem()->getAutoProgressivePlayback());
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
 }
 
 TEST_F(DownloadRun, ReleasesThePlayer) {

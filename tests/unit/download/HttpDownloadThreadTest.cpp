@@ -69,6 +69,13 @@ TEST(SharedPreferences, ThatNobodyUsesAreDeletedOnRequest) {
   download::SharedPreferences::deleteUnused();
 }
 
+TEST(HttpDownloadThread, FailsEveryItemWithoutAContext) {
+  HttpDownloadThread worker(nullptr);
+  EXPECT_EQ(worker.downloadVideo(new DownloadItem), DownloadStatusFailed);
+  worker.stop();
+  worker.stopDownload(1);
+}
+
 TEST(HttpDownloadThread, HasTheWorkersFace) {
   EXPECT_TRUE((std::is_base_of_v<DownloadThreadInterface, HttpDownloadThread>));
   EXPECT_TRUE(std::has_virtual_destructor_v<DownloadThreadInterface>);

@@ -1,3 +1,5 @@
+#include <atomic>
+
 #include "VeskPlayerX/InterfaceIds.h"
 #include "tests/unit/download/HostPlaces.h"
 #include "tests/unit/download/WorkerFixture.h"
@@ -13,14 +15,46 @@ constexpr int kSlotNeeded = 32054;
 
 class RightsManagedRun : public support::WorkerTest {
  protected:
-  /// Everything from the talk with the services on.
-  std::vector<std::string> talk() const {
+  /// Everything from the first call to the services on.
+  std::vector<std::string> authorisation() const {
     auto lines = log_.lines();
     lines.erase(lines.begin());  // the registration with the library
     return lines;
   }
 
   int heldServices() const { return context_.holds(DIN_ZPSServices); }
+
+  /// Has the services grant nothing before the silence ends.
+  void stopWhileTheServicesAreSilent(std::unique_ptr<DownloadItem> item) {
+    services_.setAnswers({grant()});
+    services_.whileAuthorizing([this] {
+      asked_.open();
+      silence_.wait();
+    });
+    start(std::move(item));
+    stopWhenAsked();
+  }
+
+  /// Has the view stay in its first call, which is `line`, until the silence ends.
+  void stopWhileTheViewIsBusy(const std::string& line) {
+    view_.onEvent([this, line](const std::string& event) {
+      if (event != line || log_.count(line) > 1) return;
+      asked_.open();
+      silence_.wait();
+    });
+    start(protectedFilm());
+    stopWhenAsked();
+  }
+
+  support::Gate& asked_ = gate();
+  support::Gate& silence_ = gate();
+
+ private:
+  void stopWhenAsked() {
+    ASSERT_TRUE(asked_.wait());
+    worker_->stop();
+    EXPECT_EQ(ended(), 5);
+  }
 };
 
 TEST_F(RightsManagedRun, ReportsEveryStepOfTheAuthorisationInOrder) {
@@ -28,7 +62,7 @@ TEST_F(RightsManagedRun, ReportsEveryStepOfTheAuthorisationInOrder) {
   startAndFetch(protectedFilm());
   const std::string path = media("movie.vesk");
   EXPECT_THAT(
-      talk(),
+      authorisation(),
       ElementsAre("manager.updateStatus 7 2", "services.isReady 0 0 0", "services.authorize 7 -1",
                   "manager.setTicketAlreadyTorn 7", "manager.setTicketId 7 42",
                   "manager.setDownloadUrl 7 https://content.example/a%20b/movie.vesk",
@@ -38,7 +72,7 @@ TEST_F(RightsManagedRun, ReportsEveryStepOfTheAuthorisationInOrder) {
                   "manager.updateStatus 7 3"));
 }
 
-TEST_F(RightsManagedRun, IsStartingDuringTheTalkThenDownloading) {
+TEST_F(RightsManagedRun, IsStartingUntilItIsAuthorisedThenDownloading) {
   services_.setAnswers({grant()});
   std::vector<DownloadStatusEnumType> known;
   manager_.onEvent([&](const std::string& line) {
@@ -91,13 +125,13 @@ TEST_F(RightsManagedRun, TakesRightsThatAreNotBase64ForNone) {
 TEST_F(RightsManagedRun, WithoutServicesFailsSilently) {
   context_.answer(DIN_ZPSServices, KPIM::kNoSuchPlugin);
   EXPECT_EQ(run(protectedFilm()), 6);
-  EXPECT_THAT(talk(), IsEmpty());
+  EXPECT_THAT(authorisation(), IsEmpty());
 }
 
 TEST_F(RightsManagedRun, WithServicesThatAreNotReadyFailsSilently) {
   services_.setReady(false);
   EXPECT_EQ(run(protectedFilm()), 6);
-  EXPECT_THAT(talk(), ElementsAre("manager.updateStatus 7 2", "services.isReady 0 0 0"));
+  EXPECT_THAT(authorisation(), ElementsAre("manager.updateStatus 7 2", "services.isReady 0 0 0"));
   EXPECT_EQ(worker_->getItem()->getStatus(), DownloadStatusStarting);
   EXPECT_EQ(heldServices(), 0);
 }
@@ -105,8 +139,9 @@ TEST_F(RightsManagedRun, WithServicesThatAreNotReadyFailsSilently) {
 TEST_F(RightsManagedRun, LetsTheServicesShowTheirOwnError) {
   services_.setAnswers({refusal(kServicesShow)});
   EXPECT_EQ(run(protectedFilm()), 6);
-  EXPECT_THAT(talk(), ElementsAre("manager.updateStatus 7 2", "services.isReady 0 0 0",
-                                  "services.authorize 7 -1", "services.showError details true"));
+  EXPECT_THAT(authorisation(),
+              ElementsAre("manager.updateStatus 7 2", "services.isReady 0 0 0",
+                          "services.authorize 7 -1", "services.showError details true"));
   EXPECT_EQ(heldServices(), 0);
 }
 
@@ -184,7 +219,7 @@ TEST_F(RightsManagedRun, DoesNotTrustASizeThatServicesInvent) {
   EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + (dir_ / "media").string()));
 }
 
-TEST_F(RightsManagedRun, AsksNobodyWhenStoppedBeforeTheTalk) {
+TEST_F(RightsManagedRun, AsksNobodyWhenStoppedBeforehand) {
   services_.setAnswers({grant()});
   manager_.onEvent([this](const std::string& line) {
     if (line == "manager.updateStatus 7 2") worker_->stop();
@@ -196,90 +231,118 @@ TEST_F(RightsManagedRun, AsksNobodyWhenStoppedBeforeTheTalk) {
 }
 
 TEST_F(RightsManagedRun, EndsAtOnceWhenStoppedWhileTheServicesAreSilent) {
-  support::Gate& asked = gate();
-  support::Gate& silence = gate();
-  services_.setAnswers({grant()});
-  services_.whileAuthorizing([&] {
-    asked.open();
-    silence.wait();
-  });
-  start(protectedFilm());
-  ASSERT_TRUE(asked.wait());
-  worker_->stop();  // returns although the services say nothing
-  EXPECT_EQ(ended(), 5);
-  silence.open();
-  worker_->close();
+  stopWhileTheServicesAreSilent(protectedFilm());
   EXPECT_THAT(reports(), ElementsAre("manager.updateStatus 7 2"));
+  silence_.open();
+  worker_->close();
   EXPECT_EQ(heldServices(), 0);
 }
 
+TEST_F(RightsManagedRun, ReportsAGrantThatComesAfterAStop) {
+  stopWhileTheServicesAreSilent(protectedFilm());
+  log_.clear();
+  silence_.open();
+  worker_->close();
+  EXPECT_THAT(reports(),
+              ElementsAre("manager.setTicketAlreadyTorn 7", "manager.setTicketId 7 42",
+                          "manager.setDownloadUrl 7 https://content.example/a%20b/movie.vesk"));
+}
+
+TEST_F(RightsManagedRun, TellsTheServicesThatAStoppedRunHasTornTheTicket) {
+  stopWhileTheServicesAreSilent(protectedFilm());
+  std::atomic<bool> known{false};
+  services_.whileAuthorizing([&] { known = worker_->getItem()->getTicketAlreadyTorn(); });
+  start(protectedFilm());  // a copy from before the grant
+  ASSERT_TRUE(log_.waitFor("manager.updateStatus 7 2", 2));
+  silence_.open();
+  ASSERT_TRUE(waitFor("manager.updateStatus 7 3"));
+  EXPECT_TRUE(known);
+}
+
+TEST_F(RightsManagedRun, DoesNotTakeTheTicketOfAnotherItemForTorn) {
+  stopWhileTheServicesAreSilent(protectedFilm());
+  std::atomic<bool> known{false};
+  services_.whileAuthorizing([&] { known = worker_->getItem()->getTicketAlreadyTorn(); });
+  auto item = protectedFilm();
+  item->setId(8);
+  start(std::move(item));
+  silence_.open();
+  ASSERT_TRUE(waitFor("manager.updateStatus 8 3"));
+  EXPECT_FALSE(known);
+}
+
+TEST_F(RightsManagedRun, KeepsTheItemUntilTheServicesHaveAnswered) {
+  struct Watched : DownloadItem {
+    explicit Watched(std::atomic<bool>& gone) : gone_(gone) {}
+    ~Watched() override { gone_ = true; }
+    std::atomic<bool>& gone_;
+  };
+  std::atomic<bool> gone{false};
+  auto item = std::make_unique<Watched>(gone);
+  item->setEncrypted(true);
+  stopWhileTheServicesAreSilent(std::move(item));
+  EXPECT_EQ(worker_->downloadVideo(nullptr), 6);
+  EXPECT_FALSE(gone);
+  silence_.open();
+  worker_->close();
+  EXPECT_TRUE(gone);
+}
+
+TEST_F(RightsManagedRun, AsksAnewWhileAQuestionOfAStoppedRunIsStillOpen) {
+  services_.setAnswers({refusal(kSlotNeeded), refusal(kSlotNeeded), grant()});
+  view_.answerSlot(3);
+  stopWhileTheViewIsBusy("view.chooseSlot Film 32054");
+  start(protectedFilm());
+  EXPECT_TRUE(waitFor("manager.updateStatus 7 3"));
+  EXPECT_EQ(log_.count("view.chooseSlot Film 32054"), 2u);
+  silence_.open();
+}
+
+TEST_F(RightsManagedRun, GoesOnWhileAnErrorOfAStoppedRunIsStillShown) {
+  services_.setAnswers({refusal(1), grant()});
+  stopWhileTheViewIsBusy("view.authorizationError 1");
+  start(protectedFilm());
+  EXPECT_TRUE(waitFor("manager.updateStatus 7 3"));
+  silence_.open();
+}
+
 TEST_F(RightsManagedRun, EndsAtOnceWhenStoppedWhileTheUserChooses) {
-  support::Gate& asked = gate();
-  support::Gate& silence = gate();
   services_.setAnswers({refusal(kSlotNeeded), grant()});
   view_.answerSlot(3);
-  view_.onEvent([&](const std::string&) {
-    asked.open();
-    silence.wait();
-  });
-  start(protectedFilm());
-  ASSERT_TRUE(asked.wait());
-  worker_->stop();
-  EXPECT_EQ(ended(), 5);
-  silence.open();
+  stopWhileTheViewIsBusy("view.chooseSlot Film 32054");
+  silence_.open();
   worker_->close();
   EXPECT_EQ(log_.lines("services.authorize").size(), 1u);
 }
 
-TEST_F(RightsManagedRun, ShowsNothingOfATalkThatWasGivenUp) {
-  support::Gate& asked = gate();
-  support::Gate& silence = gate();
+TEST_F(RightsManagedRun, ShowsNoRefusalThatComesAfterAStop) {
+  stopWhileTheServicesAreSilent(protectedFilm());
   services_.setAnswers({refusal(1)});
-  services_.whileAuthorizing([&] {
-    asked.open();
-    silence.wait();
-  });
-  start(protectedFilm());
-  ASSERT_TRUE(asked.wait());
-  worker_->stop();
-  ended();
-  silence.open();
+  silence_.open();
   worker_->close();
   EXPECT_THAT(views(), IsEmpty());
 }
 
-TEST_F(RightsManagedRun, BeginsTheNextTalkWhenTheOneGivenUpHasEnded) {
-  support::Gate& asked = gate();
-  support::Gate& silence = gate();
-  services_.setAnswers({grant()});
-  services_.whileAuthorizing([&] {
-    asked.open();
-    silence.wait();
-  });
-  start(protectedFilm());
-  ASSERT_TRUE(asked.wait());
-  worker_->stop();
-  ended();
+TEST_F(RightsManagedRun, AsksTheServicesAgainWhenTheyHaveAnsweredAStoppedRun) {
+  stopWhileTheServicesAreSilent(protectedFilm());
   start(protectedFilm());
   ASSERT_TRUE(log_.waitFor("manager.updateStatus 7 2", 2));
   EXPECT_EQ(log_.lines("services.authorize").size(), 1u);
-  silence.open();
+  silence_.open();
   ASSERT_TRUE(waitFor("manager.updateStatus 7 3"));
   EXPECT_EQ(log_.lines("services.authorize").size(), 2u);
 }
 
 TEST_F(RightsManagedRun, LetsAnAttachedViewGoWhileItIsBeingAsked) {
-  support::Gate& asked = gate();
-  support::Gate& silence = gate();
   services_.setAnswers({refusal(kSlotNeeded)});
   view_.onEvent([&](const std::string&) {
-    asked.open();
-    silence.wait();
+    asked_.open();
+    silence_.wait();
   });
   start(protectedFilm());
-  ASSERT_TRUE(asked.wait());
+  ASSERT_TRUE(asked_.wait());
   worker_->setInterfaces(&manager_, nullptr);  // does not wait for the user
-  silence.open();
+  silence_.open();
   EXPECT_EQ(ended(), 6);
 }
 

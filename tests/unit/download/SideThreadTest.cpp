@@ -1,78 +1,105 @@
 #include <gtest/gtest.h>
 
+#include <future>
 #include <memory>
 #include <stdexcept>
 #include <thread>
 
+#include "download/RunState.h"
 #include "download/SideThread.h"
 #include "tests/support/Gate.h"
+#include "tests/support/LockWaiter.h"
 
 namespace download {
 namespace {
 
-TEST(SideThread, RunsACallOnAThreadOfItsOwn) {
-  std::thread::id ran;
-  SideThread side([] {});
-  EXPECT_TRUE(side.start([&] { ran = std::this_thread::get_id(); }));
-  side.finish();
-  EXPECT_NE(ran, std::thread::id());
-  EXPECT_NE(ran, std::this_thread::get_id());
-}
+using support::Gate;
 
-TEST(SideThread, RunsOneCallAtATime) {
-  support::Gate gate;
-  SideThread side([] {});
-  EXPECT_TRUE(side.start([&] { gate.wait(); }));
-  EXPECT_TRUE(side.isBusy());
-  EXPECT_FALSE(side.start([] { FAIL(); }));
-  gate.open();
-}
+class SideThreadTest : public testing::Test {
+ protected:
+  SideThreadTest() { run_.begin(); }
+  ~SideThreadTest() override { run_.end(); }
 
-TEST(SideThread, TellsTheEndWhenItIsFreeAgain) {
-  support::Gate ended;
-  bool busy = true;
-  SideThread* self = nullptr;
-  SideThread side([&] {
-    busy = self->isBusy();
-    ended.open();
-  });
-  self = &side;
-  side.start([] {});
-  ASSERT_TRUE(ended.wait());
-  side.finish();
-  EXPECT_FALSE(busy);
-}
-
-TEST(SideThread, RunsAnotherCallAfterTheFirst) {
-  int calls = 0;
-  SideThread side([] {});
-  for (int time = 0; time < 20; ++time) {
-    EXPECT_TRUE(side.start([&] { ++calls; }));
-    side.finish();
+  /// Leaves a call behind that stays until the gate is opened: a stop has ended the wait for it.
+  void leaveCallBehind() {
+    Gate begun;
+    std::thread stopper([&] {
+      begun.wait();
+      stop();
+    });
+    EXPECT_FALSE(side_.run([&] {
+      begun.open();
+      leave_.wait();
+    }));
+    stopper.join();
+    run_.end();
+    run_.begin();
   }
-  EXPECT_EQ(calls, 20);
+
+  void stop() {
+    run_.askToStop();
+    run_.stopDone();
+  }
+
+  Gate leave_;
+  RunState run_;
+  SideThread side_{run_};
+};
+
+TEST_F(SideThreadTest, MakesCallsOnAThreadOfItsOwn) {
+  const auto caller = side_.ask([] { return std::this_thread::get_id(); });
+  ASSERT_TRUE(caller);
+  EXPECT_NE(*caller, std::this_thread::get_id());
 }
 
-TEST(SideThread, LetsGoOfWhatACallHolds) {
+TEST_F(SideThreadTest, AnswersEveryCall) {
+  for (int time = 0; time < 20; ++time) {
+    EXPECT_EQ(side_.ask([time] { return time; }), time);
+    EXPECT_FALSE(side_.isBusy());
+  }
+}
+
+TEST_F(SideThreadTest, ReleasesWhatACallHeld) {
   const auto held = std::make_shared<int>(1);
-  SideThread side([] {});
-  side.start([held] {});
-  side.finish();
+  EXPECT_EQ(side_.ask([held] { return *held; }), 1);
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST(SideThread, OutlivesACallThatThrows) {
-  SideThread side([] {});
-  side.start([] { throw std::runtime_error("no"); });
-  side.finish();
-  EXPECT_FALSE(side.isBusy());
+TEST_F(SideThreadTest, HasNoAnswerOfACallThatThrows) {
+  EXPECT_EQ(side_.ask([]() -> int { throw std::runtime_error("no"); }), std::nullopt);
+  EXPECT_FALSE(side_.isBusy());
+  EXPECT_EQ(side_.ask([] { return 1; }), 1);
 }
 
-TEST(SideThread, WaitsForTheCallWhenItIsDestroyed) {
+TEST_F(SideThreadTest, DoesNotBeginACallWhenAStopWasAskedFor) {
+  stop();
+  EXPECT_FALSE(side_.run([] { FAIL(); }));
+}
+
+TEST_F(SideThreadTest, StopsWaitingForACallWhenAStopIsAskedFor) {
+  leaveCallBehind();
+  EXPECT_TRUE(side_.isBusy());
+  leave_.open();
+  side_.finish();
+  EXPECT_FALSE(side_.isBusy());
+}
+
+TEST_F(SideThreadTest, MakesTheNextCallWhenTheOneLeftBehindHasEnded) {
+  leaveCallBehind();
+  std::atomic<bool> called{false};
+  support::LockWaiter next([&] { EXPECT_EQ(side_.ask([&] { return called = true; }), true); });
+  EXPECT_TRUE(next.isHeldUp());
+  EXPECT_FALSE(called);
+  leave_.open();
+  next.join();
+  EXPECT_TRUE(called);
+}
+
+TEST_F(SideThreadTest, WaitsForTheCallWhenItIsDestroyed) {
   bool ended = false;
   {
-    SideThread side([] {});
-    side.start([&] { ended = true; });
+    SideThread side(run_);
+    side.run([&] { ended = true; });
   }
   EXPECT_TRUE(ended);
 }

@@ -1,15 +1,14 @@
 #include <gtest/gtest.h>
 
-#include "download/SpaceCheck.h"
+#include "download/Placement.h"
 #include "kvpm/PathTools.h"
-#include "tests/unit/download/HostPlaces.h"
 
 namespace download {
 namespace {
 
 constexpr std::uint64_t kMost = ~std::uint64_t{0};
 
-TEST(SpaceCheck, NeedsTheFileTwiceAndOneByteForEach7168) {
+TEST(Placement, NeedsTheFileTwiceAndOneByteForEach7168) {
   const struct {
     std::uint64_t total;
     std::uint64_t needed;
@@ -24,34 +23,27 @@ TEST(SpaceCheck, NeedsTheFileTwiceAndOneByteForEach7168) {
   for (const auto& row : table) EXPECT_EQ(spaceForFreshDownload(row.total), row.needed);
 }
 
-TEST(SpaceCheck, NeedsMoreThanThereIsForAnAbsurdSize) {
+TEST(Placement, NeedsMoreThanThereIsForAnAbsurdSize) {
   EXPECT_EQ(spaceForFreshDownload(kMost), kMost);
   EXPECT_EQ(spaceForFreshDownload(kMost / 2 + 1), kMost);
 }
 
-TEST(SpaceCheck, MissesWhatIsNotThereYet) {
+TEST(Placement, MissesWhatIsNotThereYet) {
   EXPECT_EQ(missingBytes(10, 0), 10u);
   EXPECT_EQ(missingBytes(10, 9), 1u);
   EXPECT_EQ(missingBytes(10, 10), 0u);
   EXPECT_EQ(missingBytes(10, 11), 0u);
 }
 
-TEST(SpaceCheck, MissesEverythingOfAFileOfUnknownSize) {
+TEST(Placement, MissesEverythingOfAFileOfUnknownSize) {
   EXPECT_EQ(missingBytes(10, kvpm::PathTools::kUnknownSize), 10u);
   EXPECT_FALSE(isComplete(10, kvpm::PathTools::kUnknownSize));
 }
 
-TEST(SpaceCheck, CallsAFileCompleteFromTheTotalSizeOn) {
+TEST(Placement, CallsAFileCompleteFromTheTotalSizeOn) {
   EXPECT_FALSE(isComplete(10, 9));
   EXPECT_TRUE(isComplete(10, 10));
   EXPECT_TRUE(isComplete(10, 11));
-}
-
-TEST(SpaceCheck, LacksSpaceOnlyBelowTheNeed) {
-  support::hostPlaces() = {"/tmp/t", "/tmp/m", 99, std::nullopt};
-  EXPECT_TRUE(lacksSpace("/tmp/m", 100));
-  EXPECT_FALSE(lacksSpace("/tmp/m", 99));
-  EXPECT_FALSE(lacksSpace("/tmp/t", 100)) << "what cannot be learnt counts as enough";
 }
 
 }  // namespace
