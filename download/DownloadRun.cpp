@@ -25,6 +25,7 @@ std::string utf8(const QString& text) { return text.toStdString(); }
 void Impl::takeSteps() {
   const bool stopped = !state_.isRunning();  // between pick and start
   const bool loaded = !stopped && loadLibrary();
+  if (loaded) releaseLastSession();
   if (item_ == nullptr || (!stopped && !loaded)) {
     fail();
     return;
@@ -135,6 +136,14 @@ void Impl::releaseSession(PlayerInterface* player) {
   const unsigned long long uid = std::exchange(sessionUid_, 0);
   if (uid == 0) return;
   if (player == nullptr || player->currentMediaId() != uid) stopDownload(uid);
+}
+
+/// A session that broke, or that completed while there was no player, is kept beyond its run: the
+/// view and the player are only now told of that end, and may still use what has arrived.
+void Impl::releaseLastSession() {
+  if (sessionUid_ == 0) return;
+  const auto player = host_.load<PlayerInterface>(VeskPlayerX::DIN_Player);
+  releaseSession(player != nullptr ? player->get() : nullptr);
 }
 
 bool Impl::fail() {

@@ -63,6 +63,7 @@ void Impl::endRun() {
   const kvpm::CritLock run(runLock_);
   stopItemSession();
   if (item_ != nullptr && item_->getUID() == sessionUid_) sessionUid_ = 0;
+  if (closed_) releaseSession(nullptr);  // there is no next run to do it
 }
 
 void Impl::stopItemSession() {

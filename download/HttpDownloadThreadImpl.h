@@ -81,6 +81,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
 
   // The end of a session and of a run.
   void releaseSession(VeskPlayerX::PlayerInterface* player);
+  void releaseLastSession();
   void stopItemSession();
   void endRun();
 

@@ -398,6 +398,57 @@ TEST_F(DownloadRun, LeavesTheSessionWithoutAPlayer) {
   EXPECT_THAT(library_.stopped(), IsEmpty());
 }
 
+TEST_F(DownloadRun, GivesASessionThatCompletedWithoutAPlayerBackInTheNextRun) {
+  context_.answer(VeskPlayerX::DIN_Player, KPIM::kNoSuchPlugin);
+  startAndFetch(film());
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+  log_.clear();
+  startAndFetch(film());
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
+}
+
+TEST_F(DownloadRun, GivesABrokenSessionBackInTheNextRun) {
+  startAndFetch(film());
+  library_.broke(kUid);
+  EXPECT_EQ(ended(), 6);
+  EXPECT_THAT(library_.stopped(), IsEmpty());
+  log_.clear();
+  startAndFetch(film());
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
+}
+
+TEST_F(DownloadRun, LeavesABrokenSessionThatThePlayerHolds) {
+  startAndFetch(film());
+  player_.setCurrentMediaId(kUid);
+  library_.broke(kUid);
+  EXPECT_EQ(ended(), 6);
+  log_.clear();
+  startAndFetch(film());
+  EXPECT_THAT(library_.stopped(), IsEmpty());
+}
+
+TEST_F(DownloadRun, GivesABrokenSessionBackOnce) {
+  startAndFetch(film());
+  library_.broke(kUid);
+  EXPECT_EQ(ended(), 6);
+  worker_->stop();
+  log_.clear();
+  startAndFetch(film());
+  EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
+}
+
+TEST_F(DownloadRun, GivesABrokenSessionBackAtTheEndOfTheWorker) {
+  startAndFetch(film());
+  library_.broke(kUid);
+  EXPECT_EQ(ended(), 6);
+  worker_->prepare();
+  worker_->stop();  // of a run that never reaches the library
+  EXPECT_EQ(run(film()), 5);
+  worker_->close();
+  EXPECT_THAT(library_.stopped(), testing::Contains(kUid).Times(1));
+}
+
 TEST_F(DownloadRun, PlaysACompletedFilmWhenTheCallForAnEarlierOneHasEnded) {
   Gate& asked = gate();
   Gate& leave = gate();
