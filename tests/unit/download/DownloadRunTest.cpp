@@ -438,17 +438,6 @@ TEST_F(DownloadRun, GivesABrokenSessionBackOnce) {
   EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
 }
 
-TEST_F(DownloadRun, GivesABrokenSessionBackAtTheEndOfTheWorker) {
-  startAndFetch(film());
-  library_.broke(kUid);
-  EXPECT_EQ(ended(), 6);
-  worker_->prepare();
-  worker_->stop();  // of a run that never reaches the library
-  EXPECT_EQ(run(film()), 5);
-  worker_->close();
-  EXPECT_THAT(library_.stopped(), testing::Contains(kUid).Times(1));
-}
-
 TEST_F(DownloadRun, PlaysACompletedFilmWhenTheCallForAnEarlierOneHasEnded) {
   Gate& asked = gate();
   Gate& leave = gate();

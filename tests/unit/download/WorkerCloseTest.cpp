@@ -46,6 +46,17 @@ TEST_F(WorkerClose, StopsTheSession) {
   EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
 }
 
+TEST_F(WorkerClose, GivesABrokenSessionBackThatNoRunCould) {
+  HttpDownloadThread::HttpDownloadThreadImpl impl(*worker_, &context_);
+  library_.whileStarting([this](unsigned long long uid) { library_.broke(uid); });
+  EXPECT_EQ(impl.downloadVideo(film().release()), 6);
+  impl.state().askToStop();
+  EXPECT_EQ(impl.downloadVideo(film().release()), 5);
+  impl.state().stopDone();
+  impl.close();
+  EXPECT_THAT(library_.stopped(), testing::Contains(kUid));
+}
+
 TEST_F(WorkerClose, WaitsForAReportWithoutHoldingItUp) {
   Gate& inside = gate();
   Gate& leave = gate();
