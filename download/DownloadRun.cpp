@@ -130,8 +130,7 @@ void Impl::finishCompleted() {
   if (player != nullptr) releaseSession(player->get());
 }
 
-/// Gives the session back, unless the player holds its film: then the player does. Null for no
-/// player.
+/// Gives the session back unless `player`, which may be null, holds its film and is to do that.
 void Impl::releaseSession(PlayerInterface* player) {
   const unsigned long long uid = std::exchange(sessionUid_, 0);
   if (uid == 0) return;

@@ -27,9 +27,9 @@ class DownloadThreadInterface {
   /// manager held.
   virtual DownloadStatusEnumType downloadVideo(VeskPlayerX::DownloadItemInterface* item) = 0;
 
-  /// Stops whatever runs; returns once a running `downloadVideo` has returned, at once when there
-  /// is none. May be called from any thread; from within a report of the download library it only
-  /// asks, and the run ends when the report has returned.
+  /// Stops whatever runs; returns once a running `downloadVideo` has returned, at once when
+  /// nothing runs. May be called from any thread; from within a report of the download library it
+  /// only asks, and the run ends when the report has returned.
   virtual void stop() = 0;
 
   /// Stores both, neither owned; `view` may be null. May be called during a run.
@@ -49,6 +49,6 @@ class DownloadThreadInterface {
   /// returns, nothing of this worker reaches the manager or the view, and every later
   /// `downloadVideo` of an item answers `DownloadStatusStopped`. Called without a lock that a
   /// report or `play` could ask for; may wait for an answer of the online services up to the
-  /// deadlines that these keep.
+  /// deadlines that these keep, and for the answer to a question of the view.
   virtual void close() = 0;
 };

@@ -12,7 +12,7 @@ enum HttpResultType : std::int32_t {
   HTTP_RESULT_REDIRECT = 2,  ///< the answer names another address and no length
 };
 
-/// Outcome of an operation of `HttpHelper`: a plain record, owned by whoever received it.
+/// Outcome of an operation of `HttpHelper`: a plain record, owned by the caller of that operation.
 class HttpResult {
  public:
   virtual ~HttpResult() = default;
@@ -36,7 +36,7 @@ class HttpResult {
   std::string getErrorDescription() const { return errorDescription_; }
   void setErrorDescription(const std::string& description) { errorDescription_ = description; }
 
-  /// Receiver of the transfer, not owned; null for none.
+  /// Receiver of the transfer, not owned; may be null.
   HttpCallback* getHttpCallbacks() const { return callbacks_; }
   void setHttpCallbacks(HttpCallback* callbacks) { callbacks_ = callbacks; }
 

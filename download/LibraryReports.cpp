@@ -80,7 +80,8 @@ void Impl::handleBroken() {
 }
 
 /// True when automatic playback was requested and the film plays now. Handing it to the player may
-/// need a lock whose holder is waiting for this very run to stop, so that call is made aside.
+/// need a lock whose holder is waiting for this very run to stop, so the call is made on
+/// a side thread.
 bool Impl::playIfRequested() {
   const Playback play = playback();
   if (!item_->getAutoProgressivePlayback() || !play) return false;

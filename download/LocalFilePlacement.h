@@ -9,8 +9,8 @@ namespace download {
 /// Whether something of that name exists; a parameter, so that tests need no files.
 using Exists = std::function<bool(const std::wstring& path)>;
 
-/// The local name for the film behind `url`: the last part of its path, unescaped; "Unknown.vesk"
-/// when there is none that a file could have.
+/// The local name for the film behind `url`: the last part of its path, unescaped, or
+/// "Unknown.vesk" when no file can have that name.
 std::wstring mediaFileName(const std::string& url);
 
 /// The first of base + "[" + n + "]" + extension, from n = `first` on, that does not exist.

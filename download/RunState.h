@@ -11,7 +11,7 @@
 
 namespace download {
 
-/// How far the worker's run has got, and whether somebody wants it to stop.
+/// How far the worker's run has got, and whether it is to stop.
 ///
 /// A run is downloading until it reaches one outcome: completed, stopped or failed. The
 /// first outcome stays. Between runs a stop changes nothing. Owner: the worker. Threads: any.

@@ -6,24 +6,24 @@ namespace download {
 
 void SessionGate::expect() {
   phase_ = Phase::kExpecting;
-  held_.clear();
+  kept_.clear();
 }
 
 std::vector<LibraryReport> SessionGate::open(unsigned long long uid) {
   phase_ = Phase::kOpen;
   uid_ = uid;
-  std::vector<LibraryReport> mine = std::exchange(held_, {});
+  std::vector<LibraryReport> mine = std::exchange(kept_, {});
   std::erase_if(mine, [uid](const LibraryReport& report) { return report.uid != uid; });
   return mine;
 }
 
 void SessionGate::close() {
   phase_ = Phase::kClosed;
-  held_.clear();
+  kept_.clear();
 }
 
 bool SessionGate::admits(const LibraryReport& report) {
-  if (phase_ == Phase::kExpecting) held_.push_back(report);
+  if (phase_ == Phase::kExpecting) kept_.push_back(report);
   return phase_ == Phase::kOpen && report.uid == uid_;
 }
 

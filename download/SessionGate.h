@@ -19,20 +19,20 @@ struct LibraryReport {
 /// Lets through the reports of the present session alone.
 ///
 /// The library may report before it has told the id of a session that it starts: such reports are
-/// held until the id is known. What belongs to any other session is dropped. A plain value without
+/// kept until the id is known. What belongs to any other session is dropped. A plain value without
 /// a lock; the worker keeps it under its callback mutex.
 class SessionGate {
  public:
   /// A session is being started, its id is not known yet.
   void expect();
 
-  /// The id is known. Returns the reports of this session that were held, in order.
+  /// The id is known. Returns the reports of this session that were kept, in order.
   std::vector<LibraryReport> open(unsigned long long uid);
 
-  /// There is no session any more; what was held is dropped.
+  /// There is no session any more; what was kept is dropped.
   void close();
 
-  /// True when `report` is to be dealt with now; otherwise it was held or dropped.
+  /// True when `report` is to be handled now; otherwise it was kept for later or dropped.
   bool admits(const LibraryReport& report);
 
  private:
@@ -40,7 +40,7 @@ class SessionGate {
 
   Phase phase_ = Phase::kClosed;
   unsigned long long uid_ = 0;
-  std::vector<LibraryReport> held_;
+  std::vector<LibraryReport> kept_;
 };
 
 }  // namespace download

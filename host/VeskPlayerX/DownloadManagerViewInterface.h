@@ -34,7 +34,8 @@ class DownloadManagerViewInterface {
 
   /// Has the user choose a slot for the item titled `title`; returns its number, below 0 when the
   /// user declines. May block for the user; a view that is to go ends the question as declined,
-  /// since the manager's shutdown waits for the answer.
+  /// since the manager's shutdown waits for the answer. An answer that comes after its download was
+  /// stopped has no effect, and the question may be asked again on another thread before it comes.
   virtual int chooseSlot(const std::wstring& title, const VeskDrmDownloadAuthorization& answer) = 0;
 
   /// The online services refused a download.

@@ -341,7 +341,7 @@ TEST_F(DownloadRun, TakesNoOtherAnswerThanOneForAStart) {
   EXPECT_EQ(run(film()), 6);
 }
 
-TEST_F(DownloadRun, PlaysACompletedFilmThatWishesIt) {
+TEST_F(DownloadRun, PlaysACompletedFilmOnRequest) {
   manager_.answerPlay(true);
   auto item = film();
   item->setAutoProgressivePlayback(true);
@@ -357,7 +357,7 @@ TEST_F(DownloadRun, PlaysACompletedFilmThatWishesIt) {
                           "manager.play 7", "manager.updateStatus 7 4"));
 }
 
-TEST_F(DownloadRun, KeepsTheWishAndReleasesTheSessionWhenPlayingFails) {
+TEST_F(DownloadRun, KeepsTheRequestAndReleasesTheSessionWhenPlayingFails) {
   auto item = film();
   item->setAutoProgressivePlayback(true);
   startAndFetch(std::move(item));

@@ -40,7 +40,7 @@ TEST_F(LibraryReports, OutsideOfZeroToAHundredAreIgnored) {
       ElementsAre("manager.updateDownloadProgress 7 0", "manager.updateDownloadProgress 7 100"));
 }
 
-TEST_F(LibraryReports, PlayAnItemThatWishesItOnce) {
+TEST_F(LibraryReports, PlayAnItemOnRequestOnce) {
   manager_.answerPlay(true);
   auto item = film();
   item->setAutoProgressivePlayback(true);

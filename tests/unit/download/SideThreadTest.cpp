@@ -22,13 +22,12 @@ class SideThreadTest : public testing::Test {
 
   /// Leaves a call behind that stays until the gate is opened: a stop has ended the wait for it.
   void leaveCallBehind() {
-    Gate begun;
-    std::thread stopper([&] {
-      begun.wait();
+    std::thread stopper([this] {
+      begun_.wait();
       stop();
     });
-    EXPECT_FALSE(side_.run([&] {
-      begun.open();
+    EXPECT_FALSE(side_.run([this] {
+      begun_.open();
       leave_.wait();
     }));
     stopper.join();
@@ -41,6 +40,7 @@ class SideThreadTest : public testing::Test {
     run_.stopDone();
   }
 
+  Gate begun_;
   Gate leave_;
   RunState run_;
   SideThread side_{run_};

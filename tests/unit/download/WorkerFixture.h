@@ -48,7 +48,7 @@ class WorkerTest : public ::testing::Test {
   void start(std::unique_ptr<DownloadItem> item);
   /// Starts, and waits for the manager to hear that the transfer runs.
   void startAndFetch(std::unique_ptr<DownloadItem> item);
-  /// Starts, and waits until reports on the session `uid` are dealt with as they come; one of 0 %
+  /// Starts, and waits until reports on the session `uid` are handled as they come; one of 0 %
   /// has been.
   void startAndReport(std::unique_ptr<DownloadItem> item, unsigned long long uid = kUid);
   int ended();
