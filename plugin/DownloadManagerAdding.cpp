@@ -37,8 +37,8 @@ std::unique_ptr<DownloadItem> makeProtected(const std::wstring& path,
   return item;
 }
 
-void tellOfAdding(plugin::AttachedView& view) {
-  view.visit([](View& attached) { attached.downloadItemsAdded(); });
+void tellOfAdding(download::AttachedView& view) {
+  view.notify([](View& attached) { attached.downloadItemsAdded(); });
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 // written on its behalf any more. The view itself is told with the queue unlocked.
 
 void DownloadManager::DownloadManagerImpl::updateListChanged() {
-  view_.visit([this](View& view) {
+  view_.notify([this](View& view) {
     {
       const kvpm::CritLock lock(queueLock_);
       writeQueue();
@@ -15,7 +15,7 @@ void DownloadManager::DownloadManagerImpl::updateListChanged() {
 }
 
 void DownloadManager::DownloadManagerImpl::updateItemChanged(unsigned int id) {
-  view_.visit([this, id](View& view) {
+  view_.notify([this, id](View& view) {
     {
       const kvpm::CritLock lock(queueLock_);
       if (queue_.find(id) == nullptr) return;

@@ -14,18 +14,19 @@ constexpr std::uint32_t kStopPollMilliseconds = 1;
 
 DownloadManager::DownloadManagerImpl::DownloadManagerImpl(DownloadManager* owner,
                                                           KPIM::Context* context)
-    : context_(context),
+    : owner_(owner),
+      context_(context),
       services_(context),
       confirmations_([this](long ticketId, std::uint64_t bytes) { tellServices(ticketId, bytes); },
                      events_),
-      workerFace_(*owner, [this](unsigned int id) { return playRunning(id); }),
       worker_(context),
       thread_(this) {}
 
 DownloadManager::DownloadManagerImpl::~DownloadManagerImpl() { stopDownloadManagerThread(); }
 
 void DownloadManager::DownloadManagerImpl::open() {
-  worker_.setInterfaces(&workerFace_, nullptr);
+  worker_.setPlayback([this](unsigned int id) { return playRunning(id); });
+  worker_.setInterfaces(owner_, nullptr);
   const plugin::QueueFiles files(VeskPlayerX::OSUtilities::getApplicationDataPath().toStdWString());
   {
     const kvpm::CritLock lock(queueLock_);
@@ -40,7 +41,7 @@ void DownloadManager::DownloadManagerImpl::close() {
   closing_ = true;
   events_.raise();
   view_.attach(nullptr);
-  worker_.setInterfaces(&workerFace_, nullptr);
+  worker_.setInterfaces(owner_, nullptr);
   pauseByHost();
   stopDownloadManagerThread();
   worker_.close();
@@ -49,7 +50,7 @@ void DownloadManager::DownloadManagerImpl::close() {
 
 void DownloadManager::DownloadManagerImpl::setViewInterface(View* view) {
   view_.attach(view);
-  worker_.setInterfaces(&workerFace_, view);
+  worker_.setInterfaces(owner_, view);
 }
 
 void DownloadManager::DownloadManagerImpl::startDownloadManagerThread() {

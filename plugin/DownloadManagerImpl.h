@@ -9,12 +9,12 @@
 
 #include "VeskPlayerX/DownloadManagerViewInterface.h"
 #include "VeskPlayerX/PlayerInterface.h"
+#include "download/AttachedView.h"
 #include "download/HttpDownloadThread.h"
 #include "item/DownloadItem.h"
 #include "kvpm/CritSection.h"
 #include "kvpm/IRunnable.h"
 #include "kvpm/Thread.h"
-#include "plugin/AttachedView.h"
 #include "plugin/Confirmations.h"
 #include "plugin/ConfirmedBytes.h"
 #include "plugin/DownloadManager.h"
@@ -23,7 +23,6 @@
 #include "plugin/OperationLock.h"
 #include "plugin/ProgressReports.h"
 #include "plugin/ServicesLookup.h"
-#include "plugin/WorkerFace.h"
 
 /// State and locks of the download manager, and the body of its scheduler thread.
 ///
@@ -191,20 +190,20 @@ class DownloadManager::DownloadManagerImpl : public kvpm::IRunnable {
   bool playRunning(unsigned int id);
 
   // Constant once `open` has returned.
+  DownloadManager* const owner_;
   KPIM::Context* const context_;
   std::wstring queueFile_;
 
   // Synchronised by themselves.
   /// Something has changed that the scheduler, or `play`, may wait for.
   plugin::EventCount events_;
-  plugin::AttachedView view_;
+  download::AttachedView view_;
   plugin::ServicesLookup services_;
   plugin::Confirmations confirmations_;
   std::atomic<bool> paused_{false};        ///< by the user
   std::atomic<bool> changingHead_{false};  ///< for the length of a move of the first item
   std::atomic<bool> closing_{false};
   std::atomic<int> stops_{0};  ///< of the worker, under way
-  plugin::WorkerFace workerFace_;
   HttpDownloadThread worker_;
 
   // The locks, in the order in which they are taken.

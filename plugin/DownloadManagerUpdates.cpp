@@ -102,7 +102,7 @@ bool DownloadManager::DownloadManagerImpl::updateStatus(unsigned int id,
     tellPlayerOfFinished(film.path, film.uid);
   }
   // The view wants to be asked; what it answers changes nothing here.
-  view_.visit([](View& view) { view.keepsRunningWhenFinished(); });
+  view_.notify([](View& view) { view.keepsRunningWhenFinished(); });
   return found;
 }
 
