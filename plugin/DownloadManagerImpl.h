@@ -16,12 +16,12 @@
 #include "kvpm/IRunnable.h"
 #include "kvpm/Thread.h"
 #include "plugin/Confirmations.h"
-#include "plugin/ConfirmedBytes.h"
 #include "plugin/DownloadManager.h"
 #include "plugin/DownloadQueue.h"
 #include "plugin/EventCount.h"
 #include "plugin/OperationLock.h"
 #include "plugin/ProgressReports.h"
+#include "plugin/ProgressRules.h"
 #include "plugin/ServicesLookup.h"
 
 /// State and locks of the download manager, and the body of its scheduler thread.

@@ -4,7 +4,7 @@
 #include "VeskPlayerX/InterfaceIds.h"
 #include "plugin/DownloadManagerImpl.h"
 #include "plugin/HostEventLoop.h"
-#include "plugin/Playback.h"
+#include "plugin/PlaybackRules.h"
 #include "plugin/StatusGroups.h"
 
 using Item = VeskPlayerX::DownloadItemInterface;

@@ -2,10 +2,8 @@
 #include <string>
 
 #include "kvpm/TimeTools.h"
-#include "plugin/ConfirmedBytes.h"
 #include "plugin/DownloadManagerImpl.h"
 #include "plugin/StatusGroups.h"
-#include "plugin/TimeRemaining.h"
 
 namespace {
 

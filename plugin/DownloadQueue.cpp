@@ -1,13 +1,21 @@
 #include "plugin/DownloadQueue.h"
 
 #include <algorithm>
+#include <cwctype>
 #include <iterator>
 #include <utility>
 
-#include "plugin/PathMatch.h"
 #include "plugin/StatusGroups.h"
 
 namespace plugin {
+
+bool isSamePath(const std::wstring& left, const std::wstring& right, wchar_t separator) {
+  const auto fold = [separator](wchar_t character) {
+    return std::towlower(static_cast<std::wint_t>(character == L'/' ? separator : character));
+  };
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [fold](wchar_t l, wchar_t r) { return fold(l) == fold(r); });
+}
 
 void DownloadQueue::assign(const Items& items) {
   Owned owned;

@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "plugin/Playback.h"
+#include "plugin/PlaybackRules.h"
 #include "plugin/StatusGroups.h"
 
 namespace plugin {

@@ -5,6 +5,8 @@
 
 namespace plugin {
 
+// What follows from a report of progress. Pure functions of two reports in a row.
+
 /// What the confirmation of a download depends on.
 struct ProgressOfTicket {
   long ticketId = 0;       ///< 0 or less: not confirmed at all
@@ -17,5 +19,17 @@ struct ProgressOfTicket {
 /// 1 percent or more and at the first one of 100 percent; nothing at any other. The first share is
 /// computed in single precision, as the services expect it.
 std::optional<std::uint64_t> bytesToConfirm(const ProgressOfTicket& progress);
+
+/// Two reports of progress in a row.
+struct ProgressStep {
+  std::int64_t lastTime = 0;  ///< seconds, of the earlier report; 0 when there was none
+  std::int64_t now = 0;       ///< seconds, of this report
+  int previousPercent = 0;
+  int percent = 0;
+};
+
+/// Seconds until 100 percent are there if all goes on at the pace of this one step; 0 at the
+/// beginning and at the end. Nothing when the step says nothing, so that an earlier estimate stays.
+std::optional<std::uint32_t> estimateTimeRemaining(const ProgressStep& step);
 
 }  // namespace plugin

@@ -1,10 +1,17 @@
-#include "plugin/TimeRemaining.h"
+#include "plugin/ProgressRules.h"
 
 #include <algorithm>
 #include <limits>
 
 namespace plugin {
 namespace {
+
+std::uint64_t shareOf(std::uint64_t size, int percent) {
+  constexpr float kBeyond = 18446744073709551616.0F;  // 2^64, the first value that does not fit
+  const float share = static_cast<float>(size) * (static_cast<float>(percent) / 100.0F);
+  return share < kBeyond ? static_cast<std::uint64_t>(share)
+                         : std::numeric_limits<std::uint64_t>::max();
+}
 
 std::uint32_t extrapolate(const ProgressStep& step) {
   const auto seconds = static_cast<double>(step.now - step.lastTime);
@@ -15,6 +22,15 @@ std::uint32_t extrapolate(const ProgressStep& step) {
 }
 
 }  // namespace
+
+std::optional<std::uint64_t> bytesToConfirm(const ProgressOfTicket& progress) {
+  if (progress.ticketId <= 0 || progress.size == 0) return std::nullopt;
+  if (progress.percent >= 1 && progress.previousPercent <= 0) {
+    return shareOf(progress.size, progress.percent);
+  }
+  if (progress.percent == 100 && progress.previousPercent != 100) return progress.size;
+  return std::nullopt;
+}
 
 std::optional<std::uint32_t> estimateTimeRemaining(const ProgressStep& step) {
   if (step.percent == 100 || step.percent == 0) return 0;
