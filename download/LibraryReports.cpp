@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "download/BackgroundThread.h"
 #include "download/HttpDownloadThreadImpl.h"
 
 using Impl = HttpDownloadThread::HttpDownloadThreadImpl;
@@ -34,6 +35,7 @@ void Impl::httpTransferBroke(unsigned long long uid, int) {
 }
 
 void Impl::receive(const LibraryReport& report) {
+  const download::BackgroundThread mark;
   const kvpm::MutexLock lock(callbackMutex_);
   reportingThread_ = std::this_thread::get_id();
   try {

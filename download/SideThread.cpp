@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "download/BackgroundThread.h"
 #include "download/RunState.h"
 
 namespace download {
@@ -27,6 +28,7 @@ bool SideThread::start(std::function<void()> call) {
 void SideThread::finish() { thread_.reset(); }
 
 void SideThread::runThread(kvpm::Thread*) {
+  const BackgroundThread mark;
   try {
     call_();
   } catch (...) {  // the caller finds no answer
