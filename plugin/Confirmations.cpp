@@ -4,11 +4,15 @@
 #include <system_error>
 #include <utility>
 
+#include "download/BackgroundThread.h"
+
 namespace plugin {
 namespace {
 
 /// The longest that a report waits without looking; an event wakes it at once.
 constexpr std::chrono::milliseconds kInterval{500};
+
+thread_local bool isTelling = false;
 
 }  // namespace
 
@@ -20,7 +24,11 @@ Confirmations::~Confirmations() { finish(); }
 void Confirmations::confirm(long ticketId, std::uint64_t bytes,
                             const std::function<bool()>& mayWait) {
   const std::uint64_t number = enqueue({ticketId, bytes});
-  if (!ensureThread()) tellNext();
+  if (isTelling) return;  // its turn comes when the services have returned
+  if (!ensureThread()) {
+    while (tellNext()) {
+    }
+  }
   for (;;) {
     const EventCount::Ticket ticket = events_.ticket();
     if (isTold(number) || !mayWait()) return;
@@ -30,7 +38,7 @@ void Confirmations::confirm(long ticketId, std::uint64_t bytes,
 
 void Confirmations::finish() {
   {
-    const std::lock_guard lock(mutex_);
+    const kvpm::MutexLock lock(mutex_);
     finishing_ = true;
   }
   changed_.notify_all();
@@ -39,7 +47,7 @@ void Confirmations::finish() {
 
 /// The number of the notice, in the order in which they are told.
 std::uint64_t Confirmations::enqueue(const Notice& notice) {
-  const std::lock_guard lock(mutex_);
+  const kvpm::MutexLock lock(mutex_);
   waiting_.push_back(notice);
   changed_.notify_all();
   return ++reported_;
@@ -47,7 +55,7 @@ std::uint64_t Confirmations::enqueue(const Notice& notice) {
 
 /// False when the system has no thread to give.
 bool Confirmations::ensureThread() {
-  const std::lock_guard lock(mutex_);
+  const kvpm::MutexLock lock(mutex_);
   if (thread_.joinable()) return true;
   try {
     thread_ = std::thread([this] { run(); });
@@ -58,35 +66,40 @@ bool Confirmations::ensureThread() {
 }
 
 bool Confirmations::isTold(std::uint64_t number) const {
-  const std::lock_guard lock(mutex_);
+  const kvpm::MutexLock lock(mutex_);
   return told_ >= number;
 }
 
 void Confirmations::run() {
+  const download::BackgroundThread mark;
   while (waitForNext()) tellNext();
 }
 
-/// False when there is nothing to be told and nothing will come.
+/// False when everything has been told and nothing will come.
 bool Confirmations::waitForNext() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return !waiting_.empty() || finishing_; });
+  const kvpm::MutexLock lock(mutex_);
+  while (waiting_.empty() && !finishing_) changed_.wait(mutex_);
   return !waiting_.empty();
 }
 
-void Confirmations::tellNext() {
+/// False when there is nothing to tell.
+bool Confirmations::tellNext() {
   Notice next{};
   {
-    const std::lock_guard lock(mutex_);
-    if (waiting_.empty()) return;
+    const kvpm::MutexLock lock(mutex_);
+    if (waiting_.empty()) return false;
     next = waiting_.front();
     waiting_.pop_front();
   }
+  isTelling = true;
   tell_(next.ticketId, next.bytes);
+  isTelling = false;
   {
-    const std::lock_guard lock(mutex_);
+    const kvpm::MutexLock lock(mutex_);
     ++told_;
   }
   events_.raise();
+  return true;
 }
 
 }  // namespace plugin

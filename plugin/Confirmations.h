@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <thread>
 
+#include "kvpm/Mutex.h"
 #include "plugin/EventCount.h"
 
 namespace plugin {
@@ -14,14 +14,14 @@ namespace plugin {
 /// Tells the online services, in order, how much of a ticket's download has arrived.
 ///
 /// The services may take as long as their deadlines allow. So they are told on a thread of this
-/// object's own, and whoever reports something waits for that only as long as nobody waits for him.
+/// object's own, and a report waits for that only as long as nobody waits for the report.
 /// `confirm` is safe on all threads. Nothing that was reported is dropped.
 class Confirmations {
  public:
   using Tell = std::function<void(long ticketId, std::uint64_t bytes)>;
 
   /// `tell` tells the services. `events` is not owned: it is raised when they were told something,
-  /// and whoever takes a reason to wait away raises it too.
+  /// and has to be raised when a `mayWait` turns false.
   Confirmations(Tell tell, EventCount& events);
 
   Confirmations(const Confirmations&) = delete;
@@ -31,7 +31,7 @@ class Confirmations {
   ~Confirmations();
 
   /// Returns when the services have been told, or when `mayWait` is false; they are told then, too,
-  /// in their time.
+  /// in their time. From inside `tell` it returns at once.
   void confirm(long ticketId, std::uint64_t bytes, const std::function<bool()>& mayWait);
 
   /// Waits until everything has been told. Afterwards nothing may be reported any more.
@@ -48,18 +48,19 @@ class Confirmations {
   bool ensureThread();
   bool isTold(std::uint64_t number) const;
   bool waitForNext();
-  void tellNext();
+  bool tellNext();
 
   const Tell tell_;
   EventCount& events_;
 
-  mutable std::mutex mutex_;
-  std::condition_variable changed_;
-  std::deque<Notice> waiting_;  // guarded by mutex_
-  std::uint64_t reported_ = 0;  // guarded by mutex_
-  std::uint64_t told_ = 0;      // guarded by mutex_
-  bool finishing_ = false;      // guarded by mutex_
-  /// Guarded by mutex_ until finishing_. Not one of the platform's: a host that holds those back
+  mutable kvpm::Mutex mutex_;
+  std::condition_variable_any changed_;
+  std::deque<Notice> waiting_ KVPM_GUARDED_BY(mutex_);
+  std::uint64_t reported_ KVPM_GUARDED_BY(mutex_) = 0;
+  std::uint64_t told_ KVPM_GUARDED_BY(mutex_) = 0;
+  bool finishing_ KVPM_GUARDED_BY(mutex_) = false;
+
+  /// Written under mutex_ until finishing_. Not one of the platform's: a host that holds those back
   /// may report all the same, and would wait for it.
   std::thread thread_;
 };

@@ -1,9 +1,19 @@
 #include "plugin/DownloadManager.h"
 
+#include <functional>
+#include <type_traits>
+
 #include "VeskPlayerX/InterfaceIds.h"
-#include "VeskPlayerX/VeskDrm.h"
 #include "download/SharedPreferences.h"
 #include "plugin/DownloadManagerImpl.h"
+
+using plugin::Intake;
+using plugin::Moves;
+using plugin::Playback;
+using plugin::Progress;
+using plugin::Scheduler;
+using plugin::SharedQueue;
+using plugin::TransferControl;
 
 DownloadManager::DownloadManager(KPIM::Context* context)
     : KPIM::Plugin(context),
@@ -40,15 +50,16 @@ KPIM::VESK_RESULT DownloadManager::kpimGetInterface(std::string id, void** out) 
   return KPIM::kSuccess;
 }
 
-// Each operation below holds on to the state that it works on: see `impl_`.
+template <class Part, class Operation, class... Arguments>
+auto DownloadManager::forward(Part DownloadManagerImpl::*part, Operation operation,
+                              const Arguments&... arguments) {
+  using Answer = std::invoke_result_t<Operation, Part&, const Arguments&...>;
+  const auto impl = impl_;  // see `impl_`
+  return impl ? std::invoke(operation, (*impl).*part, arguments...) : Answer();
+}
 
 void DownloadManager::setViewInterface(View* view) {
   if (const auto impl = impl_) impl->setViewInterface(view);
-}
-
-std::vector<DownloadManager::Item*>* DownloadManager::getCopyofQueue() {
-  const auto impl = impl_;
-  return impl ? impl->getCopyofQueue() : nullptr;
 }
 
 void DownloadManager::deleteCopyOfQueue(std::vector<Item*>* copy) {
@@ -57,163 +68,140 @@ void DownloadManager::deleteCopyOfQueue(std::vector<Item*>* copy) {
   delete copy;
 }
 
+std::vector<DownloadManager::Item*>* DownloadManager::getCopyofQueue() {
+  return forward(&DownloadManagerImpl::queue, &SharedQueue::copy);
+}
+
 unsigned int DownloadManager::getNumberOfVideosInQueue() {
-  const auto impl = impl_;
-  return impl ? impl->getNumberOfVideosInQueue() : 0;
+  return forward(&DownloadManagerImpl::queue, &SharedQueue::size);
+}
+
+DownloadManager::Item* DownloadManager::get(unsigned int id) {
+  return forward(&DownloadManagerImpl::queue, &SharedQueue::find, id);
+}
+
+DownloadManager::Item* DownloadManager::get(const std::wstring& url) {
+  return forward(&DownloadManagerImpl::queue, &SharedQueue::findUrl, url);
+}
+
+DownloadManager::Item* DownloadManager::at(unsigned int index) {
+  return forward(&DownloadManagerImpl::queue, &SharedQueue::at, index);
+}
+
+DownloadManager::Item* DownloadManager::getByTicket(const std::string& ticket) {
+  return forward(&DownloadManagerImpl::queue, &SharedQueue::findTicket, ticket);
+}
+
+DownloadManager::Item* DownloadManager::getByPath(const std::wstring& path) {
+  return forward(&DownloadManagerImpl::queue, &SharedQueue::findPath, path);
+}
+
+DownloadManager::Item* DownloadManager::add(const std::wstring& url, const std::wstring& title,
+                                            const std::wstring& providerName) {
+  return forward(&DownloadManagerImpl::intake, &Intake::add, url, title, providerName);
+}
+
+std::vector<DownloadManager::Item*> DownloadManager::addTicket(const std::wstring& ticketPath,
+                                                               bool) {
+  return forward(&DownloadManagerImpl::intake, &Intake::addTicket, ticketPath);
 }
 
 void DownloadManager::zpsFileOpenedForPlayback(const std::wstring& path,
                                                const VeskDrmPlaybackAuthorizationResponse* response,
                                                const VeskDrmTransactionRecord* record) {
-  const auto impl = impl_;
-  if (impl && response != nullptr) impl->zpsFileOpenedForPlayback(path, *response, record);
-}
-
-DownloadManager::Item* DownloadManager::add(const std::wstring& url, const std::wstring& title,
-                                            const std::wstring& providerName) {
-  const auto impl = impl_;
-  return impl ? impl->add(url, title, providerName) : nullptr;
-}
-
-std::vector<DownloadManager::Item*> DownloadManager::addTicket(const std::wstring& ticketPath,
-                                                               bool) {
-  const auto impl = impl_;
-  return impl ? impl->addTicket(ticketPath) : std::vector<Item*>{};
+  forward(&DownloadManagerImpl::intake, &Intake::zpsFileOpenedForPlayback, path, response, record);
 }
 
 bool DownloadManager::updateStatus(unsigned int id, DownloadStatusEnumType status) {
-  const auto impl = impl_;
-  return impl && impl->updateStatus(id, status);
+  return forward(&DownloadManagerImpl::progress, &Progress::updateStatus, id, status);
 }
 
 bool DownloadManager::updatePath(unsigned int id, const std::wstring& path) {
-  const auto impl = impl_;
-  return impl && impl->updatePath(id, path);
+  return forward(&DownloadManagerImpl::progress, &Progress::updatePath, id, path);
 }
 
 bool DownloadManager::updateSize(unsigned int id, unsigned long long size) {
-  const auto impl = impl_;
-  return impl && impl->updateSize(id, size);
+  return forward(&DownloadManagerImpl::progress, &Progress::updateSize, id, size);
 }
 
 bool DownloadManager::updateDownloadProgress(unsigned int id, int percent) {
-  const auto impl = impl_;
-  return impl && impl->updateDownloadProgress(id, percent);
+  return forward(&DownloadManagerImpl::progress, &Progress::updateDownloadProgress, id, percent);
 }
 
 bool DownloadManager::updateSlotAssignment(unsigned int id, int slot) {
-  const auto impl = impl_;
-  return impl && impl->updateSlotAssignment(id, slot);
+  return forward(&DownloadManagerImpl::progress, &Progress::updateSlotAssignment, id, slot);
 }
 
 bool DownloadManager::setTicketAlreadyTorn(unsigned int id) {
-  const auto impl = impl_;
-  return impl && impl->setTicketAlreadyTorn(id);
+  return forward(&DownloadManagerImpl::progress, &Progress::setTicketAlreadyTorn, id);
 }
 
 bool DownloadManager::setDownloadUrl(unsigned int id, std::wstring url) {
-  const auto impl = impl_;
-  return impl && impl->setDownloadUrl(id, url);
+  return forward(&DownloadManagerImpl::progress, &Progress::setDownloadUrl, id, url);
 }
 
 bool DownloadManager::setDownloadInfo(unsigned int id, KPB::DownloadInfo info) {
-  const auto impl = impl_;
-  return impl && impl->setDownloadInfo(id, info);
+  return forward(&DownloadManagerImpl::progress, &Progress::setDownloadInfo, id, info);
 }
 
 bool DownloadManager::setPlayable(unsigned int id, bool playable) {
-  const auto impl = impl_;
-  return impl && impl->setPlayable(id, playable);
+  return forward(&DownloadManagerImpl::progress, &Progress::setPlayable, id, playable);
 }
 
 bool DownloadManager::setTicketId(unsigned int id, long ticketId) {
-  const auto impl = impl_;
-  return impl && impl->setTicketId(id, ticketId);
+  return forward(&DownloadManagerImpl::progress, &Progress::setTicketId, id, ticketId);
 }
 
 bool DownloadManager::isPaused() {
-  const auto impl = impl_;
-  return impl && impl->isPaused();
+  return forward(&DownloadManagerImpl::transfers, &TransferControl::isPaused);
 }
 
-void DownloadManager::pause() {
-  if (const auto impl = impl_) impl->pauseByHost();
-}
+void DownloadManager::pause() { forward(&DownloadManagerImpl::transfers, &TransferControl::pause); }
 
 void DownloadManager::resume() {
-  if (const auto impl = impl_) impl->resumeByHost();
+  forward(&DownloadManagerImpl::transfers, &TransferControl::resume);
 }
 
 void DownloadManager::cancel() {
-  if (const auto impl = impl_) impl->cancelByHost();
-}
-
-void DownloadManager::clearCompletedDownloads() {
-  if (const auto impl = impl_) impl->clearCompletedDownloads();
-}
-
-bool DownloadManager::remove(unsigned int id) {
-  const auto impl = impl_;
-  return impl && impl->remove(id);
+  forward(&DownloadManagerImpl::transfers, &TransferControl::cancel);
 }
 
 void DownloadManager::retry(unsigned int id) {
-  if (const auto impl = impl_) impl->retry(id);
+  forward(&DownloadManagerImpl::scheduler, &Scheduler::retry, id);
 }
 
 bool DownloadManager::play(unsigned int id) {
-  const auto impl = impl_;
-  return impl && impl->play(id);
-}
-
-bool DownloadManager::moveUp(unsigned int id) {
-  const auto impl = impl_;
-  return impl && impl->moveUp(id);
-}
-
-bool DownloadManager::moveDown(unsigned int id) {
-  const auto impl = impl_;
-  return impl && impl->moveDown(id);
-}
-
-void DownloadManager::moveToTop(unsigned int id) {
-  if (const auto impl = impl_) impl->moveToTop(id);
-}
-
-void DownloadManager::moveToBottom(unsigned int id) {
-  if (const auto impl = impl_) impl->moveToBottom(id);
-}
-
-void DownloadManager::resumeDownloadingFile(const std::wstring& path) {
-  if (const auto impl = impl_) impl->resumeDownloadingFile(path);
+  return forward(&DownloadManagerImpl::playback, &Playback::play, id);
 }
 
 bool DownloadManager::resumePlaybackForUrl(const std::wstring& url) {
-  const auto impl = impl_;
-  return impl && impl->resumePlaybackForUrl(url);
+  return forward(&DownloadManagerImpl::playback, &Playback::resumePlaybackForUrl, url);
 }
 
-DownloadManager::Item* DownloadManager::get(unsigned int id) {
-  const auto impl = impl_;
-  return impl ? impl->get(id) : nullptr;
+bool DownloadManager::moveUp(unsigned int id) {
+  return forward(&DownloadManagerImpl::moves, &Moves::moveUp, id);
 }
 
-DownloadManager::Item* DownloadManager::get(const std::wstring& url) {
-  const auto impl = impl_;
-  return impl ? impl->get(url) : nullptr;
+bool DownloadManager::moveDown(unsigned int id) {
+  return forward(&DownloadManagerImpl::moves, &Moves::moveDown, id);
 }
 
-DownloadManager::Item* DownloadManager::at(unsigned int index) {
-  const auto impl = impl_;
-  return impl ? impl->at(index) : nullptr;
+void DownloadManager::moveToTop(unsigned int id) {
+  forward(&DownloadManagerImpl::moves, &Moves::moveToTop, id);
 }
 
-DownloadManager::Item* DownloadManager::getByTicket(const std::string& ticket) {
-  const auto impl = impl_;
-  return impl ? impl->getByTicket(ticket) : nullptr;
+void DownloadManager::moveToBottom(unsigned int id) {
+  forward(&DownloadManagerImpl::moves, &Moves::moveToBottom, id);
 }
 
-DownloadManager::Item* DownloadManager::getByPath(const std::wstring& path) {
-  const auto impl = impl_;
-  return impl ? impl->getByPath(path) : nullptr;
+void DownloadManager::resumeDownloadingFile(const std::wstring& path) {
+  forward(&DownloadManagerImpl::moves, &Moves::resumeDownloadingFile, path);
+}
+
+bool DownloadManager::remove(unsigned int id) {
+  return forward(&DownloadManagerImpl::moves, &Moves::remove, id);
+}
+
+void DownloadManager::clearCompletedDownloads() {
+  forward(&DownloadManagerImpl::moves, &Moves::clearCompletedDownloads);
 }

@@ -13,14 +13,16 @@
 /// and handed to the player.
 ///
 /// Built by `getPlugin`, destroyed when the last hold on it is given back. The host calls all
-/// operations on one thread; the worker's reports come on others. `docs/threads.md` tells who waits
-/// for whom. Nothing throws. After `Shutdown`, and with an id that is not queued, operations answer
-/// false, null or nothing.
+/// operations on one thread; the worker's reports come on others. A view may call operations on the
+/// thread of its notice: on a thread that a stop of the host is waiting for, one that would have to
+/// wait gives way, and `play` does not wait for a transfer to begin. `docs/threads.md` tells who
+/// waits for whom. Nothing is thrown but what a view throws. After `Shutdown`, with an id that is
+/// not queued, and where it gives way, an operation answers false, null or nothing.
 ///
 /// Item pointers returned belong to the manager. They stay valid until the item is removed from the
 /// queue (by `remove`, `clearCompletedDownloads`, or a new ticket for the same content) or, for an
-/// item that `addTicket` returned though its ticket was queued already, until `Shutdown`. Other
-/// threads change the items behind them: only copies from `getCopyofQueue` hold still.
+/// item that `addTicket` returned though its ticket was queued already, until the next `addTicket`.
+/// Other threads change the items behind them: only copies from `getCopyofQueue` hold still.
 ///
 /// The order of the virtual operations is part of the interface.
 class DownloadManager : public KPIM::Plugin,
@@ -30,8 +32,9 @@ class DownloadManager : public KPIM::Plugin,
   using View = VeskPlayerX::DownloadManagerViewInterface;
 
  public:
-  /// Reads the queue, takes over that of an earlier release, starts working on it, and takes a hold
-  /// on this object, which `Shutdown` gives back. `context` is not owned and outlives the plug-in.
+  /// Reads the queue, that of an earlier release at the first start, begins to work on it, and
+  /// takes a hold on this object, which `Shutdown` gives back. `context` is not owned and outlives
+  /// the plug-in; with a null one there is nothing to download or play with, so every film fails.
   explicit DownloadManager(KPIM::Context* context);
 
   /// Shuts down if that has not been done, and deletes the shared preferences object.
@@ -91,6 +94,11 @@ class DownloadManager : public KPIM::Plugin,
   class DownloadManagerImpl;
 
   void doShutdown();
+
+  /// Has a part of the manager do an operation; after `Shutdown` the answer is false, null or
+  /// nothing.
+  template <class Part, class Operation, class... Arguments>
+  auto forward(Part DownloadManagerImpl::*part, Operation operation, const Arguments&... arguments);
 
   /// Shared with the operations that are running: a host that shuts down inside one, from its event
   /// loop or its view, finds the manager shut down, and the operation still has its state.

@@ -1,65 +1,41 @@
 #include "plugin/DownloadManagerImpl.h"
 
 #include "KPX/OSUtilities.h"
-#include "kvpm/TimeTools.h"
-#include "plugin/QueueFiles.h"
-
-namespace {
-
-/// How often the end of the scheduler thread is looked for. Its last event comes before its end, so
-/// nothing announces the end itself.
-constexpr std::uint32_t kStopPollMilliseconds = 1;
-
-}  // namespace
 
 DownloadManager::DownloadManagerImpl::DownloadManagerImpl(DownloadManager* owner,
                                                           KPIM::Context* context)
-    : owner_(owner),
-      context_(context),
-      services_(context),
-      confirmations_([this](long ticketId, std::uint64_t bytes) { tellServices(ticketId, bytes); },
-                     events_),
-      worker_(context),
-      thread_(this) {}
-
-DownloadManager::DownloadManagerImpl::~DownloadManagerImpl() { stopDownloadManagerThread(); }
+    : services(context),
+      worker(context),
+      progress(queue, lock, services, context),
+      playback(queue, lock, transfers, moves, context),
+      owner_(owner) {}
 
 void DownloadManager::DownloadManagerImpl::open() {
-  worker_.setPlayback([this](unsigned int id) { return playRunning(id); });
-  worker_.setInterfaces(owner_, nullptr);
-  const plugin::QueueFiles files(VeskPlayerX::OSUtilities::getApplicationDataPath().toStdWString());
-  {
-    const kvpm::CritLock lock(queueLock_);
-    queue_.assign(files.readQueue());
-  }
-  queueFile_ = files.current();
-  updateListChanged();
-  startDownloadManagerThread();
+  // The host's `play` may restart the queue; in the middle of a transfer the film flows already.
+  worker.setPlayback([this](unsigned int id) { return playback.playRunning(id); });
+  worker.setInterfaces(owner_, nullptr);
+  queue.open(VeskPlayerX::OSUtilities::getApplicationDataPath().toStdWString());
+  queue.announceList();
+  scheduler.start();
 }
 
 void DownloadManager::DownloadManagerImpl::close() {
-  closing_ = true;
-  events_.raise();
-  view_.attach(nullptr);
-  worker_.setInterfaces(owner_, nullptr);
-  pauseByHost();
-  stopDownloadManagerThread();
-  worker_.close();
-  confirmations_.finish();
+  transfers.close();
+  const plugin::OperationLock::WaitForBackground wait(lock);
+  attach(nullptr);
+  transfers.pause();
+  scheduler.stop();
+  worker.close();
+  progress.finish();
 }
 
 void DownloadManager::DownloadManagerImpl::setViewInterface(View* view) {
-  view_.attach(view);
-  worker_.setInterfaces(owner_, view);
+  const plugin::OperationLock::WaitForBackground wait(lock);
+  attach(view);
 }
 
-void DownloadManager::DownloadManagerImpl::startDownloadManagerThread() {
-  if (!closing_ && !thread_.isRunning()) thread_.start();
-}
-
-void DownloadManager::DownloadManagerImpl::stopDownloadManagerThread() {
-  if (!thread_.isRunning()) return;
-  thread_.stop();
-  events_.raise();
-  while (thread_.isRunning()) kvpm::TimeTools::sleep(kStopPollMilliseconds);
+/// Waits for notices to the earlier view that run on other threads.
+void DownloadManager::DownloadManagerImpl::attach(View* view) {
+  queue.view().attach(view);
+  worker.setInterfaces(owner_, view);
 }

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <utility>
 
+#include "kvpm/PathTools.h"
 #include "plugin/StatusGroups.h"
 
 namespace plugin {
@@ -15,6 +16,11 @@ bool isSamePath(const std::wstring& left, const std::wstring& right, wchar_t sep
   };
   return std::equal(left.begin(), left.end(), right.begin(), right.end(),
                     [fold](wchar_t l, wchar_t r) { return fold(l) == fold(r); });
+}
+
+std::optional<ItemState> stateOf(const VeskPlayerX::DownloadItemInterface* item) {
+  if (item == nullptr) return std::nullopt;
+  return ItemState{item->getId(), item->getStatus(), item->getPercentDownloaded()};
 }
 
 void DownloadQueue::assign(const Items& items) {
@@ -44,13 +50,16 @@ DownloadQueue::Item* DownloadQueue::findTicket(const std::string& ticket) const 
   return findIf([&ticket](const Item& item) { return item.getTicket() == ticket; });
 }
 
-DownloadQueue::Item* DownloadQueue::findPath(const std::wstring& path, wchar_t separator) const {
+DownloadQueue::Item* DownloadQueue::findPath(const std::wstring& path) const {
+  static const wchar_t separator = kvpm::PathTools::getWPathSeparator()[0];
   return findIf([&](const Item& item) { return isSamePath(item.getPath(), path, separator); });
 }
 
 bool DownloadQueue::refuses(const Item& item) const {
   return item.getEncrypted() && findTicket(item.getTicket()) != nullptr;
 }
+
+void DownloadQueue::reserve(std::size_t more) { items_.reserve(items_.size() + more); }
 
 void DownloadQueue::add(std::unique_ptr<Item> item) {
   const auto settled = [](const auto& other) { return isAtBottom(other->getStatus()); };

@@ -16,11 +16,21 @@ namespace plugin {
 /// and so are capital and small letters (of the process's locale). Pure.
 bool isSamePath(const std::wstring& left, const std::wstring& right, wchar_t separator);
 
+/// What operations go by, as it was when the item was looked up.
+struct ItemState {
+  unsigned int id = 0;
+  DownloadStatusEnumType status = DownloadStatusQueued;
+  int percent = 0;
+};
+
+/// The state of an item; nullopt for null.
+std::optional<ItemState> stateOf(const VeskPlayerX::DownloadItemInterface* item);
+
 /// The ordered list of downloads: what is downloaded first stands first, completed and failed items
 /// collect at the bottom.
 ///
-/// Owns its items. Has no lock: whoever shares it guards it. Items are named by their id; an id
-/// that is not there changes nothing and is answered with null, false or nothing.
+/// Owns its items. Has no lock of its own. Items are named by their id; an id that is not queued
+/// changes nothing and is answered with null, false or nullopt.
 class DownloadQueue {
  public:
   using Item = VeskPlayerX::DownloadItemInterface;
@@ -43,10 +53,13 @@ class DownloadQueue {
   /// The first item with exactly this address, exactly this ticket text, or this local path.
   Item* findUrl(const std::wstring& url) const;
   Item* findTicket(const std::string& ticket) const;
-  Item* findPath(const std::wstring& path, wchar_t separator) const;
+  Item* findPath(const std::wstring& path) const;
 
   /// Whether `item` must not be added: it is rights-protected and its ticket is queued already.
   bool refuses(const Item& item) const;
+
+  /// Makes room for so many more items, so that adding them cannot fail.
+  void reserve(std::size_t more);
 
   /// Adds an item as the last one above the completed and failed items at the bottom.
   void add(std::unique_ptr<Item> item);
@@ -70,7 +83,7 @@ class DownloadQueue {
   Item* nextForDownload() const;
 
   /// Pauses: the first parkable item becomes paused, each later one queued. Returns the session of
-  /// the paused one when it was held, since that session is none of the scheduler's.
+  /// the paused one when it was held: its transfer is not the worker's and has to be stopped too.
   std::optional<unsigned long long> park();
 
   /// Ends a pause: the paused item, and those that a stopped transfer left behind, become queued.

@@ -3,21 +3,24 @@
 namespace plugin {
 
 EventCount::Ticket EventCount::ticket() const {
-  const std::lock_guard lock(mutex_);
+  const kvpm::MutexLock lock(mutex_);
   return count_;
 }
 
 void EventCount::raise() {
   {
-    const std::lock_guard lock(mutex_);
+    const kvpm::MutexLock lock(mutex_);
     ++count_;
   }
   raised_.notify_all();
 }
 
 void EventCount::wait(Ticket ticket, std::chrono::milliseconds longest) const {
-  std::unique_lock lock(mutex_);
-  raised_.wait_for(lock, longest, [&] { return count_ != ticket; });
+  const auto deadline = std::chrono::steady_clock::now() + longest;
+  const kvpm::MutexLock lock(mutex_);
+  while (count_ == ticket) {
+    if (raised_.wait_until(mutex_, deadline) == std::cv_status::timeout) return;
+  }
 }
 
 }  // namespace plugin

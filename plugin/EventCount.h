@@ -3,7 +3,8 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <mutex>
+
+#include "kvpm/Mutex.h"
 
 namespace plugin {
 
@@ -28,9 +29,9 @@ class EventCount {
   void wait(Ticket ticket, std::chrono::milliseconds longest) const;
 
  private:
-  mutable std::mutex mutex_;
-  mutable std::condition_variable raised_;
-  Ticket count_ = 0;  // guarded by mutex_
+  mutable kvpm::Mutex mutex_;
+  mutable std::condition_variable_any raised_;
+  Ticket count_ KVPM_GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace plugin

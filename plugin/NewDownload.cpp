@@ -45,4 +45,18 @@ std::unique_ptr<DownloadItem> makeDownload(const std::wstring& url, const std::w
   return item;
 }
 
+std::unique_ptr<DownloadItem> makeDownload(const std::wstring& path,
+                                           const VeskDrmPlaybackAuthorizationResponse& response,
+                                           const VeskDrmTransactionRecord* record) {
+  auto item = std::make_unique<DownloadItem>();
+  if (record != nullptr) item->setContentEncryptionUsageId(record->contentEncryptionUsageId);
+  item->setPath(path);
+  item->setSize(response.fileSize);
+  item->setStatus(DownloadStatusQueued);
+  item->setTitle(response.title);
+  item->setTicket(response.ticket);
+  item->setEncrypted(true);
+  return item;
+}
+
 }  // namespace plugin

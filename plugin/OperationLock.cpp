@@ -1,33 +1,52 @@
 #include "plugin/OperationLock.h"
 
-namespace plugin {
+#include <chrono>
 
-void OperationLock::enter() {
-  section_.enter();
-  ++depth_;
+#include "download/BackgroundThread.h"
+
+namespace plugin {
+namespace {
+
+/// The longest that a wait sleeps without looking; an event wakes it at once.
+constexpr std::chrono::milliseconds kInterval{500};
+
+}  // namespace
+
+bool OperationLock::enter() {
+  for (;;) {
+    const EventCount::Ticket ticket = turns_.ticket();
+    if (tryEnter()) return true;
+    if (isBackgroundAwaited() && download::BackgroundThread::isCurrent()) return false;
+    turns_.wait(ticket, kInterval);
+  }
 }
 
 bool OperationLock::tryEnter() {
   if (!section_.tryEnter()) return false;
   ++depth_;
+  holder_ = std::this_thread::get_id();
   return true;
 }
 
 void OperationLock::leave() {
-  leaveQuietly();
-  events_.raise();
+  if (leaveOnce()) events_.raise();
 }
 
-void OperationLock::leaveQuietly() {
-  --depth_;
+void OperationLock::leaveQuietly() { leaveOnce(); }
+
+/// Returns whether the lock is free now.
+bool OperationLock::leaveOnce() {
+  const bool isLast = --depth_ == 0;
+  if (isLast) holder_ = std::thread::id();
   section_.leave();
+  if (isLast) turns_.raise();
+  return isLast;
 }
 
-bool OperationLock::isHeldByCaller() {
-  if (!section_.tryEnter()) return false;
-  const bool held = depth_ > 0;
-  section_.leave();
-  return held;
+OperationLock::WaitForBackground::WaitForBackground(OperationLock& lock) : lock_(lock) {
+  ++lock_.waits_;
+  lock_.turns_.raise();
+  lock_.events_.raise();
 }
 
 }  // namespace plugin

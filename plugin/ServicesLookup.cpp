@@ -1,19 +1,26 @@
 #include "plugin/ServicesLookup.h"
 
+#include <utility>
+
 #include "VeskPlayerX/InterfaceIds.h"
 
 namespace plugin {
 
+using VeskPlayerX::ZPSServicesInterface;
+
 std::shared_ptr<ServicesLookup::Service> ServicesLookup::find() {
-  {
-    const std::lock_guard lock(mutex_);
-    if (service_) return service_;
-  }
+  if (auto service = known()) return service;
   // Loading may take its time and runs foreign code: without the lock, at worst twice.
-  auto service = std::make_shared<Service>(VeskPlayerX::DIN_ZPSServices);
-  if (!loadService(*service, context_, VeskPlayerX::DIN_ZPSServices)) return nullptr;
-  const std::lock_guard lock(mutex_);
-  if (!service_) service_ = std::move(service);
+  std::shared_ptr<Service> service =
+      KPIM::load<ZPSServicesInterface>(context_, VeskPlayerX::DIN_ZPSServices);
+  if (service == nullptr) return nullptr;
+  const kvpm::MutexLock lock(mutex_);
+  if (service_ == nullptr) service_ = std::move(service);
+  return service_;
+}
+
+std::shared_ptr<ServicesLookup::Service> ServicesLookup::known() const {
+  const kvpm::MutexLock lock(mutex_);
   return service_;
 }
 

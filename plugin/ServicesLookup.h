@@ -1,11 +1,10 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 
-#include "KPIM/Context.h"
 #include "KPIM/Helper.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
+#include "kvpm/Mutex.h"
 
 namespace plugin {
 
@@ -20,12 +19,12 @@ bool loadService(KPIM::Helper<I>& service, KPIM::Context* context, const char* i
 
 /// The online services, looked up at the first use and kept from then on.
 ///
-/// Safe on all threads. A service that cannot be found is looked up anew at the next use.
+/// Safe on all threads. Services that cannot be found are looked up anew at the next use.
 class ServicesLookup {
  public:
   using Service = KPIM::Helper<VeskPlayerX::ZPSServicesInterface>;
 
-  /// `context` is not owned and outlives this object.
+  /// `context` is not owned and outlives this object; in a null one there are no services.
   explicit ServicesLookup(KPIM::Context* context) : context_(context) {}
   ServicesLookup(const ServicesLookup&) = delete;
   ServicesLookup& operator=(const ServicesLookup&) = delete;
@@ -34,9 +33,11 @@ class ServicesLookup {
   std::shared_ptr<Service> find();
 
  private:
+  std::shared_ptr<Service> known() const;
+
   KPIM::Context* const context_;
-  std::mutex mutex_;
-  std::shared_ptr<Service> service_;  // guarded by mutex_
+  mutable kvpm::Mutex mutex_;
+  std::shared_ptr<Service> service_ KVPM_GUARDED_BY(mutex_);
 };
 
 }  // namespace plugin

@@ -83,10 +83,10 @@ TEST_F(DownloadQueueTest, FindsTheFirstItemWithExactlyThisTicket) {
 
 TEST_F(DownloadQueueTest, FindsAnItemByItsPathHoweverItIsSpelt) {
   given("A1 B1 C1");
-  item("B").setPath(L"C:\\Videos\\A.avi");
-  item("C").setPath(L"C:\\Videos\\A.avi");
-  EXPECT_EQ(queue_.findPath(L"c:/videos/a.avi", L'\\'), &item("B"));
-  EXPECT_EQ(queue_.findPath(L"c:/videos/a.avi", L'/'), nullptr);
+  item("B").setPath(L"/Videos/A.avi");
+  item("C").setPath(L"/Videos/A.avi");
+  EXPECT_EQ(queue_.findPath(L"/videos/a.AVI"), &item("B"));
+  EXPECT_EQ(queue_.findPath(L"/videos/b.avi"), nullptr);
 }
 
 TEST_F(DownloadQueueTest, RefusesAProtectedItemWhoseTicketIsQueued) {

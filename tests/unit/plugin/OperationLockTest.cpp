@@ -2,7 +2,9 @@
 
 #include <thread>
 
+#include "download/BackgroundThread.h"
 #include "plugin/OperationLock.h"
+#include "tests/support/LockWaiter.h"
 
 namespace plugin {
 namespace {
@@ -17,30 +19,48 @@ auto onAnotherThread(F action) {
 
 class OperationLockTest : public ::testing::Test {
  protected:
+  void enter() KVPM_NO_ANALYSIS { ASSERT_TRUE(lock_.enter()); }
+  void leave() KVPM_NO_ANALYSIS { lock_.leave(); }
+
   bool canBeTakenElsewhere() {
-    return onAnotherThread([this] {
-      if (!lock_.tryEnter()) return false;
-      lock_.leaveQuietly();
-      return true;
-    });
+    return onAnotherThread([this] { return tryOnce(); });
+  }
+
+  /// Enters on a background thread and leaves; false where it gave way.
+  bool enterInBackground() {
+    const download::BackgroundThread mark;
+    if (!lock_.enter()) return false;
+    lock_.leave();
+    return true;
   }
 
   EventCount events_;
   OperationLock lock_{events_};
+
+ private:
+  bool tryOnce() {
+    if (!lock_.tryEnter()) return false;
+    lock_.leaveQuietly();
+    return true;
+  }
 };
 
-TEST_F(OperationLockTest, IsHeldUntilTheLastOfItsHoldersScopesEnds) {
-  {
-    const OperationHold outer(lock_);
-    { const OperationHold inner(lock_); }
-    EXPECT_FALSE(canBeTakenElsewhere());
-  }
+TEST_F(OperationLockTest, IsHeldUntilItWasLeftAsOftenAsEntered) {
+  enter();
+  enter();
+  leave();
+  EXPECT_FALSE(canBeTakenElsewhere());
+  leave();
   EXPECT_TRUE(canBeTakenElsewhere());
 }
 
-TEST_F(OperationLockTest, RaisesAnEventWhenItIsGivenBack) {
+TEST_F(OperationLockTest, RaisesAnEventWhenItIsFreeAgain) {
   const EventCount::Ticket ticket = events_.ticket();
-  { const OperationHold hold(lock_); }
+  enter();
+  enter();
+  leave();
+  EXPECT_EQ(events_.ticket(), ticket) << "not yet";
+  leave();
   EXPECT_NE(events_.ticket(), ticket);
 }
 
@@ -54,16 +74,59 @@ TEST_F(OperationLockTest, RaisesNoneWhenItIsGivenBackQuietly) {
 
 TEST_F(OperationLockTest, KnowsWhetherTheCallerHoldsIt) {
   EXPECT_FALSE(lock_.isHeldByCaller());
-  const OperationHold hold(lock_);
+  enter();
   EXPECT_TRUE(lock_.isHeldByCaller());
   EXPECT_FALSE(onAnotherThread([this] { return lock_.isHeldByCaller(); }));
+  leave();
+  EXPECT_FALSE(lock_.isHeldByCaller());
 }
 
-TEST_F(OperationLockTest, AHoldByTryingCountsAsOne) {
-  ASSERT_TRUE(lock_.tryEnter());
-  EXPECT_TRUE(lock_.isHeldByCaller());
-  lock_.leave();
-  EXPECT_FALSE(lock_.isHeldByCaller());
+TEST_F(OperationLockTest, IsWaitedForWhileAnotherThreadHoldsIt) {
+  enter();
+  support::LockWaiter host([this] {
+    enter();
+    leave();
+  });
+  EXPECT_TRUE(host.isHeldUp());
+  leave();
+  host.join();
+}
+
+TEST_F(OperationLockTest, IsWaitedForInTheBackgroundWhileNobodyWaitsForTheBackground) {
+  enter();
+  bool entered = false;
+  support::LockWaiter background([&] { entered = enterInBackground(); });
+  EXPECT_TRUE(background.isHeldUp());
+  leave();
+  background.join();
+  EXPECT_TRUE(entered);
+}
+
+TEST_F(OperationLockTest, ABackgroundThreadGivesWayAsSoonAsItIsWaitedFor) {
+  enter();
+  bool entered = true;
+  support::LockWaiter background([&] { entered = enterInBackground(); });
+  EXPECT_TRUE(background.isHeldUp());
+  const OperationLock::WaitForBackground wait(lock_);
+  background.join();
+  EXPECT_FALSE(entered);
+  leave();
+}
+
+TEST_F(OperationLockTest, ABackgroundThreadThatIsWaitedForStillTakesAFreeLock) {
+  const OperationLock::WaitForBackground wait(lock_);
+  EXPECT_TRUE(onAnotherThread([this] { return enterInBackground(); }));
+}
+
+TEST_F(OperationLockTest, KnowsWhetherTheBackgroundIsWaitedFor) {
+  const EventCount::Ticket ticket = events_.ticket();
+  EXPECT_FALSE(lock_.isBackgroundAwaited());
+  {
+    const OperationLock::WaitForBackground wait(lock_);
+    EXPECT_TRUE(lock_.isBackgroundAwaited());
+    EXPECT_NE(events_.ticket(), ticket);
+  }
+  EXPECT_FALSE(lock_.isBackgroundAwaited());
 }
 
 }  // namespace
