@@ -9,6 +9,7 @@
 namespace plugin {
 
 void SharedQueue::open(const std::wstring& folder) {
+  if (folder.empty()) return;  // the paths would lead to the root of the file system
   const QueueFiles files(folder);
   const QueueFiles::Items items = files.readQueue();
   use([&items](DownloadQueue& queue) { queue.assign(items); });

@@ -28,8 +28,8 @@ class SharedQueue {
   SharedQueue(const SharedQueue&) = delete;
   SharedQueue& operator=(const SharedQueue&) = delete;
 
-  /// Reads the queue from the application-data folder and keeps it there from now on. Called once,
-  /// before another thread knows of this object.
+  /// Reads the queue from the application-data folder and keeps it there from now on; without a
+  /// folder, in memory alone. Called once, before another thread knows of this object.
   void open(const std::wstring& folder);
 
   // Look-ups. Null when there is no such item.

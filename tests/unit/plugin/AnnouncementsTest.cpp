@@ -116,6 +116,23 @@ TEST_F(AnnouncementsTest, TheViewIsToldWithTheQueueUnlocked) {
   EXPECT_EQ(seen, "A1 B1");
 }
 
+TEST_F(AnnouncementsTest, ReportsOfOtherThreadsDoNotWaitForAnOperation) {
+  const unsigned int a = id("A");
+  view_.onEvent([&](const std::string& line) {
+    if (line != "view.listChanged") return;
+    std::thread other([&] {
+      EXPECT_TRUE(manager().setTicketAlreadyTorn(a));
+      EXPECT_TRUE(manager().setTicketId(a, 7));
+      EXPECT_TRUE(manager().setDownloadUrl(a, L"http://h/granted.vesk"));
+    });
+    other.join();
+  });
+  manager().remove(id("B"));
+  EXPECT_TRUE(item("A").getTicketAlreadyTorn());
+  EXPECT_EQ(item("A").getTicketId(), 7);
+  EXPECT_EQ(item("A").getUrl(), L"http://h/granted.vesk");
+}
+
 TEST_F(AnnouncementsTest, WithoutAViewNoOperationWritesTheQueue) {
   manager().setViewInterface(nullptr);
   const unsigned int a = id("A");

@@ -17,6 +17,7 @@ class ConfirmationsTest : public ::testing::Test {
   void tell(long ticketId, std::uint64_t bytes) {
     telling_.open();
     if (hangs_) goOn_.wait();
+    if (reportsItself_.exchange(false)) confirm(ticketId, bytes + 1);
     log_.add(std::to_string(ticketId) + " " + std::to_string(bytes));
   }
 
@@ -30,6 +31,7 @@ class ConfirmationsTest : public ::testing::Test {
   support::Gate goOn_;
   std::atomic<bool> hangs_{false};
   std::atomic<bool> stopping_{false};
+  std::atomic<bool> reportsItself_{false};
   EventCount events_;
   Confirmations confirmations_{[this](long id, std::uint64_t bytes) { tell(id, bytes); }, events_};
 };
@@ -61,6 +63,13 @@ TEST_F(ConfirmationsTest, WhatIsReportedMeanwhileIsToldInOrder) {
   goOn_.open();
   confirmations_.finish();
   EXPECT_EQ(log_.lines(), (Lines{"7 1", "7 2", "7 3"}));
+}
+
+TEST_F(ConfirmationsTest, AReportFromInsideTheServicesIsToldWhenTheyHaveReturned) {
+  reportsItself_ = true;
+  confirm(7, 500);
+  confirmations_.finish();
+  EXPECT_EQ(log_.lines(), (Lines{"7 500", "7 501"}));
 }
 
 TEST_F(ConfirmationsTest, FinishingWithoutAReportIsNothing) { confirmations_.finish(); }

@@ -17,6 +17,7 @@
 #include "plugin/DownloadManager.h"
 #include "tests/support/VtableSlots.h"
 #include "tests/unit/plugin/ManagerFixture.h"
+#include "tests/unit/plugin/QueueText.h"
 
 namespace {
 
@@ -169,6 +170,25 @@ TEST_F(LoadedModuleTest, MakesAPluginThatDownloadsAndShutsDown) {
     queue->deleteCopyOfQueue(copy);
     return complete;
   }));
+  face<VeskPlayerX::ShutdownInterface>(plugin, VeskPlayerX::DIN_Shutdown)->Shutdown();
+  EXPECT_EQ(plugin->kpimRelease(), 0);
+}
+
+TEST_F(LoadedModuleTest, WithoutAContextEveryFilmFails) {
+  given("A1 B1", [](Item& item) { item.setEncrypted(item.getTitle() == L"A"); });
+  void* out = nullptr;
+  ASSERT_EQ(getPlugin(nullptr, &out), 0);
+  auto* const plugin = static_cast<KPIM::Plugin*>(out);
+  auto* const queue =
+      face<VeskPlayerX::DownloadManagerInterface>(plugin, VeskPlayerX::DIN_DownloadManager);
+  EXPECT_TRUE(support::waitFor([&] {
+    auto* const copy = queue->getCopyofQueue();
+    const std::string text = queue_text::textOf(*copy);
+    queue->deleteCopyOfQueue(copy);
+    return text == "A6 B6";
+  }));
+  EXPECT_TRUE(queue->addTicket(L"/c.tix", false).empty());
+  EXPECT_FALSE(queue->resumePlaybackForUrl(kvpm::StringTools::stringToWString(kFilm)));
   face<VeskPlayerX::ShutdownInterface>(plugin, VeskPlayerX::DIN_Shutdown)->Shutdown();
   EXPECT_EQ(plugin->kpimRelease(), 0);
 }

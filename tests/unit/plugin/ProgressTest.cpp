@@ -43,6 +43,21 @@ class WatchingServices : public support::FakeServices {
   const std::function<int()> percent_;
 };
 
+/// Online services that report more progress while they are told of some.
+class ReportingServices : public support::FakeServices {
+ public:
+  ReportingServices(support::EventLog& log, std::function<void()> report)
+      : FakeServices(log), report_(std::move(report)) {}
+
+  void confirmDownload(long ticketId, unsigned long long bytes) override {
+    FakeServices::confirmDownload(ticketId, bytes);
+    if (bytes == 500) report_();
+  }
+
+ private:
+  const std::function<void()> report_;
+};
+
 class ProgressTest : public ManagerFixture {
  protected:
   void SetUp() override {
@@ -167,6 +182,15 @@ TEST_F(ProgressTest, TheProgressIsStoredAfterItsConfirmation) {
   EXPECT_EQ(watching.seen, 0);
   EXPECT_EQ(percentOf("A"), 50);
   shutDown();
+}
+
+TEST_F(ProgressTest, TheServicesMayReportProgressFromInsideAConfirmation) {
+  ReportingServices reporting(log_, [this] { manager().updateDownloadProgress(a_, 100); });
+  context_.offer<VeskPlayerX::ZPSServicesInterface>(VeskPlayerX::DIN_ZPSServices, &reporting);
+  makeConfirmable();
+  manager().updateDownloadProgress(a_, 50);
+  shutDown();
+  EXPECT_EQ(log_.lines("services."), (Lines{"services.confirm 7 500", "services.confirm 7 1000"}));
 }
 
 TEST_F(ProgressTest, AReportThatComesDuringAConfirmationNeitherRepeatsItNorIsUndone) {

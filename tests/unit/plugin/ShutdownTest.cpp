@@ -3,7 +3,9 @@
 #include <filesystem>
 #include <thread>
 
+#include "KPX/KPXPreferences.h"
 #include "tests/support/Gate.h"
+#include "tests/support/LockWaiter.h"
 #include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
@@ -170,6 +172,36 @@ TEST_F(ShutdownTest, MayComeWhileAnOutcomeWaitsToBeRecorded) {
     shutDown();
   });
   manager().remove(id("B"));
+}
+
+TEST_F(ShutdownTest, ANewManagerMayStartBeforeTheOperationReturns) {
+  beginDownload("A1 B1");
+  onNotice([this] {
+    shutDown();
+    start();
+  });
+  manager().remove(id("B"));
+  EXPECT_NE(KPXPreferences::userSettings, nullptr) << "the new manager's";
+  shutDown();
+  EXPECT_EQ(KPXPreferences::userSettings, nullptr);
+}
+
+TEST_F(ShutdownTest, NothingStartsThatIsPickedMeanwhile) {
+  startAsleep("A1");
+  support::Gate picking;
+  support::Gate goOn;
+  view_.onEvent([&](const std::string&) {
+    picking.open();
+    goOn.wait();
+  });
+  wakeScheduler();
+  ASSERT_TRUE(picking.wait());
+  support::LockWaiter host([this] { manager().Shutdown(); });
+  EXPECT_TRUE(host.isHeldUp()) << "by the notice";
+  goOn.open();
+  host.join();
+  EXPECT_TRUE(log_.lines("services.").empty());
+  EXPECT_TRUE(log_.lines("library.start").empty());
 }
 
 TEST_F(ShutdownTest, TheLastHoldMayBeGivenBackOnAnyThread) {

@@ -1,3 +1,5 @@
+#include <malloc.h>
+
 #include "tests/unit/plugin/AddingFixture.h"
 
 namespace {
@@ -146,12 +148,26 @@ TEST_F(TicketAddingTest, ATicketWhoseItemsAreAllQueuedIsStillAnnouncedAndResumes
   EXPECT_EQ(notices(), kAdded);
 }
 
-TEST_F(TicketAddingTest, AnItemThatWasRefusedLivesAsLongAsTheManager) {
+TEST_F(TicketAddingTest, AnItemThatWasRefusedLivesUntilTheNextTicket) {
   begin("A1");
   services_.setTicketRecords({record(L"A")});
   Item* const refused = manager().addTicket(L"/a.tix", false).at(0);
   manager().remove(id("A"));
   EXPECT_EQ(refused->getTicket(), "ticket A");
+}
+
+TEST_F(TicketAddingTest, ItemsThatWereRefusedDoNotPileUp) {
+  constexpr std::size_t kTicketSize = 1'000'000;
+  begin("A1", [](Item& item) { item.setTicket(std::string(kTicketSize, 't')); });
+  VeskDrmTicketData data = record(L"A");
+  data.ticket = std::string(kTicketSize, 't');
+  services_.setTicketRecords({data});
+  manager().setViewInterface(nullptr);
+  const auto held = [] { return mallinfo2().hblkhd + mallinfo2().uordblks; };
+  EXPECT_EQ(manager().addTicket(L"/a.tix", false).size(), 1U);
+  const std::size_t before = held();
+  for (int i = 0; i < 20; ++i) manager().addTicket(L"/a.tix", false);
+  EXPECT_LT(held(), before + 5 * kTicketSize);
 }
 
 TEST_F(TicketAddingTest, AnUnprotectedItemWithAQueuedTicketTextIsAdded) {
