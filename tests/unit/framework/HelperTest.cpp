@@ -104,4 +104,30 @@ TEST_F(HelperTest, AnotherLoadReleasesTheOneBefore) {
   EXPECT_EQ(find(context, "film").plugin->kpimHoldCount(), 2);
 }
 
+TEST_F(HelperTest, ANullContextHasNoPlugins) {
+  KPIM::Helper<std::string> helper("film");
+  const KPIM::Context::PluginInterfaceFilter filter("film");
+  const KPIM::Context::SimplePluginInfoSelector selector;
+  EXPECT_EQ(helper.loadPlugin(nullptr, filter, selector, true), 1);
+  EXPECT_EQ(helper.get(), nullptr);
+}
+
+// Looking a plug-in up in one step.
+
+TEST_F(HelperTest, OneStepYieldsTheInterfaceForAsLongAsItIsUsed) {
+  addRecording(context, log, "film");
+  auto film = KPIM::load<std::string>(&context, "film");
+  ASSERT_NE(film, nullptr);
+  EXPECT_EQ(*film->get(), "film");
+  const Held held = find(context, "film").plugin;
+  EXPECT_EQ(held->kpimHoldCount(), 3);
+  film.reset();
+  EXPECT_EQ(held->kpimHoldCount(), 2);
+}
+
+TEST_F(HelperTest, OneStepYieldsNullWithoutSuchAPlugin) {
+  EXPECT_EQ(KPIM::load<std::string>(&context, "film"), nullptr);
+  EXPECT_EQ(KPIM::load<std::string>(nullptr, "film"), nullptr);
+}
+
 }  // namespace
