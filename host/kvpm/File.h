@@ -16,7 +16,8 @@ enum FileOpenMode : std::int32_t {
 ///
 /// In write mode the new content appears under the name only at `close`, whole or not at all: a
 /// writer that fails, is destroyed before `close`, or dies at any instant leaves the old file. No
-/// call waits for the disk; the content is synced within a second on a thread of the platform.
+/// call but `sync` waits for the disk; the content is synced within a second on a thread of the
+/// platform.
 class File {
  public:
   File();
@@ -42,6 +43,12 @@ class File {
   /// Appends `length` bytes. Returns the bytes written, fewer than `length` or -1 on an error.
   /// After a failure `close` keeps the old file.
   std::int64_t write(const void* buffer, std::uint64_t length);
+
+  /// Has the content written so far on the disk when it returns, and makes `close` return only once
+  /// the name is there too: for a writer that deletes another copy next. Blocks as long as the disk
+  /// takes. Returns 0 on success and an error number otherwise; then `close` keeps the old file.
+  /// EBADF when no file is open for writing.
+  int sync();
 
   /// Ends reading, or puts what was written in the place of the old file. Returns 0 on success and
   /// an error number otherwise; then the old file is as it was. Without an open file: 0.

@@ -40,7 +40,8 @@ struct File::Impl {
   playerx::Descriptor reading;
   std::unique_ptr<playerx::ReplacementFile> writing;
   std::int64_t written = 0;
-  int failure = 0;  // the first failed write of the present writing
+  int failure = 0;  // the first failed write or sync of the present writing
+  bool syncing = false;
 };
 
 File::File() : impl_(std::make_unique<Impl>()) {}
@@ -83,13 +84,22 @@ std::int64_t File::write(const void* buffer, std::uint64_t length) {
   return put.error != 0 && put.bytes == 0 ? -1 : count(put.bytes);
 }
 
+int File::sync() {
+  if (!impl_->writing) return EBADF;
+  if (impl_->failure == 0 && ::fsync(impl_->writing->descriptor()) != 0) impl_->failure = errno;
+  impl_->syncing = true;
+  return impl_->failure;
+}
+
 int File::close() {
   const std::unique_ptr<Impl> ended = std::exchange(impl_, std::make_unique<Impl>());
   if (!ended->writing) return 0;
   if (ended->failure != 0) return ended->failure;
   const int error = ended->writing->replace();
-  if (error == 0) playerx::syncSoon(ended->writing->target());
-  return error;
+  if (error != 0) return error;
+  playerx::syncSoon(ended->writing->target());
+  if (ended->syncing) playerx::flushFileSyncs();
+  return 0;
 }
 
 }  // namespace kvpm

@@ -104,6 +104,26 @@ TEST(FileWriting, IsDroppedByAnotherOpen) {
   EXPECT_EQ(filesIn(folder), 1U);
 }
 
+TEST(FileWriting, SyncedContentAppearsAtCloseLikeAnyOther) {
+  const TempDir folder;
+  const fs::path path = folder.write("queue.xml", "old");
+  File file;
+  ASSERT_EQ(file.open(path.wstring(), kvpm::FileOpenWrite), 0);
+  write(file, "new");
+  EXPECT_EQ(file.sync(), 0);
+  EXPECT_EQ(readFile(path), "old");
+  EXPECT_EQ(file.close(), 0);
+  EXPECT_EQ(readFile(path), "new");
+}
+
+TEST(FileWriting, OnlyAFileOpenForWritingIsSynced) {
+  const TempDir folder;
+  File file;
+  EXPECT_EQ(file.sync(), EBADF);
+  ASSERT_EQ(file.open(folder.write("film", "abc").wstring(), kvpm::FileOpenRead), 0);
+  EXPECT_EQ(file.sync(), EBADF);
+}
+
 TEST(FileWriting, CannotRead) {
   const TempDir folder;
   File file;
