@@ -60,30 +60,23 @@ void encodeRemainder(const unsigned char* bytes, int count, char* out) {
   std::copy_n(text.begin(), count + 1, out);
 }
 
-void decodePadded(const char* quad, char* out) {
-  const std::uint8_t a = valueOf(quad[0]);
-  const std::uint8_t b = valueOf(quad[1]);
-  const bool oneByte = quad[2] == kPadding;
-  const std::uint8_t c = oneByte ? std::uint8_t{0} : valueOf(quad[2]);
-  if (((a | b | c) & kInvalidBits) != 0) return;
-  out[0] = static_cast<char>(a << 2 | b >> 4);
-  out[1] = oneByte ? '\0' : static_cast<char>(b << 4 | c >> 2);
-  if (!oneByte) out[2] = '\0';
+/// Bytes that four characters stand for, as their padding tells.
+int byteCountOf(const char* quad) {
+  if (quad[3] != kPadding) return 3;
+  return quad[2] == kPadding ? 1 : 2;
 }
 
+/// Writes the bytes of four characters, and a zero byte behind fewer than three.
 void decodeGroup(const char* quad, char* out) {
-  if (quad[3] == kPadding) {
-    decodePadded(quad, out);
-    return;
-  }
+  const int count = byteCountOf(quad);
   const std::uint8_t a = valueOf(quad[0]);
   const std::uint8_t b = valueOf(quad[1]);
-  const std::uint8_t c = valueOf(quad[2]);
-  const std::uint8_t d = valueOf(quad[3]);
+  const std::uint8_t c = count > 1 ? valueOf(quad[2]) : std::uint8_t{0};
+  const std::uint8_t d = count > 2 ? valueOf(quad[3]) : std::uint8_t{0};
   if (((a | b | c | d) & kInvalidBits) != 0) return;
   out[0] = static_cast<char>(a << 2 | b >> 4);
-  out[1] = static_cast<char>(b << 4 | c >> 2);
-  out[2] = static_cast<char>(c << 6 | d);
+  out[1] = count > 1 ? static_cast<char>(b << 4 | c >> 2) : '\0';
+  if (count > 1) out[2] = count > 2 ? static_cast<char>(c << 6 | d) : '\0';
 }
 
 int paddingAtEnd(std::string_view text) {
