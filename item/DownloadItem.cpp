@@ -12,6 +12,11 @@ std::uint32_t nextId() {
   return ++lastId;
 }
 
+std::uint64_t nextVersion() {
+  static std::atomic<std::uint64_t> lastVersion{0};
+  return lastVersion.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
 }  // namespace
 
 struct DownloadItem::DownloadItemImpl {
@@ -34,10 +39,18 @@ struct DownloadItem::DownloadItemImpl {
   std::uint32_t timeRemaining = 0;
   std::uint32_t lastProgressUpdateTime = 0;
   std::int32_t contentEncryptionUsageId = 0;
-  KPB::DownloadInfo downloadInfo;
+  std::unique_ptr<KPB::DownloadInfo> downloadInfo;  // few items of a long queue have one
 };
 
-DownloadItem::DownloadItem() : impl_(std::make_unique<DownloadItemImpl>()) {}
+/// Sets a field that a queue file keeps.
+template <class Field, class Value>
+void DownloadItem::setKept(Field& field, const Value& value) {
+  field = value;
+  version_ = nextVersion();
+}
+
+DownloadItem::DownloadItem()
+    : version_(nextVersion()), impl_(std::make_unique<DownloadItemImpl>()) {}
 
 DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : DownloadItem() {
   impl_->uid = source->getUID();
@@ -74,28 +87,28 @@ void DownloadItem::setId(unsigned int id) { impl_->id = id; }
 
 const std::wstring& DownloadItem::getPath() const { return impl_->path; }
 
-void DownloadItem::setPath(const std::wstring& path) { impl_->path = path; }
+void DownloadItem::setPath(const std::wstring& path) { setKept(impl_->path, path); }
 
 const std::wstring& DownloadItem::getUrl() const { return impl_->url; }
 
-void DownloadItem::setUrl(const std::wstring& url) { impl_->url = url; }
+void DownloadItem::setUrl(const std::wstring& url) { setKept(impl_->url, url); }
 
 unsigned long long DownloadItem::getSize() const { return impl_->size; }
 
-void DownloadItem::setSize(unsigned long long size) { impl_->size = size; }
+void DownloadItem::setSize(unsigned long long size) { setKept(impl_->size, size); }
 
 int DownloadItem::getPercentDownloaded() const { return impl_->percentDownloaded; }
 
-void DownloadItem::setPercentDownloaded(int percent) { impl_->percentDownloaded = percent; }
+void DownloadItem::setPercentDownloaded(int percent) { setKept(impl_->percentDownloaded, percent); }
 
 const std::wstring& DownloadItem::getTitle() const { return impl_->title; }
 
-void DownloadItem::setTitle(const std::wstring& title) { impl_->title = title; }
+void DownloadItem::setTitle(const std::wstring& title) { setKept(impl_->title, title); }
 
 DownloadStatusEnumType DownloadItem::getStatus() const { return impl_->status; }
 
 void DownloadItem::setStatus(DownloadStatusEnumType status) {
-  if (impl_->status != DownloadStatusCompleted) impl_->status = status;
+  if (impl_->status != DownloadStatusCompleted) setKept(impl_->status, status);
 }
 
 std::wstring DownloadItem::getContentProviderDisplayName() const {
@@ -103,18 +116,18 @@ std::wstring DownloadItem::getContentProviderDisplayName() const {
 }
 
 void DownloadItem::setContentProviderDisplayName(const std::wstring& name) {
-  impl_->contentProviderDisplayName = name;
+  setKept(impl_->contentProviderDisplayName, name);
 }
 
 long DownloadItem::getContentEncryptionUsageId() const { return impl_->contentEncryptionUsageId; }
 
 void DownloadItem::setContentEncryptionUsageId(long id) {
-  impl_->contentEncryptionUsageId = static_cast<std::int32_t>(id);
+  setKept(impl_->contentEncryptionUsageId, static_cast<std::int32_t>(id));
 }
 
 const std::string& DownloadItem::getTicket() const { return impl_->ticket; }
 
-void DownloadItem::setTicket(const std::string& ticket) { impl_->ticket = ticket; }
+void DownloadItem::setTicket(const std::string& ticket) { setKept(impl_->ticket, ticket); }
 
 long DownloadItem::getTicketId() const { return impl_->ticketId; }
 
@@ -122,11 +135,11 @@ void DownloadItem::setTicketId(long id) { impl_->ticketId = static_cast<std::int
 
 bool DownloadItem::getTicketAlreadyTorn() const { return impl_->ticketAlreadyTorn; }
 
-void DownloadItem::setTicketAlreadyTorn(bool torn) { impl_->ticketAlreadyTorn = torn; }
+void DownloadItem::setTicketAlreadyTorn(bool torn) { setKept(impl_->ticketAlreadyTorn, torn); }
 
 bool DownloadItem::getEncrypted() const { return impl_->encrypted; }
 
-void DownloadItem::setEncrypted(bool encrypted) { impl_->encrypted = encrypted; }
+void DownloadItem::setEncrypted(bool encrypted) { setKept(impl_->encrypted, encrypted); }
 
 int DownloadItem::getSlotNumber() const { return impl_->slotNumber; }
 
@@ -149,7 +162,7 @@ void DownloadItem::setAutoProgressivePlayback(bool automatic) {
 unsigned long DownloadItem::getTimeRemaining() const { return impl_->timeRemaining; }
 
 void DownloadItem::setTimeRemaining(unsigned long seconds) {
-  impl_->timeRemaining = static_cast<std::uint32_t>(seconds);
+  setKept(impl_->timeRemaining, static_cast<std::uint32_t>(seconds));
 }
 
 unsigned long DownloadItem::getLastProgressUpdateTime() const {
@@ -160,8 +173,10 @@ void DownloadItem::setLastProgressUpdateTime(unsigned long seconds) {
   impl_->lastProgressUpdateTime = static_cast<std::uint32_t>(seconds);
 }
 
-KPB::DownloadInfo DownloadItem::getDownloadInfo() const { return impl_->downloadInfo; }
+KPB::DownloadInfo DownloadItem::getDownloadInfo() const {
+  return impl_->downloadInfo ? *impl_->downloadInfo : KPB::DownloadInfo();
+}
 
 void DownloadItem::setDownloadInfo(KPB::DownloadInfo info) {
-  impl_->downloadInfo = std::move(info);
+  impl_->downloadInfo = std::make_unique<KPB::DownloadInfo>(std::move(info));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -8,10 +9,10 @@
 
 /// One entry of the download queue: a film to fetch, where it goes and how far it has got.
 ///
-/// Whoever builds an item deletes it; the queue owns the items it holds. An item has no lock of its
-/// own: several threads may read one, or one may write it, and whoever shares it sees to that. The
-/// only thing that items share, the counter behind their ids, is safe on all threads. Nothing here
-/// fails.
+/// An item is deleted by its owner; the queue owns the items it holds. An item has no lock of its
+/// own: several threads may read one, or one may write it, and those that share it see to that.
+/// What all items share, the counters behind their ids and versions, is safe on all threads.
+/// Nothing but allocation fails.
 class DownloadItem : public VeskPlayerX::DownloadItemInterface {
  public:
   /// A queued item with the next id, the first one being 1, and nothing known about its film.
@@ -23,6 +24,10 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
   explicit DownloadItem(const VeskPlayerX::DownloadItemInterface* source);
 
   ~DownloadItem() override;
+
+  /// Stands for what a queue file keeps of the item: every set of such a field gives a new number,
+  /// above 0, that no item has had before.
+  std::uint64_t version() const { return version_; }
 
   unsigned long long getUID() const override;
   void setUID(unsigned long long uid) override;
@@ -67,5 +72,10 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
 
  private:
   struct DownloadItemImpl;
+
+  template <class Field, class Value>
+  void setKept(Field& field, const Value& value);
+
+  std::uint64_t version_;
   std::unique_ptr<DownloadItemImpl> impl_;
 };

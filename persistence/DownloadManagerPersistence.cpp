@@ -1,98 +1,192 @@
 #include "persistence/DownloadManagerPersistence.h"
 
+#include <cstring>
 #include <exception>
-#include <optional>
+#include <map>
+#include <memory>
 #include <utility>
 
-#include "persistence/QueueDocument.h"
+#include "kvpm/PathTools.h"
+#include "kvpm/Unicode.h"
 #include "persistence/QueueFile.h"
-#include "persistence/WrittenQueue.h"
+#include "persistence/QueueText.h"
+#include "persistence/RFCBase64Codec.h"
+
+using persistence::Durability;
+using persistence::QueueFormat;
+using persistence::QueueOutcome;
+using persistence::QueueReading;
+
+kvpm::CritSection DownloadManagerPersistence::persistenceLock;
 
 namespace {
 
-using persistence::QueueFormat;
 using Items = DownloadManagerPersistence::Items;
 
-/// Under the persistence lock.
-persistence::WrittenQueue writtenQueue;
+persistence::QueueText queueText KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 
-/// Nothing but a lack of memory is thrown below this class, and nothing is thrown above it.
-template <class Action>
-void withoutThrowing(Action action) {
+/// Files that must not be replaced, each with the file whose content would be lost: itself, or the
+/// one that is to be taken over into it.
+std::map<std::wstring, std::wstring> keptFiles
+    KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
+
+/// Room for more than UTF-8 can need per wide character, or the other way round.
+constexpr std::size_t kBytesPerCharacter = 10;
+constexpr std::size_t kCharactersPerByte = 10;
+
+// Nothing but a lack of memory is thrown below this class, and nothing is thrown above it.
+
+struct Loaded {
+  QueueOutcome outcome = QueueOutcome::kUnavailable;
+  Items items;
+};
+
+/// What `read` finds, in the form of the interfaces.
+template <class Read>
+Loaded loadedBy(Read read) {
   try {
-    action();
+    QueueReading reading = read();
+    return {reading.outcome, persistence::release(std::move(reading.items))};
   } catch (const std::exception&) {
-    // The caller's result says it: nothing was read, or the old file stays.
+    return {};
   }
 }
 
-/// The items that `read` finds, handed over. `isUnderstood`, which may be null, tells whether there
-/// was a document and memory for all of it.
-Items itemsOf(std::optional<persistence::ItemList> (*read)(const std::wstring&),
-              const std::wstring& path, bool* isUnderstood) {
-  Items items;
-  bool understood = false;
-  withoutThrowing([&] {
-    auto found = read(path);
-    if (!found) return;
-    items = persistence::handOver(*std::move(found));
-    understood = true;
-  });
-  if (isUnderstood != nullptr) *isUnderstood = understood;
-  return items;
+/// Protects `path` from being replaced as long as `source` is there.
+void keep(const std::wstring& path, const std::wstring& source)
+    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
+  try {
+    keptFiles[path] = source;
+  } catch (const std::exception&) {
+    // Then there is no memory to write a queue either.
+  }
 }
 
-/// Unknown also when there is no memory to look.
-QueueFormat formatSafely(const std::wstring& path) {
-  QueueFormat format = QueueFormat::kUnknown;
-  withoutThrowing([&] { format = persistence::formatOfFile(path); });
-  return format;
+bool mayReplace(const std::wstring& path)
+    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
+  const auto kept = keptFiles.find(path);
+  if (kept == keptFiles.end()) return true;
+  if (persistence::isThere(kept->second)) return false;
+  keptFiles.erase(kept);
+  return true;
+}
+
+/// Reads a file. As long as it cannot be read, it is protected.
+Loaded load(const std::wstring& path) KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
+  Loaded loaded = loadedBy([&] { return persistence::readQueueFile(path); });
+  if (loaded.outcome == QueueOutcome::kUnavailable) {
+    keep(path, path);
+  } else {
+    std::erase_if(keptFiles, [&](const auto& kept) { return kept.second == path; });
+  }
+  return loaded;
+}
+
+/// As `load`; a file that is no queue is set aside, and protected where that fails.
+Loaded loadOrSetAside(const std::wstring& path)
+    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
+  Loaded loaded = load(path);
+  if (loaded.outcome != QueueOutcome::kRefused) return loaded;
+  try {
+    if (persistence::setAside(path)) return loaded;
+  } catch (const std::exception&) {
+    // As if it could not be moved.
+  }
+  keep(path, path);
+  return loaded;
+}
+
+/// Returns whether the file now holds `items`.
+bool write(const std::wstring& path, const Items& items, Durability durability)
+    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
+  try {
+    if (!mayReplace(path)) return false;
+    const bool isChanged = queueText.update(items);
+    // Many announcements concern what the file does not hold.
+    if (!isChanged && durability == Durability::kWritten &&
+        persistence::holdsExactly(path, queueText.text())) {
+      return true;
+    }
+    return persistence::replaceFile(path, queueText.text(), durability);
+  } catch (const std::exception&) {
+    return false;
+  }
 }
 
 }  // namespace
 
-kvpm::CritSection DownloadManagerPersistence::persistenceLock;
-
 bool DownloadManagerPersistence::writeDownloadQueue(const std::wstring& path, const Items& items) {
   const kvpm::CritLock lock(persistenceLock);
-  withoutThrowing([&] {
-    const std::optional<std::string> document = writtenQueue.document(items);
-    if (document) persistence::replaceFile(path, *document);
-  });
+  write(path, items, Durability::kWritten);
   return true;
 }
 
-DownloadManagerPersistence::Items DownloadManagerPersistence::readDownloadQueue(
-    const std::wstring& path) {
+Items DownloadManagerPersistence::readDownloadQueue(const std::wstring& path) {
   const kvpm::CritLock lock(persistenceLock);
-  return readByFormat(path, nullptr);
+  return load(path).items;
 }
 
-DownloadManagerPersistence::Items DownloadManagerPersistence::loadDownloadQueue(
-    const std::wstring& path, bool* isKept) {
+Items DownloadManagerPersistence::loadDownloadQueue(const std::wstring& path) {
   const kvpm::CritLock lock(persistenceLock);
-  bool kept = false;
-  Items items = readByFormat(path, &kept);
-  if (!kept) withoutThrowing([&] { kept = persistence::setAside(path); });
-  if (isKept != nullptr) *isKept = kept;
-  return items;
+  return loadOrSetAside(path).items;
 }
 
-DownloadManagerPersistence::Items DownloadManagerPersistence::readByFormat(const std::wstring& path,
-                                                                           bool* isUnderstood) {
-  const QueueFormat format = formatSafely(path);
-  if (format == QueueFormat::kCurrent) return readNewQueue(path, isUnderstood);
-  if (format == QueueFormat::kLegacy) return readOldQueue(path, isUnderstood);
-  if (isUnderstood != nullptr) *isUnderstood = format == QueueFormat::kEmpty;
-  return {};
+Items DownloadManagerPersistence::migrateDownloadQueue(const std::wstring& legacy,
+                                                       const std::wstring& current) {
+  const kvpm::CritLock lock(persistenceLock);
+  Loaded loaded = loadOrSetAside(legacy);
+  if (loaded.outcome == QueueOutcome::kUnavailable) {
+    keep(current, legacy);
+  } else if (!persistence::isThere(legacy)) {
+    write(current, loaded.items, Durability::kWritten);
+  } else if (write(current, loaded.items, Durability::kOnDisk) && mayReplace(legacy)) {
+    kvpm::PathTools::deleteFile(legacy);
+  }
+  return std::move(loaded.items);
 }
 
-DownloadManagerPersistence::Items DownloadManagerPersistence::readNewQueue(const std::wstring& path,
-                                                                           bool* isUnderstood) {
-  return itemsOf(persistence::readCurrentQueue, path, isUnderstood);
+bool DownloadManagerPersistence::isKept(const std::wstring& path) {
+  const kvpm::CritLock lock(persistenceLock);
+  return !mayReplace(path);
 }
 
-DownloadManagerPersistence::Items DownloadManagerPersistence::readOldQueue(const std::wstring& path,
-                                                                           bool* isUnderstood) {
-  return itemsOf(persistence::readLegacyQueue, path, isUnderstood);
+Items DownloadManagerPersistence::readNewQueue(const std::wstring& path) {
+  return loadedBy([&] { return persistence::readQueueFile(path, QueueFormat::kCurrent); }).items;
+}
+
+Items DownloadManagerPersistence::readOldQueue(const std::wstring& path) {
+  return loadedBy([&] { return persistence::readQueueFile(path, QueueFormat::kLegacy); }).items;
+}
+
+unsigned char* DownloadManagerPersistence::wstringToUtf8(const std::wstring& text) {
+  const std::size_t capacity = text.size() * kBytesPerCharacter;
+  auto bytes = std::make_unique_for_overwrite<unsigned char[]>(capacity + 1);
+  const int written =
+      text.empty() ? 0
+                   : kvpm::WchartToUTF8(text.data(), text.size(),
+                                        reinterpret_cast<char*>(bytes.get()), capacity, false);
+  bytes[written > 0 ? static_cast<std::size_t>(written) : 0] = '\0';
+  return bytes.release();
+}
+
+std::wstring DownloadManagerPersistence::utf8ToWstring(const unsigned char* text) {
+  if (text == nullptr) return {};
+  const auto* const bytes = reinterpret_cast<const char*>(text);
+  const std::size_t length = std::strlen(bytes);
+  const std::size_t capacity = length * kCharactersPerByte;
+  const auto characters = std::make_unique_for_overwrite<wchar_t[]>(capacity + 1);
+  bool malformed = false;
+  const int written = kvpm::UTF8ToWchart(bytes, length, characters.get(), capacity, &malformed);
+  return written > 0 ? std::wstring(characters.get(), static_cast<std::size_t>(written))
+                     : std::wstring();
+}
+
+std::wstring DownloadManagerPersistence::encodedStringToWstring(const char* text) {
+  if (text == nullptr) return {};
+  int length = 0;
+  const std::unique_ptr<char[]> bytes(kv64::RFCBase64Codec().decode(text, &length));
+  if (bytes == nullptr) return {};
+  std::wstring decoded(static_cast<std::size_t>(length) / sizeof(wchar_t), L'\0');
+  std::memcpy(decoded.data(), bytes.get(), decoded.size() * sizeof(wchar_t));
+  return decoded;
 }

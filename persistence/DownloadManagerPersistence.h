@@ -8,14 +8,14 @@
 
 /// Keeps the download queue in a file, and takes over the file of an earlier release.
 ///
-/// There is no state but the lock and, under it, a memory of how each item was written last. All
-/// operations are static and may be called from any thread; a caller that holds the lock of the
+/// All operations are static and may be called from any thread; a caller that holds the lock of the
 /// queue takes it before, never after. Items that are returned are new and belong to the caller.
 /// Nothing here throws or reports an error: a file that cannot be read is an empty queue, and one
 /// that cannot be written stays as it was.
 ///
-/// At start-up the manager reads with `loadDownloadQueue`. After it has written a queue taken over
-/// from an earlier release, it deletes that release's file only when the new one is there.
+/// A file that could not be read (no descriptor is left, a right or memory is missing) may hold a
+/// queue all the same. Such a file is kept: it is not replaced until it was read or is gone. Under
+/// the lock is a memory of such files, and of what was written last.
 class DownloadManagerPersistence {
  public:
   using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
@@ -31,21 +31,26 @@ class DownloadManagerPersistence {
   /// missing, empty, unreadable or of no known format.
   static Items readDownloadQueue(const std::wstring& path);
 
-  /// Reads as `readDownloadQueue` does. A file that holds something, yet could not be read or
-  /// understood, is moved to a new name beside it first: '<path>.unreadable', or
-  /// '<path>.unreadable.2' and so on where that name is taken. So whatever replaces or deletes the
-  /// file afterwards destroys nothing. Stores through `isKept`, which may be null, whether that was
-  /// so: false only for a file that could be neither understood nor moved.
-  static Items loadDownloadQueue(const std::wstring& path, bool* isKept = nullptr);
+  /// Reads as `readDownloadQueue` does. A file that was read and is no queue is moved to a new name
+  /// beside it first: '<path>.unreadable', or '<path>.unreadable.2' and so on where that name is
+  /// taken. It is kept where it cannot be moved.
+  static Items loadDownloadQueue(const std::wstring& path);
 
-  /// The queue in a file of this release's format. Stores through `isUnderstood`, which may be
-  /// null, whether the items are all that the file holds.
-  static Items readNewQueue(const std::wstring& path, bool* isUnderstood = nullptr)
-      KVPM_REQUIRES(persistenceLock);
+  /// Takes the queue of an earlier release over: loads it from the file `legacy`, writes it to
+  /// `current`, and deletes `legacy` once the new file is on the disk. Nothing is written to
+  /// `current` as long as `legacy` is there and could not be read. Blocks as long as the disk
+  /// takes.
+  static Items migrateDownloadQueue(const std::wstring& legacy, const std::wstring& current);
 
-  /// The same for a file of the earlier release's format.
-  static Items readOldQueue(const std::wstring& path, bool* isUnderstood = nullptr)
-      KVPM_REQUIRES(persistenceLock);
+  /// Whether nothing is written to the file at present, because what it holds, or what was to be
+  /// taken over into it, would be lost. The items that were read are then not what the user has.
+  static bool isKept(const std::wstring& path);
+
+  /// The queue in a file of this release's format.
+  static Items readNewQueue(const std::wstring& path) KVPM_REQUIRES(persistenceLock);
+
+  /// The queue in a file of the earlier release's format.
+  static Items readOldQueue(const std::wstring& path) KVPM_REQUIRES(persistenceLock);
 
   /// UTF-8 of wide text, terminated, as an array from `new[]` that the caller frees with
   /// `delete[]`. Empty where the text cannot be converted.
@@ -60,8 +65,4 @@ class DownloadManagerPersistence {
 
   /// Serialises all reading and writing of queue files. Made when the module is loaded.
   static kvpm::CritSection persistenceLock;
-
- private:
-  static Items readByFormat(const std::wstring& path, bool* isUnderstood)
-      KVPM_REQUIRES(persistenceLock);
 };

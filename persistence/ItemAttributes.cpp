@@ -1,71 +1,109 @@
 #include "persistence/ItemAttributes.h"
 
-#include <cstdint>
-#include <utility>
+#include <algorithm>
 
 #include "kvpm/StringTools.h"
-#include "persistence/XmlDocument.h"
 
 namespace persistence {
 namespace {
 
 using kvpm::StringTools;
+using Item = VeskPlayerX::DownloadItemInterface;
 
-bool isOfFormat(const xmlNode& root, const ItemFormat& format) {
-  if (!isElement(root, format.rootName)) return false;
-  if (format.version == nullptr) return true;
-  const XmlString version = attributeOf(root, format.version);
-  return version != nullptr && StringTools::stringToInt32(plainText(version)) == 1;
+/// A signed value printed as an unsigned one of 64 bits: -1 becomes 18446744073709551615.
+std::string signExtended(std::int32_t value) {
+  return StringTools::uint64ToString(static_cast<std::uint64_t>(std::int64_t{value}));
 }
 
-std::unique_ptr<DownloadItem> readItem(const xmlNode& element,
-                                       std::span<const ItemAttribute> attributes) {
-  auto item = std::make_unique<DownloadItem>();
-  for (const ItemAttribute& attribute : attributes) {
-    const XmlString value = attributeOf(element, attribute.name);
-    const char* const text = value != nullptr ? plainText(value) : attribute.whenAbsent;
-    if (text != nullptr) attribute.read(*item, text);
-  }
-  return item;
+std::int32_t int32Of(std::string_view value) {
+  return StringTools::stringToInt32(std::string(value));
 }
+
+std::uint64_t uint64Of(std::string_view value) {
+  return StringTools::stringToUint64(std::string(value));
+}
+
+bool flagOf(std::string_view value) { return StringTools::stringToBool(std::string(value)); }
+
+constexpr std::array<ItemAttribute, 12> kTable{{
+    {"title", [](const Item& item, FieldSink& sink) { sink.takeText(item.getTitle()); },
+     [](std::string_view value, const Spelling& spelling, DownloadItem& item) {
+       item.setTitle(spelling.text(value));
+     }},
+    {"contentEncryptionUsageID",
+     [](const Item& item, FieldSink& sink) {
+       sink.takeValue(signExtended(static_cast<std::int32_t>(item.getContentEncryptionUsageId())));
+     },
+     [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
+       item.setContentEncryptionUsageId(int32Of(value));
+     }},
+    {"status",
+     [](const Item& item, FieldSink& sink) {
+       sink.takeValue(StringTools::int32ToString(item.getStatus()));
+     },
+     [](std::string_view value, const Spelling& spelling, DownloadItem& item) {
+       item.setStatus(spelling.status(int32Of(value)));
+     }},
+    {"fileSize",
+     [](const Item& item, FieldSink& sink) {
+       sink.takeValue(StringTools::uint64ToString(item.getSize()));
+     },
+     [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
+       item.setSize(uint64Of(value));
+     }},
+    {"percentDownloaded",
+     [](const Item& item, FieldSink& sink) {
+       sink.takeValue(signExtended(item.getPercentDownloaded()));
+     },
+     [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
+       item.setPercentDownloaded(static_cast<std::int32_t>(uint64Of(value)));
+     }},
+    {"filePath", [](const Item& item, FieldSink& sink) { sink.takeText(item.getPath()); },
+     [](std::string_view value, const Spelling& spelling, DownloadItem& item) {
+       item.setPath(spelling.text(value));
+     }},
+    {"ticket", [](const Item& item, FieldSink& sink) { sink.takeBytes(item.getTicket()); },
+     [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
+       item.setTicket(std::string(value));
+     }},
+    {"timeRemaining",
+     [](const Item& item, FieldSink& sink) {
+       sink.takeValue(
+           StringTools::int32ToString(static_cast<std::int32_t>(item.getTimeRemaining())));
+     },
+     [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
+       item.setTimeRemaining(static_cast<std::uint32_t>(uint64Of(value)));
+     }},
+    {"contentProviderDisplayName",
+     [](const Item& item, FieldSink& sink) { sink.takeText(item.getContentProviderDisplayName()); },
+     [](std::string_view value, const Spelling& spelling, DownloadItem& item) {
+       item.setContentProviderDisplayName(spelling.text(value));
+     }},
+    {"encrypted",
+     [](const Item& item, FieldSink& sink) {
+       sink.takeValue(StringTools::boolToString(item.getEncrypted()));
+     },
+     [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
+       item.setEncrypted(flagOf(value));
+     }},
+    {"ticketAlreadyTorn",
+     [](const Item& item, FieldSink& sink) {
+       sink.takeValue(StringTools::boolToString(item.getTicketAlreadyTorn()));
+     },
+     [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
+       item.setTicketAlreadyTorn(flagOf(value));
+     }},
+    {"url", [](const Item& item, FieldSink& sink) { sink.takeText(item.getUrl()); },
+     [](std::string_view value, const Spelling& spelling, DownloadItem& item) {
+       item.setUrl(spelling.text(value));
+     }},
+}};
+
+static_assert(std::all_of(kTable.begin(), kTable.end(),
+                          [](const ItemAttribute& row) { return row.write && row.read; }));
 
 }  // namespace
 
-std::optional<ItemList> readItems(std::string bytes, const ItemFormat& format) {
-  const XmlReports reports;
-  const XmlDocument document = parseXml(std::move(bytes), reports);
-  if (document == nullptr) return std::nullopt;
-  const xmlNode* const root = xmlDocGetRootElement(document.get());
-  if (root == nullptr || !isOfFormat(*root, format)) return std::nullopt;
-  ItemList items;
-  for (const xmlNode* child = root->children; child != nullptr; child = child->next) {
-    if (!isElement(*child, format.elementName)) continue;
-    items.push_back(readItem(*child, format.attributes));
-  }
-  if (reports.outOfMemory()) return std::nullopt;
-  return items;
-}
-
-void readContentEncryptionUsageId(DownloadItem& item, const char* text) {
-  item.setContentEncryptionUsageId(StringTools::stringToInt32(text));
-}
-
-void readFileSize(DownloadItem& item, const char* text) {
-  item.setSize(StringTools::stringToUint64(text));
-}
-
-void readTicket(DownloadItem& item, const char* text) { item.setTicket(text); }
-
-void readTimeRemaining(DownloadItem& item, const char* text) {
-  item.setTimeRemaining(static_cast<std::uint32_t>(StringTools::stringToUint64(text)));
-}
-
-void readEncrypted(DownloadItem& item, const char* text) {
-  item.setEncrypted(StringTools::stringToBool(text));
-}
-
-void readTicketAlreadyTorn(DownloadItem& item, const char* text) {
-  item.setTicketAlreadyTorn(StringTools::stringToBool(text));
-}
+constinit const std::array<ItemAttribute, 12> kItemAttributes = kTable;
 
 }  // namespace persistence

@@ -11,6 +11,11 @@ namespace persistence {
 using ItemList = std::vector<std::unique_ptr<VeskPlayerX::DownloadItemInterface>>;
 
 /// The same items in the form of the interfaces, which leaves them to the caller.
-std::vector<VeskPlayerX::DownloadItemInterface*> handOver(ItemList items);
+inline std::vector<VeskPlayerX::DownloadItemInterface*> release(ItemList items) {
+  std::vector<VeskPlayerX::DownloadItemInterface*> released;
+  released.reserve(items.size());
+  for (auto& item : items) released.push_back(item.release());
+  return released;
+}
 
 }  // namespace persistence

@@ -1,147 +1,104 @@
 #include "persistence/QueueDocument.h"
 
-#include <array>
-#include <cstdint>
 #include <memory>
 #include <utility>
 
 #include "kvpm/StringTools.h"
 #include "persistence/DownloadManagerPersistence.h"
 #include "persistence/ItemAttributes.h"
-#include "persistence/XmlDocument.h"
-#include "persistence/XmlText.h"
+#include "persistence/XmlReader.h"
 
 namespace persistence {
 namespace {
 
-using kvpm::StringTools;
-using VeskPlayerX::DownloadItemInterface;
-
-constexpr const char* kXmlVersion = "1.0";
-constexpr const char* kRoot = "DownloadQueue";
-constexpr const char* kElement = "DownloadItem";
-
-/// UTF-8 of wide text, as much of it as XML carries within `limit` bytes.
-std::string writtenText(const std::wstring& text, std::size_t limit) {
-  const std::unique_ptr<unsigned char[]> bytes(
-      DownloadManagerPersistence::wstringToUtf8(carriedByXml(text, limit)));
-  return reinterpret_cast<const char*>(bytes.get());
-}
-
-/// A signed value printed as an unsigned one of 64 bits: -1 becomes 18446744073709551615.
-std::string writtenSignExtended(std::int32_t value) {
-  return StringTools::uint64ToString(static_cast<std::uint64_t>(std::int64_t{value}));
-}
-
-std::wstring readText(const char* text) {
-  return DownloadManagerPersistence::utf8ToWstring(xmlText(text));
-}
-
-struct WrittenAttribute {
-  const char* name;
-  std::string (*text)(const DownloadItemInterface& item, std::size_t limit);
+/// The shape of a format's documents.
+struct DocumentFormat {
+  std::string_view root;
+  std::string_view version;  ///< attribute of the root that must read 1; empty for none
+  std::string_view element;
+  Spelling spelling;
 };
 
-constexpr std::array<WrittenAttribute, 12> kWrittenAttributes{{
-    {"title", [](const auto& item, auto limit) { return writtenText(item.getTitle(), limit); }},
-    {"contentEncryptionUsageID",
-     [](const auto& item, auto) {
-       return writtenSignExtended(static_cast<std::int32_t>(item.getContentEncryptionUsageId()));
-     }},
-    {"status", [](const auto& item, auto) { return StringTools::int32ToString(item.getStatus()); }},
-    {"fileSize",
-     [](const auto& item, auto) { return StringTools::uint64ToString(item.getSize()); }},
-    {"percentDownloaded",
-     [](const auto& item, auto) { return writtenSignExtended(item.getPercentDownloaded()); }},
-    {"filePath", [](const auto& item, auto limit) { return writtenText(item.getPath(), limit); }},
-    {"ticket", [](const auto& item, auto limit) { return carriedByXml(item.getTicket(), limit); }},
-    {"timeRemaining",
-     [](const auto& item, auto) {
-       return StringTools::int32ToString(static_cast<std::int32_t>(item.getTimeRemaining()));
-     }},
-    {"contentProviderDisplayName",
-     [](const auto& item, auto limit) {
-       return writtenText(item.getContentProviderDisplayName(), limit);
-     }},
-    {"encrypted",
-     [](const auto& item, auto) { return StringTools::boolToString(item.getEncrypted()); }},
-    {"ticketAlreadyTorn",
-     [](const auto& item, auto) { return StringTools::boolToString(item.getTicketAlreadyTorn()); }},
-    {"url", [](const auto& item, auto limit) { return writtenText(item.getUrl(), limit); }},
-}};
+std::wstring wideText(std::string_view value) {
+  return DownloadManagerPersistence::utf8ToWstring(
+      reinterpret_cast<const unsigned char*>(std::string(value).c_str()));
+}
+
+std::wstring legacyText(std::string_view value) {
+  return DownloadManagerPersistence::encodedStringToWstring(std::string(value).c_str());
+}
 
 /// An item that was held when the player ended is taken for one that was downloading.
-void readStatus(DownloadItem& item, const char* text) {
-  const auto status = static_cast<DownloadStatusEnumType>(StringTools::stringToInt32(text));
-  item.setStatus(status == DownloadStatusHeld ? DownloadStatusDownloading : status);
+DownloadStatusEnumType statusOf(std::int32_t value) {
+  const auto status = static_cast<DownloadStatusEnumType>(value);
+  return status == DownloadStatusHeld ? DownloadStatusDownloading : status;
 }
 
-/// Written sign-extended, so read as 64 bits.
-void readPercentDownloaded(DownloadItem& item, const char* text) {
-  item.setPercentDownloaded(static_cast<std::int32_t>(StringTools::stringToUint64(text)));
+DownloadStatusEnumType legacyStatus(std::int32_t value) {
+  return static_cast<DownloadStatusEnumType>(value);
 }
 
-constexpr std::array<ItemAttribute, 12> kReadAttributes{{
-    {"contentEncryptionUsageID", readContentEncryptionUsageId},
-    {"status", readStatus},
-    {"fileSize", readFileSize},
-    {"percentDownloaded", readPercentDownloaded},
-    {"title", readTitle<readText>},
-    {"ticket", readTicket},
-    {"filePath", readFilePath<readText>},
-    {"timeRemaining", readTimeRemaining},
-    {"contentProviderDisplayName", readContentProviderDisplayName<readText>},
-    {"encrypted", readEncrypted},
-    {"ticketAlreadyTorn", readTicketAlreadyTorn},
-    {"url", readUrl<readText>},
-}};
+constexpr DocumentFormat kCurrentFormat{"DownloadQueue", {}, kItemElement, {wideText, statusOf}};
 
-bool appendItem(xmlNode& root, const DownloadItemInterface& item, std::size_t limit) {
-  xmlNode* const element = xmlNewChild(&root, nullptr, xmlText(kElement), nullptr);
-  if (element == nullptr) return false;
-  for (const WrittenAttribute& attribute : kWrittenAttributes) {
-    const std::string text = attribute.text(item, limit);
-    const auto* added = xmlNewProp(element, xmlText(attribute.name), xmlText(text.c_str()));
-    if (added == nullptr) return false;
+constexpr DocumentFormat kLegacyFormat{"DownloadManagerDataContainer",
+                                       "version",
+                                       "DownloadManagerVideoElement",
+                                       {legacyText, legacyStatus}};
+
+/// Builds the items of a document while it is read.
+class ItemBuilder : public XmlHandler {
+ public:
+  explicit ItemBuilder(const DocumentFormat& format) : format_(format) {}
+
+  bool onElement(int depth, std::string_view name, const XmlAttributes& attributes) override {
+    if (depth == 0) return isRoot(name, attributes);
+    if (depth == 1 && name == format_.element) items_.push_back(itemOf(attributes));
+    return true;
   }
-  return true;
-}
 
-/// A document with an empty root; null when there is no memory.
-XmlDocument newDocument() {
-  XmlDocument document(xmlNewDoc(xmlText(kXmlVersion)));
-  xmlNode* const root = document ? xmlNewNode(nullptr, xmlText(kRoot)) : nullptr;
-  if (root == nullptr) return nullptr;
-  xmlDocSetRootElement(document.get(), root);
-  return document;
-}
+  ItemList takeItems() { return std::move(items_); }
+
+ private:
+  bool isRoot(std::string_view name, const XmlAttributes& attributes) const {
+    if (name != format_.root) return false;
+    if (format_.version.empty()) return true;
+    const auto version = attributes.find(format_.version);
+    return version && kvpm::StringTools::stringToInt32(std::string(*version)) == 1;
+  }
+
+  std::unique_ptr<DownloadItem> itemOf(const XmlAttributes& attributes) const {
+    auto item = std::make_unique<DownloadItem>();
+    for (const ItemAttribute& attribute : kItemAttributes) {
+      const auto value = attributes.find(attribute.name);
+      if (value) attribute.read(*value, format_.spelling, *item);
+    }
+    return item;
+  }
+
+  const DocumentFormat& format_;
+  ItemList items_;
+};
 
 }  // namespace
 
-std::size_t longestValueIn(const std::vector<DownloadItemInterface*>& items) {
-  std::vector<std::size_t> lengths;
-  lengths.reserve(items.size() * 5);
-  for (const DownloadItemInterface* item : items) {
-    lengths.insert(lengths.end(),
-                   {item->getTitle().size(), item->getPath().size(), item->getUrl().size(),
-                    item->getTicket().size(), item->getContentProviderDisplayName().size()});
+QueueFormat formatOf(std::string_view head) {
+  if (head.empty() || head == kEmptyQueueDocument) return QueueFormat::kEmpty;
+  if (head.size() < kQueueHeadSize) return QueueFormat::kUnknown;
+  if (head.starts_with(kLegacyHeader)) return QueueFormat::kLegacy;
+  return head.starts_with(kQueueDeclaration) ? QueueFormat::kCurrent : QueueFormat::kUnknown;
+}
+
+QueueReading readQueueDocument(std::string bytes, QueueFormat format) {
+  ItemBuilder builder(format == QueueFormat::kLegacy ? kLegacyFormat : kCurrentFormat);
+  switch (readXml(std::move(bytes), builder)) {
+    case XmlResult::kRead:
+      return {QueueOutcome::kRead, builder.takeItems()};
+    case XmlResult::kRefused:
+      return {QueueOutcome::kRefused, {}};
+    case XmlResult::kOutOfMemory:
+      break;
   }
-  return longestValueFor(lengths);
-}
-
-std::optional<std::string> writeQueueElement(const DownloadItemInterface& item, std::size_t limit) {
-  const XmlReports reports;
-  const XmlDocument document = newDocument();
-  if (document == nullptr) return std::nullopt;
-  if (!appendItem(*xmlDocGetRootElement(document.get()), item, limit)) return std::nullopt;
-  std::optional<std::string> text = serialiseXml(*document, reports);
-  if (!text) return std::nullopt;
-  const std::size_t length = text->size() - kQueueBeginning.size() - kQueueEnd.size();
-  return text->substr(kQueueBeginning.size(), length);
-}
-
-std::optional<ItemList> readQueueDocument(std::string bytes) {
-  return readItems(std::move(bytes), {kRoot, kElement, nullptr, kReadAttributes});
+  return {QueueOutcome::kUnavailable, {}};
 }
 
 }  // namespace persistence

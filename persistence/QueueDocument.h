@@ -1,21 +1,20 @@
 #pragma once
 
-#include <optional>
+#include <cstddef>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "persistence/ItemList.h"
 
+/// The text of a queue file. All functions are pure and may be called from any thread.
 namespace persistence {
 
-/// The text of a queue file of this release.
-///
-/// Pure functions of their arguments: no file, no state, no lock, callable on all threads. Whoever
-/// shares the items keeps them still meanwhile. A missing result is the one failure.
-
-/// The first characters of every document of this format.
+/// The first characters of every document of this release.
 inline constexpr std::string_view kQueueDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"";
+
+/// The first characters of every document of an earlier release.
+inline constexpr std::string_view kLegacyHeader =
+    "<drmAuth:DownloadManagerDataContainer xmlns:drmAuth=\"com.vesk.container\" version=\"1\" >";
 
 /// The document of a queue without items.
 inline constexpr std::string_view kEmptyQueueDocument =
@@ -26,16 +25,37 @@ inline constexpr std::string_view kQueueBeginning =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue>";
 inline constexpr std::string_view kQueueEnd = "</DownloadQueue>\n";
 
-/// Bytes of text that one attribute may hold in the document of these items.
-std::size_t longestValueIn(const std::vector<VeskPlayerX::DownloadItemInterface*>& items);
+inline constexpr std::string_view kItemElement = "DownloadItem";
 
-/// One item's element with its twelve attributes, as it stands in a document whose attributes hold
-/// at most `limit` bytes. Text that XML cannot carry is cleaned first, so that one item never makes
-/// the others unreadable. Nothing when it could not be built whole.
-std::optional<std::string> writeQueueElement(const VeskPlayerX::DownloadItemInterface& item,
-                                             std::size_t limit);
+/// What a queue file is, as far as its beginning tells.
+enum class QueueFormat {
+  kEmpty,    ///< holds nothing: no bytes, or the document of a queue without items
+  kCurrent,  ///< this release's
+  kLegacy,   ///< an earlier release's
+  kUnknown,
+};
 
-/// The items of a document, in its order; nothing when it is malformed or no queue.
-std::optional<ItemList> readQueueDocument(std::string bytes);
+/// Bytes at the beginning of a file by which its format is known.
+inline constexpr std::size_t kQueueHeadSize = kLegacyHeader.size();
+
+/// The format of a file that begins with `head`, which is shorter than `kQueueHeadSize` only when
+/// the file is.
+QueueFormat formatOf(std::string_view head);
+
+/// How a reading ended.
+enum class QueueOutcome {
+  kRead,         ///< the items are all that there was
+  kRefused,      ///< the content was read and is no queue
+  kUnavailable,  ///< the content could not be read now, or not be kept for lack of memory
+};
+
+/// Without items unless the outcome is `kRead`.
+struct QueueReading {
+  QueueOutcome outcome = QueueOutcome::kUnavailable;
+  ItemList items;  ///< in the document's order
+};
+
+/// Reads a document as one of the format, `kCurrent` or `kLegacy`.
+QueueReading readQueueDocument(std::string bytes, QueueFormat format);
 
 }  // namespace persistence

@@ -108,7 +108,7 @@ ItemList readRecords(const std::vector<VeskDrmTicketData*>& records, std::wstrin
 template <class Read>
 TicketParser::Items readSafely(Read read) {
   try {
-    return persistence::handOver(read());
+    return persistence::release(read());
   } catch (const std::exception&) {
     return {};
   }

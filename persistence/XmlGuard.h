@@ -4,13 +4,11 @@
 
 namespace persistence {
 
-/// Whether the XML library may be given these bytes.
+/// Whether the XML library reads these bytes in a bearable time.
 ///
-/// A queue file has no document type, whose entities and default values could make a small file
-/// huge in memory, and no element with more than a dozen attributes, which the library compares
-/// each with each. Documents that have either are refused before they are parsed. So are those that
-/// only seem to, in a comment or in character data: where a malformed one of these ends, for the
-/// library, is not for this check to guess, and no queue file has any.
+/// It compares the attributes of an element each with each, so one of a hundred thousand would keep
+/// it busy for minutes. Counted is what could be an attribute to the library, also in comments and
+/// in character data: where a malformed one of these ends for it is not for this check to guess.
 bool isHarmlessXml(std::string_view bytes);
 
 }  // namespace persistence

@@ -63,18 +63,53 @@ Character firstCharacter(std::string_view bytes) {
   return isShortest && isCarried(value) ? Character{value, length} : Character{};
 }
 
-std::uint64_t mostTextOf(const std::vector<std::size_t>& lengths, std::size_t limit) {
+std::uint64_t sumOf(const std::vector<std::size_t>& lengths, std::size_t limit) {
   std::uint64_t sum = 0;
-  for (const std::size_t length : lengths) sum += kLongestEscape * std::min(length, limit);
+  for (const std::size_t length : lengths) sum += std::min(length, limit);
   return sum;
+}
+
+/// What stands for a character in a value; empty for one that stands for itself.
+constexpr std::string_view escapeOf(char c) {
+  switch (c) {
+    case '"':
+      return "&quot;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '&':
+      return "&amp;";
+    case '\t':
+      return "&#9;";
+    case '\n':
+      return "&#10;";
+    case '\r':
+      return "&#13;";
+    default:
+      return {};
+  }
 }
 
 }  // namespace
 
+bool fitsDocument(std::uint64_t characters) { return characters <= kMostText / kLongestEscape; }
+
 std::size_t longestValueFor(const std::vector<std::size_t>& lengths) {
   std::size_t limit = kLongestXmlValue;
-  while (mostTextOf(lengths, limit) > kMostText) limit /= 2;
+  while (!fitsDocument(sumOf(lengths, limit))) limit /= 2;
   return limit;
+}
+
+void appendEscaped(std::string& document, std::string_view text) {
+  for (const char c : text) {
+    const std::string_view escape = escapeOf(c);
+    if (escape.empty()) {
+      document += c;
+    } else {
+      document += escape;
+    }
+  }
 }
 
 std::wstring carriedByXml(const std::wstring& text, std::size_t limit) {

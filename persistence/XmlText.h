@@ -1,15 +1,22 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
-/// What the queue file is made of, below `DownloadManagerPersistence`.
+/// Text as an XML document can hold it. All functions are pure and may be called from any thread.
 namespace persistence {
 
-/// Bytes of text that one attribute may hold, as the XML library counts them when it reads: UTF-8,
-/// except that it keeps an "&" as five bytes. It refuses a document with more than 10,000,000.
+/// Bytes of text that one attribute may hold, as the XML library counts them when it builds a tree
+/// without options: UTF-8, except that it keeps an "&" as five bytes. It refuses a document with
+/// more than 10,000,000.
 inline constexpr std::size_t kLongestXmlValue = 9'000'000;
+
+/// Whether texts of so many characters together, none above `kLongestXmlValue`, stay within what
+/// the XML library can count, whatever they hold.
+bool fitsDocument(std::uint64_t characters);
 
 /// The `limit` below with which texts of these lengths, characters of wide or bytes of narrow text,
 /// together stay within what the XML library can count: `kLongestXmlValue` in any queue that
@@ -23,5 +30,9 @@ std::wstring carriedByXml(const std::wstring& text, std::size_t limit = kLongest
 /// The same for bytes. Valid UTF-8 of characters that XML can carry stays as it is, byte for byte;
 /// every other byte is replaced with U+FFFD.
 std::string carriedByXml(const std::string& bytes, std::size_t limit = kLongestXmlValue);
+
+/// Appends text that XML can carry as a value between double quotes holds it: with the escapes that
+/// the XML library's own serializer writes.
+void appendEscaped(std::string& document, std::string_view text);
 
 }  // namespace persistence

@@ -24,16 +24,12 @@ QueueFiles::QueueFiles(const std::wstring& folder)
     : current_(folder + L"/downloadmanager.xml"), legacy_(folder + L"/DownloadQueue.dlq") {}
 
 QueueFiles::Items QueueFiles::readQueue() const {
-  const bool migrating = !fileExists(current_);
-  bool isKept = false;
-  Items items =
-      DownloadManagerPersistence::loadDownloadQueue(migrating ? legacy_ : current_, &isKept);
-  // Also after a current file was set aside, or the next start would take it for a first one.
   if (!fileExists(current_)) {
-    DownloadManagerPersistence::writeDownloadQueue(current_, items);
+    return DownloadManagerPersistence::migrateDownloadQueue(legacy_, current_);
   }
-  // Writing fails silently; the earlier release's file is the only copy until it has succeeded.
-  if (migrating && isKept && fileExists(current_)) PathTools::deleteFile(legacy_);
+  Items items = DownloadManagerPersistence::loadDownloadQueue(current_);
+  // One that was set aside is replaced at once, or the next start would take it for a first one.
+  if (!fileExists(current_)) DownloadManagerPersistence::writeDownloadQueue(current_, items);
   return items;
 }
 

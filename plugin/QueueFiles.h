@@ -23,9 +23,10 @@ class QueueFiles {
   const std::wstring& current() const { return current_; }
 
   /// The queue in the current file. When there is none yet, the queue of an earlier release, which
-  /// becomes the current one: its file is deleted once the current file is there. A file that
-  /// cannot be read is set aside under another name first, and gives no items. The items belong to
-  /// the caller.
+  /// becomes the current one: its file is deleted once the current file is on the disk. A file that
+  /// is no queue is set aside under another name first, and gives no items. One that cannot be read
+  /// now gives none either, and `DownloadManagerPersistence::isKept` of the current file is true
+  /// from then on. The items belong to the caller.
   Items readQueue() const;
 
  private:

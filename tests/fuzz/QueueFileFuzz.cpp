@@ -4,27 +4,28 @@
 #include "item/DownloadItem.h"
 #include "persistence/ItemList.h"
 #include "persistence/QueueDocument.h"
-#include "persistence/WrittenQueue.h"
+#include "persistence/QueueText.h"
 #include "persistence/XmlText.h"
 #include "tests/fuzz/Fuzz.h"
 
 namespace {
 
 using persistence::ItemList;
+using persistence::QueueFormat;
 
 std::string written(const ItemList& items) {
   std::vector<VeskPlayerX::DownloadItemInterface*> queue;
   for (const auto& item : items) queue.push_back(item.get());
-  const auto document = persistence::WrittenQueue{}.document(queue);
-  fuzz::require(document.has_value(), "every queue can be written");
-  return *document;
+  persistence::QueueText document;
+  document.update(queue);
+  return document.text();
 }
 
 ItemList readBack(const std::string& document, std::size_t count) {
-  std::optional<ItemList> items = persistence::readQueueDocument(document);
-  fuzz::require(items.has_value(), "what is written can be read");
-  fuzz::require(items->size() == count, "no item is lost");
-  return std::move(*items);
+  auto [outcome, items] = persistence::readQueueDocument(document, QueueFormat::kCurrent);
+  fuzz::require(outcome == persistence::QueueOutcome::kRead, "what is written can be read");
+  fuzz::require(items.size() == count, "no item is lost");
+  return std::move(items);
 }
 
 std::wstring wideTextOf(const std::string& bytes) {
@@ -50,9 +51,10 @@ void keepAsTexts(const std::string& input) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string input = fuzz::textOf(data, size);
-  if (const std::optional<ItemList> items = persistence::readQueueDocument(input)) {
-    const std::string document = written(*items);
-    fuzz::require(written(readBack(document, items->size())) == document, "a queue keeps");
+  const auto [outcome, items] = persistence::readQueueDocument(input, QueueFormat::kCurrent);
+  if (outcome == persistence::QueueOutcome::kRead) {
+    const std::string document = written(items);
+    fuzz::require(written(readBack(document, items.size())) == document, "a queue keeps");
   }
   keepAsTexts(input);
   return 0;

@@ -1,11 +1,11 @@
 // What writeDownloadQueue leaves in the file.
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <climits>
 #include <csignal>
 #include <filesystem>
 
+#include "tests/unit/persistence/Limit.h"
 #include "tests/unit/persistence/QueueFileFixture.h"
 
 namespace persistence {
@@ -141,23 +141,6 @@ TEST_F(QueueFileWrite, AFolderInThePlaceOfTheFileStays) {
   EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(path(), {}));
   EXPECT_TRUE(std::filesystem::is_directory(file()));
 }
-
-/// Lets the process have no more of a resource for as long as it lives.
-class Limit {
- public:
-  Limit(__rlimit_resource resource, rlim_t most) : resource_(resource) {
-    getrlimit(resource_, &former_);
-    const rlimit limit{most, former_.rlim_max};
-    setrlimit(resource_, &limit);
-  }
-  Limit(const Limit&) = delete;
-  Limit& operator=(const Limit&) = delete;
-  ~Limit() { setrlimit(resource_, &former_); }
-
- private:
-  const __rlimit_resource resource_;
-  rlimit former_{};
-};
 
 TEST_F(QueueFileWrite, AReplacementThatFailsLeavesTheOldQueue) {
   const std::string old = written({titled(L"one")});

@@ -1,8 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "persistence/LegacyQueueDocument.h"
 #include "persistence/QueueDocument.h"
-#include "persistence/QueueFile.h"
 
 namespace persistence {
 namespace {

@@ -1,0 +1,190 @@
+#include "persistence/XmlReader.h"
+
+#include <libxml/globals.h>
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/xmlerror.h>
+
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "persistence/XmlGuard.h"
+
+namespace persistence {
+namespace {
+
+constexpr const char* kDocumentName = "noname.xml";
+
+/// Values with their "&" as it is, which the library leaves to be decoded otherwise. Entities that
+/// it could insert there are refused.
+constexpr int kOptions = XML_PARSE_NOENT;
+
+/// The library's layout of an attribute: local name, prefix, namespace, value, and its end.
+constexpr int kPointersPerAttribute = 5;
+
+/// Near the end of its input the library refuses to go on when more than 10,000,000 bytes lie
+/// behind the last place where it let go of input, and it lets go only between pieces of markup
+/// that stand less than 500 bytes before the end. Comments behind the root give it such places, so
+/// that long values are read wherever they stand.
+constexpr std::size_t kLookBack = 9'000'000;
+constexpr std::string_view kRestingPlace = "\n<!---->";
+constexpr int kRestingPlaces = 128;
+
+void appendRestingPlaces(std::string& bytes) {
+  bytes.reserve(bytes.size() + kRestingPlaces * kRestingPlace.size());
+  for (int place = 0; place < kRestingPlaces; ++place) bytes += kRestingPlace;
+}
+
+std::string_view textOf(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
+
+/// A local name, as the library has it for a name whose prefix is declared or absent. The names
+/// that are looked for have no colon, so a name of an undeclared prefix is none of them.
+std::string_view localName(const xmlChar* name, const xmlChar* prefix, const xmlChar* uri) {
+  return prefix != nullptr && uri == nullptr ? std::string_view() : textOf(name);
+}
+
+std::string_view valueOf(const xmlChar** attribute) {
+  return {reinterpret_cast<const char*>(attribute[3]), reinterpret_cast<const char*>(attribute[4])};
+}
+
+/// Takes the place of the calling thread's handler of the library's reports for as long as it
+/// lives, so that nothing is printed.
+class XmlReports {
+ public:
+  XmlReports() : formerHandler_(xmlStructuredError), formerContext_(xmlStructuredErrorContext) {
+    xmlSetStructuredErrorFunc(this, onReport);
+  }
+  XmlReports(const XmlReports&) = delete;
+  XmlReports& operator=(const XmlReports&) = delete;
+  ~XmlReports() { xmlSetStructuredErrorFunc(formerContext_, formerHandler_); }
+
+  bool outOfMemory() const { return outOfMemory_; }
+
+ private:
+  static void onReport(void* reports, xmlErrorPtr report) {
+    if (report != nullptr && report->code != XML_ERR_NO_MEMORY) return;
+    static_cast<XmlReports*>(reports)->outOfMemory_ = true;
+  }
+
+  const xmlStructuredErrorFunc formerHandler_;
+  void* const formerContext_;
+  bool outOfMemory_ = false;
+};
+
+struct FreeContext {
+  void operator()(xmlParserCtxt* context) const {
+    // The library makes a document of its own for what declares an entity.
+    xmlFreeDoc(context->myDoc);
+    xmlFreeParserCtxt(context);
+  }
+};
+
+/// One run of the parser. What it calls back is C, so nothing is thrown through it.
+class Parser {
+ public:
+  explicit Parser(XmlHandler& handler) : handler_(handler) {}
+
+  XmlResult parse(std::string bytes) {
+    const XmlReports reports;
+    roomForDefaults_ = bytes.size();
+    context_.reset(xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size())));
+    if (context_ == nullptr) return XmlResult::kOutOfMemory;
+    bytes = std::string();  // the library has made a copy
+    prepare();
+    xmlParseDocument(context_.get());
+    if (outOfMemory_ || reports.outOfMemory()) return XmlResult::kOutOfMemory;
+    return context_->wellFormed != 0 && !isRefused_ ? XmlResult::kRead : XmlResult::kRefused;
+  }
+
+ private:
+  void prepare() {
+    xmlCtxtUseOptions(context_.get(), kOptions);
+    context_->input->filename =
+        reinterpret_cast<char*>(xmlStrdup(reinterpret_cast<const xmlChar*>(kDocumentName)));
+    xmlSAXHandler callbacks{};
+    callbacks.initialized = XML_SAX2_MAGIC;
+    callbacks.startElementNs = onStart;
+    callbacks.endElementNs = onEnd;
+    callbacks.entityDecl = onEntity;
+    callbacks.unparsedEntityDecl = onUnparsedEntity;
+    *context_->sax = callbacks;
+    context_->userData = this;
+  }
+
+  static void onStart(void* parser, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+                      int /*namespaceCount*/, const xmlChar** /*namespaces*/, int count,
+                      int defaultedCount, const xmlChar** attributes) {
+    auto& self = *static_cast<Parser*>(parser);
+    try {
+      const bool goOn = self.hasRoomForDefaults(attributes, count, defaultedCount) &&
+                        self.handler_.onElement(self.depth_++, localName(name, prefix, uri),
+                                                XmlAttributes(attributes, count));
+      if (!goOn) self.refuse();
+    } catch (const std::bad_alloc&) {
+      self.outOfMemory_ = true;
+      xmlStopParser(self.context_.get());
+    }
+  }
+
+  static void onEnd(void* parser, const xmlChar* /*name*/, const xmlChar* /*prefix*/,
+                    const xmlChar* /*uri*/) {
+    --static_cast<Parser*>(parser)->depth_;
+  }
+
+  static void onEntity(void* parser, const xmlChar* /*name*/, int /*type*/,
+                       const xmlChar* /*publicId*/, const xmlChar* /*systemId*/,
+                       xmlChar* /*content*/) {
+    static_cast<Parser*>(parser)->refuse();
+  }
+
+  static void onUnparsedEntity(void* parser, const xmlChar* /*name*/, const xmlChar* /*publicId*/,
+                               const xmlChar* /*systemId*/, const xmlChar* /*notation*/) {
+    static_cast<Parser*>(parser)->refuse();
+  }
+
+  /// Default values stand behind the others.
+  bool hasRoomForDefaults(const xmlChar** attributes, int count, int defaultedCount) {
+    for (int i = count - defaultedCount; i < count; ++i) {
+      const std::size_t length = valueOf(attributes + i * kPointersPerAttribute).size();
+      if (length > roomForDefaults_) return false;
+      roomForDefaults_ -= length;
+    }
+    return true;
+  }
+
+  void refuse() {
+    isRefused_ = true;
+    xmlStopParser(context_.get());
+  }
+
+  XmlHandler& handler_;
+  std::unique_ptr<xmlParserCtxt, FreeContext> context_;
+  std::size_t roomForDefaults_ = 0;
+  int depth_ = 0;
+  bool isRefused_ = false;
+  bool outOfMemory_ = false;
+};
+
+}  // namespace
+
+std::optional<std::string_view> XmlAttributes::find(std::string_view name) const {
+  for (int i = 0; i < count_; ++i) {
+    const xmlChar** const attribute = attributes_ + i * kPointersPerAttribute;
+    if (localName(attribute[0], attribute[1], attribute[2]) == name) return valueOf(attribute);
+  }
+  return std::nullopt;
+}
+
+XmlResult readXml(std::string bytes, XmlHandler& handler) {
+  if (!isHarmlessXml(bytes)) return XmlResult::kRefused;
+  if (bytes.size() > kLookBack) appendRestingPlaces(bytes);
+  const bool isCountable =
+      bytes.size() <= static_cast<std::size_t>(std::numeric_limits<int>::max());
+  if (bytes.empty() || !isCountable) return XmlResult::kRefused;
+  return Parser(handler).parse(std::move(bytes));
+}
+
+}  // namespace persistence

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// The door to the XML library. May be used from any thread.
+namespace persistence {
+
+/// The attributes of an element while it is being read.
+class XmlAttributes {
+ public:
+  /// `attributes` as the library hands them over: five pointers for each of `count`.
+  XmlAttributes(const unsigned char** attributes, int count)
+      : attributes_(attributes), count_(count) {}
+
+  /// The value of the first attribute of this local name; nullopt when there is none.
+  std::optional<std::string_view> find(std::string_view name) const;
+
+ private:
+  const unsigned char** attributes_;
+  int count_;
+};
+
+/// Told of the elements of a document in its order. It may throw `std::bad_alloc`.
+class XmlHandler {
+ public:
+  XmlHandler() = default;
+  XmlHandler(const XmlHandler&) = delete;
+  XmlHandler& operator=(const XmlHandler&) = delete;
+
+  /// An element of this local name, `depth` elements below the root. Returns false to refuse the
+  /// whole document.
+  virtual bool onElement(int depth, std::string_view name, const XmlAttributes& attributes) = 0;
+
+ protected:
+  ~XmlHandler() = default;
+};
+
+enum class XmlResult {
+  kRead,
+  kRefused,      ///< not well-formed, hostile, larger than 2 GiB, or refused by the handler
+  kOutOfMemory,  ///< the handler may have missed something
+};
+
+/// Reads a document. Nothing is printed, and no other file is opened. Documents that could make a
+/// small file cost much memory or time are refused: those with entity declarations, with default
+/// values that come to more than the document itself, and with very many attributes in one element.
+XmlResult readXml(std::string bytes, XmlHandler& handler);
+
+}  // namespace persistence

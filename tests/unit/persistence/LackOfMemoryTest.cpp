@@ -1,0 +1,89 @@
+// Every allocation of ours fails once: no file is replaced, set aside or deleted for items that
+// never arrived.
+#include <cstdlib>
+#include <new>
+
+#include "tests/support/LegacyQueueFile.h"
+#include "tests/unit/persistence/QueueFileFixture.h"
+
+namespace {
+
+/// Allocations of this thread until the one that fails; below 0 for none.
+thread_local long allocationsLeft = -1;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  const bool fails = allocationsLeft >= 0 && allocationsLeft-- == 0;
+  void* const memory = fails ? nullptr : std::malloc(size == 0 ? 1 : size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+
+namespace persistence {
+namespace {
+
+class LackOfMemory : public QueueFileFixture {
+ protected:
+  /// Runs `action` with one allocation that fails. Returns whether there were enough for it to.
+  template <class Action>
+  static bool runFailing(long allocations, Action action) {
+    allocationsLeft = allocations;
+    action();
+    const bool hasFailed = allocationsLeft < 0;
+    allocationsLeft = -1;
+    return hasFailed;
+  }
+
+  /// Loads files of this content, each with another allocation that fails.
+  void expectReadWholeOrLeftAlone(const std::string& content, const std::vector<Fields>& queue) {
+    const std::wstring name = path();
+    bool hasFailed = true;
+    for (long allocations = 0; hasFailed; ++allocations) {
+      put(content);
+      DownloadManagerPersistence::Items items;
+      hasFailed = runFailing(allocations,
+                             [&] { items = DownloadManagerPersistence::loadDownloadQueue(name); });
+      const auto loaded = taken(items);
+      ASSERT_TRUE(loaded == queue || (hasFailed && loaded.empty())) << allocations;
+      ASSERT_EQ(DownloadManagerPersistence::isKept(name), loaded != queue) << allocations;
+      ASSERT_EQ(this->content(), content) << allocations;
+    }
+  }
+};
+
+TEST_F(LackOfMemory, AQueueIsReadWholeOrLeftAlone) {
+  const std::vector<Fields> queue{titled(L"one"), titled(std::wstring(5'000, L'x')), Fields()};
+  expectReadWholeOrLeftAlone(written(queue), queue);
+}
+
+TEST_F(LackOfMemory, AnEarlierQueueIsReadWholeOrLeftAlone) {
+  support::LegacyQueueFile legacy;
+  legacy.item().text("title", L"one").item().text("title", std::wstring(5'000, L'x'));
+  expectReadWholeOrLeftAlone(legacy.document(),
+                             {titled(L"one"), titled(std::wstring(5'000, L'x'))});
+}
+
+TEST_F(LackOfMemory, AQueueIsWrittenWholeOrNotAtAll) {
+  const std::vector<Fields> before{titled(L"one"), titled(L"two"), titled(L"three")};
+  const std::vector<Fields> after{titled(L"one"), titled(std::wstring(5'000, L'x')), Fields(),
+                                  titled(L"three")};
+  const std::string whole = written(after);
+  const Queue queue(after);
+  const std::wstring name = path();
+  bool hasFailed = true;
+  for (long allocations = 0; hasFailed; ++allocations) {
+    const std::string old = written(before);
+    hasFailed = runFailing(
+        allocations, [&] { DownloadManagerPersistence::writeDownloadQueue(name, queue.items()); });
+    ASSERT_TRUE(content() == whole || (hasFailed && content() == old)) << allocations;
+    DownloadManagerPersistence::writeDownloadQueue(name, queue.items());
+    ASSERT_EQ(content(), whole) << "the next time, after " << allocations;
+  }
+}
+
+}  // namespace
+}  // namespace persistence
