@@ -73,11 +73,11 @@ std::wstring comparable(const std::wstring& path) {
   return StringTools::replaceString(L"\\", L"/", StringTools::toLower(path));
 }
 
-/// Files the ticket beside the films, and tells where it is then.
-std::wstring fileTicket(const std::wstring& ticketPath, const std::wstring& title) {
+/// Files the ticket beside the films, then deletes it.
+void useUpTicket(const std::wstring& path, const std::wstring& title) {
   const std::wstring target = PathTools::getVeskMoviesFolder() + L"/" + title + kTicketExtension;
-  if (comparable(target) == comparable(ticketPath)) return ticketPath;
-  return PathTools::moveFile(ticketPath, target) ? target : ticketPath;
+  const bool isMoved = comparable(target) != comparable(path) && PathTools::moveFile(path, target);
+  PathTools::deleteFile(isMoved ? target : path);
 }
 
 std::unique_ptr<DownloadItem> itemFrom(const VeskDrmTicketData& record) {
@@ -94,13 +94,9 @@ std::unique_ptr<DownloadItem> itemFrom(const VeskDrmTicketData& record) {
   return item;
 }
 
-ItemList readRecords(const std::vector<VeskDrmTicketData*>& records, std::wstring ticketPath) {
+ItemList readRecords(const std::vector<VeskDrmTicketData*>& records) {
   ItemList items;
-  if (!records.empty()) ticketPath = fileTicket(ticketPath, records.front()->title);
-  for (const VeskDrmTicketData* record : records) {
-    items.push_back(itemFrom(*record));
-    PathTools::deleteFile(ticketPath);
-  }
+  for (const VeskDrmTicketData* record : records) items.push_back(itemFrom(*record));
   return items;
 }
 
@@ -123,5 +119,12 @@ TicketParser::Items TicketParser::parseClearTicket(const std::wstring& path) {
 TicketParser::Items TicketParser::processEncryptedTicket(std::vector<VeskDrmTicketData*> records,
                                                          std::wstring ticketPath) {
   std::erase(records, nullptr);
-  return readSafely([&] { return readRecords(records, withoutQuotes(ticketPath)); });
+  Items items = readSafely([&] { return readRecords(records); });
+  if (items.empty()) return items;
+  try {
+    useUpTicket(withoutQuotes(ticketPath), records.front()->title);
+  } catch (const std::exception&) {
+    // The ticket stays, for lack of memory; the items are there.
+  }
+  return items;
 }

@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "persistence/TicketParser.h"
+#include "playerx/platform/MoviesFolder.h"
 #include "tests/support/LegacyQueueFile.h"
 #include "tests/unit/persistence/QueueFileFixture.h"
 
@@ -83,6 +85,30 @@ TEST_F(LackOfMemory, AQueueIsWrittenWholeOrNotAtAll) {
     DownloadManagerPersistence::writeDownloadQueue(name, queue.items());
     ASSERT_EQ(content(), whole) << "the next time, after " << allocations;
   }
+}
+
+TEST_F(LackOfMemory, AProtectedTicketIsUsedUpForAllItsItemsAlone) {
+  playerx::setMoviesFolder((folder() / "Movies").wstring());
+  VeskDrmTicketData record{"sealed", L"A film of some length", 42, L"Vesk", "2.0"};
+  const std::wstring ticket = (folder() / "Ticket.tix").wstring();
+  bool hasFailed = true;
+  for (long allocations = 0; hasFailed; ++allocations) {
+    folder().write("Ticket.tix", "sealed");
+    std::vector<VeskDrmTicketData*> records{&record, &record};
+    TicketParser::Items items;
+    hasFailed = runFailing(allocations, [&] {
+      try {
+        items = TicketParser::processEncryptedTicket(std::move(records), ticket);
+      } catch (const std::bad_alloc&) {
+        // The copy of the path, which is the caller's.
+      }
+    });
+    ASSERT_TRUE(items.size() == 2 || exists("Ticket.tix")) << allocations;
+    ASSERT_TRUE(items.size() == 2 || (hasFailed && items.empty())) << allocations;
+    taken(items);
+  }
+  EXPECT_FALSE(exists("Ticket.tix"));
+  playerx::setMoviesFolder(L"");
 }
 
 }  // namespace
