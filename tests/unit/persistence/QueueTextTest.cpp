@@ -118,7 +118,7 @@ TEST_F(QueueTextTest, ATextThatIsTooLongIsCut) {
 /// Items that are all the same text, too much for one document together.
 class Flood : public ForeignItem {
  public:
-  Flood() { setTicket(std::string(kLongestXmlValue, 'x')); }
+  Flood() { setTicket(std::string(kLongestXmlValue, '&')); }
 };
 
 TEST_F(QueueTextTest, AFloodIsCutOnlyAsLongAsItLasts) {
