@@ -1,9 +1,12 @@
 #include "playerx/platform/FileIo.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+
+#include "playerx/platform/Descriptor.h"
 
 namespace playerx {
 namespace {
@@ -25,6 +28,14 @@ IoResult moveFully(std::size_t length, Step step) {
   return result;
 }
 
+std::int64_t signedSize(std::size_t size) { return static_cast<std::int64_t>(size); }
+
+// A file that takes no more bytes without saying why is on a full disk.
+IoResult orNoSpace(std::size_t length, IoResult result) {
+  if (result.error == 0 && result.bytes < length) result.error = ENOSPC;
+  return result;
+}
+
 }  // namespace
 
 IoResult readFully(int file, void* buffer, std::size_t length) {
@@ -33,12 +44,30 @@ IoResult readFully(int file, void* buffer, std::size_t length) {
   });
 }
 
-IoResult writeFully(int file, const void* buffer, std::size_t length) {
-  IoResult result = moveFully(length, [&](std::size_t at, std::size_t count) {
-    return ::write(file, static_cast<const char*>(buffer) + at, count);
+IoResult readFullyAt(int file, void* buffer, std::size_t length, std::int64_t position) {
+  return moveFully(length, [&](std::size_t at, std::size_t count) {
+    return ::pread(file, static_cast<char*>(buffer) + at, count, position + signedSize(at));
   });
-  if (result.error == 0 && result.bytes < length) result.error = ENOSPC;
-  return result;
+}
+
+IoResult writeFully(int file, const void* buffer, std::size_t length) {
+  return orNoSpace(length, moveFully(length, [&](std::size_t at, std::size_t count) {
+                     return ::write(file, static_cast<const char*>(buffer) + at, count);
+                   }));
+}
+
+IoResult writeFullyAt(int file, const void* buffer, std::size_t length, std::int64_t position) {
+  return orNoSpace(length, moveFully(length, [&](std::size_t at, std::size_t count) {
+                     return ::pwrite(file, static_cast<const char*>(buffer) + at, count,
+                                     position + signedSize(at));
+                   }));
+}
+
+int syncFolderOf(const std::filesystem::path& file) {
+  const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
+  const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!opened) return errno;
+  return ::fsync(opened.get()) == 0 ? 0 : errno;
 }
 
 }  // namespace playerx

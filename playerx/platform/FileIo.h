@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <filesystem>
 
 namespace playerx {
 
@@ -14,7 +16,16 @@ struct IoResult {
 /// Reads until `length` bytes are there, the file ends or reading fails.
 IoResult readFully(int file, void* buffer, std::size_t length);
 
+/// As `readFully`, from `position` on; the file's own position stays.
+IoResult readFullyAt(int file, void* buffer, std::size_t length, std::int64_t position);
+
 /// Writes until all bytes are taken or writing fails.
 IoResult writeFully(int file, const void* buffer, std::size_t length);
+
+/// As `writeFully`, from `position` on; the file's own position stays.
+IoResult writeFullyAt(int file, const void* buffer, std::size_t length, std::int64_t position);
+
+/// Syncs the folder that holds `file` before it returns. Returns 0 or an error number.
+int syncFolderOf(const std::filesystem::path& file);
 
 }  // namespace playerx

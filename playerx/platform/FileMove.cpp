@@ -9,7 +9,6 @@
 
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
-#include "playerx/platform/FileSync.h"
 #include "playerx/platform/Rename.h"
 #include "playerx/platform/ReplacementFile.h"
 

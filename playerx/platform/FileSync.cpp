@@ -1,12 +1,14 @@
 #include "playerx/platform/FileSync.h"
 
-#include <fcntl.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <map>
+#include <system_error>
 
-#include "playerx/platform/Descriptor.h"
+#include "playerx/platform/FileVersions.h"
 #include "playerx/platform/GuardMutex.h"
-#include "playerx/platform/ReplacementFile.h"
 #include "playerx/platform/SyncBatcher.h"
 
 namespace playerx {
@@ -17,47 +19,95 @@ namespace fs = std::filesystem;
 // With the content of files and folders on their way, a power cut takes back one second at most.
 constexpr auto kGathering = std::chrono::milliseconds(500);
 
-void syncPath(const fs::path& path, int flags) {
-  const Descriptor file(::open(path.c_str(), flags | O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (file) ::fsync(file.get());
-}
+// Each costs a few descriptors; with more files the ones that are on the disk give theirs back.
+constexpr std::size_t kMostFiles = 16;
 
-// Once per name is enough: whoever wrote before this process began has left by now or lives.
-bool isFirstOfItsName(const fs::path& file) {
-  static GuardMutex mutex;
-  static SyncBatcher::Files& seen = *new SyncBatcher::Files;  // outlives the syncing at process end
-  const GuardLock lock(mutex);
-  return seen.insert(file).second;
-}
+/// The files of one process. A child that was forked has its own: it must not write to the spares
+/// of its parent.
+class SavedFiles {
+ public:
+  using Versions = std::shared_ptr<FileVersions>;
 
-void syncToDisk(const SyncBatcher::Files& files) {
-  SyncBatcher::Files folders;
-  for (const fs::path& file : files) {
-    syncPath(file, 0);
-    folders.insert(file.parent_path());
+  const pid_t process = ::getpid();
+
+  Versions find(const fs::path& file) {
+    const GuardLock lock(mutex_);
+    const auto found = files_.find(file);
+    return found == files_.end() ? nullptr : found->second;
   }
-  for (const fs::path& folder : folders) syncPath(folder, O_DIRECTORY);
-  for (const fs::path& file : files) {
-    if (isFirstOfItsName(file)) removeLeftovers(file);
+
+  Versions findOrAdd(const fs::path& file) {
+    const GuardLock lock(mutex_);
+    const auto found = files_.find(file);
+    if (found != files_.end()) return found->second;
+    if (files_.size() >= kMostFiles) releaseAll();
+    return files_.emplace(file, std::make_shared<FileVersions>(file)).first->second;
   }
-}
+
+  void release() {
+    const GuardLock lock(mutex_);
+    releaseAll();
+  }
+
+ private:
+  void releaseAll() KVPM_REQUIRES(mutex_) {
+    std::erase_if(files_, [](const auto& entry) { return entry.second->release(); });
+  }
+
+  GuardMutex mutex_;
+  std::map<fs::path, Versions> files_ KVPM_GUARDED_BY(mutex_);
+};
 
 // Never destroyed: files may still be closed by destructors that run late in the process.
+SavedFiles& savedFiles() {
+  static std::atomic<SavedFiles*> instance{new SavedFiles};
+  SavedFiles* present = instance;
+  if (present->process == ::getpid()) return *present;
+  auto* own = new SavedFiles;
+  return instance.compare_exchange_strong(present, own) ? *own : *present;
+}
+
+std::atomic<bool> isEnding{false};
+
+void syncToDisk(const SyncBatcher::Files& files) {
+  for (const fs::path& file : files) {
+    if (const auto versions = savedFiles().find(file)) versions->sync();
+  }
+  if (isEnding) savedFiles().release();
+}
+
 SyncBatcher& batcher() {
   static SyncBatcher& instance = []() -> SyncBatcher& {
     auto* made = new SyncBatcher(syncToDisk, kGathering);
-    std::atexit([] { batcher().finish(); });
+    std::atexit([] {
+      isEnding = true;
+      batcher().finish();
+      savedFiles().release();
+    });
     return *made;
   }();
   return instance;
 }
 
+fs::path absolutePath(const fs::path& file) {
+  std::error_code failure;
+  const fs::path absolute = fs::absolute(file, failure);
+  return failure ? file : absolute;
+}
+
 }  // namespace
 
-void syncSoon(const fs::path& file) { batcher().request(fs::absolute(file)); }
+std::shared_ptr<FileVersions> versionsOf(const fs::path& file) {
+  return savedFiles().findOrAdd(absolutePath(file));
+}
+
+void forgetVersions(const fs::path& file) {
+  if (const auto versions = savedFiles().find(absolutePath(file))) versions->forget();
+  removeLeftovers(file);
+}
+
+void syncSoon(const fs::path& file) { batcher().request(absolutePath(file)); }
 
 void flushFileSyncs() { batcher().flush(); }
-
-void syncFolderOf(const fs::path& file) { syncPath(fs::absolute(file).parent_path(), O_DIRECTORY); }
 
 }  // namespace playerx

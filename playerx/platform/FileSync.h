@@ -1,24 +1,31 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 
 namespace playerx {
 
-/// Brings replaced files to the disk, off the threads that replaced them.
-///
-/// All operations may be called from any thread. A file that cannot be synced stays as it is: its
-/// content is whole in any case, only a power cut could take it back.
+class FileVersions;
 
-/// Has `file` and its folder synced within a second, together with everything else that comes in
-/// meanwhile; never waits for the disk. What dead writers have left beside `file` is deleted then.
-/// After the end of `main` it syncs before it returns.
+/// The files that this process replaces, and their way to the disk off the threads that replace
+/// them.
+///
+/// All operations may be called from any thread. An orderly end of the process syncs what is left
+/// and removes the hidden files. A file that cannot be synced stays as it is: its content is whole
+/// in any case, only a power cut could take it back.
+
+/// The versions of one file; the same object for the same path as long as it is in use.
+std::shared_ptr<FileVersions> versionsOf(const std::filesystem::path& file);
+
+/// Removes the hidden versions of a file that has been deleted or moved away, those of dead
+/// processes too.
+void forgetVersions(const std::filesystem::path& file);
+
+/// Has a file that was replaced synced within a second, together with everything else that comes in
+/// meanwhile; never waits for the disk. After the end of `main` it syncs before it returns.
 void syncSoon(const std::filesystem::path& file);
 
-/// Returns when everything handed to `syncSoon` before is synced. An orderly end of the process
-/// does the same.
+/// Returns when everything handed to `syncSoon` before is synced.
 void flushFileSyncs();
-
-/// Syncs the folder that holds `file` before it returns.
-void syncFolderOf(const std::filesystem::path& file);
 
 }  // namespace playerx

@@ -8,7 +8,9 @@
 #include <system_error>
 
 #include "playerx/platform/FileMove.h"
+#include "playerx/platform/FileSync.h"
 #include "playerx/platform/NativePath.h"
+#include "playerx/platform/VersionRecord.h"
 
 namespace kvpm {
 namespace {
@@ -82,12 +84,18 @@ std::uint64_t PathTools::getFileSize(const std::wstring& path) {
 bool PathTools::moveFile(const std::wstring& from, const std::wstring& to) {
   const auto source = playerx::nativePath(from);
   const auto target = playerx::nativePath(to);
-  return source && target && playerx::moveFileWithoutOverwriting(*source, *target) == 0;
+  if (!source || !target || playerx::moveFileWithoutOverwriting(*source, *target) != 0)
+    return false;
+  playerx::forgetVersions(*source);
+  return true;
 }
 
 bool PathTools::deleteFile(const std::wstring& path) {
   const auto native = playerx::nativePath(path);
-  return native && ::unlink(native->c_str()) == 0;
+  const bool hasVersions = native && playerx::hasRecord(*native);
+  if (!native || ::unlink(native->c_str()) != 0) return false;
+  if (hasVersions) playerx::forgetVersions(*native);
+  return true;
 }
 
 std::uint64_t PathTools::getSpaceAvailable(const std::wstring& directory) {

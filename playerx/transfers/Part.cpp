@@ -11,8 +11,8 @@
 #include <string_view>
 #include <utility>
 
+#include "playerx/platform/BootId.h"
 #include "playerx/platform/ReplacementFile.h"
-#include "playerx/transfers/BootId.h"
 #include "playerx/transfers/SmallFile.h"
 
 namespace playerx::transfers {

@@ -6,9 +6,11 @@
 #include <filesystem>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "kvpm/File.h"
 #include "kvpm/StringTools.h"
+#include "playerx/platform/HiddenFile.h"
 #include "tests/support/TempDir.h"
 
 namespace platform_test {
@@ -37,6 +39,13 @@ inline int replace(const std::filesystem::path& path, const std::string& content
   if (const int error = file.open(wide(path), kvpm::FileOpenWrite); error != 0) return error;
   write(file, content);
   return file.close();
+}
+
+/// The names of the hidden versions beside a file.
+inline std::vector<std::filesystem::path> hiddenBeside(const std::filesystem::path& path) {
+  std::vector<std::filesystem::path> names;
+  playerx::forEachHiddenFile(path, [&](const auto& name) { names.push_back(name); });
+  return names;
 }
 
 inline std::size_t filesIn(const support::TempDir& folder) {

@@ -136,7 +136,6 @@ TEST(FileReplacing, ReadersSeeOneWholeVersionWhileWritersCompete) {
     ASSERT_TRUE(content.size() == 1 || content.size() % 50 == 0);
   }
   for (std::thread& writer : writers) writer.join();
-  EXPECT_EQ(filesIn(folder), 1U);
 }
 
 }  // namespace

@@ -1,10 +1,11 @@
-// Rewrites a file for ever, version after version, and says on standard output, a byte for each,
-// when one is in place. The test kills it.
+// Rewrites a file, version after version, and says on standard output, a byte for each, when one is
+// in place. Without a last version it goes on until the test kills it.
 //
-// FileRewriter FILE FIRST_VERSION
+// FileRewriter FILE FIRST_VERSION [LAST_VERSION]
 
 #include <unistd.h>
 
+#include <climits>
 #include <cstdlib>
 #include <string>
 
@@ -35,9 +36,12 @@ bool rewrite(const std::wstring& path, unsigned long version) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count != 3) return 2;
+  if (count < 3) return 2;
   const std::wstring path = kvpm::StringTools::stringToWString(arguments[1]);
-  for (unsigned long version = std::strtoul(arguments[2], nullptr, 10);; ++version) {
+  const unsigned long last = count > 3 ? std::strtoul(arguments[3], nullptr, 10) : ULONG_MAX;
+  for (unsigned long version = std::strtoul(arguments[2], nullptr, 10); version <= last;
+       ++version) {
     if (!rewrite(path, version) || ::write(STDOUT_FILENO, ".", 1) != 1) return 1;
   }
+  return 0;
 }

@@ -1,0 +1,75 @@
+#include "playerx/platform/BlockHashes.h"
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+#include <algorithm>
+#include <random>
+#include <utility>
+
+#include "playerx/platform/FileIo.h"
+
+namespace playerx {
+
+struct BlockHashes::PartialBlock {
+  XXH3_state_t state;
+};
+
+BlockHashes::BlockHashes(std::uint64_t seed)
+    : seed_(seed), partial_(std::make_unique<PartialBlock>()) {}
+
+BlockHashes::BlockHashes(BlockHashes&&) noexcept = default;
+BlockHashes& BlockHashes::operator=(BlockHashes&&) noexcept = default;
+BlockHashes::~BlockHashes() = default;
+
+std::uint64_t BlockHashes::processSeed() {
+  static const std::uint64_t seed = [] {
+    std::random_device random;
+    return std::uint64_t{random()} << 32U | random();
+  }();
+  return seed;
+}
+
+void BlockHashes::add(const char* bytes, std::size_t length) {
+  while (length > 0) {
+    const std::size_t taken = std::min(length, kBlock - filled_);
+    if (taken == kBlock) {
+      blocks_.push_back(XXH3_64bits_withSeed(bytes, kBlock, seed_));
+    } else {
+      addToPartial(bytes, taken);
+    }
+    bytes += taken;
+    length -= taken;
+  }
+}
+
+void BlockHashes::addToPartial(const char* bytes, std::size_t length) {
+  if (filled_ == 0) XXH3_64bits_reset_withSeed(&partial_->state, seed_);
+  XXH3_64bits_update(&partial_->state, bytes, length);
+  filled_ += length;
+  if (filled_ < kBlock) return;
+  blocks_.push_back(XXH3_64bits_digest(&partial_->state));
+  filled_ = 0;
+}
+
+std::uint64_t BlockHashes::whole() const {
+  const std::uint64_t end[] = {filled_, filled_ == 0 ? 0 : XXH3_64bits_digest(&partial_->state)};
+  const std::uint64_t begin =
+      XXH3_64bits_withSeed(blocks_.data(), blocks_.size() * sizeof(blocks_[0]), seed_);
+  return XXH3_64bits_withSeed(end, sizeof end, begin);
+}
+
+std::optional<std::uint64_t> hashOfFile(int file, std::uint64_t seed, int& error) {
+  BlockHashes hashes(seed);
+  std::vector<char> buffer(std::size_t{1} << 18U);
+  for (std::int64_t position = 0;;) {
+    const IoResult got = readFullyAt(file, buffer.data(), buffer.size(), position);
+    error = got.error;
+    if (error != 0) return std::nullopt;
+    if (got.bytes == 0) return hashes.whole();
+    hashes.add(buffer.data(), got.bytes);
+    position += static_cast<std::int64_t>(got.bytes);
+  }
+}
+
+}  // namespace playerx

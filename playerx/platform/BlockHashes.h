@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace playerx {
+
+/// The hashes of a content's blocks, and from them one hash of the whole. Two contents of the same
+/// blocks are the same: the seed differs from process to process, so that nobody can prepare blocks
+/// that collide.
+class BlockHashes {
+ public:
+  static constexpr std::size_t kBlock = 4096;
+
+  explicit BlockHashes(std::uint64_t seed = processSeed());
+  BlockHashes(BlockHashes&&) noexcept;
+  BlockHashes& operator=(BlockHashes&&) noexcept;
+  ~BlockHashes();
+
+  static std::uint64_t processSeed();
+  std::uint64_t seed() const { return seed_; }
+
+  /// Appends bytes of any number.
+  void add(const char* bytes, std::size_t length);
+
+  /// Bytes in the block that is not full yet; 0 at the beginning of a block.
+  std::size_t filled() const { return filled_; }
+
+  /// The number of full blocks.
+  std::size_t count() const { return blocks_.size(); }
+  bool hasSameBlock(std::size_t index, const BlockHashes& other) const {
+    return index < other.count() && blocks_[index] == other.blocks_[index];
+  }
+
+  /// Of all bytes so far.
+  std::uint64_t whole() const;
+
+ private:
+  struct PartialBlock;
+  void addToPartial(const char* bytes, std::size_t length);
+
+  std::uint64_t seed_;
+  std::vector<std::uint64_t> blocks_;  // of the full ones
+  std::size_t filled_ = 0;
+  std::unique_ptr<PartialBlock> partial_;
+};
+
+/// The hash of a file's content, whatever its present position; nullopt and the error number
+/// (`errno` values) when it cannot be read.
+std::optional<std::uint64_t> hashOfFile(int file, std::uint64_t seed, int& error);
+
+}  // namespace playerx

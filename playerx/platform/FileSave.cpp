@@ -1,0 +1,65 @@
+#include "playerx/platform/FileSave.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "playerx/platform/FileSync.h"
+#include "playerx/platform/FileVersions.h"
+
+namespace playerx {
+
+std::unique_ptr<FileSave> FileSave::begin(const std::filesystem::path& target, int& error) {
+  std::shared_ptr<FileVersions> versions = versionsOf(target);
+  std::shared_ptr<FileVersion> version = versions->begin(error);
+  if (!version) return nullptr;
+  return std::unique_ptr<FileSave>(new FileSave(std::move(versions), std::move(version)));
+}
+
+FileSave::FileSave(std::shared_ptr<FileVersions> versions, std::shared_ptr<FileVersion> version)
+    : versions_(std::move(versions)), version_(std::move(version)) {}
+
+FileSave::~FileSave() = default;
+
+IoResult FileSave::write(const char* bytes, std::size_t length) {
+  std::size_t begin = 0;  // of what differs and is not written yet
+  IoResult result;
+  for (std::size_t end = 0; end < length && result.error == 0;) {
+    const std::size_t piece = std::min(length - end, BlockHashes::kBlock - blocks_.filled());
+    blocks_.add(bytes + end, piece);
+    const bool isThere =
+        piece == BlockHashes::kBlock && blocks_.hasSameBlock(blocks_.count() - 1, version_->blocks);
+    if (isThere) result = put(bytes, begin, end);
+    end += piece;
+    if (isThere && result.error == 0) begin = end;
+  }
+  if (result.error == 0) result = put(bytes, begin, length);
+  result.bytes += begin;
+  position_ += static_cast<std::int64_t>(result.bytes);
+  return result;
+}
+
+IoResult FileSave::put(const char* bytes, std::size_t begin, std::size_t end) const {
+  if (begin == end) return {};
+  return writeFullyAt(version_->file.descriptor(), bytes + begin, end - begin,
+                      position_ + static_cast<std::int64_t>(begin));
+}
+
+int FileSave::sync() {
+  isSyncing_ = true;
+  return ::fsync(version_->file.descriptor()) == 0 ? 0 : errno;
+}
+
+int FileSave::finish() {
+  const int file = version_->file.descriptor();
+  if (version_->size > position_ && ::ftruncate(file, position_) != 0) return errno;
+  version_->blocks = std::move(blocks_);
+  if (const int error = versions_->publish(version_); error != 0) return error;
+  if (isSyncing_) return versions_->sync();
+  syncSoon(versions_->target());
+  return 0;
+}
+
+}  // namespace playerx

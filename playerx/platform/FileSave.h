@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+
+#include "playerx/platform/BlockHashes.h"
+#include "playerx/platform/FileIo.h"
+
+namespace playerx {
+
+class FileVersions;
+struct FileVersion;
+
+/// New content for a file on its way. Dropped without `finish`, it leaves the old content.
+///
+/// Used by one thread at a time. Error numbers are `errno` values.
+class FileSave {
+ public:
+  /// Null, and the error number, when the file may not be replaced.
+  static std::unique_ptr<FileSave> begin(const std::filesystem::path& target, int& error);
+
+  ~FileSave();
+
+  /// Appends bytes; blocks that the file below already holds at the same place cost no write.
+  IoResult write(const char* bytes, std::size_t length);
+
+  /// Brings what was written to the disk, and has `finish` do so with the name.
+  int sync();
+
+  /// Puts the content under the file's name. Returns 0 or an error number.
+  int finish();
+
+ private:
+  FileSave(std::shared_ptr<FileVersions> versions, std::shared_ptr<FileVersion> version);
+  IoResult put(const char* bytes, std::size_t begin, std::size_t end) const;
+
+  const std::shared_ptr<FileVersions> versions_;
+  const std::shared_ptr<FileVersion> version_;
+  BlockHashes blocks_;
+  std::int64_t position_ = 0;
+  bool isSyncing_ = false;
+};
+
+}  // namespace playerx

@@ -1,0 +1,231 @@
+#include "playerx/platform/FileVersions.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <utility>
+
+#include "playerx/platform/FileIo.h"
+#include "playerx/platform/VersionRecord.h"
+
+namespace playerx {
+namespace {
+
+namespace fs = std::filesystem;
+
+// One to write over while the other is being synced.
+constexpr std::size_t kMostSpares = 2;
+
+constexpr mode_t kOwnerOnly = 0600;
+
+std::optional<struct stat> stateOf(int file) {
+  struct stat status {};
+  if (::fstat(file, &status) != 0) return std::nullopt;
+  return status;
+}
+
+bool isNameOf(const fs::path& name, int file) {
+  struct stat named {};
+  const auto opened = stateOf(file);
+  return opened && ::lstat(name.c_str(), &named) == 0 && named.st_ino == opened->st_ino &&
+         named.st_dev == opened->st_dev;
+}
+
+void setMode(int file, const struct stat& present, mode_t mode) {
+  if ((present.st_mode & 07777U) != mode && ::fchmod(file, mode) != 0) errno = 0;
+}
+
+// The write lease is granted only when nobody else has the file open. It is kept while the file is
+// written: an `open` that looked the name up before the file was hidden waits for its end. The
+// signal to the holder would end the process were it not one that is ignored.
+bool shutOutReaders(int file) {
+  return ::fcntl(file, F_SETSIG, SIGURG) == 0 && ::fcntl(file, F_SETLEASE, F_WRLCK) == 0;
+}
+
+void letReadersIn(int file) {
+  if (::fcntl(file, F_SETLEASE, F_UNLCK) != 0) errno = 0;
+}
+
+// Whether the content and the owner are still those that this process knows, and no second name
+// leads to it.
+bool isUntouched(const FileVersion& version, const struct stat& now, const struct stat& present) {
+  return now.st_nlink == 1 && now.st_size == version.size &&
+         modificationTime(now) == version.modified && now.st_uid == present.st_uid &&
+         now.st_gid == present.st_gid;
+}
+
+}  // namespace
+
+FileVersions::FileVersions(fs::path target) : target_(std::move(target)) {}
+
+std::shared_ptr<FileVersion> FileVersions::begin(int& error) {
+  const std::optional<struct stat> old = replaceableState(target_, error);
+  if (error != 0) return nullptr;
+  const GuardLock lock(mutex_);
+  if (Version spare = old ? takeSpare(*old) : nullptr) return spare;
+  auto made = std::make_shared<FileVersion>();
+  made->file = HiddenFile::create(target_, old, error);
+  made->isReusable = true;
+  return error == 0 ? made : nullptr;
+}
+
+FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
+  for (auto place = hidden_.begin(); place != hidden_.end(); ++place) {
+    const int file = (*place)->file.descriptor();
+    if ((*place)->isKept || !(*place)->isReusable) continue;
+    const auto status = stateOf(file);
+    (*place)->isReusable = status && isUntouched(**place, *status, old);
+    if (!(*place)->isReusable || !shutOutReaders(file)) continue;
+    setMode(file, *status, old.st_mode & 07777U);
+    const Version spare = *place;
+    hidden_.erase(place);
+    return spare;
+  }
+  return nullptr;
+}
+
+int FileVersions::publish(const Version& version) {
+  letReadersIn(version->file.descriptor());
+  int error = 0;
+  const std::optional<struct stat> old = replaceableState(target_, error);
+  if (error != 0) return error;
+  const GuardLock lock(mutex_);
+  if (!sequence_) learnSequence();
+  if (!old) removeDeleted();
+  if (!old || !exchange(*version, *old)) {
+    if (!record(*version) || old) removeRecord(version->file.descriptor());
+    error = version->file.replace(target_);
+  }
+  if (error != 0) return error;
+  present_ = version;
+  isPresentOnDisk_ = false;
+  return 0;
+}
+
+// What lies beside a file that is gone was deleted with it; a power cut must not bring it back.
+void FileVersions::removeDeleted() {
+  hidden_.clear();
+  present_.reset();
+  removeLeftovers(target_);
+}
+
+bool FileVersions::exchange(FileVersion& version, const struct stat& old) {
+  if (old.st_nlink != 1 || old.st_uid != ::geteuid()) return false;
+  if (!present_ || !isNameOf(target_, present_->file.descriptor())) recordForeign();
+  const fs::path name = version.file.name();
+  if (!record(version) || version.file.exchange(target_) != 0) return false;
+  hidePresent(name);
+  return true;
+}
+
+void FileVersions::hidePresent(const fs::path& name) {
+  Version old = std::exchange(present_, nullptr);
+  if (old && isNameOf(name, old->file.descriptor())) {
+    old->file.setName(name);
+  } else {
+    old = std::make_shared<FileVersion>();
+    old->file = HiddenFile(openHiddenFile(name), name);
+    old->isKept = true;
+  }
+  const auto status = stateOf(old->file.descriptor());
+  if (status) setMode(old->file.descriptor(), *status, kOwnerOnly);
+  hidden_.push_back(std::move(old));
+}
+
+// Files of dead processes keep their place in the order, but for those that never got the name.
+void FileVersions::learnSequence() {
+  const Descriptor present = openHiddenFile(target_);
+  const auto record = present ? readRecord(present.get()) : std::nullopt;
+  sequence_ = record ? record->sequence : 0;
+  forEachHiddenFile(target_, [&](const fs::path& name) {
+    const Descriptor file = openHiddenFile(name);
+    const auto other = file ? readRecord(file.get()) : std::nullopt;
+    if (!other) return;
+    const bool unpublished = record && other->sequence > record->sequence;
+    if (unpublished && isLeftBehind(file.get())) {
+      ::unlink(name.c_str());
+    } else {
+      sequence_ = std::max(*sequence_, other->sequence);
+    }
+  });
+}
+
+bool FileVersions::record(FileVersion& version) {
+  const auto status = stateOf(version.file.descriptor());
+  if (!status) return false;
+  version.sequence = ++*sequence_;
+  version.size = status->st_size;
+  version.modified = modificationTime(*status);
+  return writeRecord(version.file.descriptor(), {version.sequence, version.modified, presentBoot(),
+                                                 version.blocks.seed(), version.blocks.whole()});
+}
+
+// A file that somebody else has put there gets its place in the order before it is hidden.
+void FileVersions::recordForeign() {
+  const Descriptor file = openHiddenFile(target_);
+  const auto status = stateOf(file.get());
+  if (!status || readRecord(file.get())) return;
+  int error = 0;
+  const std::uint64_t seed = BlockHashes::processSeed();
+  const auto hash = hashOfFile(file.get(), seed, error);
+  if (!hash) return;
+  writeRecord(file.get(), {++*sequence_, modificationTime(*status), presentBoot(), seed, *hash});
+}
+
+int FileVersions::sync() {
+  const GuardLock one(syncing_);
+  Version version;
+  {
+    const GuardLock lock(mutex_);
+    if (!present_ || isPresentOnDisk_) return 0;
+    version = present_;
+    version->isKept = true;
+  }
+  int error = ::fsync(version->file.descriptor()) == 0 ? 0 : errno;
+  if (error == 0) error = syncFolderOf(target_);
+  {
+    const GuardLock lock(mutex_);
+    error = noteSync(*version, error);
+  }
+  if (error == 0 && !std::exchange(isTidy_, true)) removeLeftovers(target_);
+  return error;
+}
+
+// A failed sync is reported once only, so one that succeeds later on says nothing.
+int FileVersions::noteSync(FileVersion& version, int error) {
+  if (!version.isReusable) error = EIO;
+  version.isKept = error == 0;
+  version.isReusable = error == 0;
+  if (error != 0) return error;
+  if (present_.get() == &version) isPresentOnDisk_ = true;
+  if (auto record = readRecord(version.file.descriptor())) {
+    record->boot = VersionRecord::kOnDisk;
+    writeRecord(version.file.descriptor(), *record);
+  }
+  std::size_t spares = 0;
+  std::erase_if(hidden_, [&](const Version& hidden) {
+    if (hidden->sequence < version.sequence) hidden->isKept = false;
+    return !hidden->isKept && (!hidden->isReusable || ++spares > kMostSpares);
+  });
+  return 0;
+}
+
+bool FileVersions::release() {
+  const GuardLock lock(mutex_);
+  if (present_ && !isPresentOnDisk_) return false;
+  hidden_.clear();
+  if (present_) removeRecord(present_->file.descriptor());
+  present_.reset();
+  return true;
+}
+
+void FileVersions::forget() {
+  const GuardLock lock(mutex_);
+  hidden_.clear();
+  present_.reset();
+}
+
+}  // namespace playerx

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "playerx/platform/BlockHashes.h"
+#include "playerx/platform/GuardMutex.h"
+#include "playerx/platform/HiddenFile.h"
+
+namespace playerx {
+
+/// One version of a file that is replaced again and again.
+struct FileVersion {
+  HiddenFile file;
+  BlockHashes blocks;          ///< of the content
+  std::int64_t size = 0;       ///< of the content, in bytes
+  std::int64_t modified = 0;   ///< when this process wrote the content last
+  std::uint64_t sequence = 0;  ///< a later version has a higher one
+  bool isKept = false;         ///< the newest version on the disk, or about to be it
+  bool isReusable = false;     ///< written by this process
+};
+
+/// The versions of one file: the present one under the file's name, and hidden ones beside it.
+///
+/// A new version is written over a spare one, of which only what differs is written, and exchanges
+/// names with the present one; so a reader finds one whole version at any instant, also after the
+/// writer was killed. After a power cut the present one may be torn. So the last version that is
+/// wholly on the disk is kept, under whichever name it has then, until `sync` has brought a newer
+/// one there; records say which are whole (`openWhole` looks them up).
+///
+/// A file that another program holds open, or that has a second name, is never written over. Where
+/// the file system cannot exchange names or keep a record, and for a file of another owner, a new
+/// version replaces the present one by a plain rename.
+///
+/// All operations may be called from any thread. Error numbers are `errno` values.
+class FileVersions {
+ public:
+  /// `target` is absolute.
+  explicit FileVersions(std::filesystem::path target);
+
+  const std::filesystem::path& target() const { return target_; }
+
+  /// A spare to write over, or a new file; null, and the error number, when nothing may be written.
+  std::shared_ptr<FileVersion> begin(int& error);
+
+  /// Makes a written version the present one; its content is described by `blocks` and `size`.
+  /// Returns 0 or an error number; then the present one stays.
+  int publish(const std::shared_ptr<FileVersion>& version);
+
+  /// Brings the present version to the disk, and returns when it is there. Returns 0 or an error
+  /// number.
+  int sync();
+
+  /// Removes the hidden versions unless one of them may be needed still; then it returns false.
+  bool release();
+
+  /// Removes the hidden versions: the file itself has gone.
+  void forget();
+
+ private:
+  using Version = std::shared_ptr<FileVersion>;
+
+  Version takeSpare(const struct stat& old) KVPM_REQUIRES(mutex_);
+  void removeDeleted() KVPM_REQUIRES(mutex_);
+  bool exchange(FileVersion& version, const struct stat& old) KVPM_REQUIRES(mutex_);
+  void hidePresent(const std::filesystem::path& name) KVPM_REQUIRES(mutex_);
+  void learnSequence() KVPM_REQUIRES(mutex_);
+  bool record(FileVersion& version) KVPM_REQUIRES(mutex_);
+  void recordForeign() KVPM_REQUIRES(mutex_);
+  int noteSync(FileVersion& version, int error) KVPM_REQUIRES(mutex_);
+
+  const std::filesystem::path target_;
+
+  GuardMutex syncing_;  // taken before `mutex_`
+  bool isTidy_ KVPM_GUARDED_BY(syncing_) = false;
+
+  GuardMutex mutex_;
+  Version present_ KVPM_GUARDED_BY(mutex_);  // null unless this process wrote it
+  bool isPresentOnDisk_ KVPM_GUARDED_BY(mutex_) = false;
+  std::vector<Version> hidden_ KVPM_GUARDED_BY(mutex_);
+  std::optional<std::uint64_t> sequence_ KVPM_GUARDED_BY(mutex_);  // the latest given to a version
+};
+
+}  // namespace playerx

@@ -1,0 +1,73 @@
+#include "playerx/platform/WholeVersion.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <optional>
+#include <utility>
+
+#include "playerx/platform/BlockHashes.h"
+#include "playerx/platform/HiddenFile.h"
+#include "playerx/platform/NativePath.h"
+#include "playerx/platform/VersionRecord.h"
+
+namespace playerx {
+namespace {
+
+namespace fs = std::filesystem;
+
+Descriptor openAsItIs(const fs::path& path, int& error) {
+  Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  struct stat status {};
+  const bool known = file && ::fstat(file.get(), &status) == 0;
+  error = known ? 0 : errno;
+  if (known && S_ISDIR(status.st_mode)) error = EISDIR;
+  if (error != 0) return {};
+  ::fcntl(file.get(), F_SETFL, 0);
+  return file;
+}
+
+struct Candidate {
+  Descriptor file;
+  fs::path name;
+  std::uint64_t sequence = 0;
+};
+
+// One that cannot be read now stores its error: an older one in its place would lose content.
+void prefer(Candidate& best, const fs::path& name, int& error) {
+  Descriptor file = openHiddenFile(name);
+  const auto record = file ? readRecord(file.get()) : std::nullopt;
+  if (error != 0 || !record || record->sequence < best.sequence) return;
+  const auto hash = hashOfFile(file.get(), record->seed, error);
+  if (hash && *hash == record->hash) best = {std::move(file), name, record->sequence};
+}
+
+Descriptor recover(const fs::path& target, int& error) {
+  Candidate best;
+  forEachHiddenFile(target, [&](const fs::path& name) { prefer(best, name, error); });
+  if (error == 0 && !best.file) error = ENOENT;
+  if (error != 0) return {};
+  // Readers that do not come through here profit from it; where it is not allowed, they do not.
+  ::renameat2(AT_FDCWD, best.name.c_str(), AT_FDCWD, target.c_str(), RENAME_EXCHANGE);
+  return std::move(best.file);
+}
+
+}  // namespace
+
+Descriptor openWhole(const fs::path& path, int& error) {
+  Descriptor file = openAsItIs(path, error);
+  if (!file || (!isTorn(file.get(), error) && error == 0)) return file;
+  const fs::path target = followLinks(path, error);
+  // Another reader may be at it; its lock goes with its descriptor.
+  const Descriptor folder(::open((target.parent_path() / ".").c_str(), O_RDONLY | O_CLOEXEC));
+  ::flock(folder.get(), LOCK_EX);
+  file = openAsItIs(target, error);
+  if (!file || (!isTorn(file.get(), error) && error == 0)) return file;
+  return error == 0 ? recover(target, error) : Descriptor();
+}
+
+}  // namespace playerx
