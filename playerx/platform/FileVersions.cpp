@@ -27,20 +27,18 @@ std::optional<struct stat> stateOf(int file) {
   return status;
 }
 
-bool isNameOf(const fs::path& name, int file) {
-  struct stat named {};
-  const auto opened = stateOf(file);
-  return opened && ::lstat(name.c_str(), &named) == 0 && named.st_ino == opened->st_ino &&
-         named.st_dev == opened->st_dev;
+bool isFile(const FileVersion& version, const struct stat& status) {
+  return version.inode == status.st_ino && version.device == status.st_dev;
 }
 
-void setMode(int file, const struct stat& present, mode_t mode) {
-  if ((present.st_mode & 07777U) != mode && ::fchmod(file, mode) != 0) errno = 0;
+void setMode(int file, const struct stat& status, mode_t mode) {
+  if ((status.st_mode & 07777U) != mode && ::fchmod(file, mode) != 0) errno = 0;
 }
 
 // The write lease is granted only when nobody else has the file open. It is kept while the file is
 // written: an `open` that looked the name up before the file was hidden waits for its end. The
-// signal to the holder would end the process were it not one that is ignored.
+// signal to the holder is one that is ignored; the usual one would end the process.
+// It is to be chosen anew each time.
 bool shutOutReaders(int file) {
   return ::fcntl(file, F_SETSIG, SIGURG) == 0 && ::fcntl(file, F_SETLEASE, F_WRLCK) == 0;
 }
@@ -75,7 +73,7 @@ std::shared_ptr<FileVersion> FileVersions::begin(int& error) {
 FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
   for (auto place = hidden_.begin(); place != hidden_.end(); ++place) {
     const int file = (*place)->file.descriptor();
-    if ((*place)->isKept || !(*place)->isReusable) continue;
+    if ((*place)->isKept || (*place)->hasFailed || !(*place)->isReusable) continue;
     const auto status = stateOf(file);
     (*place)->isReusable = status && isUntouched(**place, *status, old);
     if (!(*place)->isReusable || !shutOutReaders(file)) continue;
@@ -89,17 +87,15 @@ FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
 
 int FileVersions::publish(const Version& version) {
   letReadersIn(version->file.descriptor());
-  int error = 0;
-  const std::optional<struct stat> old = replaceableState(target_, error);
-  if (error != 0) return error;
+  struct stat old {};
+  const bool isThere = ::lstat(target_.c_str(), &old) == 0;
   const GuardLock lock(mutex_);
   if (!sequence_) learnSequence();
-  if (!old) removeDeleted();
-  if (!old || !exchange(*version, *old)) {
-    if (!record(*version) || old) removeRecord(version->file.descriptor());
-    error = version->file.replace(target_);
+  if (!isThere) removeDeleted();
+  if (!isThere || !exchange(*version, old)) {
+    if (!record(*version) || isThere) removeRecord(version->file.descriptor());
+    if (const int error = version->file.replace(target_); error != 0) return error;
   }
-  if (error != 0) return error;
   present_ = version;
   isPresentOnDisk_ = false;
   return 0;
@@ -113,8 +109,8 @@ void FileVersions::removeDeleted() {
 }
 
 bool FileVersions::exchange(FileVersion& version, const struct stat& old) {
-  if (old.st_nlink != 1 || old.st_uid != ::geteuid()) return false;
-  if (!present_ || !isNameOf(target_, present_->file.descriptor())) recordForeign();
+  if (!S_ISREG(old.st_mode) || old.st_nlink != 1 || old.st_uid != ::geteuid()) return false;
+  if (!present_ || !isFile(*present_, old)) recordForeign();
   const fs::path name = version.file.name();
   if (!record(version) || version.file.exchange(target_) != 0) return false;
   hidePresent(name);
@@ -122,26 +118,27 @@ bool FileVersions::exchange(FileVersion& version, const struct stat& old) {
 }
 
 void FileVersions::hidePresent(const fs::path& name) {
+  struct stat status {};
+  const bool isThere = ::lstat(name.c_str(), &status) == 0;
   Version old = std::exchange(present_, nullptr);
-  if (old && isNameOf(name, old->file.descriptor())) {
+  if (old && isThere && isFile(*old, status)) {
     old->file.setName(name);
   } else {
     old = std::make_shared<FileVersion>();
-    old->file = HiddenFile(openHiddenFile(name), name);
+    old->file = HiddenFile(openPlainFile(name), name);
     old->isKept = true;
   }
-  const auto status = stateOf(old->file.descriptor());
-  if (status) setMode(old->file.descriptor(), *status, kOwnerOnly);
+  if (isThere) setMode(old->file.descriptor(), status, kOwnerOnly);
   hidden_.push_back(std::move(old));
 }
 
 // Files of dead processes keep their place in the order, but for those that never got the name.
 void FileVersions::learnSequence() {
-  const Descriptor present = openHiddenFile(target_);
+  const Descriptor present = openPlainFile(target_);
   const auto record = present ? readRecord(present.get()) : std::nullopt;
   sequence_ = record ? record->sequence : 0;
   forEachHiddenFile(target_, [&](const fs::path& name) {
-    const Descriptor file = openHiddenFile(name);
+    const Descriptor file = openPlainFile(name);
     const auto other = file ? readRecord(file.get()) : std::nullopt;
     if (!other) return;
     const bool unpublished = record && other->sequence > record->sequence;
@@ -157,6 +154,8 @@ bool FileVersions::record(FileVersion& version) {
   const auto status = stateOf(version.file.descriptor());
   if (!status) return false;
   version.sequence = ++*sequence_;
+  version.inode = status->st_ino;
+  version.device = status->st_dev;
   version.size = status->st_size;
   version.modified = modificationTime(*status);
   return writeRecord(version.file.descriptor(), {version.sequence, version.modified, presentBoot(),
@@ -165,7 +164,7 @@ bool FileVersions::record(FileVersion& version) {
 
 // A file that somebody else has put there gets its place in the order before it is hidden.
 void FileVersions::recordForeign() {
-  const Descriptor file = openHiddenFile(target_);
+  const Descriptor file = openPlainFile(target_);
   const auto status = stateOf(file.get());
   if (!status || readRecord(file.get())) return;
   int error = 0;
@@ -196,9 +195,9 @@ int FileVersions::sync() {
 
 // A failed sync is reported once only, so one that succeeds later on says nothing.
 int FileVersions::noteSync(FileVersion& version, int error) {
-  if (!version.isReusable) error = EIO;
+  if (version.hasFailed) error = EIO;
   version.isKept = error == 0;
-  version.isReusable = error == 0;
+  version.hasFailed = error != 0;
   if (error != 0) return error;
   if (present_.get() == &version) isPresentOnDisk_ = true;
   if (auto record = readRecord(version.file.descriptor())) {
@@ -208,14 +207,16 @@ int FileVersions::noteSync(FileVersion& version, int error) {
   std::size_t spares = 0;
   std::erase_if(hidden_, [&](const Version& hidden) {
     if (hidden->sequence < version.sequence) hidden->isKept = false;
-    return !hidden->isKept && (!hidden->isReusable || ++spares > kMostSpares);
+    return !hidden->isKept && (!hidden->isReusable || hidden->hasFailed || ++spares > kMostSpares);
   });
   return 0;
 }
 
 bool FileVersions::release() {
   const GuardLock lock(mutex_);
-  if (present_ && !isPresentOnDisk_) return false;
+  const auto status = present_ ? stateOf(present_->file.descriptor()) : std::nullopt;
+  const bool isDeleted = !status || status->st_nlink == 0;
+  if (!isDeleted && !isPresentOnDisk_) return false;
   hidden_.clear();
   if (present_) removeRecord(present_->file.descriptor());
   present_.reset();

@@ -17,12 +17,15 @@ namespace playerx {
 /// One version of a file that is replaced again and again.
 struct FileVersion {
   HiddenFile file;
-  BlockHashes blocks;          ///< of the content
-  std::int64_t size = 0;       ///< of the content, in bytes
-  std::int64_t modified = 0;   ///< when this process wrote the content last
+  BlockHashes blocks;  ///< of the content
+  dev_t device = 0;    ///< this and what follows describe the file once it is published
+  ino_t inode = 0;
+  std::int64_t size = 0;       ///< bytes
+  std::int64_t modified = 0;   ///< when this process wrote the content, in nanoseconds
   std::uint64_t sequence = 0;  ///< a later version has a higher one
   bool isKept = false;         ///< the newest version on the disk, or about to be it
-  bool isReusable = false;     ///< written by this process
+  bool isReusable = false;     ///< written by this process, and by nobody else since
+  bool hasFailed = false;      ///< could not be synced
 };
 
 /// The versions of one file: the present one under the file's name, and hidden ones beside it.

@@ -156,7 +156,7 @@ void forEachHiddenFile(const fs::path& target, const std::function<void(const fs
   }
 }
 
-Descriptor openHiddenFile(const fs::path& name) {
+Descriptor openPlainFile(const fs::path& name) {
   return Descriptor(::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
 }
 
@@ -164,7 +164,7 @@ bool isLeftBehind(int file) { return lockFile(file, LOCK_EX | LOCK_NB); }
 
 void removeLeftovers(const fs::path& target) {
   forEachHiddenFile(target, [](const fs::path& name) {
-    const Descriptor file = openHiddenFile(name);
+    const Descriptor file = openPlainFile(name);
     if (file && isLeftBehind(file.get())) ::unlink(name.c_str());
   });
 }

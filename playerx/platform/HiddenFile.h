@@ -65,8 +65,8 @@ std::optional<struct stat> replaceableState(const std::filesystem::path& target,
 void forEachHiddenFile(const std::filesystem::path& target,
                        const std::function<void(const std::filesystem::path&)>& action);
 
-/// Opens a hidden file for reading; empty when it cannot be opened.
-Descriptor openHiddenFile(const std::filesystem::path& name);
+/// Opens a file for reading unless it is a link; empty when it cannot be opened.
+Descriptor openPlainFile(const std::filesystem::path& name);
 
 /// Whether the process that made the file has ended. On a file system without locks that cannot be
 /// told, and the answer is no.

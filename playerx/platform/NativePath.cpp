@@ -1,7 +1,10 @@
 #include "playerx/platform/NativePath.h"
 
+#include <unistd.h>
+
 #include <cerrno>
-#include <system_error>
+#include <climits>
+#include <string>
 
 #include "playerx/platform/Text.h"
 
@@ -14,14 +17,15 @@ std::optional<std::filesystem::path> nativePath(const std::wstring& path) {
 
 std::filesystem::path followLinks(std::filesystem::path path, int& error) {
   constexpr int kMostLinks = 40;  // the system's own limit
-  std::error_code failure;
+  char target[PATH_MAX];
   for (int links = 0; links < kMostLinks; ++links) {
-    const std::filesystem::path target = std::filesystem::read_symlink(path, failure);
-    if (failure) {
+    const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
+    if (length < 0) {
       error = 0;
       return path;
     }
-    path = path.parent_path() / target;  // an absolute target replaces the folder
+    // An absolute target replaces the folder.
+    path = path.parent_path() / std::string(target, static_cast<std::size_t>(length));
   }
   error = ELOOP;
   return path;

@@ -17,6 +17,7 @@ SyncBatcher::~SyncBatcher() { finish(); }
 void SyncBatcher::request(const std::filesystem::path& file) {
   const GuardLock lock(mutex_);
   const bool first = pending_.empty();
+  if (first) deadline_ = Condition::Clock::now() + gathering_;
   pending_.insert(file);
   ++requested_;
   if (finishing_) {
@@ -63,8 +64,7 @@ void SyncBatcher::run() {
   while (true) {
     while (!finishing_ && pending_.empty()) work_.wait(mutex_);
     if (pending_.empty()) return;
-    const auto deadline = Condition::Clock::now() + gathering_;
-    while (!finishing_ && flushing_ == 0 && work_.waitUntil(mutex_, deadline)) {
+    while (!finishing_ && flushing_ == 0 && work_.waitUntil(mutex_, deadline_)) {
     }
     syncPending();
   }

@@ -53,6 +53,7 @@ class SyncBatcher {
   Condition work_;
   Condition progress_;
   Files pending_ KVPM_GUARDED_BY(mutex_);
+  Condition::Clock::time_point deadline_ KVPM_GUARDED_BY(mutex_);  // of the pending files
   std::uint64_t requested_ KVPM_GUARDED_BY(mutex_) = 0;
   std::uint64_t taken_ KVPM_GUARDED_BY(mutex_) = 0;   // requests up to this one are being done
   std::uint64_t synced_ KVPM_GUARDED_BY(mutex_) = 0;  // requests up to this one are done

@@ -39,7 +39,7 @@ struct Candidate {
 
 // One that cannot be read now stores its error: an older one in its place would lose content.
 void prefer(Candidate& best, const fs::path& name, int& error) {
-  Descriptor file = openHiddenFile(name);
+  Descriptor file = openPlainFile(name);
   const auto record = file ? readRecord(file.get()) : std::nullopt;
   if (error != 0 || !record || record->sequence < best.sequence) return;
   const auto hash = hashOfFile(file.get(), record->seed, error);

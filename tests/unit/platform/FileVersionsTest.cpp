@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -106,6 +107,19 @@ TEST_F(FileVersions, OneThatIsHeldOpenStaysAsItIs) {
   std::ifstream reader(path_);
   saveTimes(10);
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), "version 2");
+}
+
+TEST_F(FileVersions, OneThatIsBeingWrittenOverCannotBeOpened) {
+  saveTimes(5);
+  playerx::flushFileSyncs();
+  saveTimes(5);
+  File file;
+  ASSERT_EQ(file.open(wide(path_), kvpm::FileOpenWrite), 0);
+  int refused = 0;
+  for (const fs::path& hidden : hiddenBeside(path_)) {
+    if (!playerx::openPlainFile(hidden) && errno == EWOULDBLOCK) ++refused;
+  }
+  EXPECT_EQ(refused, 1);
 }
 
 TEST_F(FileVersions, OneWithASecondNameStaysAsItIs) {
@@ -214,7 +228,7 @@ TEST_F(FileVersions, ASyncedOneIsKnownToBeOnTheDisk) {
   platform_test::write(file, "migrated");
   ASSERT_EQ(file.sync(), 0);
   ASSERT_EQ(file.close(), 0);
-  const auto record = playerx::readRecord(playerx::openHiddenFile(path_).get());
+  const auto record = playerx::readRecord(playerx::openPlainFile(path_).get());
   ASSERT_TRUE(record);
   EXPECT_EQ(record->boot, playerx::VersionRecord::kOnDisk);
 }

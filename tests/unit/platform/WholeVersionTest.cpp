@@ -51,7 +51,7 @@ class WholeVersion : public testing::Test {
   }
 
   static void startMachineAnew(const fs::path& path) {
-    const playerx::Descriptor file = playerx::openHiddenFile(path);
+    const playerx::Descriptor file = playerx::openPlainFile(path);
     auto record = playerx::readRecord(file.get());
     if (!record || record->boot == VersionRecord::kOnDisk) return;
     record->boot += 2;
