@@ -80,20 +80,22 @@ MountedDisk::MountedDisk(const UniqueFd& disk, fs::path folder) : folder_(std::m
 
 MountedDisk::~MountedDisk() { ::umount2(folder_.c_str(), MNT_DETACH); }
 
-RecordedDisk::RecordedDisk(const std::string& content) {
-  const fs::path image = folder_.write("image", content);
-  const fs::path served = folder_ / "served";
+RecordedDisk::RecordedDisk(const std::string& content, const fs::path& folder) {
+  const fs::path image = own_.write("image", content);
+  const fs::path served = own_ / "served";
   fs::create_directories(served);
   server_ = std::make_unique<support::Process>(
       std::vector<std::string>{RECORDING_DISK, served.string(), image.string(), record().string()});
   const bool isServed = support::waitFor([&] { return fs::exists(served / "disk"); });
   if (!isServed) throw std::runtime_error("no recording disk: " + server_->errors());
-  disk_ = std::make_unique<MountedDisk>(openOrFail(served / "disk"), folder_ / "mounted");
+  disk_ = std::make_unique<MountedDisk>(openOrFail(served / "disk"), folder);
 }
 
-RecordedDisk::~RecordedDisk() {
+RecordedDisk::~RecordedDisk() { unmount(); }
+
+void RecordedDisk::unmount() {
   disk_.reset();
-  ::umount2((folder_ / "served").c_str(), MNT_DETACH);
+  ::umount2((own_ / "served").c_str(), MNT_DETACH);
 }
 
 }  // namespace power_test

