@@ -1,5 +1,6 @@
 #include "persistence/QueueDocument.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -19,7 +20,11 @@ struct DocumentFormat {
   Spelling spelling;
 };
 
+bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+
 std::wstring wideText(std::string_view value) {
+  // Most texts of a long queue; the buffers of a conversion would leave holes between the items.
+  if (std::all_of(value.begin(), value.end(), isAscii)) return {value.begin(), value.end()};
   return DownloadManagerPersistence::utf8ToWstring(
       reinterpret_cast<const unsigned char*>(std::string(value).c_str()));
 }

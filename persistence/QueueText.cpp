@@ -16,6 +16,13 @@ using VeskPlayerX::DownloadItemInterface;
 
 constexpr std::uint64_t kNoVersion = 0;
 
+/// Elements that are copied rather than made a reason for another edit.
+constexpr std::size_t kLongestRun = 64;
+constexpr int kMostEdits = 8;
+
+/// Bytes of an element beside its texts, with some to spare for a text that grows.
+constexpr std::size_t kMarkup = 320;
+
 /// What tells every state of every item from all others.
 std::uint64_t versionOf(const DownloadItemInterface& item) {
   // A class derived from the item could answer with fields that are not the item's.
@@ -23,63 +30,58 @@ std::uint64_t versionOf(const DownloadItemInterface& item) {
   return static_cast<const DownloadItem&>(item).version();
 }
 
-std::vector<std::size_t> textLengthsOf(const std::vector<DownloadItemInterface*>& items) {
-  std::vector<std::size_t> lengths;
-  for (const DownloadItemInterface* item : items) appendTextLengths(lengths, *item);
-  return lengths;
-}
-
 std::uint32_t charactersOf(const DownloadItemInterface& item) {
   std::vector<std::size_t> lengths;
   appendTextLengths(lengths, item);
-  std::size_t sum = 0;
-  for (const std::size_t length : lengths) sum += std::min(length, kLongestXmlValue);
-  return static_cast<std::uint32_t>(sum);
+  return static_cast<std::uint32_t>(persistence::charactersOf(lengths, kLongestXmlValue));
 }
 
 }  // namespace
 
-/// Goes through the elements of an edit and the items that come in their place, side by side.
-class QueueText::Rewriter {
+/// Writes one edit: goes through the elements and the items that come in their place side by side,
+/// until they are the same for a while.
+class QueueText::EditWriter {
  public:
-  Rewriter(const QueueText& queue, Edit& edit)
-      : queue_(queue), edit_(edit), next_(edit.first), characters_(queue.characters_) {}
+  /// Begins at the element `first`, which stands at `begin`. A run of `longestRun` elements that
+  /// stay as they are ends the edit.
+  EditWriter(const QueueText& queue, std::size_t first, std::size_t begin, std::size_t longestRun)
+      : queue_(queue), longestRun_(longestRun), characters_(queue.characters_) {
+    edit_.first = first;
+    edit_.begin = begin;
+  }
 
-  /// Adds the element of `item`, which stands before `following`, or null. Returns false when the
-  /// texts might not fit a document.
-  bool add(const DownloadItemInterface& item, const DownloadItemInterface* following) {
-    if (!isNext(item) && isWritten(next_ + 1, item)) drop();
+  /// Takes the next item, which stands before `following`, or null. Returns false when the texts
+  /// might not fit a document.
+  bool take(const DownloadItemInterface& item, const DownloadItemInterface* following) {
+    if (!isNext(item) && isWritten(next() + 1, item)) drop();
     if (isNext(item)) {
-      keep();
+      ++run_;
       return true;
     }
     if (!write(item)) return false;
     const bool isInserted = following != nullptr && isNext(*following);
-    if (!isInserted && next_ < end()) drop();
+    if (!isInserted && next() < queue_.elements_.size()) drop();
     return true;
   }
 
-  void finish() {
-    while (next_ < end()) drop();
+  bool isDone() const { return run_ == longestRun_; }
+
+  /// The edit, when no item is left: elements that are left have none any more.
+  Edit finish() {
+    while (!isDone() && next() < queue_.elements_.size()) drop();
+    return std::move(edit_);
   }
 
  private:
-  std::size_t end() const { return edit_.first + edit_.count; }
-  bool isNext(const DownloadItemInterface& item) const { return isWritten(next_, item); }
+  std::size_t next() const { return edit_.first + edit_.count + run_; }
+  bool isNext(const DownloadItemInterface& item) const { return isWritten(next(), item); }
   bool isWritten(std::size_t index, const DownloadItemInterface& item) const {
-    return index < end() && queue_.elements_[index].isOf(item);
-  }
-
-  void keep() {
-    const Element& element = queue_.elements_[next_];
-    edit_.text.append(queue_.text_, edit_.begin + edit_.length, element.length);
-    edit_.elements.push_back(element);
-    characters_ += element.characters;
-    drop();
+    return index < queue_.elements_.size() && queue_.elements_[index].isOf(item);
   }
 
   void drop() {
-    const Element& element = queue_.elements_[next_++];
+    keepRun();
+    const Element& element = queue_.elements_[edit_.first + edit_.count++];
     edit_.length += element.length;
     characters_ -= element.characters;
   }
@@ -88,14 +90,26 @@ class QueueText::Rewriter {
     const std::uint32_t characters = charactersOf(item);
     characters_ += characters;
     if (!fitsDocument(characters_)) return false;
+    keepRun();
     edit_.append(item, kLongestXmlValue, characters);
     return true;
   }
 
+  /// Makes the run, behind which something changes, a part of the edit.
+  void keepRun() {
+    for (; run_ > 0; --run_) {
+      const Element& element = queue_.elements_[edit_.first + edit_.count++];
+      edit_.text.append(queue_.text_, edit_.begin + edit_.length, element.length);
+      edit_.length += element.length;
+      edit_.elements.push_back(element);
+    }
+  }
+
   const QueueText& queue_;
-  Edit& edit_;
-  std::size_t next_;          // index of the first element that is neither kept nor dropped
-  std::uint64_t characters_;  // of what is written so far, and of elements not yet dropped
+  const std::size_t longestRun_;
+  Edit edit_;
+  std::size_t run_ = 0;       // elements behind the edit that stay as they are
+  std::uint64_t characters_;  // of all elements, those not yet dropped included
 };
 
 bool QueueText::Element::isOf(const DownloadItemInterface& item) const {
@@ -111,33 +125,33 @@ void QueueText::Edit::append(const DownloadItemInterface& item, std::size_t limi
 }
 
 bool QueueText::update(const Items& items) {
-  std::optional<Edit> edit;
-  if (!elements_.empty() && !items.empty()) edit = editFor(items);
-  return apply(edit ? *std::move(edit) : rewrite(items));
+  std::optional<bool> isChanged;
+  if (!elements_.empty() && !items.empty()) isChanged = updateElements(items);
+  return isChanged ? *isChanged : apply(rewrite(items));
 }
 
-/// The edit between the items at both ends that are as they were; nullopt when the texts might not
-/// fit a document unless they are cut.
-std::optional<QueueText::Edit> QueueText::editFor(const Items& items) const {
-  Edit edit;
-  edit.begin = kQueueBeginning.size();
-  const std::size_t shorter = std::min(items.size(), elements_.size());
-  while (edit.first < shorter && elements_[edit.first].isOf(*items[edit.first])) {
-    edit.begin += elements_[edit.first++].length;
+/// Edits what has changed. Returns nullopt when the texts might not fit a document unless they are
+/// cut; some of the changes are missing then.
+std::optional<bool> QueueText::updateElements(const Items& items) {
+  bool isChanged = false;
+  std::size_t begin = kQueueBeginning.size();
+  std::size_t at = 0;
+  for (int edits = 1; at < items.size() || at < elements_.size(); ++edits) {
+    for (; at < items.size() && at < elements_.size() && elements_[at].isOf(*items[at]); ++at) {
+      begin += elements_[at].length;
+    }
+    // Each edit may move the whole text behind it; many become one.
+    EditWriter writer(*this, at, begin, edits < kMostEdits ? kLongestRun : items.size());
+    while (at < items.size() && !writer.isDone()) {
+      const DownloadItemInterface& item = *items[at++];
+      if (!writer.take(item, at < items.size() ? items[at] : nullptr)) return std::nullopt;
+    }
+    Edit edit = writer.finish();
+    at = edit.first + edit.elements.size();
+    begin += edit.text.size();
+    if (apply(std::move(edit))) isChanged = true;
   }
-  std::size_t behind = 0;  // elements that stay behind the edit
-  while (behind < shorter - edit.first &&
-         elements_[elements_.size() - behind - 1].isOf(*items[items.size() - behind - 1])) {
-    ++behind;
-  }
-  edit.count = elements_.size() - edit.first - behind;
-  Rewriter rewriter(*this, edit);
-  const std::size_t end = items.size() - behind;
-  for (std::size_t i = edit.first; i < end; ++i) {
-    if (!rewriter.add(*items[i], i + 1 < end ? items[i + 1] : nullptr)) return std::nullopt;
-  }
-  rewriter.finish();
-  return edit;
+  return isChanged;
 }
 
 /// The edit that writes everything anew.
@@ -149,7 +163,10 @@ QueueText::Edit QueueText::rewrite(const Items& items) const {
     edit.text = kEmptyQueueDocument;
     return edit;
   }
-  const std::size_t limit = longestValueFor(textLengthsOf(items));
+  std::vector<std::size_t> lengths;
+  for (const DownloadItemInterface* item : items) appendTextLengths(lengths, *item);
+  const std::size_t limit = longestValueFor(lengths);
+  edit.text.reserve(charactersOf(lengths, limit) + items.size() * kMarkup);
   edit.text = kQueueBeginning;
   for (const DownloadItemInterface* item : items) edit.append(*item, limit, charactersOf(*item));
   edit.text += kQueueEnd;

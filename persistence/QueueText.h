@@ -20,8 +20,8 @@ class QueueText {
  public:
   using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
 
-  /// Makes the text that of `items`, in their order. Returns whether it has changed. It stays as it
-  /// was when `std::bad_alloc` is thrown.
+  /// Makes the text that of `items`, in their order. Returns whether it has changed. When
+  /// `std::bad_alloc` is thrown, some of the changes are missing in it until the next update.
   bool update(const Items& items);
 
   /// The whole document; empty before the first update.
@@ -50,9 +50,9 @@ class QueueText {
                 std::uint32_t characters);
   };
 
-  class Rewriter;
+  class EditWriter;
 
-  std::optional<Edit> editFor(const Items& items) const;
+  std::optional<bool> updateElements(const Items& items);
   Edit rewrite(const Items& items) const;
   bool apply(Edit edit);
 

@@ -63,12 +63,6 @@ Character firstCharacter(std::string_view bytes) {
   return isShortest && isCarried(value) ? Character{value, length} : Character{};
 }
 
-std::uint64_t sumOf(const std::vector<std::size_t>& lengths, std::size_t limit) {
-  std::uint64_t sum = 0;
-  for (const std::size_t length : lengths) sum += std::min(length, limit);
-  return sum;
-}
-
 /// What stands for a character in a value; empty for one that stands for itself.
 constexpr std::string_view escapeOf(char c) {
   switch (c) {
@@ -93,11 +87,17 @@ constexpr std::string_view escapeOf(char c) {
 
 }  // namespace
 
+std::uint64_t charactersOf(const std::vector<std::size_t>& lengths, std::size_t limit) {
+  std::uint64_t sum = 0;
+  for (const std::size_t length : lengths) sum += std::min(length, limit);
+  return sum;
+}
+
 bool fitsDocument(std::uint64_t characters) { return characters <= kMostText / kLongestEscape; }
 
 std::size_t longestValueFor(const std::vector<std::size_t>& lengths) {
   std::size_t limit = kLongestXmlValue;
-  while (!fitsDocument(sumOf(lengths, limit))) limit /= 2;
+  while (!fitsDocument(charactersOf(lengths, limit))) limit /= 2;
   return limit;
 }
 

@@ -14,6 +14,9 @@ namespace persistence {
 /// more than 10,000,000.
 inline constexpr std::size_t kLongestXmlValue = 9'000'000;
 
+/// The sum of text lengths, each counted up to `limit`.
+std::uint64_t charactersOf(const std::vector<std::size_t>& lengths, std::size_t limit);
+
 /// Whether texts of so many characters together, none above `kLongestXmlValue`, stay within what
 /// the XML library can count, whatever they hold.
 bool fitsDocument(std::uint64_t characters);

@@ -133,11 +133,12 @@ TEST_F(QueueTextTest, AFloodIsCutOnlyAsLongAsItLasts) {
 /// A queue that changes at random, as an application may change one.
 class ChangingQueue {
  public:
-  explicit ChangingQueue(unsigned seed) : random_(seed) {}
+  ChangingQueue(unsigned seed, std::size_t size) : random_(seed) {
+    while (owned_.size() < size) owned_.push_back(newItem());
+  }
 
-  void change() {
-    const std::size_t changes = upTo(3);
-    for (std::size_t i = 0; i <= changes; ++i) changeOnce();
+  void change(std::size_t mostChanges) {
+    for (std::size_t changes = upTo(mostChanges); changes > 0; --changes) changeOnce();
   }
 
   Items items() const {
@@ -183,7 +184,7 @@ class ChangingQueue {
   }
 
   std::unique_ptr<DownloadItem> newItem() {
-    auto item = upTo(9) == 0 ? std::make_unique<ForeignItem>() : std::make_unique<DownloadItem>();
+    auto item = upTo(99) == 0 ? std::make_unique<ForeignItem>() : std::make_unique<DownloadItem>();
     item->setUrl(anyText());
     item->setTicket(std::string(upTo(5), static_cast<char>(random_())));
     return item;
@@ -193,16 +194,29 @@ class ChangingQueue {
   std::vector<std::unique_ptr<DownloadItem>> owned_;
 };
 
-TEST_F(QueueTextTest, HoweverAQueueChangesTheTextIsTheLibrarysOwn) {
+/// Changes a queue in so many steps, each of which is written.
+void expectTheLibrarysOwnText(ChangingQueue changing, int steps, std::size_t mostChanges) {
+  QueueText queue;
+  for (int step = 0; step < steps; ++step) {
+    changing.change(mostChanges);
+    const std::string before = queue.text();
+    const bool isChanged = queue.update(changing.items());
+    ASSERT_EQ(queue.text(), libraryDocument(changing.items())) << "step " << step;
+    ASSERT_EQ(isChanged, queue.text() != before) << "step " << step;
+  }
+}
+
+TEST(ChangingQueueText, IsTheLibrarysOwnHoweverAShortQueueChanges) {
   for (unsigned seed = 0; seed < 30; ++seed) {
-    ChangingQueue changing(seed);
-    for (int step = 0; step < 200; ++step) {
-      changing.change();
-      const std::string before = queue.text();
-      const bool isChanged = queue.update(changing.items());
-      ASSERT_EQ(queue.text(), libraryDocument(changing.items())) << seed << " at " << step;
-      ASSERT_EQ(isChanged, queue.text() != before);
-    }
+    SCOPED_TRACE(seed);
+    expectTheLibrarysOwnText(ChangingQueue(seed, 3), 200, 3);
+  }
+}
+
+TEST(ChangingQueueText, IsTheLibrarysOwnHoweverALongQueueChanges) {
+  for (unsigned seed = 0; seed < 3; ++seed) {
+    SCOPED_TRACE(seed);
+    expectTheLibrarysOwnText(ChangingQueue(seed, 1'000), 20, 15);
   }
 }
 
