@@ -32,7 +32,7 @@ enum class TicketProblem {
   kNoUrl,             ///< a block is closed without an address
   kUnclosed,          ///< the last block is not closed
   kUnclosedAtStart,   ///< a block is not closed before the next one is opened
-  kEndOutsideABlock,  ///< a line closes a block while none is open
+  kEndOutsideABlock,  ///< a line closes a block outside a block
 };
 
 struct TicketFault {

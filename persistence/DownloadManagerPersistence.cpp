@@ -26,7 +26,7 @@ using Items = DownloadManagerPersistence::Items;
 persistence::QueueText queueText KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 
 /// Files that must not be replaced, each with the file whose content would be lost: itself, or the
-/// one that is to be taken over into it.
+/// one that is to be imported into it.
 std::map<std::wstring, std::wstring> keptFiles
     KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 

@@ -6,7 +6,7 @@
 #include "VeskPlayerX/DownloadItemInterface.h"
 #include "kvpm/CritSection.h"
 
-/// Keeps the download queue in a file, and takes over the file of an earlier release.
+/// Keeps the download queue in a file, and imports the file of an earlier release.
 ///
 /// All operations are static and may be called from any thread; a caller that holds the lock of the
 /// queue takes it before, never after. Items that are returned are new and belong to the caller.
@@ -36,14 +36,14 @@ class DownloadManagerPersistence {
   /// taken. It is kept where it cannot be moved.
   static Items loadDownloadQueue(const std::wstring& path);
 
-  /// Takes the queue of an earlier release over: loads it from the file `legacy`, writes it to
+  /// Imports the queue of an earlier release: loads it from the file `legacy`, writes it to
   /// `current`, and deletes `legacy` once the new file is on the disk. Nothing is written to
   /// `current` as long as `legacy` is there and could not be read. Blocks as long as the disk
   /// takes.
   static Items migrateDownloadQueue(const std::wstring& legacy, const std::wstring& current);
 
-  /// Whether nothing is written to the file at present, because what it holds, or what was to be
-  /// taken over into it, would be lost. The items that were read are then not what the user has.
+  /// Whether the file is kept: nothing is written to it, because what it holds, or what was to be
+  /// imported into it, would be lost. The items that were read are then not all that the user has.
   static bool isKept(const std::wstring& path);
 
   /// The queue in a file of this release's format.

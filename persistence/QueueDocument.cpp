@@ -15,7 +15,8 @@ namespace {
 /// The shape of a format's documents.
 struct DocumentFormat {
   std::string_view root;
-  std::string_view version;  ///< attribute of the root that must read 1; empty for none
+  std::string_view
+      version;  ///< attribute of the root that must read 1; empty when there is no such attribute
   std::string_view element;
   Spelling spelling;
 };

@@ -78,10 +78,13 @@ bool holdsExactly(const std::wstring& path, std::string_view content) {
   kvpm::File file;
   if (file.open(path, kvpm::FileOpenRead) != 0) return false;
   if (file.getTotalSize() != static_cast<std::int64_t>(content.size())) return false;
+  std::string buffer(std::min(content.size(), kComparedAtOnce), '\0');
   while (!content.empty()) {
-    const auto bytes = readSome(file, std::min(content.size(), kComparedAtOnce));
-    if (!bytes || bytes->empty() || !content.starts_with(*bytes)) return false;
-    content.remove_prefix(bytes->size());
+    const std::int64_t got = file.read(buffer.data(), std::min(content.size(), buffer.size()));
+    if (got <= 0) return false;
+    const auto length = static_cast<std::size_t>(got);
+    if (content.substr(0, length) != std::string_view(buffer).substr(0, length)) return false;
+    content.remove_prefix(length);
   }
   return true;
 }

@@ -10,8 +10,9 @@
 /// A failure shows in the result alone; nothing but `std::bad_alloc` is thrown.
 namespace persistence {
 
-/// The items of a file whose format its beginning tells. One that is missing or empty has none, and
-/// `kUnavailable` is what cannot be opened or read now, as for lack of descriptors or of a right.
+/// The items of a file whose format its beginning tells; no items for one that is missing or empty.
+/// The outcome is `kUnavailable` for a file that cannot be opened or read now, as for lack of
+/// descriptors or of a right.
 QueueReading readQueueFile(const std::wstring& path);
 
 /// The items of a file of the format, `kCurrent` or `kLegacy`, whatever its beginning looks like.

@@ -16,8 +16,10 @@ using VeskPlayerX::DownloadItemInterface;
 
 constexpr std::uint64_t kNoVersion = 0;
 
-/// Elements that are copied rather than made a reason for another edit.
+/// So many elements in a row that stay as they are end an edit; fewer are copied.
 constexpr std::size_t kLongestRun = 64;
+
+/// Each edit may move all the text behind it. The last one takes everything that is left.
 constexpr int kMostEdits = 8;
 
 /// Bytes of an element beside its texts, with some to spare for a text that grows.
@@ -66,7 +68,7 @@ class QueueText::EditWriter {
 
   bool isDone() const { return run_ == longestRun_; }
 
-  /// The edit, when no item is left: elements that are left have none any more.
+  /// Ends the edit. If that is for want of items, the remaining elements are dropped.
   Edit finish() {
     while (!isDone() && next() < queue_.elements_.size()) drop();
     return std::move(edit_);
@@ -140,7 +142,6 @@ std::optional<bool> QueueText::updateElements(const Items& items) {
     for (; at < items.size() && at < elements_.size() && elements_[at].isOf(*items[at]); ++at) {
       begin += elements_[at].length;
     }
-    // Each edit may move the whole text behind it; many become one.
     EditWriter writer(*this, at, begin, edits < kMostEdits ? kLongestRun : items.size());
     while (at < items.size() && !writer.isDone()) {
       const DownloadItemInterface& item = *items[at++];

@@ -100,7 +100,7 @@ ItemList readRecords(const std::vector<VeskDrmTicketData*>& records) {
   return items;
 }
 
-/// The items that `read` finds; none when there is no memory for them.
+/// The items that `read` finds; empty when there is no memory for them.
 template <class Read>
 TicketParser::Items readSafely(Read read) {
   try {

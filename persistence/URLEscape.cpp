@@ -44,7 +44,7 @@ char* writeEscape(char c, char* out) {
   return out;
 }
 
-/// The character that the escape at `text` stands for; "%" when there is none of the ten.
+/// The character that the escape at `text` stands for; "%" when it is not one of the ten.
 char characterAt(const char* text) {
   const std::uint8_t high = kDigitValues[static_cast<unsigned char>(text[1])];
   const std::uint8_t low = kDigitValues[static_cast<unsigned char>(text[2])];

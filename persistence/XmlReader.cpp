@@ -40,8 +40,8 @@ void appendRestingPlaces(std::string& bytes) {
 
 std::string_view textOf(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 
-/// A local name, as the library has it for a name whose prefix is declared or absent. The names
-/// that are looked for have no colon, so a name of an undeclared prefix is none of them.
+/// The local name; empty for a prefix that is not declared, which makes the prefix a part of the
+/// name.
 std::string_view localName(const xmlChar* name, const xmlChar* prefix, const xmlChar* uri) {
   return prefix != nullptr && uri == nullptr ? std::string_view() : textOf(name);
 }

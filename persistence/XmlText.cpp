@@ -34,7 +34,7 @@ constexpr std::uint8_t byteAt(std::string_view bytes, std::size_t index) {
   return static_cast<std::uint8_t>(bytes[index]);
 }
 
-/// Bytes of the sequence that a first byte announces; 0 for a byte that begins none.
+/// Bytes of the sequence that a first byte announces; 0 for a byte that cannot be the first.
 constexpr std::size_t announcedLength(std::uint8_t first) {
   if (first < 0x80) return 1;
   if (first < 0xC2) return 0;

@@ -12,7 +12,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   QueueText document;
   document.update(queue);
   const QueueReading back = readQueueDocument(document.text(), QueueFormat::kCurrent);
-  fuzz::require(back.outcome == QueueOutcome::kRead, "what is taken over can be read again");
+  fuzz::require(back.outcome == QueueOutcome::kRead, "what is imported can be read again");
   fuzz::require(back.items.size() == items.size(), "no item is lost");
   return 0;
 }

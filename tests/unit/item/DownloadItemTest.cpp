@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -207,6 +208,45 @@ TEST(DownloadItem, IdsAreUniqueOnAllThreads) {
   for (const auto& some : ids) all.insert(all.end(), some.begin(), some.end());
   std::sort(all.begin(), all.end());
   EXPECT_EQ(std::adjacent_find(all.begin(), all.end()), all.end());
+}
+
+/// Whether `change` gives an item a version that it has not had before.
+bool givesANewVersion(const std::function<void(DownloadItem&)>& change) {
+  DownloadItem item;
+  const std::uint64_t before = item.version();
+  change(item);
+  return item.version() > before;
+}
+
+TEST(DownloadItem, EverySetOfAFieldThatAFileKeepsGivesANewVersion) {
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setTitle(L"a"); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setContentEncryptionUsageId(1); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setStatus(DownloadStatusFailed); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setSize(1); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setPercentDownloaded(1); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setPath(L"a"); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setTicket("a"); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setTimeRemaining(1); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setContentProviderDisplayName(L"a"); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setEncrypted(true); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setTicketAlreadyTorn(true); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setUrl(L"a"); }));
+}
+
+TEST(DownloadItem, TheRestLeavesTheVersion) {
+  EXPECT_FALSE(givesANewVersion([](auto& item) { item.setUID(1); }));
+  EXPECT_FALSE(givesANewVersion([](auto& item) { item.setLastProgressUpdateTime(1); }));
+  EXPECT_FALSE(givesANewVersion([](auto& item) { item.setSlotNumber(1); }));
+  EXPECT_FALSE(givesANewVersion([](auto& item) { item.setAutoProgressivePlayback(true); }));
+}
+
+TEST(DownloadItem, NoTwoItemsShareAVersion) {
+  const DownloadItem one;
+  const DownloadItem two;
+  const DownloadItem copy(&one);
+  EXPECT_GT(one.version(), 0U);
+  EXPECT_NE(one.version(), two.version());
+  EXPECT_NE(one.version(), copy.version());
 }
 
 }  // namespace

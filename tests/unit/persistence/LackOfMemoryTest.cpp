@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Allocations of this thread until the one that fails; below 0 for none.
+/// Allocations of this thread until the one that fails; below 0 when none is to fail.
 thread_local long allocationsLeft = -1;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// An earlier release's queue is taken over, and its file deleted last.
+// An earlier release's queue is imported, and its file deleted last.
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -44,7 +44,7 @@ class Migration : public QueueFileFixture {
   }
 };
 
-TEST_F(Migration, TakesTheQueueOver) {
+TEST_F(Migration, ImportsTheQueue) {
   writeLegacy();
   EXPECT_THAT(migrate(), ElementsAre(titled(L"one")));
   EXPECT_THAT(read(), ElementsAre(titled(L"one")));

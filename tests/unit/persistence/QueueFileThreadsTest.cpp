@@ -49,7 +49,7 @@ TEST_F(QueueFileThreads, LoadingSetsAnUnreadableFileAsideOnce) {
   EXPECT_FALSE(exists("downloadmanager.xml.unreadable.2"));
 }
 
-TEST_F(QueueFileThreads, AWriterWaitsForWhoeverHoldsTheLock) {
+TEST_F(QueueFileThreads, AWriterWaitsForTheHolderOfTheLock) {
   std::optional<LockWaiter> writer;
   {
     const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
@@ -64,7 +64,7 @@ TEST_F(QueueFileThreads, AWriterWaitsForWhoeverHoldsTheLock) {
   EXPECT_THAT(read(), testing::ElementsAre(titled(L"one")));
 }
 
-TEST_F(QueueFileThreads, ReadersWaitForWhoeverHoldsTheLock) {
+TEST_F(QueueFileThreads, ReadersWaitForTheHolderOfTheLock) {
   written({titled(L"old")});
   std::vector<Fields> readQueue;
   std::vector<Fields> loadedQueue;

@@ -178,7 +178,7 @@ TEST_F(QueueFileWrite, AFileThatHoldsTheQueueAlreadyIsNotReplaced) {
   EXPECT_EQ(fileNow(), before);
 }
 
-TEST_F(QueueFileWrite, AFileThatSomebodyElseChangedIsReplaced) {
+TEST_F(QueueFileWrite, AFileThatAnotherProgramChangedIsReplaced) {
   const std::string text = written({titled(L"one")});
   for (const std::string& other : {text + " ", std::string(text.size(), 'x'), std::string()}) {
     put(other);

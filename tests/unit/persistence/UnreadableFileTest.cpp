@@ -99,7 +99,7 @@ TEST_F(UnreadableFile, OfAnEarlierReleaseKeepsTheNewOneFromBeingWritten) {
   EXPECT_TRUE(isKept());
   DownloadManagerPersistence::writeDownloadQueue(path(), Queue({titled(L"two")}).items());
   EXPECT_FALSE(exists("downloadmanager.xml"));
-  EXPECT_THAT(migrate(), ElementsAre(titled(L"one"))) << "the next start takes it over";
+  EXPECT_THAT(migrate(), ElementsAre(titled(L"one"))) << "the next start imports it";
   EXPECT_FALSE(exists("DownloadQueue.dlq"));
   EXPECT_THAT(read(), ElementsAre(titled(L"one")));
   EXPECT_FALSE(isKept());
