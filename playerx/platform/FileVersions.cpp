@@ -132,22 +132,23 @@ void FileVersions::hidePresent(const fs::path& name) {
   hidden_.push_back(std::move(old));
 }
 
-// Files of dead processes keep their place in the order, but for those that never got the name.
+// Versions of dead processes keep their place in the order, but for those that never got the name.
 void FileVersions::learnSequence() {
   const Descriptor present = openPlainFile(target_);
   const auto record = present ? readRecord(present.get()) : std::nullopt;
-  sequence_ = record ? record->sequence : 0;
+  std::uint64_t latest = record ? record->sequence : 0;
   forEachHiddenFile(target_, [&](const fs::path& name) {
     const Descriptor file = openPlainFile(name);
     const auto other = file ? readRecord(file.get()) : std::nullopt;
     if (!other) return;
-    const bool unpublished = record && other->sequence > record->sequence;
-    if (unpublished && isLeftBehind(file.get())) {
+    const bool isUnpublished = record && other->sequence > record->sequence;
+    if (isUnpublished && isLeftBehind(file.get())) {
       ::unlink(name.c_str());
     } else {
-      sequence_ = std::max(*sequence_, other->sequence);
+      latest = std::max(latest, other->sequence);
     }
   });
+  sequence_ = latest;
 }
 
 bool FileVersions::record(FileVersion& version) {
