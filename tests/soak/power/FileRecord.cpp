@@ -33,6 +33,7 @@ struct File {
 };
 
 void write(const fs::path& path, File file) {
+  fs::create_directories(path.parent_path());
   file.bytes.resize(file.head.size);
   support::writeFile(path, file.bytes);
   for (const auto& [name, value] : file.attributes) {
@@ -54,11 +55,11 @@ class FileRecord::Replay {
       : random_(random), isThere_(std::uniform_int_distribution<>(0, 10)(random) / 10.0) {}
 
   void noteSync(const OperationHead& head) {
-    files_[head.inode].synced = std::max(files_[head.inode].synced, head.number);
+    files_[head.file].synced = std::max(files_[head.file].synced, head.number);
   }
 
   void addBytes(std::uint64_t index, const Entry& entry) {
-    File& file = files_[entry.head.inode];
+    File& file = files_[entry.head.file];
     const std::uint64_t end = entry.head.number + entry.payload.size();
     if (file.bytes.size() < end) file.bytes.resize(end);
     for (std::uint64_t at = 0; at < entry.payload.size();) {
@@ -74,10 +75,10 @@ class FileRecord::Replay {
 
   void apply(const Entry& entry) {
     const auto [first, second] = split(entry.payload);
-    File& file = files_[entry.head.inode];
+    File& file = files_[entry.head.file];
     switch (entry.head.kind) {
       case FileOperation::kCreate:
-        names_[first] = entry.head.inode;
+        names_[first] = entry.head.file;
         break;
       case FileOperation::kRename:
         rename(first, second);
@@ -105,7 +106,7 @@ class FileRecord::Replay {
   }
 
   void writeTo(const fs::path& folder) const {
-    for (const auto& [name, inode] : names_) write(folder / name, files_.at(inode));
+    for (const auto& [name, file] : names_) write(folder / name, files_.at(file));
   }
 
  private:

@@ -12,7 +12,7 @@ namespace power_test {
 
 /// What a program did to a file or folder, and what the entry's payload is.
 enum class FileOperation : std::uint64_t {
-  kCreate,           ///< its name
+  kCreate,           ///< its name; the number is 1 for a file that was not there before
   kWrite,            ///< the bytes; the number is their position
   kTruncate,         ///< nothing
   kSync,             ///< nothing; the number of entries there were when the sync began
@@ -27,8 +27,8 @@ enum class FileOperation : std::uint64_t {
 struct OperationHead {
   std::int64_t time = 0;  ///< as `now` has it
   FileOperation kind = FileOperation::kCreate;
-  std::uint64_t inode = 0;  ///< of the file; this and what follows as it is afterwards
-  std::uint64_t size = 0;
+  std::uint64_t file = 0;  ///< stands for one file, whatever its name
+  std::uint64_t size = 0;  ///< this and the times as they are afterwards
   std::int64_t modifiedSeconds = 0;
   std::int64_t modifiedNanoseconds = 0;
   std::uint64_t number = 0;

@@ -11,6 +11,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -58,9 +59,10 @@ class Record {
   void add(FileOperation kind, int file, std::uint64_t number, std::string_view payload) {
     struct stat status {};
     if (file >= 0) ::fstat(file, &status);
+    if (kind == FileOperation::kCreate && number == 1) ++generations_[status.st_ino];
     const OperationHead head = {power_test::now(),
                                 kind,
-                                status.st_ino,
+                                fileOf(status.st_ino),
                                 static_cast<std::uint64_t>(status.st_size),
                                 status.st_mtim.tv_sec,
                                 status.st_mtim.tv_nsec,
@@ -77,7 +79,11 @@ class Record {
   std::mutex& mutex() { return mutex_; }
 
  private:
+  // The number of a file that was deleted is soon given to another.
+  std::uint64_t fileOf(ino_t inode) { return inode << 16U | generations_[inode]; }
+
   std::mutex mutex_;
+  std::map<ino_t, std::uint16_t> generations_;
   std::string folder_;
   int file_ = -1;
   std::uint64_t count_ = 0;
@@ -103,9 +109,16 @@ auto recorded(bool isCovered, Operation operation, Note note) {
 int openRecorded(const char* name, const char* path, int flags, mode_t mode) {
   const auto open = next<int(const char*, int, ...)>(name);
   const bool isCovered = (flags & O_CREAT) != 0 && record().covers(path);
+  bool isNew = false;
   return recorded(
-      isCovered, [&] { return open(path, flags, mode); },
-      [&](int file) { record().add(FileOperation::kCreate, file, 0, record().nameBelow(path)); });
+      isCovered,
+      [&] {
+        isNew = isCovered && ::access(path, F_OK) != 0;
+        return open(path, flags, mode);
+      },
+      [&](int file) {
+        record().add(FileOperation::kCreate, file, isNew ? 1 : 0, record().nameBelow(path));
+      });
 }
 
 ssize_t writeRecorded(const char* name, int file, const void* bytes, std::size_t length, off_t at) {
@@ -163,6 +176,18 @@ int open64(const char* path, int flags, ...) {
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
   va_end(rest);
   return openRecorded("open64", path, flags, mode);
+}
+
+ssize_t write(int file, const void* bytes, std::size_t length) {
+  static const auto call = next<ssize_t(int, const void*, std::size_t)>("write");
+  return recorded(
+      record().covers(file), [&] { return call(file, bytes, length); },
+      [&](ssize_t put) {
+        const auto end = static_cast<std::uint64_t>(::lseek(file, 0, SEEK_CUR));
+        const std::string_view written(static_cast<const char*>(bytes),
+                                       static_cast<std::size_t>(put));
+        record().add(FileOperation::kWrite, file, end - written.size(), written);
+      });
 }
 
 ssize_t pwrite(int file, const void* bytes, std::size_t length, off_t at) {

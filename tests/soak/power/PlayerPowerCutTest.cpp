@@ -12,6 +12,7 @@
 
 #include "tests/soak/power/Clock.h"
 #include "tests/soak/power/DiskRecord.h"
+#include "tests/soak/power/FileRecord.h"
 #include "tests/soak/power/MountedDisk.h"
 #include "tests/soak/power/PowerCut.h"
 #include "tests/support/Nginx.h"
@@ -82,12 +83,13 @@ class PlayerPowerCut : public testing::Test {
     return options;
   }
 
-  Statements download() {
+  Statements download(const std::map<std::string, std::string>& environment) {
     server_.serve("slow", "");
     std::vector<std::string> words = {"get"};
     words.insert(words.end(), urls_.begin(), urls_.end());
     support::ProcessOptions options = home_.startOptions(words);
     options.environment.insert(kBeforeTheCut.begin(), kBeforeTheCut.end());
+    options.environment.insert(environment.begin(), environment.end());
     support::Process player(options);
     Statements statements;
     const auto hasEnded = [&] {
@@ -130,23 +132,39 @@ class PlayerPowerCut : public testing::Test {
   const support::Nginx server_;
   PlayerHome home_;
   std::vector<std::string> urls_;
+  std::mt19937 random_{std::random_device{}()};
 };
 
-TEST_F(PlayerPowerCut, LosesNoItemAndNoFilm) {
+TEST_F(PlayerPowerCut, OfADiskLosesNoItemAndNoFilm) {
   if (!mayMount()) return;
   const std::string empty = emptyDisk();
   RecordedDisk recorded(empty, mounted_);
-  const Statements statements = download();
+  const Statements statements = download({});
   ASSERT_EQ(statements.finishedBefore(now()).size(), urls_.size());
   recorded.unmount();
   const DiskRecord record(recorded.record());
-  std::mt19937 random(std::random_device{}());
   for (int cut = 0; cut < cutsToTry() && !HasFailure(); ++cut) {
-    const std::size_t entry = anyEntry(record.size(), random);
+    const std::size_t entry = anyEntry(record.size(), random_);
     SCOPED_TRACE("cut after " + std::to_string(entry) + " of " + std::to_string(record.size()));
     std::string content = empty;
-    record.cutAfter(entry, content, random);
+    record.cutAfter(entry, content, random_);
     const MountedDisk disk(diskOf(content), mounted_);
+    expectAllThere(statements, record.timeOf(entry + 1));
+    expectThatAllGoOn();
+  }
+}
+
+TEST_F(PlayerPowerCut, OfFileOperationsLosesNoItemAndNoFilm) {
+  if (!mayKeepAttributes(folder_.path())) return;
+  fs::create_directories(mounted_);
+  const Statements statements = download(recordingIn(folder_ / "record", mounted_));
+  ASSERT_EQ(statements.finishedBefore(now()).size(), urls_.size());
+  const FileRecord record(folder_ / "record");
+  for (int cut = 0; cut < cutsToTry() && !HasFailure(); ++cut) {
+    const std::size_t entry = anyEntry(record.size(), random_);
+    SCOPED_TRACE("cut after " + std::to_string(entry) + " of " + std::to_string(record.size()));
+    fs::remove_all(mounted_);
+    record.cutAfter(entry, mounted_, random_);
     expectAllThere(statements, record.timeOf(entry + 1));
     expectThatAllGoOn();
   }

@@ -1,6 +1,7 @@
 #include "tests/soak/power/PowerCut.h"
 
 #include <sys/mman.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -22,6 +23,22 @@ bool mayMount() {
   std::cout << "No disk was mounted here (" << obstacle
             << "): what is known comes from the test of file operations." << std::endl;
   return false;
+}
+
+bool mayKeepAttributes(const std::filesystem::path& folder) {
+  if (::setxattr(folder.c_str(), "user.vesk.test", "1", 1, 0) == 0) return true;
+  std::cout << "The folder for temporary files keeps no extended attributes: nothing was tried."
+            << std::endl;
+  return false;
+}
+
+std::map<std::string, std::string> recordingIn(const std::filesystem::path& record,
+                                               const std::filesystem::path& folder) {
+  return {{"LD_PRELOAD", FILE_RECORDER},
+          {"VESK_FILE_RECORD", record},
+          {"VESK_RECORDED_FOLDER", folder},
+          // The recorder's wrappers lie around those of the sanitizer.
+          {"ASAN_OPTIONS", "verify_asan_link_order=0"}};
 }
 
 std::size_t anyEntry(std::size_t size, std::mt19937& random) {

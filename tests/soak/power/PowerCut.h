@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <filesystem>
 #include <map>
 #include <random>
 #include <string>
@@ -20,6 +22,13 @@ int cutsToTry();
 
 /// Whether this machine lets the process mount disks; says so when it does not.
 bool mayMount();
+
+/// Whether files in a folder keep extended attributes; says so when they do not.
+bool mayKeepAttributes(const std::filesystem::path& folder);
+
+/// The environment of a program whose doings in `folder` are to be recorded in the file `record`.
+std::map<std::string, std::string> recordingIn(const std::filesystem::path& record,
+                                               const std::filesystem::path& folder);
 
 /// Any entry of a record of this size but the last.
 std::size_t anyEntry(std::size_t size, std::mt19937& random);
