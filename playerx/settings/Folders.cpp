@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "playerx/platform/GuardMutex.h"
-#include "playerx/settings/ChosenFolders.h"
 
 namespace playerx {
 namespace {

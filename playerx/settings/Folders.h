@@ -16,4 +16,8 @@ void setApplicationDataPath(const QString& folder);
 /// folder of the player's own data.
 void setTempPath(const QString& folder);
 
+/// The folders set so; empty where none was.
+QString chosenApplicationDataPath();
+QString chosenTempPath();
+
 }  // namespace playerx

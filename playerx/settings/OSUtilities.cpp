@@ -5,14 +5,14 @@
 #include <system_error>
 
 #include "kvpm/PathTools.h"
-#include "playerx/settings/ChosenFolders.h"
+#include "playerx/settings/Folders.h"
 
 namespace VeskPlayerX {
 namespace {
 
 namespace fs = std::filesystem;
 
-// What the user downloads is nobody else's business: a new folder is the user's alone.
+// A new folder is readable by the user alone: what is downloaded is private.
 void ensureFolder(const QString& path) {
   const fs::path folder(path.toStdString());
   std::error_code failure;
