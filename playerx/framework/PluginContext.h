@@ -7,8 +7,8 @@
 
 #include "KPIM/Context.h"
 #include "KPIM/PluginInfo.h"
+#include "playerx/framework/PluginCreation.h"
 #include "playerx/framework/PluginDirectory.h"
-#include "playerx/framework/PluginLibrary.h"
 
 namespace playerx {
 
@@ -18,7 +18,7 @@ namespace playerx {
 /// Owned by the player; outlives every plug-in that it loaded. The operations of the base may be
 /// called from any thread, also by plug-ins while they are made and destroyed; no lock is held
 /// while code of a plug-in, a filter or a selector runs. Descriptions and libraries that are of no
-/// use are passed over and named by `problems`.
+/// use are skipped and named by `problems`.
 class PluginContext final : public KPIM::Context, public PluginDirectory {
  public:
   /// Reads the descriptions in `folders` (see `readPluginCatalog`); loads nothing.
@@ -34,9 +34,10 @@ class PluginContext final : public KPIM::Context, public PluginDirectory {
   void add(KPIM::PluginInfo info, PluginFactory factory);
 
   /// As declared by the base. When the best choice cannot be loaded, the next best is tried, and a
-  /// later call begins with the best again. A thread that waits for a plug-in which another thread
-  /// is loading takes it too; where that would have threads wait for each other in a circle, it
-  /// cannot be loaded (2). After `shutdown` nothing is loaded any more.
+  /// later call begins with the best again. A thread waits for a plug-in that another thread is
+  /// loading; where threads would wait for each other in a circle, it cannot be loaded (2). After
+  /// `shutdown` nothing is loaded any more. Without `out`, or when the filter or the selector
+  /// throws, the answer is 1; a selector that contradicts itself gets one of the qualifying ones.
   KPIM::VESK_RESULT getPluginInstance(const PluginFilter& filter,
                                       const PluginInfoSelector& selector, bool mayLoad,
                                       KPIM::Plugin** out) override;
@@ -53,7 +54,7 @@ class PluginContext final : public KPIM::Context, public PluginDirectory {
   /// does nothing.
   void shutdown();
 
-  /// One sentence for everything that was passed over so far.
+  /// One sentence for everything that was skipped so far.
   std::vector<std::string> problems() const;
 
  private:

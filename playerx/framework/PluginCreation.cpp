@@ -1,9 +1,23 @@
 #include "playerx/framework/PluginCreation.h"
 
+#include <dlfcn.h>
+
 #include <exception>
 #include <utility>
 
 namespace playerx {
+namespace {
+
+CreatedPlugin unloadable() {
+  const char* const reason = ::dlerror();
+  return {
+      nullptr, nullptr,
+      std::string("It cannot be loaded: ") + (reason == nullptr ? "unknown reason" : reason) + "."};
+}
+
+}  // namespace
+
+void LibraryCloser::operator()(void* library) const { ::dlclose(library); }
 
 CreatedPlugin createPlugin(const PluginFactory& factory, KPIM::Context* context) {
   CreatedPlugin created;
@@ -24,14 +38,13 @@ CreatedPlugin createPlugin(const PluginFactory& factory, KPIM::Context* context)
 }
 
 CreatedPlugin createPlugin(const std::filesystem::path& path, KPIM::Context* context) {
-  PluginLibrary library = openPluginLibrary(path);
-  CreatedPlugin created;
-  if (!library.problem.empty()) {
-    created.problem = "It cannot be loaded: " + library.problem + ".";
-    return created;
-  }
-  created = createPlugin(PluginFactory(library.factory), context);
-  if (created.plugin != nullptr) created.library = std::move(library.handle);
+  LibraryHandle library(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
+  if (!library) return unloadable();
+  void* const symbol = ::dlsym(library.get(), "getPlugin");
+  if (symbol == nullptr) return unloadable();
+  const auto factory = reinterpret_cast<KPIM::GetPluginFunction*>(symbol);
+  CreatedPlugin created = createPlugin(PluginFactory(factory), context);
+  if (created.plugin != nullptr) created.library = std::move(library);
   return created;
 }
 

@@ -261,4 +261,32 @@ TEST_F(PluginContextTest, APluginMayAskWhileItIsDestroyed) {
   EXPECT_EQ(context.unloadUnused(), 2);
 }
 
+class Throwing : public KPIM::Context::PluginFilter, public KPIM::Context::PluginInfoSelector {
+ public:
+  bool accepts(const KPIM::PluginInfo&) const override { throw std::runtime_error("no filter"); }
+  bool less(const KPIM::PluginInfo&, const KPIM::PluginInfo&) const override {
+    throw std::runtime_error("no selector");
+  }
+};
+
+TEST_F(PluginContextTest, AFilterOrSelectorThatThrowsFindsNothing) {
+  for (const char* version : {"1.0", "2.0"}) addRecording(context, log, "film", {}, version);
+  const KPIM::Context::PluginInterfaceFilter filter("film");
+  const KPIM::Context::SimplePluginInfoSelector selector;
+  const Throwing throwing;
+  KPIM::Plugin* out = nullptr;
+  EXPECT_EQ(context.getPluginInstance(throwing, selector, true, &out), 1);
+  EXPECT_EQ(context.getPluginInstance(filter, throwing, true, &out), 1);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(find(context, "film").result, 0) << "and breaks nothing";
+}
+
+TEST_F(PluginContextTest, WithoutAPlaceForThePluginNothingIsLoaded) {
+  addRecording(context, log, "film");
+  EXPECT_EQ(context.getPluginInstance(KPIM::Context::PluginInterfaceFilter("film"),
+                                      KPIM::Context::SimplePluginInfoSelector(), true, nullptr),
+            1);
+  EXPECT_EQ(log.events(), Events{});
+}
+
 }  // namespace

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -30,6 +32,29 @@ TEST(PluginRanking, OnlyThoseThatQualifyAreRanked) {
 TEST(PluginRanking, AmongEqualsTheEarlierComesFirst) {
   EXPECT_EQ(rank({{"a", "1", {"film"}}, {"b", "1.0", {"film"}}, {"c", "2", {"film"}}}),
             (Positions{2, 0, 1}));
+}
+
+/// Calls whichever comes second the better one, in both orders, now and then.
+class Contradictory : public KPIM::Context::PluginInfoSelector {
+ public:
+  bool less(const KPIM::PluginInfo&, const KPIM::PluginInfo&) const override {
+    return ++asked_ % 3 != 0;
+  }
+
+ private:
+  mutable int asked_ = 0;
+};
+
+TEST(PluginRanking, ASelectorThatContradictsItselfStillRanksEachOnce) {
+  const std::vector<KPIM::PluginInfo> infos(100, {"a", "1", {"film"}});
+  std::vector<const KPIM::PluginInfo*> pointers;
+  for (const KPIM::PluginInfo& info : infos) pointers.push_back(&info);
+  Positions ranked =
+      playerx::bestFirst(pointers, KPIM::Context::PluginInterfaceFilter("film"), Contradictory());
+  std::sort(ranked.begin(), ranked.end());
+  Positions all(infos.size());
+  std::iota(all.begin(), all.end(), 0);
+  EXPECT_EQ(ranked, all);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "playerx/framework/PluginShelf.h"
+#include "playerx/framework/PluginRegistry.h"
 
 #include <algorithm>
 #include <utility>
@@ -6,51 +6,52 @@
 namespace playerx {
 namespace {
 
-const std::thread::id kNobody;
+const std::thread::id kNoThread;
 
 }  // namespace
 
-void PluginShelf::add(KPIM::PluginInfo info, std::filesystem::path library, PluginFactory factory) {
-  auto entry = std::unique_ptr<ShelfEntry>(
-      new ShelfEntry{std::move(info), std::move(library), std::move(factory)});
+void PluginRegistry::add(KPIM::PluginInfo info, std::filesystem::path library,
+                         PluginFactory factory) {
+  auto entry = std::unique_ptr<PluginEntry>(
+      new PluginEntry{std::move(info), std::move(library), std::move(factory)});
   const GuardLock lock(mutex_);
   entries_.push_back(std::move(entry));
 }
 
-std::vector<ShelfEntry*> PluginShelf::all() const {
+std::vector<PluginEntry*> PluginRegistry::all() const {
   const GuardLock lock(mutex_);
-  std::vector<ShelfEntry*> result;
+  std::vector<PluginEntry*> result;
   for (const auto& entry : entries_) result.push_back(entry.get());
   return result;
 }
 
-std::vector<ShelfEntry*> PluginShelf::loaded() const {
+std::vector<PluginEntry*> PluginRegistry::loaded() const {
   const GuardLock lock(mutex_);
-  std::vector<ShelfEntry*> result;
+  std::vector<PluginEntry*> result;
   for (const auto& entry : entries_) {
     if (entry->plugin != nullptr) result.push_back(entry.get());
   }
-  std::sort(result.begin(), result.end(), [](const ShelfEntry* left, const ShelfEntry* right) {
+  std::sort(result.begin(), result.end(), [](const PluginEntry* left, const PluginEntry* right) {
     return left->loadNumber < right->loadNumber;
   });
   return result;
 }
 
-KPIM::VESK_RESULT PluginShelf::hold(ShelfEntry& entry, bool mayLoad, KPIM::Plugin** out) {
+KPIM::VESK_RESULT PluginRegistry::acquire(PluginEntry& entry, bool mayLoad, KPIM::Plugin** out) {
   const GuardLock lock(mutex_);
   if (!waitUntilFree(entry)) return KPIM::kLoadFailed;
   if (entry.plugin == nullptr) {
     if (!mayLoad || closed_) return KPIM::kNoSuchPlugin;
     if (!load(entry)) return KPIM::kLoadFailed;
   }
-  lend(entry, out);
+  retain(entry, out);
   return KPIM::kSuccess;
 }
 
-bool PluginShelf::waitUntilFree(ShelfEntry& entry) {
+bool PluginRegistry::waitUntilFree(PluginEntry& entry) {
   const std::thread::id self = std::this_thread::get_id();
-  while (entry.owner != kNobody) {
-    if (closesCircle(entry)) return false;
+  while (entry.owner != kNoThread) {
+    if (wouldDeadlock(entry)) return false;
     waits_[self] = &entry;
     changed_.wait(mutex_);
     waits_.erase(self);
@@ -58,10 +59,10 @@ bool PluginShelf::waitUntilFree(ShelfEntry& entry) {
   return true;
 }
 
-// Follows who waits for whom, from the entry on: at the calling thread the circle would close.
-bool PluginShelf::closesCircle(const ShelfEntry& entry) const {
-  const ShelfEntry* wanted = &entry;
-  while (wanted->owner != kNobody) {
+// Follows the chain of waiting threads from the owner of `entry`: it must not lead back here.
+bool PluginRegistry::wouldDeadlock(const PluginEntry& entry) const {
+  const PluginEntry* wanted = &entry;
+  while (wanted->owner != kNoThread) {
     if (wanted->owner == std::this_thread::get_id()) return true;
     const auto next = waits_.find(wanted->owner);
     if (next == waits_.end()) return false;
@@ -70,7 +71,7 @@ bool PluginShelf::closesCircle(const ShelfEntry& entry) const {
   return false;
 }
 
-bool PluginShelf::load(ShelfEntry& entry) {
+bool PluginRegistry::load(PluginEntry& entry) {
   setOwner(entry, std::this_thread::get_id());
   entry.loadNumber = ++loads_;
   mutex_.unlock();
@@ -79,47 +80,47 @@ bool PluginShelf::load(ShelfEntry& entry) {
   mutex_.lock();
   entry.plugin = created.plugin;
   entry.handle = std::move(created.library);
-  setOwner(entry, kNobody);
+  setOwner(entry, kNoThread);
   if (created.plugin != nullptr) return true;
   note("Plug-in " + entry.info.id + ": " + created.problem);
   return false;
 }
 
-void PluginShelf::lend(ShelfEntry& entry, KPIM::Plugin** out) {
+void PluginRegistry::retain(PluginEntry& entry, KPIM::Plugin** out) {
   KPIM::Plugin* plugin = entry.plugin;
-  ++entry.borrowers;
+  ++entry.users;
   mutex_.unlock();
   plugin->kpimRetain();
   mutex_.lock();
-  --entry.borrowers;
+  --entry.users;
   changed_.notifyAll();
   *out = plugin;
 }
 
-bool PluginShelf::unloadIfUnused(ShelfEntry& entry) {
+bool PluginRegistry::unloadIfUnused(PluginEntry& entry) {
   const GuardLock lock(mutex_);
-  if (entry.plugin == nullptr || entry.owner != kNobody || entry.borrowers > 0) return false;
+  if (entry.plugin == nullptr || entry.owner != kNoThread || entry.users > 0) return false;
   setOwner(entry, std::this_thread::get_id());
   mutex_.unlock();
   const bool unused = entry.plugin->kpimHoldCount() == 1;
   mutex_.lock();
   if (unused) release(entry);
-  setOwner(entry, kNobody);
+  setOwner(entry, kNoThread);
   return unused;
 }
 
-void PluginShelf::unload(ShelfEntry& entry) {
+void PluginRegistry::unload(PluginEntry& entry) {
   const GuardLock lock(mutex_);
-  while (entry.owner != kNobody || entry.borrowers > 0) changed_.wait(mutex_);
+  while (entry.owner != kNoThread || entry.users > 0) changed_.wait(mutex_);
   if (entry.plugin == nullptr) return;
   setOwner(entry, std::this_thread::get_id());
   release(entry);
-  setOwner(entry, kNobody);
+  setOwner(entry, kNoThread);
 }
 
 // Called by the entry's owner. The entry keeps its plug-in while that is destroyed, so that a
 // destructor may still ask for its description.
-void PluginShelf::release(ShelfEntry& entry) {
+void PluginRegistry::release(PluginEntry& entry) {
   mutex_.unlock();
   const int holds = entry.plugin->kpimRelease();
   LibraryHandle handle = std::move(entry.handle);
@@ -134,23 +135,23 @@ void PluginShelf::release(ShelfEntry& entry) {
   if (holds > 0) note("Plug-in " + entry.info.id + ": It is still held.");
 }
 
-void PluginShelf::close() {
+void PluginRegistry::close() {
   const GuardLock lock(mutex_);
   closed_ = true;
   while (isAnyOwned()) changed_.wait(mutex_);
 }
 
-bool PluginShelf::isAnyOwned() const {
+bool PluginRegistry::isAnyOwned() const {
   return std::any_of(entries_.begin(), entries_.end(),
-                     [](const auto& entry) { return entry->owner != kNobody; });
+                     [](const auto& entry) { return entry->owner != kNoThread; });
 }
 
-void PluginShelf::setOwner(ShelfEntry& entry, std::thread::id owner) {
+void PluginRegistry::setOwner(PluginEntry& entry, std::thread::id owner) {
   entry.owner = owner;
   changed_.notifyAll();
 }
 
-const KPIM::PluginInfo* PluginShelf::infoOf(const KPIM::Plugin& plugin) const {
+const KPIM::PluginInfo* PluginRegistry::infoOf(const KPIM::Plugin& plugin) const {
   const GuardLock lock(mutex_);
   for (const auto& entry : entries_) {
     if (entry->plugin == &plugin) return &entry->info;
@@ -158,17 +159,17 @@ const KPIM::PluginInfo* PluginShelf::infoOf(const KPIM::Plugin& plugin) const {
   return nullptr;
 }
 
-void PluginShelf::addProblem(const std::string& sentence) {
+void PluginRegistry::addProblem(const std::string& sentence) {
   const GuardLock lock(mutex_);
   note(sentence);
 }
 
-void PluginShelf::note(const std::string& sentence) {
+void PluginRegistry::note(const std::string& sentence) {
   const bool known = std::find(problems_.begin(), problems_.end(), sentence) != problems_.end();
   if (!known) problems_.push_back(sentence);
 }
 
-std::vector<std::string> PluginShelf::problems() const {
+std::vector<std::string> PluginRegistry::problems() const {
   const GuardLock lock(mutex_);
   return problems_;
 }
