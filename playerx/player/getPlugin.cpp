@@ -1,5 +1,6 @@
 #include "KPIM/Helper.h"
 #include "KPX/KPXPreferences.h"
+#include "playerx/framework/PluginExport.h"
 #include "playerx/player/PlayerPlugin.h"
 #include "playerx/settings/PreferenceKeys.h"
 #include "playerx/transfers/TransferReports.h"
@@ -29,10 +30,5 @@ KPIM::Plugin* makePlugin(KPIM::Context* context) {
 
 extern "C" __attribute__((visibility("default"))) KPIM::VESK_RESULT getPlugin(
     KPIM::Context* context, void** out) {
-  try {
-    *out = makePlugin(context);
-    return KPIM::kSuccess;
-  } catch (...) {
-    return KPIM::kLoadFailed;
-  }
+  return playerx::exportPlugin(out, [context] { return makePlugin(context); });
 }

@@ -8,6 +8,7 @@
 #include "VeskPlayerX/DownloadItemInterface.h"
 #include "VeskPlayerX/InterfaceIds.h"
 #include "kvpm/StringTools.h"
+#include "playerx/framework/PluginExport.h"
 #include "playerx/framework/UserMessages.h"
 #include "playerx/services/SealedTicket.h"
 #include "playerx/services/ServicesProtocol.h"
@@ -25,8 +26,7 @@ OnlineServices::OnlineServices(KPIM::Context* context, JsonClient client)
 
 KPIM::VESK_RESULT OnlineServices::kpimGetInterface(std::string id, void** out) {
   if (id != VeskPlayerX::DIN_ZPSServices) return KPIM::kUnknownInterface;
-  *out = static_cast<VeskPlayerX::ZPSServicesInterface*>(this);
-  return KPIM::kSuccess;
+  return offerInterface<VeskPlayerX::ZPSServicesInterface>(this, out);
 }
 
 std::vector<VeskDrmTicketData*> OnlineServices::readTicket(const std::wstring& path) {

@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "KPIM/Context.h"
+#include "playerx/framework/PluginExport.h"
 #include "playerx/services/OnlineServices.h"
 #include "playerx/settings/ServicesAddress.h"
 
@@ -15,10 +16,5 @@ KPIM::Plugin* makePlugin(KPIM::Context* context) {
 
 extern "C" __attribute__((visibility("default"))) KPIM::VESK_RESULT getPlugin(
     KPIM::Context* context, void** out) {
-  try {
-    *out = makePlugin(context);
-    return KPIM::kSuccess;
-  } catch (...) {
-    return KPIM::kLoadFailed;
-  }
+  return playerx::exportPlugin(out, [context] { return makePlugin(context); });
 }

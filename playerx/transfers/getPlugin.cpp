@@ -1,12 +1,35 @@
 #include "KPIM/Context.h"
-#include "playerx/transfers/TransfersPlugin.h"
+#include "playerx/framework/PluginExport.h"
+#include "playerx/transfers/Downloads.h"
+
+namespace playerx::transfers {
+namespace {
+
+/// The download library as a plug-in of the player. Its last hold must not be given back within a
+/// report. Threads: as the interfaces that it offers say.
+class TransfersPlugin : public KPIM::Plugin {
+ public:
+  /// Starts the library's threads; throws when there are none to be had.
+  explicit TransfersPlugin(KPIM::Context* context) : Plugin(context) {}
+
+  KPIM::VESK_RESULT kpimGetInterface(std::string id, void** out) override {
+    if (id == KPB::DIN_Download) {
+      return offerInterface<KPB::DownloadInterface>(&downloads_, out);
+    }
+    if (id == DIN_TransferReports) return offerInterface(&downloads_.reports(), out);
+    if (id == DIN_TransferSettings) return offerInterface<TransferSettings>(&downloads_, out);
+    return Plugin::kpimGetInterface(id, out);
+  }
+
+ private:
+  Downloads downloads_;
+};
+
+}  // namespace
+}  // namespace playerx::transfers
 
 extern "C" __attribute__((visibility("default"))) KPIM::VESK_RESULT getPlugin(
     KPIM::Context* context, void** out) {
-  try {
-    *out = static_cast<KPIM::Plugin*>(new playerx::transfers::TransfersPlugin(context));
-    return KPIM::kSuccess;
-  } catch (...) {
-    return KPIM::kLoadFailed;
-  }
+  return playerx::exportPlugin(
+      out, [context] { return new playerx::transfers::TransfersPlugin(context); });
 }
