@@ -4,6 +4,7 @@
 
 #include "KPIM/Helper.h"
 #include "VeskPlayerX/InterfaceIds.h"
+#include "playerx/framework/PluginExport.h"
 #include "playerx/framework/UserMessages.h"
 #include "playerx/player/PlayerProgram.h"
 
@@ -14,8 +15,7 @@ PlayerPlugin::PlayerPlugin(KPIM::Context* context, QString command, SessionLooku
 
 KPIM::VESK_RESULT PlayerPlugin::kpimGetInterface(std::string id, void** out) {
   if (id != VeskPlayerX::DIN_Player) return KPIM::kUnknownInterface;
-  *out = static_cast<VeskPlayerX::PlayerInterface*>(this);
-  return KPIM::kSuccess;
+  return offerInterface<VeskPlayerX::PlayerInterface>(this, out);
 }
 
 void PlayerPlugin::openMedia(const QString& location) {
@@ -27,7 +27,7 @@ void PlayerPlugin::openMedia(const QString& location) {
     });
   }
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const GuardLock lock(mutex_);
     playing_ = PlayingProgram{pid, location};
   }
   const QString sentence = "Playing " + location + " with " + program->first() + ".";
@@ -37,7 +37,7 @@ void PlayerPlugin::openMedia(const QString& location) {
 unsigned long long PlayerPlugin::currentMediaId() {
   std::string location;
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const GuardLock lock(mutex_);
     if (!playing_ || !isAlive(playing_->pid)) return 0;
     location = playing_->location.toStdString();
   }

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 
 #include "KPIM/Plugin.h"
 #include "VeskPlayerX/PlayerInterface.h"
+#include "playerx/platform/GuardMutex.h"
 
 namespace playerx {
 
@@ -42,8 +42,9 @@ class PlayerPlugin : public KPIM::Plugin, public VeskPlayerX::PlayerInterface {
 
   const QString command_;
   const SessionLookup sessionOf_;
-  std::mutex mutex_;
-  std::optional<PlayingProgram> playing_;  // guarded by mutex_; the one started last
+
+  GuardMutex mutex_;
+  std::optional<PlayingProgram> playing_ KVPM_GUARDED_BY(mutex_);  ///< the one started last
 };
 
 }  // namespace playerx

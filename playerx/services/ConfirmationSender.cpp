@@ -1,8 +1,9 @@
 #include "playerx/services/ConfirmationSender.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
+
+#include "playerx/platform/QuietThread.h"
 
 namespace playerx {
 
@@ -13,44 +14,56 @@ constexpr std::chrono::milliseconds kLongestPause(60'000);
 }  // namespace
 
 ConfirmationSender::ConfirmationSender(Send send, std::chrono::milliseconds firstPause)
-    : send_(std::move(send)), firstPause_(firstPause), thread_([this] { run(); }) {}
+    : send_(std::move(send)),
+      firstPause_(firstPause),
+      thread_(startQuietThread([this] { run(); })) {}
 
 ConfirmationSender::~ConfirmationSender() {
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    ending_ = true;
+    const GuardLock lock(mutex_);
+    isEnding_ = true;
   }
-  wake_.notify_all();
+  wake_.notifyAll();
   thread_.join();
 }
 
 void ConfirmationSender::enqueue(std::string request) {
   {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    const GuardLock lock(mutex_);
     requests_.push_back(std::move(request));
   }
-  wake_.notify_all();
+  wake_.notifyAll();
 }
 
 void ConfirmationSender::run() {
   std::chrono::milliseconds pause = firstPause_;
-  std::unique_lock<std::mutex> lock(mutex_);
-  for (;;) {
-    wake_.wait(lock, [this] { return ending_ || !requests_.empty(); });
-    if (requests_.empty()) return;
-    const std::string request = requests_.front();
-    const bool lastTry = ending_;
-    lock.unlock();
-    const bool arrived = send_(request);
-    lock.lock();
-    if (lastTry && !arrived) return;
-    if (arrived) {
+  Try next;
+  while (waitForRequest(next)) {
+    if (send_(next.request)) {
+      const GuardLock lock(mutex_);
       requests_.pop_front();
       pause = firstPause_;
-    } else {
-      wake_.wait_for(lock, pause, [this] { return ending_; });
-      pause = std::min(pause * 2, kLongestPause);
+      continue;
     }
+    if (next.isLast) return;
+    pauseFor(pause);
+    pause = std::min(pause * 2, kLongestPause);
+  }
+}
+
+// False once the sender is ending and nothing is left to send.
+bool ConfirmationSender::waitForRequest(Try& next) {
+  const GuardLock lock(mutex_);
+  while (requests_.empty() && !isEnding_) wake_.wait(mutex_);
+  if (requests_.empty()) return false;
+  next = {requests_.front(), isEnding_};
+  return true;
+}
+
+void ConfirmationSender::pauseFor(std::chrono::milliseconds pause) {
+  const auto deadline = Condition::Clock::now() + pause;
+  const GuardLock lock(mutex_);
+  while (!isEnding_ && wake_.waitUntil(mutex_, deadline)) {
   }
 }
 

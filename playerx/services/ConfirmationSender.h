@@ -1,22 +1,22 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <cstdint>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <thread>
 
+#include "playerx/platform/GuardMutex.h"
+
 namespace playerx {
 
-/// Sends confirmations of downloads in their order on a thread of its own, so that no transfer and
-/// no user waits for the online services. A confirmation that fails is tried again with growing
-/// pauses. Destruction tries each one that is left once more.
+/// Sends confirmations of downloads in their order on a thread of its own, so that neither a
+/// transfer nor the user waits for the online services. A confirmation that fails is tried again
+/// after growing pauses. The destructor tries each remaining one once more.
 class ConfirmationSender {
  public:
-  /// Sends one request; returns whether it arrived. Called on the sender's thread.
+  /// Sends one request; returns whether it arrived. Called on the sender's thread, without a lock:
+  /// it may call `enqueue`.
   using Send = std::function<bool(const std::string& request)>;
 
   /// `firstPause` is the pause after the first failure in a row; each further one doubles it, up to
@@ -31,15 +31,24 @@ class ConfirmationSender {
   void enqueue(std::string request);
 
  private:
+  struct Try {
+    std::string request;
+    bool isLast = false;
+  };
+
   void run();
+  bool waitForRequest(Try& next);
+  void pauseFor(std::chrono::milliseconds pause);
 
   const Send send_;
   const std::chrono::milliseconds firstPause_;
-  std::mutex mutex_;
-  std::condition_variable wake_;
-  std::deque<std::string> requests_;  // guarded by mutex_
-  bool ending_ = false;               // guarded by mutex_
-  std::thread thread_;                // last: runs over the rest
+
+  GuardMutex mutex_;
+  Condition wake_;
+  std::deque<std::string> requests_ KVPM_GUARDED_BY(mutex_);  ///< the one being sent is the first
+  bool isEnding_ KVPM_GUARDED_BY(mutex_) = false;
+
+  std::thread thread_;  // last: runs over the rest
 };
 
 }  // namespace playerx

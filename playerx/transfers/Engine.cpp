@@ -23,14 +23,14 @@ Engine::Engine(const Tuning& tuning, ReportDelivery& delivery, TrustedAuthoritie
                 loop_,
                 [this](Work work) { post(std::move(work)); },
                 [this] {
-                  const kvpm::MutexLock lock(mutex_);
+                  const GuardLock lock(mutex_);
                   return trust_;
                 }},
       thread_(startQuietThread([this] { run(); })) {}
 
 Engine::~Engine() {
   {
-    const kvpm::MutexLock lock(mutex_);
+    const GuardLock lock(mutex_);
     isClosing_ = true;
   }
   loop_.wakeUp();
@@ -46,13 +46,13 @@ void Engine::stop(std::shared_ptr<Session> session) {
 }
 
 void Engine::setTrust(const TrustedAuthorities& trust) {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   trust_ = trust;
 }
 
 void Engine::post(Work work) {
   {
-    const kvpm::MutexLock lock(mutex_);
+    const GuardLock lock(mutex_);
     posted_.push_back(std::move(work));
   }
   loop_.wakeUp();
@@ -62,7 +62,7 @@ void Engine::run() {
   while (true) {
     doPosted();
     {
-      const kvpm::MutexLock lock(mutex_);
+      const GuardLock lock(mutex_);
       if (isClosing_) break;
     }
     loop_.perform();
@@ -76,7 +76,7 @@ void Engine::run() {
 void Engine::doPosted() {
   std::deque<Work> posted;
   {
-    const kvpm::MutexLock lock(mutex_);
+    const GuardLock lock(mutex_);
     posted.swap(posted_);
   }
   for (const Work& work : posted) {

@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "kvpm/Mutex.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/FetchLoop.h"
 #include "playerx/transfers/ReportDelivery.h"
@@ -87,7 +87,7 @@ class Engine {
   ReportDelivery& delivery_;
 
   // Guarded.
-  mutable kvpm::Mutex mutex_;
+  mutable GuardMutex mutex_;
   std::deque<Work> posted_ KVPM_GUARDED_BY(mutex_);
   bool isClosing_ KVPM_GUARDED_BY(mutex_) = false;
   TrustedAuthorities trust_ KVPM_GUARDED_BY(mutex_);

@@ -110,7 +110,7 @@ void Part::removeFiles() {
 }
 
 PartState Part::state() const {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   return state_;
 }
 
@@ -125,14 +125,14 @@ std::uint64_t Part::inode() const {
 }
 
 int Part::change(const std::function<void(PartState&)>& apply) {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   apply(state_);
   return replaceSmallFile(paths_.state(), writeState(state_));
 }
 
 int Part::newVersion(const std::function<void(PartState&)>& apply) {
   if (const int error = file_.cut(0); error != 0) return error;
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   ++version_;
   PartState fresh;
   fresh.address = state_.address;
@@ -151,7 +151,7 @@ int Part::adopt(const std::string& address, const std::string& place) {
     state.boot = bootId();
   };
   if (!isNew_) return change(apply);
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   apply(state_);
   return 0;
 }
@@ -173,13 +173,13 @@ int Part::learnTotal(std::uint64_t total) {
 }
 
 Part::Mark Part::mark() const {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   return {file_.size(), version_};
 }
 
 int Part::makeDurable(const Mark& mark) {
   if (const int error = file_.sync(); error != 0) return error;
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   if (mark.version != version_) return 0;
   state_.durable = std::max(state_.durable, mark.bytes);
   return replaceSmallFile(paths_.state(), writeState(state_));

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "kvpm/Mutex.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/transfers/PartFile.h"
 #include "playerx/transfers/PartState.h"
 #include "playerx/transfers/ResumePlan.h"
@@ -101,7 +101,7 @@ class Part {
   PartFile file_;
   bool isPlaced_ = false;
 
-  mutable kvpm::Mutex mutex_;
+  mutable GuardMutex mutex_;
   PartState state_ KVPM_GUARDED_BY(mutex_);
   unsigned version_ KVPM_GUARDED_BY(mutex_) = 0;
 };

@@ -23,7 +23,7 @@ bool isOver(const Session& session) { return reportOn(session).phase >= Transfer
 }  // namespace
 
 void ReportBook::add(const std::shared_ptr<Session>& session) {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   sessions_.push_back(session);
   if (sessions_.size() <= kMostSessions) return;
   const auto oldest = std::find_if(sessions_.begin(), sessions_.end(),
@@ -32,7 +32,7 @@ void ReportBook::add(const std::shared_ptr<Session>& session) {
 }
 
 std::shared_ptr<Session> ReportBook::find(unsigned long long uid) const {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   const auto found = std::find_if(sessions_.rbegin(), sessions_.rend(),
                                   [&](const auto& one) { return one->uid == uid; });
   return uid == 0 || found == sessions_.rend() ? nullptr : *found;
@@ -57,7 +57,7 @@ bool ReportBook::findByPath(const std::string& pathUtf8, TransferReport* report)
 
 bool ReportBook::findLatest(const std::function<bool(const TransferReport&)>& fits,
                             TransferReport* report) const {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   for (auto one = sessions_.rbegin(); one != sessions_.rend(); ++one) {
     TransferReport candidate = reportOn(**one);
     if (!fits(candidate)) continue;

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "kvpm/Mutex.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/transfers/Session.h"
 #include "playerx/transfers/TransferReports.h"
 
@@ -28,7 +28,7 @@ class ReportBook : public TransferReports {
   bool findLatest(const std::function<bool(const TransferReport&)>& fits,
                   TransferReport* report) const;
 
-  mutable kvpm::Mutex mutex_;
+  mutable GuardMutex mutex_;
   std::deque<std::shared_ptr<Session>> sessions_ KVPM_GUARDED_BY(mutex_);
 };
 

@@ -10,15 +10,15 @@ ReportDelivery::ReportDelivery() : thread_(startQuietThread([this] { run(); })) 
 
 ReportDelivery::~ReportDelivery() {
   {
-    const kvpm::MutexLock lock(mutex_);
+    const GuardLock lock(mutex_);
     isClosing_ = true;
   }
-  changed_.notify_all();
+  changed_.notifyAll();
   thread_.join();
 }
 
 void ReportDelivery::setCallback(KPB::DownloadCallback* callback) {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   callback_ = callback;
   if (callback != nullptr || std::this_thread::get_id() == thread_.get_id()) return;
   while (isRunning_) changed_.wait(mutex_);
@@ -46,11 +46,11 @@ void ReportDelivery::broke(const std::shared_ptr<Session>& session, int code) {
 
 void ReportDelivery::post(Report report) {
   {
-    const kvpm::MutexLock lock(mutex_);
+    const GuardLock lock(mutex_);
     if (callback_ == nullptr) return;
     reports_.push_back(std::move(report));
   }
-  changed_.notify_all();
+  changed_.notifyAll();
 }
 
 void ReportDelivery::run() {
@@ -64,7 +64,7 @@ void ReportDelivery::run() {
 
 // Waits for the next report that is still of interest; false once the delivery is closing.
 bool ReportDelivery::takeNext(Report& report, KPB::DownloadCallback*& callback) {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   while (!isClosing_) {
     if (reports_.empty()) {
       changed_.wait(mutex_);
@@ -99,10 +99,10 @@ void ReportDelivery::deliver(const Report& report, KPB::DownloadCallback& callba
 
 void ReportDelivery::delivered() {
   {
-    const kvpm::MutexLock lock(mutex_);
+    const GuardLock lock(mutex_);
     isRunning_ = false;
   }
-  changed_.notify_all();
+  changed_.notifyAll();
 }
 
 }  // namespace playerx::transfers

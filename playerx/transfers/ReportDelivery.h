@@ -1,13 +1,12 @@
 #pragma once
 
-#include <condition_variable>
 #include <deque>
 #include <memory>
 #include <string>
 #include <thread>
 
 #include "KPB/DownloadCallback.h"
-#include "kvpm/Mutex.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/transfers/Session.h"
 
 namespace playerx::transfers {
@@ -52,8 +51,8 @@ class ReportDelivery {
   bool takeNext(Report& report, KPB::DownloadCallback*& callback);
   void delivered();
 
-  kvpm::Mutex mutex_;
-  std::condition_variable_any changed_;
+  GuardMutex mutex_;
+  Condition changed_;
   std::deque<Report> reports_ KVPM_GUARDED_BY(mutex_);
   KPB::DownloadCallback* callback_ KVPM_GUARDED_BY(mutex_) = nullptr;
   bool isRunning_ KVPM_GUARDED_BY(mutex_) = false;  ///< a report is being delivered

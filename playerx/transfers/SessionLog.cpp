@@ -3,12 +3,12 @@
 namespace playerx::transfers {
 
 void SessionLog::enter(TransferPhase phase) {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   report_.phase = phase;
 }
 
 void SessionLog::arrived(std::uint64_t bytes, std::optional<std::uint64_t> total, Time now) {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   report_.arrived = bytes;
   report_.total = total.value_or(0);
   speed_.feed(now, bytes);
@@ -16,34 +16,34 @@ void SessionLog::arrived(std::uint64_t bytes, std::optional<std::uint64_t> total
 
 void SessionLog::failedAttempt(TransferFailure failure, const std::string& detail,
                                unsigned attempts) {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   report_.failure = failure;
   report_.detail = detail;
   report_.failedAttempts = attempts;
 }
 
 void SessionLog::wentWell() {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   report_.failure = TransferFailure::kNone;
   report_.detail.clear();
   report_.failedAttempts = 0;
 }
 
 void SessionLog::broke(TransferFailure failure, const std::string& detail) {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   report_.phase = TransferPhase::kBroken;
   report_.failure = failure;
   report_.detail = detail;
 }
 
 void SessionLog::completed(const std::string& finalPath) {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   report_.phase = TransferPhase::kComplete;
   report_.finalPath = finalPath;
 }
 
 TransferReport SessionLog::report(Time now) const {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   TransferReport report = report_;
   const bool isArriving = report.phase == TransferPhase::kArriving;
   report.bytesPerSecond = isArriving ? speed_.bytesPerSecond(now) : 0;

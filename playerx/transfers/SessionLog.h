@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "kvpm/Mutex.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/transfers/SpeedWindow.h"
 #include "playerx/transfers/TransferReports.h"
 
@@ -29,7 +29,7 @@ class SessionLog {
   TransferReport report(Time now) const;
 
  private:
-  mutable kvpm::Mutex mutex_;
+  mutable GuardMutex mutex_;
   TransferReport report_ KVPM_GUARDED_BY(mutex_);
   SpeedWindow speed_ KVPM_GUARDED_BY(mutex_);
 };

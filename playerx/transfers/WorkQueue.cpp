@@ -10,19 +10,19 @@ WorkQueue::WorkQueue() : thread_(startQuietThread([this] { run(); })) {}
 
 WorkQueue::~WorkQueue() {
   {
-    const kvpm::MutexLock lock(mutex_);
+    const GuardLock lock(mutex_);
     isClosing_ = true;
   }
-  changed_.notify_all();
+  changed_.notifyAll();
   thread_.join();
 }
 
 void WorkQueue::post(std::function<void()> work) {
   {
-    const kvpm::MutexLock lock(mutex_);
+    const GuardLock lock(mutex_);
     works_.push_back(std::move(work));
   }
-  changed_.notify_all();
+  changed_.notifyAll();
 }
 
 void WorkQueue::run() {
@@ -31,7 +31,7 @@ void WorkQueue::run() {
 
 // Empty once the queue is closing and nothing is left.
 std::function<void()> WorkQueue::next() {
-  const kvpm::MutexLock lock(mutex_);
+  const GuardLock lock(mutex_);
   while (works_.empty() && !isClosing_) changed_.wait(mutex_);
   if (works_.empty()) return {};
   std::function<void()> work = std::move(works_.front());

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <thread>
 
-#include "kvpm/Mutex.h"
+#include "playerx/platform/GuardMutex.h"
 
 namespace playerx::transfers {
 
@@ -27,8 +26,8 @@ class WorkQueue {
   void run();
   std::function<void()> next();
 
-  kvpm::Mutex mutex_;
-  std::condition_variable_any changed_;
+  GuardMutex mutex_;
+  Condition changed_;
   std::deque<std::function<void()>> works_ KVPM_GUARDED_BY(mutex_);
   bool isClosing_ KVPM_GUARDED_BY(mutex_) = false;
   std::thread thread_;

@@ -62,5 +62,21 @@ TEST(ConfirmationSenderTest, TheEndTriesUpToTheFirstFailureOnly) {
   EXPECT_LE(tries, 2);
 }
 
+TEST(ConfirmationSenderTest, ARequestQueuedWhileAnotherIsSentFollowsIt) {
+  std::vector<std::string> sent;
+  std::promise<void> isLast;
+  ConfirmationSender* self = nullptr;
+  ConfirmationSender sender([&](const std::string& request) {
+    sent.push_back(request);
+    if (request == "a") self->enqueue("b");
+    if (request == "b") isLast.set_value();
+    return true;
+  });
+  self = &sender;
+  sender.enqueue("a");
+  isLast.get_future().wait();
+  EXPECT_EQ(sent, (std::vector<std::string>{"a", "b"}));
+}
+
 }  // namespace
 }  // namespace playerx
