@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "playerx/platform/FileVersions.h"
+#include "playerx/platform/FinishedFiles.h"
 #include "playerx/platform/GuardMutex.h"
 #include "playerx/platform/SyncBatcher.h"
 
@@ -73,6 +74,7 @@ void syncToDisk(const SyncBatcher::Files& files) {
   for (const fs::path& file : files) {
     if (const auto versions = savedFiles().find(file)) versions->sync();
   }
+  syncFinishedFiles();
   if (isEnding) savedFiles().release();
 }
 
@@ -107,6 +109,12 @@ void forgetVersions(const fs::path& file) {
 }
 
 void syncSoon(const fs::path& file) { batcher().request(absolutePath(file)); }
+
+void syncFinishedSoon(const fs::path& file) {
+  const fs::path path = absolutePath(file);
+  addFinishedFile(path);
+  syncSoon(path);
+}
 
 void flushFileSyncs() { batcher().flush(); }
 

@@ -25,7 +25,12 @@ void forgetVersions(const std::filesystem::path& file);
 /// meanwhile; never waits for the disk. After the end of `main` it syncs before it returns.
 void syncSoon(const std::filesystem::path& file);
 
-/// Returns when everything handed to `syncSoon` before is synced.
+/// Has a file that is written once and stays as it is, such as a film, and its name on the disk
+/// within a second; never waits for the disk. It is there before a version of another file that is
+/// saved from now on: what is saved may say that it is.
+void syncFinishedSoon(const std::filesystem::path& file);
+
+/// Returns when everything handed to the two before is synced.
 void flushFileSyncs();
 
 }  // namespace playerx

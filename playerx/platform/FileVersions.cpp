@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "playerx/platform/FileIo.h"
+#include "playerx/platform/FinishedFiles.h"
 #include "playerx/platform/VersionRecord.h"
 
 namespace playerx {
@@ -184,6 +185,8 @@ int FileVersions::sync() {
     version = present_;
     version->isKept = true;
   }
+  // Not before: the version that was saved last may speak of a file that was finished since.
+  syncFinishedFiles();
   int error = ::fsync(version->file.descriptor()) == 0 ? 0 : errno;
   if (error == 0) error = syncFolderOf(target_);
   {

@@ -1,0 +1,74 @@
+#include "playerx/platform/FinishedFiles.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <set>
+#include <utility>
+
+#include "playerx/platform/Descriptor.h"
+#include "playerx/platform/GuardMutex.h"
+
+namespace playerx {
+namespace {
+
+namespace fs = std::filesystem;
+using Paths = std::set<fs::path>;
+
+/// The finished files of the process that are not known to be on the disk.
+struct Unsynced {
+  GuardMutex syncing;  ///< taken before `mutex`; held until what was taken is on the disk
+  GuardMutex mutex;
+  Paths files KVPM_GUARDED_BY(mutex);
+};
+
+// Never destroyed: files are synced until the very end of the process.
+Unsynced& unsynced() {
+  static Unsynced& instance = *new Unsynced;
+  return instance;
+}
+
+Descriptor openPath(const fs::path& path, int flags = 0) {
+  return Descriptor(::open(path.c_str(), flags | O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+}
+
+// Once all are on their way, one flush of the disk serves nearly all of them.
+void startWriting(const Paths& files) {
+  for (const fs::path& file : files) {
+    const Descriptor opened = openPath(file);
+    if (opened) ::sync_file_range(opened.get(), 0, 0, SYNC_FILE_RANGE_WRITE);
+  }
+}
+
+void syncAll(const Paths& files) {
+  Paths folders;
+  for (const fs::path& file : files) {
+    const Descriptor opened = openPath(file);
+    if (opened) ::fsync(opened.get());
+    folders.insert(file.parent_path());
+  }
+  for (const fs::path& folder : folders) {
+    const Descriptor opened = openPath(folder, O_DIRECTORY);
+    if (opened) ::fsync(opened.get());
+  }
+}
+
+}  // namespace
+
+void addFinishedFile(const fs::path& file) {
+  const GuardLock lock(unsynced().mutex);
+  unsynced().files.insert(file);
+}
+
+void syncFinishedFiles() {
+  const GuardLock one(unsynced().syncing);
+  Paths files;
+  {
+    const GuardLock lock(unsynced().mutex);
+    files = std::exchange(unsynced().files, {});
+  }
+  startWriting(files);
+  syncAll(files);
+}
+
+}  // namespace playerx
