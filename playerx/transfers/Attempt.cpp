@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
 #include <utility>
 
 #include "playerx/transfers/SystemError.h"
@@ -50,7 +49,7 @@ void Attempt::judge() {
   switch (verdict.step) {
     case Step::kAppend:
     case Step::kReplace:
-      return accept(verdict);
+      return begin(verdict);
     case Step::kAskForWhole:
       end(AttemptEnd::Kind::kAskForWhole);
       return;
@@ -68,7 +67,7 @@ void Attempt::judge() {
   }
 }
 
-void Attempt::accept(const Verdict& verdict) {
+void Attempt::begin(const Verdict& verdict) {
   const bool isReplaced = verdict.step == Step::kReplace;
   const bool differs = part_.facts().validator != validatorOf(head_);
   isAnotherVersion_ = isReplaced && differs && sizeBefore_ > 0;
@@ -112,25 +111,8 @@ bool Attempt::append(const char* data, std::size_t length) {
   if (total_ && length > *total_ - std::min(*total_, part_.file().size())) {
     return end(AttemptEnd::Kind::kAskForWhole);
   }
-  if (!total_ && !leavesRoom(length)) {
-    return end(AttemptEnd::Kind::kBroken, TransferFailure::kNoSpace,
-               "a body without end or length");
-  }
   const int error = part_.file().append(data, length);
   return error == 0 || failed(error);
-}
-
-/// A body that does not say how long it is may never end; it is not let fill the disk.
-bool Attempt::leavesRoom(std::size_t length) {
-  constexpr std::uint64_t kCheckEvery = 32 * 1024 * 1024;
-  constexpr std::uint64_t kFloor = 512 * 1024 * 1024;
-  unchecked_ += length;
-  if (unchecked_ < kCheckEvery) return true;
-  unchecked_ = 0;
-  std::error_code error;
-  const auto space =
-      std::filesystem::space(std::filesystem::path(part_.paths().bytes()).parent_path(), error);
-  return error || space.available >= kFloor;
 }
 
 bool Attempt::failed(int error) {

@@ -20,7 +20,7 @@ struct AttemptEnd {
     kComplete,     ///< every byte is there
     kContinue,     ///< a proper part of the rest has come; ask for what is missing
     kInterrupted,  ///< `failure` came in between
-    kAskForWhole,  ///< what came does not fit to what is there
+    kAskForWhole,  ///< what came does not fit what is there
     kTryLater,     ///< the server is busy: `failure`, `retryAfter`
     kBroken,       ///< `failure`; asking again is of no use
   };
@@ -30,8 +30,8 @@ struct AttemptEnd {
   std::optional<Milliseconds> retryAfter;
 };
 
-/// Brings what one request yields into a partial: judges the answer's head, compares the overlap
-/// with the bytes there, appends what follows.
+/// Writes what one request yields to a partial: judges the answer's head, compares the overlap with
+/// the bytes there, appends what follows.
 ///
 /// Used by one thread. Knows nothing of where the bytes come from; they may come in any pieces.
 class Attempt {
@@ -39,13 +39,13 @@ class Attempt {
   /// `part` outlives it; `request` was planned for it.
   Attempt(Part& part, RangeRequest request);
 
-  /// Takes one raw header line; false when that is enough of them.
+  /// Takes one raw header line; false when no more are wanted.
   bool headerLine(std::string_view line);
 
   /// Takes a piece of the body; false when no more is wanted.
   bool body(const char* data, std::size_t length);
 
-  /// Brings to the file what waits in memory; false when no more is wanted.
+  /// Writes what is in memory to the file; false when no more is wanted.
   bool flush();
 
   /// The request is over: `transport` says whether it came to its proper end (kNone).
@@ -54,20 +54,19 @@ class Attempt {
   /// The partial, as it is, belongs to the file that the server sends.
   bool isProven() const;
 
-  /// Bytes that were there gave way to those of another version.
+  /// Bytes that were there were replaced by those of another version.
   bool isAnotherVersion() const { return isAnotherVersion_; }
 
-  /// Bytes of the whole file; none when not known, or not yet.
+  /// Bytes of the whole file; nullopt when not known, or not yet.
   std::optional<std::uint64_t> total() const { return total_; }
 
  private:
   enum class Stage { kHead, kOverlap, kRest, kOver };
 
   void judge();
-  void accept(const Verdict& verdict);
+  void begin(const Verdict& verdict);
   int prepare(const Verdict& verdict);
   bool compare(const char* data, std::size_t length);
-  bool leavesRoom(std::size_t length);
   bool append(const char* data, std::size_t length);
   bool end(AttemptEnd::Kind kind, TransferFailure failure = TransferFailure::kNone,
            std::string detail = {});
@@ -79,9 +78,8 @@ class Attempt {
   const std::uint64_t sizeBefore_;
   ResponseHead head_;
   Stage stage_ = Stage::kHead;
-  std::optional<std::uint64_t> total_;  ///< once the answer is accepted
+  std::optional<std::uint64_t> total_;  ///< once the answer is judged
   std::uint64_t compared_ = 0;          ///< bytes of the overlap
-  std::uint64_t unchecked_ = 0;         ///< bytes without known total since the space was looked at
   bool isAnotherVersion_ = false;
   std::vector<char> kept_;  ///< the overlap as it is in the partial
   AttemptEnd end_;          ///< once `stage_` is kOver

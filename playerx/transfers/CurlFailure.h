@@ -13,7 +13,7 @@ struct CurlEnd {
   CURLcode code = CURLE_OK;
   long redirects = 0;    ///< followed
   long systemError = 0;  ///< errno of the connection that could not be made; 0 when not known
-  long proxyStatus = 0;  ///< what the proxy answered to the wish for a tunnel; 0 without one
+  long proxyStatus = 0;  ///< what the proxy answered to the request for a tunnel; 0 without one
 };
 
 /// Reads it off a handle that has been performed.

@@ -4,6 +4,7 @@
 
 #include "KPB/DownloadInfo.h"
 #include "playerx/transfers/FileNames.h"
+#include "playerx/transfers/Placement.h"
 
 namespace playerx::transfers {
 namespace {
@@ -12,16 +13,17 @@ constexpr int kStarted = 1;
 constexpr int kRefused = 0;
 constexpr char kRightsSuffix[] = ".rights";
 
-Wish wishOf(const KPB::DownloadInfo& info) {
-  Wish wish;
-  wish.username = info.getTempUsername();
-  wish.password = info.getTempPassword();
-  wish.rights = info.getSTRDChunk();
-  wish.rightsManaged = !wish.rights.empty() || !wish.username.empty() || !wish.password.empty();
-  wish.name = info.getOutputFilename();
-  wish.movies = info.getMoviesDirectory();
-  wish.downloads = info.getDownloadDirectory();
-  return wish;
+DownloadRequest requestOf(const KPB::DownloadInfo& info) {
+  DownloadRequest request;
+  request.username = info.getTempUsername();
+  request.password = info.getTempPassword();
+  request.rights = info.getSTRDChunk();
+  request.rightsManaged =
+      !request.rights.empty() || !request.username.empty() || !request.password.empty();
+  request.name = info.getOutputFilename();
+  request.movies = info.getMoviesDirectory();
+  request.downloads = info.getDownloadDirectory();
+  return request;
 }
 
 }  // namespace
@@ -35,24 +37,24 @@ void Downloads::setCallback(KPB::DownloadCallback* callback) { delivery_.setCall
 
 int Downloads::startSession(const std::string& urlUtf8, const KPB::DownloadInfo& info,
                             unsigned long long* uid) {
-  Wish wish = wishOf(info);
+  DownloadRequest request = requestOf(info);
   const std::optional<Address> address = parseAddress(urlUtf8);
-  wish.address = address.value_or(Address{{}, urlUtf8, {}});
-  if (!address) return refuse(std::move(wish), TransferFailure::kUnsupportedAddress);
-  const auto name = cleanOutputName(wish.name, wish.rights.empty() ? "" : kRightsSuffix);
-  if (!name) return refuse(std::move(wish), TransferFailure::kBadName);
-  wish.name = *name;
-  if (wish.movies.empty()) return refuse(std::move(wish), TransferFailure::kMediaFolder);
-  if (wish.downloads.empty()) return refuse(std::move(wish), TransferFailure::kTempFolder);
-  const auto session = std::make_shared<Session>(++lastUid_, std::move(wish));
+  request.address = address.value_or(Address{{}, urlUtf8, {}});
+  if (!address) return refuse(std::move(request), TransferFailure::kUnsupportedAddress);
+  const auto name = cleanOutputName(request.name, request.rights.empty() ? "" : kRightsSuffix);
+  if (!name) return refuse(std::move(request), TransferFailure::kBadName);
+  request.name = *name;
+  if (request.movies.empty()) return refuse(std::move(request), TransferFailure::kMediaFolder);
+  if (request.downloads.empty()) return refuse(std::move(request), TransferFailure::kTempFolder);
+  const auto session = std::make_shared<Session>(++lastUid_, std::move(request));
   *uid = session->uid;
   book_.add(session);
   engine_.start(session);
   return kStarted;
 }
 
-int Downloads::refuse(Wish wish, TransferFailure failure) {
-  const auto session = std::make_shared<Session>(0, std::move(wish));
+int Downloads::refuse(DownloadRequest request, TransferFailure failure) {
+  const auto session = std::make_shared<Session>(0, std::move(request));
   session->log.broke(failure, {});
   book_.add(session);
   return kRefused;
@@ -66,6 +68,10 @@ void Downloads::stopSession(unsigned long long uid) {
 
 void Downloads::setTrustFile(const std::string& pathUtf8) {
   engine_.setTrust(pathUtf8.empty() ? environmentTrust_ : TrustedAuthorities{pathUtf8, {}});
+}
+
+bool Downloads::takeBack(const std::string& filmUtf8, const std::string& downloadFolderUtf8) {
+  return transfers::takeBack(filmUtf8, downloadFolderUtf8);
 }
 
 }  // namespace playerx::transfers

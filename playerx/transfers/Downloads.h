@@ -7,6 +7,7 @@
 #include "KPB/DownloadInterface.h"
 #include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/Engine.h"
+#include "playerx/transfers/FilmRecovery.h"
 #include "playerx/transfers/ReportBook.h"
 #include "playerx/transfers/ReportDelivery.h"
 #include "playerx/transfers/TransferSettings.h"
@@ -14,12 +15,12 @@
 
 namespace playerx::transfers {
 
-/// The download library as a whole: checks what is asked for, hands it to the engine, answers
-/// questions. Three threads are its own, one for the network, one for files, one for reports.
+/// The download library as a whole: checks requests, hands them to the engine, answers questions.
+/// Three threads are its own, one for the network, one for files, one for reports.
 ///
 /// Threads: as the interfaces say. The destructor ends all sessions, keeps what has arrived, and
-/// returns when no thread of it runs; it must not run within a report.
-class Downloads : public KPB::DownloadInterface, public TransferSettings {
+/// returns when no thread of the library runs; it must not be called within a report.
+class Downloads : public KPB::DownloadInterface, public TransferSettings, public FilmRecovery {
  public:
   explicit Downloads(const Tuning& tuning = {});
   ~Downloads() override;
@@ -31,10 +32,12 @@ class Downloads : public KPB::DownloadInterface, public TransferSettings {
 
   void setTrustFile(const std::string& pathUtf8) override;
 
+  bool takeBack(const std::string& filmUtf8, const std::string& downloadFolderUtf8) override;
+
   TransferReports& reports() { return book_; }
 
  private:
-  int refuse(Wish wish, TransferFailure failure);
+  int refuse(DownloadRequest request, TransferFailure failure);
 
   const TrustedAuthorities environmentTrust_;
   std::atomic<unsigned long long> lastUid_{0};

@@ -17,15 +17,15 @@ Engine::Engine(const Tuning& tuning, ReportDelivery& delivery, TrustedAuthoritie
     : tuning_(tuning),
       delivery_(delivery),
       trust_(std::move(trust)),
-      workshop_{tuning_,
-                delivery_,
-                files_,
-                loop_,
-                [this](Work work) { post(std::move(work)); },
-                [this] {
-                  const GuardLock lock(mutex_);
-                  return trust_;
-                }},
+      context_{tuning_,
+               delivery_,
+               files_,
+               loop_,
+               [this](Work work) { post(std::move(work)); },
+               [this] {
+                 const GuardLock lock(mutex_);
+                 return trust_;
+               }},
       thread_(startQuietThread([this] { run(); })) {}
 
 Engine::~Engine() {
@@ -68,6 +68,8 @@ void Engine::run() {
     loop_.perform();
     const Clock::time_point now = Clock::now();
     workOn(now);
+    forgetFinished(now);
+    delivery_.flush();
     loop_.wait(timeToWait(now));
   }
   close();
@@ -90,11 +92,13 @@ void Engine::workOn(Clock::time_point now) {
   settleEnded();
 }
 
-// At once, so that whatever comes next about a session finds it where it belongs.
+// After every step, so that the next one about a session finds it where it belongs.
 void Engine::settleEnded() {
   std::erase_if(transfers_, [this](const auto& entry) {
     const Transfer& transfer = *entry.second;
-    if (transfer.state() == Transfer::State::kComplete) keepFinished(transfer);
+    if (transfer.state() == Transfer::State::kComplete) {
+      finished_.push_back({transfer.session(), transfer.film(), Clock::now()});
+    }
     return transfer.state() != Transfer::State::kRunning;
   });
 }
@@ -106,13 +110,20 @@ std::chrono::milliseconds Engine::timeToWait(Clock::time_point now) const {
     if (!deadline) continue;
     wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(*deadline - now));
   }
-  return wait;
+  return finished_.empty() ? wait : std::min(wait, timeToForget(now));
+}
+
+// A receiver that has not heard of the film yet is given the same time again.
+std::chrono::milliseconds Engine::timeToForget(Clock::time_point now) const {
+  const Finished& first = finished_.front();
+  if (!first.session->announced) return tuning_.forgetAfter;
+  return std::chrono::ceil<std::chrono::milliseconds>(first.since + tuning_.forgetAfter - now);
 }
 
 void Engine::beginSession(const std::shared_ptr<Session>& session) {
-  noteOthers(session->wish);
+  forgetPlaceOf(session->request);
   if (session->stopped) return session->log.enter(TransferPhase::kStopped);
-  const auto transfer = std::make_shared<Transfer>(session, workshop_);
+  const auto transfer = std::make_shared<Transfer>(session, context_);
   transfers_[session->uid] = transfer;
   transfer->begin();
 }
@@ -123,33 +134,28 @@ void Engine::endSession(const std::shared_ptr<Session>& session) {
     transfers_.erase(running);
     return;
   }
-  const auto found = std::find_if(finished_.begin(), finished_.end(),
-                                  [&](const Finished& one) { return one.session == session; });
-  if (found == finished_.end()) return;
-  if (session->announced) note(*found);
-  finished_.erase(found);
+  // A completion that was never reported is to be found by the next session.
+  if (session->announced) return;
+  std::erase_if(finished_, [&](const Finished& one) { return one.session == session; });
 }
 
-// A partial that was finished anew is remembered for the latest session alone.
-void Engine::keepFinished(const Transfer& transfer) {
-  const PartPaths& paths = transfer.paths();
+void Engine::forgetFinished(Clock::time_point now) {
+  while (!finished_.empty() && finished_.front().session->announced &&
+         now - finished_.front().since >= tuning_.forgetAfter) {
+    removeMark(finished_.front().film);
+    finished_.pop_front();
+  }
+}
+
+// A rights-managed film is known by its place alone. Under a new address it is requested once more.
+void Engine::forgetPlaceOf(const DownloadRequest& request) {
+  if (!request.rightsManaged) return;
   std::erase_if(finished_, [&](const Finished& one) {
-    return one.paths.folder == paths.folder && one.paths.key == paths.key;
-  });
-  finished_.push_back({transfer.session(), paths});
-}
-
-void Engine::note(const Finished& finished) {
-  notedIn_.insert(finished.paths.folder);
-  files_.post([paths = finished.paths] { noteCompletion(paths); });
-}
-
-// Whoever begins another film has put the one before on record.
-void Engine::noteOthers(const Wish& wish) {
-  std::erase_if(finished_, [&](const Finished& one) {
-    const bool isOver = one.session->announced && one.session->wish.address != wish.address;
-    if (isOver) note(one);
-    return isOver;
+    const Address& address = one.session->request.address;
+    const bool isRequestedAnew = one.session->announced && address.place == request.address.place &&
+                                 address != request.address;
+    if (isRequestedAnew) removeMark(one.film);
+    return isRequestedAnew;
   });
 }
 
@@ -160,12 +166,10 @@ void Engine::close() {
   }
   transfers_.clear();
   for (const Finished& finished : finished_) {
-    if (finished.session->announced) note(finished);
+    if (finished.session->announced) removeMark(finished.film);
   }
   finished_.clear();
-  for (const std::filesystem::path& folder : notedIn_) {
-    files_.post([folder] { forgetNoted(folder); });
-  }
+  delivery_.flush();
 }
 
 }  // namespace playerx::transfers

@@ -5,10 +5,8 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "playerx/platform/GuardMutex.h"
 #include "playerx/settings/TrustedAuthorities.h"
@@ -22,27 +20,30 @@
 // The chain a transfer passes through; an indented class is owned by the one above it. In brackets
 // the thread that runs it.
 //
-//   Downloads             checks the wish, gives the uid                        [any caller]
-//     ReportBook          the sessions, for whoever asks about them             [any caller]
-//     ReportDelivery      the receiver's reports, one after the other           [reports]
+//   Downloads             checks the request, gives the uid                     [any caller]
+//     ReportBook          the sessions, for questions about them                [any caller]
+//     ReportDelivery      the receiver's reports, one at a time                 [reports]
 //     Engine              takes sessions to begin and to stop                   [engine]
 //       FetchLoop         libcurl's multi handle: all requests side by side     [engine]
-//       WorkQueue         opens, syncs and places partials                      [files]
+//       WorkQueue         what may have to wait for the disk                    [files]
 //       Transfer          one session at work, from its partial to its place    [engine]
 //         Fetch           the present request, a libcurl handle in the loop     [engine]
 //         Attempt         judges what it brings, appends to the partial         [engine]
 //         Part            the bytes and their state                             [engine or files]
 //
 // Session, with its SessionLog, is shared by all of them and outlives its transfer. On the way:
-// openPart [files] -> Fetch -> Attempt -> Part [engine] -> placeFilm [files] -> ReportDelivery.
+// openPart -> Fetch -> Attempt -> Part -> placePart [engine, or files] -> ReportDelivery.
 
 namespace playerx::transfers {
 
 /// The library's own thread, on which all sessions run side by side.
 ///
 /// `start`, `stop` and `setTrust` may be called from any thread and return at once; sessions begin
-/// in the order of `start`, and one that was stopped before has let go of its partial by then.
-/// Destroyed, it ends all sessions as `stop` does and forgets completions that were taken note of.
+/// in the order of `start`, and one that was stopped before has released its partial by then.
+/// Destroyed, it ends all sessions as `stop` does.
+///
+/// A film keeps its mark for a moment after its completion was reported: until then the receiver
+/// may not have saved it.
 class Engine {
  public:
   /// `delivery` outlives it.
@@ -53,7 +54,6 @@ class Engine {
 
   void start(std::shared_ptr<Session> session);
 
-  /// The session's completion counts as noted when it has been announced.
   void stop(std::shared_ptr<Session> session);
 
   /// For requests made from now on.
@@ -63,10 +63,11 @@ class Engine {
   using Clock = Transfer::Clock;
   using Work = std::function<void()>;
 
-  /// A film that is in its place, while the library remembers that.
+  /// A film in its place that still carries its mark.
   struct Finished {
     std::shared_ptr<Session> session;
-    PartPaths paths;
+    std::filesystem::path film;
+    Clock::time_point since;
   };
 
   void post(Work work);
@@ -75,11 +76,11 @@ class Engine {
   void workOn(Clock::time_point now);
   void settleEnded();
   std::chrono::milliseconds timeToWait(Clock::time_point now) const;
+  std::chrono::milliseconds timeToForget(Clock::time_point now) const;
   void beginSession(const std::shared_ptr<Session>& session);
   void endSession(const std::shared_ptr<Session>& session);
-  void keepFinished(const Transfer& transfer);
-  void note(const Finished& finished);
-  void noteOthers(const Wish& wish);
+  void forgetFinished(Clock::time_point now);
+  void forgetPlaceOf(const DownloadRequest& request);
   void close();
 
   // Constant after construction.
@@ -95,11 +96,10 @@ class Engine {
   // The engine's thread alone.
   FetchLoop loop_;
   std::map<unsigned long long, std::shared_ptr<Transfer>> transfers_;
-  std::vector<Finished> finished_;
-  std::set<std::filesystem::path> notedIn_;  ///< folders with completions that were noted
+  std::deque<Finished> finished_;  ///< in the order of their completion
 
   WorkQueue files_;
-  Workshop workshop_;
+  TransferContext context_;
   std::thread thread_;
 };
 

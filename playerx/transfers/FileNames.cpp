@@ -1,14 +1,14 @@
 #include "playerx/transfers/FileNames.h"
 
-#include <QCryptographicHash>
 #include <algorithm>
+#include <charconv>
 #include <climits>
 #include <sstream>
 
 namespace playerx::transfers {
 namespace {
 
-constexpr int kKeyDigits = 16;
+constexpr unsigned kMostNames = 100;
 
 std::size_t extensionStart(const std::string& name) {
   const std::size_t slash = name.rfind('/');
@@ -17,9 +17,23 @@ std::size_t extensionStart(const std::string& name) {
   return inName ? dot : name.size();
 }
 
-bool isNumberFromTwoOn(const std::string& digits) {
-  return !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos &&
-         digits.front() != '0' && digits != "1";
+/// A numbered name taken apart.
+struct Numbered {
+  std::string base;  ///< the name without the number
+  unsigned number = 0;
+};
+
+std::optional<Numbered> withoutNumber(const std::string& name) {
+  const std::size_t extension = extensionStart(name);
+  const std::size_t opening = name.rfind('[', extension);
+  if (extension == 0 || name[extension - 1] != ']' || opening == std::string::npos) {
+    return std::nullopt;
+  }
+  Numbered numbered{name.substr(0, opening) + name.substr(extension), 0};
+  const char* const end = name.data() + extension - 1;
+  const auto [stop, error] = std::from_chars(name.data() + opening + 1, end, numbered.number);
+  if (error != std::errc() || stop != end || name[opening + 1] == '0') return std::nullopt;
+  return numbered.number >= 2 ? std::optional(numbered) : std::nullopt;
 }
 
 }  // namespace
@@ -44,21 +58,16 @@ std::string numberedName(const std::string& name, unsigned number) {
   return name.substr(0, extension) + "[" + std::to_string(number) + "]" + name.substr(extension);
 }
 
-bool isNameOrVariant(const std::string& name, const std::string& base) {
-  if (name == base) return true;
-  const std::string extension = base.substr(extensionStart(base));
-  const std::string opening = base.substr(0, base.size() - extension.size()) + "[";
-  const std::string closing = "]" + extension;
-  if (name.size() <= opening.size() + closing.size()) return false;
-  if (!name.starts_with(opening) || !name.ends_with(closing)) return false;
-  return isNumberFromTwoOn(
-      name.substr(opening.size(), name.size() - opening.size() - closing.size()));
-}
-
-std::string partKey(const std::string& place) {
-  const QByteArray hash =
-      QCryptographicHash::hash(QByteArray::fromStdString(place), QCryptographicHash::Sha256);
-  return hash.toHex().left(kKeyDigits).toStdString();
+std::vector<std::string> namesBefore(const std::string& name) {
+  std::vector<std::string> names = {name};
+  for (auto numbered = withoutNumber(name); numbered && names.size() < kMostNames;
+       numbered = withoutNumber(numbered->base)) {
+    names.push_back(numbered->base);
+    for (unsigned n = 2; n < numbered->number && names.size() < kMostNames; ++n) {
+      names.push_back(numberedName(numbered->base, n));
+    }
+  }
+  return names;
 }
 
 }  // namespace playerx::transfers

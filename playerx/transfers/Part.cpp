@@ -7,13 +7,14 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
+#include <fstream>
 #include <optional>
 #include <string_view>
 #include <utility>
 
-#include "playerx/platform/BootId.h"
 #include "playerx/platform/ReplacementFile.h"
-#include "playerx/transfers/SmallFile.h"
+#include "playerx/transfers/Address.h"
 
 namespace playerx::transfers {
 namespace {
@@ -32,81 +33,103 @@ bool hasName(const struct stat& file, const fs::path& name) {
          named.st_dev == file.st_dev;
 }
 
-// Where locks do not work nobody can be kept out, and nobody is.
-bool isHeldByAnother(int file) {
+// A file system without locks cannot keep another process out.
+bool isLockedByAnother(int file) {
   while (::flock(file, LOCK_EX | LOCK_NB) != 0) {
     if (errno != EINTR) return errno == EWOULDBLOCK;
   }
   return false;
 }
 
-Descriptor openBytes(const fs::path& name, int& error) {
+// Where the process died while it wrote the first state, there is a partial and no state.
+Descriptor openBytes(const PartPaths& paths, int& error) {
   constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
-  Descriptor file(::open(name.c_str(), kFlags, 0666));
+  constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+  Descriptor file(::open(paths.bytes().c_str(), kFlags | O_EXCL, kOwnerOnly));
+  if (!file && errno == EEXIST) {
+    file = Descriptor(::open(paths.bytes().c_str(), kFlags, kOwnerOnly));
+    removeLeftovers(paths.state());
+  }
   error = file ? 0 : errno;
   return file;
+}
+
+// The umask itself can only be read by changing it.
+mode_t readDefaultMode() {
+  constexpr std::string_view kField = "Umask:";
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (!line.starts_with(kField)) continue;
+    return 0666U & ~static_cast<mode_t>(std::strtoul(line.c_str() + kField.size(), nullptr, 8));
+  }
+  return 0644;
+}
+
+// A film is a file like others; only while it arrives it is the user's alone.
+void openToOthers(int file) {
+  static const mode_t mode = readDefaultMode();
+  if (::fchmod(file, mode) != 0) errno = 0;
 }
 
 // The bytes that may be believed: none without an accepted response, and after a power cut only
 // those that were on the disk.
 std::uint64_t usableSize(const PartState& state, std::uint64_t size) {
-  if (state.isComplete()) return size;
   if (!state.answered || (state.total && size > *state.total)) return 0;
-  return state.boot == bootId() ? size : std::min(size, state.durable);
+  return state.boot == currentBoot() ? size : std::min(size, state.durable);
 }
 
 }  // namespace
 
+PartPaths numberedPart(const fs::path& folder, const std::string& key, unsigned number) {
+  return {folder, number == 1 ? key : key + "-" + std::to_string(number)};
+}
+
 std::unique_ptr<Part> Part::claim(const PartPaths& paths, int& error) {
-  Descriptor file = openBytes(paths.bytes(), error);
-  if (!file || isHeldByAnother(file.get())) return nullptr;
+  Descriptor file = openBytes(paths, error);
+  if (!file || isLockedByAnother(file.get())) return nullptr;
   const auto status = statOf(file.get());
-  if (!status || !hasName(*status, paths.bytes())) return nullptr;
-  if (!S_ISREG(status->st_mode)) return nullptr;
-  removeLeftovers(paths.state());
-  const std::optional<PartState> kept = readState(readSmallFile(paths.state()));
-  const PartState state = kept.value_or(PartState{});
+  if (!status || !hasName(*status, paths.bytes()) || !S_ISREG(status->st_mode)) return nullptr;
   const auto size = static_cast<std::uint64_t>(status->st_size);
-  const std::uint64_t usable = usableSize(state, size);
-  std::unique_ptr<Part> part(new Part(paths, std::move(file), usable, state, !kept));
+  std::unique_ptr<Part> part(new Part(paths, std::move(file), size));
+  part->adoptKept(loadState(paths.state()),
+                  size > 0 ? readMark(paths.bytes()) : std::optional<FilmMark>());
+  const std::uint64_t usable = part->isWhole_ ? size : usableSize(part->state(), size);
   if (usable < size && (error = part->file_.cut(usable)) != 0) return nullptr;
   return part;
 }
 
-Part::Part(PartPaths paths, Descriptor file, std::uint64_t size, PartState state, bool isNew)
-    : paths_(std::move(paths)),
-      isNew_(isNew),
-      file_(std::move(file), size),
-      state_(std::move(state)) {}
+Part::Part(PartPaths paths, Descriptor file, std::uint64_t size)
+    : paths_(std::move(paths)), file_(std::move(file), size) {}
 
-Part::~Part() {
-  const PartState state = this->state();
-  if (state.isComplete()) {
-    leaveComplete(state);
-  } else {
-    leavePartial();
-  }
+void Part::adoptKept(const std::optional<PartState>& kept, const std::optional<FilmMark>& mark) {
+  isWhole_ = mark && transfers::isWhole(*mark, paths_.bytes());
+  isNew_ = !kept && !isWhole_;
+  if (mark && !isWhole_) removeMark(paths_.bytes());
+  if (!kept) return;
+  const GuardLock lock(mutex_);
+  state_ = *kept;
+  isSaved_ = true;
 }
 
-void Part::leaveComplete(const PartState& state) {
-  const bool isNeeded = !isPlaced_ && state.size > 0 && file_.size() == state.size;
-  if (isNeeded) return file_.giveBack();
-  const auto status = statOf(file_.descriptor());
-  if (status && hasName(*status, paths_.bytes())) ::unlink(paths_.bytes().c_str());
+Part::~Part() {
+  if (!isPlaced_ && !isWhole_) leavePartial();
 }
 
 void Part::leavePartial() {
   if (file_.flush() != 0) errno = 0;
-  if (file_.size() == 0) return removeFiles();
-  file_.giveBack();
-  if (state().durable < file_.size()) makeDurable(mark());
+  if (file_.size() == 0) {
+    // The bytes go last: while they are there, no other session can claim the state.
+    deleteState();
+    ::unlink(paths_.bytes().c_str());
+    return;
+  }
+  file_.releaseReserve();
+  if (state().durable < file_.size() || !isSaved()) makeDurable(mark());
 }
 
-// The bytes go last: as long as they are there, nobody else can claim the other two.
-void Part::removeFiles() {
-  ::unlink(paths_.rights().c_str());
-  ::unlink(paths_.state().c_str());
-  ::unlink(paths_.bytes().c_str());
+void Part::deleteState() {
+  const GuardLock lock(mutex_);
+  if (std::exchange(isSaved_, false)) ::unlink(paths_.state().c_str());
 }
 
 PartState Part::state() const {
@@ -119,53 +142,42 @@ PartFacts Part::facts() const {
   return {file_.size(), state.total, state.validator};
 }
 
-std::uint64_t Part::inode() const {
-  const auto status = statOf(file_.descriptor());
-  return status ? status->st_ino : 0;
+bool Part::isSaved() const {
+  const GuardLock lock(mutex_);
+  return isSaved_;
+}
+
+int Part::store() {
+  const int error = storeState(paths_.state(), state_);
+  if (error == 0) isSaved_ = true;
+  return error;
+}
+
+int Part::save() {
+  const GuardLock lock(mutex_);
+  return isSaved_ ? 0 : store();
 }
 
 int Part::change(const std::function<void(PartState&)>& apply) {
   const GuardLock lock(mutex_);
   apply(state_);
-  return replaceSmallFile(paths_.state(), writeState(state_));
+  return isSaved_ ? store() : 0;
 }
 
-int Part::newVersion(const std::function<void(PartState&)>& apply) {
-  if (const int error = file_.cut(0); error != 0) return error;
-  const GuardLock lock(mutex_);
-  ++version_;
-  PartState fresh;
-  fresh.address = state_.address;
-  fresh.place = state_.place;
-  fresh.boot = bootId();
-  apply(fresh);
-  state_ = fresh;
-  return replaceSmallFile(paths_.state(), writeState(state_));
-}
-
-int Part::adopt(const std::string& address, const std::string& place) {
-  const auto apply = [&](PartState& state) {
-    state.address = address;
-    state.place = place;
-    state.noted = false;
-    state.boot = bootId();
-  };
-  if (!isNew_) return change(apply);
-  const GuardLock lock(mutex_);
-  apply(state_);
-  return 0;
-}
-
-int Part::beginVersion(const Validator& validator, std::optional<std::uint64_t> total) {
-  return newVersion([&](PartState& state) {
-    state.answered = true;
-    state.validator = validator;
-    state.total = total;
+int Part::adopt(const Address& address) {
+  return change([&](PartState& state) {
+    state.address = address.remembered;
+    state.place = address.place;
+    state.boot = currentBoot();
   });
 }
 
-int Part::forgetCompletion() {
-  return newVersion([](PartState&) {});
+int Part::beginVersion(const Validator& validator, std::optional<std::uint64_t> total) {
+  if (const int error = file_.cut(0); error != 0) return error;
+  const GuardLock lock(mutex_);
+  ++version_;
+  state_ = {state_.address, state_.place, true, total, validator, 0, currentBoot()};
+  return isSaved_ || total > kLargeFilm ? store() : 0;
 }
 
 int Part::learnTotal(std::uint64_t total) {
@@ -182,28 +194,34 @@ int Part::makeDurable(const Mark& mark) {
   const GuardLock lock(mutex_);
   if (mark.version != version_) return 0;
   state_.durable = std::max(state_.durable, mark.bytes);
-  return replaceSmallFile(paths_.state(), writeState(state_));
+  return store();
 }
 
-int Part::keepRights(const std::vector<unsigned char>& rights) {
-  const std::string_view content(reinterpret_cast<const char*>(rights.data()), rights.size());
-  return replaceSmallFile(paths_.rights(), content);
+FilmMark Part::filmMark() const {
+  const GuardLock lock(mutex_);
+  return {digestOf(state_.place), digestOf(state_.address), file_.size(),
+          isSaved_ ? std::string() : currentBoot()};
 }
 
-int Part::announceMove(const std::string& target, const std::string& source,
-                       const std::string& wished, std::uint64_t size, std::uint64_t inode) {
-  const auto apply = [&](PartState& state) {
-    state.target = target;
-    state.source = source;
-    state.wished = wished;
-    state.size = size;
-    state.inode = inode;
-  };
-  return change(apply);
+int Part::finish() {
+  if (isWhole_) return 0;
+  if (const int error = file_.flush(); error != 0) return error;
+  file_.releaseReserve();
+  openToOthers(file_.descriptor());
+  if (isSaved()) {
+    if (const int error = file_.sync(); error != 0) return error;
+  }
+  isWhole_ = writeMark(file_.descriptor(), filmMark()) == 0;
+  if (isWhole_) deleteState();
+  return 0;
 }
 
-int Part::noteCompletion() {
-  return change([](PartState& state) { state.noted = true; });
+void Part::placed() {
+  isPlaced_ = true;
+  deleteState();
+  // A copy leaves the bytes behind.
+  const auto status = statOf(file_.descriptor());
+  if (status && hasName(*status, paths_.bytes())) ::unlink(paths_.bytes().c_str());
 }
 
 }  // namespace playerx::transfers

@@ -5,35 +5,46 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "playerx/platform/GuardMutex.h"
+#include "playerx/transfers/FilmMark.h"
 #include "playerx/transfers/PartFile.h"
 #include "playerx/transfers/PartState.h"
 #include "playerx/transfers/ResumePlan.h"
 
+namespace playerx {
+struct Address;
+}
+
 namespace playerx::transfers {
 
-/// The files of one partial: `<key>.part` (the bytes), `<key>.json` (its state) and `<key>.rights`.
+/// The files of one partial: `<key>.part` (the bytes) and `<key>.json` (its state).
 struct PartPaths {
   std::filesystem::path folder;
   std::string key;
 
   std::filesystem::path bytes() const { return folder / (key + ".part"); }
   std::filesystem::path state() const { return folder / (key + ".json"); }
-  std::filesystem::path rights() const { return folder / (key + ".rights"); }
 };
 
-/// A partial that this process has claimed: nobody else, in whatever process, has the same one.
+/// The `number`th of several partials whose addresses have one place, from 1 on. `key` is
+/// `digestOf(Address::place)`.
+PartPaths numberedPart(const std::filesystem::path& folder, const std::string& key,
+                       unsigned number);
+
+/// A partial that this process has claimed: no other session, in any process, has the same one.
 ///
-/// Built and destroyed on the files thread; between, one thread at a time works on it, but for
-/// `makeDurable` and `state`, which any thread may call. Destroyed, it gives back what is reserved,
-/// leaves the bytes for a later session, and takes its files away when there is nothing worth
-/// keeping. Failures are error numbers (`errno` values).
+/// One thread at a time works on it, but for `makeDurable` and `state`, which any thread may call.
+/// Destroyed, it releases reserved space, leaves the bytes for a later session, and deletes its
+/// files when there is nothing worth keeping; that may take the disk's time. Failures are error
+/// numbers (`errno` values).
+///
+/// The state is written first when `save` is called or a large film begins: most small films are
+/// complete before that is worth its while. Bytes without a state are not believed.
 class Part {
  public:
-  /// Claims the partial, which need not exist yet. Null when somebody else has it, or with an error
-  /// number other than 0 when its file cannot be opened.
+  /// Claims the partial, which need not exist yet. Null when another session has it, or with an
+  /// error number other than 0 when its file cannot be opened.
   static std::unique_ptr<Part> claim(const PartPaths& paths, int& error);
 
   Part(const Part&) = delete;
@@ -45,21 +56,26 @@ class Part {
   PartFacts facts() const;
   PartFile& file() { return file_; }
 
-  /// True when the claim found no state, so that the partial may become anybody's.
+  /// True when the claim found neither state nor mark: any film may use the partial.
   bool isNew() const { return isNew_; }
 
-  /// The number by which the file system knows the bytes.
-  std::uint64_t inode() const;
+  /// True when the claim found every byte, proven and believed.
+  bool isWhole() const { return isWhole_; }
 
-  /// The bytes, which are kept, now belong to this address. That of a new partial is written with
-  /// its first version.
-  int adopt(const std::string& address, const std::string& place);
+  /// True when the state is on disk.
+  bool isSaved() const;
+
+  /// The bytes, which are kept, now belong to this address.
+  int adopt(const Address& address);
 
   /// Drops the bytes: those that follow belong to another version of the file.
   int beginVersion(const Validator& validator, std::optional<std::uint64_t> total);
 
   /// The total has become known.
   int learnTotal(std::uint64_t total);
+
+  /// Writes the state, unless that was done.
+  int save();
 
   /// How far the bytes have come; taken by the thread that writes them.
   struct Mark {
@@ -72,37 +88,32 @@ class Part {
   /// everything else.
   int makeDurable(const Mark& mark);
 
-  /// Keeps the rights data beside the bytes.
-  int keepRights(const std::vector<unsigned char>& rights);
+  /// Every byte has come: writes what is in memory and marks the file as a whole film, which takes
+  /// the place of the state. A film that took long is brought to the disk first; one that came in a
+  /// moment is cheaper to fetch again than to wait for.
+  int finish();
 
-  /// Writes that everything is there, and where it goes; the arguments as in `PartState`.
-  int announceMove(const std::string& target, const std::string& source, const std::string& wished,
-                   std::uint64_t size, std::uint64_t inode);
-
-  /// The completion has been taken note of.
-  int noteCompletion();
-
-  /// The film is at its target. Its record stays; `<key>.part`, when there is one, goes.
-  void placed() { isPlaced_ = true; }
-
-  /// What was complete is there no more: begins anew.
-  int forgetCompletion();
+  /// The file has left for its place in the movies folder, as it is or as a copy.
+  void placed();
 
  private:
-  Part(PartPaths paths, Descriptor file, std::uint64_t size, PartState state, bool isNew);
+  Part(PartPaths paths, Descriptor file, std::uint64_t size);
+  void adoptKept(const std::optional<PartState>& kept, const std::optional<FilmMark>& mark);
   int change(const std::function<void(PartState&)>& apply);
-  int newVersion(const std::function<void(PartState&)>& apply);
-  void leaveComplete(const PartState& state);
+  int store() KVPM_REQUIRES(mutex_);
+  FilmMark filmMark() const;
+  void deleteState();
   void leavePartial();
-  void removeFiles();
 
   const PartPaths paths_;
-  const bool isNew_;
   PartFile file_;
+  bool isNew_ = true;
+  bool isWhole_ = false;  ///< the file carries a mark
   bool isPlaced_ = false;
 
   mutable GuardMutex mutex_;
   PartState state_ KVPM_GUARDED_BY(mutex_);
+  bool isSaved_ KVPM_GUARDED_BY(mutex_) = false;
   unsigned version_ KVPM_GUARDED_BY(mutex_) = 0;
 };
 

@@ -1,16 +1,19 @@
 #include "playerx/transfers/PartFile.h"
 
 #include <fcntl.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
 namespace playerx::transfers {
 namespace {
 
-// Large writes are cheap, small ones are not: the network's library hands over 16 KiB at a time.
+// Large writes are cheap, small ones are not: libcurl hands over 16 KiB at a time.
 constexpr std::size_t kBufferSize = std::size_t{256} << 10U;
+constexpr std::uint64_t kMostLeftFree = 256'000'000;
 
 bool cannotReserve(int error) {
   return error == EOPNOTSUPP || error == ENOSYS || error == EINVAL || error == ENODEV;
@@ -44,24 +47,39 @@ int PartFile::append(const char* data, std::size_t length) {
     buffer_.insert(buffer_.end(), data, data + length);
     return 0;
   }
+  return write(data, length);
+}
+
+int PartFile::flush() {
+  if (buffer_.empty()) return 0;
+  const int error = write(buffer_.data(), buffer_.size());
+  buffer_.clear();
+  return error;
+}
+
+int PartFile::write(const char* data, std::size_t length) {
+  if (written_ + length > reserved_ && !leavesRoom(length)) return ENOSPC;
   const int error = writeAt(file_.get(), written_, data, &length);
   written_ += length;
   return error;
 }
 
-int PartFile::flush() {
-  if (buffer_.empty()) return 0;
-  std::size_t length = buffer_.size();
-  const int error = writeAt(file_.get(), written_, buffer_.data(), &length);
-  written_ += length;
-  buffer_.clear();
-  return error;
+// Where the system cannot tell, the disk itself says when it is full.
+bool PartFile::leavesRoom(std::uint64_t bytes) const {
+  struct statvfs disk {};
+  if (::fstatvfs(file_.get(), &disk) != 0) return true;
+  const std::uint64_t leftFree =
+      std::min<std::uint64_t>(disk.f_blocks * disk.f_frsize / 100, kMostLeftFree);
+  const std::uint64_t available = disk.f_bavail * disk.f_frsize;
+  return available >= leftFree && bytes <= available - leftFree;
 }
 
 int PartFile::cut(std::uint64_t size) {
   buffer_.clear();
+  if (size == written_ && reserved_ == 0) return 0;
   if (::ftruncate(file_.get(), static_cast<off_t>(size)) != 0) return errno;
   written_ = size;
+  reserved_ = 0;
   return 0;
 }
 
@@ -69,18 +87,22 @@ int PartFile::reserve(std::uint64_t total) {
   if (const int error = flush(); error != 0) return error;
   if (total <= written_) return 0;
   if (total > static_cast<std::uint64_t>(INT64_MAX)) return EFBIG;
+  if (!leavesRoom(total - written_)) return ENOSPC;
+  if (total < kLargeFilm) return 0;
   int error = 0;
   do {
     const int result = ::fallocate(file_.get(), FALLOC_FL_KEEP_SIZE, static_cast<off_t>(written_),
                                    static_cast<off_t>(total - written_));
     error = result == 0 ? 0 : errno;
   } while (error == EINTR);
-  if (error == 0 || cannotReserve(error)) return 0;
-  giveBack();  // a reservation that failed may have taken all that was left
+  if (cannotReserve(error)) return 0;
+  reserved_ = total;
+  if (error != 0) releaseReserve();  // one that failed may have taken all that was left
   return error;
 }
 
-void PartFile::giveBack() {
+void PartFile::releaseReserve() {
+  if (std::exchange(reserved_, 0) <= written_) return;
   // Cutting a file to the size that it has frees what lies behind its end.
   if (::ftruncate(file_.get(), static_cast<off_t>(written_)) != 0) errno = 0;
 }

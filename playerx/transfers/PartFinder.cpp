@@ -1,6 +1,5 @@
 #include "playerx/transfers/PartFinder.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,7 +10,6 @@
 #include <vector>
 
 #include "playerx/transfers/FileNames.h"
-#include "playerx/transfers/SmallFile.h"
 #include "playerx/transfers/SystemError.h"
 
 namespace playerx::transfers {
@@ -19,114 +17,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kStateExtension[] = ".json";
+constexpr char kBytesExtension[] = ".part";
 constexpr unsigned kMostPartsOfOnePlace = 10'000;
 
-struct Candidate {
-  PartPaths paths;
-  PartState state;
-  int rank = 0;  ///< the lowest is tried first
-};
-
 Opened failed(TransferFailure failure, const fs::path& where, int error) {
-  Opened opened;
-  opened.failure = failureOfError(error, failure);
-  opened.detail = describeError(where, error);
-  return opened;
-}
-
-bool isFileOfSize(const fs::path& path, std::uint64_t size) {
-  struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-         static_cast<std::uint64_t>(status.st_size) == size;
-}
-
-bool isTheMovedFile(const fs::path& path, const PartState& state) {
-  struct stat status {};
-  return ::stat(path.c_str(), &status) == 0 && status.st_ino == state.inode;
-}
-
-// Where the film is, when it has left the partial. While the partial is whole too, only the number
-// that the file system knows a file by tells ours from a stranger's of the same size.
-std::optional<fs::path> findFilm(const PartState& state, bool partIsWhole) {
-  if (isFileOfSize(state.target, state.size) &&
-      (!partIsWhole || isTheMovedFile(state.target, state))) {
-    return state.target;
-  }
-  if (!state.source.empty() && isFileOfSize(state.source, state.size)) return state.source;
-  return std::nullopt;
-}
-
-bool partIsWhole(const Candidate& candidate) {
-  return isFileOfSize(candidate.paths.bytes(), candidate.state.size);
-}
-
-bool isSameAddress(const Wish& wish, const PartState& state) {
-  return state.address == wish.address.remembered;
-}
-
-// Once noted, a film is asked for again under its old address alone by somebody who has lost the
-// note; under a new authorisation it is wanted once more.
-bool isSameFilm(const Wish& wish, const PartState& state) {
-  if (isSameAddress(wish, state)) return true;
-  return wish.rightsManaged && state.place == wish.address.place && !state.noted;
-}
-
-std::string nameOf(const std::string& path) { return fs::path(path).filename(); }
-
-bool nameFits(const Wish& wish, const PartState& state) {
-  const std::string name = nameOf(wish.name);
-  return isNameOrVariant(name, nameOf(state.target)) ||
-         isNameOrVariant(name, nameOf(state.wished)) ||
-         (!state.source.empty() && isNameOrVariant(name, nameOf(state.source)));
-}
-
-enum Rank { kFinishedRank, kArrivedRank, kSameAddressRank, kSamePlaceRank, kUselessRank };
-
-int rankOf(const Wish& wish, const Candidate& candidate) {
-  const PartState& state = candidate.state;
-  if (!isSameFilm(wish, state)) return kUselessRank;
-  if (state.isComplete()) {
-    const bool isWhole = partIsWhole(candidate);
-    if (findFilm(state, isWhole)) return nameFits(wish, state) ? kFinishedRank : kUselessRank;
-    if (isWhole) return kArrivedRank;
-  }
-  return isSameAddress(wish, state) ? kSameAddressRank : kSamePlaceRank;
-}
-
-std::vector<Candidate> readStates(const fs::path& folder, const std::string& keyStart) {
-  std::vector<Candidate> candidates;
-  std::error_code failure;
-  for (fs::directory_iterator entry(folder, failure), end; !failure && entry != end;
-       entry.increment(failure)) {
-    const fs::path& file = entry->path();
-    if (file.extension() != kStateExtension) continue;
-    if (!file.filename().native().starts_with(keyStart)) continue;
-    const auto state = readState(readSmallFile(file));
-    if (state) candidates.push_back({{folder, file.stem()}, *state});
-  }
-  return candidates;
-}
-
-bool filmIsGone(const Candidate& candidate) {
-  const bool isWhole = partIsWhole(candidate);
-  return !isWhole && !findFilm(candidate.state, isWhole);
-}
-
-// Only a record without a partial is let go: whoever has the partial is still at work.
-void forget(const Candidate& candidate) {
-  int error = 0;
-  const std::unique_ptr<Part> part = Part::claim(candidate.paths, error);
-  if (!part || part->state() != candidate.state) return;
-  part->forgetCompletion();
-}
-
-void forgetSettled(const Wish& wish) {
-  for (const Candidate& candidate : readStates(wish.downloads, "")) {
-    const PartState& state = candidate.state;
-    if (!state.isComplete() || isSameFilm(wish, state)) continue;
-    if (state.noted || filmIsGone(candidate)) forget(candidate);
-  }
+  return {nullptr, {}, failureOfError(error, failure), describeError(where, error)};
 }
 
 bool makeFolder(const fs::path& folder, int& error) {
@@ -138,50 +33,72 @@ bool makeFolder(const fs::path& folder, int& error) {
   return error == 0;
 }
 
-Opened opened(std::unique_ptr<Part> part, const Wish& wish) {
-  Opened result;
-  const PartState state = part->state();
-  if (state.isComplete()) {
-    const bool isWhole = part->file().size() == state.size;
-    const auto film = findFilm(state, isWhole);
-    if (film) {
-      result.kind = Opened::Kind::kFinished;
-      result.film = *film;
-    } else if (isWhole) {
-      result.kind = Opened::Kind::kArrived;
-    } else {
-      part->forgetCompletion();
-    }
-  }
-  int error = part->adopt(wish.address.remembered, wish.address.place);
-  if (error == 0 && !wish.rights.empty()) error = part->keepRights(wish.rights);
-  if (error != 0) return failed(TransferFailure::kTempFolder, wish.downloads, error);
-  result.part = std::move(part);
-  return result;
+bool isSameFilm(const DownloadRequest& request, const FilmMark& mark) {
+  if (mark.address == digestOf(request.address.remembered)) return true;
+  return request.rightsManaged && mark.place == digestOf(request.address.place);
 }
 
-std::unique_ptr<Part> claimKnown(const Wish& wish, int& error) {
-  std::vector<Candidate> candidates = readStates(wish.downloads, partKey(wish.address.place));
-  for (Candidate& candidate : candidates) candidate.rank = rankOf(wish, candidate);
+std::optional<fs::path> findPlacedFilm(const DownloadRequest& request) {
+  for (const std::string& name : namesBefore(request.name)) {
+    fs::path film = request.movies / name;
+    const std::optional<FilmMark> mark = readMark(film);
+    if (mark && isSameFilm(request, *mark) && isWhole(*mark, film)) return film;
+  }
+  return std::nullopt;
+}
+
+/// A partial that an earlier session has left.
+struct Candidate {
+  PartPaths paths;
+  PartState state;  ///< empty for one that is known by its mark
+  int rank = 0;     ///< the lowest is tried first
+};
+
+enum Rank { kWholeRank, kSameAddressRank, kSamePlaceRank, kUselessRank };
+
+int rankOf(const DownloadRequest& request, const Candidate& candidate) {
+  const std::optional<FilmMark> mark = readMark(candidate.paths.bytes());
+  if (mark && isWhole(*mark, candidate.paths.bytes())) {
+    return isSameFilm(request, *mark) ? kWholeRank : kUselessRank;
+  }
+  if (candidate.state.address == request.address.remembered) return kSameAddressRank;
+  const bool isSamePlace = candidate.state.place == request.address.place;
+  return request.rightsManaged && isSamePlace ? kSamePlaceRank : kUselessRank;
+}
+
+std::vector<Candidate> findCandidates(const DownloadRequest& request, const std::string& keyStart) {
+  std::vector<Candidate> candidates;
+  std::error_code failure;
+  for (fs::directory_iterator entry(request.downloads, failure), end; !failure && entry != end;
+       entry.increment(failure)) {
+    const fs::path file = entry->path().filename();
+    if (!file.native().starts_with(keyStart) || file.extension() != kBytesExtension) continue;
+    Candidate candidate{{request.downloads, file.stem()}, {}, 0};
+    candidate.state = loadState(candidate.paths.state()).value_or(PartState{});
+    candidate.rank = rankOf(request, candidate);
+    if (candidate.rank != kUselessRank) candidates.push_back(std::move(candidate));
+  }
   std::stable_sort(candidates.begin(), candidates.end(),
                    [](const Candidate& a, const Candidate& b) { return a.rank < b.rank; });
-  for (const Candidate& candidate : candidates) {
-    if (candidate.rank == kUselessRank) break;
+  return candidates;
+}
+
+std::unique_ptr<Part> claimKnown(const DownloadRequest& request, const std::string& key,
+                                 int& error) {
+  for (const Candidate& candidate : findCandidates(request, key)) {
     std::unique_ptr<Part> part = Part::claim(candidate.paths, error);
-    // Between look and claim somebody else may have finished with it.
-    if (part && part->state() == candidate.state) return part;
+    // Another session may have finished with it since it was looked at.
+    if (part && !part->isNew() && part->state() == candidate.state) return part;
   }
   return nullptr;
 }
 
-// Something else than a file bears the name: a folder, a link, a device that is not there.
+// Something else than a file has the name: a folder, a link, a device that is not there.
 bool isInTheWay(int error) { return error == EISDIR || error == ELOOP || error == ENXIO; }
 
-std::unique_ptr<Part> claimNew(const Wish& wish, int& error) {
-  const std::string key = partKey(wish.address.place);
+std::unique_ptr<Part> claimNew(const DownloadRequest& request, const std::string& key, int& error) {
   for (unsigned number = 1; number <= kMostPartsOfOnePlace; ++number) {
-    const std::string tail = number == 1 ? "" : "-" + std::to_string(number);
-    const PartPaths paths{wish.downloads, key + tail};
+    const PartPaths paths = numberedPart(request.downloads, key, number);
     std::error_code ignored;
     if (fs::exists(paths.state(), ignored)) continue;
     std::unique_ptr<Part> part = Part::claim(paths, error);
@@ -194,31 +111,23 @@ std::unique_ptr<Part> claimNew(const Wish& wish, int& error) {
 
 }  // namespace
 
-Opened openPart(const Wish& wish) {
+Opened openPart(const DownloadRequest& request) {
   int error = 0;
-  if (!makeFolder(wish.downloads, error)) {
-    return failed(TransferFailure::kTempFolder, wish.downloads, error);
+  if (!makeFolder(request.downloads, error)) {
+    return failed(TransferFailure::kTempFolder, request.downloads, error);
   }
-  if (const fs::path folder = wish.path().parent_path(); !makeFolder(folder, error)) {
+  if (const fs::path folder = request.path().parent_path(); !makeFolder(folder, error)) {
     return failed(TransferFailure::kMediaFolder, folder, error);
   }
-  forgetSettled(wish);
-  std::unique_ptr<Part> part = claimKnown(wish, error);
-  if (!part) part = claimNew(wish, error);
-  if (!part) return failed(TransferFailure::kTempFolder, wish.downloads, error);
-  return opened(std::move(part), wish);
-}
-
-void noteCompletion(const PartPaths& paths) {
-  int error = 0;
-  const std::unique_ptr<Part> part = Part::claim(paths, error);
-  if (part && part->state().isComplete()) part->noteCompletion();
-}
-
-void forgetNoted(const fs::path& folder) {
-  for (const Candidate& candidate : readStates(folder, "")) {
-    if (candidate.state.isComplete() && candidate.state.noted) forget(candidate);
+  if (auto film = findPlacedFilm(request)) {
+    return {nullptr, *std::move(film), TransferFailure::kNone, {}};
   }
+  const std::string key = digestOf(request.address.place);
+  std::unique_ptr<Part> part = claimKnown(request, key, error);
+  if (!part) part = claimNew(request, key, error);
+  if (part) error = part->adopt(request.address);
+  if (error != 0) return failed(TransferFailure::kTempFolder, request.downloads, error);
+  return {std::move(part), {}, TransferFailure::kNone, {}};
 }
 
 }  // namespace playerx::transfers

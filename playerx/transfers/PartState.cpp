@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "playerx/transfers/SmallFile.h"
+
 namespace playerx::transfers {
 namespace {
 
@@ -39,14 +41,6 @@ std::string writeState(const PartState& state) {
                  {"durable", state.durable},
                  {"boot", state.boot}};
   if (state.total) object["total"] = *state.total;
-  if (state.isComplete()) {
-    object["target"] = state.target;
-    object["source"] = state.source;
-    object["wished"] = state.wished;
-    object["size"] = state.size;
-    object["inode"] = state.inode;
-    object["noted"] = state.noted;
-  }
   return object.dump(kIndent, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
@@ -63,13 +57,16 @@ std::optional<PartState> readState(std::string_view text) {
                      flagOf(object, "dateIsStrong")};
   state.durable = numberOf(object, "durable").value_or(0);
   state.boot = textOf(object, "boot");
-  state.target = textOf(object, "target");
-  state.source = textOf(object, "source");
-  state.wished = textOf(object, "wished");
-  state.size = numberOf(object, "size").value_or(0);
-  state.inode = numberOf(object, "inode").value_or(0);
-  state.noted = flagOf(object, "noted");
   return state;
+}
+
+std::optional<PartState> loadState(const std::filesystem::path& file) {
+  const std::string text = readSmallFile(file);
+  return text.empty() ? std::nullopt : readState(text);
+}
+
+int storeState(const std::filesystem::path& file, const PartState& state) {
+  return replaceSmallFile(file, writeState(state));
 }
 
 }  // namespace playerx::transfers

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,22 +25,19 @@ struct PartState {
   std::uint64_t durable = 0;
   std::string boot;
 
-  /// Set once every byte is there and on the disk, just before the file is moved: where to, the
-  /// size, and the number that the file system knows it by (0: not yet known). Who finds such a
-  /// state finds the file at `target`, or at `source`, or still as the partial.
-  std::string target;
-  std::string source;  ///< the place it is moved from when that is not the partial; else empty
-  std::string wished;  ///< output name that was asked for; differs from the target's when taken
-  std::uint64_t size = 0;
-  std::uint64_t inode = 0;
-  bool noted = false;  ///< the completion has been taken note of; kept in case it was lost again
-
-  bool isComplete() const { return !target.empty(); }
   bool operator==(const PartState&) const = default;
 };
 
-/// The state as JSON text, and back; none when `json` is not such a text, of whatever kind.
+/// The state as JSON text, and back; nullopt when `json` is not such a text, of whatever kind.
 std::string writeState(const PartState& state);
 std::optional<PartState> readState(std::string_view json);
+
+/// The state kept in a file; nullopt when there is none that can be read.
+std::optional<PartState> loadState(const std::filesystem::path& file);
+
+/// Puts a state in the place of the file, whole or not at all, readable by its owner alone. Returns
+/// 0 or an error number (`errno` values); then the old file is as it was. Does not wait for the
+/// disk.
+int storeState(const std::filesystem::path& file, const PartState& state);
 
 }  // namespace playerx::transfers

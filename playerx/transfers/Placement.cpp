@@ -1,13 +1,18 @@
 #include "playerx/transfers/Placement.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <string_view>
 
 #include "playerx/platform/FileMove.h"
+#include "playerx/platform/FileSync.h"
+#include "playerx/platform/Rename.h"
 #include "playerx/transfers/FileNames.h"
-#include "playerx/transfers/FilmMove.h"
+#include "playerx/transfers/FilmCopy.h"
+#include "playerx/transfers/SmallFile.h"
 #include "playerx/transfers/SystemError.h"
 
 namespace playerx::transfers {
@@ -22,72 +27,33 @@ bool isTaken(const fs::path& path) {
   return ::lstat(path.c_str(), &status) == 0;
 }
 
+bool needsCopy(int error) { return error == EXDEV || error == EPERM || error == EOPNOTSUPP; }
+
 fs::path rightsOf(const fs::path& film) { return film.native() + ".rights"; }
 
-/// One film on its way.
+/// One film on its way from `source` to where it was requested.
 class Placing {
  public:
-  Placing(Part& part, const fs::path& film, const Wish& wish, const std::atomic<bool>& giveUp)
-      : part_(part),
-        film_(film),
-        wish_(wish),
-        giveUp_(giveUp),
-        hasRights_(isTaken(part.paths().rights()) || (!film.empty() && isTaken(rightsOf(film)))) {}
+  Placing(fs::path source, fs::path oldRights, const DownloadRequest& request,
+          const std::atomic<bool>& isCancelled, Copying copying)
+      : source_(std::move(source)),
+        oldRights_(std::move(oldRights)),
+        request_(request),
+        isCancelled_(isCancelled),
+        mayCopy_(copying == Copying::kAllowed),
+        hasRights_(!request.rights.empty() || (!oldRights_.empty() && isTaken(oldRights_))) {}
 
   Placed run() {
-    if (const int error = settleBytes(); error != 0) {
-      return failed(part_.paths().bytes(), error, TransferFailure::kWriteFailed);
-    }
     for (unsigned number = 1; number <= kMostVariants; ++number) {
       const fs::path target =
-          wish_.movies / (number == 1 ? wish_.name : numberedName(wish_.name, number));
+          request_.movies / (number == 1 ? request_.name : numberedName(request_.name, number));
       const int error = tryTarget(target);
       if (error == 0) return done(target);
-      if (error == ECANCELED) return {Placed::Kind::kGivenUp, {}, TransferFailure::kNone, {}};
+      if (error == ECANCELED) return {Placed::Kind::kCancelled, {}, TransferFailure::kNone, {}};
+      if (needsCopy(error)) return {Placed::Kind::kMustCopy, {}, TransferFailure::kNone, {}};
       if (error != EEXIST) return failed(target, error, TransferFailure::kMediaFolder);
     }
-    return failed(wish_.path(), EEXIST, TransferFailure::kMediaFolder);
-  }
-
- private:
-  bool isPlacedAlready() const { return !film_.empty(); }
-
-  int settleBytes() {
-    if (isPlacedAlready()) return 0;
-    if (const int error = part_.file().flush(); error != 0) return error;
-    part_.file().giveBack();
-    return part_.file().sync();
-  }
-
-  int tryTarget(const fs::path& target) {
-    if (target == film_) return 0;
-    if (isTaken(target) || (hasRights_ && isTaken(rightsOf(target)))) return EEXIST;
-    const fs::path source = isPlacedAlready() ? film_ : part_.paths().bytes();
-    const std::uint64_t size = isPlacedAlready() ? part_.state().size : part_.file().size();
-    const auto announce = [&](std::uint64_t inode) {
-      return part_.announceMove(target, film_, wish_.name, size, inode);
-    };
-    return moveFilm(source, target, {giveUp_, announce});
-  }
-
-  // New rights data is for this film and takes the place of what an earlier session has put there.
-  int placeRights(const fs::path& target) {
-    const fs::path fresh = part_.paths().rights();
-    const fs::path old = isPlacedAlready() ? rightsOf(film_) : fs::path();
-    const bool isFresh = isTaken(fresh);
-    if (isFresh && !old.empty()) ::unlink(old.c_str());
-    const fs::path& source = isFresh ? fresh : old;
-    const fs::path place = rightsOf(target);
-    if (source.empty() || source == place || !isTaken(source)) return 0;
-    return moveFileWithoutOverwriting(source, place);
-  }
-
-  Placed done(const fs::path& target) {
-    part_.placed();
-    if (const int error = placeRights(target); error != 0) {
-      return failed(rightsOf(target), error, TransferFailure::kMediaFolder);
-    }
-    return {Placed::Kind::kDone, target, TransferFailure::kNone, {}};
+    return failed(request_.path(), EEXIST, TransferFailure::kMediaFolder);
   }
 
   static Placed failed(const fs::path& where, int error, TransferFailure otherwise) {
@@ -95,18 +61,84 @@ class Placing {
         Placed::Kind::kFailed, {}, failureOfError(error, otherwise), describeError(where, error)};
   }
 
-  Part& part_;
-  const fs::path& film_;
-  const Wish& wish_;
-  const std::atomic<bool>& giveUp_;
+ private:
+  int tryTarget(const fs::path& target) const {
+    if (isCancelled_) return ECANCELED;
+    if (target == source_) return 0;
+    if (hasRights_ && isTaken(rightsOf(target))) return EEXIST;
+    const int error = renameWithoutOverwriting(source_, target);
+    return needsCopy(error) && mayCopy_ ? copy(target) : error;
+  }
+
+  int copy(const fs::path& target) const {
+    FilmMark mark = readMark(source_).value_or(FilmMark{});
+    mark.boot.clear();
+    if (const int error = copyFilm(source_, target, mark, isCancelled_); error != 0) return error;
+    // The film is in its place; what cannot be deleted here only costs space.
+    if (::unlink(source_.c_str()) != 0) errno = 0;
+    return 0;
+  }
+
+  Placed done(const fs::path& target) const {
+    // On the disk before what is then saved of the completion: see docs/durability.md.
+    syncFinishedSoon(target);
+    if (const int error = placeRights(target); error != 0) {
+      return failed(rightsOf(target), error, TransferFailure::kMediaFolder);
+    }
+    return {Placed::Kind::kDone, target, TransferFailure::kNone, {}};
+  }
+
+  // New rights data is for this film and replaces what an earlier session has put beside it.
+  int placeRights(const fs::path& target) const {
+    const fs::path place = rightsOf(target);
+    if (request_.rights.empty()) {
+      if (!hasRights_ || place == oldRights_) return 0;
+      return moveFileWithoutOverwriting(oldRights_, place);
+    }
+    if (!oldRights_.empty() && place != oldRights_) ::unlink(oldRights_.c_str());
+    const std::string_view content(reinterpret_cast<const char*>(request_.rights.data()),
+                                   request_.rights.size());
+    const int error = replaceSmallFile(place, content);
+    if (error == 0) syncFinishedSoon(place);
+    return error;
+  }
+
+  const fs::path source_;
+  const fs::path oldRights_;  ///< empty for a film that was never placed
+  const DownloadRequest& request_;
+  const std::atomic<bool>& isCancelled_;
+  const bool mayCopy_;
   const bool hasRights_;
 };
 
 }  // namespace
 
-Placed placeFilm(Part& part, const fs::path& film, const Wish& wish,
-                 const std::atomic<bool>& giveUp) {
-  return Placing(part, film, wish, giveUp).run();
+Placed placePart(Part& part, const DownloadRequest& request, const std::atomic<bool>& isCancelled,
+                 Copying copying) {
+  if (const int error = part.finish(); error != 0) {
+    return Placing::failed(part.paths().bytes(), error, TransferFailure::kWriteFailed);
+  }
+  Placed placed = Placing(part.paths().bytes(), {}, request, isCancelled, copying).run();
+  if (placed.kind == Placed::Kind::kDone) part.placed();
+  return placed;
+}
+
+Placed placeFilmAgain(const fs::path& film, const DownloadRequest& request,
+                      const std::atomic<bool>& isCancelled, Copying copying) {
+  return Placing(film, rightsOf(film), request, isCancelled, copying).run();
+}
+
+bool takeBack(const fs::path& film, const fs::path& folder) {
+  const std::optional<FilmMark> mark = readMark(film);
+  if (!mark) return false;
+  for (unsigned number = 1; number <= kMostVariants; ++number) {
+    const int error =
+        renameWithoutOverwriting(film, numberedPart(folder, mark->place, number).bytes());
+    if (error == EEXIST) continue;
+    if (error == 0) ::unlink(rightsOf(film).c_str());
+    return error == 0;
+  }
+  return false;
 }
 
 }  // namespace playerx::transfers

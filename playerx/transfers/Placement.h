@@ -12,19 +12,34 @@ namespace playerx::transfers {
 
 /// How the placing of a film ended.
 struct Placed {
-  enum class Kind { kDone, kGivenUp, kFailed };
+  enum class Kind {
+    kDone,       ///< the film is at `film`
+    kCancelled,  ///< nothing has changed
+    kMustCopy,   ///< a copy is needed, which was not allowed
+    kFailed,     ///< `failure`, `detail`
+  };
   Kind kind = Kind::kFailed;
-  std::filesystem::path film;  ///< for kDone: where it is
+  std::filesystem::path film;
   TransferFailure failure = TransferFailure::kNone;
   std::string detail;
 };
 
-/// Moves a whole film, and its rights data beside it, to the place that `wish` names, or to a
-/// variant of the name when that is taken. `film` is where an earlier session has put it already;
-/// empty while it is still the partial. Its bytes are on the disk, and the record of where it goes
-/// is written, before it moves: whenever the process dies, the film is found again. Runs on the
-/// files thread; `giveUp` may be set by another.
-Placed placeFilm(Part& part, const std::filesystem::path& film, const Wish& wish,
-                 const std::atomic<bool>& giveUp);
+enum class Copying { kAllowed, kForbidden };
+
+/// Moves a whole partial to the place that `request` names, or to a variant of the name when that
+/// is taken, and puts the rights data beside it. The film carries its mark before it moves:
+/// whenever the process dies, it is found again. `isCancelled` may be set by another thread. Blocks
+/// for as long as a copy takes, where that is allowed.
+Placed placePart(Part& part, const DownloadRequest& request, const std::atomic<bool>& isCancelled,
+                 Copying copying);
+
+/// Does the same with a film that an earlier session has placed at `film`.
+Placed placeFilmAgain(const std::filesystem::path& film, const DownloadRequest& request,
+                      const std::atomic<bool>& isCancelled, Copying copying);
+
+/// Moves a film that was placed at `film` back to `folder` as a partial, within one file system,
+/// when it carries its mark. Its rights data is deleted: the next authorisation brings it anew.
+/// Returns whether it did.
+bool takeBack(const std::filesystem::path& film, const std::filesystem::path& folder);
 
 }  // namespace playerx::transfers

@@ -13,8 +13,8 @@ constexpr std::size_t kMostSessions = 500;
 TransferReport reportOn(const Session& session) {
   TransferReport report = session.log.report(std::chrono::steady_clock::now());
   report.uid = session.uid;
-  report.address = session.wish.address.remembered;
-  report.wishedPath = session.wish.path();
+  report.address = session.request.address.remembered;
+  report.requestedPath = session.request.path();
   return report;
 }
 
@@ -50,7 +50,7 @@ bool ReportBook::findByAddress(const std::string& urlUtf8, TransferReport* repor
 
 bool ReportBook::findByPath(const std::string& pathUtf8, TransferReport* report) const {
   const auto fits = [&](const TransferReport& one) {
-    return one.wishedPath == pathUtf8 || one.finalPath == pathUtf8;
+    return one.requestedPath == pathUtf8 || one.finalPath == pathUtf8;
   };
   return findLatest(fits, report);
 }

@@ -45,10 +45,15 @@ void ReportDelivery::broke(const std::shared_ptr<Session>& session, int code) {
 }
 
 void ReportDelivery::post(Report report) {
+  const GuardLock lock(mutex_);
+  if (callback_ != nullptr) reports_.push_back(std::move(report));
+}
+
+void ReportDelivery::flush() {
   {
     const GuardLock lock(mutex_);
-    if (callback_ == nullptr) return;
-    reports_.push_back(std::move(report));
+    if (ready_ == reports_.size()) return;
+    ready_ = reports_.size();
   }
   changed_.notifyAll();
 }
@@ -56,20 +61,21 @@ void ReportDelivery::post(Report report) {
 void ReportDelivery::run() {
   Report report;
   KPB::DownloadCallback* callback = nullptr;
-  while (takeNext(report, callback)) {
+  while (waitForNext(report, callback)) {
     deliver(report, *callback);
     delivered();
   }
 }
 
 // Waits for the next report that is still of interest; false once the delivery is closing.
-bool ReportDelivery::takeNext(Report& report, KPB::DownloadCallback*& callback) {
+bool ReportDelivery::waitForNext(Report& report, KPB::DownloadCallback*& callback) {
   const GuardLock lock(mutex_);
   while (!isClosing_) {
-    if (reports_.empty()) {
+    if (ready_ == 0) {
       changed_.wait(mutex_);
       continue;
     }
+    --ready_;
     report = std::move(reports_.front());
     reports_.pop_front();
     callback = callback_;

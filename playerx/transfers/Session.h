@@ -14,12 +14,12 @@
 namespace playerx::transfers {
 
 /// What one session is to fetch and where the file goes: checked, and constant from then on.
-struct Wish {
+struct DownloadRequest {
   Address address;
   /// Addresses of such a film differ from one authorisation to the next.
   bool rightsManaged = false;
   std::string username, password;
-  std::vector<unsigned char> rights;  ///< empty: none to keep
+  std::vector<unsigned char> rights;  ///< empty for a film without
   std::string name;                   ///< below `movies`, clean
   std::filesystem::path movies;
   std::filesystem::path downloads;
@@ -29,10 +29,10 @@ struct Wish {
 
 /// One session, as all threads of the library see it.
 struct Session {
-  Session(unsigned long long id, Wish what) : uid(id), wish(std::move(what)) {}
+  Session(unsigned long long id, DownloadRequest what) : uid(id), request(std::move(what)) {}
 
   const unsigned long long uid;
-  const Wish wish;
+  const DownloadRequest request;
   SessionLog log;
   std::atomic<bool> stopped{false};    ///< no further report of it is made, no further work done
   std::atomic<bool> announced{false};  ///< its completion is being, or has been, reported

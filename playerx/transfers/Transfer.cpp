@@ -1,7 +1,11 @@
 #include "playerx/transfers/Transfer.h"
 
+#include <algorithm>
 #include <random>
+#include <system_error>
 #include <utility>
+
+#include "playerx/transfers/SystemError.h"
 
 namespace playerx::transfers {
 namespace {
@@ -13,14 +17,19 @@ double randomJitter() {
 
 }  // namespace
 
-Transfer::Transfer(std::shared_ptr<Session> session, Workshop& workshop)
-    : session_(std::move(session)), workshop_(workshop), slot_(std::make_shared<Slot>()) {}
+Transfer::Transfer(std::shared_ptr<Session> session, TransferContext& context)
+    : session_(std::move(session)), context_(context), slot_(std::make_shared<Slot>()) {}
 
-// The slot outlives the transfer as long as the files thread has work for it; only `then` needs
-// the transfer itself.
-void Transfer::onFilesThread(std::function<void(Slot&, Session&)> job, void (Transfer::*then)()) {
-  workshop_.files.post([job = std::move(job), then, slot = slot_, session = session_,
-                        self = weak_from_this(), onEngine = workshop_.onEngine] {
+// Quick work waits for its turn only while slow work of earlier sessions is pending. The slot
+// outlives the transfer as long as the files thread needs it; only `then` needs the transfer
+// itself.
+void Transfer::perform(Cost cost, const Job& job, void (Transfer::*then)()) {
+  if (cost == Cost::kQuick && context_.files.isIdle()) {
+    job(*slot_, *session_);
+    return (this->*then)();
+  }
+  context_.files.post([job, then, slot = slot_, session = session_, self = weak_from_this(),
+                       onEngine = context_.onEngine] {
     job(*slot, *session);
     onEngine([then, self] {
       if (const auto transfer = self.lock()) (transfer.get()->*then)();
@@ -30,43 +39,47 @@ void Transfer::onFilesThread(std::function<void(Slot&, Session&)> job, void (Tra
 
 void Transfer::begin() {
   const auto open = [](Slot& slot, Session& session) {
-    if (!session.stopped) slot.opened = openPart(session.wish);
+    if (!session.stopped) slot.opened = openPart(session.request);
   };
-  onFilesThread(open, &Transfer::onOpened);
+  perform(Cost::kQuick, open, &Transfer::onOpened);
 }
 
 void Transfer::onOpened() {
   if (phase_ != Phase::kOpening) return;
   const Opened& opened = slot_->opened;
-  if (!opened.part) return breakOff(opened.failure, opened.detail);
-  paths_ = opened.part->paths();
-  if (opened.kind != Opened::Kind::kArriving) {
-    const std::uint64_t size = opened.part->state().size;
-    session_->log.arrived(size, size, Clock::now());
-    reportBegan();
-    workshop_.delivery.percent(session_, 100);
-    return place();
+  if (!opened.film.empty()) {
+    std::error_code ignored;
+    return reportWhole(std::filesystem::file_size(opened.film, ignored));
   }
+  if (!opened.part) return breakOff(opened.failure, opened.detail);
   const std::uint64_t size = part().file().size();
+  if (part().isWhole()) return reportWhole(size);
   if (size == 0) percent_ = PercentReporter(0);
   retries_ = RetryCounter(size);
   synced_ = part().state().durable;
   request();
 }
 
+void Transfer::reportWhole(std::uint64_t size) {
+  session_->log.arrived(size, size, Clock::now());
+  reportBegan();
+  context_.delivery.percent(session_, 100);
+  place();
+}
+
 RangeRequest Transfer::nextRange() const {
-  if (wholeWanted_) return {};
-  return planRequest(slot_->opened.part->facts(), workshop_.tuning.overlap);
+  if (needsWhole_) return {};
+  return planRequest(part().facts(), context_.tuning.overlap);
 }
 
 FetchSpec Transfer::nextSpec(const RangeRequest& range) const {
-  const Wish& wish = session_->wish;
-  return {.url = wish.address.fetched,
-          .username = wish.username,
-          .password = wish.password,
+  const DownloadRequest& request = session_->request;
+  return {.url = request.address.fetched,
+          .username = request.username,
+          .password = request.password,
           .range = range,
-          .trust = workshop_.trust(),
-          .connectTimeout = workshop_.tuning.connectTimeout,
+          .trust = context_.trust(),
+          .connectTimeout = context_.tuning.connectTimeout,
           .freshConnection = !isFirstRequest_};
 }
 
@@ -77,17 +90,18 @@ void Transfer::request() {
   attempt_ = std::make_unique<Attempt>(part(), range);
   FetchSink& sink = *this;
   fetch_ = std::make_unique<Fetch>(nextSpec(range), sink);
-  wholeWanted_ = false;
+  needsWhole_ = false;
   isFirstRequest_ = false;
   isTouched_ = false;
   lastTouch_ = Clock::now();
-  workshop_.loop.add(*fetch_, sink);
+  saveAt_ = lastTouch_ + context_.tuning.saveAfter;
+  context_.loop.add(*fetch_, sink);
 }
 
 bool Transfer::onHeaderLine(std::string_view line) {
   isTouched_ = true;
   isContacted_ = true;
-  workshop_.delivery.header(session_, std::string(line));
+  context_.delivery.header(session_, std::string(line));
   return attempt_->headerLine(line);
 }
 
@@ -103,8 +117,9 @@ void Transfer::work(Clock::time_point now) {
   if (phase_ == Phase::kRequesting) {
     if (!attempt_->flush()) return endAttempt(TransferFailure::kNone, {});
     reportProgress(now);
+    if (isSaveDue(now) && !save()) return;
     syncNowAndThen();
-    if (now - lastTouch_ >= workshop_.tuning.stall) {
+    if (now - lastTouch_ >= context_.tuning.stall) {
       endAttempt(TransferFailure::kStalled, "no byte came");
     }
   } else if (phase_ == Phase::kPausing && now >= wakeAt_) {
@@ -114,12 +129,26 @@ void Transfer::work(Clock::time_point now) {
 
 std::optional<Transfer::Clock::time_point> Transfer::deadline() const {
   if (phase_ == Phase::kPausing) return wakeAt_;
-  if (phase_ == Phase::kRequesting) return lastTouch_ + workshop_.tuning.stall;
-  return std::nullopt;
+  if (phase_ != Phase::kRequesting) return std::nullopt;
+  const Clock::time_point stalledAt = lastTouch_ + context_.tuning.stall;
+  return isSaveDue(saveAt_) ? std::min(saveAt_, stalledAt) : stalledAt;
+}
+
+// Before it is saved, what has come is of no use to a later session.
+bool Transfer::isSaveDue(Clock::time_point now) const {
+  return now >= saveAt_ && attempt_->isProven() && !part().isSaved();
+}
+
+bool Transfer::save() {
+  const int error = part().save();
+  if (error == 0) return true;
+  breakOff(failureOfError(error, TransferFailure::kTempFolder),
+           describeError(part().paths().state(), error));
+  return false;
 }
 
 void Transfer::reportBegan() {
-  if (!std::exchange(hasBegun_, true)) workshop_.delivery.began(session_);
+  if (!std::exchange(hasBegun_, true)) context_.delivery.began(session_);
 }
 
 void Transfer::reportProgress(Clock::time_point now) {
@@ -130,7 +159,7 @@ void Transfer::reportProgress(Clock::time_point now) {
   session_->log.arrived(size, total, now);
   reportBegan();
   if (const auto percent = percent_.next(size, total)) {
-    workshop_.delivery.percent(session_, *percent);
+    context_.delivery.percent(session_, *percent);
   }
 }
 
@@ -138,19 +167,19 @@ void Transfer::reportProgress(Clock::time_point now) {
 void Transfer::syncNowAndThen() {
   const std::uint64_t size = part().file().size();
   if (size < synced_) synced_ = 0;
-  if (isSyncing_ || size - synced_ < workshop_.tuning.syncEvery) return;
+  if (isSyncing_ || size - synced_ < context_.tuning.syncEvery) return;
   isSyncing_ = true;
   synced_ = size;
   const auto sync = [mark = part().mark()](Slot& slot, Session&) {
-    // A disk that fails shows it when the film is placed.
+    // A failing disk shows when the film is placed.
     static_cast<void>(slot.opened.part->makeDurable(mark));
   };
-  onFilesThread(sync, &Transfer::onSynced);
+  perform(Cost::kSlow, sync, &Transfer::onSynced);
 }
 
 void Transfer::endAttempt(TransferFailure transport, const std::string& detail) {
   const AttemptEnd end = attempt_->finish(transport, detail);
-  workshop_.loop.remove(*fetch_);
+  context_.loop.remove(*fetch_);
   fetch_.reset();
   reportProgress(Clock::now());
   const bool isAnotherVersion = attempt_->isAnotherVersion();
@@ -179,22 +208,22 @@ void Transfer::follow(const AttemptEnd& end) {
 
 /// Counts one start from the first byte. False when that was one too many, and the session is over.
 bool Transfer::mayStartOver() {
-  if (++restarts_ <= workshop_.tuning.mostRestarts) return true;
+  if (++restarts_ <= context_.tuning.mostRestarts) return true;
   breakOff(TransferFailure::kKeepsChanging, "the answers do not fit together");
   return false;
 }
 
 void Transfer::askForWhole() {
   if (!mayStartOver()) return;
-  wholeWanted_ = true;
+  needsWhole_ = true;
   request();
 }
 
 void Transfer::pauseOrBreak(const AttemptEnd& end) {
-  const RetryRules& rules = workshop_.tuning.retry;
+  const RetryRules& rules = context_.tuning.retry;
   const std::optional<unsigned> number = retries_.failed(rules);
   if (!number) return breakOff(end.failure, end.detail);
-  const double jitter = workshop_.tuning.jitter ? workshop_.tuning.jitter() : randomJitter();
+  const double jitter = context_.tuning.jitter ? context_.tuning.jitter() : randomJitter();
   wakeAt_ = Clock::now() + pauseBeforeRetry(rules, *number, jitter, end.retryAfter);
   phase_ = Phase::kPausing;
   session_->log.enter(TransferPhase::kWaiting);
@@ -205,44 +234,54 @@ void Transfer::place() {
   phase_ = Phase::kPlacing;
   session_->log.wentWell();
   session_->log.enter(TransferPhase::kPlacing);
-  const auto placing = [](Slot& slot, Session& session) {
-    slot.placed = placeFilm(*slot.opened.part, slot.opened.film, session.wish, session.stopped);
-    // Whoever asks for the same film next finds it, not its partial.
-    if (slot.placed.kind != Placed::Kind::kGivenUp) slot.opened.part.reset();
+  const bool tookLong = slot_->opened.part && part().isSaved();
+  place(tookLong ? Copying::kAllowed : Copying::kForbidden);
+}
+
+void Transfer::place(Copying copying) {
+  const auto placing = [copying](Slot& slot, Session& session) {
+    std::unique_ptr<Part>& part = slot.opened.part;
+    slot.placed = part
+                      ? placePart(*part, session.request, session.stopped, copying)
+                      : placeFilmAgain(slot.opened.film, session.request, session.stopped, copying);
+    // The next session of the same film must not find the partial claimed.
+    const Placed::Kind kind = slot.placed.kind;
+    if (kind == Placed::Kind::kDone || kind == Placed::Kind::kFailed) part.reset();
   };
-  onFilesThread(placing, &Transfer::onPlaced);
+  perform(copying == Copying::kAllowed ? Cost::kSlow : Cost::kQuick, placing, &Transfer::onPlaced);
 }
 
 void Transfer::onPlaced() {
   if (phase_ != Phase::kPlacing) return;
   const Placed& placed = slot_->placed;
+  if (placed.kind == Placed::Kind::kMustCopy) return place(Copying::kAllowed);
   if (placed.kind == Placed::Kind::kFailed) return breakOff(placed.failure, placed.detail);
-  if (placed.kind == Placed::Kind::kGivenUp) return;
+  if (placed.kind == Placed::Kind::kCancelled) return;
   phase_ = Phase::kOver;
   state_ = State::kComplete;
   session_->log.completed(placed.film);
-  workshop_.delivery.complete(session_);
+  context_.delivery.complete(session_);
 }
 
 void Transfer::breakOff(TransferFailure failure, const std::string& detail) {
-  letGo();
+  release();
   state_ = State::kBroken;
   session_->log.broke(failure, detail);
-  workshop_.delivery.broke(session_, static_cast<int>(failure));
+  context_.delivery.broke(session_, static_cast<int>(failure));
 }
 
 void Transfer::stop() {
   if (phase_ == Phase::kOver) return;
-  letGo();
+  release();
   session_->log.enter(TransferPhase::kStopped);
 }
 
-void Transfer::letGo() {
+void Transfer::release() {
   phase_ = Phase::kOver;
-  if (fetch_) workshop_.loop.remove(*fetch_);
+  if (fetch_) context_.loop.remove(*fetch_);
   fetch_.reset();
   attempt_.reset();
-  workshop_.files.post([slot = slot_] { slot->opened.part.reset(); });
+  context_.files.post([slot = slot_] { slot->opened.part.reset(); });
 }
 
 }  // namespace playerx::transfers

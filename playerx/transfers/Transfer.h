@@ -23,7 +23,7 @@
 namespace playerx::transfers {
 
 /// What a transfer works with. Owned by the engine, which outlives its transfers.
-struct Workshop {
+struct TransferContext {
   const Tuning& tuning;
   ReportDelivery& delivery;
   WorkQueue& files;
@@ -35,47 +35,49 @@ struct Workshop {
 /// One session at work: opens its partial, asks for what is missing as often as it takes, has the
 /// film placed, and reports.
 ///
-/// Lives on the engine's thread; what takes the disk's time is done on the files thread. The
-/// partial belongs to one of the two at a time: to the files thread until it is opened and from the
-/// moment on at which it is placed or let go.
+/// Lives on the engine's thread, which does the quick work on files itself: a film of a moment is
+/// opened, written and placed there. What may have to wait for the disk is done on the files
+/// thread. The partial belongs to one of the two at a time, but for the syncs beside a transfer.
 class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSink {
  public:
   using Clock = std::chrono::steady_clock;
 
   enum class State { kRunning, kComplete, kBroken };
 
-  Transfer(std::shared_ptr<Session> session, Workshop& workshop);
+  Transfer(std::shared_ptr<Session> session, TransferContext& context);
   ~Transfer() override = default;
 
   const std::shared_ptr<Session>& session() const { return session_; }
   State state() const { return state_; }
-  /// For a complete one: where its record is.
-  const PartPaths& paths() const { return paths_; }
+  /// Where a complete film lies.
+  const std::filesystem::path& film() const { return slot_->placed.film; }
 
   void begin();
 
   /// To be called after the loop has performed: writes, reports, ends a silent request or a pause.
   void work(Clock::time_point now);
 
-  /// When `work` has to be called even if nothing happens; none for no such moment.
+  /// When `work` has to be called even if nothing happens; nullopt when it need not be.
   std::optional<Clock::time_point> deadline() const;
 
-  /// Lets go of everything at once; nothing more is reported.
+  /// Releases everything at once; nothing more is reported.
   void stop();
 
  private:
   enum class Phase { kOpening, kRequesting, kPausing, kPlacing, kOver };
+  enum class Cost { kQuick, kSlow };
   /// Handed back and forth between the two threads.
   struct Slot {
     Opened opened;
     Placed placed;
   };
+  using Job = std::function<void(Slot&, Session&)>;
 
   bool onHeaderLine(std::string_view line) override;
   bool onBody(const char* data, std::size_t length) override;
   void onOver(const FetchOutcome& outcome) override;
 
-  void onFilesThread(std::function<void(Slot&, Session&)> job, void (Transfer::*then)());
+  void perform(Cost cost, const Job& job, void (Transfer::*then)());
   void onOpened();
   void onPlaced();
   void request();
@@ -83,6 +85,9 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   FetchSpec nextSpec(const RangeRequest& range) const;
   void reportProgress(Clock::time_point now);
   void reportBegan();
+  void reportWhole(std::uint64_t size);
+  bool isSaveDue(Clock::time_point now) const;
+  bool save();
   void syncNowAndThen();
   void onSynced() { isSyncing_ = false; }
   void endAttempt(TransferFailure transport, const std::string& detail);
@@ -91,23 +96,23 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   void askForWhole();
   void pauseOrBreak(const AttemptEnd& end);
   void place();
+  void place(Copying copying);
   void breakOff(TransferFailure failure, const std::string& detail);
-  void letGo();
-  Part& part() { return *slot_->opened.part; }
+  void release();
+  Part& part() const { return *slot_->opened.part; }
 
   const std::shared_ptr<Session> session_;
-  Workshop& workshop_;
+  TransferContext& context_;
   const std::shared_ptr<Slot> slot_;
   State state_ = State::kRunning;
   Phase phase_ = Phase::kOpening;
-  PartPaths paths_;
 
   std::unique_ptr<Fetch> fetch_;
   std::unique_ptr<Attempt> attempt_;
   PercentReporter percent_{std::nullopt};
   RetryCounter retries_{0};
   unsigned restarts_ = 0;
-  bool wholeWanted_ = false;  ///< what is there is of no use for the next request
+  bool needsWhole_ = false;  ///< what is there is of no use for the next request
   bool hasBegun_ = false;
   bool isContacted_ = false;
   bool isFirstRequest_ = true;
@@ -115,6 +120,7 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   std::uint64_t synced_ = 0;
   bool isTouched_ = false;  ///< something came since the last `work`
   Clock::time_point lastTouch_;
+  Clock::time_point saveAt_;  ///< unless the film is complete by then
   Clock::time_point wakeAt_;
 };
 

@@ -15,8 +15,10 @@ struct Tuning {
   RetryRules retry;
   unsigned mostRestarts = 5;                           ///< of one session, from the first byte on
   std::uint64_t overlap = std::uint64_t{64} << 10U;    ///< bytes compared before the rest is added
-  std::uint64_t syncEvery = std::uint64_t{32} << 20U;  ///< bytes between two visits to the disk
-  std::function<double()> jitter;                      ///< [0, 1); empty: random
+  std::uint64_t syncEvery = std::uint64_t{32} << 20U;  ///< bytes between two syncs
+  Milliseconds saveAfter{20};      ///< what is known of a film that takes longer
+  Milliseconds forgetAfter{2000};  ///< a completed film's mark, from its report
+  std::function<double()> jitter;  ///< [0, 1); empty: random
 };
 
 }  // namespace playerx::transfers

@@ -29,11 +29,18 @@ void WorkQueue::run() {
   while (const std::function<void()> work = next()) work();
 }
 
+bool WorkQueue::isIdle() {
+  const GuardLock lock(mutex_);
+  return works_.empty() && !isWorking_;
+}
+
 // Empty once the queue is closing and nothing is left.
 std::function<void()> WorkQueue::next() {
   const GuardLock lock(mutex_);
+  isWorking_ = false;
   while (works_.empty() && !isClosing_) changed_.wait(mutex_);
   if (works_.empty()) return {};
+  isWorking_ = true;
   std::function<void()> work = std::move(works_.front());
   works_.pop_front();
   return work;

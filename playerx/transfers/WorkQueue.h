@@ -9,9 +9,10 @@
 namespace playerx::transfers {
 
 /// A thread that does pieces of work one after the other, in the order in which they came. The
-/// library's files thread: opening, syncing and moving files may take their time there.
+/// library's files thread: what may have to wait for the disk is done there.
 ///
-/// `post` may be called from any thread. Destroyed, it does what is left, then ends its thread.
+/// All operations may be called from any thread. Destroyed, it does what is left, then ends its
+/// thread.
 class WorkQueue {
  public:
   WorkQueue();
@@ -22,6 +23,9 @@ class WorkQueue {
   /// Returns at once.
   void post(std::function<void()> work);
 
+  /// True when everything that was posted is done.
+  bool isIdle();
+
  private:
   void run();
   std::function<void()> next();
@@ -29,6 +33,7 @@ class WorkQueue {
   GuardMutex mutex_;
   Condition changed_;
   std::deque<std::function<void()>> works_ KVPM_GUARDED_BY(mutex_);
+  bool isWorking_ KVPM_GUARDED_BY(mutex_) = false;
   bool isClosing_ KVPM_GUARDED_BY(mutex_) = false;
   std::thread thread_;
 };

@@ -32,9 +32,9 @@ std::optional<Explanation> explainTransfer(const TransferReport& report,
       return explainPeer(report, host, reason, Reason::kProxyTimeout);
     case TransferFailure::kNoSpaceForFilm:
       return explain(reason,
-                     {.place = std::filesystem::path(report.wishedPath).parent_path().string()});
+                     {.place = std::filesystem::path(report.requestedPath).parent_path().string()});
     case TransferFailure::kMediaFolder:
-      return explain(reason, {.place = report.wishedPath});
+      return explain(reason, {.place = report.requestedPath});
     default:
       return explain(reason, {.host = host, .words = report.detail});
   }

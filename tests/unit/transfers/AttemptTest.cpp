@@ -19,11 +19,11 @@ constexpr std::size_t kOverlap = 100;
 class AttemptTest : public ::testing::Test {
  protected:
   AttemptTest() {
-    wish_.address = *parseAddress("http://h/film.avi");
-    wish_.name = "film.avi";
-    wish_.movies = folder_ / "movies";
-    wish_.downloads = folder_ / "parts";
-    part_ = openPart(wish_).part;
+    request_.address = *parseAddress("http://h/film.avi");
+    request_.name = "film.avi";
+    request_.movies = folder_ / "movies";
+    request_.downloads = folder_ / "parts";
+    part_ = openPart(request_).part;
   }
   /// The partial as a session left it that got so many bytes.
   void leave(std::size_t bytes) {
@@ -49,7 +49,7 @@ class AttemptTest : public ::testing::Test {
   std::string bytes() const { return support::readFile(part_->paths().bytes()); }
 
   support::TempDir folder_;
-  Wish wish_;
+  DownloadRequest request_;
   std::unique_ptr<Part> part_;
   const std::string content_ = filmBytes(kSize);
 };

@@ -10,7 +10,7 @@ using support::Process;
 
 constexpr std::size_t kSize = 100'000;
 
-/// What a film's completion leaves behind until it has been taken note of.
+/// How a film is found again whose completion was lost with its process.
 class FinishedTest : public DownloadsFixture {
  protected:
   FinishedTest() : server_(filmOf(kSize)) {}
@@ -32,7 +32,7 @@ class FinishedTest : public DownloadsFixture {
   FilmServer server_;
 };
 
-TEST_F(FinishedTest, AFilmThatNobodyTookNoteOfIsMovedAndNotFetchedAgain) {
+TEST_F(FinishedTest, AFilmWhoseCompletionWasLostIsMovedAndNotFetchedAgain) {
   fetchAndDie(server_.url());
   EXPECT_EQ(fetch(server_.url(), "film[2].avi").events,
             (std::vector<std::string>{"began", "percent 100", "complete"}));
@@ -57,7 +57,7 @@ TEST_F(FinishedTest, TheSameNameFindsTheFilmInItsPlace) {
   EXPECT_EQ(filesIn(movies()), std::vector<std::string>{"film.avi"});
 }
 
-TEST_F(FinishedTest, ANameOfAnotherFormIsAFreshWish) {
+TEST_F(FinishedTest, ANameOfAnotherFormIsAFreshRequest) {
   fetchAndDie(server_.url());
   for (const char* name : {"film[1].avi", "other.avi", "film[2].mkv"}) {
     EXPECT_TRUE(fetch(server_.url(), name).complete);
@@ -88,16 +88,6 @@ TEST_F(FinishedTest, AFilmThatWasDeletedOrChangedIsFetchedAgain) {
   EXPECT_EQ(film("film[2][2].avi"), filmBytes(kSize));
 }
 
-TEST_F(FinishedTest, AnotherMoviesFolderGetsTheFilm) {
-  fetchAndDie(server_.url());
-  KPB::DownloadInfo elsewhere = info("film[2].avi");
-  elsewhere.setMoviesDirectory(folder_ / "elsewhere");
-  EXPECT_TRUE(fetch(server_.url(), elsewhere).complete);
-  EXPECT_EQ(server_.requestCount(), 1u);
-  EXPECT_EQ(filesIn(movies()), std::vector<std::string>{});
-  EXPECT_EQ(support::readFile(folder_ / "elsewhere/film[2].avi"), filmBytes(kSize));
-}
-
 TEST_F(FinishedTest, ATakenNameIsNotOverwrittenByTheMove) {
   fetchAndDie(server_.url());
   folder_.write("movies/film[2].avi", "mine");
@@ -109,7 +99,7 @@ TEST_F(FinishedTest, ATakenNameIsNotOverwrittenByTheMove) {
 }
 
 TEST_F(FinishedTest, ARightsManagedFilmIsFoundUnderItsNextAuthorisation) {
-  downloads_->setCallback(nullptr);  // nobody takes note
+  downloads_->setCallback(nullptr);
   const auto uid = start(server_.url("/f?token=1"), managed("film.avi", "old rights"));
   ASSERT_TRUE(support::waitFor([&] { return report(uid).phase == TransferPhase::kComplete; }));
   EXPECT_EQ(film("film.avi.rights"), "old rights");
@@ -120,7 +110,7 @@ TEST_F(FinishedTest, ARightsManagedFilmIsFoundUnderItsNextAuthorisation) {
   EXPECT_EQ(film("film[2].avi.rights"), "new rights");
 }
 
-TEST_F(FinishedTest, ARightsManagedFilmThatIsWantedOnceMoreIsFetched) {
+TEST_F(FinishedTest, ARightsManagedFilmThatIsRequestedOnceMoreIsFetched) {
   EXPECT_TRUE(fetch(server_.url("/f?token=1"), managed("film.avi", "1")).complete);
   EXPECT_TRUE(fetch(server_.url("/f?token=2"), managed("film[2].avi", "2")).complete);
   EXPECT_EQ(server_.requestCount(), 2u);
@@ -135,19 +125,32 @@ TEST_F(FinishedTest, APlainFilmIsNotFoundByItsPlaceAlone) {
   EXPECT_EQ(filesIn(movies()), (std::vector<std::string>{"film.avi", "film[2].avi"}));
 }
 
-TEST_F(FinishedTest, ACompletionTakenNoteOfIsForgottenWhenAnotherFilmBegins) {
-  FilmServer other(filmOf(10));
-  const auto uid = start(server_.url());
-  ASSERT_TRUE(receiver_.waitForEnd(uid));
-  downloads_->stopSession(uid);
-  EXPECT_TRUE(fetch(other.url(), "other.avi").complete);
+TEST_F(FinishedTest, ACompletionIsForgottenAMomentAfterItsReport) {
+  Tuning tuning = shortTimes();
+  tuning.forgetAfter = Milliseconds(1);
+  restart(tuning);
+  ASSERT_TRUE(fetch(server_.url()).complete);
+  ASSERT_TRUE(support::waitFor([&] { return !readMark(movies() / "film.avi"); }));
   EXPECT_TRUE(fetch(server_.url(), "film[2].avi").complete);
   EXPECT_EQ(server_.requestCount(), 2u);
   EXPECT_EQ(film("film.avi"), filmBytes(kSize));
   EXPECT_EQ(film("film[2].avi"), filmBytes(kSize));
 }
 
-TEST_F(FinishedTest, ACompletionTakenNoteOfIsForgottenAtAnOrderlyEnd) {
+TEST_F(FinishedTest, NothingStaysWhereFilmsArriveWhenTheProcessDies) {
+  fetchAndDie(server_.url());
+  EXPECT_EQ(filesIn(parts()), std::vector<std::string>{});
+}
+
+TEST_F(FinishedTest, AFilmThatIsTakenBackKeepsItsNameAndIsNotFetchedAgain) {
+  fetchAndDie(server_.url());
+  EXPECT_TRUE(downloads_->takeBack(movies() / "film.avi", parts()));
+  EXPECT_TRUE(fetch(server_.url()).complete);
+  EXPECT_EQ(server_.requestCount(), 1u);
+  EXPECT_EQ(filesIn(movies()), std::vector<std::string>{"film.avi"});
+}
+
+TEST_F(FinishedTest, AReportedCompletionIsForgottenAtAnOrderlyEnd) {
   ASSERT_TRUE(fetch(server_.url()).complete);
   restart();
   EXPECT_TRUE(partsBecome({}));
@@ -155,7 +158,7 @@ TEST_F(FinishedTest, ACompletionTakenNoteOfIsForgottenAtAnOrderlyEnd) {
   EXPECT_EQ(server_.requestCount(), 2u);
 }
 
-TEST_F(FinishedTest, ANotedCompletionIsStillThereForItsOwnAddress) {
+TEST_F(FinishedTest, AReportedCompletionIsRememberedForAMoment) {
   const auto uid = start(server_.url());
   ASSERT_TRUE(receiver_.waitForEnd(uid));
   downloads_->stopSession(uid);
@@ -164,7 +167,7 @@ TEST_F(FinishedTest, ANotedCompletionIsStillThereForItsOwnAddress) {
   EXPECT_EQ(filesIn(movies()), std::vector<std::string>{"film[2].avi"});
 }
 
-TEST_F(FinishedTest, AnotherFilmDoesNotMakeTheLibraryForgetWhatNobodyNoted) {
+TEST_F(FinishedTest, AnotherFilmDoesNotMakeTheLibraryForgetWhatWasNotReported) {
   FilmServer other(filmOf(10));
   fetchAndDie(server_.url());
   EXPECT_TRUE(fetch(other.url(), "other.avi").complete);
@@ -195,6 +198,7 @@ TEST_F(FinishedTest, APartialOfAnotherProcessIsLeftAloneWhileThatLives) {
   server_.stallNext(kSize / 2);
   Process process({VESK_FETCH_PROGRAM, parts(), movies(), server_.url(), "film.avi"});
   ASSERT_TRUE(process.waitForOutput("percent 50"));
+  ASSERT_TRUE(partsBecome({".json", ".part"})) << "what has come is worth keeping by now";
   EXPECT_TRUE(fetch(server_.url(), "mine.avi").complete);
   EXPECT_EQ(server_.header(1, "Range"), "");
   process.send(SIGKILL);
@@ -209,6 +213,7 @@ TEST_F(FinishedTest, KilledInMidTransferTheFilmGoesOnWhereItWas) {
   server_.stallNext(kSize / 2);
   Process process({VESK_FETCH_PROGRAM, parts(), movies(), server_.url(), "film.avi"});
   ASSERT_TRUE(process.waitForOutput("percent 50"));
+  ASSERT_TRUE(partsBecome({".json", ".part"})) << "what has come is worth keeping by now";
   process.send(SIGKILL);
   process.wait();
   EXPECT_TRUE(fetch(server_.url()).complete);

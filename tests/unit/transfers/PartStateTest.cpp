@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "playerx/transfers/PartState.h"
+#include "tests/support/TempDir.h"
 
 namespace playerx::transfers {
 namespace {
@@ -24,21 +25,9 @@ TEST(PartStateTest, AnArrivingPartComesBackAsItWas) {
   EXPECT_EQ(readState(writeState(unknown)), unknown);
 }
 
-TEST(PartStateTest, ACompletePartComesBackAsItWas) {
-  PartState state = arriving();
-  state.target = "/movies/film[2].avi";
-  state.source = "/movies/film.avi";
-  state.wished = "film.avi";
-  state.size = UINT64_MAX;
-  state.inode = 7;
-  state.noted = true;
-  EXPECT_EQ(readState(writeState(state)), state);
-  EXPECT_TRUE(state.isComplete());
-}
-
 TEST(PartStateTest, TextThatIsNotUtf8DoesNotSpoilTheRest) {
   PartState state = arriving();
-  state.target = "/movies/\xFF.avi";
+  state.validator.etag = "\"\xFF\"";
   const auto back = readState(writeState(state));
   ASSERT_TRUE(back);
   EXPECT_EQ(back->address, state.address);
@@ -63,14 +52,23 @@ TEST(PartStateTest, OtherTextsAreRefused) {
 TEST(PartStateTest, MembersOfOtherKindsCountAsAbsent) {
   const auto state = readState(
       R"({"format": 1, "address": "a", "place": "b", "answered": 1, "total": -5, "etag": 3,)"
-      R"( "durable": "x", "target": null, "size": 1.5, "noted": "yes"})");
+      R"( "durable": "x", "boot": null})");
   ASSERT_TRUE(state);
   EXPECT_FALSE(state->answered);
   EXPECT_FALSE(state->total);
   EXPECT_EQ(state->validator, Validator{});
   EXPECT_EQ(state->durable, 0u);
-  EXPECT_FALSE(state->isComplete());
-  EXPECT_FALSE(state->noted);
+}
+
+TEST(PartStateTest, AStateFileIsForItsOwnerAlone) {
+  const support::TempDir folder;
+  const auto file = folder / "state.json";
+  EXPECT_FALSE(loadState(file));
+  ASSERT_EQ(storeState(file, arriving()), 0);
+  EXPECT_EQ(loadState(file), arriving());
+  namespace fs = std::filesystem;
+  EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_NE(storeState(folder / "missing/state.json", arriving()), 0);
 }
 
 }  // namespace

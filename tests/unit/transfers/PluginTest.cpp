@@ -78,7 +78,7 @@ TEST_F(ReportsTest, ASessionIsFoundByIdAddressAndPath) {
   for (const TransferReport& one : {byUid, byAddress, byPath}) {
     EXPECT_EQ(one.uid, uid);
     EXPECT_EQ(one.address, server.url());
-    EXPECT_EQ(one.wishedPath, (movies() / "film.avi").string());
+    EXPECT_EQ(one.requestedPath, (movies() / "film.avi").string());
     EXPECT_EQ(one.phase, TransferPhase::kArriving);
     EXPECT_GE(one.arrived, 50'000u);
     EXPECT_EQ(one.total, 100'000u);
@@ -93,7 +93,7 @@ TEST_F(ReportsTest, TheLatestOfAnAddressIsFound) {
   fetch(server.url(), "b.avi");
   TransferReport report;
   ASSERT_TRUE(downloads_->reports().findByAddress(server.url(), &report));
-  EXPECT_EQ(report.wishedPath, (movies() / "b.avi").string());
+  EXPECT_EQ(report.requestedPath, (movies() / "b.avi").string());
 }
 
 TEST_F(ReportsTest, WhatIsNotKnownLeavesTheReportAlone) {

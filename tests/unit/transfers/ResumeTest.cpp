@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "playerx/transfers/Address.h"
-#include "playerx/transfers/FileNames.h"
+#include "playerx/transfers/FilmMark.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/unit/transfers/DownloadsFixture.h"
 
@@ -334,7 +334,7 @@ TEST_F(ResumeTest, WhatStandsInThePlaceOfAPartialIsSteppedOver) {
   support::ScriptedServer server;
   server.always(Script::answer(support::okResponse("film")));
   const std::string url = server.url("/film.avi");
-  const std::filesystem::path place = parts() / partKey(parseAddress(url)->place);
+  const std::filesystem::path place = parts() / digestOf(parseAddress(url)->place);
   std::filesystem::create_directories(place.string() + ".part");
   std::filesystem::create_symlink("/nowhere", place.string() + "-2.part");
   EXPECT_TRUE(fetch(url).complete);

@@ -157,7 +157,7 @@ TEST_F(RetryTest, AServerThatGoesAwayAndComesBackIsWaitedFor) {
 
 TEST_F(RetryTest, ARetryIsVisibleUntilItGoesWell) {
   Tuning slow = shortTimes();
-  slow.retry.firstPause = Milliseconds(60'000);
+  slow.retry.firstPause = slow.retry.longestPause = Milliseconds(60'000);
   restart(slow);
   FilmServer server(filmOf(kSize));
   server.cutNext(100'000);

@@ -16,15 +16,21 @@ constexpr int kNoSpace = static_cast<int>(TransferFailure::kNoSpace);
 /// A small disk of its own, where the system lets us have one.
 class SmallDisk {
  public:
-  explicit SmallDisk(std::filesystem::path place) : place_(std::move(place)) {
+  explicit SmallDisk(std::filesystem::path place, std::size_t bytes = kSmall)
+      : place_(std::move(place)) {
     std::filesystem::create_directories(place_);
-    isThere_ = resize(kSmall, 0);
+    isThere_ = resize(bytes, 0);
   }
   ~SmallDisk() {
     if (isThere_) ::umount2(place_.c_str(), MNT_DETACH);
   }
   bool isThere() const { return isThere_; }
   bool grow() { return resize(10 * kSize, MS_REMOUNT); }
+  /// Bytes left, in hundredths of the disk.
+  std::uintmax_t percentFree() const {
+    const auto space = std::filesystem::space(place_);
+    return space.available * 100 / space.capacity;
+  }
 
  private:
   bool resize(std::size_t bytes, unsigned long flags) {
@@ -116,10 +122,30 @@ TEST_F(SpaceTest, AFilmThatDoesNotFitAmongTheMoviesIsPlacedLaterWithoutFetching)
   EXPECT_EQ(film(disk.isThere() ? "film.avi" : "film[2].avi"), filmBytes(kSize));
 }
 
+TEST_F(SpaceTest, AFilmWithoutLengthLeavesAHundredthOfTheDisk) {
+  const SmallDisk disk(parts(), 10 * kSize);
+  if (!disk.isThere()) return;
+  Film film = filmOf(12 * kSize);
+  film.length = false;
+  server_.setFilm(film);
+  EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
+  EXPECT_EQ(disk.percentFree(), 1u);
+}
+
+TEST_F(SpaceTest, AFilmThatWouldTakeTheLastHundredthIsNotBegun) {
+  const SmallDisk disk(parts(), 10 * kSize);
+  if (!disk.isThere()) return;
+  server_.setFilm(filmOf(10 * kSize - kSize / 100));
+  EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
+  EXPECT_TRUE(partsBecome({}));
+}
+
 TEST_F(SpaceTest, TheReservedSpaceIsGivenBackWhenASessionStops) {
-  server_.stallNext(kSize / 10);
+  constexpr std::size_t kSize = kLargeFilm + 1;
+  server_.setFilm(filmOf(kSize));
+  server_.stallNext(kSize / 8);
   const auto uid = start(server_.url());
-  ASSERT_TRUE(receiver_.waitForPercent(uid, 10));
+  ASSERT_TRUE(receiver_.waitForPercent(uid, 12));
   std::filesystem::path bytes;
   for (const std::string& name : filesIn(parts())) {
     if (name.ends_with(".part")) bytes = parts() / name;

@@ -10,7 +10,7 @@ namespace {
 TransferReport broken(TransferFailure failure, const std::string& detail = "") {
   TransferReport report;
   report.failure = failure;
-  report.wishedPath = "/films/a.avi";
+  report.requestedPath = "/films/a.avi";
   report.detail = detail;
   return report;
 }

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace playerx::transfers {
+
+/// What the library writes on a film, as an extended attribute of its file, from the last byte on
+/// until the completion has been reported and had time to be saved. Whoever finds the mark knows
+/// whose film it is and that the process died in between. A record.
+///
+/// The mark moves with the file, so that it needs no record beside it. On a file system without
+/// extended attributes there is none: a film that was completed at the very moment of a crash is
+/// fetched again there.
+struct FilmMark {
+  std::string place;    ///< `digestOf` of `Address::place`
+  std::string address;  ///< `digestOf` of `Address::remembered`
+  std::uint64_t size = 0;
+  std::string boot;  ///< digest of the boot whose memory the bytes may be in; empty: on the disk
+
+  bool operator==(const FilmMark&) const = default;
+};
+
+/// A short name for a text, always the same: 16 hexadecimal digits.
+std::string digestOf(std::string_view text);
+
+/// The digest of the machine's present boot (`bootId`).
+std::string currentBoot();
+
+/// Writes the mark on an open file. Returns 0 or an error number (`errno` values), ENOTSUP where
+/// the file system has no extended attributes.
+int writeMark(int file, const FilmMark& mark);
+
+/// The mark on a file, which may be missing; nullopt when there is none. Follows no link.
+std::optional<FilmMark> readMark(const std::filesystem::path& file);
+
+/// Takes the mark off, where there is one.
+void removeMark(const std::filesystem::path& file);
+
+/// True when the file that carries the mark surely holds every byte of its film: it has the size,
+/// and a power cut can have taken nothing.
+bool isWhole(const FilmMark& mark, const std::filesystem::path& file);
+
+}  // namespace playerx::transfers
