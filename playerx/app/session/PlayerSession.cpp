@@ -2,9 +2,12 @@
 
 #include <utility>
 
+#include "KPX/OSUtilities.h"
 #include "VeskPlayerX/InterfaceIds.h"
+#include "playerx/app/model/ItemState.h"
 #include "playerx/platform/ThreadGate.h"
 #include "playerx/settings/TrustedAuthorities.h"
+#include "playerx/transfers/FilmRecovery.h"
 #include "playerx/transfers/TransferSettings.h"
 
 namespace playerx::session {
@@ -45,8 +48,20 @@ void PlayerSession::start() {
   const auto settings = KPIM::load<TransferSettings>(&plugins_, DIN_TransferSettings);
   const std::string trusted = trustedAuthorities().file;
   if (settings && !trusted.empty()) settings->get()->setTrustFile(trusted);
+  takeFilmsBack();
   transfers_ = KPIM::load<TransferReports>(&plugins_, DIN_TransferReports);
   ThreadGate::open();
+}
+
+// The manager would give a film of which it knows nothing another name, because its own is taken.
+void PlayerSession::takeFilmsBack() {
+  const auto recovery = KPIM::load<FilmRecovery>(&plugins_, DIN_FilmRecovery);
+  if (!recovery) return;
+  const std::string folder = VeskPlayerX::OSUtilities::getTempPath().toStdString();
+  for (const model::ItemState& item : model::snapshotOf(manager())) {
+    const bool isKnown = item.status == DownloadStatusCompleted;
+    if (!isKnown && !item.path.empty()) recovery->get()->takeBack(item.path, folder);
+  }
 }
 
 std::optional<TransferReport> PlayerSession::findTransfer(const std::string& address) const {

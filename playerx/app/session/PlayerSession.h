@@ -67,8 +67,8 @@ class PlayerSession {
   /// problem nothing is open and no file has been changed. Once per session.
   std::string open(Access access);
 
-  /// Lets the scheduler work. Loads the download library first and has it trust the authorities of
-  /// the preferences.
+  /// Lets the scheduler work. Loads the download library first, has it trust the authorities of the
+  /// preferences and take back films whose completion was lost.
   void start();
 
   /// The download manager; after a successful `open` only.
@@ -92,6 +92,7 @@ class PlayerSession {
 
  private:
   std::string loadManager();
+  void takeFilmsBack();
   void close();
 
   const Places places_;
