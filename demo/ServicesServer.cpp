@@ -57,7 +57,7 @@ Json refusal(int error, const char* details) {
   return {{"success", false}, {"error", error}, {"details", details}};
 }
 
-/// The answer of a mode that needs no film; none for the others.
+/// The answer of a mode that needs no film; nullopt for the other modes.
 std::optional<std::string> answerOfMode(const std::string& mode) {
   if (mode == "error-5000") return refusal(5000, "The film was withdrawn by its provider.").dump();
   if (mode == "error-32054") return refusal(32054, "All slots are taken.").dump();

@@ -14,12 +14,12 @@ class TicketSealer {
 
   explicit TicketSealer(const Key& key) : key_(key) {}
 
-  /// A key that nobody else has.
+  /// A new random key.
   static Key randomKey();
 
   std::string seal(const std::string& text) const;
 
-  /// The sealed text; none when it was not sealed with this key or was changed since.
+  /// The sealed text; nullopt when it was not sealed with this key or was changed since.
   std::optional<std::string> open(const std::string& sealed) const;
 
  private:

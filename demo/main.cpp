@@ -82,7 +82,7 @@ std::vector<demo::ProtectedFilm> protectedFilms(const Options& options) {
   return films;
 }
 
-/// Serves until standard input ends, so that the server goes when whoever started it does.
+/// Serves until standard input ends, so that the server ends with the program that started it.
 void serveUntilInputEnds(httplib::Server& server) {
   std::thread serving([&server] { server.listen_after_bind(); });
   std::string line;

@@ -13,7 +13,7 @@
 namespace playerx {
 
 /// The player's plug-ins: finds them by their descriptions, loads each at most once and only when
-/// it is wanted, and unloads none that is held.
+/// it is wanted, and never unloads one that is held.
 ///
 /// Owned by the player; outlives every plug-in that it loaded. The operations of the base may be
 /// called from any thread, also by plug-ins while they are made and destroyed; no lock is held
@@ -44,7 +44,7 @@ class PluginContext final : public KPIM::Context, public PluginDirectory {
 
   const KPIM::PluginInfo* infoOf(const KPIM::Plugin& plugin) const override;
 
-  /// Unloads the plug-ins that nobody but this context holds, and then those that they held.
+  /// Unloads the plug-ins that only this context holds, and then those that they held.
   /// Returns how many. Not to be called by plug-ins.
   int unloadUnused();
 

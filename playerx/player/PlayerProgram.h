@@ -8,7 +8,7 @@ namespace playerx {
 
 /// The program and its arguments for playing `location`: `command` split at blanks (double quotes
 /// group), the location appended behind "--" for the default program, so that no location is taken
-/// for an option. None when the program cannot be found.
+/// for an option. Nullopt when the program cannot be found.
 std::optional<QStringList> playerProgram(const QString& command, const QString& location);
 
 /// Starts it in a session of its own, so that a Ctrl-C in the terminal does not reach it. Returns

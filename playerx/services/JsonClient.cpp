@@ -61,7 +61,7 @@ std::string problemOf(CURL* curl, CURLcode code, long status) {
            "again later.";
   }
   if (code == CURLE_UNSUPPORTED_PROTOCOL || code == CURLE_URL_MALFORMAT) {
-    return "The address of the online services (--services) is none that begins with http:// or "
+    return "The address of the online services (--services) does not begin with http:// or "
            "https://.";
   }
   return std::string("The online services cannot be reached: ") + curl_easy_strerror(code) + ".";

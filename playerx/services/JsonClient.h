@@ -22,7 +22,7 @@ class JsonClient {
   static constexpr long kWholeSeconds = 15;
   static constexpr std::size_t kMaxAnswer = 8 * 1024 * 1024;
 
-  /// `address` is the service's base address, empty for none.
+  /// `address` is the service's base address; empty when there is no service.
   JsonClient(std::string address, TrustedAuthorities authorities);
 
   /// Whether there is a service to ask at all.

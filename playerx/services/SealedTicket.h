@@ -9,7 +9,7 @@ namespace playerx {
 constexpr std::size_t kMaxSealedTicket = 1024 * 1024;
 
 /// The content of a rights-protected ticket file: a text that begins with the line
-/// "VeskSealedTicket 1". None for any other file, one that cannot be read, or one that is too
+/// "VeskSealedTicket 1". Nullopt for any other file, one that cannot be read, or one that is too
 /// large.
 std::optional<std::string> readSealedTicket(const std::wstring& path);
 

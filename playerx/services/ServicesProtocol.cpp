@@ -13,8 +13,8 @@ namespace {
 using Json = nlohmann::json;
 using kvpm::StringTools;
 
-/// The services' answers nest three deep. What nests deeper than this is none of theirs, and would
-/// cost far more to take apart than to send.
+/// The services' answers nest three deep. Parsing one that nests very deep would cost far more than
+/// sending it.
 constexpr int kDeepest = 16;
 
 bool nestsTooDeep(const std::string& text) {
@@ -45,8 +45,8 @@ std::string print(const Json& json) {
   return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-/// The text under `key`, none when it is missing, no text, empty where that is not allowed, or
-/// longer than `longest`.
+/// The text under `key`; nullopt when it is missing, not a text, empty where that is not allowed,
+/// or longer than `longest`.
 std::optional<std::string> textOf(const Json& object, const char* key, std::size_t longest,
                                   bool mayBeEmpty = false) {
   const auto found = object.find(key);

@@ -27,10 +27,10 @@ constexpr std::int32_t kServicesMalformed = -2;
 /// Request to decode a ticket file with these bytes.
 std::string readTicketRequest(const std::string& fileContent);
 
-/// The records of the answer, owned by the caller; none when the answer is malformed.
+/// The records of the answer, owned by the caller; empty when the answer is malformed.
 std::vector<std::unique_ptr<VeskDrmTicketData>> readTicketAnswer(const std::string& json);
 
-/// Request to authorise the download of `ticket`; `slot` is -1 for none.
+/// Request to authorise the download of `ticket`; `slot` is -1 when no slot was chosen.
 std::string authorizeRequest(const std::string& ticket, int slot);
 
 /// Fills every field of `answer`; a malformed text becomes a failure with `kServicesMalformed`.

@@ -16,7 +16,7 @@ void setApplicationDataPath(const QString& folder);
 /// folder of the player's own data.
 void setTempPath(const QString& folder);
 
-/// The folders set so; empty where none was.
+/// The folders that were set; empty for the default.
 QString chosenApplicationDataPath();
 QString chosenTempPath();
 

@@ -4,7 +4,7 @@ namespace playerx {
 
 /// Keys of preferences that only the player's own modules read.
 
-/// Address of the online services; empty for none.
+/// Address of the online services; empty when there are no such services.
 inline constexpr char kServicesAddressKey[] = "General/ServicesAddress";
 
 /// PEM file of the certificate authorities to trust; empty for the system's.

@@ -8,12 +8,12 @@ namespace playerx {
 /// Preferences of this process alone, such as those given on the command line: they win over what
 /// is stored and are never written to the user's settings. May be called from any thread.
 
-/// An empty value counts as none, as a stored one does.
+/// An empty value counts as not set, as a stored one does.
 void setPreferenceOverride(const QString& key, const QString& value);
 
 void clearPreferenceOverrides();
 
-/// The value set for `key`; none without one.
+/// The value set for `key`; nullopt when there is none.
 std::optional<QString> preferenceOverride(const QString& key);
 
 }  // namespace playerx

@@ -15,12 +15,13 @@ struct TrustedAuthorities {
 };
 
 /// The authorities that an environment names as curl reads it: CURL_CA_BUNDLE, or else
-/// SSL_CERT_FILE and SSL_CERT_DIR. `valueOf` returns the value of a variable, null for none.
+/// SSL_CERT_FILE and SSL_CERT_DIR. `valueOf` returns the value of a variable, null when it is not
+/// set.
 TrustedAuthorities authoritiesOfEnvironment(
     const std::function<const char*(const char* name)>& valueOf);
 
-/// Those that the process's environment names. May be called from any thread while nobody changes
-/// the environment.
+/// Those that the process's environment names. May be called from any thread while the
+/// environment does not change.
 TrustedAuthorities authoritiesOfProcess();
 
 /// The authorities of the preference "General/CaFile", or else those of the process. Threads as

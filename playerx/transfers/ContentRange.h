@@ -6,7 +6,7 @@
 
 namespace playerx::transfers {
 
-/// A decimal number without sign; none when `text` is empty, holds anything else or exceeds 64
+/// A decimal number without sign; nullopt when `text` is empty, holds anything else or exceeds 64
 /// bits.
 std::optional<std::uint64_t> parseNumber(std::string_view text);
 
@@ -18,14 +18,14 @@ struct ContentRange {
 
     bool operator==(const Bytes&) const = default;
   };
-  std::optional<Bytes> bytes;          ///< none: the range asked for does not exist ("*")
-  std::optional<std::uint64_t> total;  ///< of the whole file; none: not told ("*")
+  std::optional<Bytes> bytes;          ///< nullopt: the range asked for does not exist ("*")
+  std::optional<std::uint64_t> total;  ///< of the whole file; nullopt: not told ("*")
 
   bool operator==(const ContentRange&) const = default;
 };
 
 /// Reads the value of a Content-Range field in bytes: 'bytes 10-19/100', 'bytes 10-19/*',
-/// 'bytes */100'. None for everything else and for a range beyond its total.
+/// 'bytes */100'. Nullopt for everything else and for a range beyond its total.
 std::optional<ContentRange> parseContentRange(std::string_view value);
 
 }  // namespace playerx::transfers

@@ -17,7 +17,7 @@ namespace playerx::transfers {
 /// One request for a file, or for the rest of it. A record.
 struct FetchSpec {
   std::string url;
-  std::string username, password;  ///< for the host of `url` alone; empty: none
+  std::string username, password;  ///< for the host of `url` alone; may be empty
   RangeRequest range;
   TrustedAuthorities trust;
   std::chrono::milliseconds connectTimeout{30'000};  ///< name, connection and handshake
@@ -38,7 +38,7 @@ class FetchSink {
   FetchSink& operator=(const FetchSink&) = delete;
   virtual ~FetchSink() = default;
 
-  /// One raw header line of whichever answer; false ends the request.
+  /// One raw header line of any answer, redirects included; false ends the request.
   virtual bool onHeaderLine(std::string_view line) = 0;
 
   /// A piece of the final answer's body; false ends the request.

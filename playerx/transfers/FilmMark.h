@@ -8,13 +8,13 @@
 
 namespace playerx::transfers {
 
-/// What the library writes on a film, as an extended attribute of its file, from the last byte on
-/// until the completion has been reported and had time to be saved. Whoever finds the mark knows
-/// whose film it is and that the process died in between. A record.
+/// Tells a later session that a file is a whole film whose completion may have been lost: an
+/// extended attribute, written when the last byte has come and removed a moment after the
+/// completion was reported. A record.
 ///
-/// The mark moves with the file, so that it needs no record beside it. On a file system without
-/// extended attributes there is none: a film that was completed at the very moment of a crash is
-/// fetched again there.
+/// The mark moves with the file, so that no other file has to say where the film is. On a file
+/// system without extended attributes, a film that was completed at the very moment of a crash is
+/// fetched again.
 struct FilmMark {
   std::string place;    ///< `digestOf` of `Address::place`
   std::string address;  ///< `digestOf` of `Address::remembered`

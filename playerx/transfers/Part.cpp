@@ -71,8 +71,8 @@ void openToOthers(int file) {
   if (::fchmod(file, mode) != 0) errno = 0;
 }
 
-// The bytes that may be believed: none without an accepted response, and after a power cut only
-// those that were on the disk.
+// How many bytes may be believed: 0 without an accepted response, and after a power cut only those
+// that were on the disk.
 std::uint64_t usableSize(const PartState& state, std::uint64_t size) {
   if (!state.answered || (state.total && size > *state.total)) return 0;
   return state.boot == currentBoot() ? size : std::min(size, state.durable);

@@ -24,13 +24,13 @@ class PartFile {
   /// Owns the open file, of which the first `size` bytes count.
   PartFile(Descriptor file, std::uint64_t size);
 
-  /// Bytes there, those that wait in memory included.
+  /// Bytes there, those still in memory included.
   std::uint64_t size() const { return written_ + buffer_.size(); }
   int descriptor() const { return file_.get(); }
 
   int append(const char* data, std::size_t length);
 
-  /// Writes what waits in memory.
+  /// Writes what is still in memory.
   int flush();
 
   /// Cuts the file down to its first `size` bytes, and whatever was reserved behind them.

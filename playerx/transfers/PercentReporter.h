@@ -8,14 +8,14 @@ namespace playerx::transfers {
 /// Whole percent of `total` that `bytes` are, 0..100; 100 only when nothing is missing.
 int percentOf(std::uint64_t bytes, std::uint64_t total);
 
-/// Says which percentages are worth a report: each that differs from the one before. It
-/// belongs to one transfer and reports nothing itself. Not synchronised.
+/// Decides which percentages of one transfer are worth a report: each that differs from the one
+/// before. Not synchronised.
 class PercentReporter {
  public:
-  /// `shown` is what the receiver takes for granted; none when it may believe anything.
+  /// `shown` is what the receiver knows already; nullopt when that is not known.
   explicit PercentReporter(std::optional<int> shown) : shown_(shown) {}
 
-  /// The percentage to report now, if any. A `total` that is not known is none.
+  /// The percentage to report now, if any; `total` is nullopt when not known.
   std::optional<int> next(std::uint64_t bytes, std::optional<std::uint64_t> total);
 
  private:

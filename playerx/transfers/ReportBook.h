@@ -11,13 +11,13 @@
 
 namespace playerx::transfers {
 
-/// The last few hundred sessions of the process, and those still running, for whoever asks about
-/// them. All operations may be called from any thread.
+/// The last few hundred sessions of the process and those still running, for questions about them.
+/// All operations may be called from any thread.
 class ReportBook : public TransferReports {
  public:
   void add(const std::shared_ptr<Session>& session);
 
-  /// The session `uid`; null for none. Never one that was refused.
+  /// The session `uid`, never a refused one; null when it is not remembered.
   std::shared_ptr<Session> find(unsigned long long uid) const;
 
   bool findByUid(unsigned long long uid, TransferReport* report) const override;

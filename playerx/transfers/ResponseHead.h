@@ -8,20 +8,20 @@
 
 namespace playerx::transfers {
 
-/// The head of the latest of the responses that one request brings (redirects and questions for
-/// credentials come before the last one), read line by line. Holds copies of the fields that count.
-/// Not synchronised. No line is an error: one without sense is passed over.
+/// The head of the latest response to one request (redirects and challenges for credentials come
+/// before the last one), read line by line. Holds copies of the fields that count. Not
+/// synchronised. A line that cannot be parsed is skipped.
 class ResponseHead {
  public:
-  /// Takes one raw header line, line end included. A status line begins a new head; lines behind a
-  /// head's blank line (the trailer of a body in chunks) are passed over.
+  /// Takes one raw header line, line end included. A status line begins a new head; lines after a
+  /// head's blank line (the trailer of a body in chunks) are skipped.
   void addLine(std::string_view line);
 
   /// 0 before the first status line.
   int status() const { return fields_.status; }
-  /// Bytes of the body; none when not told or when the body comes in chunks.
+  /// Bytes of the body; nullopt when not told or when the body comes in chunks.
   std::optional<std::uint64_t> bodyLength() const;
-  /// True when the body is coded in any way but as it is.
+  /// True when the body has a content coding, such as compression.
   bool isEncoded() const;
 
   const std::string& contentRange() const { return fields_.contentRange; }

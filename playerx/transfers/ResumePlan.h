@@ -11,7 +11,7 @@ namespace playerx::transfers {
 
 class ResponseHead;
 
-/// What is known of a partial file when a request for the rest is made. A record.
+/// What is known of a partial file when the rest is requested. A record.
 struct PartFacts {
   std::uint64_t size = 0;              ///< bytes there
   std::optional<std::uint64_t> total;  ///< bytes of the whole file, when known
@@ -23,7 +23,7 @@ struct PartFacts {
 struct RangeRequest {
   std::uint64_t start = 0;
   std::uint64_t overlap = 0;  ///< 0: the whole file is asked for
-  std::string ifRange;        ///< strong validator; empty: none is sent
+  std::string ifRange;        ///< strong validator; empty: the field is not sent
 
   bool isRanged() const { return overlap > 0; }
   bool operator==(const RangeRequest&) const = default;

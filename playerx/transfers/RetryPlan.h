@@ -20,9 +20,9 @@ struct RetryRules {
   Milliseconds longestRetryAfter{120'000};  ///< that a server can ask for
 };
 
-/// True when a request that failed so is worth repeating. Before the server was heard of in this
-/// session (`contacted`) only a line that broke or went silent is: a wrong name or a closed port
-/// will not change, and the user is told at once.
+/// True when a request that failed so is worth repeating. Until the server has answered in this
+/// session (`contacted`) only a connection that broke or went silent is: a wrong name or a closed
+/// port will not change, and the user is told at once.
 bool isWorthRetrying(TransferFailure failure, bool contacted);
 
 /// The pause before the retry `number` (from 1 on). `jitter` in [0, 1) spreads it by a quarter to
@@ -30,8 +30,8 @@ bool isWorthRetrying(TransferFailure failure, bool contacted);
 Milliseconds pauseBeforeRetry(const RetryRules& rules, unsigned number, double jitter,
                               std::optional<Milliseconds> retryAfter);
 
-/// The value of a Retry-After field, seconds or a date, as a time to wait from `now` on; none when
-/// it is neither.
+/// The value of a Retry-After field, seconds or a date, as a time to wait from `now` on; nullopt
+/// when it is neither.
 std::optional<Milliseconds> parseRetryAfter(const std::string& value, std::time_t now);
 
 /// Counts failures in a row; more bytes than ever before begin a new count.
@@ -41,7 +41,8 @@ class RetryCounter {
 
   void arrived(std::uint64_t bytes);
 
-  /// Counts one failure; returns the number of the retry that follows, none when there were enough.
+  /// Counts one failure; returns the number of the retry that follows, nullopt when there were
+  /// enough.
   std::optional<unsigned> failed(const RetryRules& rules);
 
  private:

@@ -12,7 +12,7 @@ enum class TransferFailure : std::int32_t {
   kBadName = 2,             ///< the output name is empty, too long, or leads out of its folder
   kNoSuchHost = 3,          ///< the host's name cannot be resolved
   kNoSuchProxy = 4,         ///< the proxy's name cannot be resolved
-  kRefused = 5,             ///< nobody accepts connections there
+  kRefused = 5,             ///< the port accepts no connections
   kTimeout = 6,             ///< no connection in time
   kNetwork = 7,             ///< unreachable, or another failure of the network
   kTls = 8,                 ///< no secure connection could be agreed on
@@ -37,7 +37,7 @@ constexpr TransferFailure failureOfStatus(int status) {
   return static_cast<TransferFailure>(status);
 }
 
-/// The HTTP status that a failure stands for; 0 when it stands for none.
+/// The HTTP status that a failure stands for; 0 for any other failure.
 constexpr int statusOfFailure(TransferFailure failure) {
   const auto number = static_cast<std::int32_t>(failure);
   return number >= 100 ? number : 0;
