@@ -34,16 +34,10 @@ class Host {
     if (Manager* const manager = manager_) report(*manager);
   }
 
-  /// Finds the plug-in that offers the interface `I` under `interfaceId`, loading it when needed.
-  /// Null when there is none, or no context to look in.
+  /// As `KPIM::load`, with the context of the module.
   template <class I>
   std::unique_ptr<KPIM::Helper<I>> load(const char* interfaceId) const {
-    if (context_ == nullptr) return nullptr;
-    auto helper = std::make_unique<KPIM::Helper<I>>(interfaceId);
-    const KPIM::Context::PluginInterfaceFilter filter(interfaceId);
-    const KPIM::Context::SimplePluginInfoSelector selector;
-    if (helper->loadPlugin(context_, filter, selector, true) != KPIM::kSuccess) return nullptr;
-    return helper;
+    return KPIM::load<I>(context_, interfaceId);
   }
 
  private:
