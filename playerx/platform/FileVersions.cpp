@@ -28,8 +28,10 @@ std::optional<struct stat> stateOf(int file) {
   return status;
 }
 
-bool isFile(const FileVersion& version, const struct stat& status) {
-  return version.inode == status.st_ino && version.device == status.st_dev;
+// Whether this is the file of a version, with the content that this process wrote.
+bool isVersion(const FileVersion& version, const struct stat& now) {
+  return now.st_ino == version.inode && now.st_dev == version.device &&
+         now.st_size == version.size && modificationTime(now) == version.modified;
 }
 
 void setMode(int file, const struct stat& status, mode_t mode) {
@@ -48,11 +50,9 @@ void letReadersIn(int file) {
   if (::fcntl(file, F_SETLEASE, F_UNLCK) != 0) errno = 0;
 }
 
-// Whether the content and the owner are still those that this process knows, and no second name
-// leads to it.
-bool isUntouched(const FileVersion& version, const struct stat& now, const struct stat& present) {
-  return now.st_nlink == 1 && now.st_size == version.size &&
-         modificationTime(now) == version.modified && now.st_uid == present.st_uid &&
+bool mayBeWrittenOver(const FileVersion& version, const struct stat& now,
+                      const struct stat& present) {
+  return isVersion(version, now) && now.st_nlink == 1 && now.st_uid == present.st_uid &&
          now.st_gid == present.st_gid;
 }
 
@@ -76,7 +76,7 @@ FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
     const int file = (*place)->file.descriptor();
     if ((*place)->isKept || (*place)->hasFailed || !(*place)->isReusable) continue;
     const auto status = stateOf(file);
-    (*place)->isReusable = status && isUntouched(**place, *status, old);
+    (*place)->isReusable = status && mayBeWrittenOver(**place, *status, old);
     if (!(*place)->isReusable || !shutOutReaders(file)) continue;
     setMode(file, *status, old.st_mode & 07777U);
     const Version spare = *place;
@@ -111,7 +111,8 @@ void FileVersions::removeDeleted() {
 
 bool FileVersions::exchange(FileVersion& version, const struct stat& old) {
   if (!S_ISREG(old.st_mode) || old.st_nlink != 1 || old.st_uid != ::geteuid()) return false;
-  if (!present_ || !isFile(*present_, old)) recordForeign();
+  if (present_ && !isVersion(*present_, old)) present_.reset();
+  if (!present_) recordForeign();
   const fs::path name = version.file.name();
   if (!record(version) || version.file.exchange(target_) != 0) return false;
   hidePresent(name);
@@ -122,7 +123,7 @@ void FileVersions::hidePresent(const fs::path& name) {
   struct stat status {};
   const bool isThere = ::lstat(name.c_str(), &status) == 0;
   Version old = std::exchange(present_, nullptr);
-  if (old && isThere && isFile(*old, status)) {
+  if (old && isThere && isVersion(*old, status)) {
     old->file.setName(name);
   } else {
     old = std::make_shared<FileVersion>();

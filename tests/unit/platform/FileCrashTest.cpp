@@ -54,6 +54,21 @@ TEST(FileCrash, AKilledWriterLeavesAWholeVersionAtAnyInstant) {
   }
 }
 
+TEST(FileCrash, ReadersFindAWholeVersionWhileProcessesCompete) {
+  const TempDir folder;
+  const fs::path path = folder / "queue.xml";
+  support::Process writer({FILE_REWRITER, path.string(), "1", "300"});
+  support::Process other({FILE_REWRITER, path.string(), "1000", "1300"});
+  ASSERT_TRUE(support::waitFor([&] { return fs::exists(path); }));
+  while (writer.running() || other.running()) {
+    ASSERT_NE(wholeVersion(support::readFile(path)), 0U);
+  }
+  EXPECT_EQ(writer.wait(), 0);
+  EXPECT_EQ(other.wait(), 0);
+  const fs::directory_iterator all(folder.path());
+  EXPECT_EQ(std::distance(begin(all), end(all)), 1);
+}
+
 TEST(FileCrash, WhatKilledWritersLeftGoesWithTheNextWrite) {
   const TempDir folder;
   const fs::path path = folder / "queue.xml";

@@ -171,6 +171,16 @@ TEST_F(WholeVersion, OfSomebodyElseIsKeptUntilTheNextIsOnTheDisk) {
   EXPECT_EQ(content(), "from a backup");
 }
 
+TEST_F(WholeVersion, OfSomebodyElseIsKeptAlsoWhereItWasWrittenIntoOurs) {
+  saveTwo();
+  support::writeFile(path_, "edited");
+  fs::last_write_time(path_, fs::last_write_time(path_) + std::chrono::milliseconds(20));
+  save("on top of it");
+  tear(path_);
+  startMachineAnew();
+  EXPECT_EQ(content(), "edited");
+}
+
 TEST_F(WholeVersion, IsWhatAnEarlierReleaseHasWritten) {
   saveTwo();
   support::writeFile(path_, "of an earlier release");
