@@ -1,6 +1,15 @@
 # vesk_test(NAME SOURCES... LIBRARIES...): one GoogleTest program, its cases known to ctest.
 include(GoogleTest)
 
+# What nearly every test includes, compiled once for all programs.
+add_library(test_headers OBJECT ${PROJECT_SOURCE_DIR}/tests/support/TestHeaders.cpp)
+target_link_libraries(test_headers PRIVATE host GTest::gmock)
+# Has gcc name the precompiled header in what ccache compares.
+target_compile_options(test_headers PUBLIC $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+target_precompile_headers(test_headers PRIVATE
+  <gmock/gmock.h> <gtest/gtest.h> <QString> <algorithm> <atomic> <chrono> <condition_variable>
+  <filesystem> <functional> <map> <memory> <mutex> <optional> <sstream> <string> <thread> <vector>)
+
 function(vesk_test name)
   cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   if(NOT ARG_TIMEOUT)
@@ -12,7 +21,9 @@ function(vesk_test name)
   endif()
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
-  target_link_libraries(${name} PRIVATE vesk_flags ${ARG_LIBRARIES} GTest::gmock_main)
+  target_link_libraries(${name} PRIVATE host ${ARG_LIBRARIES} GTest::gmock_main)
+  target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+  target_precompile_headers(${name} REUSE_FROM test_headers)
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
     PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
 endfunction()

@@ -1,0 +1,1 @@
+// The precompiled headers of the tests belong to a target, which needs a source.
