@@ -9,8 +9,6 @@
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 /// What a view calls in the middle of a notice; answers whether it was served, as far as that can
 /// be seen.
 struct ViewCall {
@@ -30,6 +28,7 @@ class NoticeFixture : public ManagerFixture {
  protected:
   ~NoticeFixture() override {
     view_.onEvent({});
+    shutDown();
     library_.waitUntilIdle();
   }
 
@@ -61,6 +60,9 @@ class NoticeFixture : public ManagerFixture {
     await("A3 B1 X1 C6");
   }
 
+  support::Gate noticing_;
+  support::Gate hostHasTheLock_;
+  support::Gate answered_;
   unsigned int second_ = 0;
   unsigned int failed_ = 0;
   unsigned long long uid_ = 0;
@@ -73,12 +75,12 @@ class GivingWayTest
       public ::testing::WithParamInterface<std::tuple<HostCall, ViewCall, NoticeOn>> {
  protected:
   /// On this thread, from inside an operation that holds the lock.
-  void callFromTheHost(support::Gate& hostHasTheLock) {
+  void callFromTheHost() {
     const unsigned int x = id("X");
-    view_.onEvent([&, host = std::this_thread::get_id()](const std::string&) {
+    view_.onEvent([this, host = std::this_thread::get_id()](const std::string&) {
       if (std::this_thread::get_id() != host) return;
       view_.onEvent({});
-      hostHasTheLock.open();
+      hostHasTheLock_.open();
       std::get<HostCall>(GetParam()).run(manager(), second_);
     });
     manager().remove(x);
@@ -87,21 +89,18 @@ class GivingWayTest
 
 TEST_P(GivingWayTest, TheCallOfTheViewDoesNotHoldTheHostUp) {
   const NoticeOn thread = std::get<NoticeOn>(GetParam());
-  support::Gate noticing;
-  support::Gate hostHasTheLock;
-  support::Gate answered;
   std::atomic<bool> served{true};
   begin(thread);
   onBackgroundNotice([&] {
-    noticing.open();
-    hostHasTheLock.wait();
+    noticing_.open();
+    hostHasTheLock_.wait();
     served = std::get<ViewCall>(GetParam()).run(manager(), second_, failed_);
-    answered.open();
+    answered_.open();
   });
   provokeNotice(thread);
-  ASSERT_TRUE(noticing.wait());
-  callFromTheHost(hostHasTheLock);
-  ASSERT_TRUE(answered.wait());
+  ASSERT_TRUE(noticing_.wait());
+  callFromTheHost();
+  ASSERT_TRUE(answered_.wait());
   EXPECT_FALSE(served);
 }
 
@@ -138,26 +137,25 @@ INSTANTIATE_TEST_SUITE_P(
 class BackgroundCallTest : public NoticeFixture, public ::testing::WithParamInterface<NoticeOn> {
  protected:
   void callAtNotice(const std::function<void()>& call) {
-    support::Gate called;
     begin(GetParam());
     onBackgroundNotice([&] {
       call();
-      called.open();
+      answered_.open();
     });
     provokeNotice(GetParam());
-    ASSERT_TRUE(called.wait());
+    ASSERT_TRUE(answered_.wait());
   }
 };
 
 TEST_P(BackgroundCallTest, IsServed) {
-  bool moved = false;
+  std::atomic<bool> moved{false};
   callAtNotice([&] { moved = manager().moveUp(second_); });
   EXPECT_TRUE(moved);
   await("B3 A1 X1 C6");
 }
 
 TEST_P(BackgroundCallTest, PlayingAnItemThatDoesNotFlowYetIsFalseAtOnce) {
-  bool played = true;
+  std::atomic<bool> played{true};
   callAtNotice([&] { played = manager().play(second_); });
   EXPECT_FALSE(played);
   EXPECT_TRUE(log_.lines("player.").empty());
@@ -165,7 +163,7 @@ TEST_P(BackgroundCallTest, PlayingAnItemThatDoesNotFlowYetIsFalseAtOnce) {
 }
 
 TEST_P(BackgroundCallTest, PlayingACompleteItemIsServed) {
-  bool played = false;
+  std::atomic<bool> played{false};
   callAtNotice([&] {
     manager().updateStatus(second_, DownloadStatusCompleted);
     played = manager().play(second_);
