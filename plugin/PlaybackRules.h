@@ -26,9 +26,9 @@ constexpr bool isAboutToFlow(DownloadStatusEnumType status) {
   return status == DownloadStatusQueued || status == DownloadStatusStarting;
 }
 
-/// Whether an item whose transfer reports progress is meant to be played: nobody has ended or
-/// parked it meanwhile. It may still be queued or starting, since adding another download queues it
-/// anew while its transfer goes on.
+/// Whether an item whose transfer reports progress is still to be played: it was neither ended nor
+/// parked meanwhile. It may be queued or starting, since adding another download queues it anew
+/// while its transfer goes on.
 constexpr bool isWanted(DownloadStatusEnumType status) {
   return status != DownloadStatusPaused && status != DownloadStatusStopped &&
          status != DownloadStatusFailed;

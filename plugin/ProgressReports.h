@@ -18,7 +18,7 @@ class ProgressReports {
   /// A report comes in; its number, which `end` has to be given.
   Number begin(unsigned int id, int percent);
 
-  /// Percent of the item's newest report that is not recorded yet; nothing when there is none.
+  /// Percent of the item's newest report that is not recorded yet; nullopt when all are.
   std::optional<int> newest(unsigned int id) const;
 
   /// Returns whether the report is to be recorded now: not when a later one of the same item was.

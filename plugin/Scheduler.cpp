@@ -46,7 +46,7 @@ void Scheduler::runThread(kvpm::Thread*) {
   }
 }
 
-/// Carries one download from pick to outcome; false when there is none to pick.
+/// Carries one download from pick to outcome; false when nothing can be picked.
 bool Scheduler::runNext() {
   std::unique_ptr<DownloadItem> picked = pick();
   if (picked == nullptr) return false;

@@ -93,7 +93,7 @@ class TransferControl {
   std::atomic<bool> paused_{false};        ///< by the user
   std::atomic<bool> changingHead_{false};  ///< see HeadChange
   std::atomic<bool> closing_{false};
-  std::atomic<unsigned int> runId_{0};  ///< the item of the present transfer; 0 when there is none
+  std::atomic<unsigned int> runId_{0};  ///< the item of the present transfer; 0 between transfers
 
   /// The item failed in the present transfer, and the host has queued it anew since.
   bool superseded_ KVPM_GUARDED_BY(kOperationLock) = false;

@@ -20,6 +20,11 @@ class DownloadManagerViewInterface;
 /// those of the live queue, owned by it and gone when the item is removed. After
 /// `ShutdownInterface::Shutdown` no operation may be called. The order of the virtual operations is
 /// part of the interface.
+///
+/// A view may call operations from inside its notices, on whatever thread they come, but
+/// `setViewInterface` and `Shutdown` on the host's thread alone. On another thread, an operation
+/// that would have to wait while the host waits for that very thread gives way: it does nothing and
+/// answers false, null or nothing. `play` answers false there when the film does not flow yet.
 class DownloadManagerInterface {
  public:
   DownloadManagerInterface() = default;
@@ -47,15 +52,15 @@ class DownloadManagerInterface {
                                         const VeskDrmTransactionRecord* record) = 0;
 
   /// Queues a film by its address and restarts the queue. An empty title becomes the file name, an
-  /// empty provider the host of the address. Returns the item, or null when the extension is none
-  /// of .vesk, .xvid, .avi and .mkv.
+  /// empty provider the host of the address. Returns the item, or null unless the extension is
+  /// .vesk, .xvid, .avi or .mkv.
   virtual DownloadItemInterface* add(const std::wstring& url, const std::wstring& title,
                                      const std::wstring& providerName) = 0;
 
   /// Queues what the ticket file at `ticketPath` names; double quotes around the path are dropped.
   /// Returns the items, none when the ticket yields nothing or the online services cannot be
   /// loaded. A protected item whose ticket is queued already is among them, though not queued
-  /// again; the manager owns it too. The second argument is not used.
+  /// again; the manager keeps it until the next `addTicket`. The second argument is not used.
   virtual std::vector<DownloadItemInterface*> addTicket(const std::wstring& ticketPath, bool) = 0;
 
   /// Sets the status and announces the item. A completed or failed item moves to the bottom; a

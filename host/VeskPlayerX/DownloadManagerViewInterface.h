@@ -8,11 +8,11 @@ namespace VeskPlayerX {
 
 /// The host's view of the download queue: receives announcements and answers questions.
 ///
-/// Called on the host's thread, the scheduler's and threads of the download library, with no lock
+/// Called on the host's thread, the manager's own and threads of the download library, with no lock
 /// of the queue held by the announcements. A view must not wait, inside a call, for a thread that
-/// may itself be inside the download manager, and calls the manager's operations only on the host's
-/// thread. The order of the virtual operations is part of the
-/// interface.
+/// may itself be inside the download manager. It may call the manager's operations from there; on a
+/// thread that the host is waiting for they give way, see `DownloadManagerInterface`. The order of
+/// the virtual operations is part of the interface.
 class DownloadManagerViewInterface {
  public:
   DownloadManagerViewInterface() = default;
