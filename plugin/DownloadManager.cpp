@@ -16,8 +16,7 @@ using plugin::SharedQueue;
 using plugin::TransferControl;
 
 DownloadManager::DownloadManager(KPIM::Context* context)
-    : KPIM::Plugin(context),
-      impl_(std::make_shared<DownloadManagerImpl>(this, kpimGetPluginContext())) {
+    : KPIM::Plugin(context), impl_(std::make_shared<Impl>(this, kpimGetPluginContext())) {
   impl_->open();
   kpimRetain();
 }
@@ -51,7 +50,7 @@ KPIM::VESK_RESULT DownloadManager::kpimGetInterface(std::string id, void** out) 
 }
 
 template <class Part, class Operation, class... Arguments>
-auto DownloadManager::forward(Part DownloadManagerImpl::*part, Operation operation,
+auto DownloadManager::forward(Part Impl::*part, Operation operation,
                               const Arguments&... arguments) {
   using Answer = std::invoke_result_t<Operation, Part&, const Arguments&...>;
   const auto impl = impl_;  // see `impl_`
@@ -69,139 +68,125 @@ void DownloadManager::deleteCopyOfQueue(std::vector<Item*>* copy) {
 }
 
 std::vector<DownloadManager::Item*>* DownloadManager::getCopyofQueue() {
-  return forward(&DownloadManagerImpl::queue, &SharedQueue::copy);
+  return forward(&Impl::queue, &SharedQueue::copy);
 }
 
 unsigned int DownloadManager::getNumberOfVideosInQueue() {
-  return forward(&DownloadManagerImpl::queue, &SharedQueue::size);
+  return forward(&Impl::queue, &SharedQueue::size);
 }
 
 DownloadManager::Item* DownloadManager::get(unsigned int id) {
-  return forward(&DownloadManagerImpl::queue, &SharedQueue::find, id);
+  return forward(&Impl::queue, &SharedQueue::find, id);
 }
 
 DownloadManager::Item* DownloadManager::get(const std::wstring& url) {
-  return forward(&DownloadManagerImpl::queue, &SharedQueue::findUrl, url);
+  return forward(&Impl::queue, &SharedQueue::findUrl, url);
 }
 
 DownloadManager::Item* DownloadManager::at(unsigned int index) {
-  return forward(&DownloadManagerImpl::queue, &SharedQueue::at, index);
+  return forward(&Impl::queue, &SharedQueue::at, index);
 }
 
 DownloadManager::Item* DownloadManager::getByTicket(const std::string& ticket) {
-  return forward(&DownloadManagerImpl::queue, &SharedQueue::findTicket, ticket);
+  return forward(&Impl::queue, &SharedQueue::findTicket, ticket);
 }
 
 DownloadManager::Item* DownloadManager::getByPath(const std::wstring& path) {
-  return forward(&DownloadManagerImpl::queue, &SharedQueue::findPath, path);
+  return forward(&Impl::queue, &SharedQueue::findPath, path);
 }
 
 DownloadManager::Item* DownloadManager::add(const std::wstring& url, const std::wstring& title,
                                             const std::wstring& providerName) {
-  return forward(&DownloadManagerImpl::intake, &Intake::add, url, title, providerName);
+  return forward(&Impl::intake, &Intake::add, url, title, providerName);
 }
 
 std::vector<DownloadManager::Item*> DownloadManager::addTicket(const std::wstring& ticketPath,
                                                                bool) {
-  return forward(&DownloadManagerImpl::intake, &Intake::addTicket, ticketPath);
+  return forward(&Impl::intake, &Intake::addTicket, ticketPath);
 }
 
 void DownloadManager::zpsFileOpenedForPlayback(const std::wstring& path,
                                                const VeskDrmPlaybackAuthorizationResponse* response,
                                                const VeskDrmTransactionRecord* record) {
-  forward(&DownloadManagerImpl::intake, &Intake::zpsFileOpenedForPlayback, path, response, record);
+  forward(&Impl::intake, &Intake::zpsFileOpenedForPlayback, path, response, record);
 }
 
 bool DownloadManager::updateStatus(unsigned int id, DownloadStatusEnumType status) {
-  return forward(&DownloadManagerImpl::progress, &Progress::updateStatus, id, status);
+  return forward(&Impl::progress, &Progress::updateStatus, id, status);
 }
 
 bool DownloadManager::updatePath(unsigned int id, const std::wstring& path) {
-  return forward(&DownloadManagerImpl::progress, &Progress::updatePath, id, path);
+  return forward(&Impl::progress, &Progress::updatePath, id, path);
 }
 
 bool DownloadManager::updateSize(unsigned int id, unsigned long long size) {
-  return forward(&DownloadManagerImpl::progress, &Progress::updateSize, id, size);
+  return forward(&Impl::progress, &Progress::updateSize, id, size);
 }
 
 bool DownloadManager::updateDownloadProgress(unsigned int id, int percent) {
-  return forward(&DownloadManagerImpl::progress, &Progress::updateDownloadProgress, id, percent);
+  return forward(&Impl::progress, &Progress::updateDownloadProgress, id, percent);
 }
 
 bool DownloadManager::updateSlotAssignment(unsigned int id, int slot) {
-  return forward(&DownloadManagerImpl::progress, &Progress::updateSlotAssignment, id, slot);
+  return forward(&Impl::progress, &Progress::updateSlotAssignment, id, slot);
 }
 
 bool DownloadManager::setTicketAlreadyTorn(unsigned int id) {
-  return forward(&DownloadManagerImpl::progress, &Progress::setTicketAlreadyTorn, id);
+  return forward(&Impl::progress, &Progress::setTicketAlreadyTorn, id);
 }
 
 bool DownloadManager::setDownloadUrl(unsigned int id, std::wstring url) {
-  return forward(&DownloadManagerImpl::progress, &Progress::setDownloadUrl, id, url);
+  return forward(&Impl::progress, &Progress::setDownloadUrl, id, url);
 }
 
 bool DownloadManager::setDownloadInfo(unsigned int id, KPB::DownloadInfo info) {
-  return forward(&DownloadManagerImpl::progress, &Progress::setDownloadInfo, id, info);
+  return forward(&Impl::progress, &Progress::setDownloadInfo, id, info);
 }
 
 bool DownloadManager::setPlayable(unsigned int id, bool playable) {
-  return forward(&DownloadManagerImpl::progress, &Progress::setPlayable, id, playable);
+  return forward(&Impl::progress, &Progress::setPlayable, id, playable);
 }
 
 bool DownloadManager::setTicketId(unsigned int id, long ticketId) {
-  return forward(&DownloadManagerImpl::progress, &Progress::setTicketId, id, ticketId);
+  return forward(&Impl::progress, &Progress::setTicketId, id, ticketId);
 }
 
-bool DownloadManager::isPaused() {
-  return forward(&DownloadManagerImpl::transfers, &TransferControl::isPaused);
-}
+bool DownloadManager::isPaused() { return forward(&Impl::transfers, &TransferControl::isPaused); }
 
-void DownloadManager::pause() { forward(&DownloadManagerImpl::transfers, &TransferControl::pause); }
+void DownloadManager::pause() { forward(&Impl::transfers, &TransferControl::pause); }
 
-void DownloadManager::resume() {
-  forward(&DownloadManagerImpl::transfers, &TransferControl::resume);
-}
+void DownloadManager::resume() { forward(&Impl::transfers, &TransferControl::resume); }
 
-void DownloadManager::cancel() {
-  forward(&DownloadManagerImpl::transfers, &TransferControl::cancel);
-}
+void DownloadManager::cancel() { forward(&Impl::transfers, &TransferControl::cancel); }
 
-void DownloadManager::retry(unsigned int id) {
-  forward(&DownloadManagerImpl::scheduler, &Scheduler::retry, id);
-}
+void DownloadManager::retry(unsigned int id) { forward(&Impl::scheduler, &Scheduler::retry, id); }
 
 bool DownloadManager::play(unsigned int id) {
-  return forward(&DownloadManagerImpl::playback, &Playback::play, id);
+  return forward(&Impl::playback, &Playback::play, id);
 }
 
 bool DownloadManager::resumePlaybackForUrl(const std::wstring& url) {
-  return forward(&DownloadManagerImpl::playback, &Playback::resumePlaybackForUrl, url);
+  return forward(&Impl::playback, &Playback::resumePlaybackForUrl, url);
 }
 
-bool DownloadManager::moveUp(unsigned int id) {
-  return forward(&DownloadManagerImpl::moves, &Moves::moveUp, id);
-}
+bool DownloadManager::moveUp(unsigned int id) { return forward(&Impl::moves, &Moves::moveUp, id); }
 
 bool DownloadManager::moveDown(unsigned int id) {
-  return forward(&DownloadManagerImpl::moves, &Moves::moveDown, id);
+  return forward(&Impl::moves, &Moves::moveDown, id);
 }
 
-void DownloadManager::moveToTop(unsigned int id) {
-  forward(&DownloadManagerImpl::moves, &Moves::moveToTop, id);
-}
+void DownloadManager::moveToTop(unsigned int id) { forward(&Impl::moves, &Moves::moveToTop, id); }
 
 void DownloadManager::moveToBottom(unsigned int id) {
-  forward(&DownloadManagerImpl::moves, &Moves::moveToBottom, id);
+  forward(&Impl::moves, &Moves::moveToBottom, id);
 }
 
 void DownloadManager::resumeDownloadingFile(const std::wstring& path) {
-  forward(&DownloadManagerImpl::moves, &Moves::resumeDownloadingFile, path);
+  forward(&Impl::moves, &Moves::resumeDownloadingFile, path);
 }
 
-bool DownloadManager::remove(unsigned int id) {
-  return forward(&DownloadManagerImpl::moves, &Moves::remove, id);
-}
+bool DownloadManager::remove(unsigned int id) { return forward(&Impl::moves, &Moves::remove, id); }
 
 void DownloadManager::clearCompletedDownloads() {
-  forward(&DownloadManagerImpl::moves, &Moves::clearCompletedDownloads);
+  forward(&Impl::moves, &Moves::clearCompletedDownloads);
 }

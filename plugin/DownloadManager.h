@@ -92,15 +92,16 @@ class DownloadManager : public KPIM::Plugin,
 
  private:
   class DownloadManagerImpl;
+  using Impl = DownloadManagerImpl;
 
   void doShutdown();
 
   /// Has a part of the manager do an operation; after `Shutdown` the answer is false, null or
   /// nothing.
   template <class Part, class Operation, class... Arguments>
-  auto forward(Part DownloadManagerImpl::*part, Operation operation, const Arguments&... arguments);
+  auto forward(Part Impl::*part, Operation operation, const Arguments&... arguments);
 
   /// Shared with the operations that are running: a host that shuts down inside one, from its event
   /// loop or its view, finds the manager shut down, and the operation still has its state.
-  std::shared_ptr<DownloadManagerImpl> impl_;
+  std::shared_ptr<Impl> impl_;
 };
