@@ -59,6 +59,11 @@ class Record {
   void add(FileOperation kind, int file, std::uint64_t number, std::string_view payload) {
     struct stat status {};
     if (file >= 0) ::fstat(file, &status);
+    add(kind, status, number, payload);
+  }
+
+  void add(FileOperation kind, const struct stat& status, std::uint64_t number,
+           std::string_view payload) {
     if (kind == FileOperation::kCreate && number == 1) ++generations_[status.st_ino];
     const OperationHead head = {power_test::now(),
                                 kind,
@@ -248,6 +253,17 @@ int fremovexattr(int file, const char* name) noexcept {
   return recorded(
       record().covers(file), [&] { return call(file, name); },
       [&](int) { record().add(FileOperation::kRemoveAttribute, file, 0, name); });
+}
+
+int lremovexattr(const char* path, const char* name) noexcept {
+  static const auto call = next<int(const char*, const char*)>("lremovexattr");
+  return recorded(
+      record().covers(path), [&] { return call(path, name); },
+      [&](int) {
+        struct stat status {};
+        ::lstat(path, &status);
+        record().add(FileOperation::kRemoveAttribute, status, 0, name);
+      });
 }
 
 }  // extern "C"

@@ -69,9 +69,9 @@ class PlayerPowerCut : public testing::Test {
     home_.nameNoFolders();
     home_.addOptions({"--data", (mounted_ / "data").string()});
     home_.addOptions({"--media", (mounted_ / "films").string()});
-    for (int number = 0; number < 6; ++number) {
+    for (int number = 0; number < 12; ++number) {
       const std::string name = "/film" + std::to_string(number) + ".avi";
-      const std::uint64_t size = 100'000 + 150'000 * number;
+      const std::uint64_t size = number % 3 == 0 ? 70'000 * number + 20'000 : 10'000 + number;
       system_test::writeDistinctFile(server_.root() / name.substr(1), size, number);
       urls_.push_back(server_.url(name));
     }
