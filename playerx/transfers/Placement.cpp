@@ -9,6 +9,7 @@
 
 #include "playerx/platform/FileMove.h"
 #include "playerx/platform/FileSync.h"
+#include "playerx/platform/HiddenFile.h"
 #include "playerx/platform/Rename.h"
 #include "playerx/transfers/FileNames.h"
 #include "playerx/transfers/FilmCopy.h"
@@ -96,6 +97,7 @@ class Placing {
       return moveFileWithoutOverwriting(oldRights_, place);
     }
     if (!oldRights_.empty() && place != oldRights_) ::unlink(oldRights_.c_str());
+    removeLeftovers(place);
     const std::string_view content(reinterpret_cast<const char*>(request_.rights.data()),
                                    request_.rights.size());
     const int error = replaceSmallFile(place, content);

@@ -63,10 +63,10 @@ TEST(JsonClientTest, AnAnswerThatIsNoneIsCalledSo) {
   }
 }
 
-TEST(JsonClientTest, AnAddressThatIsNoneIsCalledSo) {
+TEST(JsonClientTest, AnAddressOfAnotherSchemeIsCalledSo) {
   for (const char* address : {"ftp://127.0.0.1", "http://[x"}) {
     EXPECT_EQ(JsonClient(address, {}).get("/x").problem,
-              "The address of the online services (--services) is none that begins with http:// "
+              "The address of the online services (--services) does not begin with http:// "
               "or https://.")
         << address;
   }
