@@ -1,0 +1,176 @@
+#include "playerx/app/door/DoorServer.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace playerx::door {
+
+namespace {
+
+/// How long the end of the server waits for a visitor to read what was sent to it.
+constexpr int kFarewellMilliseconds = 1000;
+
+bool isOfThisUser(const QLocalSocket& socket) {
+  ucred peer{};
+  socklen_t length = sizeof peer;
+  const auto descriptor = static_cast<int>(socket.socketDescriptor());
+  return ::getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 &&
+         peer.uid == ::geteuid();
+}
+
+}  // namespace
+
+/// The part of the server that lives on its thread.
+class DoorServer::Porter : public QObject {
+ public:
+  Porter(DoorServer& server, QByteArray greeting)
+      : server_(server), greeting_(std::move(greeting)) {}
+
+  QString listen(const QString& path) {
+    listener_ = std::make_unique<QLocalServer>();
+    listener_->setSocketOptions(QLocalServer::UserAccessOption);
+    QObject::connect(listener_.get(), &QLocalServer::newConnection, this, [this] { greet(); });
+    QLocalServer::removeServer(path);
+    return listener_->listen(path) ? QString() : listener_->errorString();
+  }
+
+  void send(Visitor visitor, const QByteArray& line) {
+    const auto found = sockets_.find(visitor);
+    if (found == sockets_.end()) return;
+    QLocalSocket& socket = *found->second;
+    socket.write(line + '\n');
+    socket.flush();
+    if (socket.bytesToWrite() > kMostUnread) socket.abort();
+  }
+
+  void close() {
+    listener_.reset();
+    for (const auto& [visitor, socket] : std::exchange(sockets_, {})) {
+      socket->disconnect(this);
+      while (socket->bytesToWrite() > 0 && socket->waitForBytesWritten(kFarewellMilliseconds)) {
+      }
+      socket->abort();
+      delete socket;
+    }
+  }
+
+ private:
+  void greet() {
+    while (QLocalSocket* const socket = listener_->nextPendingConnection()) {
+      socket->setParent(nullptr);
+      if (!isOfThisUser(*socket) || sockets_.size() >= kMostVisitors) {
+        delete socket;
+        continue;
+      }
+      admit(*socket);
+    }
+  }
+
+  void admit(QLocalSocket& socket) {
+    const Visitor visitor = ++lastVisitor_;
+    sockets_[visitor] = &socket;
+    server_.admit(visitor);
+    QObject::connect(&socket, &QLocalSocket::readyRead, this, [this, visitor] { read(visitor); });
+    QObject::connect(&socket, &QLocalSocket::disconnected, this,
+                     [this, visitor] { leave(visitor); });
+    send(visitor, greeting_);
+  }
+
+  void read(Visitor visitor) {
+    const auto found = sockets_.find(visitor);
+    if (found == sockets_.end()) return;
+    QLocalSocket& socket = *found->second;
+    while (socket.canReadLine()) {
+      QByteArray text = socket.readLine();
+      text.chop(1);
+      server_.receive({visitor, text});
+    }
+    if (socket.bytesAvailable() > kLongestLine) socket.abort();
+  }
+
+  void leave(Visitor visitor) {
+    const auto found = sockets_.find(visitor);
+    if (found == sockets_.end()) return;
+    read(visitor);
+    found->second->deleteLater();
+    sockets_.erase(visitor);
+    server_.dismiss(visitor);
+  }
+
+  DoorServer& server_;
+  const QByteArray greeting_;
+  std::unique_ptr<QLocalServer> listener_;
+  std::map<Visitor, QLocalSocket*> sockets_;
+  Visitor lastVisitor_ = 0;
+};
+
+DoorServer::DoorServer(QByteArray greeting, std::function<void()> wake)
+    : wake_(std::move(wake)), porter_(std::make_unique<Porter>(*this, std::move(greeting))) {
+  porter_->moveToThread(&thread_);
+  thread_.setObjectName("door");
+  thread_.start();
+}
+
+DoorServer::~DoorServer() {
+  QMetaObject::invokeMethod(
+      porter_.get(), [this] { porter_->close(); }, Qt::BlockingQueuedConnection);
+  thread_.quit();
+  thread_.wait();
+}
+
+std::string DoorServer::listen(const std::string& path) {
+  if (path.empty()) return "There is no place for the socket of the queue.";
+  QString problem;
+  QMetaObject::invokeMethod(
+      porter_.get(), [&] { problem = porter_->listen(QFile::decodeName(path.c_str())); },
+      Qt::BlockingQueuedConnection);
+  return problem.isEmpty()
+             ? std::string()
+             : "The socket " + path + " cannot be opened (" + problem.toStdString() + ").";
+}
+
+std::vector<DoorServer::Line> DoorServer::takeLines() {
+  const GuardLock lock(mutex_);
+  return std::exchange(lines_, {});
+}
+
+void DoorServer::send(Visitor visitor, const QByteArray& line) {
+  QMetaObject::invokeMethod(
+      porter_.get(), [porter = porter_.get(), visitor, line] { porter->send(visitor, line); },
+      Qt::QueuedConnection);
+}
+
+bool DoorServer::isThere(Visitor visitor) const {
+  const GuardLock lock(mutex_);
+  return std::find(visitors_.begin(), visitors_.end(), visitor) != visitors_.end();
+}
+
+void DoorServer::admit(Visitor visitor) {
+  const GuardLock lock(mutex_);
+  visitors_.push_back(visitor);
+}
+
+void DoorServer::dismiss(Visitor visitor) {
+  {
+    const GuardLock lock(mutex_);
+    std::erase(visitors_, visitor);
+  }
+  wake_();
+}
+
+void DoorServer::receive(Line line) {
+  {
+    const GuardLock lock(mutex_);
+    lines_.push_back(std::move(line));
+  }
+  wake_();
+}
+
+}  // namespace playerx::door

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QByteArray>
+#include <QThread>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "playerx/platform/GuardMutex.h"
+
+namespace playerx::door {
+
+/// Most visitors at a time, longest line, and most unread bytes that a visitor may leave.
+constexpr int kMostVisitors = 64;
+constexpr qint64 kLongestLine = 16 * 1024 * 1024;
+constexpr qint64 kMostUnread = 16 * 1024 * 1024;
+
+/// Carries lines between the process that holds a queue and other processes of the same user.
+///
+/// Listens on a local socket, on a thread of its own. A visitor is greeted with a line, then each
+/// of its lines waits here until the owner takes it; what a visitor sends without a line's end is
+/// dropped. Visitors of another user are turned away; so are those that send too long a line or
+/// leave too much unread. All operations on the owner's thread.
+class DoorServer {
+ public:
+  using Visitor = std::uint64_t;
+
+  struct Line {
+    Visitor visitor;
+    QByteArray text;  ///< without its line feed
+  };
+
+  /// `greeting` is a line without its line feed. `wake` is called on the server's thread when there
+  /// is something to take, and must not wait.
+  DoorServer(QByteArray greeting, std::function<void()> wake);
+  DoorServer(const DoorServer&) = delete;
+  DoorServer& operator=(const DoorServer&) = delete;
+
+  /// Hands out what was sent as far as visitors read it within a second, and ends.
+  ~DoorServer();
+
+  /// Opens the door. The caller holds the lock of the data folder: a socket that lies there belongs
+  /// to a process that has died. Returns why not, in one sentence, and empty on success. Once.
+  std::string listen(const std::string& path);
+
+  /// The lines since the last call, oldest first.
+  std::vector<Line> takeLines();
+
+  /// Sends a line, given without its line feed, to a visitor; nothing happens when it has gone.
+  void send(Visitor visitor, const QByteArray& line);
+
+  /// Whether the visitor is still there.
+  bool isThere(Visitor visitor) const;
+
+ private:
+  class Porter;
+
+  void admit(Visitor visitor);
+  void dismiss(Visitor visitor);
+  void receive(Line line);
+
+  const std::function<void()> wake_;
+  QThread thread_;
+  std::unique_ptr<Porter> porter_;  ///< lives on the thread
+
+  mutable GuardMutex mutex_;
+  std::vector<Line> lines_ KVPM_GUARDED_BY(mutex_);
+  std::vector<Visitor> visitors_ KVPM_GUARDED_BY(mutex_);
+};
+
+}  // namespace playerx::door

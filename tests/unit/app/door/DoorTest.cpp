@@ -1,0 +1,202 @@
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include <QLocalSocket>
+#include <filesystem>
+#include <memory>
+#include <vector>
+
+#include "playerx/app/door/DoorClient.h"
+#include "playerx/app/door/DoorPath.h"
+#include "playerx/app/door/DoorServer.h"
+#include "tests/support/Gate.h"
+#include "tests/support/TempDir.h"
+#include "tests/support/WaitFor.h"
+#include "tests/unit/app/FakeModule.h"
+
+namespace playerx::door {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kPatience = 10s;
+
+class DoorTest : public ::testing::Test {
+ protected:
+  DoorTest() { EXPECT_EQ(server_->listen(path()), ""); }
+
+  static void SetUpTestSuite() { needApplication(); }
+
+  std::string path() const { return folder_.path().string() + "/door"; }
+
+  std::unique_ptr<DoorClient> visit() {
+    auto client = std::make_unique<DoorClient>();
+    EXPECT_EQ(client->connect(path(), kPatience), "welcome");
+    return client;
+  }
+
+  /// The next lines that reach the server, `count` of them.
+  std::vector<DoorServer::Line> take(std::size_t count) {
+    std::vector<DoorServer::Line> lines;
+    EXPECT_TRUE(support::waitFor([&] {
+      for (auto& line : server_->takeLines()) lines.push_back(std::move(line));
+      return lines.size() >= count;
+    }));
+    return lines;
+  }
+
+  support::TempDir folder_;
+  std::unique_ptr<DoorServer> server_ = std::make_unique<DoorServer>("welcome", [] {});
+};
+
+TEST_F(DoorTest, AVisitorsLinesArriveInOrder) {
+  const auto client = visit();
+  client->send("one");
+  client->send("two");
+  const auto lines = take(2);
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0].text, "one");
+  EXPECT_EQ(lines[1].text, "two");
+  EXPECT_EQ(lines[0].visitor, lines[1].visitor);
+}
+
+TEST_F(DoorTest, ALineGoesToItsVisitorAlone) {
+  const auto first = visit();
+  const auto second = visit();
+  first->send("hello");
+  server_->send(take(1).front().visitor, "for the first");
+  second->send("hello");
+  server_->send(take(1).front().visitor, "for the second");
+  EXPECT_EQ(first->receive(kPatience), "for the first");
+  EXPECT_EQ(second->receive(kPatience), "for the second");
+}
+
+TEST_F(DoorTest, HalfALineOfAVisitorThatGoesIsDropped) {
+  {
+    QLocalSocket socket;
+    socket.connectToServer(QString::fromStdString(path()));
+    ASSERT_TRUE(socket.waitForReadyRead());
+    socket.write("whole\nhal");
+    ASSERT_TRUE(socket.waitForBytesWritten());
+  }
+  EXPECT_EQ(take(1).front().text, "whole");
+  visit()->send("next");
+  EXPECT_EQ(take(1).front().text, "next");
+}
+
+TEST_F(DoorTest, AVisitorThatHasGoneIsNotThereAnyMore) {
+  auto client = visit();
+  client->send("hello");
+  const DoorServer::Visitor visitor = take(1).front().visitor;
+  EXPECT_TRUE(server_->isThere(visitor));
+  client.reset();
+  EXPECT_TRUE(support::waitFor([&] { return !server_->isThere(visitor); }));
+  server_->send(visitor, "nobody hears this");
+}
+
+TEST_F(DoorTest, ALineWithoutEndIsCutOff) {
+  QLocalSocket socket;
+  socket.connectToServer(QString::fromStdString(path()));
+  ASSERT_TRUE(socket.waitForConnected());
+  socket.write(QByteArray(kLongestLine + 2, 'x'));
+  while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten()) {
+  }
+  EXPECT_TRUE(socket.state() == QLocalSocket::UnconnectedState || socket.waitForDisconnected());
+  EXPECT_TRUE(visit()->isConnected());
+}
+
+TEST_F(DoorTest, ALineOfMegabytesArrivesWhole) {
+  const auto client = visit();
+  const QByteArray large(4 * 1024 * 1024, 'y');
+  client->send(large);
+  const auto lines = take(1);
+  EXPECT_EQ(lines.front().text, large);
+  server_->send(lines.front().visitor, large);
+  EXPECT_EQ(client->receive(kPatience), large);
+}
+
+TEST_F(DoorTest, MoreVisitorsThanThereIsRoomForAreTurnedAway) {
+  std::vector<std::unique_ptr<DoorClient>> clients;
+  for (int i = 0; i < kMostVisitors; ++i) clients.push_back(visit());
+  DoorClient late;
+  EXPECT_EQ(late.connect(path(), kPatience), std::nullopt);
+  clients.pop_back();
+  EXPECT_TRUE(
+      support::waitFor([&] { return DoorClient().connect(path(), kPatience).has_value(); }));
+}
+
+TEST_F(DoorTest, WhatWasSentIsReadAfterTheServersEnd) {
+  const auto client = visit();
+  client->send("hello");
+  server_->send(take(1).front().visitor, "the last word");
+  server_.reset();
+  EXPECT_EQ(client->receive(kPatience), "the last word");
+  EXPECT_EQ(client->receive(kPatience), std::nullopt);
+  EXPECT_FALSE(client->isConnected());
+}
+
+TEST_F(DoorTest, TheSocketIsItsOwnersAlone) {
+  struct stat status {};
+  ASSERT_EQ(::stat(path().c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & (S_IRWXG | S_IRWXO), 0u);
+}
+
+TEST_F(DoorTest, ASocketLeftByADeadProcessIsReplaced) {
+  const std::string left = folder_.path().string() + "/left";
+  const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  left.copy(address.sun_path, sizeof address.sun_path - 1);
+  ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ::close(socket);
+  EXPECT_EQ(DoorClient().connect(left, kPatience), std::nullopt);
+  DoorServer server("again", [] {});
+  EXPECT_EQ(server.listen(left), "");
+  EXPECT_EQ(DoorClient().connect(left, kPatience), "again");
+}
+
+TEST_F(DoorTest, AFolderThatIsNotThereIsSaid) {
+  DoorServer server("welcome", [] {});
+  EXPECT_NE(server.listen(folder_.path().string() + "/none/door"), "");
+  EXPECT_NE(server.listen(""), "");
+}
+
+class DoorPathTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { needApplication(); }
+
+  DoorPathTest() { ::setenv("XDG_RUNTIME_DIR", runtime_.path().c_str(), 1); }
+  ~DoorPathTest() override { ::unsetenv("XDG_RUNTIME_DIR"); }
+
+  support::TempDir runtime_;
+  support::TempDir data_;
+};
+
+TEST_F(DoorPathTest, TheRuntimeFolderIsPreferred) {
+  EXPECT_EQ(std::filesystem::path(doorPath(data_.path().string())).parent_path(), runtime_.path());
+}
+
+TEST_F(DoorPathTest, EverySpellingOfAFolderHasOneDoor) {
+  EXPECT_EQ(doorPath(data_.path().string()), doorPath(data_.path().string() + "/."));
+  EXPECT_NE(doorPath(data_.path().string()), doorPath(runtime_.path().string()));
+}
+
+TEST_F(DoorPathTest, ARuntimeFolderThatOthersMayEnterIsNotUsed) {
+  ::chmod(runtime_.path().c_str(), 0755);
+  EXPECT_EQ(doorPath(data_.path().string()), data_.path().string() + "/queue.socket");
+}
+
+TEST_F(DoorPathTest, ALongDataFolderWithoutRuntimeFolderHasItsDoorAmongTheTemporaryFiles) {
+  ::unsetenv("XDG_RUNTIME_DIR");
+  const std::string deep = data_.path().string() + "/" + std::string(100, 'd');
+  std::filesystem::create_directory(deep);
+  const std::string path = doorPath(deep);
+  EXPECT_LT(path.size(), 90u);
+  DoorServer server("welcome", [] {});
+  EXPECT_EQ(server.listen(path), "");
+}
+
+}  // namespace
+}  // namespace playerx::door
