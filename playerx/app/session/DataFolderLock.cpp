@@ -19,6 +19,7 @@ DataFolderLock::DataFolderLock(const std::string& folder) {
     problem_ = "The data folder " + folder + " cannot be written (" + std::strerror(errno) +
                "); choose another with --data.";
   } else if (flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+    isTaken_ = errno == EWOULDBLOCK;
     problem_ = "Another player is using the data folder " + folder +
                "; close it, or choose another folder with --data.";
   }

@@ -17,9 +17,13 @@ class DataFolderLock {
   /// Why the folder cannot be used, as one sentence; empty when the lock is held.
   const std::string& problem() const { return problem_; }
 
+  /// Whether that is because another process has the folder.
+  bool isTaken() const { return isTaken_; }
+
  private:
   int descriptor_ = -1;
   std::string problem_;
+  bool isTaken_ = false;
 };
 
 }  // namespace playerx::session

@@ -1,11 +1,13 @@
 #include "playerx/app/session/PlayerSession.h"
 
+#include <QTemporaryDir>
 #include <utility>
 
 #include "KPX/OSUtilities.h"
 #include "VeskPlayerX/InterfaceIds.h"
 #include "playerx/app/model/ItemState.h"
 #include "playerx/platform/ThreadGate.h"
+#include "playerx/settings/Folders.h"
 #include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/FilmRecovery.h"
 #include "playerx/transfers/TransferSettings.h"
@@ -25,23 +27,42 @@ PlayerSession::PlayerSession(const SessionOptions& options, SessionListener list
 PlayerSession::~PlayerSession() { close(); }
 
 std::string PlayerSession::open(Access access) {
-  if (access == Access::kChange) {
-    lock_ = std::make_unique<DataFolderLock>(places_.data);
-    if (!lock_->problem().empty()) return lock_->problem();
-  }
+  const std::string problem = access == Access::kChange ? openForChange() : openCopy();
+  if (!problem.empty()) close();
+  return problem;
+}
+
+std::string PlayerSession::openForChange() {
+  lock_ = std::make_unique<DataFolderLock>(places_.data);
+  isTaken_ = lock_->isTaken();
+  if (!lock_->problem().empty()) return lock_->problem();
   saved_ = std::make_unique<SavedQueue>(places_.data);
   std::string problem = saved_->readProblem();
-  if (problem.empty() && access == Access::kChange) problem = saved_->writeProblem();
+  if (problem.empty()) problem = saved_->writeProblem();
   if (problem.empty()) problem = loadManager();
-  if (!problem.empty()) {
-    close();
-    return problem;
-  }
-  if (access == Access::kChange) manager().setViewInterface(&view_);
+  if (!problem.empty()) return problem;
+  manager().setViewInterface(&view_);
   for (const std::string& file : saved_->filesSetAside()) {
     messages_.tellUser("The queue could not be read; it was set aside as " + file + ".");
   }
   return {};
+}
+
+/// The manager converts the queue of an earlier release and sets one aside that it cannot read:
+/// here it does so to a copy.
+std::string PlayerSession::openCopy() {
+  const SavedQueue original(places_.data);
+  std::string problem = original.readProblem();
+  if (!problem.empty()) return problem;
+  const QTemporaryDir folder;
+  if (!folder.isValid()) return "The queue cannot be copied: " + folder.errorString().toStdString();
+  problem = original.copyTo(folder.path().toStdString());
+  if (!problem.empty()) return problem;
+  saved_ = std::make_unique<SavedQueue>(folder.path().toStdString());
+  setApplicationDataPath(folder.path());
+  problem = loadManager();
+  setApplicationDataPath(QString::fromStdString(places_.data));
+  return saved_->filesSetAside().empty() ? problem : original.contentProblem();
 }
 
 void PlayerSession::start() {
@@ -51,6 +72,7 @@ void PlayerSession::start() {
   takeFilmsBack();
   transfers_ = KPIM::load<TransferReports>(&plugins_, DIN_TransferReports);
   ThreadGate::open();
+  isStarted_ = true;
 }
 
 // The manager would give a film of which it knows nothing another name, because its own is taken.

@@ -49,7 +49,7 @@ class PlayerSession {
  public:
   /// What the session may do to the queue.
   enum class Access {
-    kLook,    ///< nothing is locked and nothing is written; any number of processes at a time
+    kLook,    ///< at a copy of the queue: nothing is locked or written, whatever others do
     kChange,  ///< alone on the data folder, and every change is saved and announced
   };
 
@@ -64,12 +64,19 @@ class PlayerSession {
   ~PlayerSession();
 
   /// Loads the download manager, with its scheduler held back, and attaches the view. After a
-  /// problem nothing is open and no file has been changed. Once per session.
+  /// problem nothing is open and no file has been changed. Once per session, but for the attempts
+  /// that find the data folder taken.
   std::string open(Access access);
 
   /// Lets the scheduler work. Loads the download library first, has it trust the authorities of the
   /// preferences and take back films whose completion was lost.
+  /// Whether `open` has failed because another process has the data folder.
+  bool isTaken() const { return isTaken_; }
+
+  /// Lets the scheduler work. Loads the download library first and has it trust the authorities of
+  /// the preferences.
   void start();
+  bool isStarted() const { return isStarted_; }
 
   /// The download manager; after a successful `open` only.
   VeskPlayerX::DownloadManagerInterface& manager() { return *manager_->get(); }
@@ -91,6 +98,8 @@ class PlayerSession {
   std::string unsavedChanges() { return saved_->unsavedChanges(manager()); }
 
  private:
+  std::string openForChange();
+  std::string openCopy();
   std::string loadManager();
   void takeFilmsBack();
   void close();
@@ -103,6 +112,8 @@ class PlayerSession {
   PluginContext plugins_;
   std::unique_ptr<KPIM::Helper<VeskPlayerX::DownloadManagerInterface>> manager_;
   std::unique_ptr<KPIM::Helper<TransferReports>> transfers_;
+  bool isTaken_ = false;
+  bool isStarted_ = false;
 };
 
 }  // namespace playerx::session

@@ -23,6 +23,8 @@ using VeskPlayerX::DownloadManagerInterface;
 
 namespace {
 
+constexpr char kQueueFile[] = "downloadmanager.xml";
+constexpr char kLegacyFile[] = "DownloadQueue.dlq";
 constexpr char kUnreadableMark[] = ".unreadable";
 
 /// Bytes that the next change may add to the file.
@@ -80,7 +82,7 @@ bool holds(const std::vector<SavedItem>& saved, const std::vector<ItemState>& qu
 }
 
 SavedQueue::SavedQueue(const std::string& folder)
-    : folder_(folder), file_(folder + "/downloadmanager.xml"), setAsideBefore_(unreadableFiles()) {}
+    : folder_(folder), file_(folder + "/" + kQueueFile), setAsideBefore_(unreadableFiles()) {}
 
 std::string SavedQueue::readProblem() const {
   const int error = readError(file_);
@@ -88,6 +90,24 @@ std::string SavedQueue::readProblem() const {
   return "The queue file " + file_ + " cannot be read (" + wordsOf(error) +
          "); nothing was changed. Try again, make it readable, or choose another folder with "
          "--data.";
+}
+
+std::string SavedQueue::copyTo(const std::string& folder) const {
+  namespace fs = std::filesystem;
+  for (const char* const name : {kQueueFile, kLegacyFile}) {
+    std::error_code error;
+    fs::copy_file(fs::path(folder_) / name, fs::path(folder) / name, error);
+    if (error && error != std::errc::no_such_file_or_directory) {
+      return "The queue file " + folder_ + "/" + name + " cannot be read (" + error.message() +
+             "); nothing was changed.";
+    }
+  }
+  return {};
+}
+
+std::string SavedQueue::contentProblem() const {
+  return "The queue file " + file_ +
+         " is damaged; nothing was changed. The next `get` sets it aside and begins a new one.";
 }
 
 std::string SavedQueue::loadProblem(DownloadManagerInterface& manager) const {

@@ -45,6 +45,12 @@ class SavedQueue {
   /// an empty queue.
   std::string readProblem() const;
 
+  /// Copies the file, and that of an earlier release, to another folder. Why not; empty otherwise.
+  std::string copyTo(const std::string& folder) const;
+
+  /// What to say when the file turns out to be no queue.
+  std::string contentProblem() const;
+
   /// Once the manager is loaded: whether it has read what the file holds.
   std::string loadProblem(VeskPlayerX::DownloadManagerInterface& manager) const;
 

@@ -28,6 +28,9 @@ class FakeModule : public support::FakeManager {
   /// Puts an item at the end; stays with the queue.
   DownloadItem& put(const std::string& url, DownloadStatusEnumType status = DownloadStatusQueued);
 
+  /// Takes the item at this index out.
+  void drop(std::size_t index) { items_.erase(items_.begin() + std::ptrdiff_t(index)); }
+
   /// The queue's own items, in order.
   const std::vector<std::unique_ptr<DownloadItem>>& all() const { return items_; }
 

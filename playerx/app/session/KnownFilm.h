@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "playerx/app/model/ItemState.h"
+
+namespace playerx::session {
+
+/// The item of a queue that was added for this address: of several the one that has come farthest.
+/// Nullopt for an address that is not there, and for what is no address.
+std::optional<model::ItemState> findKnownFilm(const std::vector<model::ItemState>& queue,
+                                              const std::string& address);
+
+/// Where the file of a complete film is: at its path, or in the present media folder. Empty when it
+/// is at neither. Looks at the disk.
+std::string findFilm(const model::ItemState& film, const std::string& mediaFolder);
+
+}  // namespace playerx::session

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "playerx/app/model/ItemState.h"
+#include "playerx/app/reasons/Reason.h"
+
+namespace playerx::session {
+
+/// What a face asks of the queue.
+struct Request {
+  enum class Action { kList, kWatch, kAdd, kRemove, kRetry, kMove, kPause, kResume, kClear };
+  enum class Direction { kUp, kDown, kTop, kBottom };
+
+  Action action = Action::kList;
+
+  // Which item; all of them when neither is given.
+  std::optional<unsigned int> id{};  ///< goes before the position
+  int position = 0;                  ///< from 1 on
+
+  // Adding.
+  std::vector<std::string> inputs{};  ///< addresses and paths of tickets, UTF-8
+  std::string name{};                 ///< the only film's file name; empty: that of its address
+  bool starts = true;                 ///< a paused queue goes on
+  bool again = false;                 ///< what is there already is fetched anew
+  bool plays = false;                 ///< played as soon as enough of it is there
+
+  Direction direction = Direction::kUp;  ///< of a move
+  bool withFilm = false;                 ///< what is removed goes with its finished film
+
+  bool operator==(const Request&) const = default;
+};
+
+/// An input that cannot be downloaded.
+struct Refusal {
+  std::string input;
+  reasons::Explanation reason;
+
+  bool operator==(const Refusal&) const = default;
+};
+
+/// What became of a request.
+struct Reply {
+  enum class Outcome { kDone = 0, kFailed = 1, kWrongUse = 2 };
+
+  Outcome outcome = Outcome::kDone;
+  std::vector<std::string> notes{};       ///< sentences for people
+  std::vector<Refusal> refused{};         ///< inputs
+  std::vector<model::ItemState> items{};  ///< the queue, or the items that adding leaves to fetch
+
+  bool operator==(const Reply&) const = default;
+};
+
+/// One thing that happened to the queue.
+struct QueueEvent {
+  enum class Kind { kAdded, kChanged, kFinished, kFailed, kRemoved, kNote };
+
+  Kind kind = Kind::kNote;
+  model::ItemState item{};           ///< as it is now; of a removed one as it was; empty for a note
+  std::uint64_t bytesPerSecond = 0;  ///< 0 when not known
+  std::string sentence{};            ///< the note; what is odd about a finished film, mostly empty
+  reasons::Explanation reason{};     ///< of a failure
+
+  bool operator==(const QueueEvent&) const = default;
+};
+
+}  // namespace playerx::session

@@ -1,0 +1,289 @@
+#include "playerx/app/session/QueueService.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <utility>
+
+#include "VeskPlayerX/DownloadManagerInterface.h"
+#include "kvpm/StringTools.h"
+#include "playerx/app/inputs/Input.h"
+#include "playerx/app/session/KnownFilm.h"
+
+namespace playerx::session {
+
+using model::ItemState;
+using Action = Request::Action;
+using Direction = Request::Direction;
+using Outcome = Reply::Outcome;
+
+namespace {
+
+Reply done(std::string note = "") {
+  Reply reply;
+  if (!note.empty()) reply.notes.push_back(std::move(note));
+  return reply;
+}
+
+Reply failed(std::string note) {
+  Reply reply = done(std::move(note));
+  reply.outcome = Outcome::kFailed;
+  return reply;
+}
+
+bool isTransferred(const ItemState& item) {
+  return item.status == DownloadStatusStarting || item.status == DownloadStatusDownloading ||
+         item.status == DownloadStatusHeld;
+}
+
+const ItemState* find(const std::vector<ItemState>& queue, const Request& request) {
+  if (request.id) {
+    const auto found = std::find_if(queue.begin(), queue.end(), [&request](const ItemState& item) {
+      return item.id == *request.id;
+    });
+    return found == queue.end() ? nullptr : &*found;
+  }
+  const auto index = static_cast<std::size_t>(request.position) - 1;
+  return index < queue.size() ? &queue[index] : nullptr;
+}
+
+/// A film and the record of its rights beside it.
+Reply removeFilm(const std::string& film) {
+  std::error_code error;
+  std::filesystem::remove(film + ".rights", error);
+  if (std::filesystem::remove(film, error)) return done();
+  return failed("The film " + film + " could not be removed (" + error.message() + ").");
+}
+
+Reply refuseUnknown(const Request& request, std::size_t length) {
+  Reply reply = done(request.id ? "The item is not in the queue any more."
+                                : "There is no item " + std::to_string(request.position) +
+                                      "; the queue holds " + std::to_string(length) + ".");
+  reply.outcome = Outcome::kWrongUse;
+  return reply;
+}
+
+}  // namespace
+
+QueueService::QueueService(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
+                           QueueWatch::Listener listener)
+    : session_(session), watch_(session, std::move(wake), std::move(probe), std::move(listener)) {}
+
+Reply QueueService::handle(const Request& request) {
+  watch_.update();
+  if (request.action == Action::kAdd) return add(request);
+  const std::vector<ItemState> queue = watch_.queue();
+  if (!request.id && request.position == 0) return editAll(request);
+  const ItemState* const item = find(queue, request);
+  Reply reply = item != nullptr ? editItem(request, *item) : refuseUnknown(request, queue.size());
+  watch_.update();
+  return reply;
+}
+
+Reply QueueService::list() {
+  Reply reply;
+  reply.items = watch_.queue();
+  return reply;
+}
+
+Reply QueueService::add(const Request& request) {
+  const bool staysPaused = !request.starts && session_.manager().isPaused();
+  Reply reply;
+  for (const std::string& input : request.inputs) addInput(input, request, reply);
+  if (staysPaused) session_.manager().pause();
+  if (request.starts && session_.manager().isPaused()) session_.manager().resume();
+  if (request.inputs.empty()) reply.items = watch_.queue();
+  std::erase_if(reply.items,
+                [](const ItemState& item) { return !model::isUnfinished(item.status); });
+  for (const ItemState& item : reply.items) {
+    if (request.plays) watch_.playWhenReady(item.id);
+  }
+  if (!reply.refused.empty()) reply.outcome = Outcome::kWrongUse;
+  return reply;
+}
+
+void QueueService::addInput(const std::string& input, const Request& request, Reply& reply) {
+  if (!request.again && goOnWith(input, request, reply)) return;
+  addAnew(input, request, reply);
+}
+
+/// Whether the film of an address is in the queue, so that it need not be added.
+bool QueueService::goOnWith(const std::string& input, const Request& request, Reply& reply) {
+  const std::optional<ItemState> known = findKnownFilm(watch_.queue(), input);
+  if (!known) return false;
+  switch (known->status) {
+    case DownloadStatusCompleted: {
+      const std::string film = findFilm(*known, session_.places().media);
+      if (film.empty()) {
+        session_.manager().remove(known->id);
+        return false;
+      }
+      reply.notes.push_back(input + " is already there: " + film);
+      if (request.plays) watch_.playWhenReady(known->id);
+      return true;
+    }
+    case DownloadStatusFailed:
+      session_.manager().retry(known->id);
+      reply.notes.push_back(input + " had failed; trying it again.");
+      break;
+    case DownloadStatusStopped:
+      session_.manager().updateStatus(known->id, DownloadStatusQueued);
+      [[fallthrough]];
+    default:
+      reply.notes.push_back(input + " is in the queue already; going on with it.");
+  }
+  watch_.update();
+  if (const auto now = findKnownFilm(watch_.queue(), input)) reply.items.push_back(*now);
+  return true;
+}
+
+void QueueService::addAnew(const std::string& input, const Request& request, Reply& reply) {
+  using inputs::AddResult;
+  std::set<unsigned int> before;
+  for (const ItemState& item : watch_.queue()) before.insert(item.id);
+  const AddResult result =
+      inputs::addInput(input, session_.manager(), {}, [this] { return session_.takeMessages(); });
+  if (result.refusal) reply.refused.push_back({input, *result.refusal});
+  watch_.update();
+  for (const ItemState& item : watch_.queue()) {
+    if (before.contains(item.id)) continue;
+    if (!request.name.empty()) nameFilm(item.id, request.name);
+    reply.items.push_back(item);
+  }
+}
+
+/// The manager fetches a film to the name that its item has; one without, to that of its address.
+void QueueService::nameFilm(unsigned int id, const std::string& name) {
+  const std::string path = session_.places().media + "/" + name;
+  session_.manager().updatePath(id, kvpm::StringTools::stringToWString(path));
+}
+
+Reply QueueService::editAll(const Request& request) {
+  VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
+  switch (request.action) {
+    case Action::kPause:
+      if (watch_.isIdle()) return done("Nothing is waiting to be downloaded.");
+      manager.pause();
+      break;
+    case Action::kResume:
+      return resumeAll();
+    case Action::kRetry:
+      return retryAll();
+    case Action::kClear:
+      manager.clearCompletedDownloads();
+      break;
+    case Action::kRemove:
+    case Action::kMove:
+      return refuseUnknown(request, watch_.queue().size());
+    default:
+      return list();
+  }
+  watch_.update();
+  return done();
+}
+
+Reply QueueService::editItem(const Request& request, const ItemState& item) {
+  switch (request.action) {
+    case Action::kRemove:
+      return remove(item, request.withFilm);
+    case Action::kRetry:
+      return retry(item);
+    case Action::kMove:
+      return move(item, request.direction);
+    case Action::kPause:
+      return pause(item);
+    case Action::kResume:
+      return resume(item);
+    default:
+      return list();
+  }
+}
+
+Reply QueueService::remove(const ItemState& item, bool withFilm) {
+  bool isRemoved = false;
+  whileStopped(item, [&] { isRemoved = session_.manager().remove(item.id); });
+  if (!isRemoved) return failed("The item could not be removed.");
+  const std::string film = withFilm ? findFilm(item, session_.places().media) : "";
+  return film.empty() ? done() : removeFilm(film);
+}
+
+Reply QueueService::retry(const ItemState& item) {
+  if (item.status != DownloadStatusFailed) {
+    return failed("Only a failed item can be retried; this one is " +
+                  std::string(model::statusWord(item.status)) + ".");
+  }
+  session_.manager().retry(item.id);
+  return done(session_.isStarted() ? "Queued again." : "Queued again; `get` downloads it.");
+}
+
+Reply QueueService::retryAll() {
+  std::vector<ItemState> queue = watch_.queue();
+  std::erase_if(queue, [](const ItemState& item) { return item.status != DownloadStatusFailed; });
+  // Each goes to the top: the last one first keeps their order.
+  std::for_each(queue.rbegin(), queue.rend(),
+                [this](const ItemState& item) { session_.manager().retry(item.id); });
+  watch_.update();
+  return done("Queued again: " + std::to_string(queue.size()) + ".");
+}
+
+Reply QueueService::move(const ItemState& item, Direction direction) {
+  VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
+  bool isMoved = true;
+  switch (direction) {
+    case Direction::kUp:
+      isMoved = manager.moveUp(item.id);
+      break;
+    case Direction::kDown:
+      isMoved = manager.moveDown(item.id);
+      break;
+    case Direction::kTop:
+      manager.moveToTop(item.id);
+      break;
+    case Direction::kBottom:
+      manager.moveToBottom(item.id);
+      break;
+  }
+  return isMoved ? done() : failed("The item cannot move any further.");
+}
+
+/// The manager knows no paused item but the first; a stopped one is passed over in the same way.
+Reply QueueService::pause(const ItemState& item) {
+  if (!model::isUnfinished(item.status)) {
+    return failed("Only what waits or arrives can be paused; this one is " +
+                  std::string(model::statusWord(item.status)) + ".");
+  }
+  whileStopped(item, [&] { session_.manager().updateStatus(item.id, DownloadStatusStopped); });
+  return done();
+}
+
+Reply QueueService::resume(const ItemState& item) {
+  if (item.status == DownloadStatusPaused) return resumeAll();
+  if (item.status != DownloadStatusStopped) {
+    return failed("Only a paused item can be resumed; this one is " +
+                  std::string(model::statusWord(item.status)) + ".");
+  }
+  session_.manager().updateStatus(item.id, DownloadStatusQueued);
+  return done();
+}
+
+Reply QueueService::resumeAll() {
+  for (const ItemState& item : watch_.queue()) {
+    if (item.status != DownloadStatusStopped) continue;
+    session_.manager().updateStatus(item.id, DownloadStatusQueued);
+  }
+  session_.manager().resume();
+  watch_.update();
+  return done();
+}
+
+/// Ends the transfer of an item before a change of it: the manager would carry it on, with the
+/// queue waiting behind it.
+void QueueService::whileStopped(const ItemState& item, const std::function<void()>& change) {
+  VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
+  const bool isStopped = !isTransferred(item) || manager.isPaused();
+  if (!isStopped) manager.pause();
+  change();
+  if (!isStopped) manager.resume();
+}
+
+}  // namespace playerx::session

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "playerx/app/session/PlayerSession.h"
+#include "playerx/app/session/QueueRequest.h"
+#include "playerx/app/session/QueueWatch.h"
+
+namespace playerx::session {
+
+/// The queue as every face uses it, be it in this process or at the other end of a socket: carries
+/// requests out and tells what happens. On the session's thread.
+///
+///     QueueService service(session, wake, probe, listener);
+///     session.start();                             // when films are to be downloaded
+///     Reply reply = service.handle({.action = Request::Action::kAdd, .inputs = {address}});
+///     ... service.watch().update() when woken, service.watch().measure() twice a second
+class QueueService {
+ public:
+  /// The session is open for changes, and outlives the service. The other arguments are those of
+  /// `QueueWatch`.
+  QueueService(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
+               QueueWatch::Listener listener);
+
+  /// Carries a request out. The listener may be called meanwhile. Tickets may have to wait for the
+  /// online services.
+  Reply handle(const Request& request);
+
+  QueueWatch& watch() { return watch_; }
+
+ private:
+  Reply list();
+  Reply add(const Request& request);
+  void addInput(const std::string& input, const Request& request, Reply& reply);
+  bool goOnWith(const std::string& input, const Request& request, Reply& reply);
+  void addAnew(const std::string& input, const Request& request, Reply& reply);
+  void nameFilm(unsigned int id, const std::string& name);
+  Reply editAll(const Request& request);
+  Reply editItem(const Request& request, const model::ItemState& item);
+  Reply remove(const model::ItemState& item, bool withFilm);
+  Reply retry(const model::ItemState& item);
+  Reply retryAll();
+  Reply move(const model::ItemState& item, Request::Direction direction);
+  Reply pause(const model::ItemState& item);
+  Reply resume(const model::ItemState& item);
+  Reply resumeAll();
+  void whileStopped(const model::ItemState& item, const std::function<void()>& change);
+
+  PlayerSession& session_;
+  QueueWatch watch_;
+};
+
+}  // namespace playerx::session

@@ -1,0 +1,128 @@
+#include "playerx/app/session/QueueWatch.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "playerx/app/model/FilmCheck.h"
+
+namespace playerx::session {
+
+using model::ItemState;
+using model::QueueChange;
+using Kind = QueueEvent::Kind;
+
+namespace {
+
+bool isReadyToPlay(const ItemState& item) {
+  return item.status == DownloadStatusCompleted ||
+         (item.status == DownloadStatusDownloading && item.playable);
+}
+
+}  // namespace
+
+QueueWatch::QueueWatch(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
+                       Listener listener)
+    : session_(session),
+      listener_(std::move(listener)),
+      explainer_(
+          std::move(wake),
+          [&session](const std::string& address) { return session.findTransfer(address); },
+          std::move(probe)),
+      queue_(model::snapshotOf(session.manager())) {}
+
+void QueueWatch::update() {
+  tellMessages();
+  tellChanges();
+  tellReasons();
+}
+
+void QueueWatch::measure() {
+  for (const ItemState& item : queue_) {
+    if (measureSpeed(item)) tellProgress(item);
+  }
+}
+
+bool QueueWatch::isIdle() const {
+  const bool isWorkLeft = std::any_of(queue_.begin(), queue_.end(), [](const ItemState& item) {
+    return model::isUnfinished(item.status);
+  });
+  return !isWorkLeft && !explainer_.isBusy();
+}
+
+void QueueWatch::playWhenReady(unsigned int id) {
+  toPlay_.insert(id);
+  const auto found = std::find_if(queue_.begin(), queue_.end(),
+                                  [id](const ItemState& item) { return item.id == id; });
+  if (found != queue_.end()) playIfReady(*found);
+}
+
+void QueueWatch::tellMessages() {
+  for (const std::string& sentence : session_.takeMessages()) {
+    lastWords_ = sentence;
+    note(sentence);
+  }
+}
+
+void QueueWatch::tellChanges() {
+  const std::vector<ItemState> before =
+      std::exchange(queue_, model::snapshotOf(session_.manager()));
+  tellRemoved(before);
+  for (const QueueChange& change : model::changesBetween(before, queue_)) tell(change);
+}
+
+void QueueWatch::tellRemoved(const std::vector<ItemState>& before) {
+  std::set<unsigned int> present;
+  for (const ItemState& item : queue_) present.insert(item.id);
+  for (const ItemState& item : before) {
+    if (present.contains(item.id)) continue;
+    speeds_.erase(item.id);
+    toPlay_.erase(item.id);
+    listener_({Kind::kRemoved, item});
+  }
+}
+
+void QueueWatch::tellReasons() {
+  for (const reasons::ExplainedFailure& answer : explainer_.takeAnswers()) {
+    listener_({Kind::kFailed, answer.item, 0, "", answer.explanation});
+  }
+}
+
+void QueueWatch::tell(const QueueChange& change) {
+  const ItemState& item = change.item;
+  switch (change.kind) {
+    case QueueChange::kAdded:
+      return listener_({Kind::kAdded, item});
+    case QueueChange::kChanged:
+      measureSpeed(item);
+      tellProgress(item);
+      return playIfReady(item);
+    case QueueChange::kFinished:
+      lastWords_.clear();
+      listener_({Kind::kFinished, item, 0, findOddity(item, session_.places().media)});
+      return playIfReady(item);
+    case QueueChange::kFailed:
+      return explainer_.explain(item, session_.takeNotices(item.id), std::exchange(lastWords_, {}));
+  }
+}
+
+void QueueWatch::tellProgress(const ItemState& item) {
+  listener_({Kind::kChanged, item, speeds_[item.id].bytesPerSecond()});
+}
+
+/// False when the item is not being transferred, or how far it has come is not known.
+bool QueueWatch::measureSpeed(const ItemState& item) {
+  if (item.status != DownloadStatusDownloading) return false;
+  const std::optional<TransferReport> transfer = session_.findTransfer(item.url);
+  if (transfer) speeds_[item.id].feed(model::SpeedMeter::Clock::now(), transfer->arrived);
+  return transfer.has_value();
+}
+
+void QueueWatch::playIfReady(const ItemState& item) {
+  if (!isReadyToPlay(item) || toPlay_.erase(item.id) == 0) return;
+  if (session_.manager().play(item.id)) return;
+  note("No player could be started for " + item.title + ".");
+}
+
+void QueueWatch::note(const std::string& sentence) { listener_({Kind::kNote, {}, 0, sentence}); }
+
+}  // namespace playerx::session

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "playerx/app/model/QueueChanges.h"
+#include "playerx/app/model/SpeedMeter.h"
+#include "playerx/app/reasons/FailureExplainer.h"
+#include "playerx/app/session/PlayerSession.h"
+#include "playerx/app/session/QueueRequest.h"
+
+namespace playerx::session {
+
+/// Looks at the queue of a session and tells a listener what has happened since the last look, with
+/// speeds, reasons and oddities. On the session's thread; the listener is called within `update`
+/// and `measure` alone.
+class QueueWatch {
+ public:
+  using Listener = std::function<void(const QueueEvent&)>;
+
+  /// The session is open and outlives the watch: changes are told against the queue as it is now.
+  /// `wake` is called on any thread when an update is due, and must not wait.
+  QueueWatch(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
+             Listener listener);
+
+  /// Tells what is new. To be called when the session or the watch wakes its face.
+  void update();
+
+  /// Tells the present speed of what arrives. To be called from time to time.
+  void measure();
+
+  /// The queue as `update` has last seen it.
+  const std::vector<model::ItemState>& queue() const { return queue_; }
+
+  /// Whether nothing is left to download and every failure has been told.
+  bool isIdle() const;
+
+  /// Has an item played as soon as enough of it is there.
+  void playWhenReady(unsigned int id);
+
+ private:
+  void tellMessages();
+  void tellChanges();
+  void tellRemoved(const std::vector<model::ItemState>& before);
+  void tellReasons();
+  void tell(const model::QueueChange& change);
+  void tellProgress(const model::ItemState& item);
+  bool measureSpeed(const model::ItemState& item);
+  void playIfReady(const model::ItemState& item);
+  void note(const std::string& sentence);
+
+  PlayerSession& session_;
+  const Listener listener_;
+  reasons::FailureExplainer explainer_;
+
+  std::vector<model::ItemState> queue_;
+  std::map<unsigned int, model::SpeedMeter> speeds_;
+  std::set<unsigned int> toPlay_;
+  std::string lastWords_;  ///< said since the last outcome
+};
+
+}  // namespace playerx::session

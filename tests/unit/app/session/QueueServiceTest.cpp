@@ -1,0 +1,188 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+#include "playerx/app/session/QueueService.h"
+#include "tests/unit/app/FakeSession.h"
+
+namespace playerx::session {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Action = Request::Action;
+using Direction = Request::Direction;
+using Outcome = Reply::Outcome;
+
+class QueueServiceTest : public testing::Test {
+ protected:
+  Reply ask(Action action, int position = 0, Direction direction = Direction::kUp) {
+    return service().handle({.action = action, .position = position, .direction = direction});
+  }
+
+  Reply add(const std::string& input) {
+    return service().handle({.action = Action::kAdd, .inputs = {input}});
+  }
+
+  /// Built with the first request, so that a test can fill the queue before.
+  QueueService& service() {
+    if (!service_) {
+      service_.emplace(
+          fake_.session(), [] {}, reasons::Probe(), [](const QueueEvent&) {});
+    }
+    return *service_;
+  }
+
+  static std::string call(const std::string& operation, const DownloadItem& item) {
+    return "manager." + operation + " " + std::to_string(item.getId());
+  }
+
+  DownloadItem& putFilm(DownloadStatusEnumType status) {
+    DownloadItem& item = fake_.module.put("http://h/a.avi", status);
+    item.setPath((fake_.folder / "a.avi").wstring());
+    return item;
+  }
+
+  FakeSession fake_;
+  support::EventLog& log_ = fake_.log;
+  std::optional<QueueService> service_;
+};
+
+TEST_F(QueueServiceTest, ListHandsTheQueueOut) {
+  fake_.module.put("http://h/a.avi");
+  fake_.module.put("http://h/b.avi");
+  const Reply reply = ask(Action::kList);
+  ASSERT_EQ(reply.items.size(), 2u);
+  EXPECT_EQ(reply.items[1].url, "http://h/b.avi");
+  EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(QueueServiceTest, APositionThatIsNotThereIsWrongUse) {
+  fake_.module.put("http://h/a.avi");
+  const Reply reply = ask(Action::kRemove, 2);
+  EXPECT_EQ(reply.outcome, Outcome::kWrongUse);
+  EXPECT_THAT(reply.notes, ElementsAre("There is no item 2; the queue holds 1."));
+  EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+TEST_F(QueueServiceTest, AnItemIsAlsoNamedByItsId) {
+  const DownloadItem& item = fake_.module.put("http://h/a.avi");
+  service().handle({.action = Action::kRemove, .id = item.getId()});
+  EXPECT_THAT(log_.lines(), ElementsAre(call("remove", item)));
+  EXPECT_EQ(service().handle({.action = Action::kRemove, .id = item.getId() + 1}).outcome,
+            Outcome::kWrongUse);
+}
+
+TEST_F(QueueServiceTest, OnlyAFailedItemIsRetried) {
+  DownloadItem& item = fake_.module.put("http://h/a.avi");
+  EXPECT_THAT(ask(Action::kRetry, 1).notes,
+              ElementsAre("Only a failed item can be retried; this one is queued."));
+  item.setStatus(DownloadStatusFailed);
+  EXPECT_EQ(ask(Action::kRetry, 1).outcome, Outcome::kDone);
+  EXPECT_THAT(log_.lines(), ElementsAre(call("retry", item)));
+}
+
+TEST_F(QueueServiceTest, RetryOfAllKeepsTheOrder) {
+  const DownloadItem& first = fake_.module.put("http://h/a.avi", DownloadStatusFailed);
+  fake_.module.put("http://h/b.avi", DownloadStatusCompleted);
+  const DownloadItem& last = fake_.module.put("http://h/c.avi", DownloadStatusFailed);
+  EXPECT_EQ(ask(Action::kRetry).outcome, Outcome::kDone);
+  EXPECT_THAT(log_.lines(), ElementsAre(call("retry", last), call("retry", first)));
+}
+
+TEST_F(QueueServiceTest, EachDirectionIsAMoveOfItsOwn) {
+  const DownloadItem& item = fake_.module.put("http://h/a.avi");
+  EXPECT_EQ(ask(Action::kMove, 1, Direction::kTop).outcome, Outcome::kDone);
+  EXPECT_EQ(ask(Action::kMove, 1, Direction::kBottom).outcome, Outcome::kDone);
+  EXPECT_EQ(ask(Action::kMove, 1, Direction::kUp).outcome, Outcome::kFailed);
+  EXPECT_THAT(ask(Action::kMove, 1, Direction::kDown).notes,
+              ElementsAre("The item cannot move any further."));
+  EXPECT_THAT(log_.lines(), ElementsAre(call("moveToTop", item), call("moveToBottom", item),
+                                        call("moveUp", item), call("moveDown", item)));
+}
+
+TEST_F(QueueServiceTest, ClearDropsWhatIsComplete) {
+  EXPECT_EQ(ask(Action::kClear).outcome, Outcome::kDone);
+  EXPECT_THAT(log_.lines(), ElementsAre("manager.clearCompletedDownloads"));
+}
+
+TEST_F(QueueServiceTest, ATransferEndsBeforeItsItemIsRemoved) {
+  const DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
+  ask(Action::kRemove, 1);
+  EXPECT_THAT(log_.lines(), ElementsAre("manager.pause", call("remove", item), "manager.resume"));
+}
+
+TEST_F(QueueServiceTest, APausedItemIsPassedOverUntilItIsResumed) {
+  DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
+  const std::string update = call("updateStatus", item);
+  ask(Action::kPause, 1);
+  EXPECT_THAT(log_.lines(), ElementsAre("manager.pause", update + " 5", "manager.resume"));
+  item.setStatus(DownloadStatusStopped);
+  EXPECT_EQ(ask(Action::kPause, 1).outcome, Outcome::kFailed);
+  ask(Action::kResume, 1);
+  EXPECT_EQ(log_.lines().back(), update + " 1");
+}
+
+TEST_F(QueueServiceTest, AnAddedAddressIsLeftToBeFetched) {
+  const Reply reply = add("http://h/a.avi");
+  EXPECT_EQ(reply.outcome, Outcome::kDone);
+  ASSERT_EQ(reply.items.size(), 1u);
+  EXPECT_EQ(reply.items[0].url, "http://h/a.avi");
+}
+
+TEST_F(QueueServiceTest, ARefusedInputIsNamedWithItsReason) {
+  const Reply reply = add("http://h/a.mp4");
+  EXPECT_EQ(reply.outcome, Outcome::kWrongUse);
+  ASSERT_EQ(reply.refused.size(), 1u);
+  EXPECT_EQ(reply.refused[0].reason.code(), "unsupported_type");
+}
+
+TEST_F(QueueServiceTest, AnAddressThatWaitsIsNotAddedTwice) {
+  const DownloadItem& item = fake_.module.put("http://h/a.avi");
+  const Reply reply = add("http://h/a.avi");
+  EXPECT_THAT(log_.lines("manager.add"), IsEmpty());
+  ASSERT_EQ(reply.items.size(), 1u);
+  EXPECT_EQ(reply.items[0].id, item.getId());
+}
+
+TEST_F(QueueServiceTest, AFilmThatIsThereIsNotFetchedAgain) {
+  putFilm(DownloadStatusCompleted);
+  fake_.folder.write("a.avi", "film");
+  const Reply reply = add("http://h/a.avi");
+  EXPECT_THAT(log_.lines(), IsEmpty());
+  EXPECT_THAT(reply.items, IsEmpty());
+  EXPECT_THAT(reply.notes, ElementsAre(HasSubstr("http://h/a.avi is already there: ")));
+}
+
+TEST_F(QueueServiceTest, AFilmThatIsGoneIsFetchedAnew) {
+  const DownloadItem& item = putFilm(DownloadStatusCompleted);
+  add("http://h/a.avi");
+  EXPECT_EQ(log_.lines().front(), call("remove", item));
+  EXPECT_EQ(log_.lines("manager.add").size(), 1u);
+}
+
+TEST_F(QueueServiceTest, AFilmThatIsThereIsFetchedAgainOnDemand) {
+  putFilm(DownloadStatusCompleted);
+  fake_.folder.write("a.avi", "film");
+  service().handle({.action = Action::kAdd, .inputs = {"http://h/a.avi"}, .again = true});
+  EXPECT_EQ(log_.lines("manager.add").size(), 1u);
+}
+
+TEST_F(QueueServiceTest, AFailedAddressIsRetried) {
+  const DownloadItem& item = putFilm(DownloadStatusFailed);
+  add("http://h/a.avi");
+  EXPECT_THAT(log_.lines(), ElementsAre(call("retry", item)));
+}
+
+TEST_F(QueueServiceTest, AFilmGoesWithItsItemOnDemand) {
+  putFilm(DownloadStatusCompleted);
+  const std::filesystem::path film = fake_.folder.write("a.avi", "film");
+  ask(Action::kRemove, 1);
+  EXPECT_TRUE(std::filesystem::exists(film));
+  service().handle({.action = Action::kRemove, .position = 1, .withFilm = true});
+  EXPECT_FALSE(std::filesystem::exists(film));
+}
+
+}  // namespace
+}  // namespace playerx::session

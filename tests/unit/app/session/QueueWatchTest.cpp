@@ -1,0 +1,122 @@
+#include <gmock/gmock.h>
+
+#include "playerx/app/session/QueueWatch.h"
+#include "tests/support/WaitFor.h"
+#include "tests/unit/app/FakeSession.h"
+
+namespace playerx::session {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Kind = QueueEvent::Kind;
+
+/// A watch whose servers answer with "not found".
+class QueueWatchTest : public testing::Test {
+ protected:
+  QueueWatch& watch() {
+    if (!watch_) {
+      watch_.emplace(
+          fake_.session(), [] {},
+          [](const std::string& address, const std::stop_token&) {
+            return reasons::ProbeResult{address, {}, "", 404, 5};
+          },
+          [this](const QueueEvent& event) { events_.push_back(event); });
+    }
+    return *watch_;
+  }
+
+  std::vector<Kind> kinds() const {
+    std::vector<Kind> list;
+    for (const QueueEvent& event : events_) list.push_back(event.kind);
+    return list;
+  }
+
+  FakeSession fake_;
+  std::vector<QueueEvent> events_;
+  std::optional<QueueWatch> watch_;
+};
+
+TEST_F(QueueWatchTest, WhatWasThereBeforeIsNotTold) {
+  fake_.module.put("http://h/a.avi");
+  watch().update();
+  EXPECT_THAT(events_, IsEmpty());
+  EXPECT_EQ(watch().queue().size(), 1u);
+}
+
+TEST_F(QueueWatchTest, EveryStepOfAFilmIsTold) {
+  watch();
+  DownloadItem& film = fake_.module.put("http://h/a.avi");
+  watch().update();
+  film.setStatus(DownloadStatusDownloading);
+  watch().update();
+  EXPECT_FALSE(watch().isIdle());
+  film.setStatus(DownloadStatusCompleted);
+  watch().update();
+  EXPECT_TRUE(watch().isIdle());
+  EXPECT_THAT(kinds(), ElementsAre(Kind::kAdded, Kind::kChanged, Kind::kFinished));
+}
+
+TEST_F(QueueWatchTest, AFailureIsToldWithItsReason) {
+  DownloadItem& film = fake_.module.put("http://h/a.avi");
+  watch();
+  film.setStatus(DownloadStatusFailed);
+  EXPECT_TRUE(support::waitFor([this] {
+    watch().update();
+    return watch().isIdle();
+  }));
+  ASSERT_THAT(kinds(), ElementsAre(Kind::kFailed));
+  EXPECT_EQ(events_[0].reason.code(), "http_404");
+}
+
+TEST_F(QueueWatchTest, ARemovedItemIsTold) {
+  fake_.module.put("http://h/a.avi");
+  watch();
+  fake_.module.drop(0);
+  watch().update();
+  ASSERT_THAT(kinds(), ElementsAre(Kind::kRemoved));
+  EXPECT_EQ(events_[0].item.url, "http://h/a.avi");
+}
+
+TEST_F(QueueWatchTest, WhatArrivesIsMeasured) {
+  fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
+  fake_.reports.isThere = true;
+  fake_.session().start();
+  watch().measure();
+  EXPECT_THAT(kinds(), ElementsAre(Kind::kChanged));
+}
+
+TEST_F(QueueWatchTest, WhatPlugInsSayIsPassedOn) {
+  watch();
+  const auto messages = KPIM::load<UserMessages>(&fake_.session().plugins(), kUserMessagesId);
+  messages->get()->tellUser("Hello.");
+  watch().update();
+  ASSERT_THAT(kinds(), ElementsAre(Kind::kNote));
+  EXPECT_EQ(events_[0].sentence, "Hello.");
+}
+
+TEST_F(QueueWatchTest, AFilmIsPlayedOnceAsSoonAsEnoughOfItIsThere) {
+  fake_.module.answerPlay(true);
+  DownloadItem& film = fake_.module.put("http://h/a.avi");
+  watch().playWhenReady(film.getId());
+  film.setStatus(DownloadStatusDownloading);
+  watch().update();
+  EXPECT_THAT(fake_.log.lines("manager.play"), IsEmpty());
+  film.setReadyForProgressivePlayback(true);
+  watch().update();
+  film.setStatus(DownloadStatusCompleted);
+  watch().update();
+  EXPECT_EQ(fake_.log.lines("manager.play").size(), 1u);
+}
+
+TEST_F(QueueWatchTest, APlayerThatDoesNotStartIsSaid) {
+  fake_.module.answerPlay(false);
+  DownloadItem& film = fake_.module.put("http://h/a.avi", DownloadStatusCompleted);
+  watch().playWhenReady(film.getId());
+  ASSERT_THAT(kinds(), ElementsAre(Kind::kNote));
+  EXPECT_THAT(events_[0].sentence, HasSubstr("No player could be started"));
+}
+
+}  // namespace
+}  // namespace playerx::session
