@@ -1,0 +1,307 @@
+#include "playerx/app/door/Protocol.h"
+
+#include <nlohmann/json.hpp>
+#include <utility>
+
+namespace playerx::session {
+
+using Json = nlohmann::ordered_json;
+
+NLOHMANN_JSON_SERIALIZE_ENUM(Request::Action, {{Request::Action::kList, "list"},
+                                               {Request::Action::kWatch, "watch"},
+                                               {Request::Action::kAdd, "add"},
+                                               {Request::Action::kRemove, "remove"},
+                                               {Request::Action::kRetry, "retry"},
+                                               {Request::Action::kMove, "move"},
+                                               {Request::Action::kPause, "pause"},
+                                               {Request::Action::kResume, "resume"},
+                                               {Request::Action::kClear, "clear"}})
+
+NLOHMANN_JSON_SERIALIZE_ENUM(Request::Direction, {{Request::Direction::kUp, "up"},
+                                                  {Request::Direction::kDown, "down"},
+                                                  {Request::Direction::kTop, "top"},
+                                                  {Request::Direction::kBottom, "bottom"}})
+
+NLOHMANN_JSON_SERIALIZE_ENUM(Reply::Outcome, {{Reply::Outcome::kDone, "done"},
+                                              {Reply::Outcome::kFailed, "failed"},
+                                              {Reply::Outcome::kWrongUse, "wrong_use"}})
+
+NLOHMANN_JSON_SERIALIZE_ENUM(QueueEvent::Kind, {{QueueEvent::Kind::kAdded, "added"},
+                                                {QueueEvent::Kind::kChanged, "changed"},
+                                                {QueueEvent::Kind::kFinished, "finished"},
+                                                {QueueEvent::Kind::kFailed, "failed"},
+                                                {QueueEvent::Kind::kRemoved, "removed"},
+                                                {QueueEvent::Kind::kNote, "note"}})
+
+}  // namespace playerx::session
+
+namespace playerx::door {
+
+using model::ItemState;
+using reasons::Explanation;
+using session::QueueEvent;
+using session::Refusal;
+using session::Reply;
+using session::Request;
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+QByteArray lineOf(const Json& object) {
+  return QByteArray::fromStdString(object.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+/// The object that a line holds; any other value for a line that holds none.
+Json objectOf(const QByteArray& line) {
+  Json value = Json::parse(line.begin(), line.end(), nullptr, false);
+  return value.is_object() ? value : Json();
+}
+
+/// Reads members of an object, and notes when one has another type.
+class Members {
+ public:
+  explicit Members(const Json& object) : object_(object), isGood_(object.is_object()) {}
+
+  bool isGood() const { return isGood_; }
+  bool has(const char* name) const { return object_.is_object() && object_.contains(name); }
+
+  void take(const char* name, std::string& text) {
+    if (const Json* const value = find(name, &Json::is_string)) text = value->get<std::string>();
+  }
+
+  void take(const char* name, bool& flag) {
+    if (const Json* const value = find(name, &Json::is_boolean)) flag = value->get<bool>();
+  }
+
+  template <class Number>
+  requires std::is_integral_v<Number>
+  void take(const char* name, Number& number) {
+    const Json* const value = find(name, &Json::is_number_integer);
+    if (value == nullptr) return;
+    const bool fits = value->is_number_unsigned()
+                          ? std::in_range<Number>(value->get<std::uint64_t>())
+                          : std::in_range<Number>(value->get<std::int64_t>());
+    if (fits) number = value->get<Number>();
+    isGood_ = isGood_ && fits;
+  }
+
+  /// A value that is written as one of several words.
+  template <class Enum>
+  requires std::is_enum_v<Enum>
+  void take(const char* name, Enum& value) {
+    const Json* const word = find(name, &Json::is_string);
+    if (word == nullptr) return;
+    value = word->get<Enum>();
+    // An unknown word is read as the first value.
+    isGood_ = isGood_ && Json(value) == *word;
+  }
+
+  template <class Element, class Read>
+  void takeEach(const char* name, std::vector<Element>& elements, Read read) {
+    const Json* const array = find(name, &Json::is_array);
+    if (array == nullptr) return;
+    for (const Json& each : *array) {
+      const std::optional<Element> element = read(each);
+      if (element) elements.push_back(*element);
+      isGood_ = isGood_ && element.has_value();
+    }
+  }
+
+  const Json& at(const char* name) const { return object_.at(name); }
+  void fail() { isGood_ = false; }
+
+ private:
+  const Json* find(const char* name, bool (Json::*isRight)() const noexcept) {
+    if (!has(name)) return nullptr;
+    const Json& value = object_.at(name);
+    if ((value.*isRight)()) return &value;
+    isGood_ = false;
+    return nullptr;
+  }
+
+  const Json& object_;
+  bool isGood_;
+};
+
+Json jsonOf(const ItemState& item) {
+  return {{"id", item.id},
+          {"title", item.title},
+          {"provider", item.provider},
+          {"url", item.url},
+          {"path", item.path},
+          {"status", model::statusWord(item.status)},
+          {"percent", item.percent},
+          {"size", item.size},
+          {"secondsRemaining", item.secondsRemaining},
+          {"playable", item.playable}};
+}
+
+std::optional<DownloadStatusEnumType> statusOf(const std::string& word) {
+  for (int value = DownloadStatusPaused; value <= DownloadStatusHeld; ++value) {
+    const auto status = static_cast<DownloadStatusEnumType>(value);
+    if (word == model::statusWord(status)) return status;
+  }
+  return std::nullopt;
+}
+
+std::optional<ItemState> itemOf(const Json& object) {
+  Members members(object);
+  ItemState item;
+  std::string status;
+  members.take("id", item.id);
+  members.take("title", item.title);
+  members.take("provider", item.provider);
+  members.take("url", item.url);
+  members.take("path", item.path);
+  members.take("status", status);
+  members.take("percent", item.percent);
+  members.take("size", item.size);
+  members.take("secondsRemaining", item.secondsRemaining);
+  members.take("playable", item.playable);
+  const auto known = statusOf(status);
+  if (!members.isGood() || !known) return std::nullopt;
+  item.status = *known;
+  return item;
+}
+
+Json jsonOf(const Explanation& reason) {
+  return {{"number", static_cast<std::int32_t>(reason.reason)},
+          {"code", reason.code()},
+          {"happened", reason.happened},
+          {"advice", reason.advice}};
+}
+
+std::optional<Explanation> explanationOf(const Json& object) {
+  Members members(object);
+  Explanation reason;
+  std::int32_t number = 0;
+  members.take("number", number);
+  members.take("happened", reason.happened);
+  members.take("advice", reason.advice);
+  if (!members.isGood()) return std::nullopt;
+  reason.reason = static_cast<reasons::Reason>(number);
+  return reason;
+}
+
+std::optional<Refusal> refusalOf(const Json& object) {
+  Members members(object);
+  Refusal refusal;
+  members.take("input", refusal.input);
+  if (!members.isGood() || !members.has("reason")) return std::nullopt;
+  const auto reason = explanationOf(members.at("reason"));
+  if (!reason) return std::nullopt;
+  refusal.reason = *reason;
+  return refusal;
+}
+
+std::optional<std::string> textOf(const Json& value) {
+  return value.is_string() ? std::optional(value.get<std::string>()) : std::nullopt;
+}
+
+std::optional<Reply> replyOf(Members members) {
+  Reply reply;
+  members.take("reply", reply.outcome);
+  members.takeEach("notes", reply.notes, textOf);
+  members.takeEach("refused", reply.refused, refusalOf);
+  members.takeEach("items", reply.items, itemOf);
+  return members.isGood() ? std::optional(reply) : std::nullopt;
+}
+
+std::optional<QueueEvent> eventOf(Members members) {
+  QueueEvent event;
+  members.take("event", event.kind);
+  members.take("bytesPerSecond", event.bytesPerSecond);
+  members.take("sentence", event.sentence);
+  if (members.has("item")) {
+    const auto item = itemOf(members.at("item"));
+    item ? void(event.item = *item) : members.fail();
+  }
+  if (members.has("reason")) {
+    const auto reason = explanationOf(members.at("reason"));
+    reason ? void(event.reason = *reason) : members.fail();
+  }
+  return members.isGood() ? std::optional(event) : std::nullopt;
+}
+
+}  // namespace
+
+QByteArray write(const Greeting& greeting) {
+  return lineOf({{"queue", "playerx"},
+                 {"protocol", greeting.protocol},
+                 {"version", greeting.version},
+                 {"pid", greeting.pid}});
+}
+
+QByteArray write(const Request& request) {
+  static const Request kUsual;
+  Json object{{"action", request.action}};
+  if (request.id) object["id"] = *request.id;
+  if (request.position != kUsual.position) object["position"] = request.position;
+  if (!request.inputs.empty()) object["inputs"] = request.inputs;
+  if (!request.name.empty()) object["name"] = request.name;
+  if (request.starts != kUsual.starts) object["starts"] = request.starts;
+  if (request.again) object["again"] = true;
+  if (request.plays) object["plays"] = true;
+  if (request.action == Request::Action::kMove) object["direction"] = request.direction;
+  if (request.withFilm) object["withFilm"] = true;
+  return lineOf(object);
+}
+
+QByteArray write(const Reply& reply) {
+  Json object{{"reply", reply.outcome}};
+  if (!reply.notes.empty()) object["notes"] = reply.notes;
+  for (const Refusal& refusal : reply.refused) {
+    object["refused"].push_back({{"input", refusal.input}, {"reason", jsonOf(refusal.reason)}});
+  }
+  for (const ItemState& item : reply.items) object["items"].push_back(jsonOf(item));
+  return lineOf(object);
+}
+
+QByteArray write(const QueueEvent& event) {
+  Json object{{"event", event.kind}};
+  if (event.kind != QueueEvent::Kind::kNote) object["item"] = jsonOf(event.item);
+  if (event.kind == QueueEvent::Kind::kChanged) object["bytesPerSecond"] = event.bytesPerSecond;
+  if (!event.sentence.empty()) object["sentence"] = event.sentence;
+  if (event.kind == QueueEvent::Kind::kFailed) object["reason"] = jsonOf(event.reason);
+  return lineOf(object);
+}
+
+std::optional<Greeting> readGreeting(const QByteArray& line) {
+  const Json object = objectOf(line);
+  Members members(object);
+  std::string queue;
+  Greeting greeting;
+  members.take("queue", queue);
+  members.take("protocol", greeting.protocol);
+  members.take("version", greeting.version);
+  members.take("pid", greeting.pid);
+  return members.isGood() && queue == "playerx" ? std::optional(greeting) : std::nullopt;
+}
+
+std::optional<Request> readRequest(const QByteArray& line) {
+  const Json object = objectOf(line);
+  Members members(object);
+  Request request;
+  members.take("action", request.action);
+  if (members.has("id")) members.take("id", request.id.emplace());
+  members.take("position", request.position);
+  members.takeEach("inputs", request.inputs, textOf);
+  members.take("name", request.name);
+  members.take("starts", request.starts);
+  members.take("again", request.again);
+  members.take("plays", request.plays);
+  members.take("direction", request.direction);
+  members.take("withFilm", request.withFilm);
+  return members.isGood() && members.has("action") ? std::optional(request) : std::nullopt;
+}
+
+std::optional<Answer> readAnswer(const QByteArray& line) {
+  const Json object = objectOf(line);
+  const Members members(object);
+  if (members.has("reply")) return replyOf(members);
+  if (members.has("event")) return eventOf(members);
+  return std::nullopt;
+}
+
+}  // namespace playerx::door

@@ -1,0 +1,63 @@
+#include "playerx/app/door/QueueClient.h"
+
+#include <QDeadlineTimer>
+
+#include "playerx/app/door/DoorPath.h"
+
+namespace playerx::door {
+
+using session::Reply;
+
+namespace {
+
+constexpr char kGone[] = "The player that held the queue has ended.";
+constexpr char kNotUnderstood[] =
+    "What the player that holds the queue says is not understood; close it, then try again.";
+constexpr char kSilent[] =
+    "The player that holds the queue does not answer; it may be stopped: continue or close it.";
+
+std::string problemOf(const Greeting& greeting) {
+  if (greeting.protocol == kProtocol) return {};
+  return "The queue is held by another version of the player (" + greeting.version + ", process " +
+         std::to_string(greeting.pid) + "); close it, or use that version.";
+}
+
+}  // namespace
+
+QueueClient::Met QueueClient::connect(const std::string& dataFolder,
+                                      std::chrono::milliseconds longest) {
+  const std::optional<QByteArray> line = door_.connect(doorPath(dataFolder), longest);
+  if (!line && !door_.isConnected()) return Met::kNobody;
+  if (line) {
+    const std::optional<Greeting> greeting = readGreeting(*line);
+    problem_ = greeting ? problemOf(*greeting) : kNotUnderstood;
+  } else {
+    problem_ = kSilent;
+  }
+  return problem_.empty() ? Met::kQueue : Met::kStranger;
+}
+
+std::optional<Answer> QueueClient::receive(std::chrono::milliseconds longest) {
+  const std::optional<QByteArray> line = door_.receive(longest);
+  if (!line) {
+    if (!door_.isConnected()) problem_ = kGone;
+    return std::nullopt;
+  }
+  const std::optional<Answer> answer = readAnswer(*line);
+  if (!answer) problem_ = kNotUnderstood;
+  return answer;
+}
+
+std::optional<Reply> QueueClient::ask(const session::Request& request,
+                                      std::chrono::milliseconds longest) {
+  const QDeadlineTimer deadline(longest);
+  if (!send(request)) problem_ = kGone;
+  while (problem_.empty() && !deadline.hasExpired()) {
+    const auto answer = receive(std::chrono::milliseconds(deadline.remainingTime()));
+    if (answer && std::holds_alternative<Reply>(*answer)) return std::get<Reply>(*answer);
+  }
+  if (problem_.empty()) problem_ = kSilent;
+  return std::nullopt;
+}
+
+}  // namespace playerx::door

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "playerx/app/door/DoorClient.h"
+#include "playerx/app/door/Protocol.h"
+
+namespace playerx::door {
+
+/// The queue of another process. Used by one thread; needs no event loop.
+class QueueClient {
+ public:
+  enum class Met {
+    kQueue,     ///< requests may be sent
+    kNobody,    ///< nobody serves the queue
+    kStranger,  ///< somebody does, with whom this program cannot talk: `problem` says why
+  };
+
+  /// Looks for the process that holds the queue of this folder, `longest` at most. Once.
+  Met connect(const std::string& dataFolder, std::chrono::milliseconds longest);
+
+  /// Sends a request; its reply is among the answers. False when the other end has gone.
+  bool send(const session::Request& request) { return door_.send(write(request)); }
+
+  /// The next answer; waits for it up to `longest`. Nullopt when none has come or none will: then
+  /// `problem` says why.
+  std::optional<Answer> receive(std::chrono::milliseconds longest);
+
+  /// Sends a request and waits for its reply, `longest` at most; what happens to the queue
+  /// meanwhile is not told. Nullopt without one: `problem` says why.
+  std::optional<session::Reply> ask(const session::Request& request,
+                                    std::chrono::milliseconds longest);
+
+  /// One sentence on why no more answers will come; empty while they may.
+  const std::string& problem() const { return problem_; }
+
+  /// Whether the other end has ended, rather than being one that cannot be talked with.
+  bool hasGone() const { return !door_.isConnected(); }
+
+  /// As that of `DoorClient`.
+  int descriptor() const { return door_.descriptor(); }
+
+ private:
+  DoorClient door_;
+  std::string problem_;
+};
+
+}  // namespace playerx::door

@@ -1,0 +1,37 @@
+#include "playerx/app/door/QueueOpening.h"
+
+#include <QDeadlineTimer>
+
+namespace playerx::door {
+
+using Access = session::PlayerSession::Access;
+using Met = QueueClient::Met;
+using Where = OpenedQueue::Where;
+
+namespace {
+
+/// Between two attempts.
+constexpr std::chrono::milliseconds kPause(20);
+
+/// How long a process that has the queue may take for its greeting.
+constexpr std::chrono::seconds kLongestGreeting(3);
+
+}  // namespace
+
+OpenedQueue openQueue(session::PlayerSession& session, std::chrono::milliseconds longest,
+                      const std::function<bool(std::chrono::milliseconds)>& rest) {
+  const QDeadlineTimer deadline(longest);
+  for (;;) {
+    const std::string problem = session.open(Access::kChange);
+    if (problem.empty()) return {Where::kHere};
+    if (!session.isTaken()) return {Where::kNowhere, nullptr, problem};
+    auto client = std::make_unique<QueueClient>();
+    const Met met = client->connect(session.places().data, kLongestGreeting);
+    if (met == Met::kQueue) return {Where::kThere, std::move(client)};
+    if (met == Met::kStranger) return {Where::kNowhere, nullptr, client->problem()};
+    if (deadline.hasExpired()) return {Where::kNowhere, nullptr, problem};
+    if (!rest(kPause)) return {};
+  }
+}
+
+}  // namespace playerx::door

@@ -1,0 +1,51 @@
+#include "playerx/app/door/QueueServer.h"
+
+#include <QCoreApplication>
+#include <utility>
+
+#include "playerx/app/door/DoorPath.h"
+#include "playerx/app/door/Protocol.h"
+
+namespace playerx::door {
+
+using session::Reply;
+using session::Request;
+
+namespace {
+
+QByteArray greeting() {
+  return write(Greeting{.version = QCoreApplication::applicationVersion().toStdString(),
+                        .pid = QCoreApplication::applicationPid()});
+}
+
+}  // namespace
+
+QueueServer::QueueServer(session::QueueService& service, std::function<void()> wake)
+    : service_(service), door_(greeting(), std::move(wake)) {}
+
+std::string QueueServer::listen(const std::string& dataFolder) {
+  return door_.listen(doorPath(dataFolder));
+}
+
+void QueueServer::answerRequests() {
+  for (const DoorServer::Line& line : door_.takeLines()) {
+    door_.send(line.visitor, write(answer(line)));
+  }
+}
+
+void QueueServer::publish(const session::QueueEvent& event) {
+  std::erase_if(watchers_, [this](DoorServer::Visitor each) { return !door_.isThere(each); });
+  if (watchers_.empty()) return;
+  const QByteArray line = write(event);
+  for (const DoorServer::Visitor watcher : watchers_) door_.send(watcher, line);
+}
+
+Reply QueueServer::answer(const DoorServer::Line& line) {
+  const std::optional<Request> request = readRequest(line.text);
+  if (!request) return {Reply::Outcome::kFailed, {"The request was not understood."}};
+  Reply reply = service_.handle(*request);
+  if (request->action == Request::Action::kWatch) watchers_.insert(line.visitor);
+  return reply;
+}
+
+}  // namespace playerx::door

@@ -1,0 +1,125 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "playerx/app/door/Protocol.h"
+
+namespace playerx::door {
+namespace {
+
+using session::QueueEvent;
+using session::Reply;
+using session::Request;
+
+model::ItemState film() {
+  model::ItemState item;
+  item.id = 4'000'000'000;
+  item.title = "Grüße \"\n";
+  item.provider = "h";
+  item.url = "http://h/a.avi";
+  item.path = "/films/a.avi";
+  item.status = DownloadStatusDownloading;
+  item.percent = 12;
+  item.size = 1ULL << 60;
+  item.secondsRemaining = 7;
+  item.playable = true;
+  return item;
+}
+
+template <class T>
+void expectSameAfterTheSocket(const T& message) {
+  const QByteArray line = write(message);
+  EXPECT_FALSE(line.contains('\n'));
+  const auto answer = readAnswer(line);
+  ASSERT_TRUE(answer && std::holds_alternative<T>(*answer)) << line.toStdString();
+  EXPECT_EQ(std::get<T>(*answer), message) << line.toStdString();
+}
+
+TEST(ProtocolTest, AGreetingComesBackAsItWent) {
+  const Greeting greeting{.protocol = 3, .version = "1.2", .pid = 77};
+  EXPECT_EQ(readGreeting(write(greeting)), greeting);
+}
+
+TEST(ProtocolTest, ARequestComesBackAsItWent) {
+  EXPECT_EQ(readRequest(write(Request{})), Request{});
+  const Request request{.action = Request::Action::kMove,
+                        .id = 9,
+                        .position = 2,
+                        .inputs = {"http://h/a.avi", "/b.tix"},
+                        .name = "c.avi",
+                        .starts = false,
+                        .again = true,
+                        .plays = true,
+                        .direction = Request::Direction::kBottom,
+                        .withFilm = true};
+  EXPECT_EQ(readRequest(write(request)), request);
+}
+
+TEST(ProtocolTest, AnAnswerComesBackAsItWent) {
+  const reasons::Explanation reason = reasons::explain(reasons::Reason::kUnsupportedType);
+  expectSameAfterTheSocket(Reply{});
+  expectSameAfterTheSocket(
+      Reply{Reply::Outcome::kWrongUse, {"One."}, {{"http://h/a.mp4", reason}}, {film()}});
+  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kChanged, film(), 5000});
+  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFinished, film(), 0, "It is odd."});
+  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFailed, film(), 0, "", reason});
+  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kNote, {}, 0, "Hello."});
+}
+
+TEST(ProtocolTest, TextThatIsNotUtf8IsReplaced) {
+  const auto request = readRequest(write(Request{.inputs = {"a\xff"}}));
+  ASSERT_TRUE(request);
+  EXPECT_EQ(request->inputs[0], "a\xEF\xBF\xBD");
+}
+
+TEST(ProtocolTest, WhatIsNoMessageIsNotRead) {
+  for (const char* line : {"",
+                           "garbage",
+                           "{",
+                           "[]",
+                           "7",
+                           "{}",
+                           "{\"action\":\"dance\"}",
+                           "{\"action\":7}",
+                           "{\"action\":\"list\",\"position\":\"x\"}",
+                           "{\"action\":\"list\",\"position\":1e40}",
+                           "{\"action\":\"list\",\"position\":99999999999}",
+                           "{\"action\":\"remove\",\"id\":-1}",
+                           "{\"action\":\"add\",\"inputs\":\"x\"}",
+                           "{\"action\":\"add\",\"inputs\":[7]}",
+                           "{\"action\":\"add\",\"again\":1}",
+                           "{\"reply\":\"yes\"}",
+                           "{\"event\":\"boom\"}",
+                           "{\"event\":\"changed\",\"item\":{\"status\":\"lost\"}}",
+                           "{\"event\":\"failed\",\"reason\":1}",
+                           "{\"reply\":\"done\",\"refused\":[{}]}",
+                           "{\"queue\":\"other\"}"}) {
+    EXPECT_FALSE(readRequest(line)) << line;
+    EXPECT_FALSE(readAnswer(line)) << line;
+    EXPECT_FALSE(readGreeting(line)) << line;
+  }
+}
+
+TEST(ProtocolTest, DeepNestingIsNoMessage) {
+  EXPECT_FALSE(readRequest(QByteArray(1'000'000, '[')));
+}
+
+TEST(ProtocolTest, MembersOfLaterVersionsAreIgnored) {
+  EXPECT_TRUE(readRequest("{\"action\":\"list\",\"color\":\"blue\"}"));
+}
+
+/// Each example of the document is a message of the kind that its line begins with.
+TEST(ProtocolTest, TheExamplesOfTheDocumentAreMessages) {
+  std::ifstream document(SOURCES_OF_THE_PLAYER "/docs/queue-protocol.md");
+  int examples = 0;
+  for (std::string line; std::getline(document, line);) {
+    if (!line.starts_with("{\"")) continue;
+    const QByteArray text = QByteArray::fromStdString(line);
+    EXPECT_TRUE(readGreeting(text) || readRequest(text) || readAnswer(text)) << line;
+    ++examples;
+  }
+  EXPECT_GE(examples, 10);
+}
+
+}  // namespace
+}  // namespace playerx::door
