@@ -55,7 +55,7 @@ int runExplainCommand(const Options& options, KPIM::Context& plugins, const reas
       KPIM::load<VeskPlayerX::ZPSServicesInterface>(&plugins, VeskPlayerX::DIN_ZPSServices);
   VeskPlayerX::ZPSServicesInterface* const reader = services ? services->get() : nullptr;
   int status = kExitDone;
-  for (const std::string& ticket : options.inputs) {
+  for (const std::string& ticket : options.request.inputs) {
     bool namesSomething = false;
     for (const TicketFinding& finding : inputs::examineTicket(ticket, reader, probe)) {
       namesSomething = namesSomething || finding.isFilm;

@@ -6,9 +6,14 @@
 #include <iostream>
 #include <map>
 
+#include "playerx/app/inputs/Input.h"
+#include "playerx/cli/Suggestion.h"
 #include "playerx/cli/TerminalText.h"
 
 namespace playerx::cli {
+
+using session::Request;
+using Action = Request::Action;
 
 namespace {
 
@@ -27,15 +32,8 @@ void addGlobalOptions(CLI::App& app, Options& options) {
       ->check(CLI::ExistingDirectory);
   app.add_flag("--diagnostics", options.diagnostics,
                "Print the module's own diagnostics on standard error");
+  app.add_flag("-q,--quiet", options.quiet, "Print failures and sentences alone, no progress");
   app.add_flag("--json", options.json, "One JSON object per line on standard output");
-}
-
-void addGet(CLI::App& app, Options& options) {
-  CLI::App* get = app.add_subcommand("get", "Add films, then download until nothing is left");
-  get->add_option("input", options.inputs, "Addresses (http, https) or ticket files (.tix)");
-  get->add_flag("--play", options.play, "Play each film as soon as enough of it is there");
-  get->add_option("--player", options.session.player, "Program that plays; mpv unless told");
-  get->callback([&options] { options.command = Options::kGet; });
 }
 
 [[noreturn]] void complain(const std::string& sentence) { throw CLI::ValidationError(sentence); }
@@ -49,15 +47,43 @@ int positionOf(const std::string& text) {
            "\" is no position; give a whole number from 1 on, as `list` prints it.");
 }
 
-Options::Direction directionOf(const std::string& text) {
-  static const std::map<std::string, Options::Direction> kDirections = {
-      {"up", Options::kUp},
-      {"down", Options::kDown},
-      {"top", Options::kTop},
-      {"bottom", Options::kBottom}};
+Request::Direction directionOf(const std::string& text) {
+  using enum Request::Direction;
+  static const std::map<std::string, Request::Direction> kDirections = {
+      {"up", kUp}, {"down", kDown}, {"top", kTop}, {"bottom", kBottom}};
   const auto found = kDirections.find(text);
   if (found != kDirections.end()) return found->second;
   complain("\"" + printable(text) + "\" is no direction; give up, down, top or bottom.");
+}
+
+std::string nameOf(const std::string& text) {
+  const bool isName =
+      !text.empty() && text != "." && text != ".." && text.find('/') == std::string::npos;
+  if (isName) return text;
+  complain("\"" + printable(text) + "\" is no file name; --media chooses the folder.");
+}
+
+/// Arguments and options of the commands that add films.
+void addInputs(CLI::App& command, Options& options) {
+  command.add_option("input", options.request.inputs,
+                     "Addresses (http, https) or ticket files (.tix)");
+  command.add_option("-i,--input-file", options.inputFile,
+                     "List of more of them, one a line; - for standard input");
+  command.add_option_function<std::string>(
+      "-o,--output", [&options](const std::string& text) { options.request.name = nameOf(text); },
+      "File name of the film, for one address");
+  command.add_flag("--again", options.request.again, "Fetch anew what is there already");
+}
+
+void addGet(CLI::App& app, Options& options) {
+  CLI::App* get = app.add_subcommand("get", "Add films, then download until nothing is left");
+  addInputs(*get, options);
+  get->add_flag("--play", options.request.plays, "Play each film as soon as enough of it is there");
+  get->add_option("--player", options.session.player, "Program that plays; mpv unless told");
+  get->callback([&options] {
+    options.command = Options::kGet;
+    options.request.action = Action::kAdd;
+  });
 }
 
 /// A required argument; `take` reads it.
@@ -66,40 +92,85 @@ void addArgument(CLI::App& command, const char* name, const char* help,
   command.add_option_function<std::string>(name, take, help)->required();
 }
 
-void addPositioned(CLI::App& app, Options& options, const char* name, const char* help,
-                   Options::Command command) {
-  CLI::App* sub = app.add_subcommand(name, help);
-  addArgument(*sub, "N", "Position as `list` prints it",
-              [&options](const std::string& text) { options.position = positionOf(text); });
-  sub->callback([&options, command] { options.command = command; });
-  if (command != Options::kMove) return;
-  addArgument(*sub, "direction", "up, down, top or bottom",
-              [&options](const std::string& text) { options.direction = directionOf(text); });
+/// A command that is a request to the queue.
+CLI::App* addRequest(CLI::App& app, Options& options, const char* name, const char* help,
+                     Action action) {
+  CLI::App* const sub = app.add_subcommand(name, help);
+  sub->callback([&options, action] {
+    options.command = Options::kRequest;
+    options.request.action = action;
+  });
+  return sub;
+}
+
+/// The position of the item that a request is about.
+void addPosition(CLI::App& command, Options& options) {
+  addArgument(command, "N", "Position as `list` prints it",
+              [&options](const std::string& text) { options.request.position = positionOf(text); });
+}
+
+/// A position, or all items.
+CLI::Option* addPositionOrAll(CLI::App& command, Options& options) {
+  return command.add_option_function<std::string>(
+      "N",
+      [&options](const std::string& text) {
+        options.request.position = text == "all" ? 0 : positionOf(text);
+      },
+      "Position as `list` prints it, or all");
+}
+
+void addEdits(CLI::App& app, Options& options) {
+  CLI::App* const remove =
+      addRequest(app, options, "remove", "Take an item out of the queue", Action::kRemove);
+  addPosition(*remove, options);
+  remove->add_flag("--with-film", options.request.withFilm, "Delete its film too");
+  CLI::App* const retry =
+      addRequest(app, options, "retry", "Queue a failed item again", Action::kRetry);
+  addPositionOrAll(*retry, options)->required();
+  CLI::App* const move = addRequest(app, options, "move", "Move an item", Action::kMove);
+  addPosition(*move, options);
+  addArgument(*move, "direction", "up, down, top or bottom", [&options](const std::string& text) {
+    options.request.direction = directionOf(text);
+  });
 }
 
 void addQueueCommands(CLI::App& app, Options& options) {
-  app.add_subcommand("list", "Print the queue and leave it as it is")->callback([&options] {
-    options.command = Options::kList;
-  });
-  addPositioned(app, options, "remove", "Take an item out of the queue", Options::kRemove);
-  addPositioned(app, options, "retry", "Queue a failed item again", Options::kRetry);
-  addPositioned(app, options, "move", "Move an item", Options::kMove);
-  app.add_subcommand("clear", "Take all completed items out of the queue")->callback([&options] {
-    options.command = Options::kClear;
-  });
+  CLI::App* const add =
+      addRequest(app, options, "add", "Add films to the queue without starting", Action::kAdd);
+  addInputs(*add, options);
+  add->parse_complete_callback([&options] { options.request.starts = false; });
+  addRequest(app, options, "list", "Print the queue and leave it as it is", Action::kList);
+  addRequest(app, options, "watch", "Show what another player downloads", Action::kWatch);
+  addEdits(app, options);
+  addPositionOrAll(
+      *addRequest(app, options, "pause", "Let the queue or an item wait", Action::kPause), options);
+  addPositionOrAll(
+      *addRequest(app, options, "resume", "Let the queue or an item go on", Action::kResume),
+      options);
+  addRequest(app, options, "clear", "Take all completed items out of the queue", Action::kClear);
+}
+
+void addExplain(CLI::App& app, Options& options) {
   CLI::App* explain = app.add_subcommand("explain", "Say what a ticket would download");
-  explain->add_option("ticket", options.inputs, "Ticket files (.tix)")->required();
+  explain->add_option("ticket", options.request.inputs, "Ticket files (.tix)")->required();
   explain->callback([&options] { options.command = Options::kExplain; });
 }
 
-std::string commandsOf(const CLI::App& app) {
-  std::string names;
+std::vector<std::string> commandNames(const CLI::App& app) {
+  std::vector<std::string> names;
   const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
-  for (const CLI::App* command : commands) {
-    if (!names.empty()) names += command == commands.back() ? " and " : ", ";
-    names += command->get_name();
-  }
+  for (const CLI::App* command : commands) names.push_back(command->get_name());
   return names;
+}
+
+std::string commandsOf(const CLI::App& app) {
+  std::string list;
+  const std::vector<std::string> names = commandNames(app);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (i > 0) list += i + 1 == names.size() ? " and " : ", ";
+    list += names[i];
+  }
+  return list;
 }
 
 /// One plain sentence on an option without its value or a command without its argument; empty for
@@ -116,25 +187,64 @@ std::string complaintOfMissing(const CLI::App& app, const CLI::ParseError& error
          "\" is missing; `playerx-cli " + commands.back()->get_name() + " --help` shows the usage.";
 }
 
+/// The names of all options of the program and of the command that was given.
+std::vector<std::string> optionsOf(const CLI::App& app) {
+  std::vector<std::string> names;
+  std::vector<const CLI::App*> sources = {&app};
+  for (const CLI::App* command : app.get_subcommands()) sources.push_back(command);
+  for (const CLI::App* source : sources) {
+    for (const CLI::Option* option : source->get_options()) {
+      for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    }
+  }
+  return names;
+}
+
+/// The end of a complaint: the name that was probably meant, or else where all are.
+std::string advice(const std::string& typed, const std::vector<std::string>& names,
+                   const std::string& all) {
+  const std::string nearest = nearestTo(typed, names);
+  return nearest.empty() ? "; " + all + "." : "; did you mean \"" + nearest + "\"?";
+}
+
+/// One plain sentence on the first word that could not be read.
+std::string complaintOfWord(const CLI::App& app, const std::string& typed) {
+  const std::string word = "\"" + printable(typed) + "\"";
+  if (typed.starts_with("-")) {
+    return "There is no option " + word +
+           advice(typed, optionsOf(app), "`playerx-cli --help` names those that there are");
+  }
+  if (app.get_subcommands().empty()) {
+    return "There is no command " + word +
+           advice(typed, commandNames(app), "the commands are " + commandsOf(app));
+  }
+  return "The argument " + word + " is one too many; `playerx-cli --help` shows the usage.";
+}
+
 /// One plain sentence on what is wrong with the arguments.
 std::string complaintOf(const CLI::App& app, const CLI::ParseError& error) {
   const std::string missing = complaintOfMissing(app, error);
   if (!missing.empty()) return missing;
-  const bool isCommandMissing = app.get_subcommands().empty();
   const std::vector<std::string> unknown = app.remaining(true);
   const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
   const bool isTooMuch = code == CLI::ExitCodes::ExtrasError;
-  const bool isTooLittle = code == CLI::ExitCodes::RequiredError && isCommandMissing;
+  const bool isTooLittle = code == CLI::ExitCodes::RequiredError && app.get_subcommands().empty();
   if (!isTooMuch && !isTooLittle) return error.what();
-  if (unknown.empty()) return "A command is missing; the commands are " + commandsOf(app) + ".";
-  const std::string word = "\"" + printable(unknown.front()) + "\"";
-  if (unknown.front().starts_with("-")) {
-    return "There is no option " + word + "; `playerx-cli --help` names those that there are.";
+  if (!unknown.empty()) return complaintOfWord(app, unknown.front());
+  return "A command is missing; the commands are " + commandsOf(app) + ".";
+}
+
+/// What options that are right one by one are wrong about together; empty when nothing is.
+std::string contradictionIn(const Options& options) {
+  const Request& request = options.request;
+  const bool isOne = request.inputs.size() == 1 && options.inputFile.empty() &&
+                     !inputs::isTicketPath(request.inputs.front());
+  if (!request.name.empty() && !isOne) return "The option \"--output\" needs one address, no more.";
+  const bool needsInput = options.command == Options::kRequest && request.action == Action::kAdd;
+  if (needsInput && request.inputs.empty() && options.inputFile.empty()) {
+    return "The argument \"input\" is missing; `playerx-cli add --help` shows the usage.";
   }
-  if (isCommandMissing) {
-    return "There is no command " + word + "; the commands are " + commandsOf(app) + ".";
-  }
-  return "The argument " + word + " is one too many; `playerx-cli --help` shows the usage.";
+  return {};
 }
 
 /// The command that `help NAME` asks about, or the program for `help` alone; null for all other
@@ -157,6 +267,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
   addGlobalOptions(app, options);
   addGet(app, options);
   addQueueCommands(app, options);
+  addExplain(app, options);
   app.set_version_flag("--version", "playerx-cli " PLAYERX_VERSION, "Print the version");
   if (const CLI::App* subject = subjectOfHelp(app, argc, argv)) {
     std::cout << subject->help(subject == &app ? "" : app.get_name()) << std::flush;
@@ -172,7 +283,11 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
     *status = isHelp ? kExitDone : kExitUsage;
     return std::nullopt;
   }
-  return options;
+  const std::string contradiction = contradictionIn(options);
+  if (contradiction.empty()) return options;
+  std::cerr << "playerx-cli: " << contradiction << std::endl;
+  *status = kExitUsage;
+  return std::nullopt;
 }
 
 }  // namespace playerx::cli

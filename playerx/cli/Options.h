@@ -2,25 +2,27 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "playerx/app/session/Places.h"
+#include "playerx/app/session/QueueRequest.h"
 
 namespace playerx::cli {
 
 /// What the command line asks for.
 struct Options {
-  enum Command { kGet, kList, kRemove, kRetry, kMove, kClear, kExplain };
-  enum Direction { kUp, kDown, kTop, kBottom };
+  enum Command {
+    kGet,      ///< carry `request` out, then download until nothing is left
+    kRequest,  ///< carry `request` out
+    kExplain,  ///< say what the tickets among the inputs of `request` would download
+  };
 
   Command command = kGet;
   session::SessionOptions session;
+  session::Request request;
+  std::string inputFile{};  ///< a list of more inputs, "-" for standard input; empty: none
+  bool quiet = false;       ///< print failures and sentences alone
   bool json = false;
   bool diagnostics = false;  ///< show what the module prints for its engineers
-  bool play = false;
-  std::vector<std::string> inputs;  ///< addresses and ticket files
-  int position = 0;                 ///< in the queue, from 1 on
-  Direction direction = kUp;
 };
 
 /// Exit statuses of the program.

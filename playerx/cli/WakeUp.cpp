@@ -33,6 +33,13 @@ void blockInterrupts() {
   pthread_sigmask(SIG_BLOCK, &set, nullptr);
 }
 
+InterruptsAllowed::InterruptsAllowed() {
+  const sigset_t set = interrupts();
+  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+InterruptsAllowed::~InterruptsAllowed() { blockInterrupts(); }
+
 WakeUp::WakeUp() : eventFd_(checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd")) {
   blockInterrupts();
   const sigset_t set = interrupts();
@@ -44,25 +51,21 @@ WakeUp::~WakeUp() {
   close(eventFd_);
 }
 
-void WakeUp::releaseInterrupts() {
-  const sigset_t set = interrupts();
-  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-}
-
 void WakeUp::raise() {
   const std::uint64_t one = 1;
   // Fails only when the counter is full: then the wait ends anyway.
   [[maybe_unused]] const ssize_t written = write(eventFd_, &one, sizeof one);
 }
 
-WakeReason WakeUp::wait(std::chrono::milliseconds timeout) {
-  std::array<pollfd, 2> watched = {{{signalFd_, POLLIN, 0}, {eventFd_, POLLIN, 0}}};
+WakeReason WakeUp::wait(std::chrono::milliseconds timeout, int descriptor) {
+  std::array<pollfd, 3> watched = {
+      {{signalFd_, POLLIN, 0}, {eventFd_, POLLIN, 0}, {descriptor, POLLIN, 0}}};
   poll(watched.data(), watched.size(),
        timeout.count() < 0 ? -1 : static_cast<int>(timeout.count()));
   if (takeInterrupt()) return WakeReason::kInterrupt;
   std::uint64_t count = 0;
   if (read(eventFd_, &count, sizeof count) == sizeof count) return WakeReason::kEvent;
-  return WakeReason::kTimeout;
+  return watched[2].revents != 0 ? WakeReason::kEvent : WakeReason::kTimeout;
 }
 
 WakeReason WakeUp::rest(std::chrono::milliseconds time) {

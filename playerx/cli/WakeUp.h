@@ -11,6 +11,15 @@ enum class WakeReason { kEvent, kInterrupt, kTimeout };
 /// for a `WakeUp` instead of ending the program. Call it first of all.
 void blockInterrupts();
 
+/// While it lives, the signals that `blockInterrupts` blocks end the program as usual.
+class InterruptsAllowed {
+ public:
+  InterruptsAllowed();
+  InterruptsAllowed(const InterruptsAllowed&) = delete;
+  InterruptsAllowed& operator=(const InterruptsAllowed&) = delete;
+  ~InterruptsAllowed();
+};
+
 /// The main thread's one place to wait: for events that other threads raise, for Ctrl-C, or for a
 /// time. While it lives, SIGINT, SIGTERM and SIGHUP are blocked in the thread that built it and in
 /// all threads started from there, and are taken as interrupts. Build it before any thread is
@@ -22,15 +31,12 @@ class WakeUp {
   WakeUp& operator=(const WakeUp&) = delete;
   ~WakeUp();
 
-  /// Lets interrupts end the program as usual from now on, instead of a wait.
-  void releaseInterrupts();
-
   /// Ends the present or the next wait. Any thread.
   void raise();
 
   /// Waits at most `timeout` (negative: no limit) and clears what was raised. An interrupt goes
-  /// before an event. Main thread only.
-  WakeReason wait(std::chrono::milliseconds timeout);
+  /// before an event. A descriptor (-1: none) that can be read is an event too. Main thread only.
+  WakeReason wait(std::chrono::milliseconds timeout, int descriptor = -1);
 
   /// Whether an interrupt has come; each is told once. Main thread only.
   bool takeInterrupt();

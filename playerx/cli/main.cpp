@@ -10,12 +10,13 @@
 
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/cli/ExplainCommand.h"
-#include "playerx/cli/GetCommand.h"
+#include "playerx/cli/InputList.h"
 #include "playerx/cli/Options.h"
-#include "playerx/cli/QueueCommands.h"
+#include "playerx/cli/QueueCommand.h"
 #include "playerx/cli/Reporter.h"
 #include "playerx/cli/SlotQuestion.h"
 #include "playerx/cli/StandardOutput.h"
+#include "playerx/cli/TerminalText.h"
 #include "playerx/cli/WakeUp.h"
 
 namespace playerx::cli {
@@ -32,36 +33,13 @@ int terminalColumns() {
   return size.ws_col == 0 ? kUsualColumns : size.ws_col;
 }
 
-std::unique_ptr<Reporter> makeReporter(bool json, int columns, std::ostream& out) {
-  if (json) return makeJsonReporter(out, std::cerr);
+std::unique_ptr<Reporter> makeReporter(const Options& options, int columns, std::ostream& out) {
+  static std::ostream nothing(nullptr);
+  if (options.json) return makeJsonReporter(out, std::cerr);
+  const bool isPrinted = options.request.action == session::Request::Action::kList;
+  if (options.quiet && !isPrinted) return makeLineReporter(nothing, std::cerr);
   if (columns == 0) return makeLineReporter(out, std::cerr);
   return makeLiveReporter(out, std::cerr, columns);
-}
-
-void noteMessages(PlayerSession& session, Reporter& reporter) {
-  for (const std::string& sentence : session.takeMessages()) reporter.note(sentence);
-}
-
-/// Prints a problem; the exit status for it, or `status` when there is none.
-int complainOf(const std::string& problem, Reporter& reporter, int status) {
-  if (problem.empty()) return status;
-  reporter.note(problem);
-  return kExitFailed;
-}
-
-int runOnQueue(const Options& options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
-  using enum PlayerSession::Access;
-  // Printing the queue must not write it.
-  const PlayerSession::Access access = options.command == Options::kList ? kLook : kChange;
-  const std::string problem = session.open(access);
-  if (!problem.empty()) return complainOf(problem, reporter, kExitFailed);
-  noteMessages(session, reporter);
-  const int status = options.command == Options::kGet
-                         ? GetCommand(options, session, reporter, wakeUp,
-                                      reasons::serverProbe(trustedAuthorities()))
-                               .run()
-                         : runQueueCommand(options, session.manager(), reporter);
-  return access == kLook ? status : complainOf(session.unsavedChanges(), reporter, status);
 }
 
 int runExplain(const Options& options, PlayerSession& session, Reporter& reporter,
@@ -72,13 +50,29 @@ int runExplain(const Options& options, PlayerSession& session, Reporter& reporte
   return status;
 }
 
+/// Adds what the list of inputs names. False when it cannot be read, which is then said.
+bool readInputs(Options& options) {
+  if (options.inputFile.empty()) return true;
+  // A list that is typed in is ended by Ctrl-C, with the program.
+  const InterruptsAllowed allowed;
+  std::string problem = readInputFile(options.inputFile, options.request.inputs);
+  if (problem.empty() && options.request.inputs.empty()) {
+    problem = "The list " + options.inputFile + " names no films.";
+  }
+  if (!problem.empty()) std::cerr << "playerx-cli: " << printable(problem) << std::endl;
+  return problem.empty();
+}
+
 int run(const Options& options, bool hasHome) {
   WakeUp wakeUp;
-  if (options.command != Options::kGet) wakeUp.releaseInterrupts();
+  const bool takesInterrupts = options.command == Options::kGet ||
+                               options.request.action == session::Request::Action::kWatch;
+  std::optional<InterruptsAllowed> allowed;
+  if (!takesInterrupts) allowed.emplace();
   const int columns = terminalColumns();
   StandardOutput output(options.diagnostics ? StandardOutput::Diagnostics::kToStandardError
                                             : StandardOutput::Diagnostics::kDropped);
-  const std::unique_ptr<Reporter> reporter = makeReporter(options.json, columns, output.stream());
+  const std::unique_ptr<Reporter> reporter = makeReporter(options, columns, output.stream());
   const std::string problem =
       hasHome ? "" : missingHomeProblem(options.session, std::getenv("XDG_DATA_HOME"));
   if (!problem.empty()) {
@@ -104,11 +98,13 @@ int main(int argc, char** argv) {
   QCoreApplication application(argc, argv);
   QCoreApplication::setOrganizationName("Vesk");
   QCoreApplication::setApplicationName("VeskPlayerX");
+  QCoreApplication::setApplicationVersion(PLAYERX_VERSION);
   curl_global_init(CURL_GLOBAL_DEFAULT);
 
   int status = cli::kExitDone;
-  const std::optional<cli::Options> options = cli::parseOptions(argc, argv, &status);
+  std::optional<cli::Options> options = cli::parseOptions(argc, argv, &status);
   if (!options) return status;
+  if (!cli::readInputs(*options)) return cli::kExitUsage;
   try {
     return cli::run(*options, hasHome);
   } catch (const std::exception& error) {

@@ -18,7 +18,7 @@ class ExplainCommandTest : public testing::Test {
  protected:
   int run(const std::vector<std::string>& tickets, bool json = false) {
     Options options;
-    options.inputs = tickets;
+    options.request.inputs = tickets;
     options.json = json;
     return runExplainCommand(options, plugins_, fiveBytes, out_);
   }

@@ -6,9 +6,7 @@
 #include "playerx/cli/GetCommand.h"
 #include "playerx/cli/Reporter.h"
 #include "playerx/cli/WakeUp.h"
-#include "playerx/settings/PreferenceOverrides.h"
-#include "tests/support/TempDir.h"
-#include "tests/unit/app/FakeModule.h"
+#include "tests/unit/app/FakeSession.h"
 
 namespace playerx::cli {
 namespace {
@@ -41,28 +39,11 @@ class LoggingReporter : public Reporter {
 
 class GetCommandTest : public testing::Test {
  protected:
-  void SetUp() override {
-    needApplication();
-    options_.session.dataFolder = folder_ / "data";
-    options_.session.mediaFolder = folder_ / "films";
-    options_.session.pluginFolder = folder_.path();
-    session_.emplace(options_.session,
-                     session::SessionListener{[this] { wakeUp_.raise(); },
-                                              [](const std::string&) { return -1; }});
-    module_.offerTo(*session_);
-    offer<TransferReports>(session_->plugins(), DIN_TransferReports, &reports_);
-    ASSERT_EQ(session_->open(session::PlayerSession::Access::kChange), "");
-  }
-
-  void TearDown() override {
-    session_.reset();
-    clearPreferenceOverrides();
-  }
-
   /// Every server answers with this status.
   int run(std::vector<std::string> inputs, long status = 404) {
-    options_.inputs = std::move(inputs);
-    GetCommand command(options_, *session_, reporter_, wakeUp_,
+    options_.request.action = session::Request::Action::kAdd;
+    options_.request.inputs = std::move(inputs);
+    GetCommand command(options_, fake_.session(), reporter_, wakeUp_,
                        [status](const std::string& address, const std::stop_token&) {
                          return reasons::ProbeResult{address, {}, "", status, 5};
                        });
@@ -73,14 +54,12 @@ class GetCommandTest : public testing::Test {
     return [&item, status] { item.setStatus(status); };
   }
 
-  support::TempDir folder_;
-  support::EventLog log_;
-  FakeModule module_{log_};
-  FakeReports reports_;
   WakeUp wakeUp_;
+  FakeSession fake_{[this] { wakeUp_.raise(); }};
+  FakeModule& module_ = fake_.module;
+  support::EventLog& log_ = fake_.log;
   LoggingReporter reporter_;
   Options options_;
-  std::optional<session::PlayerSession> session_;
 };
 
 TEST_F(GetCommandTest, AnEmptyQueueIsDoneAtOnce) {
@@ -127,7 +106,7 @@ TEST_F(GetCommandTest, ANoticeAboutTheItemIsItsReason) {
 
 TEST_F(GetCommandTest, AFilmOfAnotherLengthIsSaidWithItsOutcome) {
   DownloadItem& film = module_.put("http://h/a.avi");
-  film.setPath(folder_.write("a.avi", "1234").wstring());
+  film.setPath(fake_.folder.write("a.avi", "1234").wstring());
   film.setSize(7);
   module_.atNextLooks({[] {}, set(film, DownloadStatusCompleted)});
   EXPECT_EQ(run({}), kExitDone);
@@ -165,7 +144,7 @@ TEST_F(GetCommandTest, AnInterruptBetweenInputsKeepsWhatWasAdded) {
 }
 
 TEST_F(GetCommandTest, WhatPlugInsSayIsPassedOn) {
-  const auto messages = KPIM::load<UserMessages>(&session_->plugins(), kUserMessagesId);
+  const auto messages = KPIM::load<UserMessages>(&fake_.session().plugins(), kUserMessagesId);
   ASSERT_NE(messages, nullptr);
   messages->get()->tellUser("Hello.");
   EXPECT_EQ(run({}), kExitDone);
@@ -173,7 +152,7 @@ TEST_F(GetCommandTest, WhatPlugInsSayIsPassedOn) {
 }
 
 TEST_F(GetCommandTest, AFilmIsPlayedOnceAsSoonAsEnoughOfItIsThere) {
-  options_.play = true;
+  options_.request.plays = true;
   module_.answerPlay(true);
   DownloadItem& film = module_.put("http://h/a.avi");
   module_.atNextLooks({[] {}, set(film, DownloadStatusDownloading),
@@ -185,7 +164,7 @@ TEST_F(GetCommandTest, AFilmIsPlayedOnceAsSoonAsEnoughOfItIsThere) {
 
 TEST_F(GetCommandTest, AFilmThatFlowsIsReportedFromTimeToTime) {
   DownloadItem& film = module_.put("http://h/a.avi", DownloadStatusDownloading);
-  reports_.isThere = true;
+  fake_.reports.isThere = true;
   // Nothing is announced, so that only the passing of time leads to another look.
   int looks = 0;
   module_.atEachLook([&] {

@@ -25,11 +25,11 @@ Parsed parse(std::vector<const char*> arguments) {
 }
 
 TEST(OptionsTest, GetTakesAddressesOrNone) {
-  EXPECT_TRUE(parse({"get"}).options->inputs.empty());
+  EXPECT_TRUE(parse({"get"}).options->request.inputs.empty());
   const auto options = parse({"get", "http://h/a.avi", "b.tix"}).options;
   ASSERT_TRUE(options);
   EXPECT_EQ(options->command, Options::kGet);
-  EXPECT_EQ(options->inputs, (std::vector<std::string>{"http://h/a.avi", "b.tix"}));
+  EXPECT_EQ(options->request.inputs, (std::vector<std::string>{"http://h/a.avi", "b.tix"}));
 }
 
 TEST(OptionsTest, FoldersStandBeforeOrBehindTheCommand) {
@@ -40,9 +40,38 @@ TEST(OptionsTest, FoldersStandBeforeOrBehindTheCommand) {
 TEST(OptionsTest, MoveTakesAPositionWithADirection) {
   const auto options = parse({"move", "3", "top"}).options;
   ASSERT_TRUE(options);
-  EXPECT_EQ(options->command, Options::kMove);
-  EXPECT_EQ(options->position, 3);
-  EXPECT_EQ(options->direction, Options::kTop);
+  EXPECT_EQ(options->command, Options::kRequest);
+  EXPECT_EQ(options->request.action, session::Request::Action::kMove);
+  EXPECT_EQ(options->request.position, 3);
+  EXPECT_EQ(options->request.direction, session::Request::Direction::kTop);
+}
+
+TEST(OptionsTest, AddQueuesWithoutStarting) {
+  const auto options = parse({"add", "http://h/a.avi", "--again"}).options;
+  ASSERT_TRUE(options);
+  EXPECT_EQ(options->command, Options::kRequest);
+  EXPECT_EQ(options->request.action, session::Request::Action::kAdd);
+  EXPECT_FALSE(options->request.starts);
+  EXPECT_TRUE(options->request.again);
+  EXPECT_TRUE(parse({"get", "http://h/a.avi"}).options->request.starts);
+}
+
+TEST(OptionsTest, PauseTakesAPositionOrAllItems) {
+  EXPECT_EQ(parse({"pause"}).options->request.position, 0);
+  EXPECT_EQ(parse({"pause", "all"}).options->request.position, 0);
+  EXPECT_EQ(parse({"resume", "2"}).options->request.position, 2);
+  EXPECT_EQ(parse({"retry", "all"}).options->request.action, session::Request::Action::kRetry);
+}
+
+TEST(OptionsTest, AFilmIsNamedByItsOption) {
+  const auto options = parse({"get", "-o", "b.avi", "http://h/a.avi"}).options;
+  ASSERT_TRUE(options);
+  EXPECT_EQ(options->request.name, "b.avi");
+}
+
+TEST(OptionsTest, RemoveTakesTheFilmOnDemand) {
+  EXPECT_FALSE(parse({"remove", "1"}).options->request.withFilm);
+  EXPECT_TRUE(parse({"remove", "1", "--with-film"}).options->request.withFilm);
 }
 
 TEST(OptionsTest, WrongUsageExitsWithTwo) {
@@ -73,13 +102,21 @@ TEST(OptionsTest, OnePlainSentenceNamesWhatIsAllowed) {
       {{"remove", "0"},
        "\"0\" is no position; give a whole number from 1 on, as `list` prints it."},
       {{"nonsense"},
-       "There is no command \"nonsense\"; the commands are get, list, remove, retry, move, clear "
-       "and explain."},
+       "There is no command \"nonsense\"; the commands are get, add, list, watch, remove, retry, "
+       "move, pause, resume, clear and explain."},
       {{},
-       "A command is missing; the commands are get, list, remove, retry, move, clear and "
-       "explain."},
+       "A command is missing; the commands are get, add, list, watch, remove, retry, move, pause, "
+       "resume, clear and explain."},
       {{"list", "--nonsense"},
        "There is no option \"--nonsense\"; `playerx-cli --help` names those that there are."},
+      {{"lst"}, "There is no command \"lst\"; did you mean \"list\"?"},
+      {{"get", "--plya"}, "There is no option \"--plya\"; did you mean \"--play\"?"},
+      {{"--jsno", "list"}, "There is no option \"--jsno\"; did you mean \"--json\"?"},
+      {{"add"}, "The argument \"input\" is missing; `playerx-cli add --help` shows the usage."},
+      {{"get", "-o", "a/b", "http://h/a.avi"},
+       "\"a/b\" is no file name; --media chooses the folder."},
+      {{"get", "-o", "b.avi", "http://h/a.avi", "http://h/c.avi"},
+       "The option \"--output\" needs one address, no more."},
       {{"get", "--player"}, "The option \"--player\" needs a value."},
       {{"list", "--data"}, "The option \"--data\" needs a value."},
       {{"remove"}, "The argument \"N\" is missing; `playerx-cli remove --help` shows the usage."},

@@ -77,7 +77,7 @@ TEST(WakeUpTest, ReleasedInterruptsEndTheProgram) {
       {
         std::signal(SIGINT, SIG_DFL);  // a shell has it ignored in the background
         WakeUp wakeUp;
-        wakeUp.releaseInterrupts();
+        const InterruptsAllowed allowed;
         raise(SIGINT);
       },
       testing::KilledBySignal(SIGINT), "");

@@ -1,0 +1,45 @@
+#include "playerx/cli/InputList.h"
+
+#include <cerrno>
+#include <fstream>
+#include <iostream>
+#include <system_error>
+
+namespace playerx::cli {
+
+namespace {
+
+constexpr char kBlanks[] = " \t\r\f\v";
+
+std::string trimmed(const std::string& line) {
+  const std::size_t begin = line.find_first_not_of(kBlanks);
+  if (begin == std::string::npos) return "";
+  return line.substr(begin, line.find_last_not_of(kBlanks) - begin + 1);
+}
+
+}  // namespace
+
+std::vector<std::string> readInputList(std::istream& list) {
+  std::vector<std::string> inputs;
+  for (std::string line; std::getline(list, line);) {
+    std::string input = trimmed(line);
+    if (!input.empty() && input.front() != '#') inputs.push_back(std::move(input));
+  }
+  return inputs;
+}
+
+std::string readInputFile(const std::string& path, std::vector<std::string>& inputs) {
+  std::ifstream file;
+  if (path != "-") file.open(path);
+  std::istream& list = path == "-" ? std::cin : file;
+  errno = 0;
+  for (std::string& input : list ? readInputList(list) : std::vector<std::string>{}) {
+    inputs.push_back(std::move(input));
+  }
+  const bool isRead = list.eof() && !list.bad();
+  if (isRead) return {};
+  const int error = errno == 0 ? ENOENT : errno;
+  return "The list " + path + " cannot be read (" + std::generic_category().message(error) + ").";
+}
+
+}  // namespace playerx::cli

@@ -1,0 +1,160 @@
+#include "playerx/cli/QueueCommand.h"
+
+#include <thread>
+
+#include "playerx/app/door/QueueOpening.h"
+#include "playerx/cli/GetCommand.h"
+#include "playerx/cli/Presentation.h"
+#include "playerx/cli/RemoteGet.h"
+#include "playerx/cli/Reporter.h"
+#include "playerx/cli/WakeUp.h"
+
+namespace playerx::cli {
+
+using door::OpenedQueue;
+using door::QueueClient;
+using session::PlayerSession;
+using session::QueueEvent;
+using session::Reply;
+using session::Request;
+using Access = PlayerSession::Access;
+using Action = Request::Action;
+using Where = OpenedQueue::Where;
+
+namespace {
+
+/// How long a process that has the queue without serving it is waited for: short commands have it
+/// for a moment each.
+constexpr std::chrono::seconds kLongestOpening(10);
+
+/// How long the process that has the queue may take for its answer; tickets may have it wait for
+/// the online services.
+constexpr std::chrono::seconds kLongestAnswer(60);
+constexpr std::chrono::seconds kLongestList(5);
+
+constexpr char kLostAnswer[] =
+    "The player that had the queue has ended before it answered; `list` shows what the queue is "
+    "now.";
+
+reasons::Probe probe() { return reasons::serverProbe(trustedAuthorities()); }
+
+OpenedQueue open(PlayerSession& session, WakeUp& wakeUp) {
+  return door::openQueue(session, kLongestOpening, [&wakeUp](std::chrono::milliseconds time) {
+    return wakeUp.rest(time) != WakeReason::kInterrupt;
+  });
+}
+
+int complainOfOpening(const OpenedQueue& opened, Reporter& reporter) {
+  return complainOf(opened.problem, reporter, kExitInterrupted);
+}
+
+int getHere(const Options& options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
+  noteMessages(session, reporter);
+  const int status = GetCommand(options, session, reporter, wakeUp, probe()).run();
+  return complainOf(session.unsavedChanges(), reporter, status);
+}
+
+int get(Options options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
+  int before = kExitDone;
+  for (;;) {
+    const OpenedQueue opened = open(session, wakeUp);
+    if (opened.where == Where::kNowhere) return complainOfOpening(opened, reporter);
+    if (opened.where == Where::kHere) {
+      const int status = getHere(options, session, reporter, wakeUp);
+      return status == kExitDone ? before : status;
+    }
+    RemoteGet remote(options, *opened.client, reporter, wakeUp);
+    if (const auto status = remote.run()) return *status == kExitDone ? before : *status;
+    if (remote.status() != kExitDone) before = remote.status();
+    reporter.note(opened.client->problem() + " Going on.");
+    options.request = remote.remainder();
+  }
+}
+
+/// Carries the request out while nothing is downloaded.
+int requestHere(const Request& request, PlayerSession& session, Reporter& reporter) {
+  const auto tell = [&reporter](const QueueEvent& event) {
+    const bool isWanted =
+        event.kind == QueueEvent::Kind::kAdded || event.kind == QueueEvent::Kind::kNote;
+    if (isWanted) present(event, reporter);
+  };
+  session::QueueService service(
+      session, [] {}, probe(), tell);
+  return present(request, service.handle(request), reporter);
+}
+
+/// Whether a request may be carried out twice with the effect of once.
+bool isRepeatable(const Request& request) {
+  return request.position == 0 && (request.action != Action::kAdd || !request.again);
+}
+
+int request(const Options& options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
+  for (;;) {
+    const OpenedQueue opened = open(session, wakeUp);
+    if (opened.where == Where::kNowhere) return complainOfOpening(opened, reporter);
+    if (opened.where == Where::kHere) {
+      noteMessages(session, reporter);
+      const int status = requestHere(options.request, session, reporter);
+      return complainOf(session.unsavedChanges(), reporter, status);
+    }
+    const std::optional<Reply> reply = opened.client->ask(options.request, kLongestAnswer);
+    if (reply) {
+      for (const model::ItemState& item : reply->items) reporter.added(item);
+      return present(options.request, *reply, reporter);
+    }
+    if (!opened.client->hasGone())
+      return complainOf(opened.client->problem(), reporter, kExitFailed);
+    if (!isRepeatable(options.request)) return complainOf(kLostAnswer, reporter, kExitFailed);
+  }
+}
+
+/// Prints the queue of the process that has it, or else the saved one as it lies there.
+int list(const Options& options, PlayerSession& session, Reporter& reporter) {
+  QueueClient client;
+  if (client.connect(session.places().data, kLongestList) == QueueClient::Met::kQueue) {
+    const std::optional<Reply> reply = client.ask(options.request, kLongestList);
+    if (reply) return present(options.request, *reply, reporter);
+  }
+  const std::string problem = session.open(Access::kLook);
+  if (!problem.empty()) return complainOf(problem, reporter, kExitFailed);
+  noteMessages(session, reporter);
+  Reply reply;
+  reply.items = model::snapshotOf(session.manager());
+  return present(options.request, reply, reporter);
+}
+
+int watch(const Options& options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
+  QueueClient client;
+  switch (client.connect(session.places().data, kLongestList)) {
+    case QueueClient::Met::kNobody:
+      reporter.note("Nothing is being downloaded; `get` begins.");
+      return kExitDone;
+    case QueueClient::Met::kStranger:
+      return complainOf(client.problem(), reporter, kExitFailed);
+    case QueueClient::Met::kQueue:
+      break;
+  }
+  RemoteGet(options, client, reporter, wakeUp).run();
+  return kExitDone;
+}
+
+}  // namespace
+
+int runOnQueue(const Options& options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
+  if (options.command == Options::kGet) return get(options, session, reporter, wakeUp);
+  if (options.request.action == Action::kList) return list(options, session, reporter);
+  if (options.request.action == Action::kWatch) return watch(options, session, reporter, wakeUp);
+  return request(options, session, reporter, wakeUp);
+}
+
+void noteMessages(PlayerSession& session, Reporter& reporter) {
+  for (const std::string& sentence : session.takeMessages()) reporter.note(sentence);
+}
+
+int complainOf(const std::string& problem, Reporter& reporter, int status) {
+  if (problem.empty()) return status;
+  reporter.note(problem);
+  return kExitFailed;
+}
+
+}  // namespace playerx::cli

@@ -1,0 +1,127 @@
+#include "playerx/cli/RemoteGet.h"
+
+#include <utility>
+
+#include "playerx/cli/Presentation.h"
+#include "playerx/cli/Reporter.h"
+#include "playerx/cli/WakeUp.h"
+
+namespace playerx::cli {
+
+using session::QueueEvent;
+using session::Reply;
+using session::Request;
+using Kind = QueueEvent::Kind;
+
+namespace {
+
+constexpr std::chrono::milliseconds kNoLimit(-1);
+
+bool isOutcome(const QueueEvent& event) {
+  const bool isPassedOver =
+      event.kind == Kind::kChanged && event.item.status == DownloadStatusStopped;
+  return isPassedOver || event.kind == Kind::kFinished || event.kind == Kind::kFailed ||
+         event.kind == Kind::kRemoved;
+}
+
+}  // namespace
+
+RemoteGet::RemoteGet(const Options& options, door::QueueClient& client, Reporter& reporter,
+                     WakeUp& wakeUp)
+    : options_(options), client_(client), reporter_(reporter), wakeUp_(wakeUp) {}
+
+std::optional<int> RemoteGet::run() {
+  bool isThere = client_.send({.action = Request::Action::kWatch});
+  if (options_.command == Options::kGet) isThere = client_.send(options_.request) && isThere;
+  while (isThere) {
+    isThere = takeAnswers();
+    if (isDone()) return status();
+    if (!isThere) break;
+    if (wakeUp_.wait(kNoLimit, client_.descriptor()) == WakeReason::kInterrupt) {
+      return interrupted();
+    }
+  }
+  return options_.command == Options::kGet ? std::nullopt : std::optional(status());
+}
+
+Request RemoteGet::remainder() const {
+  Request request = options_.request;
+  if (replies_ < 2 || request.inputs.empty()) return request;
+  request.inputs.clear();
+  for (const auto& [id, address] : left_) {
+    if (!address.empty()) request.inputs.push_back(address);
+  }
+  return request;
+}
+
+int RemoteGet::status() const {
+  if (somethingFailed_) return kExitFailed;
+  return somethingRefused_ ? kExitUsage : kExitDone;
+}
+
+/// False when no more will come.
+bool RemoteGet::takeAnswers() {
+  while (const auto answer = client_.receive(std::chrono::milliseconds(0))) {
+    std::visit([this](const auto& each) { take(each); }, *answer);
+  }
+  return client_.problem().empty();
+}
+
+void RemoteGet::take(const Reply& reply) {
+  const bool isToWatch = ++replies_ == 1;
+  if (isToWatch != (options_.command == Options::kGet)) beginToWait(reply);
+}
+
+void RemoteGet::beginToWait(const Reply& reply) {
+  present(options_.request, reply, reporter_);
+  somethingRefused_ = !reply.refused.empty();
+  for (const model::ItemState& item : reply.items) {
+    if (!model::isUnfinished(item.status)) continue;
+    own_.insert(item.id);
+    left_[item.id] = item.url;
+    // A film that was there before is not announced by the other process.
+    bool isAnnounced = false;
+    for (const QueueEvent& event : early_) {
+      isAnnounced = isAnnounced || (event.kind == Kind::kAdded && event.item.id == item.id);
+    }
+    if (!isAnnounced) reporter_.added(item);
+  }
+  for (const QueueEvent& event : std::exchange(early_, {})) take(event);
+}
+
+void RemoteGet::take(const QueueEvent& event) {
+  const bool isKnown = replies_ == (options_.command == Options::kGet ? 2 : 1);
+  if (!isKnown) {
+    early_.push_back(event);
+  } else if (isOwn(event)) {
+    show(event);
+  }
+}
+
+bool RemoteGet::isOwn(const QueueEvent& event) const {
+  return options_.command != Options::kGet || event.kind == Kind::kNote ||
+         own_.contains(event.item.id);
+}
+
+void RemoteGet::show(const QueueEvent& event) {
+  present(event, reporter_);
+  if (event.kind == Kind::kRemoved && left_.contains(event.item.id)) {
+    reporter_.note(event.item.title + " was taken out of the queue.");
+  }
+  const bool isLost = event.kind == Kind::kFailed || event.kind == Kind::kRemoved;
+  if (isLost && left_.contains(event.item.id)) somethingFailed_ = true;
+  if (isOutcome(event)) left_.erase(event.item.id);
+}
+
+bool RemoteGet::isDone() const {
+  return options_.command == Options::kGet && replies_ == 2 && left_.empty();
+}
+
+int RemoteGet::interrupted() {
+  if (options_.command == Options::kGet) {
+    reporter_.note("Interrupted; the download goes on in the player that has the queue.");
+  }
+  return kExitInterrupted;
+}
+
+}  // namespace playerx::cli
