@@ -46,6 +46,8 @@ int GetCommand::run() {
   session_.start();
   const std::optional<int> refused = addInputs();
   if (!refused) return park();
+  // Not before: an input may be a film whose queue was lost, of which much has arrived.
+  service_.deleteLeftovers();
   const auto given = static_cast<int>(options_.request.inputs.size());
   if (*refused > 0 && *refused == given) return kExitUsage;
   return workUntilDone(*refused);
@@ -76,7 +78,7 @@ int GetCommand::workUntilDone(int refused) {
   for (;;) {
     const auto start = std::chrono::steady_clock::now();
     server_.answerRequests();
-    service_.watch().update();
+    service_.update();
     if (service_.watch().isIdle()) break;
     const auto took = std::chrono::steady_clock::now() - start;
     if (wakeUp_.rest(restAfter(took)) == WakeReason::kInterrupt) return park();
@@ -84,7 +86,7 @@ int GetCommand::workUntilDone(int refused) {
     if (reason == WakeReason::kInterrupt) return park();
     if (reason == WakeReason::kTimeout) service_.watch().measure();
   }
-  service_.watch().update();  // what the player said of the last film
+  service_.update();  // what the player said of the last film
   if (somethingFailed_) return kExitFailed;
   return refused > 0 ? kExitUsage : kExitDone;
 }
@@ -97,7 +99,7 @@ void GetCommand::tell(const QueueEvent& event) {
 
 int GetCommand::park() {
   session_.manager().pause();
-  service_.watch().update();
+  service_.update();
   reporter_.note("Interrupted; what has arrived is kept, and the next `get` goes on from there.");
   return kExitInterrupted;
 }

@@ -148,6 +148,9 @@ void addQueueCommands(CLI::App& app, Options& options) {
       *addRequest(app, options, "resume", "Let the queue or an item go on", Action::kResume),
       options);
   addRequest(app, options, "clear", "Take all completed items out of the queue", Action::kClear);
+  addRequest(app, options, "clean", "Delete what is left of films that are not in the queue",
+             Action::kClean)
+      ->add_flag("--dry-run", options.request.dryRun, "Name it and keep it");
 }
 
 void addExplain(CLI::App& app, Options& options) {

@@ -1,8 +1,9 @@
 #include "playerx/cli/QueueCommand.h"
 
-#include <thread>
+#include <filesystem>
 
 #include "playerx/app/door/QueueOpening.h"
+#include "playerx/app/inputs/Input.h"
 #include "playerx/cli/GetCommand.h"
 #include "playerx/cli/Presentation.h"
 #include "playerx/cli/RemoteGet.h"
@@ -38,10 +39,22 @@ constexpr char kLostAnswer[] =
 
 reasons::Probe probe() { return reasons::serverProbe(trustedAuthorities()); }
 
-OpenedQueue open(PlayerSession& session, WakeUp& wakeUp) {
-  return door::openQueue(session, kLongestOpening, [&wakeUp](std::chrono::milliseconds time) {
-    return wakeUp.rest(time) != WakeReason::kInterrupt;
-  });
+OpenedQueue open(PlayerSession& session, Access access, WakeUp& wakeUp) {
+  return door::openQueue(session, access, kLongestOpening,
+                         [&wakeUp](std::chrono::milliseconds time) {
+                           return wakeUp.rest(time) != WakeReason::kInterrupt;
+                         });
+}
+
+/// The request as it reads in a process with another working folder.
+Request withAbsolutePaths(Request request) {
+  for (std::string& input : request.inputs) {
+    if (!inputs::isTicketPath(input)) continue;
+    const bool isQuoted = input.size() > 1 && input.front() == '"' && input.back() == '"';
+    const std::string bare = isQuoted ? input.substr(1, input.size() - 2) : input;
+    input = std::filesystem::absolute(bare);
+  }
+  return request;
 }
 
 int complainOfOpening(const OpenedQueue& opened, Reporter& reporter) {
@@ -54,15 +67,23 @@ int getHere(const Options& options, PlayerSession& session, Reporter& reporter, 
   return complainOf(session.unsavedChanges(), reporter, status);
 }
 
+/// Removing must work on a full disk.
+Access accessFor(const Request& request) {
+  const bool frees = request.action == Action::kRemove || request.action == Action::kClear ||
+                     request.action == Action::kClean;
+  return frees ? Access::kFree : Access::kChange;
+}
+
 int get(Options options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
   int before = kExitDone;
   for (;;) {
-    const OpenedQueue opened = open(session, wakeUp);
+    const OpenedQueue opened = open(session, Access::kChange, wakeUp);
     if (opened.where == Where::kNowhere) return complainOfOpening(opened, reporter);
     if (opened.where == Where::kHere) {
       const int status = getHere(options, session, reporter, wakeUp);
       return status == kExitDone ? before : status;
     }
+    options.request = withAbsolutePaths(options.request);
     RemoteGet remote(options, *opened.client, reporter, wakeUp);
     if (const auto status = remote.run()) return *status == kExitDone ? before : *status;
     if (remote.status() != kExitDone) before = remote.status();
@@ -90,14 +111,15 @@ bool isRepeatable(const Request& request) {
 
 int request(const Options& options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
   for (;;) {
-    const OpenedQueue opened = open(session, wakeUp);
+    const OpenedQueue opened = open(session, accessFor(options.request), wakeUp);
     if (opened.where == Where::kNowhere) return complainOfOpening(opened, reporter);
     if (opened.where == Where::kHere) {
       noteMessages(session, reporter);
       const int status = requestHere(options.request, session, reporter);
       return complainOf(session.unsavedChanges(), reporter, status);
     }
-    const std::optional<Reply> reply = opened.client->ask(options.request, kLongestAnswer);
+    const std::optional<Reply> reply =
+        opened.client->ask(withAbsolutePaths(options.request), kLongestAnswer);
     if (reply) {
       for (const model::ItemState& item : reply->items) reporter.added(item);
       return present(options.request, *reply, reporter);

@@ -51,7 +51,10 @@ TEST_F(HostileQueueTest, ATornQueueFileIsSetAside) {
 TEST_F(HostileQueueTest, AFileOfAnotherFormatIsSetAside) {
   const std::string other(4000, '\x01');
   support::writeFile(home.queueFile(), other);
-  EXPECT_THAT(home.run({"list"}).errors, testing::HasSubstr("set aside as "));
+  const PlayerResult list = home.run({"list"});
+  EXPECT_EQ(list.status, 1);
+  EXPECT_THAT(list.errors, testing::HasSubstr("is damaged; nothing was changed"));
+  EXPECT_EQ(support::readFile(home.queueFile()), other);
   expectDownloadsAllTheSame();
   EXPECT_TRUE(isKept(other));
 }

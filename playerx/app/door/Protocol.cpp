@@ -15,7 +15,8 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Request::Action, {{Request::Action::kList, "list"},
                                                {Request::Action::kMove, "move"},
                                                {Request::Action::kPause, "pause"},
                                                {Request::Action::kResume, "resume"},
-                                               {Request::Action::kClear, "clear"}})
+                                               {Request::Action::kClear, "clear"},
+                                               {Request::Action::kClean, "clean"}})
 
 NLOHMANN_JSON_SERIALIZE_ENUM(Request::Direction, {{Request::Direction::kUp, "up"},
                                                   {Request::Direction::kDown, "down"},
@@ -245,6 +246,7 @@ QByteArray write(const Request& request) {
   if (request.plays) object["plays"] = true;
   if (request.action == Request::Action::kMove) object["direction"] = request.direction;
   if (request.withFilm) object["withFilm"] = true;
+  if (request.dryRun) object["dryRun"] = true;
   return lineOf(object);
 }
 
@@ -293,6 +295,7 @@ std::optional<Request> readRequest(const QByteArray& line) {
   members.take("plays", request.plays);
   members.take("direction", request.direction);
   members.take("withFilm", request.withFilm);
+  members.take("dryRun", request.dryRun);
   return members.isGood() && members.has("action") ? std::optional(request) : std::nullopt;
 }
 

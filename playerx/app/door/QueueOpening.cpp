@@ -4,7 +4,6 @@
 
 namespace playerx::door {
 
-using Access = session::PlayerSession::Access;
 using Met = QueueClient::Met;
 using Where = OpenedQueue::Where;
 
@@ -18,11 +17,12 @@ constexpr std::chrono::seconds kLongestGreeting(3);
 
 }  // namespace
 
-OpenedQueue openQueue(session::PlayerSession& session, std::chrono::milliseconds longest,
+OpenedQueue openQueue(session::PlayerSession& session, session::PlayerSession::Access access,
+                      std::chrono::milliseconds longest,
                       const std::function<bool(std::chrono::milliseconds)>& rest) {
   const QDeadlineTimer deadline(longest);
   for (;;) {
-    const std::string problem = session.open(Access::kChange);
+    const std::string problem = session.open(access);
     if (problem.empty()) return {Where::kHere};
     if (!session.isTaken()) return {Where::kNowhere, nullptr, problem};
     auto client = std::make_unique<QueueClient>();

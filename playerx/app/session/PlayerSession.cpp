@@ -27,18 +27,18 @@ PlayerSession::PlayerSession(const SessionOptions& options, SessionListener list
 PlayerSession::~PlayerSession() { close(); }
 
 std::string PlayerSession::open(Access access) {
-  const std::string problem = access == Access::kChange ? openForChange() : openCopy();
+  const std::string problem = access == Access::kLook ? openCopy() : openForChange(access);
   if (!problem.empty()) close();
   return problem;
 }
 
-std::string PlayerSession::openForChange() {
+std::string PlayerSession::openForChange(Access access) {
   lock_ = std::make_unique<DataFolderLock>(places_.data);
   isTaken_ = lock_->isTaken();
   if (!lock_->problem().empty()) return lock_->problem();
   saved_ = std::make_unique<SavedQueue>(places_.data);
   std::string problem = saved_->readProblem();
-  if (problem.empty()) problem = saved_->writeProblem();
+  if (problem.empty() && access == Access::kChange) problem = saved_->writeProblem();
   if (problem.empty()) problem = loadManager();
   if (!problem.empty()) return problem;
   manager().setViewInterface(&view_);

@@ -51,6 +51,7 @@ class PlayerSession {
   enum class Access {
     kLook,    ///< at a copy of the queue: nothing is locked or written, whatever others do
     kChange,  ///< alone on the data folder, and every change is saved and announced
+    kFree,    ///< as kChange, even when the disk has no room to save: what is done makes some
   };
 
   /// Sets folders and preferences up and reads the descriptions of the plug-ins; loads nothing.
@@ -84,6 +85,9 @@ class PlayerSession {
   PluginContext& plugins() { return plugins_; }
   const Places& places() const { return places_; }
 
+  /// Whether a queue that could not be read lies in the data folder.
+  bool hasQueueSetAside() const { return saved_->hasFileSetAside(); }
+
   /// What the manager told about item `id` since the last call for it, oldest first. Any thread.
   std::vector<model::Notice> takeNotices(unsigned int id) { return view_.takeNotices(id); }
 
@@ -98,7 +102,7 @@ class PlayerSession {
   std::string unsavedChanges() { return saved_->unsavedChanges(manager()); }
 
  private:
-  std::string openForChange();
+  std::string openForChange(Access access);
   std::string openCopy();
   std::string loadManager();
   void takeFilmsBack();

@@ -12,7 +12,18 @@ namespace playerx::session {
 
 /// What a face asks of the queue.
 struct Request {
-  enum class Action { kList, kWatch, kAdd, kRemove, kRetry, kMove, kPause, kResume, kClear };
+  enum class Action {
+    kList,
+    kWatch,
+    kAdd,
+    kRemove,
+    kRetry,
+    kMove,
+    kPause,
+    kResume,
+    kClear,
+    kClean
+  };
   enum class Direction { kUp, kDown, kTop, kBottom };
 
   Action action = Action::kList;
@@ -29,6 +40,7 @@ struct Request {
   bool plays = false;                 ///< played as soon as enough of it is there
 
   Direction direction = Direction::kUp;  ///< of a move
+  bool dryRun = false;                   ///< what would be cleaned is named and kept
   bool withFilm = false;                 ///< what is removed goes with its finished film
 
   bool operator==(const Request&) const = default;

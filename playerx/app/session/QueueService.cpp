@@ -5,9 +5,11 @@
 #include <set>
 #include <utility>
 
+#include "KPX/OSUtilities.h"
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "kvpm/StringTools.h"
 #include "playerx/app/inputs/Input.h"
+#include "playerx/app/model/TextFormat.h"
 #include "playerx/app/session/KnownFilm.h"
 
 namespace playerx::session {
@@ -18,6 +20,10 @@ using Direction = Request::Direction;
 using Outcome = Reply::Outcome;
 
 namespace {
+
+std::filesystem::path partialFolder() {
+  return VeskPlayerX::OSUtilities::getTempPath().toStdString();
+}
 
 Reply done(std::string note = "") {
   Reply reply;
@@ -76,7 +82,38 @@ Reply QueueService::handle(const Request& request) {
   if (!request.id && request.position == 0) return editAll(request);
   const ItemState* const item = find(queue, request);
   Reply reply = item != nullptr ? editItem(request, *item) : refuseUnknown(request, queue.size());
+  update();
+  return reply;
+}
+
+void QueueService::update() {
   watch_.update();
+  if (mayHaveLeftovers_) deleteLeftovers();
+}
+
+void QueueService::deleteLeftovers() {
+  mayHaveLeftovers_ = false;
+  if (session_.hasQueueSetAside()) return;
+  for (const Leftover& leftover : leftovers()) {
+    if (!deleteLeftover(partialFolder(), leftover)) mayHaveLeftovers_ = true;
+  }
+}
+
+std::vector<Leftover> QueueService::leftovers() const {
+  return findLeftovers(partialFolder(), watch_.queue());
+}
+
+/// Deletes leftovers that the user asks about even while a queue lies set aside.
+Reply QueueService::clean(bool dryRun) {
+  Reply reply;
+  for (const Leftover& leftover : leftovers()) {
+    const std::string name = leftover.address.empty() ? leftover.key : leftover.address;
+    const bool isGone = !dryRun && deleteLeftover(partialFolder(), leftover);
+    if (!dryRun && !isGone) continue;
+    reply.notes.push_back((dryRun ? "Would delete what is left of " : "Deleted what was left of ") +
+                          name + " (" + model::formatBytes(leftover.bytes) + ").");
+  }
+  if (reply.notes.empty()) reply.notes.push_back("Nothing is left over.");
   return reply;
 }
 
@@ -171,14 +208,17 @@ Reply QueueService::editAll(const Request& request) {
       return retryAll();
     case Action::kClear:
       manager.clearCompletedDownloads();
+      mayHaveLeftovers_ = true;
       break;
+    case Action::kClean:
+      return clean(request.dryRun);
     case Action::kRemove:
     case Action::kMove:
       return refuseUnknown(request, watch_.queue().size());
     default:
       return list();
   }
-  watch_.update();
+  update();
   return done();
 }
 
@@ -203,6 +243,7 @@ Reply QueueService::remove(const ItemState& item, bool withFilm) {
   bool isRemoved = false;
   whileStopped(item, [&] { isRemoved = session_.manager().remove(item.id); });
   if (!isRemoved) return failed("The item could not be removed.");
+  mayHaveLeftovers_ = true;
   const std::string film = withFilm ? findFilm(item, session_.places().media) : "";
   return film.empty() ? done() : removeFilm(film);
 }

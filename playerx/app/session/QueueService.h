@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "playerx/app/session/Leftovers.h"
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/app/session/QueueRequest.h"
 #include "playerx/app/session/QueueWatch.h"
@@ -16,7 +17,7 @@ namespace playerx::session {
 ///     QueueService service(session, wake, probe, listener);
 ///     session.start();                             // when films are to be downloaded
 ///     Reply reply = service.handle({.action = Request::Action::kAdd, .inputs = {address}});
-///     ... service.watch().update() when woken, service.watch().measure() twice a second
+///     ... service.update() when woken, service.watch().measure() twice a second
 class QueueService {
  public:
   /// The session is open for changes, and outlives the service. The other arguments are those of
@@ -29,6 +30,15 @@ class QueueService {
   Reply handle(const Request& request);
 
   QueueWatch& watch() { return watch_; }
+
+  /// Deletes what was left of films that are not in the queue, as far as no transfer is at work on
+  /// it: the rest goes with a later `update`. Nothing is deleted while an unreadable queue lies set
+  /// aside, whose films these may be.
+  void deleteLeftovers();
+
+  /// Tells what is new, and deletes what can be deleted now. To be called when the session or the
+  /// service wakes its face.
+  void update();
 
  private:
   Reply list();
@@ -46,10 +56,13 @@ class QueueService {
   Reply pause(const model::ItemState& item);
   Reply resume(const model::ItemState& item);
   Reply resumeAll();
+  Reply clean(bool dryRun);
+  std::vector<Leftover> leftovers() const;
   void whileStopped(const model::ItemState& item, const std::function<void()>& change);
 
   PlayerSession& session_;
   QueueWatch watch_;
+  bool mayHaveLeftovers_ = false;
 };
 
 }  // namespace playerx::session

@@ -51,6 +51,13 @@ std::string wordsOf(int error) {
   return error == 0 ? "writing failed" : std::generic_category().message(error);
 }
 
+/// Setting a field to its own value has the manager write the queue like any change; letting a
+/// queue without items go on does the same.
+void writeAgain(DownloadManagerInterface& manager, const std::vector<ItemState>& queue) {
+  if (queue.empty()) return manager.resume();
+  manager.setPlayable(queue.back().id, queue.back().playable);
+}
+
 /// The error number (`errno` values) with which reading the whole file fails; 0 when it can be read
 /// or is not there.
 int readError(const std::string& path) {
@@ -133,8 +140,7 @@ std::string SavedQueue::unsavedChanges(DownloadManagerInterface& manager) const 
   std::vector<ItemState> queue = model::snapshotOf(manager);
   for (;;) {
     if (holdsNow(queue)) return {};
-    // Setting a field to its own value has the manager write the queue like any change.
-    if (!queue.empty()) manager.setPlayable(queue.back().id, queue.back().playable);
+    writeAgain(manager, queue);
     if (holdsNow(queue)) return {};
     std::vector<ItemState> later = model::snapshotOf(manager);
     if (later == queue) break;

@@ -64,6 +64,9 @@ class SavedQueue {
   /// Paths of the files that the manager has set aside as unreadable since this object was built.
   std::vector<std::string> filesSetAside() const;
 
+  /// Whether any such file lies in the folder, from whatever time.
+  bool hasFileSetAside() const { return !unreadableFiles().empty(); }
+
  private:
   std::set<std::string> unreadableFiles() const;
   int tryToReplace() const;

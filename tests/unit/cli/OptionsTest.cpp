@@ -103,10 +103,10 @@ TEST(OptionsTest, OnePlainSentenceNamesWhatIsAllowed) {
        "\"0\" is no position; give a whole number from 1 on, as `list` prints it."},
       {{"nonsense"},
        "There is no command \"nonsense\"; the commands are get, add, list, watch, remove, retry, "
-       "move, pause, resume, clear and explain."},
+       "move, pause, resume, clear, clean and explain."},
       {{},
        "A command is missing; the commands are get, add, list, watch, remove, retry, move, pause, "
-       "resume, clear and explain."},
+       "resume, clear, clean and explain."},
       {{"list", "--nonsense"},
        "There is no option \"--nonsense\"; `playerx-cli --help` names those that there are."},
       {{"lst"}, "There is no command \"lst\"; did you mean \"list\"?"},

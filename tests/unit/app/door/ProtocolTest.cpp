@@ -51,6 +51,7 @@ TEST(ProtocolTest, ARequestComesBackAsItWent) {
                         .again = true,
                         .plays = true,
                         .direction = Request::Direction::kBottom,
+                        .dryRun = true,
                         .withFilm = true};
   EXPECT_EQ(readRequest(write(request)), request);
 }

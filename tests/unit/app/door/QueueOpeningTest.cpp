@@ -34,7 +34,8 @@ class QueueOpeningTest : public testing::Test {
 
   OpenedQueue open(
       std::chrono::milliseconds longest, const std::function<bool()>& rest = [] { return true; }) {
-    return openQueue(*session_, longest, [&rest](std::chrono::milliseconds) { return rest(); });
+    return openQueue(*session_, session::PlayerSession::Access::kChange, longest,
+                     [&rest](std::chrono::milliseconds) { return rest(); });
   }
 
   support::TempDir folder_;

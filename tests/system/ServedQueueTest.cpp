@@ -1,0 +1,241 @@
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <map>
+#include <memory>
+
+#include "tests/support/Nginx.h"
+#include "tests/support/ScriptedServer.h"
+#include "tests/system/BigFile.h"
+#include "tests/system/PlayerHome.h"
+
+namespace system_test {
+namespace {
+
+using support::Process;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr std::uint64_t kSize = 3'000'000;
+
+/// A player that downloads slowly, beside which others come to the same queue.
+class ServedQueueTest : public testing::Test {
+ protected:
+  support::Nginx slow{{.limitRate = "1m"}};
+  support::Nginx quick;
+  PlayerHome home;
+
+  std::string offerSlow(const std::string& name) {
+    writeDistinctFile(slow.root() / name, kSize);
+    return slow.url("/" + name);
+  }
+
+  std::string offerQuick(const std::string& name) {
+    quick.serve(name, distinctBytes(5000));
+    return quick.url("/" + name);
+  }
+
+  std::unique_ptr<Process> startSlow(const std::string& name) {
+    auto player = std::make_unique<Process>(home.startOptions({"get", offerSlow(name)}));
+    EXPECT_TRUE(player->waitForOutput("\"percent\":1")) << player->errors();
+    return player;
+  }
+
+  std::vector<std::string> titles() {
+    std::vector<std::string> list;
+    for (const Json& item : home.queue()) list.push_back(item["title"]);
+    return list;
+  }
+};
+
+TEST_F(ServedQueueTest, ASecondGetShowsItsOwnFilm) {
+  const auto first = startSlow("a.avi");
+  const PlayerResult second = home.run({"get", offerQuick("b.avi")});
+  EXPECT_EQ(second.status, 0) << second.output << second.errors;
+  ASSERT_THAT(second.events("finished"), SizeIs(1));
+  EXPECT_EQ(second.events("finished")[0]["title"], "b.avi");
+  EXPECT_EQ(first->wait(), 0) << first->errors();
+  EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
+}
+
+TEST_F(ServedQueueTest, ASecondGetHasTheStatusOfItsOwnFilm) {
+  const auto first = startSlow("a.avi");
+  const PlayerResult missing = home.run({"get", quick.url("/none.avi")});
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(missing.failureCode(), "http_404");
+  EXPECT_EQ(home.run({"get", "film"}).status, 2);
+}
+
+TEST_F(ServedQueueTest, CtrlCLetsTheDownloadGoOn) {
+  const auto first = startSlow("a.avi");
+  Process second(home.startOptions({"get", offerSlow("b.avi")}));
+  ASSERT_TRUE(second.waitForOutput("\"added\"")) << second.errors();
+  second.send(SIGINT);
+  EXPECT_EQ(second.wait(), 130);
+  EXPECT_THAT(second.errors(), HasSubstr("the download goes on"));
+  EXPECT_EQ(first->wait(), 0) << first->errors();
+  EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
+}
+
+TEST_F(ServedQueueTest, ASecondGetGoesOnWhenTheFirstIsKilled) {
+  const auto first = startSlow("a.avi");
+  Process second(home.startOptions({"get", offerQuick("b.avi"), offerSlow("c.avi")}));
+  ASSERT_TRUE(second.waitForOutput("\"added\"")) << second.errors();
+  first->send(SIGKILL);
+  EXPECT_EQ(second.wait(), 0) << second.output() << second.errors();
+  EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi", "c.avi"));
+}
+
+TEST_F(ServedQueueTest, CommandsActOnTheRunningQueue) {
+  const auto first = startSlow("a.avi");
+  EXPECT_EQ(home.run({"add", offerQuick("b.avi"), offerSlow("c.avi")}).status, 0);
+  EXPECT_EQ(home.run({"move", "3", "up"}).status, 0);
+  EXPECT_THAT(titles(), ElementsAre("a.avi", "c.avi", "b.avi"));
+  EXPECT_EQ(home.run({"remove", "2"}).status, 0);
+  EXPECT_THAT(titles(), ElementsAre("a.avi", "b.avi"));
+  EXPECT_EQ(home.run({"remove", "9"}).status, 2);
+  EXPECT_EQ(first->wait(), 0) << first->errors();
+  EXPECT_EQ(home.run({"clear"}).status, 0);
+  EXPECT_THAT(titles(), IsEmpty());
+}
+
+TEST_F(ServedQueueTest, APausedQueueGoesOnWhenItIsResumed) {
+  const auto first = startSlow("a.avi");
+  EXPECT_EQ(home.run({"pause"}).status, 0);
+  EXPECT_EQ(home.queue().at(0)["status"], "paused");
+  EXPECT_TRUE(first->running());
+  EXPECT_EQ(home.run({"resume"}).status, 0);
+  EXPECT_EQ(first->wait(), 0) << first->errors();
+}
+
+TEST_F(ServedQueueTest, RemovingWhatRunsLetsTheNextBegin) {
+  const auto first = startSlow("a.avi");
+  EXPECT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);
+  EXPECT_EQ(home.run({"remove", "1"}).status, 0);
+  EXPECT_EQ(first->wait(), 0) << first->errors();
+  EXPECT_THAT(home.films(), ElementsAre("b.avi"));
+  EXPECT_THAT(slow.accessLog(), testing::Not(HasSubstr(" 206 ")));
+}
+
+TEST_F(ServedQueueTest, PausingOneItemLetsTheNextBegin) {
+  const auto first = startSlow("a.avi");
+  EXPECT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);
+  EXPECT_EQ(home.run({"pause", "1"}).status, 0);
+  EXPECT_EQ(first->wait(), 0) << first->errors();
+  EXPECT_THAT(home.films(), ElementsAre("b.avi"));
+  EXPECT_EQ(home.run({"resume", "1"}).status, 0);
+  EXPECT_EQ(home.run({"get"}).status, 0);
+  EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
+}
+
+TEST_F(ServedQueueTest, WatchShowsWhatAnotherDownloads) {
+  const auto first = startSlow("a.avi");
+  const PlayerResult watch = home.run({"watch"});
+  EXPECT_EQ(watch.status, 0) << watch.errors;
+  EXPECT_THAT(watch.events("finished"), SizeIs(1));
+  EXPECT_EQ(home.run({"watch"}).status, 0);
+}
+
+TEST_F(ServedQueueTest, FiveProcessesAddAHundredFilmsEachOnce) {
+  std::vector<std::unique_ptr<Process>> adders;
+  for (int i = 0; i < 5; ++i) {
+    std::vector<std::string> arguments = {"add"};
+    for (int j = 0; j < 100; ++j) {
+      arguments.push_back("http://127.0.0.1:1/" + std::to_string(100 * i + j) + ".avi");
+    }
+    adders.push_back(std::make_unique<Process>(home.startOptions(arguments)));
+  }
+  for (const auto& adder : adders)
+    EXPECT_EQ(adder->wait(std::chrono::minutes(2)), 0) << adder->errors();
+  std::map<std::string, int> counts;
+  for (const std::string& title : titles()) ++counts[title];
+  EXPECT_THAT(counts, SizeIs(500));
+  for (const auto& [title, count] : counts) EXPECT_EQ(count, 1) << title;
+}
+
+TEST_F(ServedQueueTest, FiveProcessesFetchOneQueue) {
+  std::vector<std::unique_ptr<Process>> players;
+  for (int i = 0; i < 5; ++i) {
+    players.push_back(std::make_unique<Process>(
+        home.startOptions({"get", offerQuick(std::to_string(i) + ".avi")})));
+  }
+  for (const auto& player : players)
+    EXPECT_EQ(player->wait(std::chrono::minutes(1)), 0) << player->errors();
+  EXPECT_THAT(home.films(), SizeIs(5));
+}
+
+/// The same command, given once more.
+class AgainTest : public ServedQueueTest {
+ protected:
+  void expectOneFilm() {
+    EXPECT_THAT(home.films(), ElementsAre("a.avi"));
+    EXPECT_THAT(home.queue(), SizeIs(1));
+  }
+};
+
+TEST_F(AgainTest, AFilmThatIsThereIsNotFetchedAgain) {
+  const std::string url = offerQuick("a.avi");
+  EXPECT_EQ(home.run({"get", url}).status, 0);
+  const PlayerResult again = home.run({"get", url});
+  EXPECT_EQ(again.status, 0);
+  EXPECT_THAT(again.errors, HasSubstr("already there"));
+  expectOneFilm();
+}
+
+TEST_F(AgainTest, AFilmThatIsGoneIsFetchedAnew) {
+  const std::string url = offerQuick("a.avi");
+  EXPECT_EQ(home.run({"get", url}).status, 0);
+  std::filesystem::remove(home.media() / "a.avi");
+  EXPECT_EQ(home.run({"get", url}).status, 0);
+  expectOneFilm();
+}
+
+TEST_F(AgainTest, AFilmThatFailedIsRetried) {
+  EXPECT_EQ(home.run({"get", quick.url("/a.avi")}).status, 1);
+  EXPECT_EQ(home.run({"get", offerQuick("a.avi")}).status, 0);
+  expectOneFilm();
+}
+
+TEST_F(AgainTest, AFilmIsFetchedAgainOnDemand) {
+  const std::string url = offerQuick("a.avi");
+  EXPECT_EQ(home.run({"get", url}).status, 0);
+  EXPECT_EQ(home.run({"get", "--again", url}).status, 0);
+  EXPECT_THAT(home.films(), SizeIs(2));
+}
+
+TEST_F(AgainTest, AFilmHasTheNameThatItWasGiven) {
+  EXPECT_EQ(home.run({"get", "-o", "holiday.avi", offerQuick("a.avi")}).status, 0);
+  EXPECT_THAT(home.films(), ElementsAre("holiday.avi"));
+}
+
+TEST_F(AgainTest, AListNamesTheFilms) {
+  const support::TempDir folder;
+  const std::string list =
+      folder.write("list", "# two\n\n" + offerQuick("a.avi") + "\n" + offerQuick("b.avi") + "\n");
+  EXPECT_EQ(home.run({"get", "-i", list}).status, 0);
+  EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
+}
+
+/// Killed at instants that are spread over the time from the start to the end of a download.
+TEST_F(AgainTest, AfterAKillAtAnyInstantThereIsOneFilm) {
+  constexpr int kKills = 40;
+  for (int i = 0; i < kKills; ++i) {
+    const PlayerHome fresh;
+    const std::string url = offerQuick("a.avi");
+    Process player(fresh.startOptions({"get", url}));
+    player.wait(std::chrono::milliseconds(10 * i));
+    player.send(SIGKILL);
+    player.wait();
+    const PlayerResult again = fresh.run({"get", url});
+    EXPECT_EQ(again.status, 0) << again.output << again.errors;
+    EXPECT_THAT(fresh.films(), ElementsAre("a.avi")) << "killed after " << 10 * i << " ms";
+    EXPECT_THAT(fresh.queue(), SizeIs(1));
+    EXPECT_TRUE(sameContent(quick.root() / "a.avi", fresh.media() / "a.avi"));
+  }
+}
+
+}  // namespace
+}  // namespace system_test
