@@ -28,7 +28,7 @@ PlayerSession::~PlayerSession() { close(); }
 
 std::string PlayerSession::open(Access access) {
   const std::string problem = access == Access::kLook ? openCopy() : openForChange(access);
-  if (!problem.empty()) close();
+  if (!problem.empty() && !isTaken_) close();
   return problem;
 }
 

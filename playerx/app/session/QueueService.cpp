@@ -140,7 +140,7 @@ Reply QueueService::add(const Request& request) {
 }
 
 void QueueService::addInput(const std::string& input, const Request& request, Reply& reply) {
-  if (!request.again && goOnWith(input, request, reply)) return;
+  if (goOnWith(input, request, reply)) return;
   addAnew(input, request, reply);
 }
 
@@ -151,7 +151,7 @@ bool QueueService::goOnWith(const std::string& input, const Request& request, Re
   switch (known->status) {
     case DownloadStatusCompleted: {
       const std::string film = findFilm(*known, session_.places().media);
-      if (film.empty()) {
+      if (film.empty() || request.again) {
         session_.manager().remove(known->id);
         return false;
       }

@@ -22,8 +22,8 @@ class LeftoversTest : public testing::Test {
     state.address = address;
     state.place = place;
     state.answered = true;
-    folder_.write(paths.state().filename(), writeState(state));
-    folder_.write(paths.bytes().filename(), "0123456789");
+    folder_.write(paths.state().filename().string(), writeState(state));
+    folder_.write(paths.bytes().filename().string(), "0123456789");
     return paths;
   }
 
@@ -58,7 +58,7 @@ TEST_F(LeftoversTest, WhatTheQueueDoesNotKnowIsNamedWithItsAddress) {
 
 TEST_F(LeftoversTest, EveryFileOfALeftoverIsDeleted) {
   const transfers::PartPaths paths = leave("http://h/a.avi", "http://h/a.avi");
-  folder_.write(paths.rights().filename(), "rights");
+  folder_.write(paths.rights().filename().string(), "rights");
   EXPECT_TRUE(deleteLeftover(folder_.path(), find({}).at(0)));
   EXPECT_THAT(find({}), IsEmpty());
   EXPECT_FALSE(isThere(paths.bytes()) || isThere(paths.state()) || isThere(paths.rights()));
@@ -75,7 +75,7 @@ TEST_F(LeftoversTest, WhatATransferIsAtWorkOnIsLeftAlone) {
 
 TEST_F(LeftoversTest, RightsAreKeptWhileAnItemHasNoAddress) {
   const transfers::PartPaths paths = leave("http://h/a.avi", "http://h/a.avi");
-  folder_.write(paths.rights().filename(), "rights");
+  folder_.write(paths.rights().filename().string(), "rights");
   EXPECT_THAT(find({item("")}), IsEmpty());
 }
 
