@@ -92,7 +92,7 @@ TEST_F(DownloadTest, AFilmWithBlanksInItsNameArrivesUnderThatName) {
 TEST_F(DownloadTest, ASecondDownloadOfAFilmGetsANameOfItsOwn) {
   const std::string url = offer("film.avi", 5000);
   EXPECT_EQ(home.run({"get", url}).status, 0);
-  EXPECT_EQ(home.run({"get", url}).status, 0);
+  EXPECT_EQ(home.run({"get", "--again", url}).status, 0);
   EXPECT_THAT(home.films(), ElementsAre("film.avi", "film[1].avi"));
 }
 

@@ -139,18 +139,6 @@ TEST_F(FailureTest, ADataFolderThatCannotBeUsedIsSaid) {
   EXPECT_THAT(result.errors, HasSubstr("cannot be written"));
 }
 
-TEST_F(FailureTest, ASecondPlayerOnOneDataFolderIsTurnedAway) {
-  ScriptedServer server;
-  server.always(Script().readRequest().stall());
-  support::Process first = home.start({"get", server.url("/a.avi")});
-  ASSERT_TRUE(first.waitForOutput("\"added\""));
-  const PlayerResult second = home.run({"get"});
-  EXPECT_EQ(second.status, 1);
-  EXPECT_THAT(second.errors, HasSubstr("Another player is using"));
-  first.send(SIGINT);
-  EXPECT_EQ(first.wait(), 130);
-}
-
 TEST_F(FailureTest, ASizeThatIsNoneIsNoLackOfSpace) {
   ScriptedServer server;
   server.always(Script::answer("HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\n"));

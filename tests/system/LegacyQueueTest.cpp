@@ -59,7 +59,9 @@ TEST_F(LegacyQueueTest, WithBothFilesTheOlderOneIsLeftAlone) {
 
 TEST_F(LegacyQueueTest, AnUnreadableFileIsSetAsideBeforeItIsDeleted) {
   write("this is no queue, yet it was somebody's");
-  EXPECT_EQ(home.queue().size(), 0u);
+  EXPECT_EQ(home.run({"list"}).status, 1);
+  EXPECT_TRUE(std::filesystem::exists(legacyFile()));
+  EXPECT_EQ(home.run({"clear"}).status, 0);
   EXPECT_FALSE(std::filesystem::exists(legacyFile()));
   EXPECT_TRUE(isKept("this is no queue, yet it was somebody's"));
 }

@@ -13,13 +13,12 @@ namespace system_test {
 namespace {
 
 using support::Process;
-using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr std::uint64_t kSize = 3'000'000;
+constexpr std::uint64_t kSize = 8'000'000;
 
 /// A player that downloads slowly, beside which others come to the same queue.
 class ServedQueueTest : public testing::Test {
@@ -129,6 +128,26 @@ TEST_F(ServedQueueTest, PausingOneItemLetsTheNextBegin) {
   EXPECT_EQ(home.run({"resume", "1"}).status, 0);
   EXPECT_EQ(home.run({"get"}).status, 0);
   EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
+}
+
+TEST_F(ServedQueueTest, WhatIsRemovedFreesItsBytes) {
+  const auto first = startSlow("a.avi");
+  first->send(SIGINT);
+  EXPECT_EQ(first->wait(), 130);
+  EXPECT_THAT(home.partials(), testing::Not(IsEmpty()));
+  EXPECT_EQ(home.run({"remove", "1"}).status, 0);
+  EXPECT_THAT(home.partials(), IsEmpty());
+}
+
+TEST_F(ServedQueueTest, WhatIsLeftOfALostQueueIsNamedBeforeItIsCleaned) {
+  const auto first = startSlow("a.avi");
+  first->send(SIGKILL);
+  first->wait();
+  std::filesystem::remove(home.queueFile());
+  EXPECT_THAT(home.run({"clean", "--dry-run"}).errors, HasSubstr("Would delete"));
+  EXPECT_THAT(home.partials(), testing::Not(IsEmpty()));
+  EXPECT_THAT(home.run({"clean"}).errors, HasSubstr(slow.url("/a.avi")));
+  EXPECT_THAT(home.partials(), IsEmpty());
 }
 
 TEST_F(ServedQueueTest, WatchShowsWhatAnotherDownloads) {

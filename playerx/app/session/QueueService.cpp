@@ -192,7 +192,12 @@ void QueueService::addAnew(const std::string& input, const Request& request, Rep
 /// The manager fetches a film to the name that its item has; one without, to that of its address.
 void QueueService::nameFilm(unsigned int id, const std::string& name) {
   const std::string path = session_.places().media + "/" + name;
-  session_.manager().updatePath(id, kvpm::StringTools::stringToWString(path));
+  VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
+  // The manager may have begun already, with a copy of the item.
+  const bool isPaused = manager.isPaused();
+  if (!isPaused) manager.pause();
+  manager.updatePath(id, kvpm::StringTools::stringToWString(path));
+  if (!isPaused) manager.resume();
 }
 
 Reply QueueService::editAll(const Request& request) {

@@ -169,6 +169,16 @@ TEST_F(QueueServiceTest, AFilmThatIsThereIsFetchedAgainOnDemand) {
   EXPECT_EQ(log_.lines("manager.add").size(), 1u);
 }
 
+TEST_F(QueueServiceTest, AFilmIsNamedWhileNothingIsTransferred) {
+  service().handle({.action = Action::kAdd, .inputs = {"http://h/a.avi"}, .name = "b.avi"});
+  const std::string path = (fake_.folder / "films/b.avi").string();
+  const std::vector<std::string> lines = log_.lines();
+  ASSERT_EQ(lines.size(), 4u);
+  EXPECT_EQ(lines[1], "manager.pause");
+  EXPECT_EQ(lines[2], call("updatePath", *fake_.module.all().back()) + " " + path);
+  EXPECT_EQ(lines[3], "manager.resume");
+}
+
 TEST_F(QueueServiceTest, AFailedAddressIsRetried) {
   const DownloadItem& item = putFilm(DownloadStatusFailed);
   add("http://h/a.avi");
