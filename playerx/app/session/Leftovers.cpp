@@ -5,9 +5,9 @@
 #include <set>
 
 #include "playerx/transfers/Address.h"
+#include "playerx/transfers/FilmMark.h"
 #include "playerx/transfers/Part.h"
 #include "playerx/transfers/PartState.h"
-#include "playerx/transfers/SmallFile.h"
 
 namespace playerx::session {
 
@@ -18,7 +18,7 @@ namespace {
 
 bool isPartial(const fs::path& file) {
   const std::string extension = file.extension();
-  return extension == ".part" || extension == ".json" || extension == ".rights";
+  return extension == ".part" || extension == ".json";
 }
 
 std::set<std::string> keysIn(const fs::path& folder) {
@@ -37,44 +37,49 @@ std::uint64_t sizeOf(const fs::path& file) {
   return error ? 0 : size;
 }
 
-/// Where the films of the queue come from; every authorisation gives a protected one another
-/// address of the same place.
-std::set<std::string> placesOf(const std::vector<model::ItemState>& queue) {
-  std::set<std::string> places;
+/// The beginnings of the names of all partials that films of the queue may have; every
+/// authorisation gives a protected one another address of the same place.
+std::set<std::string> keysOf(const std::vector<model::ItemState>& queue) {
+  std::set<std::string> keys;
   for (const model::ItemState& item : queue) {
-    if (const std::optional<Address> address = parseAddress(item.url))
-      places.insert(address->place);
+    const std::optional<Address> address = parseAddress(item.url);
+    if (address) keys.insert(transfers::digestOf(address->place));
   }
-  return places;
+  return keys;
 }
+
+/// Several partials of one place are numbered behind a dash.
+std::string withoutNumber(const std::string& key) { return key.substr(0, key.find('-')); }
 
 }  // namespace
 
 std::vector<Leftover> findLeftovers(const fs::path& folder,
                                     const std::vector<model::ItemState>& queue) {
-  const std::set<std::string> places = placesOf(queue);
   const bool isOneUnnamed =
       std::any_of(queue.begin(), queue.end(), [](const auto& item) { return item.url.empty(); });
+  if (isOneUnnamed) return {};
+  const std::set<std::string> wanted = keysOf(queue);
   std::vector<Leftover> leftovers;
   for (const std::string& key : keysIn(folder)) {
+    if (wanted.contains(withoutNumber(key))) continue;
     const PartPaths paths{folder, key};
-    const auto state = transfers::readState(transfers::readSmallFile(paths.state()));
-    std::error_code error;
-    const bool isWanted = (state && places.contains(state->place)) ||
-                          (isOneUnnamed && fs::exists(paths.rights(), error));
-    if (isWanted) continue;
-    leftovers.push_back({key, state ? state->address : "",
-                         sizeOf(paths.bytes()) + sizeOf(paths.state()) + sizeOf(paths.rights())});
+    const auto state = transfers::loadState(paths.state());
+    leftovers.push_back(
+        {key, state ? state->address : "", sizeOf(paths.bytes()) + sizeOf(paths.state())});
   }
   return leftovers;
 }
 
 bool deleteLeftover(const fs::path& folder, const Leftover& leftover) {
-  int error = 0;
-  const auto part = transfers::Part::claim({folder, leftover.key}, error);
-  // A part without bytes takes its files with it when it is let go.
-  if (part) part->forgetCompletion();
-  return part != nullptr;
+  const PartPaths paths{folder, leftover.key};
+  int failure = 0;
+  const auto part = transfers::Part::claim(paths, failure);
+  if (!part) return false;
+  part->file().cut(0);
+  std::error_code error;
+  fs::remove(paths.state(), error);
+  fs::remove(paths.bytes(), error);
+  return true;
 }
 
 }  // namespace playerx::session

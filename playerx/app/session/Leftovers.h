@@ -9,8 +9,8 @@
 
 namespace playerx::session {
 
-/// What the download library keeps of a film that the queue does not know any more: bytes, state,
-/// rights.
+/// What the download library keeps of a film that the queue does not know any more: bytes with
+/// their state.
 struct Leftover {
   std::string key;          ///< the name that its files share
   std::string address;      ///< empty when it is not known
@@ -19,8 +19,9 @@ struct Leftover {
   bool operator==(const Leftover&) const = default;
 };
 
-/// The leftovers among the unfinished films of this folder, sorted by key. A protected film that is
-/// still to be authorised has no address yet: while one waits, no rights are taken for leftovers.
+/// The leftovers among the unfinished films of this folder, sorted by key: those that come from a
+/// place of which the queue has no film. None while a protected film waits for its authorisation,
+/// which gives it its address: what there is may be its own.
 std::vector<Leftover> findLeftovers(const std::filesystem::path& folder,
                                     const std::vector<model::ItemState>& queue);
 

@@ -69,13 +69,11 @@ class PlayerSession {
   /// that find the data folder taken.
   std::string open(Access access);
 
-  /// Lets the scheduler work. Loads the download library first, has it trust the authorities of the
-  /// preferences and take back films whose completion was lost.
   /// Whether `open` has failed because another process has the data folder.
   bool isTaken() const { return isTaken_; }
 
-  /// Lets the scheduler work. Loads the download library first and has it trust the authorities of
-  /// the preferences.
+  /// Lets the scheduler work. Loads the download library first, has it trust the authorities of the
+  /// preferences and take back films whose completion was lost.
   void start();
   bool isStarted() const { return isStarted_; }
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "playerx/app/session/Leftovers.h"
-#include "playerx/transfers/FileNames.h"
+#include "playerx/transfers/FilmMark.h"
 #include "playerx/transfers/Part.h"
 #include "playerx/transfers/PartState.h"
 #include "tests/support/TempDir.h"
@@ -17,7 +17,7 @@ class LeftoversTest : public testing::Test {
  protected:
   /// Ten bytes of a film, with their state.
   transfers::PartPaths leave(const std::string& place, const std::string& address) {
-    const transfers::PartPaths paths{folder_.path(), transfers::partKey(place)};
+    const transfers::PartPaths paths{folder_.path(), transfers::digestOf(place)};
     transfers::PartState state;
     state.address = address;
     state.place = place;
@@ -58,10 +58,9 @@ TEST_F(LeftoversTest, WhatTheQueueDoesNotKnowIsNamedWithItsAddress) {
 
 TEST_F(LeftoversTest, EveryFileOfALeftoverIsDeleted) {
   const transfers::PartPaths paths = leave("http://h/a.avi", "http://h/a.avi");
-  folder_.write(paths.rights().filename().string(), "rights");
   EXPECT_TRUE(deleteLeftover(folder_.path(), find({}).at(0)));
   EXPECT_THAT(find({}), IsEmpty());
-  EXPECT_FALSE(isThere(paths.bytes()) || isThere(paths.state()) || isThere(paths.rights()));
+  EXPECT_FALSE(isThere(paths.bytes()) || isThere(paths.state()));
 }
 
 TEST_F(LeftoversTest, WhatATransferIsAtWorkOnIsLeftAlone) {
@@ -73,10 +72,15 @@ TEST_F(LeftoversTest, WhatATransferIsAtWorkOnIsLeftAlone) {
   EXPECT_TRUE(isThere(paths.state()));
 }
 
-TEST_F(LeftoversTest, RightsAreKeptWhileAnItemHasNoAddress) {
-  const transfers::PartPaths paths = leave("http://h/a.avi", "http://h/a.avi");
-  folder_.write(paths.rights().filename().string(), "rights");
+TEST_F(LeftoversTest, NothingIsLeftOverWhileAnItemHasNoAddress) {
+  leave("http://h/a.avi", "http://h/a.avi");
   EXPECT_THAT(find({item("")}), IsEmpty());
+}
+
+TEST_F(LeftoversTest, BytesWithoutStateAreLeftOverWhenTheQueueDoesNotKnowTheirPlace) {
+  folder_.write(transfers::digestOf("http://h/a.avi") + "-2.part", "0123456789");
+  EXPECT_THAT(find({item("http://h/a.avi")}), IsEmpty());
+  EXPECT_THAT(find({item("http://h/b.avi")}), SizeIs(1));
 }
 
 TEST_F(LeftoversTest, OtherFilesAreNoLeftovers) {
