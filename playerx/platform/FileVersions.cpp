@@ -56,6 +56,14 @@ bool mayBeWrittenOver(const FileVersion& version, const struct stat& now,
          now.st_gid == present.st_gid;
 }
 
+template <class Change>
+void changeRecord(const FileVersion& version, Change change) {
+  auto record = readRecord(version.file.descriptor());
+  if (!record) return;
+  change(*record);
+  writeRecord(version.file.descriptor(), *record);
+}
+
 }  // namespace
 
 FileVersions::FileVersions(fs::path target) : target_(std::move(target)) {}
@@ -161,8 +169,9 @@ bool FileVersions::record(FileVersion& version) {
   version.device = status->st_dev;
   version.size = status->st_size;
   version.modified = modificationTime(*status);
-  return writeRecord(version.file.descriptor(), {version.sequence, version.modified, presentBoot(),
-                                                 version.blocks.seed(), version.blocks.whole()});
+  return writeRecord(version.file.descriptor(),
+                     {version.sequence, version.modified, presentBoot(), version.blocks.seed(),
+                      version.blocks.whole(), areFinishedFilesOnDisk() ? 0U : 1U});
 }
 
 // A file that somebody else has put there gets its place in the order before it is hidden.
@@ -174,7 +183,7 @@ void FileVersions::recordForeign() {
   const std::uint64_t seed = BlockHashes::processSeed();
   const auto hash = hashOfFile(file.get(), seed, error);
   if (!hash) return;
-  writeRecord(file.get(), {++*sequence_, modificationTime(*status), presentBoot(), seed, *hash});
+  writeRecord(file.get(), {++*sequence_, modificationTime(*status), presentBoot(), seed, *hash, 0});
 }
 
 int FileVersions::sync() {
@@ -186,8 +195,10 @@ int FileVersions::sync() {
     version = present_;
     version->isKept = true;
   }
-  // Not before: the version that was saved last may speak of a file that was finished since.
+  // Not before: the version that was saved last may speak of a file that was finished since. Noted
+  // before the sync, so that the record of a version on the disk says so.
   syncFinishedFiles();
+  changeRecord(*version, [](VersionRecord& record) { record.reliesOnOthers = 0; });
   int error = ::fsync(version->file.descriptor()) == 0 ? 0 : errno;
   if (error == 0) error = syncFolderOf(target_);
   {
@@ -205,10 +216,7 @@ int FileVersions::noteSync(FileVersion& version, int error) {
   version.hasFailed = error != 0;
   if (error != 0) return error;
   if (present_.get() == &version) isPresentOnDisk_ = true;
-  if (auto record = readRecord(version.file.descriptor())) {
-    record->boot = VersionRecord::kOnDisk;
-    writeRecord(version.file.descriptor(), *record);
-  }
+  changeRecord(version, [](VersionRecord& record) { record.boot = VersionRecord::kOnDisk; });
   std::size_t spares = 0;
   std::erase_if(hidden_, [&](const Version& hidden) {
     if (hidden->sequence < version.sequence) hidden->isKept = false;

@@ -55,8 +55,8 @@ class FileVersions {
   /// Returns 0 or an error number; then the present one stays.
   int publish(const std::shared_ptr<FileVersion>& version);
 
-  /// Brings the present version to the disk, after the finished files (`FinishedFiles.h`) that it may
-  /// speak of, and returns when it is there. Returns 0 or an error number.
+  /// Brings the present version to the disk, after the finished files (`FinishedFiles.h`) that it
+  /// may speak of, and returns when it is there. Returns 0 or an error number.
   int sync();
 
   /// Removes the hidden versions unless one of them may be needed still; then it returns false.

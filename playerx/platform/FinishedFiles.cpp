@@ -20,6 +20,7 @@ struct Unsynced {
   GuardMutex syncing;  ///< taken before `mutex`; held until what was taken is on the disk
   GuardMutex mutex;
   Paths files KVPM_GUARDED_BY(mutex);
+  bool isSyncing KVPM_GUARDED_BY(mutex) = false;  ///< others were taken and are on their way
 };
 
 // Never destroyed: files are synced until the very end of the process.
@@ -60,15 +61,23 @@ void addFinishedFile(const fs::path& file) {
   unsynced().files.insert(file);
 }
 
+bool areFinishedFilesOnDisk() {
+  const GuardLock lock(unsynced().mutex);
+  return unsynced().files.empty() && !unsynced().isSyncing;
+}
+
 void syncFinishedFiles() {
   const GuardLock one(unsynced().syncing);
   Paths files;
   {
     const GuardLock lock(unsynced().mutex);
     files = std::exchange(unsynced().files, {});
+    unsynced().isSyncing = true;
   }
   startWriting(files);
   syncAll(files);
+  const GuardLock lock(unsynced().mutex);
+  unsynced().isSyncing = false;
 }
 
 }  // namespace playerx

@@ -11,6 +11,9 @@ namespace playerx {
 
 void addFinishedFile(const std::filesystem::path& absolute);
 
+/// Whether all that were added are on the disk.
+bool areFinishedFilesOnDisk();
+
 /// Returns when all that were added before, and their names, are on the disk.
 void syncFinishedFiles();
 

@@ -11,7 +11,7 @@ namespace {
 // Short enough for the room beside the inode, where it costs no block of its own.
 constexpr char kAttribute[] = "user.vesk";
 
-static_assert(sizeof(VersionRecord) == 40, "a record of another size is taken for no record");
+static_assert(sizeof(VersionRecord) == 48, "a record of another size is taken for no record");
 
 }  // namespace
 
@@ -51,14 +51,15 @@ bool writeRecord(int file, const VersionRecord& record) {
 
 bool removeRecord(int file) { return ::fremovexattr(file, kAttribute) == 0; }
 
-bool isTorn(int file, int& error) {
+Integrity integrityOf(int file, int& error) {
   error = 0;
   const std::optional<VersionRecord> record = readRecord(file);
   if (!record || record->boot == VersionRecord::kOnDisk || record->boot == presentBoot()) {
-    return false;
+    return Integrity::kWhole;
   }
   const std::optional<std::uint64_t> hash = hashOfFile(file, record->seed, error);
-  return hash && *hash != record->hash;
+  if (!hash || *hash != record->hash) return Integrity::kTorn;
+  return record->reliesOnOthers != 0 ? Integrity::kUncertain : Integrity::kWhole;
 }
 
 }  // namespace playerx

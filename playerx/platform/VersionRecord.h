@@ -17,6 +17,10 @@ struct VersionRecord {
   std::uint64_t seed = 0;      ///< of the hash
   std::uint64_t hash = 0;      ///< of the whole content, as `BlockHashes` has it
 
+  /// 1 while files that the content may speak of (`FinishedFiles.h`) are not known to be on the
+  /// disk.
+  std::uint64_t reliesOnOthers = 0;
+
   static constexpr std::uint64_t kOnDisk = 0;
 };
 
@@ -37,9 +41,15 @@ bool hasRecord(const std::filesystem::path& file);
 bool writeRecord(int file, const VersionRecord& record);
 bool removeRecord(int file);
 
-/// Whether a power cut may have torn the content and did: it was not known to be on the disk when
-/// the machine stopped, and is not what its record says. Stores an error number other than 0
-/// (`errno` values) when that cannot be read.
-bool isTorn(int file, int& error);
+/// What a power cut may have done to a content.
+enum class Integrity {
+  kWhole,      ///< nothing
+  kUncertain,  ///< nothing, but files that it speaks of may be torn
+  kTorn,
+};
+
+/// Stores an error number other than 0 (`errno` values) when the content would have to be read and
+/// cannot.
+Integrity integrityOf(int file, int& error);
 
 }  // namespace playerx

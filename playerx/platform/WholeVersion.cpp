@@ -41,12 +41,13 @@ struct Candidate {
 void prefer(Candidate& best, const fs::path& name, int& error) {
   Descriptor file = openPlainFile(name);
   const auto record = file ? readRecord(file.get()) : std::nullopt;
-  if (error != 0 || !record || record->sequence < best.sequence) return;
+  if (error != 0 || !record || record->sequence < best.sequence || record->reliesOnOthers != 0)
+    return;
   const auto hash = hashOfFile(file.get(), record->seed, error);
   if (hash && *hash == record->hash) best = {std::move(file), name, record->sequence};
 }
 
-Descriptor recover(const fs::path& target, int& error) {
+Descriptor openNewestHidden(const fs::path& target, int& error) {
   Candidate best;
   forEachHiddenFile(target, [&](const fs::path& name) { prefer(best, name, error); });
   if (error == 0 && !best.file) error = ENOENT;
@@ -56,17 +57,30 @@ Descriptor recover(const fs::path& target, int& error) {
   return std::move(best.file);
 }
 
+Descriptor recover(const fs::path& target, int& error) {
+  // Another reader may be at it; its lock goes with its descriptor.
+  const Descriptor folder(::open((target.parent_path() / ".").c_str(), O_RDONLY | O_CLOEXEC));
+  ::flock(folder.get(), LOCK_EX);
+  Descriptor file = openAsItIs(target, error);
+  if (!file) return file;
+  const Integrity integrity = integrityOf(file.get(), error);
+  if (error != 0) return {};
+  if (integrity == Integrity::kWhole) return file;
+  Descriptor hidden = openNewestHidden(target, error);
+  if (error != ENOENT || integrity == Integrity::kTorn) return hidden;
+  error = 0;
+  return file;
+}
+
 }  // namespace
 
 Descriptor openWhole(const fs::path& path, int& error) {
   Descriptor file = openAsItIs(path, error);
-  if (!file || (!isTorn(file.get(), error) && error == 0)) return file;
+  if (!file) return file;
+  const Integrity integrity = integrityOf(file.get(), error);
+  if (error != 0) return {};
+  if (integrity == Integrity::kWhole) return file;
   const fs::path target = followLinks(path, error);
-  // Another reader may be at it; its lock goes with its descriptor.
-  const Descriptor folder(::open((target.parent_path() / ".").c_str(), O_RDONLY | O_CLOEXEC));
-  ::flock(folder.get(), LOCK_EX);
-  file = openAsItIs(target, error);
-  if (!file || (!isTorn(file.get(), error) && error == 0)) return file;
   return error == 0 ? recover(target, error) : Descriptor();
 }
 

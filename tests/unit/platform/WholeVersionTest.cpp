@@ -1,15 +1,17 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "kvpm/File.h"
-#include "playerx/platform/FileSync.h"
+#include "playerx/platform/FileIo.h"
+#include "playerx/platform/FileVersions.h"
+#include "playerx/platform/FinishedFiles.h"
 #include "playerx/platform/VersionRecord.h"
 #include "tests/support/TempDir.h"
 #include "tests/unit/platform/FileFixture.h"
@@ -20,32 +22,44 @@ namespace fs = std::filesystem;
 using kvpm::File;
 using platform_test::hiddenBeside;
 using platform_test::read;
-using platform_test::replace;
 using platform_test::wide;
 using playerx::VersionRecord;
 using support::readFile;
 using support::TempDir;
 
 // What a power cut leaves is made by hand: contents torn without a change of their time, records of
-// another run of the machine.
+// another run of the machine. Nothing is synced but on demand.
 class WholeVersion : public testing::Test {
  protected:
-  // Puts one version on the disk, and another in its place.
+  void save(const std::string& text) {
+    int error = 0;
+    const auto version = versions_.begin(error);
+    ASSERT_EQ(error, 0);
+    const int file = version->file.descriptor();
+    ASSERT_EQ(::ftruncate(file, 0), 0);
+    ASSERT_EQ(playerx::writeFullyAt(file, text.data(), text.size(), 0).error, 0);
+    version->blocks = playerx::BlockHashes();
+    version->blocks.add(text.data(), text.size());
+    ASSERT_EQ(versions_.publish(version), 0);
+  }
+
+  void saveAndSync(const std::string& text) {
+    save(text);
+    ASSERT_EQ(versions_.sync(), 0);
+  }
+
   void saveTwo() {
-    save("on the disk");
-    playerx::flushFileSyncs();
+    saveAndSync("on the disk");
     save("not yet there");
   }
 
-  void save(const std::string& content) { ASSERT_EQ(replace(path_, content), 0); }
-
-  static void tear(const fs::path& path) {
-    const auto time = fs::last_write_time(path);
-    support::writeFile(path, std::string(fs::file_size(path), '\0'));
-    fs::last_write_time(path, time);
+  void tear() const {
+    const auto time = fs::last_write_time(path_);
+    support::writeFile(path_, std::string(fs::file_size(path_), '\0'));
+    fs::last_write_time(path_, time);
   }
 
-  void startMachineAnew() {
+  void startMachineAnew() const {
     for (const fs::path& hidden : hiddenBeside(path_)) startMachineAnew(hidden);
     startMachineAnew(path_);
   }
@@ -68,18 +82,19 @@ class WholeVersion : public testing::Test {
 
   TempDir folder_;
   const fs::path path_ = folder_ / "queue.xml";
+  playerx::FileVersions versions_{path_};
 };
 
 TEST_F(WholeVersion, IsFoundWhereAPowerCutHasTornTheLatest) {
   saveTwo();
-  tear(path_);
+  tear();
   startMachineAnew();
   EXPECT_EQ(content(), "on the disk");
 }
 
 TEST_F(WholeVersion, GetsTheNameOfTheTornOne) {
   saveTwo();
-  tear(path_);
+  tear();
   startMachineAnew();
   content();
   EXPECT_EQ(readFile(path_), "on the disk");
@@ -87,7 +102,7 @@ TEST_F(WholeVersion, GetsTheNameOfTheTornOne) {
 
 TEST_F(WholeVersion, IsFoundThroughALink) {
   saveTwo();
-  tear(path_);
+  tear();
   startMachineAnew();
   fs::create_symlink("queue.xml", folder_ / "link");
   File file;
@@ -103,21 +118,43 @@ TEST_F(WholeVersion, IsTheLatestIfThatCameThrough) {
 }
 
 TEST_F(WholeVersion, IsTheNewestOfSeveral) {
-  for (const std::string text : {"1", "2", "3", "4"}) {
-    save(text);
-    std::ifstream reader(path_);  // so that each gets a file of its own
-    save(text + " as well");
-  }
-  tear(path_);
+  saveAndSync("1");
+  for (const std::string text : {"2", "3", "4"}) save(text);
+  tear();
   startMachineAnew();
-  EXPECT_EQ(content(), "4");
+  EXPECT_EQ(content(), "3");
+}
+
+TEST_F(WholeVersion, IsNotBelievedBeforeTheFilesThatItSpeaksOfAreOnTheDisk) {
+  saveAndSync("downloading");
+  playerx::addFinishedFile(folder_.write("film.avi", "film"));
+  save("complete");
+  startMachineAnew();
+  EXPECT_EQ(content(), "downloading");
+  playerx::syncFinishedFiles();
+}
+
+TEST_F(WholeVersion, IsBelievedOnceTheFilesThatItSpeaksOfAreOnTheDisk) {
+  saveAndSync("downloading");
+  playerx::addFinishedFile(folder_.write("film.avi", "film"));
+  saveAndSync("complete");
+  startMachineAnew();
+  EXPECT_EQ(content(), "complete");
+}
+
+TEST_F(WholeVersion, IsAnyWhereThereIsNoOther) {
+  playerx::addFinishedFile(folder_.write("film.avi", "film"));
+  save("complete");
+  startMachineAnew();
+  EXPECT_EQ(content(), "complete");
+  playerx::syncFinishedFiles();
 }
 
 TEST_F(WholeVersion, IsNeverOneThatWasDeleted) {
   saveTwo();
   fs::remove(path_);
   save("the first of another file");
-  tear(path_);
+  tear();
   startMachineAnew();
   File file;
   EXPECT_EQ(open(file), ENOENT);
@@ -125,7 +162,7 @@ TEST_F(WholeVersion, IsNeverOneThatWasDeleted) {
 
 TEST_F(WholeVersion, WithoutAnyTheFileIsNotThere) {
   save("the first");
-  tear(path_);
+  tear();
   startMachineAnew();
   File file;
   EXPECT_EQ(open(file), ENOENT);
@@ -135,14 +172,14 @@ TEST_F(WholeVersion, WithoutAnyTheFileIsNotThere) {
 
 TEST_F(WholeVersion, IsAnyOfTheSameRunOfTheMachine) {
   saveTwo();
-  tear(path_);
+  tear();
   EXPECT_EQ(content(), std::string(13, '\0'));
 }
 
 TEST_F(WholeVersion, IsAnyThatWasOnTheDisk) {
   saveTwo();
-  playerx::flushFileSyncs();
-  tear(path_);
+  ASSERT_EQ(versions_.sync(), 0);
+  tear();
   startMachineAnew();
   EXPECT_EQ(content(), std::string(13, '\0'));
 }
@@ -166,7 +203,7 @@ TEST_F(WholeVersion, OfSomebodyElseIsKeptUntilTheNextIsOnTheDisk) {
   saveTwo();
   fs::rename(folder_.write("restored", "from a backup"), path_);
   save("on top of it");
-  tear(path_);
+  tear();
   startMachineAnew();
   EXPECT_EQ(content(), "from a backup");
 }
@@ -176,7 +213,7 @@ TEST_F(WholeVersion, OfSomebodyElseIsKeptAlsoWhereItWasWrittenIntoOurs) {
   support::writeFile(path_, "edited");
   fs::last_write_time(path_, fs::last_write_time(path_) + std::chrono::milliseconds(20));
   save("on top of it");
-  tear(path_);
+  tear();
   startMachineAnew();
   EXPECT_EQ(content(), "edited");
 }
