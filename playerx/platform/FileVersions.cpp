@@ -115,6 +115,7 @@ void FileVersions::removeDeleted() {
   hidden_.clear();
   present_.reset();
   removeLeftovers(target_);
+  isNew_ = true;
 }
 
 bool FileVersions::exchange(FileVersion& version, const struct stat& old) {
@@ -164,6 +165,8 @@ void FileVersions::learnSequence() {
 bool FileVersions::record(FileVersion& version) {
   const auto status = stateOf(version.file.descriptor());
   if (!status) return false;
+  const std::uint64_t doubts = (areFinishedFilesOnDisk() ? 0 : VersionRecord::kReliesOnOthers) |
+                               (isNew_ ? VersionRecord::kIsNew : 0);
   version.sequence = ++*sequence_;
   version.inode = status->st_ino;
   version.device = status->st_dev;
@@ -171,7 +174,7 @@ bool FileVersions::record(FileVersion& version) {
   version.modified = modificationTime(*status);
   return writeRecord(version.file.descriptor(),
                      {version.sequence, version.modified, presentBoot(), version.blocks.seed(),
-                      version.blocks.whole(), areFinishedFilesOnDisk() ? 0U : 1U});
+                      version.blocks.whole(), doubts});
 }
 
 // A file that somebody else has put there gets its place in the order before it is hidden.
@@ -198,7 +201,7 @@ int FileVersions::sync() {
   // Not before: the version that was saved last may speak of a file that was finished since. Noted
   // before the sync, so that the record of a version on the disk says so.
   syncFinishedFiles();
-  changeRecord(*version, [](VersionRecord& record) { record.reliesOnOthers = 0; });
+  changeRecord(*version, [](VersionRecord& record) { record.doubts = 0; });
   int error = ::fsync(version->file.descriptor()) == 0 ? 0 : errno;
   if (error == 0) error = syncFolderOf(target_);
   {
@@ -215,6 +218,7 @@ int FileVersions::noteSync(FileVersion& version, int error) {
   version.isKept = error == 0;
   version.hasFailed = error != 0;
   if (error != 0) return error;
+  isNew_ = false;
   if (present_.get() == &version) isPresentOnDisk_ = true;
   changeRecord(version, [](VersionRecord& record) { record.boot = VersionRecord::kOnDisk; });
   std::size_t spares = 0;

@@ -83,7 +83,8 @@ class FileVersions {
   bool isTidy_ KVPM_GUARDED_BY(syncing_) = false;
 
   GuardMutex mutex_;
-  Version present_ KVPM_GUARDED_BY(mutex_);  // null unless this process wrote it
+  Version present_ KVPM_GUARDED_BY(mutex_);     // null unless this process wrote it
+  bool isNew_ KVPM_GUARDED_BY(mutex_) = false;  // no version is on the disk
   bool isPresentOnDisk_ KVPM_GUARDED_BY(mutex_) = false;
   std::vector<Version> hidden_ KVPM_GUARDED_BY(mutex_);
   std::optional<std::uint64_t> sequence_ KVPM_GUARDED_BY(mutex_);  // the latest given to a version

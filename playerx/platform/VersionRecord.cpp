@@ -59,7 +59,9 @@ Integrity integrityOf(int file, int& error) {
   }
   const std::optional<std::uint64_t> hash = hashOfFile(file, record->seed, error);
   if (!hash || *hash != record->hash) return Integrity::kTorn;
-  return record->reliesOnOthers != 0 ? Integrity::kUncertain : Integrity::kWhole;
+  if ((record->doubts & VersionRecord::kReliesOnOthers) == 0) return Integrity::kWhole;
+  // What was new when the power failed may be lost; what may have a past is not given up.
+  return (record->doubts & VersionRecord::kIsNew) != 0 ? Integrity::kTorn : Integrity::kUncertain;
 }
 
 }  // namespace playerx

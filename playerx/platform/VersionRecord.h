@@ -17,9 +17,12 @@ struct VersionRecord {
   std::uint64_t seed = 0;      ///< of the hash
   std::uint64_t hash = 0;      ///< of the whole content, as `BlockHashes` has it
 
-  /// 1 while files that the content may speak of (`FinishedFiles.h`) are not known to be on the
-  /// disk.
-  std::uint64_t reliesOnOthers = 0;
+  std::uint64_t doubts = 0;  ///< any of the following, of a version that is not on the disk
+
+  /// Files that the content may speak of (`FinishedFiles.h`) are not known to be on the disk.
+  static constexpr std::uint64_t kReliesOnOthers = 1;
+  /// No version of the file is known to be on the disk.
+  static constexpr std::uint64_t kIsNew = 2;
 
   static constexpr std::uint64_t kOnDisk = 0;
 };
@@ -44,7 +47,7 @@ bool removeRecord(int file);
 /// What a power cut may have done to a content.
 enum class Integrity {
   kWhole,      ///< nothing
-  kUncertain,  ///< nothing, but files that it speaks of may be torn
+  kUncertain,  ///< nothing, but files that it speaks of may be torn; an older version is better
   kTorn,
 };
 

@@ -41,7 +41,8 @@ struct Candidate {
 void prefer(Candidate& best, const fs::path& name, int& error) {
   Descriptor file = openPlainFile(name);
   const auto record = file ? readRecord(file.get()) : std::nullopt;
-  if (error != 0 || !record || record->sequence < best.sequence || record->reliesOnOthers != 0)
+  if (error != 0 || !record || record->sequence < best.sequence ||
+      (record->doubts & VersionRecord::kReliesOnOthers) != 0)
     return;
   const auto hash = hashOfFile(file.get(), record->seed, error);
   if (hash && *hash == record->hash) best = {std::move(file), name, record->sequence};

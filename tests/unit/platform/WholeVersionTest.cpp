@@ -142,10 +142,21 @@ TEST_F(WholeVersion, IsBelievedOnceTheFilesThatItSpeaksOfAreOnTheDisk) {
   EXPECT_EQ(content(), "complete");
 }
 
-TEST_F(WholeVersion, IsAnyWhereThereIsNoOther) {
+TEST_F(WholeVersion, IsNotOneThatIsNewAndSpeaksOfFilesThatAreNotOnTheDisk) {
   playerx::addFinishedFile(folder_.write("film.avi", "film"));
   save("complete");
   startMachineAnew();
+  File file;
+  EXPECT_EQ(open(file), ENOENT);
+  playerx::syncFinishedFiles();
+}
+
+TEST_F(WholeVersion, IsAnyThatIsWholeWhereAllOthersAreLost) {
+  saveAndSync("downloading");
+  playerx::addFinishedFile(folder_.write("film.avi", "film"));
+  save("complete");
+  startMachineAnew();
+  for (const fs::path& hidden : hiddenBeside(path_)) fs::remove(hidden);
   EXPECT_EQ(content(), "complete");
   playerx::syncFinishedFiles();
 }
