@@ -37,11 +37,6 @@ Reply failed(std::string note) {
   return reply;
 }
 
-bool isTransferred(const ItemState& item) {
-  return item.status == DownloadStatusStarting || item.status == DownloadStatusDownloading ||
-         item.status == DownloadStatusHeld;
-}
-
 const ItemState* find(const std::vector<ItemState>& queue, const Request& request) {
   if (request.id) {
     const auto found = std::find_if(queue.begin(), queue.end(), [&request](const ItemState& item) {
@@ -320,6 +315,17 @@ Reply QueueService::resumeAll() {
   session_.manager().resume();
   watch_.update();
   return done();
+}
+
+/// Whether the manager may be at work on an item: on the first one that is unfinished, whatever its
+/// status says, because adding another one has it say "queued".
+bool QueueService::isTransferred(const ItemState& item) const {
+  if (!session_.isStarted()) return false;
+  const std::vector<ItemState>& queue = watch_.queue();
+  const auto first = std::find_if(queue.begin(), queue.end(), [](const ItemState& each) {
+    return model::isUnfinished(each.status);
+  });
+  return first != queue.end() && first->id == item.id;
 }
 
 /// Ends the transfer of an item before a change of it: the manager would carry it on, with the

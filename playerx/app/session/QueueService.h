@@ -58,6 +58,7 @@ class QueueService {
   Reply resumeAll();
   Reply clean(bool dryRun);
   std::vector<Leftover> leftovers() const;
+  bool isTransferred(const model::ItemState& item) const;
   void whileStopped(const model::ItemState& item, const std::function<void()>& change);
 
   PlayerSession& session_;

@@ -108,12 +108,23 @@ TEST_F(QueueServiceTest, ClearDropsWhatIsComplete) {
 }
 
 TEST_F(QueueServiceTest, ATransferEndsBeforeItsItemIsRemoved) {
-  const DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
+  fake_.session().start();
+  const DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusQueued);
+  fake_.module.put("http://h/b.avi", DownloadStatusQueued);
   ask(Action::kRemove, 1);
   EXPECT_THAT(log_.lines(), ElementsAre("manager.pause", call("remove", item), "manager.resume"));
 }
 
+TEST_F(QueueServiceTest, NothingIsStoppedForAnItemThatWaits) {
+  fake_.session().start();
+  fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
+  const DownloadItem& second = fake_.module.put("http://h/b.avi", DownloadStatusQueued);
+  ask(Action::kRemove, 2);
+  EXPECT_THAT(log_.lines(), ElementsAre(call("remove", second)));
+}
+
 TEST_F(QueueServiceTest, APausedItemIsPassedOverUntilItIsResumed) {
+  fake_.session().start();
   DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
   const std::string update = call("updateStatus", item);
   ask(Action::kPause, 1);
