@@ -208,9 +208,7 @@ int Part::finish() {
   if (const int error = file_.flush(); error != 0) return error;
   file_.releaseReserve();
   openToOthers(file_.descriptor());
-  if (isSaved()) {
-    if (const int error = file_.sync(); error != 0) return error;
-  }
+  if (const int error = file_.sync(); error != 0) return error;
   isWhole_ = writeMark(file_.descriptor(), filmMark()) == 0;
   if (isWhole_) deleteState();
   return 0;

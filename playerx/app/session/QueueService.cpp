@@ -68,7 +68,11 @@ Reply refuseUnknown(const Request& request, std::size_t length) {
 
 QueueService::QueueService(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
                            QueueWatch::Listener listener)
-    : session_(session), watch_(session, std::move(wake), std::move(probe), std::move(listener)) {}
+    : session_(session), watch_(session, std::move(wake), std::move(probe), std::move(listener)) {
+  for (const ItemState& item : watch_.queue()) {
+    if (item.status == DownloadStatusStopped) held_.insert(item.id);
+  }
+}
 
 Reply QueueService::handle(const Request& request) {
   watch_.update();
@@ -83,6 +87,7 @@ Reply QueueService::handle(const Request& request) {
 
 void QueueService::update() {
   watch_.update();
+  holdAgain();
   if (mayHaveLeftovers_) deleteLeftovers();
 }
 
@@ -159,7 +164,7 @@ bool QueueService::goOnWith(const std::string& input, const Request& request, Re
       reply.notes.push_back(input + " had failed; trying it again.");
       break;
     case DownloadStatusStopped:
-      session_.manager().updateStatus(known->id, DownloadStatusQueued);
+      letGoOn(known->id);
       [[fallthrough]];
     default:
       reply.notes.push_back(input + " is in the queue already; going on with it.");
@@ -293,8 +298,22 @@ Reply QueueService::pause(const ItemState& item) {
     return failed("Only what waits or arrives can be paused; this one is " +
                   std::string(model::statusWord(item.status)) + ".");
   }
+  held_.insert(item.id);
   whileStopped(item, [&] { session_.manager().updateStatus(item.id, DownloadStatusStopped); });
   return done();
+}
+
+void QueueService::letGoOn(unsigned int id) {
+  held_.erase(id);
+  session_.manager().updateStatus(id, DownloadStatusQueued);
+}
+
+/// The manager queues a stopped item again when another one takes its place at the top.
+void QueueService::holdAgain() {
+  for (const ItemState& item : watch_.queue()) {
+    if (!held_.contains(item.id) || !model::isUnfinished(item.status)) continue;
+    whileStopped(item, [&] { session_.manager().updateStatus(item.id, DownloadStatusStopped); });
+  }
 }
 
 Reply QueueService::resume(const ItemState& item) {
@@ -303,17 +322,17 @@ Reply QueueService::resume(const ItemState& item) {
     return failed("Only a paused item can be resumed; this one is " +
                   std::string(model::statusWord(item.status)) + ".");
   }
-  session_.manager().updateStatus(item.id, DownloadStatusQueued);
+  letGoOn(item.id);
   return done();
 }
 
 Reply QueueService::resumeAll() {
   for (const ItemState& item : watch_.queue()) {
-    if (item.status != DownloadStatusStopped) continue;
-    session_.manager().updateStatus(item.id, DownloadStatusQueued);
+    if (item.status == DownloadStatusStopped) letGoOn(item.id);
   }
+  held_.clear();
   session_.manager().resume();
-  watch_.update();
+  update();
   return done();
 }
 

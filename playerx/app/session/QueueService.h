@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,8 @@ class QueueService {
   Reply move(const model::ItemState& item, Request::Direction direction);
   Reply pause(const model::ItemState& item);
   Reply resume(const model::ItemState& item);
+  void letGoOn(unsigned int id);
+  void holdAgain();
   Reply resumeAll();
   Reply clean(bool dryRun);
   std::vector<Leftover> leftovers() const;
@@ -63,6 +66,7 @@ class QueueService {
 
   PlayerSession& session_;
   QueueWatch watch_;
+  std::set<unsigned int> held_;  ///< items that wait until they are resumed
   bool mayHaveLeftovers_ = false;
 };
 

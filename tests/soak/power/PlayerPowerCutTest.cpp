@@ -114,7 +114,8 @@ class PlayerPowerCut : public testing::Test {
       completed.insert(item["url"]);
       EXPECT_TRUE(isWhole(item)) << item;
     }
-    EXPECT_THAT(queued, testing::IsSupersetOf(statements.addedBefore(cut - kSecond)));
+    EXPECT_THAT(queued, testing::IsSupersetOf(statements.addedBefore(cut - kSecond)))
+        << home_.run({"list"}).errors;
     EXPECT_THAT(completed, testing::IsSupersetOf(statements.finishedBefore(cut - kSecond)));
   }
 

@@ -135,6 +135,17 @@ TEST_F(QueueServiceTest, APausedItemIsPassedOverUntilItIsResumed) {
   EXPECT_EQ(log_.lines().back(), update + " 1");
 }
 
+TEST_F(QueueServiceTest, AnItemThatTheManagerQueuesAgainStaysPaused) {
+  DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusStopped);
+  service();
+  item.setStatus(DownloadStatusQueued);
+  service().update();
+  EXPECT_THAT(log_.lines(), ElementsAre(call("updateStatus", item) + " 5"));
+  ask(Action::kResume);
+  service().update();
+  EXPECT_EQ(log_.lines("manager.updateStatus").size(), 1u);
+}
+
 TEST_F(QueueServiceTest, AnAddedAddressIsLeftToBeFetched) {
   const Reply reply = add("http://h/a.avi");
   EXPECT_EQ(reply.outcome, Outcome::kDone);
