@@ -7,6 +7,7 @@
 #include "VeskPlayerX/ZPSServicesInterface.h"
 #include "playerx/app/inputs/TicketContents.h"
 #include "playerx/app/model/TextFormat.h"
+#include "playerx/cli/Reporter.h"
 #include "playerx/cli/TerminalText.h"
 
 namespace playerx::cli {
@@ -33,7 +34,8 @@ void printForPeople(const std::string& ticket, const TicketFinding& finding, std
 }
 
 void printJson(const std::string& ticket, const TicketFinding& finding, std::ostream& out) {
-  Json object{{"event", finding.isFilm ? "explained" : "problem"},
+  Json object{{"version", kJsonVersion},
+              {"event", finding.isFilm ? "explained" : "problem"},
               {"ticket", ticket},
               {"line", finding.line}};
   if (finding.isFilm) {

@@ -70,7 +70,7 @@ bool GetCommand::addOne(const std::string& input) {
   Request request = options_.request;
   request.inputs = {input};
   const Reply reply = service_.handle(request);
-  present(request, reply, reporter_);
+  present(reply, reporter_);
   return reply.refused.empty();
 }
 
@@ -79,6 +79,7 @@ int GetCommand::workUntilDone(int refused) {
     const auto start = std::chrono::steady_clock::now();
     server_.answerRequests();
     service_.update();
+    tellQueue();
     if (service_.watch().isIdle()) break;
     const auto took = std::chrono::steady_clock::now() - start;
     if (wakeUp_.rest(restAfter(took)) == WakeReason::kInterrupt) return park();
@@ -95,6 +96,11 @@ void GetCommand::tell(const QueueEvent& event) {
   if (event.kind == QueueEvent::Kind::kFailed) somethingFailed_ = true;
   present(event, reporter_);
   server_.publish(event);
+}
+
+void GetCommand::tellQueue() {
+  const model::QueueProgress progress = model::progressOf(service_.watch().queue());
+  if (progress != std::exchange(told_, progress)) reporter_.queueProgress(progress);
 }
 
 int GetCommand::park() {

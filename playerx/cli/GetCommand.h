@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "playerx/app/door/QueueServer.h"
+#include "playerx/app/model/Progress.h"
 #include "playerx/app/session/QueueService.h"
 #include "playerx/cli/Options.h"
 
@@ -29,6 +30,7 @@ class GetCommand {
   bool addOne(const std::string& input);
   int workUntilDone(int refused);
   void tell(const session::QueueEvent& event);
+  void tellQueue();
   int park();
 
   const Options& options_;
@@ -36,6 +38,7 @@ class GetCommand {
   Reporter& reporter_;
   WakeUp& wakeUp_;
   bool somethingFailed_ = false;
+  model::QueueProgress told_;  ///< of the whole queue
   session::QueueService service_;
   door::QueueServer server_;
 };

@@ -9,10 +9,13 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 using model::ItemState;
+using model::Progress;
+using model::QueueProgress;
 using reasons::Explanation;
 
 Json describe(const char* event, const ItemState& item) {
-  return Json{{"event", event},
+  return Json{{"version", kJsonVersion},
+              {"event", event},
               {"id", item.id},
               {"url", item.url},
               {"title", item.title},
@@ -20,12 +23,23 @@ Json describe(const char* event, const ItemState& item) {
               {"status", model::statusWord(item.status)},
               {"percent", item.percent},
               {"size", item.size},
-              {"path", item.path},
-              {"secondsRemaining", item.secondsRemaining}};
+              {"path", item.path}};
 }
 
 Json describe(const Explanation& reason) {
   return Json{{"code", reason.code()}, {"sentence", reason.sentence()}};
+}
+
+template <class T>
+Json orNull(const std::optional<T>& value) {
+  return value ? Json(*value) : Json(nullptr);
+}
+
+void add(const Progress& progress, Json& object) {
+  object["arrived"] = orNull(progress.arrived);
+  object["bytesPerSecond"] = progress.bytesPerSecond;
+  object["secondsRemaining"] = orNull(progress.secondsLeft);
+  object["silentSeconds"] = progress.silentSeconds;
 }
 
 class JsonReporter : public Reporter {
@@ -34,9 +48,9 @@ class JsonReporter : public Reporter {
 
   void added(const ItemState& item) override { print(describe("added", item)); }
 
-  void changed(const ItemState& item, std::uint64_t bytesPerSecond) override {
+  void changed(const ItemState& item, const Progress& progress) override {
     Json object = describe("changed", item);
-    object["bytesPerSecond"] = bytesPerSecond;
+    add(progress, object);
     print(object);
   }
 
@@ -53,13 +67,31 @@ class JsonReporter : public Reporter {
   }
 
   void refused(const std::string& argument, const Explanation& reason) override {
-    print(Json{{"event", "refused"}, {"argument", argument}, {"reason", describe(reason)}});
+    print(Json{{"version", kJsonVersion},
+               {"event", "refused"},
+               {"argument", argument},
+               {"reason", describe(reason)}});
   }
 
-  void listed(int position, const ItemState& item) override {
-    Json object = describe("listed", item);
-    object["position"] = position;
+  void listed(const Listing& listing) override {
+    Json object = describe("listed", listing.item);
+    object["position"] = listing.position;
+    add(listing.progress, object);
+    if (listing.reason) object["reason"] = describe(*listing.reason);
+    if (!listing.oddity.empty()) object["oddity"] = listing.oddity;
     print(object);
+  }
+
+  void listedAll(const QueueProgress& queue) override { queueProgress(queue); }
+
+  void queueProgress(const QueueProgress& queue) override {
+    print(Json{{"version", kJsonVersion},
+               {"event", "queue"},
+               {"items", queue.items},
+               {"completed", queue.completed},
+               {"arrived", queue.arrived},
+               {"total", queue.total},
+               {"unknownSizes", queue.unknownSizes}});
   }
 
   void note(const std::string& sentence) override { notes_ << sentence << std::endl; }

@@ -139,7 +139,8 @@ void addQueueCommands(CLI::App& app, Options& options) {
       addRequest(app, options, "add", "Add films to the queue without starting", Action::kAdd);
   addInputs(*add, options);
   add->parse_complete_callback([&options] { options.request.starts = false; });
-  addRequest(app, options, "list", "Print the queue and leave it as it is", Action::kList);
+  addRequest(app, options, "list", "Print the queue and leave it as it is", Action::kList)
+      ->add_flag("--long", options.isLong, "Print the address of each film as well");
   addRequest(app, options, "watch", "Show what another player downloads", Action::kWatch);
   addEdits(app, options);
   addPositionOrAll(
@@ -271,6 +272,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
   addGet(app, options);
   addQueueCommands(app, options);
   addExplain(app, options);
+  app.footer("Films are files that end in .vesk, .xvid, .avi or .mkv.");
   app.set_version_flag("--version", "playerx-cli " PLAYERX_VERSION, "Print the version");
   if (const CLI::App* subject = subjectOfHelp(app, argc, argv)) {
     std::cout << subject->help(subject == &app ? "" : app.get_name()) << std::flush;

@@ -23,6 +23,7 @@ struct Options {
   bool quiet = false;       ///< print failures and sentences alone
   bool json = false;
   bool diagnostics = false;  ///< show what the module prints for its engineers
+  bool isLong = false;       ///< list the addresses as well
 };
 
 /// Exit statuses of the program.

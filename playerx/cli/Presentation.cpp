@@ -1,29 +1,20 @@
 #include "playerx/cli/Presentation.h"
 
+#include "playerx/app/model/FilmCheck.h"
+#include "playerx/app/reasons/ReasonFile.h"
 #include "playerx/cli/Reporter.h"
 
 namespace playerx::cli {
 
 using session::QueueEvent;
 using session::Reply;
-using session::Request;
-
-namespace {
-
-void print(const std::vector<model::ItemState>& queue, Reporter& reporter) {
-  int position = 0;
-  for (const model::ItemState& item : queue) reporter.listed(++position, item);
-  if (queue.empty()) reporter.note("The queue is empty.");
-}
-
-}  // namespace
 
 void present(const QueueEvent& event, Reporter& reporter) {
   switch (event.kind) {
     case QueueEvent::Kind::kAdded:
       return reporter.added(event.item);
     case QueueEvent::Kind::kChanged:
-      return reporter.changed(event.item, event.bytesPerSecond);
+      return reporter.changed(event.item, event.progress);
     case QueueEvent::Kind::kFinished:
       return reporter.finished(event.item, event.sentence);
     case QueueEvent::Kind::kFailed:
@@ -35,15 +26,28 @@ void present(const QueueEvent& event, Reporter& reporter) {
   }
 }
 
-int present(const Request& request, const Reply& reply, Reporter& reporter) {
+int present(const Reply& reply, Reporter& reporter) {
   for (const session::Refusal& refusal : reply.refused) {
     reporter.refused(refusal.input, refusal.reason);
   }
   for (const std::string& sentence : reply.notes) reporter.note(sentence);
-  if (request.action == Request::Action::kList && reply.notes.empty()) {
-    print(reply.items, reporter);
-  }
   return static_cast<int>(reply.outcome);
+}
+
+void print(const std::vector<model::ItemState>& queue, const session::Places& places, bool isLong,
+           Reporter& reporter) {
+  const reasons::ReasonFile reasons(places.data);
+  int position = 0;
+  for (const model::ItemState& item : queue) {
+    const bool isComplete = item.status == DownloadStatusCompleted;
+    reporter.listed({.position = ++position,
+                     .item = item,
+                     .reason = reasons.find(item),
+                     .oddity = isComplete ? findOddity(item, places.media) : "",
+                     .isLong = isLong});
+  }
+  if (queue.empty()) return reporter.note("The queue is empty.");
+  reporter.listedAll(model::progressOf(queue));
 }
 
 }  // namespace playerx::cli

@@ -101,7 +101,7 @@ int requestHere(const Request& request, PlayerSession& session, Reporter& report
   };
   session::QueueService service(
       session, [] {}, probe(), tell);
-  return present(request, service.handle(request), reporter);
+  return present(service.handle(request), reporter);
 }
 
 /// Whether a request may be carried out twice with the effect of once.
@@ -122,7 +122,7 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
         opened.client->ask(withAbsolutePaths(options.request), kLongestAnswer);
     if (reply) {
       for (const model::ItemState& item : reply->items) reporter.added(item);
-      return present(options.request, *reply, reporter);
+      return present(*reply, reporter);
     }
     if (!opened.client->hasGone())
       return complainOf(opened.client->problem(), reporter, kExitFailed);
@@ -130,19 +130,26 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
   }
 }
 
+/// Prints the queue that a process has answered with, or why it has not.
+int printReply(const Reply& reply, const Options& options, const PlayerSession& session,
+               Reporter& reporter) {
+  const bool isQueue = reply.notes.empty();
+  if (isQueue) print(reply.items, session.places(), options.isLong, reporter);
+  return present(reply, reporter);
+}
+
 /// Prints the queue of the process that has it, or else the saved one as it lies there.
 int list(const Options& options, PlayerSession& session, Reporter& reporter) {
   QueueClient client;
   if (client.connect(session.places().data, kLongestList) == QueueClient::Met::kQueue) {
     const std::optional<Reply> reply = client.ask(options.request, kLongestList);
-    if (reply) return present(options.request, *reply, reporter);
+    if (reply) return printReply(*reply, options, session, reporter);
   }
   const std::string problem = session.open(Access::kLook);
   if (!problem.empty()) return complainOf(problem, reporter, kExitFailed);
   noteMessages(session, reporter);
-  Reply reply;
-  reply.items = model::snapshotOf(session.manager());
-  return present(options.request, reply, reporter);
+  print(model::snapshotOf(session.manager()), session.places(), options.isLong, reporter);
+  return kExitDone;
 }
 
 int watch(const Options& options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {

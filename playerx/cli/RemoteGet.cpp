@@ -73,7 +73,7 @@ void RemoteGet::take(const Reply& reply) {
 }
 
 void RemoteGet::beginToWait(const Reply& reply) {
-  present(options_.request, reply, reporter_);
+  present(reply, reporter_);
   somethingRefused_ = !reply.refused.empty();
   for (const model::ItemState& item : reply.items) {
     if (!model::isUnfinished(item.status)) continue;

@@ -25,6 +25,9 @@ class StandardOutput {
 
   std::ostream& stream() { return *stream_; }
 
+  /// Of what standard output was; owned by this object.
+  int descriptor() const { return kept_; }
+
  private:
   int kept_;  ///< descriptor of what standard output was
   std::unique_ptr<std::streambuf> buffer_;

@@ -1,53 +1,90 @@
 #include "playerx/cli/TerminalText.h"
 
+#include <QString>
+#include <QTextBoundaryFinder>
 #include <algorithm>
-#include <string_view>
+#include <clocale>
+#include <cwchar>
+#include <vector>
 
 namespace playerx::cli {
 
 namespace {
 
-bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
+constexpr char32_t kReplacement = 0xFFFD;        // stands for bytes that are no UTF-8
+constexpr char32_t kEmojiPresentation = 0xFE0F;  // has terminals draw the character before it wide
 
-/// Whether `text` begins with U+202A..U+202E or U+2066..U+2069, which turn the direction of what
-/// follows.
-bool turnsDirection(std::string_view text) {
-  const std::string_view mark = text.substr(0, 3);
-  return (mark >= "\xE2\x80\xAA" && mark <= "\xE2\x80\xAE") ||
-         (mark >= "\xE2\x81\xA6" && mark <= "\xE2\x81\xA9");
+/// `wcwidth` asks the locale of the thread, which need not know more than ASCII.
+class WideLocale {
+ public:
+  WideLocale() : before_(uselocale(locale())) {}
+  WideLocale(const WideLocale&) = delete;
+  WideLocale& operator=(const WideLocale&) = delete;
+  ~WideLocale() { uselocale(before_); }
+
+ private:
+  static locale_t locale() {
+    static const locale_t utf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return utf8;
+  }
+  const locale_t before_;
+};
+
+bool turnsDirection(char32_t character) {
+  return (character >= 0x202A && character <= 0x202E) ||
+         (character >= 0x2066 && character <= 0x2069);
+}
+
+bool isSafe(char32_t character) {
+  const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);
+  const bool breaksLine = character == 0x2028 || character == 0x2029;
+  return !isControl && !breaksLine && !turnsDirection(character) && character != kReplacement;
+}
+
+/// Inside a `WideLocale`.
+std::size_t widthOf(char32_t character) {
+  if (character == kEmojiPresentation) return 1;
+  return static_cast<std::size_t>(std::max(wcwidth(static_cast<wchar_t>(character)), 0));
+}
+
+/// Inside a `WideLocale`. A terminal that does not join the parts of a character draws each.
+std::size_t widthOf(const QString& text) {
+  std::size_t width = 0;
+  for (const char32_t character : text.toUcs4()) width += widthOf(character);
+  return width;
 }
 
 }  // namespace
 
 std::string printable(const std::string& text) {
-  std::string clean;
-  clean.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    // U+0080..U+009F, the control characters beyond ASCII, are C2 80..C2 9F.
-    const bool secondControl = byte == 0xC2 && i + 1 < text.size() &&
-                               static_cast<unsigned char>(text[i + 1]) >= 0x80 &&
-                               static_cast<unsigned char>(text[i + 1]) < 0xA0;
-    if (turnsDirection(std::string_view(text).substr(i))) {
-      i += 2;
-      clean += '?';
-      continue;
-    }
-    if (secondControl) ++i;
-    clean += secondControl || byte < 0x20 || byte == 0x7F ? '?' : text[i];
+  std::u32string clean;
+  for (const char32_t character : QString::fromStdString(text).toUcs4()) {
+    clean += isSafe(character) ? character : U'?';
   }
-  return clean;
+  return QString::fromStdU32String(clean).toStdString();
+}
+
+std::size_t columnsOf(const std::string& text) {
+  const WideLocale locale;
+  return widthOf(QString::fromStdString(text));
 }
 
 std::string cutTo(const std::string& text, std::size_t columns) {
-  std::size_t characters = 0;
-  std::size_t keep = 0;  // bytes of the first columns - 1 characters
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (isContinuation(static_cast<unsigned char>(text[i]))) continue;
-    if (++characters == columns) keep = i;
+  const WideLocale locale;
+  const QString whole = QString::fromStdString(text);
+  if (widthOf(whole) <= columns) return text;
+  if (columns == 0) return "";
+  QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, whole);
+  qsizetype keep = 0;
+  std::size_t used = 1;  // the mark of the cut
+  for (;;) {
+    const qsizetype next = characters.toNextBoundary();
+    if (next < 0) break;
+    used += widthOf(whole.mid(keep, next - keep));
+    if (used > columns) break;
+    keep = next;
   }
-  if (characters <= columns) return text;
-  return text.substr(0, keep) + "…";
+  return whole.left(keep).toStdString() + "…";
 }
 
 std::string progressBar(int percent, int width) {

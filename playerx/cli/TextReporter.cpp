@@ -1,22 +1,21 @@
-#include <algorithm>
 #include <map>
 #include <ostream>
+#include <utility>
 
 #include "playerx/app/model/TextFormat.h"
+#include "playerx/cli/LiveLine.h"
 #include "playerx/cli/Reporter.h"
 #include "playerx/cli/TerminalText.h"
 
 namespace playerx::cli {
 
 using model::formatBytes;
-using model::formatDuration;
 using model::ItemState;
+using model::Progress;
+using model::QueueProgress;
 using reasons::Explanation;
 
 namespace {
-
-constexpr int kBarWidth = 24;
-constexpr std::size_t kShortestTitle = 10;
 
 std::string nameOf(const ItemState& item) {
   return printable(item.title.empty() ? item.url : item.title);
@@ -26,13 +25,31 @@ std::string sizeNote(const ItemState& item) {
   return item.size == 0 ? "" : " (" + formatBytes(item.size) + ")";
 }
 
+std::string paceNote(const Progress& progress) {
+  std::string text;
+  if (progress.bytesPerSecond > 0) text += ", " + formatBytes(progress.bytesPerSecond) + "/s";
+  if (progress.secondsLeft) text += ", " + model::formatDuration(*progress.secondsLeft) + " left";
+  return text;
+}
+
+/// "2 of 7 complete, 1.3 GB of 4.0 GB"
+std::string sentenceOf(const QueueProgress& queue) {
+  std::string text = std::to_string(queue.completed) + " of " + std::to_string(queue.items) +
+                     " complete, " + formatBytes(queue.arrived) + " of " + formatBytes(queue.total);
+  if (queue.unknownSizes == 1) text += " without one film of unknown size";
+  if (queue.unknownSizes > 1) {
+    text += " without " + std::to_string(queue.unknownSizes) + " films of unknown size";
+  }
+  return text;
+}
+
 class LineReporter : public Reporter {
  public:
   LineReporter(std::ostream& out, std::ostream& notes) : out_(out), notes_(notes) {}
 
   void added(const ItemState& item) override { stateLine(item); }
 
-  void changed(const ItemState& item, std::uint64_t) override { stateLine(item); }
+  void changed(const ItemState& item, const Progress&) override { stateLine(item); }
 
   void finished(const ItemState& item, const std::string& oddity) override {
     forget(item);
@@ -50,13 +67,21 @@ class LineReporter : public Reporter {
     notes_ << printable(argument) << ": " << printable(reason.sentence()) << std::endl;
   }
 
-  void listed(int position, const ItemState& item) override {
-    out_ << position << ". " << model::statusWord(item.status) << ' ' << item.percent << " % "
-         << nameOf(item) << sizeNote(item);
+  void listed(const Listing& listing) override {
+    const ItemState& item = listing.item;
+    out_ << listing.position << ". " << model::statusWord(item.status) << ' ' << item.percent
+         << " % " << nameOf(item) << sizeNote(item) << paceNote(listing.progress);
     if (!item.provider.empty()) out_ << ", " << printable(item.provider);
     if (!item.path.empty()) out_ << " -> " << printable(item.path);
+    if (listing.reason) out_ << "\n   " << printable(listing.reason->sentence());
+    if (!listing.oddity.empty()) out_ << "\n   " << printable(listing.oddity);
+    if (listing.isLong && !item.url.empty()) out_ << "\n   " << printable(item.url);
     out_ << std::endl;
   }
+
+  void listedAll(const QueueProgress& queue) override { out_ << sentenceOf(queue) << std::endl; }
+
+  void queueProgress(const QueueProgress&) override {}
 
   void note(const std::string& sentence) override { notes_ << printable(sentence) << std::endl; }
 
@@ -78,21 +103,10 @@ class LineReporter : public Reporter {
   std::map<unsigned int, DownloadStatusEnumType> shown_;
 };
 
-/// The part of the live line after the title.
-std::string progressOf(const ItemState& item, std::uint64_t bytesPerSecond) {
-  std::string text =
-      progressBar(item.percent, kBarWidth) + " " + std::to_string(item.percent) + " %";
-  if (item.size > 0) text += "  " + formatBytes(item.size);
-  if (bytesPerSecond > 0) text += "  " + formatBytes(bytesPerSecond) + "/s";
-  const std::string remaining = formatDuration(item.secondsRemaining);
-  if (!remaining.empty()) text += "  " + remaining + " left";
-  return text;
-}
-
 class LiveReporter : public LineReporter {
  public:
-  LiveReporter(std::ostream& out, std::ostream& notes, int columns)
-      : LineReporter(out, notes), columns_(static_cast<std::size_t>(std::max(columns, 20))) {}
+  LiveReporter(std::ostream& out, std::ostream& notes, std::function<int()> columns)
+      : LineReporter(out, notes), columns_(std::move(columns)) {}
 
   ~LiveReporter() override { erase(); }
 
@@ -101,14 +115,15 @@ class LiveReporter : public LineReporter {
     LineReporter::added(item);
   }
 
-  void changed(const ItemState& item, std::uint64_t bytesPerSecond) override {
-    if (item.status != DownloadStatusDownloading && item.status != DownloadStatusStarting) return;
-    const std::string progress = progressOf(item, bytesPerSecond);
-    const std::size_t used = progress.size() + 2;
-    const std::size_t room = columns_ > used ? columns_ - used : 0;
-    const std::string line = cutTo(nameOf(item), std::max(room, kShortestTitle)) + "  " + progress;
-    out_ << "\r\033[K" << cutTo(line, columns_ - 1) << std::flush;
-    live_ = true;
+  void changed(const ItemState& item, const Progress& progress) override {
+    const int columns = columns_();
+    const bool isArriving =
+        item.status == DownloadStatusDownloading || item.status == DownloadStatusStarting;
+    if (!isArriving || columns < 2) return;
+    // A character in the last column has some terminals begin another line.
+    const auto room = static_cast<std::size_t>(columns - 1);
+    out_ << "\r\033[K" << liveLine(item, progress, queue_, room) << std::flush;
+    isLive_ = true;
   }
 
   void finished(const ItemState& item, const std::string& oddity) override {
@@ -121,6 +136,13 @@ class LiveReporter : public LineReporter {
     LineReporter::failed(item, reason);
   }
 
+  void refused(const std::string& argument, const Explanation& reason) override {
+    erase();
+    LineReporter::refused(argument, reason);
+  }
+
+  void queueProgress(const QueueProgress& queue) override { queue_ = queue; }
+
   void note(const std::string& sentence) override {
     erase();
     LineReporter::note(sentence);
@@ -128,12 +150,13 @@ class LiveReporter : public LineReporter {
 
  private:
   void erase() {
-    if (live_) out_ << "\r\033[K" << std::flush;
-    live_ = false;
+    if (isLive_) out_ << "\r\033[K" << std::flush;
+    isLive_ = false;
   }
 
-  const std::size_t columns_;
-  bool live_ = false;
+  const std::function<int()> columns_;
+  QueueProgress queue_;
+  bool isLive_ = false;
 };
 
 }  // namespace
@@ -142,8 +165,9 @@ std::unique_ptr<Reporter> makeLineReporter(std::ostream& out, std::ostream& note
   return std::make_unique<LineReporter>(out, notes);
 }
 
-std::unique_ptr<Reporter> makeLiveReporter(std::ostream& out, std::ostream& notes, int columns) {
-  return std::make_unique<LiveReporter>(out, notes, columns);
+std::unique_ptr<Reporter> makeLiveReporter(std::ostream& out, std::ostream& notes,
+                                           std::function<int()> columns) {
+  return std::make_unique<LiveReporter>(out, notes, std::move(columns));
 }
 
 }  // namespace playerx::cli

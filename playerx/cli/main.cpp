@@ -26,20 +26,22 @@ using session::PlayerSession;
 
 constexpr int kUsualColumns = 80;
 
-/// Columns of the terminal on standard output; 0 when it is not a terminal.
-int terminalColumns() {
+/// Columns of a terminal; 0 when there is none, or when another program has it in the foreground.
+int terminalColumns(int terminal) {
   winsize size{};
-  if (isatty(STDOUT_FILENO) == 0 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
+  if (tcgetpgrp(terminal) != getpgrp() || ioctl(terminal, TIOCGWINSZ, &size) != 0) return 0;
   return size.ws_col == 0 ? kUsualColumns : size.ws_col;
 }
 
-std::unique_ptr<Reporter> makeReporter(const Options& options, int columns, std::ostream& out) {
+std::unique_ptr<Reporter> makeReporter(const Options& options, StandardOutput& output) {
   static std::ostream nothing(nullptr);
-  if (options.json) return makeJsonReporter(out, std::cerr);
+  const int terminal = output.descriptor();
+  if (options.json) return makeJsonReporter(output.stream(), std::cerr);
   const bool isPrinted = options.request.action == session::Request::Action::kList;
   if (options.quiet && !isPrinted) return makeLineReporter(nothing, std::cerr);
-  if (columns == 0) return makeLineReporter(out, std::cerr);
-  return makeLiveReporter(out, std::cerr, columns);
+  if (isatty(terminal) == 0) return makeLineReporter(output.stream(), std::cerr);
+  return makeLiveReporter(output.stream(), std::cerr,
+                          [terminal] { return terminalColumns(terminal); });
 }
 
 int runExplain(const Options& options, PlayerSession& session, Reporter& reporter,
@@ -69,12 +71,13 @@ int run(const Options& options, bool hasHome) {
                                options.request.action == session::Request::Action::kWatch;
   std::optional<InterruptsAllowed> allowed;
   if (!takesInterrupts) allowed.emplace();
-  const int columns = terminalColumns();
   StandardOutput output(options.diagnostics ? StandardOutput::Diagnostics::kToStandardError
                                             : StandardOutput::Diagnostics::kDropped);
-  const std::unique_ptr<Reporter> reporter = makeReporter(options, columns, output.stream());
-  const std::string problem =
-      hasHome ? "" : missingHomeProblem(options.session, std::getenv("XDG_DATA_HOME"));
+  const std::unique_ptr<Reporter> reporter = makeReporter(options, output);
+  std::string problem = session::dataFolderProblem(options.session.dataFolder);
+  if (problem.empty() && !hasHome) {
+    problem = missingHomeProblem(options.session, std::getenv("XDG_DATA_HOME"));
+  }
   if (!problem.empty()) {
     reporter->note(problem);
     return kExitUsage;

@@ -50,6 +50,7 @@ void ResponseHead::addField(std::string_view name, std::string_view value) {
   } wanted[] = {{"Content-Length", fields_.contentLength},
                 {"Content-Range", fields_.contentRange},
                 {"Content-Encoding", fields_.contentEncoding},
+                {"Content-Type", fields_.contentType},
                 {"Transfer-Encoding", fields_.transferEncoding},
                 {"ETag", fields_.etag},
                 {"Last-Modified", fields_.lastModified},
@@ -63,6 +64,11 @@ void ResponseHead::addField(std::string_view name, std::string_view value) {
 std::optional<std::uint64_t> ResponseHead::bodyLength() const {
   if (!fields_.transferEncoding.empty()) return std::nullopt;
   return parseNumber(fields_.contentLength);
+}
+
+bool ResponseHead::isWebPage() const {
+  const std::string_view type = fields_.contentType;
+  return sameName(trimmed(type.substr(0, type.find(';'))), "text/html");
 }
 
 bool ResponseHead::isEncoded() const {

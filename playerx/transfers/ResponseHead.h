@@ -21,6 +21,8 @@ class ResponseHead {
   int status() const { return fields_.status; }
   /// Bytes of the body; nullopt when not told or when the body comes in chunks.
   std::optional<std::uint64_t> bodyLength() const;
+  /// True when the body is said to be a page for a browser, such as one to log in.
+  bool isWebPage() const;
   /// True when the body has a content coding, such as compression.
   bool isEncoded() const;
 
@@ -37,7 +39,7 @@ class ResponseHead {
   struct Fields {
     int status = 0;
     bool ended = false;
-    std::string contentLength, contentRange, contentEncoding, transferEncoding;
+    std::string contentLength, contentRange, contentEncoding, contentType, transferEncoding;
     std::string etag, lastModified, date, retryAfter;
   };
 

@@ -13,6 +13,7 @@ Verdict askForWhole() { return {Step::kAskForWhole, std::nullopt, TransferFailur
 
 Verdict judgeWhole(const ResponseHead& head) {
   if (head.isEncoded()) return broken(TransferFailure::kBadAnswer);
+  if (head.isWebPage()) return broken(TransferFailure::kWebPage);
   return {Step::kReplace, head.bodyLength(), TransferFailure::kNone};
 }
 

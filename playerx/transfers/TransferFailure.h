@@ -30,6 +30,7 @@ enum class TransferFailure : std::int32_t {
   kMediaFolder = 20,        ///< the folder for finished files cannot be used
   kInternal = 21,           ///< no memory, or another failure on this side
   kNoSpaceForFilm = 22,     ///< the disk of finished files is full; what has arrived is kept
+  kWebPage = 23,            ///< the server sends a web page where a film should be
 };
 
 /// The failure that stands for an HTTP status, 100..599.

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <chrono>
 #include <sstream>
+#include <stdexcept>
+
+#include "tests/support/JsonSchema.h"
 
 namespace system_test {
 
@@ -28,7 +31,11 @@ std::vector<std::string> filesIn(const fs::path& folder) {
 std::vector<Json> PlayerResult::events() const {
   std::vector<Json> list;
   std::istringstream lines(output);
-  for (std::string line; std::getline(lines, line);) list.push_back(Json::parse(line));
+  for (std::string line; std::getline(lines, line);) {
+    list.push_back(Json::parse(line));
+    const std::string faults = support::faultsOf(list.back(), support::schemaOfLines());
+    if (!faults.empty()) throw std::runtime_error(line + "\n" + faults);
+  }
   return list;
 }
 

@@ -19,7 +19,8 @@ struct PlayerResult {
   std::string output;
   std::string errors;
 
-  /// The JSON lines of standard output; std::runtime_error when one is none.
+  /// The JSON lines of standard output; std::runtime_error when one is none or breaks
+  /// the schema of docs/json-output.schema.json.
   std::vector<Json> events() const;
 
   /// The events of one kind ("added", "failed", ...).

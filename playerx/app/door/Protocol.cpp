@@ -39,6 +39,7 @@ NLOHMANN_JSON_SERIALIZE_ENUM(QueueEvent::Kind, {{QueueEvent::Kind::kAdded, "adde
 namespace playerx::door {
 
 using model::ItemState;
+using model::Progress;
 using reasons::Explanation;
 using session::QueueEvent;
 using session::Refusal;
@@ -126,16 +127,10 @@ class Members {
 };
 
 Json jsonOf(const ItemState& item) {
-  return {{"id", item.id},
-          {"title", item.title},
-          {"provider", item.provider},
-          {"url", item.url},
-          {"path", item.path},
-          {"status", model::statusWord(item.status)},
-          {"percent", item.percent},
-          {"size", item.size},
-          {"secondsRemaining", item.secondsRemaining},
-          {"playable", item.playable}};
+  return {
+      {"id", item.id},           {"title", item.title}, {"provider", item.provider},
+      {"url", item.url},         {"path", item.path},   {"status", model::statusWord(item.status)},
+      {"percent", item.percent}, {"size", item.size},   {"playable", item.playable}};
 }
 
 std::optional<DownloadStatusEnumType> statusOf(const std::string& word) {
@@ -158,12 +153,31 @@ std::optional<ItemState> itemOf(const Json& object) {
   members.take("status", status);
   members.take("percent", item.percent);
   members.take("size", item.size);
-  members.take("secondsRemaining", item.secondsRemaining);
   members.take("playable", item.playable);
   const auto known = statusOf(status);
   if (!members.isGood() || !known) return std::nullopt;
   item.status = *known;
   return item;
+}
+
+Json jsonOf(const Progress& progress) {
+  Json object{{"bytesPerSecond", progress.bytesPerSecond},
+              {"silentSeconds", progress.silentSeconds},
+              {"isRetrying", progress.isRetrying}};
+  if (progress.arrived) object["arrived"] = *progress.arrived;
+  if (progress.secondsLeft) object["secondsLeft"] = *progress.secondsLeft;
+  return object;
+}
+
+std::optional<Progress> progressOf(const Json& object) {
+  Members members(object);
+  Progress progress;
+  members.take("bytesPerSecond", progress.bytesPerSecond);
+  members.take("silentSeconds", progress.silentSeconds);
+  members.take("isRetrying", progress.isRetrying);
+  if (members.has("arrived")) members.take("arrived", progress.arrived.emplace());
+  if (members.has("secondsLeft")) members.take("secondsLeft", progress.secondsLeft.emplace());
+  return members.isGood() ? std::optional(progress) : std::nullopt;
 }
 
 Json jsonOf(const Explanation& reason) {
@@ -212,11 +226,14 @@ std::optional<Reply> replyOf(Members members) {
 std::optional<QueueEvent> eventOf(Members members) {
   QueueEvent event;
   members.take("event", event.kind);
-  members.take("bytesPerSecond", event.bytesPerSecond);
   members.take("sentence", event.sentence);
   if (members.has("item")) {
     const auto item = itemOf(members.at("item"));
     item ? void(event.item = *item) : members.fail();
+  }
+  if (members.has("progress")) {
+    const auto progress = progressOf(members.at("progress"));
+    progress ? void(event.progress = *progress) : members.fail();
   }
   if (members.has("reason")) {
     const auto reason = explanationOf(members.at("reason"));
@@ -263,7 +280,7 @@ QByteArray write(const Reply& reply) {
 QByteArray write(const QueueEvent& event) {
   Json object{{"event", event.kind}};
   if (event.kind != QueueEvent::Kind::kNote) object["item"] = jsonOf(event.item);
-  if (event.kind == QueueEvent::Kind::kChanged) object["bytesPerSecond"] = event.bytesPerSecond;
+  if (event.kind == QueueEvent::Kind::kChanged) object["progress"] = jsonOf(event.progress);
   if (!event.sentence.empty()) object["sentence"] = event.sentence;
   if (event.kind == QueueEvent::Kind::kFailed) object["reason"] = jsonOf(event.reason);
   return lineOf(object);

@@ -42,7 +42,19 @@ AddResult addTicket(const std::string& path, DownloadManagerInterface& manager,
   return refused(reasons::explain(Reason::kServicesSaid, {.words = words.back()}));
 }
 
+/// The download manager takes every address for a secure one that has "https" anywhere.
+bool isTakenForSecure(const std::string& address) {
+  const QString text = QString::fromStdString(address);
+  return !text.startsWith("https:", Qt::CaseInsensitive) &&
+         text.contains("https", Qt::CaseInsensitive);
+}
+
 }  // namespace
+
+std::string cleaned(const std::string& input) {
+  const QString text = QString::fromStdString(input);
+  return text.contains("://") ? text.trimmed().toStdString() : input;
+}
 
 bool isTicketPath(const std::string& argument) {
   const QString text = QString::fromStdString(argument);
@@ -58,13 +70,15 @@ std::optional<Reason> refusalOfAddress(const std::string& address) {
   const std::optional<Address> parsed = parseAddress(address);
   if (!parsed) return reasons::reasonOf(fault);
   if (parsed->hasCredentials) return Reason::kCredentialsInAddress;
+  if (parsed->host.starts_with('[')) return Reason::kNumericHost6;
+  if (isTakenForSecure(address)) return Reason::kMisplacedHttps;
   return std::nullopt;
 }
 
 AddResult addInput(const std::string& input, DownloadManagerInterface& manager,
                    const std::vector<model::ItemState>& queue, const TakeMessages& takeMessages) {
   return isTicketPath(input) ? addTicket(input, manager, takeMessages)
-                             : addAddress(input, manager, queue);
+                             : addAddress(cleaned(input), manager, queue);
 }
 
 }  // namespace playerx::inputs

@@ -18,6 +18,10 @@ namespace playerx::inputs {
 /// it aside, and is not an address.
 bool isTicketPath(const std::string& argument);
 
+/// An address without the white space around it, which came along when it was copied. Everything
+/// else, such as the path of a ticket, as it is.
+std::string cleaned(const std::string& input);
+
 /// Why the player does not take this address; nullopt when it does, whatever the download manager
 /// then makes of its file type.
 std::optional<reasons::Reason> refusalOfAddress(const std::string& address);

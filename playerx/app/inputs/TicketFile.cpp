@@ -7,6 +7,7 @@
 #include "kvpm/File.h"
 #include "kvpm/StringTools.h"
 #include "persistence/ClearTicket.h"
+#include "playerx/app/inputs/Input.h"
 #include "playerx/settings/ServicesAddress.h"
 
 namespace playerx::inputs {
@@ -22,6 +23,17 @@ constexpr std::wstring_view kSealedLine = L"VeskSealedTicket 1";
 
 bool isTooLong(const persistence::TicketFilm& film) {
   return std::max({film.title.size(), film.contentProvider.size(), film.url.size()}) > kLongestText;
+}
+
+std::optional<Explanation> refusalOfFilm(const persistence::TicketFilm& film) {
+  const auto line = static_cast<int>(film.line);
+  if (isTooLong(film)) {
+    return explain(Reason::kLongText, {.words = std::to_string(kLongestText), .number = line});
+  }
+  const auto reason = refusalOfAddress(kvpm::StringTools::wStringToString(film.url));
+  if (!reason) return std::nullopt;
+  const std::string why = explain(*reason).happened;
+  return explain(Reason::kFilmOfTicket, {.words = why, .number = line});
 }
 
 bool isFolder(const std::string& path) {
@@ -79,10 +91,10 @@ std::optional<Explanation> refusalOfText(const std::wstring& text, bool hasServi
   if (ticket.films.size() > kMostFilms) {
     return explain(Reason::kTooManyFilms, {.number = static_cast<int>(kMostFilms)});
   }
-  const auto tooLong = std::find_if(ticket.films.begin(), ticket.films.end(), isTooLong);
-  if (tooLong == ticket.films.end()) return std::nullopt;
-  return explain(Reason::kLongText, {.words = std::to_string(kLongestText),
-                                     .number = static_cast<int>(tooLong->line)});
+  for (const persistence::TicketFilm& film : ticket.films) {
+    if (auto refusal = refusalOfFilm(film)) return refusal;
+  }
+  return std::nullopt;
 }
 
 }  // namespace playerx::inputs

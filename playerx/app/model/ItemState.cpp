@@ -20,7 +20,6 @@ ItemState stateOf(const VeskPlayerX::DownloadItemInterface& item) {
   state.status = item.getStatus();
   state.percent = std::clamp(item.getPercentDownloaded(), 0, 100);
   state.size = item.getSize();
-  state.secondsRemaining = static_cast<std::uint32_t>(item.getTimeRemaining());
   state.playable = item.getReadyForProgressivePlayback();
   state.ticket = item.getTicket();
   return state;

@@ -21,11 +21,10 @@ struct ItemState {
   std::string url;
   std::string path;  ///< empty until the module has chosen one
   DownloadStatusEnumType status = DownloadStatusQueued;
-  int percent = 0;                     ///< 0..100
-  std::uint64_t size = 0;              ///< bytes; 0 until known
-  std::uint32_t secondsRemaining = 0;  ///< 0 when not known
-  bool playable = false;               ///< playback may begin before the whole film is there
-  std::string ticket;                  ///< opaque bytes; empty for an item without ticket
+  int percent = 0;         ///< 0..100
+  std::uint64_t size = 0;  ///< bytes; 0 until known
+  bool playable = false;   ///< playback may begin before the whole film is there
+  std::string ticket;      ///< opaque bytes; empty for an item without ticket
 
   bool operator==(const ItemState&) const = default;
 };

@@ -4,7 +4,7 @@ namespace playerx::model {
 
 namespace {
 
-constexpr std::chrono::seconds kWindow(5);
+constexpr std::chrono::seconds kWindow(10);
 
 /// Of reports closer together than this only the last is kept.
 constexpr std::chrono::milliseconds kSpacing(100);
@@ -12,7 +12,9 @@ constexpr std::chrono::milliseconds kSpacing(100);
 }  // namespace
 
 void SpeedMeter::feed(Clock::time_point now, std::uint64_t bytes) {
-  if (!reports_.empty() && bytes < reports_.back().bytes) reports_.clear();
+  const bool isNew = !reports_.empty() &&
+                     (bytes < reports_.back().bytes || now - reports_.back().time > kLongestPause);
+  if (isNew) reports_.clear();
   const std::size_t count = reports_.size();
   const bool isDense = count >= 2 && reports_[count - 1].time - reports_[count - 2].time < kSpacing;
   if (isDense) reports_.pop_back();

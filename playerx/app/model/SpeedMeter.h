@@ -11,10 +11,14 @@ class SpeedMeter {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// `bytes` have arrived by `now`. Fewer bytes than before begin a new measurement.
+  /// Reports come far more often than this while the process runs.
+  static constexpr std::chrono::seconds kLongestPause{5};
+
+  /// `bytes` have arrived by `now`. Fewer bytes than before, and a pause between two reports in
+  /// which nobody looked (the process was stopped), begin a new measurement.
   void feed(Clock::time_point now, std::uint64_t bytes);
 
-  /// Bytes per second over at most the last five seconds; 0 until two reports differ in time.
+  /// Bytes per second over at most the last ten seconds; 0 until two reports differ in time.
   std::uint64_t bytesPerSecond() const;
 
  private:

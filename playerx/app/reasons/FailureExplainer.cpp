@@ -3,9 +3,11 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
+#include "playerx/app/model/TextFormat.h"
 #include "playerx/app/reasons/TransferReason.h"
 #include "playerx/settings/ServicesAddress.h"
 
@@ -16,14 +18,27 @@ using model::Notice;
 
 namespace {
 
-/// Whether files can be kept in this folder, which may still have to be made: the next folder above
-/// that exists can be written and lies on a disk, not in a file system of the kernel's own.
-bool canHoldFiles(const std::string& folder) {
+std::filesystem::path existingPart(const std::string& folder) {
   std::filesystem::path existing = folder;
   std::error_code error;
   while (!std::filesystem::exists(existing, error) && existing.has_relative_path()) {
     existing = existing.parent_path();
   }
+  return existing;
+}
+
+std::string folderWithoutSpace(const std::vector<Notice>& notices) {
+  const auto found = std::find_if(notices.begin(), notices.end(), [](const Notice& notice) {
+    return notice.kind == Notice::kNoSpace;
+  });
+  return found == notices.end() ? "" : found->text;
+}
+
+/// Whether files can be kept in this folder, which may still have to be made: the next folder above
+/// that exists can be written and lies on a disk, not in a file system of the kernel's own.
+bool canHoldFiles(const std::string& folder) {
+  const std::filesystem::path existing = existingPart(folder);
+  std::error_code error;
   if (!std::filesystem::is_directory(existing, error)) return false;
   struct statvfs disk {};
   if (statvfs(existing.c_str(), &disk) != 0) return true;
@@ -40,13 +55,13 @@ Explanation explainRefusal(const Notice& notice) {
                  {.words = notice.text.empty() ? error : error + ": " + notice.text});
 }
 
-std::optional<Explanation> explainNotice(const Notice& notice) {
+std::optional<Explanation> explainNotice(const Notice& notice, std::uint64_t size) {
   switch (notice.kind) {
     case Notice::kSlotDeclined:
       return explain(Reason::kSlotDeclined);
     case Notice::kNoSpace:
-      return explain(canHoldFiles(notice.text) ? Reason::kTooLittleSpace : Reason::kFolderUnusable,
-                     {.place = notice.text});
+      return canHoldFiles(notice.text) ? explainSpace(notice.text, size)
+                                       : explain(Reason::kFolderUnusable, {.place = notice.text});
     case Notice::kNotAuthorized:
       return explainRefusal(notice);
     default:
@@ -66,13 +81,23 @@ std::optional<Explanation> explainLastTransfer(const std::optional<TransferRepor
 std::optional<Explanation> explainNotices(const ItemState& item, const std::vector<Notice>& notices,
                                           const std::string& words) {
   for (const Notice& notice : notices) {
-    if (auto explanation = explainNotice(notice)) return explanation;
+    if (auto explanation = explainNotice(notice, item.size)) return explanation;
   }
   if (!item.ticket.empty() && !words.empty()) {
     return explain(Reason::kServicesSaid, {.words = words});
   }
   if (item.url.empty() && item.ticket.empty()) return explain(Reason::kItemWithoutAddress);
   return std::nullopt;
+}
+
+Explanation explainSpace(const std::string& folder, std::uint64_t size) {
+  std::error_code error;
+  const std::filesystem::space_info disk = std::filesystem::space(existingPart(folder), error);
+  std::string numbers;
+  if (size > 0) numbers = model::formatBytes(2 * size + size / 7168) + " needed";
+  if (!error)
+    numbers += (numbers.empty() ? "" : ", ") + model::formatBytes(disk.available) + " free";
+  return explain(Reason::kTooLittleSpace, {.place = folder, .words = numbers});
 }
 
 Reason reasonOfServices(const ProbeResult& probe) {
@@ -118,7 +143,8 @@ void FailureExplainer::explain(const ItemState& item, const std::vector<Notice>&
   std::optional<Explanation> known = explainNotices(item, notices, words);
   if (!known) known = explainLastTransfer(findTransfer_(item.url), item.url);
   if (known && !isDoubtful(item, *known)) return answer(item, *std::move(known));
-  ask({item, item.url.empty() ? servicesAddress() : item.url, std::move(known)});
+  ask({item, item.url.empty() ? servicesAddress() : item.url, std::move(known),
+       folderWithoutSpace(notices)});
 }
 
 std::vector<ExplainedFailure> FailureExplainer::takeAnswers() {
@@ -153,14 +179,22 @@ std::optional<FailureExplainer::Question> FailureExplainer::takeQuestion() {
   return question;
 }
 
+Explanation FailureExplainer::answerTo(const Question& question, const ProbeResult& probe) {
+  if (question.item.url.empty()) {
+    return reasons::explain(reasonOfServices(probe), {.host = hostOf(probe.address)});
+  }
+  Explanation chosen = chooseExplanation(question.known, explainProbe(probe));
+  // Only now the size that there is no room for is known.
+  const bool isSpace = chosen.reason == Reason::kTooLittleSpace && probe.length > 0;
+  return isSpace ? explainSpace(question.crowded, static_cast<std::uint64_t>(probe.length))
+                 : chosen;
+}
+
 void FailureExplainer::answerQuestions(const std::stop_token& stop) {
   while (const std::optional<Question> question = takeQuestion()) {
     const ProbeResult probe = probe_(question->server, stop);
     if (stop.stop_requested()) return;
-    const bool asksServices = question->item.url.empty();
-    answer(question->item,
-           asksServices ? reasons::explain(reasonOfServices(probe), {.host = hostOf(probe.address)})
-                        : chooseExplanation(question->known, explainProbe(probe)));
+    answer(question->item, answerTo(*question, probe));
   }
 }
 

@@ -53,11 +53,13 @@ class FailureExplainer {
     model::ItemState item;
     std::string server;  ///< address to ask
     std::optional<Explanation> known;
+    std::string crowded;  ///< folder with too little space, if that is what is known
   };
 
   void ask(Question question);
   void answer(const model::ItemState& item, Explanation explanation);
   std::optional<Question> takeQuestion();
+  static Explanation answerTo(const Question& question, const ProbeResult& probe);
   void answerQuestions(const std::stop_token& stop);
 
   const std::function<void()> wake_;
@@ -79,6 +81,10 @@ class FailureExplainer {
 std::optional<Explanation> explainNotices(const model::ItemState& item,
                                           const std::vector<model::Notice>& notices,
                                           const std::string& words);
+
+/// There is too little free space in `folder` for a film of `size` bytes (0: not known). Names what
+/// is needed, which is twice the film and a little, and what is free now.
+Explanation explainSpace(const std::string& folder, std::uint64_t size);
 
 /// Why a protected item could not even be authorised, as a look at the online services shows.
 Reason reasonOfServices(const ProbeResult& probe);

@@ -20,6 +20,8 @@ enum class Reason : std::int32_t {
   kUnescapedAddress = 42,
   kCredentialsInAddress = 43,
   kUnsupportedType = 44,
+  kNumericHost6 = 45,    ///< an IP address of version 6
+  kMisplacedHttps = 46,  ///< "https" behind http://, which the download manager takes as the scheme
 
   // A ticket.
   kNoTicketFile = 50,
@@ -30,6 +32,7 @@ enum class Reason : std::int32_t {
   kLongText = 55,
   kEmptyTicket = 56,
   kSealedTicket = 57,  ///< protected, and no online services are named
+  kFilmOfTicket = 58,  ///< an address in it cannot be used; the words say why
 
   // The online services.
   kServicesSaid = 60,  ///< the words are their own
@@ -50,6 +53,14 @@ enum class Reason : std::int32_t {
   kProxyRefused = 75,
   kProxyTimeout = 76,
   kUnexplained = 77,  ///< failed, though the server answers now
+  kProxyLogin = 78,
+
+  // What is wrong with a server's certificate.
+  kExpired = 85,
+  kNotYetValid = 86,
+  kOtherHost = 87,
+  kSelfSigned = 88,
+  kUnknownAuthority = 89,
 };
 
 /// The reason why a transfer broke.

@@ -1,11 +1,14 @@
 #include "playerx/app/reasons/ServerProbe.h"
 
 #include <curl/curl.h>
+#include <strings.h>
 
 #include <array>
 #include <memory>
+#include <string_view>
 #include <utility>
 
+#include "playerx/app/reasons/Proxy.h"
 #include "playerx/app/reasons/TransferReason.h"
 #include "playerx/settings/CurlTrust.h"
 
@@ -42,6 +45,17 @@ void setStop(CURL* curl, std::stop_token& stop) {
   curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &stop);
 }
 
+std::string textOf(CURL* curl, CURLINFO info) {
+  const char* text = nullptr;
+  curl_easy_getinfo(curl, info, &text);
+  return text == nullptr ? "" : text;
+}
+
+bool isWebPage(const std::string& type) {
+  constexpr std::string_view kPage = "text/html";
+  return strncasecmp(type.c_str(), kPage.data(), kPage.size()) == 0;
+}
+
 ProbeResult probeServer(const std::string& address, const TrustedAuthorities& authorities,
                         std::stop_token stop) {
   ProbeResult result{.address = address, .end = {}, .words = {}};
@@ -61,6 +75,8 @@ ProbeResult probeServer(const std::string& address, const TrustedAuthorities& au
   curl_off_t length = -1;
   curl_easy_getinfo(curl.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   result.length = length;
+  result.type = textOf(curl.get(), CURLINFO_CONTENT_TYPE);
+  result.last = textOf(curl.get(), CURLINFO_EFFECTIVE_URL);
   return result;
 }
 
@@ -78,9 +94,13 @@ std::optional<Explanation> explainProbe(const ProbeResult& probe) {
   // A single request that broke off does not show that the line breaks again and again.
   if (report.failure == TransferFailure::kDropped) report.failure = TransferFailure::kBadAnswer;
   report.detail = probe.words;
-  const std::string host = hostOf(probe.address);
-  if (report.failure != TransferFailure::kNone) return explainTransfer(report, probe.address);
+  // A redirect may have led to another server, which is the one to name.
+  const std::string& address = probe.last.empty() ? probe.address : probe.last;
+  const std::string host = hostOf(address);
+  if (report.failure != TransferFailure::kNone) return explainTransfer(report, address);
+  if (probe.status == 407) return explainProxyLogin(address);
   if (probe.status >= 400) return explain(reasonOfStatus(probe.status), {.host = host});
+  if (isWebPage(probe.type)) return explain(reasonOf(TransferFailure::kWebPage), {.host = host});
   if (probe.length == 0) return explain(Reason::kEmptyFile, {.host = host});
   if (probe.length < 0) return explain(Reason::kNoLength, {.host = host});
   return std::nullopt;

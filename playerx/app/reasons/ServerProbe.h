@@ -19,6 +19,8 @@ struct ProbeResult {
   std::string words;         ///< libcurl's own on a failure
   long status = 0;           ///< HTTP status of the last answer; 0 when there was none
   std::int64_t length = -1;  ///< announced bytes; -1 when none were announced
+  std::string type{};        ///< announced media type ("text/html; charset=utf-8"); may be empty
+  std::string last{};        ///< address of the last answer, after redirects; may be empty
 };
 
 /// Looks at the server behind an address (UTF-8). Blocks for the network, less long when a stop is

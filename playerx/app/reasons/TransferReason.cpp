@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "playerx/app/reasons/Certificates.h"
+#include "playerx/app/reasons/Proxy.h"
 #include "playerx/transfers/CurlFailure.h"
 
 namespace playerx::reasons {
@@ -21,6 +23,7 @@ std::optional<Explanation> explainTransfer(const TransferReport& report,
                                            const std::string& address) {
   const std::string host = hostOf(address);
   const Reason reason = reasonOf(report.failure);
+  if (report.failure == failureOfStatus(407)) return explainProxyLogin(address);
   switch (report.failure) {
     case TransferFailure::kNone:
       return std::nullopt;
@@ -35,6 +38,8 @@ std::optional<Explanation> explainTransfer(const TransferReport& report,
                      {.place = std::filesystem::path(report.requestedPath).parent_path().string()});
     case TransferFailure::kMediaFolder:
       return explain(reason, {.place = report.requestedPath});
+    case TransferFailure::kCertificate:
+      return explainCertificate(report.detail, host);
     default:
       return explain(reason, {.host = host, .words = report.detail});
   }

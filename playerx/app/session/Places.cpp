@@ -81,4 +81,21 @@ std::string missingHomeProblem(const SessionOptions& options, const char* dataHo
          missing + ".";
 }
 
+std::string dataFolderProblem(const std::string& dataFolder) {
+  namespace fs = std::filesystem;
+  if (dataFolder.empty()) return {};
+  const fs::path folder = absolute(dataFolder).toStdString();
+  std::error_code error;
+  fs::path existing = folder;
+  while (!fs::exists(existing, error) && existing.has_relative_path()) {
+    existing = existing.parent_path();
+  }
+  if (!fs::is_directory(existing, error)) {
+    return "--data cannot be " + folder.string() + ": " + existing.string() + " is not a folder.";
+  }
+  if (existing == folder || access(existing.c_str(), W_OK | X_OK) == 0) return {};
+  return "--data cannot be " + folder.string() + ": no folder can be made in " + existing.string() +
+         ".";
+}
+
 }  // namespace playerx::session

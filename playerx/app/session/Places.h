@@ -43,4 +43,8 @@ bool setHome();
 /// name all. `dataHome` is XDG_DATA_HOME, which may be null.
 std::string missingHomeProblem(const SessionOptions& options, const char* dataHome);
 
+/// Why `dataFolder`, as the options name it, is no folder and cannot become one, in one sentence;
+/// empty when it can be used or none is named. Creates nothing.
+std::string dataFolderProblem(const std::string& dataFolder);
+
 }  // namespace playerx::session

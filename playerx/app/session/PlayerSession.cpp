@@ -16,11 +16,24 @@ namespace playerx::session {
 
 using VeskPlayerX::DownloadManagerInterface;
 
+namespace {
+
+std::string namesOf(const std::vector<std::filesystem::path>& folders) {
+  std::string names;
+  for (const std::filesystem::path& folder : folders) {
+    names += (names.empty() ? "" : " or ") + folder.string();
+  }
+  return names;
+}
+
+}  // namespace
+
 PlayerSession::PlayerSession(const SessionOptions& options, SessionListener listener)
     : places_(setUpPlaces(options)),
       messages_(listener.wake),
       view_(listener.wake, std::move(listener.askForSlot)),
-      plugins_(pluginFolders(options)) {
+      plugins_(pluginFolders(options)),
+      searchedFolders_(namesOf(pluginFolders(options))) {
   messages_.offerTo(plugins_);
 }
 
@@ -93,11 +106,12 @@ std::optional<TransferReport> PlayerSession::findTransfer(const std::string& add
 }
 
 std::string PlayerSession::loadManager() {
+  saved_->setAsideEmptyFile();
   // The scheduler starts with the manager and would begin to download at once.
   ThreadGate::close();
   manager_ = KPIM::load<DownloadManagerInterface>(&plugins_, VeskPlayerX::DIN_DownloadManager);
   if (manager_) return saved_->loadProblem(manager());
-  std::string problem = "The download manager cannot be loaded.";
+  std::string problem = "The download manager cannot be loaded from " + searchedFolders_ + ".";
   for (const std::string& each : plugins_.problems()) problem += " " + each;
   return problem;
 }

@@ -112,6 +112,7 @@ class PlayerSession {
   std::unique_ptr<DataFolderLock> lock_;
   std::unique_ptr<SavedQueue> saved_;
   PluginContext plugins_;
+  const std::string searchedFolders_;  ///< for plug-ins, in words
   std::unique_ptr<KPIM::Helper<VeskPlayerX::DownloadManagerInterface>> manager_;
   std::unique_ptr<KPIM::Helper<TransferReports>> transfers_;
   bool isTaken_ = false;

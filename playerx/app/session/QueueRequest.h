@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "playerx/app/model/ItemState.h"
+#include "playerx/app/model/Progress.h"
 #include "playerx/app/reasons/Reason.h"
 
 namespace playerx::session {
@@ -71,10 +71,10 @@ struct QueueEvent {
   enum class Kind { kAdded, kChanged, kFinished, kFailed, kRemoved, kNote };
 
   Kind kind = Kind::kNote;
-  model::ItemState item{};           ///< as it is now; of a removed one as it was; empty for a note
-  std::uint64_t bytesPerSecond = 0;  ///< 0 when not known
-  std::string sentence{};            ///< the note; what is odd about a finished film, mostly empty
-  reasons::Explanation reason{};     ///< of a failure
+  model::ItemState item{};        ///< as it is now; of a removed one as it was; empty for a note
+  model::Progress progress{};     ///< of a change
+  std::string sentence{};         ///< the note; what is odd about a finished film, mostly empty
+  reasons::Explanation reason{};  ///< of a failure
 
   bool operator==(const QueueEvent&) const = default;
 };

@@ -28,6 +28,7 @@ QueueWatch::QueueWatch(PlayerSession& session, std::function<void()> wake, reaso
           std::move(wake),
           [&session](const std::string& address) { return session.findTransfer(address); },
           std::move(probe)),
+      reasons_(session.places().data),
       queue_(model::snapshotOf(session.manager())) {}
 
 void QueueWatch::update() {
@@ -38,7 +39,7 @@ void QueueWatch::update() {
 
 void QueueWatch::measure() {
   for (const ItemState& item : queue_) {
-    if (measureSpeed(item)) tellProgress(item);
+    if (const auto progress = measure(item)) listener_({Kind::kChanged, item, *progress});
   }
 }
 
@@ -75,7 +76,7 @@ void QueueWatch::tellRemoved(const std::vector<ItemState>& before) {
   for (const ItemState& item : queue_) present.insert(item.id);
   for (const ItemState& item : before) {
     if (present.contains(item.id)) continue;
-    speeds_.erase(item.id);
+    meters_.erase(item.id);
     toPlay_.erase(item.id);
     listener_({Kind::kRemoved, item});
   }
@@ -83,7 +84,8 @@ void QueueWatch::tellRemoved(const std::vector<ItemState>& before) {
 
 void QueueWatch::tellReasons() {
   for (const reasons::ExplainedFailure& answer : explainer_.takeAnswers()) {
-    listener_({Kind::kFailed, answer.item, 0, "", answer.explanation});
+    reasons_.keep(answer.item, answer.explanation, queue_);
+    listener_({Kind::kFailed, answer.item, {}, "", answer.explanation});
   }
 }
 
@@ -93,28 +95,27 @@ void QueueWatch::tell(const QueueChange& change) {
     case QueueChange::kAdded:
       return listener_({Kind::kAdded, item});
     case QueueChange::kChanged:
-      measureSpeed(item);
-      tellProgress(item);
+      listener_({Kind::kChanged, item, measure(item).value_or(model::Progress{})});
       return playIfReady(item);
     case QueueChange::kFinished:
       lastWords_.clear();
-      listener_({Kind::kFinished, item, 0, findOddity(item, session_.places().media)});
+      listener_({Kind::kFinished, item, {}, findOddity(item, session_.places().media)});
       return playIfReady(item);
     case QueueChange::kFailed:
       return explainer_.explain(item, session_.takeNotices(item.id), std::exchange(lastWords_, {}));
   }
 }
 
-void QueueWatch::tellProgress(const ItemState& item) {
-  listener_({Kind::kChanged, item, speeds_[item.id].bytesPerSecond()});
-}
-
-/// False when the item is not being transferred, or how far it has come is not known.
-bool QueueWatch::measureSpeed(const ItemState& item) {
-  if (item.status != DownloadStatusDownloading) return false;
+/// Nullopt when the item is not being transferred, or how far it has come is not known.
+std::optional<model::Progress> QueueWatch::measure(const ItemState& item) {
+  if (item.status != DownloadStatusDownloading) return std::nullopt;
   const std::optional<TransferReport> transfer = session_.findTransfer(item.url);
-  if (transfer) speeds_[item.id].feed(model::SpeedMeter::Clock::now(), transfer->arrived);
-  return transfer.has_value();
+  if (!transfer) return std::nullopt;
+  model::ProgressMeter& meter = meters_[item.id];
+  meter.feed(model::ProgressMeter::Clock::now(), transfer->arrived, transfer->total);
+  model::Progress progress = meter.progress();
+  progress.isRetrying = transfer->phase == TransferPhase::kWaiting && transfer->failedAttempts > 0;
+  return progress;
 }
 
 void QueueWatch::playIfReady(const ItemState& item) {
@@ -123,6 +124,6 @@ void QueueWatch::playIfReady(const ItemState& item) {
   note("No player could be started for " + item.title + ".");
 }
 
-void QueueWatch::note(const std::string& sentence) { listener_({Kind::kNote, {}, 0, sentence}); }
+void QueueWatch::note(const std::string& sentence) { listener_({Kind::kNote, {}, {}, sentence}); }
 
 }  // namespace playerx::session

@@ -2,21 +2,23 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "playerx/app/model/Progress.h"
 #include "playerx/app/model/QueueChanges.h"
-#include "playerx/app/model/SpeedMeter.h"
 #include "playerx/app/reasons/FailureExplainer.h"
+#include "playerx/app/reasons/ReasonFile.h"
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/app/session/QueueRequest.h"
 
 namespace playerx::session {
 
 /// Looks at the queue of a session and tells a listener what has happened since the last look, with
-/// speeds, reasons and oddities. On the session's thread; the listener is called within `update`
-/// and `measure` alone.
+/// progress, reasons and oddities, and keeps the reasons for later runs. On the session's thread;
+/// the listener is called within `update` and `measure` alone.
 class QueueWatch {
  public:
   using Listener = std::function<void(const QueueEvent&)>;
@@ -29,7 +31,7 @@ class QueueWatch {
   /// Tells what is new. To be called when the session or the watch wakes its face.
   void update();
 
-  /// Tells the present speed of what arrives. To be called from time to time.
+  /// Tells the present progress of what arrives. To be called from time to time.
   void measure();
 
   /// The queue as `update` has last seen it.
@@ -47,17 +49,17 @@ class QueueWatch {
   void tellRemoved(const std::vector<model::ItemState>& before);
   void tellReasons();
   void tell(const model::QueueChange& change);
-  void tellProgress(const model::ItemState& item);
-  bool measureSpeed(const model::ItemState& item);
+  std::optional<model::Progress> measure(const model::ItemState& item);
   void playIfReady(const model::ItemState& item);
   void note(const std::string& sentence);
 
   PlayerSession& session_;
   const Listener listener_;
   reasons::FailureExplainer explainer_;
+  reasons::ReasonFile reasons_;
 
   std::vector<model::ItemState> queue_;
-  std::map<unsigned int, model::SpeedMeter> speeds_;
+  std::map<unsigned int, model::ProgressMeter> meters_;
   std::set<unsigned int> toPlay_;
   std::string lastWords_;  ///< said since the last outcome
 };

@@ -117,6 +117,17 @@ std::string SavedQueue::contentProblem() const {
          " is damaged; nothing was changed. The next `get` sets it aside and begins a new one.";
 }
 
+void SavedQueue::setAsideEmptyFile() const {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  if (!fs::is_regular_file(file_, error) || fs::file_size(file_, error) != 0 || error) return;
+  fs::path name = file_ + kUnreadableMark;
+  for (int i = 2; fs::exists(name, error); ++i) {
+    name = file_ + kUnreadableMark + "." + std::to_string(i);
+  }
+  fs::rename(file_, name, error);
+}
+
 std::string SavedQueue::loadProblem(DownloadManagerInterface& manager) const {
   if (manager.getNumberOfVideosInQueue() > 0) return {};
   QFile file(QString::fromStdString(file_));

@@ -51,6 +51,10 @@ class SavedQueue {
   /// What to say when the file turns out to be no queue.
   std::string contentProblem() const;
 
+  /// Gives a file of no bytes, which a power cut can leave, another name beside it, as the manager
+  /// does with one that it cannot read. To be called before the manager is loaded.
+  void setAsideEmptyFile() const;
+
   /// Once the manager is loaded: whether it has read what the file holds.
   std::string loadProblem(VeskPlayerX::DownloadManagerInterface& manager) const;
 

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "playerx/cli/ExplainCommand.h"
+#include "playerx/cli/Reporter.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/fakes/FakeContext.h"
 
@@ -38,7 +39,8 @@ TEST_F(ExplainCommandTest, PeopleReadOneLinePerFilm) {
 
 TEST_F(ExplainCommandTest, ProgramsReadOneObjectPerFilm) {
   EXPECT_EQ(run({good_}, true), kExitDone);
-  EXPECT_EQ(nlohmann::json::parse(out_.str()), (nlohmann::json{{"event", "explained"},
+  EXPECT_EQ(nlohmann::json::parse(out_.str()), (nlohmann::json{{"version", kJsonVersion},
+                                                               {"event", "explained"},
                                                                {"ticket", good_},
                                                                {"line", 2},
                                                                {"title", "a.avi"},

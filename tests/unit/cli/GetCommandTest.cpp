@@ -21,7 +21,7 @@ class LoggingReporter : public Reporter {
   std::vector<std::string> lines;
 
   void added(const model::ItemState& item) override { lines.push_back("added " + item.url); }
-  void changed(const model::ItemState& item, std::uint64_t) override {
+  void changed(const model::ItemState& item, const model::Progress&) override {
     lines.push_back("changed " + std::string(model::statusWord(item.status)));
   }
   void finished(const model::ItemState&, const std::string& oddity) override {
@@ -33,7 +33,9 @@ class LoggingReporter : public Reporter {
   void refused(const std::string& argument, const reasons::Explanation& reason) override {
     lines.push_back("refused " + argument + " " + reason.code());
   }
-  void listed(int, const model::ItemState&) override {}
+  void listed(const Listing&) override {}
+  void listedAll(const model::QueueProgress&) override {}
+  void queueProgress(const model::QueueProgress&) override {}
   void note(const std::string& sentence) override { lines.push_back(sentence); }
 };
 

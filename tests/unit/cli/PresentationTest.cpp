@@ -2,21 +2,24 @@
 
 #include <sstream>
 
+#include "playerx/app/reasons/ReasonFile.h"
 #include "playerx/cli/Options.h"
 #include "playerx/cli/Presentation.h"
 #include "playerx/cli/Reporter.h"
+#include "tests/support/TempDir.h"
 
 namespace playerx::cli {
 namespace {
 
 using session::Reply;
-using session::Request;
 using testing::HasSubstr;
 
 class PresentationTest : public testing::Test {
  protected:
-  int tell(Request::Action action, const Reply& reply) {
-    return present(Request{.action = action}, reply, *reporter_);
+  int tell(const Reply& reply) { return present(reply, *reporter_); }
+
+  void printQueue(const std::vector<model::ItemState>& queue) {
+    print(queue, {folder_.path(), folder_.path()}, false, *reporter_);
   }
 
   static model::ItemState film(DownloadStatusEnumType status) {
@@ -26,39 +29,48 @@ class PresentationTest : public testing::Test {
     return item;
   }
 
+  support::TempDir folder_;
   std::ostringstream out_;
   std::ostringstream notes_;
   const std::unique_ptr<Reporter> reporter_ = makeLineReporter(out_, notes_);
 };
 
 TEST_F(PresentationTest, AQueueIsPrintedInItsOrder) {
-  Reply reply;
-  reply.items = {film(DownloadStatusQueued), film(DownloadStatusFailed)};
-  EXPECT_EQ(tell(Request::Action::kList, reply), kExitDone);
-  EXPECT_EQ(out_.str(), "1. queued 0 % film\n2. failed 0 % film\n");
+  printQueue({film(DownloadStatusQueued), film(DownloadStatusFailed)});
+  EXPECT_EQ(out_.str(),
+            "1. queued 0 % film\n2. failed 0 % film\n"
+            "0 of 2 complete, 0 B of 0 B without 2 films of unknown size\n");
+}
+
+TEST_F(PresentationTest, AFailedItemIsPrintedWithItsReason) {
+  const model::ItemState failed = film(DownloadStatusFailed);
+  const reasons::Explanation reason = reasons::explain(reasons::Reason::kUnsupportedType);
+  reasons::ReasonFile(folder_.path()).keep(failed, reason, {failed});
+  printQueue({failed});
+  EXPECT_THAT(out_.str(), HasSubstr(reason.sentence()));
 }
 
 TEST_F(PresentationTest, AnEmptyQueueIsSaidToBeEmpty) {
-  EXPECT_EQ(tell(Request::Action::kList, {}), kExitDone);
+  printQueue({});
   EXPECT_EQ(notes_.str(), "The queue is empty.\n");
 }
 
-TEST_F(PresentationTest, TheItemsOfAnotherRequestAreNotPrinted) {
+TEST_F(PresentationTest, TheItemsOfAReplyAreNotPrinted) {
   Reply reply;
   reply.items = {film(DownloadStatusQueued)};
-  EXPECT_EQ(tell(Request::Action::kAdd, reply), kExitDone);
+  EXPECT_EQ(tell(reply), kExitDone);
   EXPECT_EQ(out_.str(), "");
 }
 
 TEST_F(PresentationTest, AFailedRequestHasItsSentenceWithItsStatus) {
-  EXPECT_EQ(tell(Request::Action::kRetry, {Reply::Outcome::kFailed, {"It cannot."}}), kExitFailed);
+  EXPECT_EQ(tell({Reply::Outcome::kFailed, {"It cannot."}}), kExitFailed);
   EXPECT_EQ(notes_.str(), "It cannot.\n");
 }
 
 TEST_F(PresentationTest, ARefusedInputIsWrongUse) {
   const reasons::Explanation reason = reasons::explain(reasons::Reason::kUnsupportedType);
   const Reply reply{Reply::Outcome::kWrongUse, {}, {{"http://h/a.mp4", reason}}};
-  EXPECT_EQ(tell(Request::Action::kAdd, reply), kExitUsage);
+  EXPECT_EQ(tell(reply), kExitUsage);
   EXPECT_THAT(notes_.str(), HasSubstr("http://h/a.mp4: "));
 }
 

@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "playerx/cli/Reporter.h"
+#include "tests/support/JsonSchema.h"
 
 namespace playerx::cli {
 namespace {
@@ -20,7 +21,6 @@ ItemState film(DownloadStatusEnumType status, int percent = 0) {
   item.status = status;
   item.percent = percent;
   item.size = 2'000'000;
-  item.secondsRemaining = 9;
   return item;
 }
 
@@ -34,13 +34,16 @@ class ReporterTest : public testing::Test {
   nlohmann::json onlyLine() const {
     const std::string text = out.str();
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
-    return nlohmann::json::parse(text);
+    const auto line = nlohmann::json::parse(text);
+    EXPECT_EQ(support::faultsOf(line, support::schemaOfLines()), "");
+    return line;
   }
 };
 
 TEST_F(ReporterTest, JsonNamesEveryFieldOfAnAddedItem) {
   makeJsonReporter(out, notes)->added(film(DownloadStatusQueued));
-  EXPECT_EQ(onlyLine(), (nlohmann::json{{"event", "added"},
+  EXPECT_EQ(onlyLine(), (nlohmann::json{{"version", 1},
+                                        {"event", "added"},
                                         {"id", 7},
                                         {"url", "http://h/film.avi"},
                                         {"title", "Film"},
@@ -48,8 +51,7 @@ TEST_F(ReporterTest, JsonNamesEveryFieldOfAnAddedItem) {
                                         {"status", "queued"},
                                         {"percent", 0},
                                         {"size", 2'000'000},
-                                        {"path", "/m/film.avi"},
-                                        {"secondsRemaining", 9}}));
+                                        {"path", "/m/film.avi"}}));
 }
 
 TEST_F(ReporterTest, JsonFailuresCarryCodeBesideSentence) {
@@ -75,8 +77,8 @@ TEST_F(ReporterTest, JsonNotesStayOffStandardOutput) {
 TEST_F(ReporterTest, LinesAppearOncePerState) {
   const auto reporter = makeLineReporter(out, notes);
   reporter->added(film(DownloadStatusQueued));
-  reporter->changed(film(DownloadStatusDownloading, 1), 0);
-  reporter->changed(film(DownloadStatusDownloading, 2), 0);
+  reporter->changed(film(DownloadStatusDownloading, 1), {});
+  reporter->changed(film(DownloadStatusDownloading, 2), {});
   reporter->finished(film(DownloadStatusCompleted, 100), "");
   EXPECT_EQ(out.str(),
             "queued: Film (2.0 MB)\n"
@@ -100,31 +102,84 @@ TEST_F(ReporterTest, FailuresAreNamedWithTheirReason) {
   EXPECT_EQ(notes.str(), "failed: Film: It is not there.\n");
 }
 
-TEST_F(ReporterTest, TheLiveLineShowsBarPercentSizeSpeedWithTimeLeft) {
-  makeLiveReporter(out, notes, 100)->changed(film(DownloadStatusDownloading, 50), 1'000'000);
-  EXPECT_NE(out.str().find("Film  [###########           ] 50 %  2.0 MB  1.0 MB/s  9 s left"),
-            std::string::npos)
-      << out.str();
+TEST_F(ReporterTest, JsonTellsTheProgressOfAnItemWithNullForWhatIsNotKnown) {
+  const auto reporter = makeJsonReporter(out, notes);
+  reporter->changed(film(DownloadStatusDownloading, 50), {1'000'000, 5000, 200, 0, false});
+  EXPECT_EQ(onlyLine()["arrived"], 1'000'000);
+  EXPECT_EQ(onlyLine()["bytesPerSecond"], 5000);
+  EXPECT_EQ(onlyLine()["secondsRemaining"], 200);
+  out.str("");
+  reporter->changed(film(DownloadStatusDownloading, 50), {});
+  EXPECT_TRUE(onlyLine()["arrived"].is_null());
+  EXPECT_TRUE(onlyLine()["secondsRemaining"].is_null());
 }
 
-TEST_F(ReporterTest, TheLiveLineLeavesASizeOutThatIsNotKnown) {
-  ItemState item = film(DownloadStatusStarting, 0);
-  item.size = 0;
-  makeLiveReporter(out, notes, 100)->changed(item, 0);
-  EXPECT_NE(out.str().find(" 0 %"), std::string::npos);
-  EXPECT_EQ(out.str().find("0 B"), std::string::npos) << out.str();
+TEST_F(ReporterTest, JsonListsAFailedItemWithItsReason) {
+  makeJsonReporter(out, notes)
+      ->listed({.position = 3, .item = film(DownloadStatusFailed), .reason = kReason});
+  EXPECT_EQ(onlyLine()["position"], 3);
+  EXPECT_EQ(onlyLine()["reason"]["code"], "http_404");
 }
 
-TEST_F(ReporterTest, TheLiveLineFitsANarrowTerminal) {
-  makeLiveReporter(out, notes, 30)->changed(film(DownloadStatusDownloading, 50), 1'000'000);
-  const std::string text = out.str();
-  const std::string line = text.substr(4, text.find('\r', 1) - 4);
-  EXPECT_LE(line.size(), 30u + 2u) << line;  // the cut mark has three bytes
+TEST_F(ReporterTest, JsonTellsTheProgressOfTheWholeQueue) {
+  makeJsonReporter(out, notes)->listedAll({7, 2, 1300, 4000, 1});
+  EXPECT_EQ(onlyLine(), (nlohmann::json{{"version", 1},
+                                        {"event", "queue"},
+                                        {"items", 7},
+                                        {"completed", 2},
+                                        {"arrived", 1300},
+                                        {"total", 4000},
+                                        {"unknownSizes", 1}}));
 }
 
 TEST_F(ReporterTest, AListedItemHasItsPosition) {
-  makeLineReporter(out, notes)->listed(2, film(DownloadStatusPaused, 30));
+  makeLineReporter(out, notes)->listed({.position = 2, .item = film(DownloadStatusPaused, 30)});
   EXPECT_EQ(out.str(), "2. paused 30 % Film (2.0 MB), h -> /m/film.avi\n");
+}
+
+TEST_F(ReporterTest, AListedItemSaysWhyItFailedWithItsAddressWhenAsked) {
+  makeLineReporter(out, notes)
+      ->listed({.position = 1,
+                .item = film(DownloadStatusFailed),
+                .reason = kReason,
+                .oddity = "It is odd.",
+                .isLong = true});
+  EXPECT_EQ(out.str(),
+            "1. failed 0 % Film (2.0 MB), h -> /m/film.avi\n"
+            "   It is not there.\n   It is odd.\n   http://h/film.avi\n");
+}
+
+TEST_F(ReporterTest, AListEndsWithTheProgressOfTheWholeQueue) {
+  const auto reporter = makeLiveReporter(out, notes, [] { return 80; });
+  reporter->listedAll({7, 2, 1'300'000'000, 4'000'000'000, 0});
+  reporter->listedAll({7, 2, 0, 0, 1});
+  EXPECT_EQ(out.str(),
+            "2 of 7 complete, 1.3 GB of 4.0 GB\n"
+            "2 of 7 complete, 0 B of 0 B without one film of unknown size\n");
+}
+
+TEST_F(ReporterTest, TheLiveLineFollowsTheWidthOfTheWindow) {
+  int columns = 20;
+  const auto reporter = makeLiveReporter(out, notes, [&columns] { return columns; });
+  const ItemState item = film(DownloadStatusDownloading, 50);
+  reporter->changed(item, {});
+  EXPECT_EQ(out.str(), "\r\033[K 50 %  Film");
+  out.str("");
+  columns = 60;
+  reporter->changed(item, {});
+  EXPECT_NE(out.str().find("##"), std::string::npos) << out.str();
+  out.str("");
+  columns = 0;
+  reporter->changed(item, {});
+  EXPECT_EQ(out.str(), "");
+}
+
+TEST_F(ReporterTest, TheLiveLineMakesRoomForASentence) {
+  const auto reporter = makeLiveReporter(out, notes, [] { return 80; });
+  reporter->changed(film(DownloadStatusDownloading, 50), {});
+  out.str("");
+  reporter->refused("x", kReason);
+  EXPECT_EQ(out.str(), "\r\033[K");
 }
 
 }  // namespace

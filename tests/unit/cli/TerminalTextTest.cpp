@@ -23,7 +23,33 @@ TEST(TerminalTextTest, ControlCharactersCannotReachTheTerminal) {
 
 TEST(TerminalTextTest, MarksThatTurnTheDirectionCannotReachTheTerminal) {
   EXPECT_EQ(printable("a\u202Eiva.b\u2066c\u2069"), "a?iva.b?c?");
-  EXPECT_EQ(printable("\u2029\u202F\u2065\u206A"), "\u2029\u202F\u2065\u206A");
+  EXPECT_EQ(printable("\u202F\u2065\u206A"), "\u202F\u2065\u206A");
+}
+
+TEST(TerminalTextTest, WhatBreaksLinesOrIsNoTextCannotReachTheTerminal) {
+  EXPECT_EQ(printable("a\u2028b\u2029c"), "a?b?c");
+  EXPECT_EQ(printable("a\xFF"
+                      "b\xC3"),
+            "a?b?");
+}
+
+TEST(TerminalTextTest, WideCharactersTakeTwoColumnsWhileMarksTakeNone) {
+  EXPECT_EQ(columnsOf("Zürich"), 6u);
+  EXPECT_EQ(columnsOf("東京"), 4u);
+  EXPECT_EQ(columnsOf("e\u0301"), 1u);
+  EXPECT_EQ(columnsOf("🎬"), 2u);
+  EXPECT_EQ(columnsOf("שלום"), 4u);
+}
+
+TEST(TerminalTextTest, CuttingKeepsCharactersWhole) {
+  EXPECT_EQ(cutTo("東京都", 6), "東京都");
+  EXPECT_EQ(cutTo("東京都", 5), "東京…");
+  EXPECT_EQ(cutTo("東京都", 4), "東…");
+  EXPECT_EQ(cutTo("e\u0301e\u0301e\u0301", 2), "e\u0301…");
+  EXPECT_EQ(cutTo("abc", 0), "");
+  for (std::size_t columns = 0; columns < 12; ++columns) {
+    EXPECT_LE(columnsOf(cutTo("a東\u0301b👩‍👩‍👧c🎬d", columns)), columns);
+  }
 }
 
 TEST(TerminalTextTest, CuttingCountsCharactersNotBytes) {

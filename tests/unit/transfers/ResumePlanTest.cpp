@@ -105,6 +105,15 @@ TEST(JudgeResponseTest, APartThatNobodyAskedForIsNonsense) {
   EXPECT_EQ(verdict.failure, TransferFailure::kBadAnswer);
 }
 
+TEST(JudgeResponseTest, AWebPageIsNoFilm) {
+  for (const char* type : {"text/html", "Text/HTML; charset=utf-8"}) {
+    const Verdict verdict = judge(head("200 OK", {std::string("Content-Type: ") + type}));
+    EXPECT_EQ(verdict.step, Step::kBreak) << type;
+    EXPECT_EQ(verdict.failure, TransferFailure::kWebPage) << type;
+  }
+  EXPECT_EQ(judge(head("200 OK", {"Content-Type: text/htmlx"})).step, Step::kReplace);
+}
+
 TEST(JudgeResponseTest, TheWholeFileReplacesWhatIsThere) {
   const Verdict verdict = judge(head("200 OK", {"Content-Length: 2000"}));
   EXPECT_EQ(verdict.step, Step::kReplace);

@@ -21,7 +21,6 @@ model::ItemState film() {
   item.status = DownloadStatusDownloading;
   item.percent = 12;
   item.size = 1ULL << 60;
-  item.secondsRemaining = 7;
   item.playable = true;
   return item;
 }
@@ -61,10 +60,12 @@ TEST(ProtocolTest, AnAnswerComesBackAsItWent) {
   expectSameAfterTheSocket(Reply{});
   expectSameAfterTheSocket(
       Reply{Reply::Outcome::kWrongUse, {"One."}, {{"http://h/a.mp4", reason}}, {film()}});
-  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kChanged, film(), 5000});
-  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFinished, film(), 0, "It is odd."});
-  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFailed, film(), 0, "", reason});
-  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kNote, {}, 0, "Hello."});
+  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kChanged, film()});
+  const model::Progress progress{1ULL << 50, 5000, 7, 3, true};
+  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kChanged, film(), progress});
+  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFinished, film(), {}, "It is odd."});
+  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFailed, film(), {}, "", reason});
+  expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kNote, {}, {}, "Hello."});
 }
 
 TEST(ProtocolTest, TextThatIsNotUtf8IsReplaced) {
@@ -92,6 +93,7 @@ TEST(ProtocolTest, WhatIsNoMessageIsNotRead) {
                            "{\"reply\":\"yes\"}",
                            "{\"event\":\"boom\"}",
                            "{\"event\":\"changed\",\"item\":{\"status\":\"lost\"}}",
+                           "{\"event\":\"changed\",\"progress\":{\"secondsLeft\":\"x\"}}",
                            "{\"event\":\"failed\",\"reason\":1}",
                            "{\"reply\":\"done\",\"refused\":[{}]}",
                            "{\"queue\":\"other\"}"}) {

@@ -36,6 +36,10 @@ TEST(InputTest, EverythingElseIsRefusedWithAReason) {
   EXPECT_EQ(refusalOfAddress("http://h/a\n.avi"), Reason::kUnescapedAddress);
   EXPECT_EQ(refusalOfAddress("http://h:99999/a.avi"), Reason::kBadPort);
   EXPECT_EQ(refusalOfAddress("http://h:0/a.avi"), Reason::kBadPort);
+  EXPECT_EQ(refusalOfAddress("http://[::1]/a.avi"), Reason::kNumericHost6);
+  EXPECT_EQ(refusalOfAddress("https://[fe80::1]:8443/a.avi"), Reason::kNumericHost6);
+  EXPECT_EQ(refusalOfAddress("http://h/?to=https://g/a.avi"), Reason::kMisplacedHttps);
+  EXPECT_EQ(refusalOfAddress("http://HTTPS.example/a.avi"), Reason::kMisplacedHttps);
 }
 
 class AddInputTest : public testing::Test {
@@ -63,6 +67,12 @@ class AddInputTest : public testing::Test {
 TEST_F(AddInputTest, AnAddressIsHandedToTheManager) {
   EXPECT_EQ(add("http://h/a.avi").outcome, AddResult::kAdded);
   EXPECT_THAT(log_.lines(), ElementsAre("manager.add http://h/a.avi"));
+}
+
+TEST_F(AddInputTest, WhiteSpaceAroundAnAddressIsDropped) {
+  EXPECT_EQ(add(" \thttp://h/a.avi \r\n").outcome, AddResult::kAdded);
+  EXPECT_THAT(log_.lines(), ElementsAre("manager.add http://h/a.avi"));
+  EXPECT_EQ(cleaned(" a.tix "), " a.tix ");
 }
 
 TEST_F(AddInputTest, AnAddressThatWaitsAlreadyIsNotAddedAgain) {

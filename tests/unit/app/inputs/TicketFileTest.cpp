@@ -51,11 +51,27 @@ TEST(TicketFileTest, AClearTicketNeedsNoServices) {
 
 TEST(TicketFileTest, ATicketOfTooManyFilmsIsRefused) {
   std::wstring text = L"TixVeskVersion=1.0\n";
-  for (std::size_t i = 0; i < kMostFilms; ++i) text += L"start\nurl=u\nend\n";
+  for (std::size_t i = 0; i < kMostFilms; ++i) text += L"start\nurl=http://h/a.avi\nend\n";
   EXPECT_EQ(refusalOfText(text, false), std::nullopt);
-  const auto refusal = refusalOfText(text + L"start\nurl=u\nend\n", false);
+  const auto refusal = refusalOfText(text + L"start\nurl=http://h/a.avi\nend\n", false);
   ASSERT_TRUE(refusal);
   EXPECT_EQ(refusal->sentence(), "This ticket names more than 10000 films.");
+}
+
+std::string refusalOfFilmAt(const std::wstring& url) {
+  const auto refusal = refusalOfText(
+      L"TixVeskVersion=1.0\nstart\nurl=http://h/a.avi\nend\nstart\nurl=" + url + L"\nend\n", false);
+  return refusal ? refusal->sentence() : "";
+}
+
+TEST(TicketFileTest, AFilmThatCannotBeDownloadedIsNamedWithItsLine) {
+  EXPECT_EQ(refusalOfFilmAt(L"http://h/b.avi\r"), "");
+  EXPECT_EQ(refusalOfFilmAt(L"http://user:word@h/b.avi"),
+            "The film of line 5 cannot be downloaded (An address with a user name or password is "
+            "not supported); ask the provider for another ticket.");
+  for (const wchar_t* url : {L"ftp://h/b.avi", L"file:///b.avi", L"http://[::1]/b.avi", L"b.avi"}) {
+    EXPECT_TRUE(refusalOfFilmAt(url).starts_with("The film of line 5 ")) << url;
+  }
 }
 
 TEST(TicketFileTest, ATextThatIsTooLongIsNamedWithItsLine) {

@@ -26,9 +26,9 @@ TEST(SpeedMeterTest, TwoReportsGiveTheirDifference) {
 
 TEST(SpeedMeterTest, OldReportsLeaveTheWindow) {
   SpeedMeter meter;
-  for (int second = 0; second <= 10; ++second) meter.feed(kStart + seconds(second), 0);
-  for (int second = 11; second <= 16; ++second) {
-    meter.feed(kStart + seconds(second), static_cast<std::uint64_t>(second - 10) * 100);
+  for (int second = 0; second <= 20; ++second) meter.feed(kStart + seconds(second), 0);
+  for (int second = 21; second <= 31; ++second) {
+    meter.feed(kStart + seconds(second), static_cast<std::uint64_t>(second - 20) * 100);
   }
   EXPECT_EQ(meter.bytesPerSecond(), 100u);
 }
@@ -40,6 +40,16 @@ TEST(SpeedMeterTest, FewerBytesThanBeforeBeginANewMeasurement) {
   EXPECT_EQ(meter.bytesPerSecond(), 0u);
   meter.feed(kStart + seconds(2), 400);
   EXPECT_EQ(meter.bytesPerSecond(), 300u);
+}
+
+TEST(SpeedMeterTest, TheTimeInWhichTheProcessWasStoppedDoesNotCount) {
+  SpeedMeter meter;
+  meter.feed(kStart, 0);
+  meter.feed(kStart + seconds(1), 1000);
+  meter.feed(kStart + seconds(600), 1500);
+  EXPECT_EQ(meter.bytesPerSecond(), 0u);
+  meter.feed(kStart + seconds(601), 2500);
+  EXPECT_EQ(meter.bytesPerSecond(), 1000u);
 }
 
 TEST(SpeedMeterTest, ReportsThatComeFastCountToo) {

@@ -22,7 +22,7 @@ ItemState film(const std::string& url = "http://films.test/a.avi", const std::st
 }
 
 Explanation noSpaceAt(const std::string& place) {
-  return explain(Reason::kTooLittleSpace, {.place = place});
+  return explain(Reason::kTooLittleSpace, {.place = place, .words = "5 B free"});
 }
 
 Explanation status(int number) { return explain(reasonOfStatus(number), {.host = "films.test"}); }
@@ -30,7 +30,7 @@ Explanation status(int number) { return explain(reasonOfStatus(number), {.host =
 TEST(NoticesTest, ANoticeGoesBeforeALookAtTheServer) {
   EXPECT_EQ(explainNotices(film(), {{Notice::kBroken, "/m/a.avi"}}, ""), std::nullopt);
   EXPECT_EQ(explainNotices(film(), {{Notice::kBroken, "/"}, {Notice::kNoSpace, "/"}}, ""),
-            noSpaceAt("/"));
+            explainSpace("/", 0));
   EXPECT_EQ(explainNotices(film("", "t"), {{Notice::kSlotDeclined, ""}}, "")->sentence(),
             "All slots are taken and none was given up; run `get` in a terminal and choose one.");
 }

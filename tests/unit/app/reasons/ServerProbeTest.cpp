@@ -37,6 +37,28 @@ TEST(ServerProbeTest, AServerThatAnswersAsItShouldExplainsNothing) {
   EXPECT_EQ(explainProbe(probed({CURLE_OK}, 200, 5)), std::nullopt);
 }
 
+TEST(ServerProbeTest, AWebPageIsNoFilm) {
+  ProbeResult page = probed({CURLE_OK}, 200, 5);
+  page.type = "text/HTML; charset=utf-8";
+  EXPECT_EQ(codeOf(page), "web_page");
+}
+
+TEST(ServerProbeTest, TheServerBehindARedirectIsNamed) {
+  ProbeResult result = probed({CURLE_OK, 1}, 404);
+  result.last = "http://cdn.test/b.avi";
+  EXPECT_EQ(explainProbe(result)->happened, "cdn.test has no film at this address (404)");
+}
+
+TEST(ServerProbeTest, AServerThatRefusesTheQuestionForTheSizeIsNamed) {
+  for (const int status : {405, 501}) {
+    const auto explanation = explainProbe(probed({CURLE_OK}, status));
+    EXPECT_EQ(explanation->sentence(),
+              "films.test does not answer the question how long a film is (HEAD, " +
+                  std::to_string(status) +
+                  "), so it cannot be downloaded; ask the provider for a direct address.");
+  }
+}
+
 TEST(ServerProbeTest, AProbeSaysWhatATransferThatEndedSoSays) {
   const CurlEnd ends[] = {{CURLE_SSL_CACERT_BADFILE},
                           {CURLE_TOO_MANY_REDIRECTS},

@@ -104,7 +104,8 @@ TEST_F(PlayerSessionTest, TheReportsOfTheDownloadLibraryAreThereAfterTheStart) {
 
 TEST_F(PlayerSessionTest, AModuleThatIsMissingIsSaid) {
   start();
-  EXPECT_EQ(session_->open(kChange), "The download manager cannot be loaded.");
+  EXPECT_EQ(session_->open(kChange),
+            "The download manager cannot be loaded from " + folder_.path().string() + ".");
   EXPECT_EQ(DataFolderLock(folder_ / "data").problem(), "");
 }
 

@@ -70,6 +70,20 @@ TEST_F(QueueWatchTest, AFailureIsToldWithItsReason) {
   EXPECT_EQ(events_[0].reason.code(), "http_404");
 }
 
+TEST_F(QueueWatchTest, TheReasonOfAFailureIsKeptForLaterRuns) {
+  DownloadItem& film = fake_.module.put("http://h/a.avi");
+  watch();
+  film.setStatus(DownloadStatusFailed);
+  ASSERT_TRUE(support::waitFor([this] {
+    watch().update();
+    return watch().isIdle();
+  }));
+  const reasons::ReasonFile file(fake_.session().places().data);
+  const auto reason = file.find(watch().queue()[0]);
+  ASSERT_TRUE(reason);
+  EXPECT_EQ(reason->code(), "http_404");
+}
+
 TEST_F(QueueWatchTest, ARemovedItemIsTold) {
   fake_.module.put("http://h/a.avi");
   watch();

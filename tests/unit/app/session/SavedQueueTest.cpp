@@ -55,6 +55,20 @@ TEST(SavedQueueTest, AnAddressThatTheFileSpellsInAnotherWayIsNoDifference) {
   EXPECT_TRUE(holds(*saved, queue));
 }
 
+TEST(SavedQueueTest, AFileOfNoBytesIsSetAside) {
+  const support::TempDir folder;
+  folder.write("downloadmanager.xml.unreadable", "older");
+  folder.write("downloadmanager.xml", "");
+  const SavedQueue saved(folder.path());
+  saved.setAsideEmptyFile();
+  EXPECT_FALSE(std::filesystem::exists(folder / "downloadmanager.xml"));
+  EXPECT_EQ(saved.filesSetAside(),
+            std::vector<std::string>{folder / "downloadmanager.xml.unreadable.2"});
+  folder.write("downloadmanager.xml", "x");
+  saved.setAsideEmptyFile();
+  EXPECT_TRUE(std::filesystem::exists(folder / "downloadmanager.xml"));
+}
+
 TEST(SavedQueueTest, AnEmptyQueueIsSavedAsSuch) {
   const auto saved = savedItems("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue/>\n");
   ASSERT_TRUE(saved);

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "playerx/app/model/ItemState.h"
+#include "playerx/app/reasons/Reason.h"
+
+namespace playerx::reasons {
+
+/// Why items failed, kept in a file beside the queue, which has no room for it. Only its owner can
+/// read the file; one that is damaged counts as empty, and one that cannot be written only loses
+/// reasons. Used by one thread.
+class ReasonFile {
+ public:
+  /// Reads the file of this data folder, if there is one.
+  explicit ReasonFile(const std::filesystem::path& dataFolder);
+
+  /// The reason of a failed item; nullopt when it is not known or the item has not failed.
+  std::optional<Explanation> find(const model::ItemState& item) const;
+
+  /// Saves the reason of an item, along with those of the other failed items of `queue`; reasons of
+  /// items that are no longer there, or are retried, are dropped.
+  void keep(const model::ItemState& failed, const Explanation& reason,
+            const std::vector<model::ItemState>& queue);
+
+ private:
+  void save() const;
+
+  const std::filesystem::path file_;
+  std::map<std::string, Explanation> reasons_;  ///< by what names an item from run to run
+};
+
+}  // namespace playerx::reasons
