@@ -135,8 +135,8 @@ TEST_F(FailureTest, ADataFolderThatCannotBeUsedIsSaid) {
   support::TempDir folder;
   home.addOptions({"--data", folder.write("file", "x") / "below"});
   const PlayerResult result = home.run({"get", "http://127.0.0.1/a.avi"});
-  EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.errors, HasSubstr("cannot be written"));
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.errors, HasSubstr("is not a folder"));
 }
 
 TEST_F(FailureTest, ASizeThatIsNoneIsNoLackOfSpace) {

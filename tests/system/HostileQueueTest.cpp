@@ -35,8 +35,11 @@ class HostileQueueTest : public testing::Test {
   }
 };
 
-TEST_F(HostileQueueTest, AnEmptyQueueFileIsAnEmptyQueue) {
+TEST_F(HostileQueueTest, AnEmptyQueueFileIsSetAside) {
   support::writeFile(home.queueFile(), "");
+  const PlayerResult result = home.run({"clear"});
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_THAT(result.errors, testing::HasSubstr("set aside as "));
   expectDownloadsAllTheSame();
 }
 

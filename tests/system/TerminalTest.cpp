@@ -1,0 +1,62 @@
+#include <gmock/gmock.h>
+
+#include "tests/support/Nginx.h"
+#include "tests/system/BigFile.h"
+#include "tests/system/PlayerHome.h"
+
+namespace system_test {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+
+constexpr char kEraseLine[] = "\r\033[K";
+
+/// A film that takes a second or two to arrive.
+class TerminalTest : public testing::Test {
+ protected:
+  void SetUp() override { server_.serve("film.avi", distinctBytes(400'000)); }
+
+  /// What the terminal of this width shows, one live line after the other.
+  std::vector<std::string> liveLines(int columns) {
+    std::string shellLine = "stty cols " + std::to_string(columns) + ";";
+    for (const std::string& word : home_.commandLine({"get", server_.url("/film.avi")})) {
+      shellLine += " '" + word + "'";
+    }
+    support::Process terminal({.arguments = {"script", "-qec", shellLine, "/dev/null"},
+                               .environment = home_.environment()});
+    const PlayerResult result = finish(terminal);
+    EXPECT_EQ(result.status, 0) << result.output;
+    return split(result.output);
+  }
+
+  static std::vector<std::string> split(const std::string& output) {
+    std::vector<std::string> lines;
+    std::size_t start = output.find(kEraseLine);
+    while (start != std::string::npos) {
+      start += sizeof kEraseLine - 1;
+      const std::size_t end = output.find(kEraseLine, start);
+      lines.push_back(output.substr(start, std::min(end, output.find('\n', start)) - start));
+      start = end;
+    }
+    return lines;
+  }
+
+  support::Nginx server_{{.serverSnippet = "limit_rate 200k;"}};
+  PlayerHome home_;
+};
+
+TEST_F(TerminalTest, TheLiveLineStaysOneLineOfTwentyColumns) {
+  std::vector<std::string> lines = liveLines(20);
+  ASSERT_FALSE(lines.empty());
+  lines.pop_back();  // the outcome
+  EXPECT_THAT(lines, Contains(HasSubstr(" %")));
+  for (const std::string& line : lines) EXPECT_LE(line.size(), 19u) << line;
+}
+
+TEST_F(TerminalTest, AWideTerminalShowsTheTimeLeft) {
+  EXPECT_THAT(liveLines(120), Contains(HasSubstr(" left")));
+}
+
+}  // namespace
+}  // namespace system_test
