@@ -29,10 +29,17 @@ Explanation status(int number) { return explain(reasonOfStatus(number), {.host =
 
 TEST(NoticesTest, ANoticeGoesBeforeALookAtTheServer) {
   EXPECT_EQ(explainNotices(film(), {{Notice::kBroken, "/m/a.avi"}}, ""), std::nullopt);
-  EXPECT_EQ(explainNotices(film(), {{Notice::kBroken, "/"}, {Notice::kNoSpace, "/"}}, ""),
-            explainSpace("/", 0));
+  EXPECT_EQ(explainNotices(film(), {{Notice::kBroken, "/"}, {Notice::kNoSpace, "/"}}, "")->reason,
+            Reason::kTooLittleSpace);
   EXPECT_EQ(explainNotices(film("", "t"), {{Notice::kSlotDeclined, ""}}, "")->sentence(),
             "All slots are taken and none was given up; run `get` in a terminal and choose one.");
+}
+
+TEST(NoticesTest, ALackOfSpaceIsToldInNumbers) {
+  const support::TempDir folder;
+  const std::string happened = explainSpace(folder / "below", 1'000'000'000).happened;
+  EXPECT_NE(happened.find(" (2.0 GB needed, "), std::string::npos) << happened;
+  EXPECT_TRUE(happened.ends_with(" free)")) << happened;
 }
 
 TEST(NoticesTest, AFolderThatCannotHoldFilesHasNoLackOfSpace) {

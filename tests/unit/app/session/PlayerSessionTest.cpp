@@ -105,7 +105,7 @@ TEST_F(PlayerSessionTest, TheReportsOfTheDownloadLibraryAreThereAfterTheStart) {
 TEST_F(PlayerSessionTest, AModuleThatIsMissingIsSaid) {
   start();
   EXPECT_EQ(session_->open(kChange),
-            "The download manager cannot be loaded from " + folder_.path().string() + ".");
+            "The download manager cannot be loaded from " + plugins_.string() + ".");
   EXPECT_EQ(DataFolderLock(folder_ / "data").problem(), "");
 }
 
