@@ -1,5 +1,6 @@
 #include "playerx/cli/TerminalText.h"
 
+#include <QList>
 #include <QString>
 #include <QTextBoundaryFinder>
 #include <algorithm>
