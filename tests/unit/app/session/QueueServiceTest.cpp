@@ -29,7 +29,11 @@ class QueueServiceTest : public testing::Test {
   QueueService& service() {
     if (!service_) {
       service_.emplace(
-          fake_.session(), [] {}, reasons::Probe(), [](const QueueEvent&) {});
+          fake_.session(), [] {},
+          [](const std::string& address, const std::stop_token&) {
+            return reasons::ProbeResult{address, {}, "", 404, 5};
+          },
+          [](const QueueEvent&) {});
     }
     return *service_;
   }
