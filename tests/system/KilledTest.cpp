@@ -15,7 +15,7 @@
 namespace system_test {
 namespace {
 
-constexpr std::uint64_t kSize = 300'000;
+constexpr std::uint64_t kSize = 6'000'000;  // what has come of such a film is kept from the start
 
 /// What a system call does, whatever the names of the moment: "rename .json", "fdatasync".
 std::string kindOf(const std::string& call) {

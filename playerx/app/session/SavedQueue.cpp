@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "VeskPlayerX/DownloadManagerInterface.h"
+#include "kvpm/File.h"
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
 #include "playerx/platform/ReplacementFile.h"
@@ -70,6 +71,20 @@ int readError(const std::string& path) {
   }
 }
 
+/// Copies what the download manager would read, which after a power cut may be another version than
+/// the one under the name. Returns 0 or an error number.
+int copyContent(const std::string& from, const std::string& to) {
+  kvpm::File source;
+  const int error = source.open(QString::fromStdString(from).toStdWString(), kvpm::FileOpenRead);
+  if (error != 0) return error;
+  QByteArray content(static_cast<qsizetype>(source.getTotalSize()), '\0');
+  const std::int64_t length =
+      source.read(content.data(), static_cast<std::uint64_t>(content.size()));
+  if (length != content.size()) return EIO;
+  QFile copy(QString::fromStdString(to));
+  return copy.open(QIODevice::WriteOnly) && copy.write(content) == content.size() ? 0 : EIO;
+}
+
 }  // namespace
 
 std::optional<std::vector<SavedItem>> savedItems(const QByteArray& content) {
@@ -100,12 +115,11 @@ std::string SavedQueue::readProblem() const {
 }
 
 std::string SavedQueue::copyTo(const std::string& folder) const {
-  namespace fs = std::filesystem;
   for (const char* const name : {kQueueFile, kLegacyFile}) {
-    std::error_code error;
-    fs::copy_file(fs::path(folder_) / name, fs::path(folder) / name, error);
-    if (error && error != std::errc::no_such_file_or_directory) {
-      return "The queue file " + folder_ + "/" + name + " cannot be read (" + error.message() +
+    const std::string from = folder_ + "/" + name;
+    const int error = copyContent(from, folder + "/" + name);
+    if (error != 0 && error != ENOENT) {
+      return "The queue file " + from + " cannot be read (" + wordsOf(error) +
              "); nothing was changed.";
     }
   }
