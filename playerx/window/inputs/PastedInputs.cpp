@@ -1,0 +1,76 @@
+#include "playerx/window/inputs/PastedInputs.h"
+
+#include <QMimeData>
+#include <QSet>
+#include <QUrl>
+
+namespace playerx::window {
+
+namespace {
+
+bool isWebAddress(const QString& text) {
+  return text.startsWith(QLatin1String("http://"), Qt::CaseInsensitive) ||
+         text.startsWith(QLatin1String("https://"), Qt::CaseInsensitive);
+}
+
+bool isTicketPath(const QString& text) {
+  return text.endsWith(QLatin1String(".tix"), Qt::CaseInsensitive);
+}
+
+QString unquoted(const QString& text) {
+  const bool isQuoted =
+      text.size() > 1 && text.startsWith(QLatin1Char('"')) && text.endsWith(QLatin1Char('"'));
+  return isQuoted ? text.mid(1, text.size() - 2) : text;
+}
+
+QString localTicket(const QString& text) {
+  const QUrl url(text);
+  return url.isLocalFile() ? url.toLocalFile() : text;
+}
+
+class Collector {
+ public:
+  void takeLine(const QString& line) {
+    const QString text = unquoted(line.trimmed());
+    if (text.isEmpty() || text.startsWith(QLatin1Char('#'))) return;
+    if (!isWebAddress(text) && isTicketPath(text)) return take(localTicket(text));
+    bool found = false;
+    for (const QString& word : text.simplified().split(QLatin1Char(' '))) {
+      if (!isWebAddress(word)) continue;
+      take(word);
+      found = true;
+    }
+    if (!found) result_.leftOut.append(text);
+  }
+
+  void take(const QString& input) {
+    if (seen_.contains(input)) return;
+    seen_.insert(input);
+    result_.inputs.append(input);
+  }
+
+  PastedInputs result() && { return std::move(result_); }
+
+ private:
+  PastedInputs result_;
+  QSet<QString> seen_;
+};
+
+}  // namespace
+
+PastedInputs inputsInText(const QString& text) {
+  Collector collector;
+  for (const QString& line : text.split(QLatin1Char('\n'))) collector.takeLine(line);
+  return std::move(collector).result();
+}
+
+PastedInputs inputsInData(const QMimeData& data) {
+  if (!data.hasUrls()) return inputsInText(data.text());
+  Collector collector;
+  for (const QUrl& url : data.urls()) {
+    collector.takeLine(url.isLocalFile() ? url.toLocalFile() : QString::fromUtf8(url.toEncoded()));
+  }
+  return std::move(collector).result();
+}
+
+}  // namespace playerx::window

@@ -1,0 +1,110 @@
+#include <curl/curl.h>
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <csignal>
+#include <iostream>
+
+#include "KPX/OSUtilities.h"
+#include "playerx/app/session/Places.h"
+#include "playerx/window/desktop/BusDesktop.h"
+#include "playerx/window/playback/FilmPlayer.h"
+#include "playerx/window/queue/SessionQueue.h"
+#include "playerx/window/shell/Language.h"
+#include "playerx/window/shell/MainWindow.h"
+#include "playerx/window/shell/StopSignals.h"
+#include "playerx/window/shell/WindowMemory.h"
+#include "playerx/window/view/Icons.h"
+
+namespace playerx::window {
+namespace {
+
+struct Arguments {
+  session::SessionOptions session;
+  QStringList inputs;
+};
+
+Arguments parse(const QApplication& application) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      QStringLiteral("Downloads films and plays them while they arrive."));
+  parser.addPositionalArgument(QStringLiteral("inputs"),
+                               QStringLiteral("Addresses and ticket files (.tix) to download."),
+                               QStringLiteral("[inputs...]"));
+  const QCommandLineOption data(QStringLiteral("data"),
+                                QStringLiteral("Folder of the queue and of unfinished films."),
+                                QStringLiteral("folder"));
+  const QCommandLineOption media(QStringLiteral("media"), QStringLiteral("Folder for films."),
+                                 QStringLiteral("folder"));
+  const QCommandLineOption plugins(QStringLiteral("plugins"),
+                                   QStringLiteral("Folder of the player's plug-ins."),
+                                   QStringLiteral("folder"));
+  const QCommandLineOption authorities(QStringLiteral("cacert"),
+                                       QStringLiteral("Certificate authorities to trust (PEM)."),
+                                       QStringLiteral("file"));
+  const QCommandLineOption services(QStringLiteral("services"),
+                                    QStringLiteral("Address of the online services."),
+                                    QStringLiteral("address"));
+  parser.addOptions({data, media, plugins, authorities, services});
+  parser.addHelpOption();
+  parser.addVersionOption();
+  parser.process(application);
+
+  Arguments arguments;
+  arguments.session.dataFolder = parser.value(data).toStdString();
+  arguments.session.mediaFolder = parser.value(media).toStdString();
+  arguments.session.pluginFolder = parser.value(plugins).toStdString();
+  arguments.session.caFile = parser.value(authorities).toStdString();
+  arguments.session.services = parser.value(services).toStdString();
+  for (const QString& input : parser.positionalArguments()) {
+    const bool isAddress = input.contains(QLatin1String("://"));
+    arguments.inputs << (isAddress ? input : QDir::current().absoluteFilePath(input));
+  }
+  return arguments;
+}
+
+QString dataFolder(const session::SessionOptions& options) {
+  if (options.dataFolder.empty()) return VeskPlayerX::OSUtilities::getApplicationDataPath();
+  return QDir::current().absoluteFilePath(QString::fromStdString(options.dataFolder));
+}
+
+int run(const QApplication& application) {
+  const Language language{QLocale()};
+  const Arguments arguments = parse(application);
+  WindowMemory memory(dataFolder(arguments.session) + QStringLiteral("/window.ini"));
+  SessionQueue queue(arguments.session);
+  const std::unique_ptr<FilmPlayer> player(makeFilmPlayer(nullptr));
+  BusDesktop desktop;
+  MainWindow window({queue, memory, desktop, player.get()});
+  StopSignals signals;
+  QObject::connect(&signals, &StopSignals::raised, &window, &MainWindow::quit);
+  QObject::connect(&window, &MainWindow::closed, &application, &QCoreApplication::quit);
+  window.show();
+  queue.open();
+  if (!arguments.inputs.isEmpty()) window.take(arguments.inputs);
+  return QApplication::exec();
+}
+
+}  // namespace
+}  // namespace playerx::window
+
+int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit of file sizes fails instead
+  qputenv("DBUS_FATAL_WARNINGS", "0");  // a bus that dies at a bad moment does not end the player
+  playerx::session::setHome();
+  QApplication application(argc, argv);
+  QApplication::setOrganizationName(QStringLiteral("Vesk"));
+  QApplication::setApplicationName(QStringLiteral("VeskPlayerX"));
+  QApplication::setApplicationDisplayName(QStringLiteral("Vesk Player X"));
+  QApplication::setApplicationVersion(QStringLiteral(PLAYERX_VERSION));
+  QApplication::setDesktopFileName(QStringLiteral("playerx"));
+  QApplication::setQuitOnLastWindowClosed(false);
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+  try {
+    return playerx::window::run(application);
+  } catch (const std::exception& error) {
+    std::cerr << "playerx: " << error.what() << std::endl;
+    return 1;
+  }
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "playerx/window/queue/QueueMessages.h"
+
+namespace playerx::window {
+
+/// The preferences as they hold for this run. On the host's thread.
+QueuePreferences storedPreferences();
+
+/// Stores the preferences where the player's modules read them. On the host's thread.
+void storePreferences(const QueuePreferences& preferences);
+
+/// The folder for films as it is now.
+QString mediaFolder();
+
+/// Bytes that the user may still write there; 0 when that cannot be learnt.
+quint64 freeSpace(const QString& path);
+
+/// Bytes that must be free before a film of this size is fetched.
+quint64 neededSpace(quint64 size);
+
+}  // namespace playerx::window

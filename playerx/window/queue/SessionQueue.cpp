@@ -1,0 +1,110 @@
+#include "playerx/window/queue/SessionQueue.h"
+
+#include <utility>
+
+#include "playerx/window/queue/SessionWorker.h"
+
+namespace playerx::window {
+
+SessionQueue::SessionQueue(const session::SessionOptions& options, QObject* parent)
+    : QueueClient(parent),
+      options_(options),
+      slotDesk_([this](const SlotQuestion& question) { Q_EMIT slotAsked(question); }) {
+  thread_.setObjectName(QStringLiteral("session"));
+  gate_.moveToThread(&thread_);
+  thread_.start();
+}
+
+SessionQueue::~SessionQueue() {
+  slotDesk_.close();
+  QMetaObject::invokeMethod(
+      &gate_,
+      [this] {
+        worker_.reset();
+        thread_.quit();
+      },
+      Qt::QueuedConnection);
+  thread_.wait();
+}
+
+void SessionQueue::open() {
+  QMetaObject::invokeMethod(
+      &gate_, [this] { begin(); }, Qt::QueuedConnection);
+}
+
+/// Does this with the worker, on its thread, unless there is none.
+template <class Deed>
+void SessionQueue::post(Deed deed) {
+  QMetaObject::invokeMethod(
+      &gate_,
+      [this, deed] {
+        if (worker_) deed(*worker_);
+      },
+      Qt::QueuedConnection);
+}
+
+void SessionQueue::begin() {
+  worker_ = std::make_unique<SessionWorker>(options_, slotDesk_);
+  const SessionWorker* const worker = worker_.get();
+  connect(worker, &SessionWorker::changed, this, &QueueClient::changed);
+  connect(worker, &SessionWorker::inputsTaken, this, &QueueClient::inputsTaken);
+  connect(worker, &SessionWorker::ticketRead, this, &QueueClient::ticketRead);
+  connect(worker, &SessionWorker::noticed, this, &QueueClient::noticed);
+  connect(worker, &SessionWorker::playRequested, this, &QueueClient::playRequested);
+  connect(worker, &SessionWorker::preferencesRead, this, &QueueClient::preferencesRead);
+  connect(worker, &SessionWorker::roomKnown, this, &QueueClient::roomKnown);
+  connect(worker, &SessionWorker::lost, this, &QueueClient::lost);
+  if (!worker_->open()) worker_.reset();
+}
+
+void SessionQueue::add(const QStringList& inputs) {
+  post([inputs](SessionWorker& worker) { worker.add(inputs); });
+}
+
+void SessionQueue::readTicket(const QString& path) {
+  post([path](SessionWorker& worker) { worker.readTicket(path); });
+}
+
+void SessionQueue::pauseAll() {
+  post([](SessionWorker& worker) { worker.pauseAll(); });
+}
+
+void SessionQueue::resumeAll() {
+  post([](SessionWorker& worker) { worker.resumeAll(); });
+}
+
+void SessionQueue::stop(const Ids& ids) {
+  post([ids](SessionWorker& worker) { worker.stop(ids); });
+}
+
+void SessionQueue::goOn(const Ids& ids) {
+  post([ids](SessionWorker& worker) { worker.goOn(ids); });
+}
+
+void SessionQueue::retry(const Ids& ids) {
+  post([ids](SessionWorker& worker) { worker.retry(ids); });
+}
+
+void SessionQueue::remove(const Ids& ids, bool withFiles) {
+  post([ids, withFiles](SessionWorker& worker) { worker.remove(ids, withFiles); });
+}
+
+void SessionQueue::move(const Ids& ids, Move where) {
+  post([ids, where](SessionWorker& worker) { worker.move(ids, where); });
+}
+
+void SessionQueue::moveBefore(const Ids& ids, FilmId before) {
+  post([ids, before](SessionWorker& worker) { worker.moveBefore(ids, before); });
+}
+
+void SessionQueue::play(FilmId id) {
+  post([id](SessionWorker& worker) { worker.play(id); });
+}
+
+void SessionQueue::chooseSlot(int question, int slot) { slotDesk_.answer(question, slot); }
+
+void SessionQueue::setPreferences(const QueuePreferences& preferences) {
+  post([preferences](SessionWorker& worker) { worker.setPreferences(preferences); });
+}
+
+}  // namespace playerx::window

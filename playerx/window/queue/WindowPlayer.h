@@ -1,0 +1,39 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+
+#include "KPIM/Plugin.h"
+#include "VeskPlayerX/PlayerInterface.h"
+
+namespace playerx {
+class PluginContext;
+}
+
+namespace playerx::window {
+
+/// The window as the plug-in that plays films. The download manager asks it from any thread.
+class WindowPlayer : public VeskPlayerX::PlayerInterface {
+ public:
+  /// `open` is told what is to be played, on the asking thread, and must not wait.
+  explicit WindowPlayer(std::function<void(const QString& location)> open);
+
+  /// Offers this player to the plug-ins of `context`, which must not outlive it.
+  void offerTo(PluginContext& context);
+
+  /// The download session of the film that the window shows; 0 for none.
+  void setCurrentMedia(unsigned long long session) { session_ = session; }
+
+  void openMedia(const QString& location) override { open_(location); }
+
+  /// Nothing: the queue itself says when a film is complete.
+  void downloadFinished(const QString&, unsigned long long) override {}
+
+  unsigned long long currentMediaId() override { return session_; }
+
+ private:
+  const std::function<void(const QString&)> open_;
+  std::atomic<unsigned long long> session_{0};
+};
+
+}  // namespace playerx::window

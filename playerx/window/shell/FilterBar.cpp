@@ -1,0 +1,72 @@
+#include "playerx/window/shell/FilterBar.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLineEdit>
+
+#include "playerx/window/model/FilmFilter.h"
+#include "playerx/window/view/Icons.h"
+
+namespace playerx::window {
+
+FilterBar::FilterBar(FilmFilter& films, QWidget* parent)
+    : QWidget(parent), films_(films), groups_(new QComboBox(this)), words_(new QLineEdit(this)) {
+  groups_->addItem(tr("All"), FilmFilter::kAll);
+  groups_->addItem(tr("Unfinished"), FilmFilter::kUnfinished);
+  groups_->addItem(tr("Done"), FilmFilter::kDone);
+  groups_->addItem(tr("Failed"), FilmFilter::kFailed);
+  groups_->setAccessibleName(tr("Which films to show"));
+  groups_->setToolTip(tr("Which films to show"));
+  words_->setPlaceholderText(tr("Filter"));
+  words_->setAccessibleName(tr("Filter"));
+  words_->setClearButtonEnabled(true);
+  words_->addAction(themedIcon(QStringLiteral("edit-find")), QLineEdit::LeadingPosition);
+  words_->setMaximumWidth(28 * fontMetrics().averageCharWidth());
+  words_->installEventFilter(this);
+  auto* const row = new QHBoxLayout(this);
+  row->setContentsMargins(0, 0, 8, 0);
+  row->setSpacing(8);
+  row->addStretch(1);
+  row->addWidget(groups_);
+  row->addWidget(words_);
+  connect(words_, &QLineEdit::textChanged, this, [this](const QString& text) {
+    films_.setText(text);
+    Q_EMIT changed();
+  });
+  connect(groups_, &QComboBox::currentIndexChanged, this, [this] {
+    films_.setGroup(static_cast<FilmFilter::Group>(group()));
+    Q_EMIT changed();
+  });
+}
+
+void FilterBar::edit() {
+  words_->setFocus(Qt::ShortcutFocusReason);
+  words_->selectAll();
+}
+
+void FilterBar::clear() {
+  words_->clear();
+  setGroup(FilmFilter::kAll);
+}
+
+int FilterBar::group() const { return groups_->currentData().toInt(); }
+
+void FilterBar::setGroup(int group) {
+  const int index = groups_->findData(group);
+  if (index >= 0) groups_->setCurrentIndex(index);
+}
+
+bool FilterBar::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress) {
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (key == Qt::Key_Escape) words_->clear();
+    if (key == Qt::Key_Escape || key == Qt::Key_Down || key == Qt::Key_Return) {
+      Q_EMIT left();
+      return true;
+    }
+  }
+  return QWidget::eventFilter(watched, event);
+}
+
+}  // namespace playerx::window

@@ -1,0 +1,375 @@
+#include "playerx/window/shell/MainWindow.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QStackedWidget>
+#include <QToolBar>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "playerx/window/actions/ActionSet.h"
+#include "playerx/window/actions/FilmCommands.h"
+#include "playerx/window/desktop/Desktop.h"
+#include "playerx/window/desktop/DesktopNews.h"
+#include "playerx/window/desktop/Tray.h"
+#include "playerx/window/inputs/PastedInputs.h"
+#include "playerx/window/model/FilmFilter.h"
+#include "playerx/window/model/FilmModel.h"
+#include "playerx/window/model/FilmNews.h"
+#include "playerx/window/model/FilmText.h"
+#include "playerx/window/playback/MiniPlayer.h"
+#include "playerx/window/playback/Watching.h"
+#include "playerx/window/playback/WatchingPage.h"
+#include "playerx/window/queue/QueueClient.h"
+#include "playerx/window/shell/DownloadsPage.h"
+#include "playerx/window/shell/FilterBar.h"
+#include "playerx/window/shell/Menus.h"
+#include "playerx/window/shell/QueueQuestions.h"
+#include "playerx/window/shell/WindowDialogs.h"
+#include "playerx/window/shell/WindowMemory.h"
+#include "playerx/window/view/EmptyState.h"
+#include "playerx/window/view/FilmView.h"
+#include "playerx/window/view/Icons.h"
+#include "playerx/window/view/MessageStrip.h"
+#include "playerx/window/view/StatusStrip.h"
+
+namespace playerx::window {
+
+namespace {
+
+const QString kGeometry = QStringLiteral("Window/Geometry");
+const QString kGroup = QStringLiteral("Window/Group");
+
+constexpr QSize kUsualSize(960, 620);
+
+}  // namespace
+
+MainWindow::MainWindow(const Parts& parts)
+    : queue_(parts.queue),
+      memory_(parts.memory),
+      player_(parts.player),
+      films_(new FilmModel(this)),
+      filter_(new FilmFilter(this)),
+      batcher_(new UpdateBatcher(this)),
+      actions_(new ActionSet(this)),
+      downloads_((filter_->setSourceModel(films_), new DownloadsPage(*filter_, *actions_, this))),
+      watchingPage_(new WatchingPage(player_, this)),
+      watching_(new Watching(*films_, player_, memory_, this)),
+      strip_(new MessageStrip(this)),
+      status_(new StatusStrip(this)),
+      filterBar_(new FilterBar(*filter_, this)),
+      toolBar_(new QToolBar(tr("Tools"), this)),
+      pages_(new QStackedWidget(this)),
+      commands_(new FilmCommands({queue_, *films_, *filter_, downloads_->view(), *strip_}, this)),
+      questions_(new QueueQuestions(queue_, *films_, *strip_, this)),
+      dialogs_(new WindowDialogs(*this)),
+      miniPlayer_(new MiniPlayer(player_, this)),
+      news_(new FilmNews(*films_, this)),
+      desktopNews_(new DesktopNews(*news_, parts.desktop, this)),
+      tray_(new Tray(*actions_, this)) {
+  build();
+  connectQueue();
+  connectActions();
+  connectViews();
+  connectDesktop(parts.desktop);
+  restore();
+  showDownloads();
+  refreshActions();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::build() {
+  setWindowTitle(QApplication::applicationDisplayName());
+  setWindowIcon(applicationIcon());
+  fillMenuBar(*menuBar(), *actions_);
+  buildToolBar();
+  pages_->addWidget(downloads_);
+  pages_->addWidget(watchingPage_);
+  auto* const middle = new QWidget(this);
+  auto* const column = new QVBoxLayout(middle);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(0);
+  column->addWidget(strip_);
+  column->addWidget(pages_, 1);
+  column->addWidget(miniPlayer_);
+  column->addWidget(status_);
+  setCentralWidget(middle);
+  actions_->attach(*this, downloads_->view());
+}
+
+void MainWindow::buildToolBar() {
+  QToolBar* const bar = toolBar_;
+  addToolBar(bar);
+  bar->setObjectName(QStringLiteral("tools"));
+  bar->setMovable(false);
+  const int side = fontMetrics().height() + 4;
+  bar->setIconSize({side, side});
+  bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+  bar->setContextMenuPolicy(Qt::PreventContextMenu);
+  // Tools begin where the rows' text does.
+  auto* const indent = new QWidget(bar);
+  indent->setFixedWidth(4);
+  bar->addWidget(indent);
+  bar->addAction(actions_->of(Verb::kAddAddresses));
+  bar->addAction(actions_->of(Verb::kAddTickets));
+  bar->addSeparator();
+  bar->addAction(actions_->of(Verb::kPauseAll));
+  bar->addAction(actions_->of(Verb::kResumeAll));
+  bar->addWidget(filterBar_);
+}
+
+void MainWindow::connectQueue() {
+  connect(&queue_, &QueueClient::changed, batcher_, &UpdateBatcher::add);
+  connect(batcher_, &UpdateBatcher::ready, this, &MainWindow::apply);
+  connect(&queue_, &QueueClient::preferencesRead, this,
+          [this](const QueuePreferences& preferences) { preferences_ = preferences; });
+  connect(&queue_, &QueueClient::roomKnown, status_, &StatusStrip::showRoom);
+  connect(&queue_, &QueueClient::playRequested, this, [this](FilmId film, const QString& location) {
+    if (film == 0 || !watching_->play(film)) watching_->play(location);
+  });
+}
+
+void MainWindow::connectActions() {
+  connect(actions_, &ActionSet::triggered, this, &MainWindow::carryOut);
+  connect(commands_, &FilmCommands::situationChanged, this, &MainWindow::refreshActions);
+  connect(commands_, &FilmCommands::playWanted, this, &MainWindow::play);
+  connect(commands_, &FilmCommands::otherFolderWanted, this, &MainWindow::askForPreferences);
+  connect(commands_, &FilmCommands::deletionAsked, this, &MainWindow::askAboutDeletion);
+  connect(questions_, &QueueQuestions::otherFolderWanted, this, &MainWindow::askForPreferences);
+  connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &MainWindow::refreshActions);
+}
+
+void MainWindow::connectViews() {
+  FilmView& view = downloads_->view();
+  connect(&view, &FilmView::selectionMoved, this, &MainWindow::refreshActions);
+  connect(&view, &FilmView::buttonUsed, this,
+          [this](Verb verb, FilmId film) { commands_->carryOut(verb, {film}); });
+  connect(&view, &FilmView::filmsDropped, commands_, &FilmCommands::moveBefore);
+  connect(&view, &FilmView::inputsDropped, commands_, &FilmCommands::add);
+  connect(&view, &QWidget::customContextMenuRequested, this, &MainWindow::showFilmMenu);
+  EmptyState& empty = downloads_->emptyState();
+  connect(&empty, &EmptyState::inputsDropped, commands_, &FilmCommands::add);
+  connect(&empty, &EmptyState::filterDropped, filterBar_, &FilterBar::clear);
+  connect(filterBar_, &FilterBar::changed, this, &MainWindow::refreshActions);
+  connect(filterBar_, &FilterBar::left, downloads_, [this] { downloads_->setFocus(); });
+  connect(watching_, &Watching::started, this, &MainWindow::onStarted);
+  connect(watchingPage_, &WatchingPage::backWanted, this,
+          [this] { isFullScreen() ? setFullScreen(false) : showDownloads(); });
+  connect(watchingPage_, &WatchingPage::desktopPlayerWanted, this, &MainWindow::playWithDesktop);
+  connect(miniPlayer_, &MiniPlayer::pictureWanted, this, &MainWindow::showWatching);
+  connect(watchingPage_, &WatchingPage::fullScreenToggled, this,
+          [this] { setFullScreen(!isFullScreen()); });
+}
+
+void MainWindow::connectDesktop(Desktop& desktop) {
+  desktopNews_->setPreferences(memory_.preferences());
+  connect(commands_, &FilmCommands::folderWanted, &desktop, &Desktop::showInFolder);
+  connect(&desktop, &Desktop::folderNotShown, this, [](const QString& path) {
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
+  });
+  connect(&desktop, &Desktop::notificationUsed, this, &MainWindow::comeToFront);
+  connect(tray_, &Tray::windowWanted, this, &MainWindow::comeToFront);
+  connect(news_, &FilmNews::becamePlayable, this, &MainWindow::playAlone);
+  connect(news_, &FilmNews::advanced, status_,
+          [this](const Film& film) { status_->announce(accessibleText(film)); });
+  connect(dialogs_, &WindowDialogs::inputsGiven, commands_, &FilmCommands::add);
+  connect(dialogs_, &WindowDialogs::preferencesGiven, this, &MainWindow::setPreferences);
+  connect(dialogs_, &WindowDialogs::deletionConfirmed, commands_, &FilmCommands::removeWithFiles);
+  connect(dialogs_, &WindowDialogs::closingChosen, this, &MainWindow::onClosingChosen);
+}
+
+void MainWindow::take(const QStringList& inputs) {
+  if (!inputs.isEmpty()) commands_->add(inputs);
+  comeToFront();
+}
+
+void MainWindow::comeToFront() {
+  setWindowState((windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
+  show();
+  raise();
+  activateWindow();
+}
+
+void MainWindow::showDownloads() {
+  if (isFullScreen()) setFullScreen(false);
+  pages_->setCurrentWidget(downloads_);
+  miniPlayer_->setShown(true);
+  toolBar_->show();
+  status_->show();
+  downloads_->setFocus();
+  refreshActions();
+}
+
+void MainWindow::showWatching() {
+  pages_->setCurrentWidget(watchingPage_);
+  miniPlayer_->setShown(false);
+  toolBar_->hide();
+  status_->hide();
+  watchingPage_->setFocus();
+  refreshActions();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  if (!mayClose()) return event->ignore();
+  remember();
+  commands_->finish();
+  if (player_ != nullptr) player_->close();
+  QMainWindow::closeEvent(event);
+  Q_EMIT closed();
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::ActivationChange) desktopNews_->setSeen(isActiveWindow());
+}
+
+void MainWindow::apply(const QueueUpdate& update) {
+  isPaused_ = update.isPaused;
+  films_->apply(update);
+  const QueueTotals totals = QueueTotals::of(films_->films());
+  status_->showTotals(totals, isPaused_);
+  tray_->setStatus(totalsText(totals, isPaused_));
+  desktopNews_->follow(totals);
+  refreshActions();
+  Q_EMIT queueShown();
+}
+
+void MainWindow::refreshActions() {
+  Situation now = commands_->situation(isPaused_);
+  const QMimeData* const data = QApplication::clipboard()->mimeData();
+  now.clipboardHasInputs = data != nullptr && !inputsInData(*data).inputs.isEmpty();
+  actions_->update(now);
+  actions_->of(Verb::kShowDownloads)->setChecked(pages_->currentWidget() == downloads_);
+  actions_->of(Verb::kShowWatching)->setChecked(pages_->currentWidget() == watchingPage_);
+  actions_->of(Verb::kFullScreen)->setChecked(isFullScreen());
+}
+
+void MainWindow::carryOut(Verb verb) {
+  if (commands_->carryOut(verb)) return;
+  switch (verb) {
+    case Verb::kAddAddresses:
+      return dialogs_->askForAddresses();
+    case Verb::kAddTickets:
+      return dialogs_->askForTickets();
+    case Verb::kPaste:
+      return commands_->add(inputsInData(*QApplication::clipboard()->mimeData()).inputs);
+    case Verb::kFilter:
+      showDownloads();
+      return filterBar_->edit();
+    case Verb::kShowDownloads:
+      return showDownloads();
+    case Verb::kShowWatching:
+      return showWatching();
+    case Verb::kFullScreen:
+      return setFullScreen(!isFullScreen());
+    case Verb::kPreferences:
+      return askForPreferences();
+    case Verb::kAbout:
+      return dialogs_->tellAbout();
+    case Verb::kQuit:
+      return quit();
+    default:
+      return;
+  }
+}
+
+void MainWindow::play(FilmId film) {
+  if (!watching_->play(film)) queue_.play(film);
+}
+
+void MainWindow::onStarted(const FilmSource& source) {
+  watchingPage_->setTitle(source.title);
+  miniPlayer_->setTitle(source.title);
+  showWatching();
+}
+
+void MainWindow::askAboutDeletion(const QList<FilmId>& films) {
+  const Film* const only = films.size() == 1 ? films_->film(films.first()) : nullptr;
+  dialogs_->askAboutDeletion(films, only != nullptr ? displayTitle(*only) : QString());
+}
+
+void MainWindow::askForPreferences() {
+  dialogs_->askForPreferences(preferences_, memory_.preferences());
+}
+
+void MainWindow::setPreferences(const QueuePreferences& queue, const WindowPreferences& window) {
+  memory_.keepPreferences(window);
+  desktopNews_->setPreferences(window);
+  if (queue != preferences_) queue_.setPreferences(queue);
+}
+
+void MainWindow::playAlone(const Film& film) {
+  const bool isIdle = player_ != nullptr && !player_->state().isOpen;
+  if (isIdle && memory_.preferences().playsAutomatically) watching_->play(film.id);
+}
+
+void MainWindow::playWithDesktop() {
+  const FilmSource& source = watching_->source();
+  const bool isLocal = !source.file.isEmpty();
+  QDesktopServices::openUrl(isLocal ? QUrl::fromLocalFile(source.file) : QUrl(source.address));
+}
+
+void MainWindow::showFilmMenu(const QPoint& place) {
+  auto* const menu = new QMenu(this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  fillFilmMenu(*menu, *actions_);
+  menu->popup(downloads_->view().viewport()->mapToGlobal(place));
+}
+
+void MainWindow::setFullScreen(bool isFull) {
+  if (isFull && pages_->currentWidget() != watchingPage_) showWatching();
+  menuBar()->setVisible(!isFull);
+  setWindowState(isFull ? windowState() | Qt::WindowFullScreen
+                        : windowState() & ~Qt::WindowFullScreen);
+  watchingPage_->setFullScreen(isFull);
+  refreshActions();
+}
+
+void MainWindow::restore() {
+  if (!restoreGeometry(memory_.value(kGeometry).toByteArray())) resize(kUsualSize);
+  filterBar_->setGroup(memory_.value(kGroup).toInt());
+}
+
+void MainWindow::remember() {
+  if (isFullScreen()) setFullScreen(false);
+  memory_.keep(kGeometry, saveGeometry());
+  memory_.keep(kGroup, filterBar_->group());
+}
+
+/// Asks, unless the user has said before what closing means while films arrive.
+bool MainWindow::mayClose() {
+  const bool isBusy = QueueTotals::of(films_->films()).isRunning;
+  if (isQuitting_ || !isBusy) return true;
+  const WindowPreferences::Closing closing = memory_.preferences().closing;
+  if (closing == WindowPreferences::kGoOnInTray && tray_->isThere()) {
+    hide();
+    return false;
+  }
+  if (closing == WindowPreferences::kQuit) return true;
+  dialogs_->askAboutClosing(tray_->isThere());
+  return false;
+}
+
+void MainWindow::onClosingChosen(WindowPreferences::Closing closing, bool isRemembered) {
+  if (isRemembered) {
+    WindowPreferences preferences = memory_.preferences();
+    preferences.closing = closing;
+    memory_.keepPreferences(preferences);
+  }
+  if (closing == WindowPreferences::kQuit) return quit();
+  hide();
+}
+
+void MainWindow::quit() {
+  isQuitting_ = true;
+  close();
+}
+
+}  // namespace playerx::window

@@ -1,0 +1,137 @@
+#pragma once
+
+#include <QMainWindow>
+
+#include "playerx/window/actions/Verb.h"
+#include "playerx/window/dialogs/WindowPreferences.h"
+#include "playerx/window/model/UpdateBatcher.h"
+#include "playerx/window/playback/FilmPlayer.h"
+#include "playerx/window/queue/QueueMessages.h"
+
+class QStackedWidget;
+class QToolBar;
+
+namespace playerx::window {
+
+class ActionSet;
+class Desktop;
+class DesktopNews;
+class DownloadsPage;
+class FilmCommands;
+class FilmFilter;
+class FilmModel;
+class FilmNews;
+class FilterBar;
+class MessageStrip;
+class MiniPlayer;
+class QueueClient;
+class QueueQuestions;
+class StatusStrip;
+class Tray;
+class Watching;
+class WatchingPage;
+class WindowDialogs;
+class WindowMemory;
+
+/// The player's window: the list of downloads, the film that is watched, and what is done with
+/// them. Used on the UI thread.
+class MainWindow : public QMainWindow {
+  Q_OBJECT
+
+ public:
+  /// Not owned; they outlive the window. `player` is null when this build cannot show films.
+  struct Parts {
+    QueueClient& queue;
+    WindowMemory& memory;
+    Desktop& desktop;
+    FilmPlayer* player;
+  };
+
+  explicit MainWindow(const Parts& parts);
+  ~MainWindow() override;
+
+  FilmModel& films() { return *films_; }
+  ActionSet& actions() { return *actions_; }
+  FilmCommands& commands() { return *commands_; }
+  MessageStrip& strip() { return *strip_; }
+  DownloadsPage& downloads() { return *downloads_; }
+  WatchingPage& watchingPage() { return *watchingPage_; }
+  Watching& watching() { return *watching_; }
+  FilterBar& filterBar() { return *filterBar_; }
+
+  bool isPaused() const { return isPaused_; }
+
+  /// Queues what a person or another process hands over, and comes to the front.
+  void take(const QStringList& inputs);
+  void comeToFront();
+
+  /// Closes without asking.
+  void quit();
+
+  void showDownloads();
+  void showWatching();
+
+ Q_SIGNALS:
+  /// The queue, as it is now, is on the screen.
+  void queueShown();
+
+  /// The window was closed for good.
+  void closed();
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void build();
+  void buildToolBar();
+  void connectQueue();
+  void connectActions();
+  void connectViews();
+  void connectDesktop(Desktop& desktop);
+  void apply(const QueueUpdate& update);
+  void refreshActions();
+  void carryOut(Verb verb);
+  void play(FilmId film);
+  void onStarted(const FilmSource& source);
+  void askAboutDeletion(const QList<FilmId>& films);
+  void showFilmMenu(const QPoint& place);
+  void askForPreferences();
+  void setPreferences(const QueuePreferences& queue, const WindowPreferences& window);
+  void playAlone(const Film& film);
+  void playWithDesktop();
+  void setFullScreen(bool isFullScreen);
+  void restore();
+  void remember();
+  bool mayClose();
+  void onClosingChosen(WindowPreferences::Closing closing, bool isRemembered);
+
+  QueueClient& queue_;
+  WindowMemory& memory_;
+  FilmPlayer* const player_;
+
+  FilmModel* const films_;
+  FilmFilter* const filter_;
+  UpdateBatcher* const batcher_;
+  ActionSet* const actions_;
+  DownloadsPage* const downloads_;
+  WatchingPage* const watchingPage_;
+  Watching* const watching_;
+  MessageStrip* const strip_;
+  StatusStrip* const status_;
+  FilterBar* const filterBar_;
+  QToolBar* const toolBar_;
+  QStackedWidget* const pages_;
+  FilmCommands* const commands_;
+  QueueQuestions* const questions_;
+  WindowDialogs* const dialogs_;
+  MiniPlayer* const miniPlayer_;
+  FilmNews* const news_;
+  DesktopNews* const desktopNews_;
+  Tray* const tray_;
+  QueuePreferences preferences_;
+  bool isPaused_ = false;
+  bool isQuitting_ = false;
+};
+
+}  // namespace playerx::window

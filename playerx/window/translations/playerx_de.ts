@@ -1,0 +1,1039 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de_DE">
+<context>
+    <name>DesktopWorker</name>
+    <message>
+        <source>Show</source>
+        <translation>Zeigen</translation>
+    </message>
+    <message>
+        <source>Films are being downloaded</source>
+        <translation>Filme werden geladen</translation>
+    </message>
+</context>
+<context>
+    <name>Verb</name>
+    <message>
+        <source>&amp;Add addresses…</source>
+        <translation>&amp;Adressen hinzufügen …</translation>
+    </message>
+    <message>
+        <source>Add &amp;tickets…</source>
+        <translation>&amp;Tickets hinzufügen …</translation>
+    </message>
+    <message>
+        <source>Add from the &amp;clipboard</source>
+        <translation>Aus der &amp;Zwischenablage hinzufügen</translation>
+    </message>
+    <message>
+        <source>&amp;Pause all</source>
+        <translation>Alle an&amp;halten</translation>
+    </message>
+    <message>
+        <source>&amp;Go on with all</source>
+        <translation>Alle &amp;fortsetzen</translation>
+    </message>
+    <message>
+        <source>&amp;Play</source>
+        <translation>Ab&amp;spielen</translation>
+    </message>
+    <message>
+        <source>&amp;Stop</source>
+        <translation>S&amp;toppen</translation>
+    </message>
+    <message>
+        <source>&amp;Go on</source>
+        <translation>&amp;Fortsetzen</translation>
+    </message>
+    <message>
+        <source>&amp;Try again</source>
+        <translation>Noch ein&amp;mal versuchen</translation>
+    </message>
+    <message>
+        <source>Try all &amp;failed again</source>
+        <translation>Alle &amp;gescheiterten noch einmal versuchen</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose another folder…</source>
+        <translation>Anderen &amp;Ordner wählen …</translation>
+    </message>
+    <message>
+        <source>Show in &amp;folder</source>
+        <translation>&amp;Im Ordner zeigen</translation>
+    </message>
+    <message>
+        <source>&amp;Copy address</source>
+        <translation>&amp;Adresse kopieren</translation>
+    </message>
+    <message>
+        <source>Copy &amp;details</source>
+        <translation>Ein&amp;zelheiten kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Remove</source>
+        <translation>&amp;Entfernen</translation>
+    </message>
+    <message>
+        <source>Remove and d&amp;elete the film…</source>
+        <translation>Entfernen und Film &amp;löschen …</translation>
+    </message>
+    <message>
+        <source>Clear &amp;done films</source>
+        <translation>F&amp;ertige Filme entfernen</translation>
+    </message>
+    <message>
+        <source>&amp;Undo</source>
+        <translation>&amp;Rückgängig</translation>
+    </message>
+    <message>
+        <source>Move &amp;up</source>
+        <translation>Nac&amp;h oben</translation>
+    </message>
+    <message>
+        <source>Move do&amp;wn</source>
+        <translation>Nach &amp;unten</translation>
+    </message>
+    <message>
+        <source>Move to the t&amp;op</source>
+        <translation>Ganz &amp;nach oben</translation>
+    </message>
+    <message>
+        <source>Move to the &amp;bottom</source>
+        <translation>&amp;Ganz nach unten</translation>
+    </message>
+    <message>
+        <source>Select &amp;all</source>
+        <translation>Alle aus&amp;wählen</translation>
+    </message>
+    <message>
+        <source>&amp;Filter</source>
+        <translation>&amp;Filtern</translation>
+    </message>
+    <message>
+        <source>&amp;Downloads</source>
+        <translation>&amp;Downloads</translation>
+    </message>
+    <message>
+        <source>&amp;Watching</source>
+        <translation>&amp;Ansehen</translation>
+    </message>
+    <message>
+        <source>F&amp;ull screen</source>
+        <translation>&amp;Vollbild</translation>
+    </message>
+    <message>
+        <source>&amp;Preferences…</source>
+        <translation>&amp;Einstellungen …</translation>
+    </message>
+    <message>
+        <source>&amp;About this player</source>
+        <translation>&amp;Über diesen Player</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Beenden</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::ActionSet</name>
+    <message>
+        <source>%1
+%2</source>
+        <extracomment>Tool tip of an action that cannot be done: its name, then the reason.</extracomment>
+        <translation>%1
+%2</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <extracomment>Tool tip of an action: its name, then its keys.</extracomment>
+        <translation>%1 (%2)</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::AddAddressesDialog</name>
+    <message numerus="yes">
+        <source>%n address(es) or ticket(s) found.</source>
+        <translation>
+            <numerusform>%n Adresse oder Ticket gefunden.</numerusform>
+            <numerusform>%n Adressen oder Tickets gefunden.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n line(s) left out, such as “%1”.</source>
+        <translation>
+            <numerusform>%n Zeile ausgelassen, nämlich „%1“.</numerusform>
+            <numerusform>%n Zeilen ausgelassen, zum Beispiel „%1“.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>%1 %2</source>
+        <extracomment>Two sentences, complete in themselves.</extracomment>
+        <translation>%1 %2</translation>
+    </message>
+    <message>
+        <source>Add addresses</source>
+        <translation>Adressen hinzufügen</translation>
+    </message>
+    <message>
+        <source>&amp;Addresses of films, one on each line:</source>
+        <translation>&amp;Adressen von Filmen, eine je Zeile:</translation>
+    </message>
+    <message>
+        <source>Addresses of films</source>
+        <translation>Adressen von Filmen</translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::ControlBar</name>
+    <message>
+        <source>%1 of %2</source>
+        <extracomment>The place in a film, and its length.</extracomment>
+        <translation>%1 von %2</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Abspielen</translation>
+    </message>
+    <message>
+        <source>Mute</source>
+        <translation>Stummschalten</translation>
+    </message>
+    <message>
+        <source>Sound</source>
+        <translation>Ton</translation>
+    </message>
+    <message>
+        <source>Subtitles</source>
+        <translation>Untertitel</translation>
+    </message>
+    <message>
+        <source>Full screen</source>
+        <translation>Vollbild</translation>
+    </message>
+    <message>
+        <source>Volume</source>
+        <translation>Lautstärke</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Anhalten</translation>
+    </message>
+    <message>
+        <source>Unmute</source>
+        <translation>Ton einschalten</translation>
+    </message>
+    <message>
+        <source>Leave full screen</source>
+        <translation>Vollbild verlassen</translation>
+    </message>
+    <message>
+        <source>Off</source>
+        <translation>Aus</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::DesktopNews</name>
+    <message>
+        <source>“%1” is done.</source>
+        <translation>„%1“ ist fertig.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n film(s) are done.</source>
+        <translation>
+            <numerusform>%n Film ist fertig.</numerusform>
+            <numerusform>%n Filme sind fertig.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>“%1” has failed.</source>
+        <translation>„%1“ ist gescheitert.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n film(s) have failed.</source>
+        <translation>
+            <numerusform>%n Film ist gescheitert.</numerusform>
+            <numerusform>%n Filme sind gescheitert.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Downloads</source>
+        <translation>Downloads</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::EmptyState</name>
+    <message>
+        <source>No film fits the filter</source>
+        <translation>Kein Film passt zum Filter</translation>
+    </message>
+    <message>
+        <source>Nothing to download yet</source>
+        <translation>Noch nichts zu laden</translation>
+    </message>
+    <message>
+        <source>Other films are in the list, but not shown.</source>
+        <translation>In der Liste sind andere Filme, die nicht gezeigt werden.</translation>
+    </message>
+    <message>
+        <source>Paste an address, or drop a link or a ticket here</source>
+        <translation>Eine Adresse einfügen, oder einen Link oder ein Ticket hierher ziehen</translation>
+    </message>
+    <message>
+        <source>Show all films</source>
+        <translation>Alle Filme zeigen</translation>
+    </message>
+    <message>
+        <source>Add addresses…</source>
+        <translation>Adressen hinzufügen …</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::FilmCommands</name>
+    <message>
+        <source>Films can be moved when the list is not filtered.</source>
+        <translation>Filme lassen sich verschieben, wenn die Liste nicht gefiltert ist.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n film(s) were in the list already.</source>
+        <translation>
+            <numerusform>%n Film war schon in der Liste.</numerusform>
+            <numerusform>%n Filme waren schon in der Liste.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Not added: %1 — %2</source>
+        <extracomment>%1 is an address or a path, %2 a sentence with the reason.</extracomment>
+        <translation>Nicht hinzugefügt: %1 – %2</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n input(s) were not added. The first one: %1 — %2</source>
+        <translation>
+            <numerusform>%n Eingabe wurde nicht hinzugefügt: %1 – %2</numerusform>
+            <numerusform>%n Eingaben wurden nicht hinzugefügt. Die erste: %1 – %2</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Copy them</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <source>The ticket %1 names no film that can be downloaded. %2</source>
+        <extracomment>%1 is a path, %2 a sentence with the reason.</extracomment>
+        <translation>Das Ticket %1 nennt keinen Film, der geladen werden kann. %2</translation>
+    </message>
+    <message numerus="yes">
+        <source>The ticket %1 names %n film(s), but something in it cannot be used. %2</source>
+        <translation>
+            <numerusform>Das Ticket %1 nennt %n Film, aber etwas darin ist nicht zu gebrauchen. %2</numerusform>
+            <numerusform>Das Ticket %1 nennt %n Filme, aber etwas darin ist nicht zu gebrauchen. %2</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Add all the same</source>
+        <translation>Trotzdem hinzufügen</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n film(s) removed.</source>
+        <translation>
+            <numerusform>%n Film entfernt.</numerusform>
+            <numerusform>%n Filme entfernt.</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::FilmText</name>
+    <message>
+        <source>%1 · %2</source>
+        <extracomment>Puts two facts side by side; %1 and %2 are complete in themselves.</extracomment>
+        <translation>%1 · %2</translation>
+    </message>
+    <message>
+        <source>time left unknown</source>
+        <translation>Restzeit unbekannt</translation>
+    </message>
+    <message>
+        <source>%1 left</source>
+        <translation>noch %1</translation>
+    </message>
+    <message>
+        <source>Film without a title</source>
+        <translation>Film ohne Titel</translation>
+    </message>
+    <message>
+        <source>Waiting</source>
+        <translation>Wartet</translation>
+    </message>
+    <message>
+        <source>Connecting</source>
+        <translation>Verbindet</translation>
+    </message>
+    <message>
+        <source>Downloading</source>
+        <translation>Lädt</translation>
+    </message>
+    <message>
+        <source>Paused</source>
+        <translation>Angehalten</translation>
+    </message>
+    <message>
+        <source>Done</source>
+        <translation>Fertig</translation>
+    </message>
+    <message>
+        <source>Failed</source>
+        <translation>Gescheitert</translation>
+    </message>
+    <message>
+        <source>Stopped</source>
+        <translation>Gestoppt</translation>
+    </message>
+    <message>
+        <source>Held</source>
+        <translation>In Arbeit</translation>
+    </message>
+    <message>
+        <source>Looking for the reason…</source>
+        <translation>Der Grund wird gesucht …</translation>
+    </message>
+    <message>
+        <source>%1, %2: %3</source>
+        <translation>%1, %2: %3</translation>
+    </message>
+    <message>
+        <source>%1, %2</source>
+        <translation>%1, %2</translation>
+    </message>
+    <message>
+        <source>%1, %2, %3 percent</source>
+        <extracomment>For a screen reader: title, state, percent.</extracomment>
+        <translation>%1, %2, %3 Prozent</translation>
+    </message>
+    <message>
+        <source>Code: %1</source>
+        <translation>Code: %1</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::FilmView</name>
+    <message>
+        <source>Downloads</source>
+        <translation>Downloads</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::FilterBar</name>
+    <message>
+        <source>All</source>
+        <translation>Alle</translation>
+    </message>
+    <message>
+        <source>Unfinished</source>
+        <translation>Unfertige</translation>
+    </message>
+    <message>
+        <source>Done</source>
+        <translation>Fertig</translation>
+    </message>
+    <message>
+        <source>Failed</source>
+        <translation>Gescheitert</translation>
+    </message>
+    <message>
+        <source>Which films to show</source>
+        <translation>Welche Filme gezeigt werden</translation>
+    </message>
+    <message>
+        <source>Filter</source>
+        <translation>Filtern</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::MainWindow</name>
+    <message>
+        <source>Tools</source>
+        <translation>Werkzeuge</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::Menus</name>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;Datei</translation>
+    </message>
+    <message>
+        <source>&amp;Queue</source>
+        <translation>&amp;Warteschlange</translation>
+    </message>
+    <message>
+        <source>Fi&amp;lm</source>
+        <translation>&amp;Film</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Ansicht</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::MessageStrip</name>
+    <message>
+        <source>Number</source>
+        <translation>Nummer</translation>
+    </message>
+    <message>
+        <source>Close the message</source>
+        <translation>Meldung schließen</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n more</source>
+        <translation>
+            <numerusform>%n weitere</numerusform>
+            <numerusform>%n weitere</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::MiniPlayer</name>
+    <message>
+        <source>Pause</source>
+        <translation>Anhalten</translation>
+    </message>
+    <message>
+        <source>Back to the picture</source>
+        <translation>Zurück zum Bild</translation>
+    </message>
+    <message>
+        <source>Close the film</source>
+        <translation>Film schließen</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Abspielen</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::MpvFilmPlayer</name>
+    <message>
+        <source>The film cannot be read: %1.</source>
+        <extracomment>%1 is what the system says, such as &quot;No such file or directory&quot;.</extracomment>
+        <translation>Der Film lässt sich nicht lesen: %1.</translation>
+    </message>
+    <message>
+        <source>This file is a list of other files, not a film.</source>
+        <translation>Diese Datei ist eine Liste anderer Dateien, kein Film.</translation>
+    </message>
+    <message>
+        <source>This film can be shown when all of it has arrived.</source>
+        <translation>Dieser Film lässt sich zeigen, wenn er ganz angekommen ist.</translation>
+    </message>
+    <message>
+        <source>This file is no film that can be shown.</source>
+        <translation>Diese Datei ist kein Film, der sich zeigen lässt.</translation>
+    </message>
+    <message>
+        <source>The film cannot be fetched from its address.</source>
+        <translation>Der Film lässt sich nicht von seiner Adresse holen.</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::Numbers</name>
+    <message>
+        <source>%1 B</source>
+        <translation>%1 B</translation>
+    </message>
+    <message>
+        <source>%1 kB</source>
+        <translation>%1 kB</translation>
+    </message>
+    <message>
+        <source>%1 MB</source>
+        <translation>%1 MB</translation>
+    </message>
+    <message>
+        <source>%1 GB</source>
+        <translation>%1 GB</translation>
+    </message>
+    <message>
+        <source>%1 TB</source>
+        <translation>%1 TB</translation>
+    </message>
+    <message>
+        <source>%1 PB</source>
+        <translation>%1 PB</translation>
+    </message>
+    <message>
+        <source>%1 of %2</source>
+        <extracomment>Bytes that have arrived, of all bytes: &quot;294 of 700 MB&quot;. %2 carries the unit.</extracomment>
+        <translation>%1 von %2</translation>
+    </message>
+    <message>
+        <source>%1/s</source>
+        <extracomment>A speed; %1 is a size, such as &quot;5.2 MB&quot;.</extracomment>
+        <translation>%1/s</translation>
+    </message>
+    <message>
+        <source>%1 d %2 h</source>
+        <translation>%1 Tg. %2 h</translation>
+    </message>
+    <message>
+        <source>%1 h %2 min</source>
+        <translation>%1 h %2 min</translation>
+    </message>
+    <message>
+        <source>%1 min %2 s</source>
+        <translation>%1 min %2 s</translation>
+    </message>
+    <message>
+        <source>%1 s</source>
+        <translation>%1 s</translation>
+    </message>
+    <message>
+        <source>%1 min</source>
+        <translation>%1 min</translation>
+    </message>
+    <message>
+        <source>%1 %</source>
+        <translation>%1 %</translation>
+    </message>
+    <message>
+        <source>today</source>
+        <translation>heute</translation>
+    </message>
+    <message>
+        <source>yesterday</source>
+        <translation>gestern</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::Obstacle</name>
+    <message>
+        <source>Choose a film first.</source>
+        <translation>Zuerst einen Film auswählen.</translation>
+    </message>
+    <message>
+        <source>Done and failed films stay at the bottom.</source>
+        <translation>Fertige und gescheiterte Filme bleiben unten.</translation>
+    </message>
+    <message>
+        <source>Films can be moved when the list is not filtered.</source>
+        <translation>Filme lassen sich verschieben, wenn die Liste nicht gefiltert ist.</translation>
+    </message>
+    <message>
+        <source>The clipboard holds no address and no ticket.</source>
+        <translation>Die Zwischenablage enthält keine Adresse und kein Ticket.</translation>
+    </message>
+    <message>
+        <source>The queue is paused.</source>
+        <translation>Die Warteschlange ist angehalten.</translation>
+    </message>
+    <message>
+        <source>Nothing is left to download.</source>
+        <translation>Es ist nichts mehr zu laden.</translation>
+    </message>
+    <message>
+        <source>The queue is not paused.</source>
+        <translation>Die Warteschlange ist nicht angehalten.</translation>
+    </message>
+    <message>
+        <source>Choose a single film.</source>
+        <translation>Einen einzelnen Film auswählen.</translation>
+    </message>
+    <message>
+        <source>Too little of this film has arrived.</source>
+        <translation>Von diesem Film ist noch zu wenig da.</translation>
+    </message>
+    <message>
+        <source>No chosen film is waiting or downloading.</source>
+        <translation>Keiner der gewählten Filme wartet oder lädt.</translation>
+    </message>
+    <message>
+        <source>No chosen film is stopped.</source>
+        <translation>Keiner der gewählten Filme ist gestoppt.</translation>
+    </message>
+    <message>
+        <source>No chosen film has failed.</source>
+        <translation>Keiner der gewählten Filme ist gescheitert.</translation>
+    </message>
+    <message>
+        <source>No film has failed.</source>
+        <translation>Kein Film ist gescheitert.</translation>
+    </message>
+    <message>
+        <source>No chosen film is done.</source>
+        <translation>Keiner der gewählten Filme ist fertig.</translation>
+    </message>
+    <message>
+        <source>The chosen film has no address yet.</source>
+        <translation>Der gewählte Film hat noch keine Adresse.</translation>
+    </message>
+    <message>
+        <source>No film is done.</source>
+        <translation>Kein Film ist fertig.</translation>
+    </message>
+    <message>
+        <source>There is nothing to undo.</source>
+        <translation>Es gibt nichts rückgängig zu machen.</translation>
+    </message>
+    <message>
+        <source>The film is at the top.</source>
+        <translation>Der Film ist ganz oben.</translation>
+    </message>
+    <message>
+        <source>The film is at the bottom.</source>
+        <translation>Der Film ist ganz unten.</translation>
+    </message>
+    <message>
+        <source>The list is empty.</source>
+        <translation>Die Liste ist leer.</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::PreferencesDialog</name>
+    <message>
+        <source>Name the folder for films from the root on.</source>
+        <translation>Den Ordner für Filme mit seinem ganzen Pfad angeben.</translation>
+    </message>
+    <message>
+        <source>Name the proxy as http://host:port.</source>
+        <translation>Den Proxy als http://host:port angeben.</translation>
+    </message>
+    <message>
+        <source>The address of the online services begins with https://.</source>
+        <translation>Die Adresse der Online-Dienste beginnt mit https://.</translation>
+    </message>
+    <message>
+        <source>&amp;Limit the speed to</source>
+        <translation>Geschwindigkeit &amp;begrenzen auf</translation>
+    </message>
+    <message>
+        <source>&amp;Play a film as soon as enough of it is there</source>
+        <translation>Filme a&amp;bspielen, sobald genug davon da ist</translation>
+    </message>
+    <message>
+        <source>Tell when a film is &amp;done</source>
+        <translation>Melden, wenn ein Film &amp;fertig ist</translation>
+    </message>
+    <message>
+        <source>Tell when a film has &amp;failed</source>
+        <translation>Melden, wenn ein Film &amp;gescheitert ist</translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>D&amp;ownloads</source>
+        <translation>D&amp;ownloads</translation>
+    </message>
+    <message>
+        <source>&amp;Network</source>
+        <translation>&amp;Netz</translation>
+    </message>
+    <message>
+        <source>&amp;Window</source>
+        <translation>Fen&amp;ster</translation>
+    </message>
+    <message>
+        <source>&amp;Choose…</source>
+        <translation>&amp;Wählen …</translation>
+    </message>
+    <message>
+        <source>&amp;Folder for films:</source>
+        <translation>&amp;Ordner für Filme:</translation>
+    </message>
+    <message>
+        <source>Folder for films</source>
+        <translation>Ordner für Filme</translation>
+    </message>
+    <message>
+        <source> kB/s</source>
+        <translation> kB/s</translation>
+    </message>
+    <message>
+        <source>Highest speed</source>
+        <translation>Höchste Geschwindigkeit</translation>
+    </message>
+    <message>
+        <source>As the system says</source>
+        <translation>Wie das System</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Keiner</translation>
+    </message>
+    <message>
+        <source>This one:</source>
+        <translation>Dieser:</translation>
+    </message>
+    <message>
+        <source>Address of the proxy</source>
+        <translation>Adresse des Proxys</translation>
+    </message>
+    <message>
+        <source>&amp;Proxy:</source>
+        <translation>&amp;Proxy:</translation>
+    </message>
+    <message>
+        <source>C&amp;hoose…</source>
+        <translation>W&amp;ählen …</translation>
+    </message>
+    <message>
+        <source>Those of the system</source>
+        <translation>Die des Systems</translation>
+    </message>
+    <message>
+        <source>Certificate authorities</source>
+        <translation>Zertifizierungsstellen</translation>
+    </message>
+    <message>
+        <source>Certificate &amp;authorities:</source>
+        <translation>&amp;Zertifizierungsstellen:</translation>
+    </message>
+    <message>
+        <source>Online &amp;services:</source>
+        <translation>Online-&amp;Dienste:</translation>
+    </message>
+    <message>
+        <source>Ask me</source>
+        <translation>Nachfragen</translation>
+    </message>
+    <message>
+        <source>Go on in the background</source>
+        <translation>Im Hintergrund weiterladen</translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation>Beenden</translation>
+    </message>
+    <message>
+        <source>&amp;Closing while films arrive:</source>
+        <translation>&amp;Schließen, während Filme laden:</translation>
+    </message>
+    <message>
+        <source>Certificates (*.pem *.crt);;All files (*)</source>
+        <translation>Zertifikate (*.pem *.crt);;Alle Dateien (*)</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::QueueQuestions</name>
+    <message>
+        <source>Not enough room in %1.</source>
+        <translation>Zu wenig Platz in %1.</translation>
+    </message>
+    <message>
+        <source>Not enough room in %1: %2 needed, %3 free.</source>
+        <translation>Zu wenig Platz in %1: %2 nötig, %3 frei.</translation>
+    </message>
+    <message>
+        <source>The online services do not allow “%1”. %2</source>
+        <extracomment>%1 is a film&apos;s title, %2 are the words of the online services.</extracomment>
+        <translation>Die Online-Dienste erlauben „%1“ nicht. %2</translation>
+    </message>
+    <message>
+        <source>The address of “%1” could not be fetched.</source>
+        <translation>Die Adresse von „%1“ ließ sich nicht abrufen.</translation>
+    </message>
+    <message>
+        <source>The transfer of “%1” broke off.</source>
+        <translation>Die Übertragung von „%1“ brach ab.</translation>
+    </message>
+    <message>
+        <source>Choose a folder…</source>
+        <translation>Ordner wählen …</translation>
+    </message>
+    <message>
+        <source>Try again</source>
+        <translation>Noch einmal versuchen</translation>
+    </message>
+    <message>
+        <source>All slots for “%1” are taken. Which one may it have?</source>
+        <translation>Alle Plätze für „%1“ sind belegt. Welchen darf er haben?</translation>
+    </message>
+    <message>
+        <source>Give up this slot</source>
+        <translation>Diesen Platz hergeben</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Keiner</translation>
+    </message>
+    <message>
+        <source>a film</source>
+        <translation>ein Film</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::SeekBar</name>
+    <message>
+        <source>Place in the film</source>
+        <translation>Stelle im Film</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::SessionWorker</name>
+    <message>
+        <source>The file %1 cannot be deleted.</source>
+        <translation>Die Datei %1 lässt sich nicht löschen.</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::StatusStrip</name>
+    <message>
+        <source>Progress of the whole queue</source>
+        <translation>Fortschritt der ganzen Warteschlange</translation>
+    </message>
+    <message>
+        <source>Free space</source>
+        <translation>Freier Platz</translation>
+    </message>
+    <message>
+        <source>%1 free in %2</source>
+        <extracomment>Free space; %1 is a size, %2 the name of a folder.</extracomment>
+        <translation>%1 frei in %2</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::StatusText</name>
+    <message>
+        <source>%1 · %2</source>
+        <extracomment>Puts two facts side by side; %1 and %2 are complete in themselves.</extracomment>
+        <translation>%1 · %2</translation>
+    </message>
+    <message>
+        <source>less than a minute</source>
+        <translation>weniger als eine Minute</translation>
+    </message>
+    <message>
+        <source>about %1</source>
+        <translation>etwa %1</translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 of %n film(s)</source>
+        <extracomment>%1 of %n films are done.</extracomment>
+        <translation>
+            <numerusform>%1 von %n Film</numerusform>
+            <numerusform>%1 von %n Filmen</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>paused</source>
+        <translation>angehalten</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::Tracks</name>
+    <message>
+        <source>Track %1</source>
+        <translation>Spur %1</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <extracomment>A track&apos;s title, then its language.</extracomment>
+        <translation>%1 (%2)</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::Tray</name>
+    <message>
+        <source>Show the window</source>
+        <translation>Fenster zeigen</translation>
+    </message>
+    <message>
+        <source>%1
+%2</source>
+        <extracomment>Tool tip of the icon: the player&apos;s name, then the queue in numbers.</extracomment>
+        <translation>%1
+%2</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::WatchingPage</name>
+    <message>
+        <source>Open with the desktop&apos;s player</source>
+        <translation>Mit dem Player des Desktops öffnen</translation>
+    </message>
+    <message>
+        <source>Film</source>
+        <translation>Film</translation>
+    </message>
+    <message>
+        <source>This player was built without playback of its own.</source>
+        <translation>Dieser Player wurde ohne eigene Wiedergabe gebaut.</translation>
+    </message>
+    <message>
+        <source>Nothing is playing. Choose a film in the list of downloads.</source>
+        <translation>Es läuft nichts. Einen Film in der Liste der Downloads wählen.</translation>
+    </message>
+    <message>
+        <source>Waiting for the film to arrive (%1)</source>
+        <extracomment>%1 is the place in the film, such as &quot;12:34&quot;.</extracomment>
+        <translation>Warten, bis der Film ankommt (%1)</translation>
+    </message>
+    <message>
+        <source>Waiting for the beginning of the film to arrive</source>
+        <translation>Warten, bis der Anfang des Films ankommt</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::WindowDialogs</name>
+    <message>
+        <source>Add tickets</source>
+        <translation>Tickets hinzufügen</translation>
+    </message>
+    <message>
+        <source>Tickets (*.tix);;All files (*)</source>
+        <translation>Tickets (*.tix);;Alle Dateien (*)</translation>
+    </message>
+    <message numerus="yes">
+        <source>Delete %n film(s) from the disk?</source>
+        <translation>
+            <numerusform>%n Film von der Platte löschen?</numerusform>
+            <numerusform>%n Filme von der Platte löschen?</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Delete “%1” from the disk?</source>
+        <translation>„%1“ von der Platte löschen?</translation>
+    </message>
+    <message>
+        <source>Delete</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>Films are still being downloaded.</source>
+        <translation>Es werden noch Filme geladen.</translation>
+    </message>
+    <message>
+        <source>They can go on in the background. When the player quits, they go on at its next start.</source>
+        <translation>Sie können im Hintergrund weiterladen. Wird der Player beendet, laden sie beim nächsten Start weiter.</translation>
+    </message>
+    <message>
+        <source>When the player quits, they go on at its next start.</source>
+        <translation>Wird der Player beendet, laden sie beim nächsten Start weiter.</translation>
+    </message>
+    <message>
+        <source>&amp;Do not ask again</source>
+        <translation>&amp;Nicht noch einmal fragen</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>&amp;Go on in the background</source>
+        <translation>&amp;Im Hintergrund weiterladen</translation>
+    </message>
+    <message>
+        <source>Version %1. Downloads films and plays them while they arrive.</source>
+        <translation>Version %1. Lädt Filme und spielt sie, während sie ankommen.</translation>
+    </message>
+</context>
+</TS>

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QList>
+
+#include "playerx/window/actions/Verb.h"
+#include "playerx/window/model/Film.h"
+
+namespace playerx::window {
+
+/// What can be done with a film at once, as buttons in its row, the first one the most likely.
+QList<Verb> rowButtonsOf(const Film& film);
+
+/// Whether the buttons are shown even in a row that nobody points at: those that mend a failure.
+bool showsButtonsAlways(const Film& film);
+
+}  // namespace playerx::window

@@ -1,0 +1,160 @@
+#include <gtest/gtest.h>
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+#include <csignal>
+
+#include "playerx/window/desktop/BusDesktop.h"
+
+namespace playerx::window {
+namespace {
+
+/// A bus of the test's own, which serves as the session's and the system's.
+class BusDesktopTest : public testing::Test {
+ protected:
+  BusDesktopTest() {
+    bus_.start(QStringLiteral("dbus-daemon"),
+               {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                QStringLiteral("--print-address")});
+    EXPECT_TRUE(bus_.waitForReadyRead());
+    address_ = QString::fromUtf8(bus_.readLine().trimmed());
+  }
+
+  ~BusDesktopTest() override {
+    QDBusConnection::disconnectFromBus(address_);
+    for (QProcess* const process : {&mock_, &bus_}) {
+      process->kill();
+      process->waitForFinished();
+    }
+  }
+
+  /// Starts a service that prints the calls it gets, and waits until it is on the bus.
+  void mock(const QString& pattern, const QString& service) {
+    mock_.setProcessChannelMode(QProcess::MergedChannels);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), address_);
+    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), address_);
+    mock_.setProcessEnvironment(environment);
+    mock_.start(
+        QStringLiteral("/usr/bin/python3"),
+        {QStringLiteral("-m"), QStringLiteral("dbusmock"), QStringLiteral("--template"), pattern});
+    connection_ = QDBusConnection::connectToBus(address_, address_);
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return connection_.interface()->isServiceRegistered(service).value(); }, 20'000));
+  }
+
+  /// Whether anything keeps the machine awake.
+  bool isAwake() {
+    const QDBusMessage reply = connection_.call(QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
+        QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("ListInhibitors")));
+    const auto list = reply.arguments().value(0).value<QDBusArgument>();
+    list.beginArray();
+    return !list.atEnd();
+  }
+
+  /// Waits until the service has printed this.
+  bool hears(const QByteArray& text) {
+    return QTest::qWaitFor(
+        [&] {
+          heard_ += mock_.readAll();
+          return heard_.contains(text);
+        },
+        10'000);
+  }
+
+  BusAddresses addresses() const { return {address_, address_}; }
+
+  QProcess bus_;
+  QProcess mock_;
+  QString address_;
+  QByteArray heard_;
+  QDBusConnection connection_{QString()};
+};
+
+TEST_F(BusDesktopTest, ShowsNotificationsWithTheirTextAsText) {
+  mock(QStringLiteral("notification_daemon"), QStringLiteral("org.freedesktop.Notifications"));
+  BusDesktop desktop(addresses());
+  desktop.notify(QStringLiteral("done"), QStringLiteral("Downloads"),
+                 QStringLiteral("“<b>Film</b>” is done."));
+  EXPECT_TRUE(hears("Notify"));
+  EXPECT_TRUE(hears("&lt;b&gt;Film"));
+}
+
+TEST_F(BusDesktopTest, ALaterNotificationOfATopicReplacesTheEarlierOne) {
+  mock(QStringLiteral("notification_daemon"), QStringLiteral("org.freedesktop.Notifications"));
+  BusDesktop desktop(addresses());
+  desktop.notify(QStringLiteral("done"), QStringLiteral("Downloads"), QStringLiteral("First"));
+  EXPECT_TRUE(hears("First"));
+  desktop.notify(QStringLiteral("done"), QStringLiteral("Downloads"), QStringLiteral("Second"));
+  EXPECT_TRUE(hears("\"VeskPlayerX\" 1 \"playerx\"")) << heard_.toStdString();
+}
+
+TEST_F(BusDesktopTest, KeepsTheMachineAwakeUntilItMaySleep) {
+  mock(QStringLiteral("logind"), QStringLiteral("org.freedesktop.login1"));
+  BusDesktop desktop(addresses());
+  EXPECT_FALSE(isAwake());
+  desktop.keepAwake(true);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return isAwake(); }));
+  desktop.keepAwake(false);
+  EXPECT_TRUE(QTest::qWaitFor([this] { return !isAwake(); }));
+}
+
+TEST_F(BusDesktopTest, SaysWhenNoFileManagerCanShowAFile) {
+  BusDesktop desktop(addresses());
+  QSignalSpy missing(&desktop, &Desktop::folderNotShown);
+  desktop.showInFolder(QStringLiteral("/films/a.avi"));
+  ASSERT_TRUE(missing.wait(10'000));
+  EXPECT_EQ(missing[0][0].toString(), QStringLiteral("/films/a.avi"));
+}
+
+TEST_F(BusDesktopTest, DoesNotWaitForAServiceThatHangs) {
+  mock(QStringLiteral("notification_daemon"), QStringLiteral("org.freedesktop.Notifications"));
+  ::kill(static_cast<pid_t>(mock_.processId()), SIGSTOP);
+  QElapsedTimer clock;
+  clock.start();
+  {
+    BusDesktop desktop(addresses());
+    desktop.notify(QStringLiteral("done"), QStringLiteral("Downloads"), QStringLiteral("Text"));
+    EXPECT_LT(clock.elapsed(), 100);
+  }
+  EXPECT_LT(clock.elapsed(), 2000);
+  ::kill(static_cast<pid_t>(mock_.processId()), SIGCONT);
+}
+
+TEST_F(BusDesktopTest, DoesNotWaitForABusThatHangs) {
+  ::kill(static_cast<pid_t>(bus_.processId()), SIGSTOP);
+  QElapsedTimer clock;
+  clock.start();
+  {
+    BusDesktop desktop(addresses());
+    desktop.notify(QStringLiteral("done"), QStringLiteral("Downloads"), QStringLiteral("Text"));
+    desktop.keepAwake(true);
+    EXPECT_LT(clock.elapsed(), 100);
+    // By then its thread hangs.
+    QTest::qWait(300);
+  }
+  EXPECT_GT(clock.elapsed(), 700) << "it was waited for a moment";
+  EXPECT_LT(clock.elapsed(), 2000);
+  ::kill(static_cast<pid_t>(bus_.processId()), SIGCONT);
+}
+
+TEST(BusDesktopWithoutBusTest, DoesWithoutABus) {
+  const QString nowhere = QStringLiteral("unix:path=/nonexistent");
+  BusDesktop desktop({nowhere, nowhere});
+  QSignalSpy missing(&desktop, &Desktop::folderNotShown);
+  desktop.notify(QStringLiteral("done"), QStringLiteral("Downloads"), QStringLiteral("Text"));
+  desktop.keepAwake(true);
+  desktop.showProgress(0.5);
+  desktop.showInFolder(QStringLiteral("/films/a.avi"));
+  EXPECT_TRUE(missing.wait(5000));
+}
+
+}  // namespace
+}  // namespace playerx::window

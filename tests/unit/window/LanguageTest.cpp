@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QMenu>
+#include <QMenuBar>
+#include <QRegularExpression>
+#include <QXmlStreamReader>
+
+#include "playerx/window/actions/ActionSet.h"
+#include "playerx/window/dialogs/AddAddressesDialog.h"
+#include "playerx/window/model/FilmText.h"
+#include "playerx/window/shell/Language.h"
+#include "playerx/window/shell/Menus.h"
+
+namespace playerx::window {
+namespace {
+
+struct Message {
+  QString source;
+  QStringList translations;
+  bool isUnfinished = false;
+};
+
+QList<Message> messagesOf(const char* name) {
+  QFile file(QStringLiteral(TRANSLATIONS "/") + QString::fromLatin1(name));
+  EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+  QXmlStreamReader reader(&file);
+  QList<Message> messages;
+  while (!reader.atEnd()) {
+    if (reader.readNext() != QXmlStreamReader::StartElement) continue;
+    if (reader.name() == u"message") messages.append(Message());
+    if (reader.name() == u"source") messages.last().source = reader.readElementText();
+    if (reader.name() == u"numerusform") messages.last().translations << reader.readElementText();
+    if (reader.name() != u"translation") continue;
+    messages.last().isUnfinished = reader.attributes().hasAttribute(QStringLiteral("type"));
+    if (messages.last().source.contains(QStringLiteral("%n"))) continue;
+    messages.last().translations << reader.readElementText();
+  }
+  return messages;
+}
+
+QStringList placesIn(const QString& text) {
+  QStringList places;
+  static const QRegularExpression kPlace(QStringLiteral("%[1-9n]"));
+  for (auto match = kPlace.globalMatch(text); match.hasNext();) places << match.next().captured();
+  places.sort();
+  places.removeDuplicates();
+  return places;
+}
+
+TEST(LanguageTest, EveryTextIsTranslatedWithThePlacesOfItsSource) {
+  for (const char* const name : {"playerx_de.ts", "playerx_en.ts"}) {
+    const QList<Message> messages = messagesOf(name);
+    EXPECT_GT(messages.size(), 8);
+    for (const Message& message : messages) {
+      const std::string source = message.source.toStdString();
+      EXPECT_FALSE(message.isUnfinished) << source;
+      ASSERT_FALSE(message.translations.isEmpty()) << source;
+      for (const QString& translation : message.translations) {
+        EXPECT_FALSE(translation.isEmpty()) << source;
+        EXPECT_EQ(placesIn(translation), placesIn(message.source)) << source;
+      }
+    }
+  }
+}
+
+TEST(LanguageTest, PluralsFollowTheNumber) {
+  const auto summary = [](int count) {
+    PastedInputs pasted;
+    for (int i = 0; i < count; ++i) pasted.inputs << QString::number(i);
+    return summaryOf(pasted);
+  };
+  {
+    const Language english(QLocale(QLocale::English));
+    EXPECT_EQ(summary(1), QStringLiteral("1 address or ticket found."));
+    EXPECT_EQ(summary(2), QStringLiteral("2 addresses or tickets found."));
+  }
+  const Language german(QLocale(QLocale::German));
+  EXPECT_EQ(summary(1), QStringLiteral("1 Adresse oder Ticket gefunden."));
+  EXPECT_EQ(summary(2), QStringLiteral("2 Adressen oder Tickets gefunden."));
+}
+
+TEST(LanguageTest, ALanguageWithoutTranslationIsEnglish) {
+  const Language icelandic(QLocale(QLocale::Icelandic));
+  EXPECT_EQ(stateWord(FilmState::kWaiting), QStringLiteral("Waiting"));
+}
+
+TEST(LanguageTest, NoGermanMenuHasAMnemonicTwice) {
+  const Language german(QLocale(QLocale::German));
+  ActionSet actions;
+  QMenuBar bar;
+  fillMenuBar(bar, actions);
+  const auto mnemonics = [](const QList<QAction*>& entries) {
+    QStringList letters;
+    for (const QAction* const entry : entries) {
+      const qsizetype mark = entry->text().indexOf(QLatin1Char('&'));
+      if (mark >= 0) letters << entry->text().mid(mark + 1, 1).toLower();
+    }
+    return letters;
+  };
+  EXPECT_EQ(mnemonics(bar.actions()).removeDuplicates(), 0);
+  for (QAction* const menu : bar.actions()) {
+    EXPECT_EQ(mnemonics(menu->menu()->actions()).removeDuplicates(), 0)
+        << menu->text().toStdString() << ": "
+        << mnemonics(menu->menu()->actions()).join(QString()).toStdString();
+  }
+}
+
+}  // namespace
+}  // namespace playerx::window
