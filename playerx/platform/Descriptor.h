@@ -6,7 +6,7 @@
 
 namespace playerx {
 
-/// Owns one file descriptor of the system; -1 stands for none.
+/// Owns one file descriptor; empty when it is -1.
 class Descriptor {
  public:
   Descriptor() = default;

@@ -6,8 +6,7 @@
 
 namespace playerx {
 
-/// How far reading or writing came, and the error number (`errno` values) that ended it; 0 for
-/// none.
+/// How many bytes were moved, and the error number (`errno` values) that ended it; 0 on success.
 struct IoResult {
   std::size_t bytes = 0;
   int error = 0;

@@ -29,7 +29,7 @@ int copyContent(int from, int to) {
   }
 }
 
-int copyFacts(const struct stat& from, int to) {
+int copyModeAndTimes(const struct stat& from, int to) {
   const struct timespec times[] = {from.st_atim, from.st_mtim};
   if (::fchmod(to, from.st_mode & 0777U) != 0 || ::futimens(to, times) != 0) errno = 0;
   return ::fsync(to) == 0 ? 0 : errno;
@@ -62,7 +62,7 @@ int moveFileByCopying(const fs::path& from, const fs::path& to) {
   const std::unique_ptr<ReplacementFile> copy = ReplacementFile::create(to, error);
   if (!copy) return error;
   error = copyContent(source.get(), copy->descriptor());
-  if (error == 0) error = copyFacts(status, copy->descriptor());
+  if (error == 0) error = copyModeAndTimes(status, copy->descriptor());
   if (error == 0) error = copy->claim();
   if (error != 0) return error;
   syncFolderOf(to);

@@ -36,8 +36,8 @@ class KVPM_SCOPED_CAPABILITY GuardLock {
   GuardMutex& mutex_;
 };
 
-/// What threads wait for that found a guarded condition not to hold yet. A wait may end without
-/// cause: callers ask their condition again.
+/// A condition variable for a `GuardMutex`. Wake-ups may be spurious: callers test their condition
+/// in a loop.
 class Condition {
  public:
   using Clock = std::chrono::steady_clock;

@@ -55,7 +55,7 @@ void SyncBatcher::ensureThread() {
   try {
     thread_ = startQuietThread([this] { run(); });
   } catch (const std::system_error&) {
-    // None to be had now; the next request tries again.
+    // The next request tries again.
   }
 }
 

@@ -11,12 +11,12 @@
 
 namespace playerx {
 
-/// Gathers files that are to be synced and has them synced in batches on one thread of its own.
-/// `FileSync.h` holds the one of the process.
+/// Collects files to be synced and syncs them in batches on a thread of its own. `FileSync.h` owns
+/// the instance of the process.
 ///
 /// The thread starts with the first request and takes no signals. All operations may be called from
-/// any thread; the lock is never held while files are synced. Does not throw: without a thread to
-/// be had, files wait for the next request, `flush` or `finish`.
+/// any thread; the lock is never held while files are synced. Does not throw: when no
+/// thread can be started, files wait for the next request, `flush` or `finish`.
 class SyncBatcher {
  public:
   using Files = std::set<std::filesystem::path>;
@@ -37,7 +37,7 @@ class SyncBatcher {
   /// Returns when everything requested before is synced, without gathering any longer.
   void flush();
 
-  /// Flushes and ends the thread. In a child process, which has none, it does nothing.
+  /// Flushes and ends the thread. Does nothing in a forked child, which has no such thread.
   void finish();
 
  private:

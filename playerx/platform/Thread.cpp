@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "kvpm/IRunnable.h"
-#include "playerx/platform/ThreadGateWait.h"
+#include "playerx/platform/ThreadGate.h"
 
 namespace kvpm {
 
@@ -32,7 +32,7 @@ bool Thread::start() {
   impl_->running.store(true);
   try {
     impl_->thread = std::thread([this] {
-      if (playerx::passThreadGate(impl_->stop)) impl_->runnable->runThread(this);
+      if (playerx::ThreadGate::pass(impl_->stop)) impl_->runnable->runThread(this);
       impl_->running.store(false);
     });
   } catch (const std::system_error&) {
@@ -45,7 +45,7 @@ bool Thread::start() {
 
 void Thread::stop() {
   impl_->stop.store(true);
-  playerx::wakeThreadGate();
+  playerx::ThreadGate::wake();
 }
 
 bool Thread::isRunning() const { return impl_->running.load(); }

@@ -1,7 +1,6 @@
 #include "playerx/platform/ThreadGate.h"
 
 #include "playerx/platform/GuardMutex.h"
-#include "playerx/platform/ThreadGateWait.h"
 
 namespace playerx {
 namespace {
@@ -36,7 +35,7 @@ bool ThreadGate::isOpen() {
   return gate.open;
 }
 
-bool passThreadGate(const std::atomic<bool>& stop) {
+bool ThreadGate::pass(const std::atomic<bool>& stop) {
   Gate& gate = theGate();
   const GuardLock lock(gate.mutex);
   if (gate.open) return true;
@@ -44,9 +43,9 @@ bool passThreadGate(const std::atomic<bool>& stop) {
   return !stop;
 }
 
-void wakeThreadGate() {
+void ThreadGate::wake() {
   Gate& gate = theGate();
-  // Under the lock: whoever waits has either seen the flag or is reached by the notice.
+  // Under the lock, so that a waiting thread has either seen the flag or is notified.
   const GuardLock lock(gate.mutex);
   gate.changed.notifyAll();
 }
