@@ -145,11 +145,6 @@ Items DownloadManagerPersistence::migrateDownloadQueue(const std::wstring& legac
   return std::move(loaded.items);
 }
 
-bool DownloadManagerPersistence::isKept(const std::wstring& path) {
-  const kvpm::CritLock lock(persistenceLock);
-  return !mayReplace(path);
-}
-
 Items DownloadManagerPersistence::readNewQueue(const std::wstring& path) {
   return loadedBy([&] { return persistence::readQueueFile(path, QueueFormat::kCurrent); }).items;
 }

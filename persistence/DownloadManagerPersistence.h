@@ -42,10 +42,6 @@ class DownloadManagerPersistence {
   /// takes.
   static Items migrateDownloadQueue(const std::wstring& legacy, const std::wstring& current);
 
-  /// Whether the file is kept: nothing is written to it, because what it holds, or what was to be
-  /// imported into it, would be lost. The items that were read are then not all that the user has.
-  static bool isKept(const std::wstring& path);
-
   /// The queue in a file of this release's format.
   static Items readNewQueue(const std::wstring& path) KVPM_REQUIRES(persistenceLock);
 

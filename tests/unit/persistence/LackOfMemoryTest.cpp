@@ -51,8 +51,8 @@ class LackOfMemory : public QueueFileFixture {
                              [&] { items = DownloadManagerPersistence::loadDownloadQueue(name); });
       const auto loaded = taken(items);
       ASSERT_TRUE(loaded == queue || (hasFailed && loaded.empty())) << allocations;
-      ASSERT_EQ(DownloadManagerPersistence::isKept(name), loaded != queue) << allocations;
       ASSERT_EQ(this->content(), content) << allocations;
+      ASSERT_EQ(isProtected(), loaded != queue) << allocations;
     }
   }
 };

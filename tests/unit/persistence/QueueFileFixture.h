@@ -43,6 +43,13 @@ class QueueFileFixture : public testing::Test {
     DownloadManagerPersistence::writeDownloadQueue(path(), Queue(queue).items());
     return content();
   }
+  /// Whether saving a queue leaves the file as it is. The file holds the same afterwards.
+  bool isProtected() const {
+    const std::string before = content();
+    const bool isSame = written({titled(L"another queue")}) == before;
+    put(before);
+    return isSame;
+  }
   std::vector<Fields> writtenAndReadBack(const std::vector<Fields>& queue) const {
     written(queue);
     return read();

@@ -61,8 +61,8 @@ TEST_P(XmlMemory, AQueueIsReadWholeOrLeftAlone) {
     // Some allocations the library can do without.
     const bool isWhole = loaded == queue();
     ASSERT_TRUE(isWhole || (hasFailed && loaded.empty())) << allocations;
-    ASSERT_EQ(DownloadManagerPersistence::isKept(path()), !isWhole) << allocations;
     ASSERT_EQ(content(), whole) << allocations;
+    ASSERT_EQ(isProtected(), !isWhole) << allocations;
   }
 }
 
