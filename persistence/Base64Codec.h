@@ -7,8 +7,8 @@ namespace kv64 {
 
 /// Turns bytes into base64 text and back.
 ///
-/// A codec has no state: every operation may be called from any thread. Nothing but allocation
-/// fails with an exception. The order of the virtual operations is part of the interface.
+/// A codec has no state: every operation may be called from any thread. Only allocation throws. The
+/// order of the virtual operations is part of the interface.
 class Base64Codec {
  public:
   Base64Codec() = default;
@@ -23,7 +23,7 @@ class Base64Codec {
 
   /// The bytes of a base64 text, as an array from `new[]` that the caller frees with `delete[]`.
   /// Stores the number of meaningful bytes in `*length`. Returns null and stores 0 for a text that
-  /// is empty, whose length is no multiple of 4, or whose bytes an int cannot count.
+  /// is empty, whose length is not a multiple of 4, or whose bytes an int cannot count.
   virtual char* decode(std::string text, int* length) = 0;
 
  protected:

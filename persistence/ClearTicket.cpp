@@ -53,7 +53,7 @@ class BodyReader {
   explicit BodyReader(ClearTicket& ticket) : ticket_(ticket) {}
 
   void read(const Line& line) {
-    // Trimmed once more: that may remove what the first time laid bare.
+    // The format trims a line twice; the second pass may remove what the first one exposed.
     const std::wstring_view text = trimTicketText(line.text);
     if (text == kTicketStart) {
       open(line.number);
@@ -103,8 +103,8 @@ class BodyReader {
   bool hasStart_ = false;
 };
 
-/// What is wrong with the first line. A line without a value counts as a missing header, which the
-/// format allows.
+/// Returns the fault of the first line; nullopt when the ticket can be read. A line without a value
+/// counts as a missing header, which the format allows.
 std::optional<TicketProblem> readHeader(const Line& line, ClearTicket& ticket) {
   const TicketEntry entry = splitTicketLine(line.text);
   if (!entry.value) return std::nullopt;

@@ -23,38 +23,37 @@ struct TicketFilm {
   bool operator==(const TicketFilm&) const = default;
 };
 
-/// What keeps a film, or all of them, from being read.
+/// Why a film, or the whole ticket, cannot be read.
 enum class TicketProblem {
   kEmptyTicket,       ///< every line is blank
-  kNoHeader,          ///< the first line has another key than `kTicketVersion`
+  kNoHeader,          ///< the key of the first line is not `kTicketVersion`
   kOtherVersion,      ///< the header's version is not 1
   kNoStart,           ///< no line opens a block
   kNoUrl,             ///< a block is closed without an address
   kUnclosed,          ///< the last block is not closed
   kUnclosedAtStart,   ///< a block is not closed before the next one is opened
-  kEndOutsideABlock,  ///< a line closes a block outside a block
+  kEndOutsideABlock,  ///< an "end" without an open block
 };
 
 struct TicketFault {
-  std::size_t line = 0;  ///< from 1 on, of the block's "start" for one of a block; 0: whole ticket
+  std::size_t line = 0;  ///< from 1 on; of a block, its "start"; 0 means the whole ticket
   TicketProblem problem = {};
 
   bool operator==(const TicketFault&) const = default;
 };
 
-/// What a clear ticket says, in its order.
+/// The content of a clear ticket, in its order.
 struct ClearTicket {
   std::vector<TicketFilm> films;
   std::vector<TicketFault> faults;
   std::wstring version;  ///< as the header spells it; empty without one
 };
 
-/// Reads the text of a clear ticket, whose lines end in LF, CR or CR LF. Takes time in proportion
-/// to its length.
+/// Reads the text of a clear ticket, whose lines end in LF, CR or CR LF, in linear time.
 ClearTicket readClearTicket(std::wstring_view text);
 
-/// `text` without tabs at its ends, then without LF, then CR, then spaces. Each kind is removed
-/// once, in this order: what a later one lays bare stays, as the format wants it.
+/// `text` without tabs at its ends, then without LF, then CR, then spaces. The format wants one
+/// pass for each character, in this order, so " \tx" keeps its tab.
 std::wstring_view trimTicketText(std::wstring_view text);
 
 /// A line of a ticket. A line without "=" is its own key and value, except that "start" and "end"

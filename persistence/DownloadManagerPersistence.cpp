@@ -26,24 +26,24 @@ using Items = DownloadManagerPersistence::Items;
 persistence::QueueText queueText KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 
 /// Files that must not be replaced, each with the file whose content would be lost: itself, or the
-/// one that is to be imported into it.
-std::map<std::wstring, std::wstring> keptFiles
+/// one to be imported into it.
+std::map<std::wstring, std::wstring> protectedFiles
     KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 
-/// Room for more than UTF-8 can need per wide character, or the other way round.
+/// More than a conversion to or from UTF-8 ever needs.
 constexpr std::size_t kBytesPerCharacter = 10;
 constexpr std::size_t kCharactersPerByte = 10;
 
-// Nothing but a lack of memory is thrown below this class, and nothing is thrown above it.
+// The functions below this class throw `std::bad_alloc` alone; this class lets nothing through.
 
 struct Loaded {
   QueueOutcome outcome = QueueOutcome::kUnavailable;
   Items items;
 };
 
-/// What `read` finds, in the form of the interfaces.
+/// Runs `read`; the outcome is `kUnavailable` when memory runs out.
 template <class Read>
-Loaded loadedBy(Read read) {
+Loaded tryToLoad(Read read) {
   try {
     QueueReading reading = read();
     return {reading.outcome, persistence::release(std::move(reading.items))};
@@ -52,32 +52,32 @@ Loaded loadedBy(Read read) {
   }
 }
 
-/// Protects `path` from being replaced as long as `source` is there.
-void keep(const std::wstring& path, const std::wstring& source)
+/// Protects `path` from being replaced as long as `source` exists.
+void protect(const std::wstring& path, const std::wstring& source)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
   try {
-    keptFiles[path] = source;
+    protectedFiles[path] = source;
   } catch (const std::exception&) {
-    // Then there is no memory to write a queue either.
+    // There is no memory to write a queue either.
   }
 }
 
 bool mayReplace(const std::wstring& path)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  const auto kept = keptFiles.find(path);
-  if (kept == keptFiles.end()) return true;
-  if (persistence::isThere(kept->second)) return false;
-  keptFiles.erase(kept);
+  const auto found = protectedFiles.find(path);
+  if (found == protectedFiles.end()) return true;
+  if (persistence::isThere(found->second)) return false;
+  protectedFiles.erase(found);
   return true;
 }
 
-/// Reads a file. As long as it cannot be read, it is protected.
+/// Reads a file, and protects it as long as it cannot be read.
 Loaded load(const std::wstring& path) KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  Loaded loaded = loadedBy([&] { return persistence::readQueueFile(path); });
+  Loaded loaded = tryToLoad([&] { return persistence::readQueueFile(path); });
   if (loaded.outcome == QueueOutcome::kUnavailable) {
-    keep(path, path);
+    protect(path, path);
   } else {
-    std::erase_if(keptFiles, [&](const auto& kept) { return kept.second == path; });
+    std::erase_if(protectedFiles, [&](const auto& entry) { return entry.second == path; });
   }
   return loaded;
 }
@@ -92,7 +92,7 @@ Loaded loadOrSetAside(const std::wstring& path)
   } catch (const std::exception&) {
     // As if it could not be moved.
   }
-  keep(path, path);
+  protect(path, path);
   return loaded;
 }
 
@@ -102,7 +102,7 @@ bool write(const std::wstring& path, const Items& items, Durability durability)
   try {
     if (!mayReplace(path)) return false;
     const bool isChanged = queueText.update(items);
-    // Many announcements concern what the file does not hold.
+    // Many announcements concern fields that the file does not hold.
     if (!isChanged && durability == Durability::kWritten &&
         persistence::holdsExactly(path, queueText.text())) {
       return true;
@@ -136,7 +136,7 @@ Items DownloadManagerPersistence::migrateDownloadQueue(const std::wstring& legac
   const kvpm::CritLock lock(persistenceLock);
   Loaded loaded = loadOrSetAside(legacy);
   if (loaded.outcome == QueueOutcome::kUnavailable) {
-    keep(current, legacy);
+    protect(current, legacy);
   } else if (!persistence::isThere(legacy)) {
     write(current, loaded.items, Durability::kWritten);
   } else if (write(current, loaded.items, Durability::kOnDisk) && mayReplace(legacy)) {
@@ -146,11 +146,11 @@ Items DownloadManagerPersistence::migrateDownloadQueue(const std::wstring& legac
 }
 
 Items DownloadManagerPersistence::readNewQueue(const std::wstring& path) {
-  return loadedBy([&] { return persistence::readQueueFile(path, QueueFormat::kCurrent); }).items;
+  return tryToLoad([&] { return persistence::readQueueFile(path, QueueFormat::kCurrent); }).items;
 }
 
 Items DownloadManagerPersistence::readOldQueue(const std::wstring& path) {
-  return loadedBy([&] { return persistence::readQueueFile(path, QueueFormat::kLegacy); }).items;
+  return tryToLoad([&] { return persistence::readQueueFile(path, QueueFormat::kLegacy); }).items;
 }
 
 unsigned char* DownloadManagerPersistence::wstringToUtf8(const std::wstring& text) {

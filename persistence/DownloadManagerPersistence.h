@@ -13,27 +13,27 @@
 /// Nothing here throws or reports an error: a file that cannot be read is an empty queue, and one
 /// that cannot be written stays as it was.
 ///
-/// A file that could not be read (no descriptor is left, a right or memory is missing) may hold a
-/// queue all the same. Such a file is kept: it is not replaced until it was read or is gone. Under
-/// the lock is a memory of such files, and of what was written last.
+/// A file that could not be read (for lack of a descriptor, a permission or memory) may still hold
+/// a queue. Such a file is protected: it is not replaced until it has been read or is gone. The
+/// lock guards the list of these files and the text that was written last.
 class DownloadManagerPersistence {
  public:
   using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
 
   DownloadManagerPersistence() = delete;
 
-  /// Replaces the file by one that holds `items`, in their order. Always true, also when nothing
-  /// could be written; the old file is then whole. Characters of the items' texts that XML cannot
-  /// carry are written as U+FFFD, and texts of more than 9,000,000 bytes are cut off.
+  /// Replaces the file with one that holds `items`, in their order. Always true, even when nothing
+  /// could be written; the old file then stays as it was. Characters of the items' texts that XML
+  /// cannot carry are written as U+FFFD, and texts of more than 9,000,000 bytes are truncated.
   static bool writeDownloadQueue(const std::wstring& path, const Items& items);
 
   /// The queue in the file, which may be of this release or of an earlier one; empty when it is
   /// missing, empty, unreadable or of no known format.
   static Items readDownloadQueue(const std::wstring& path);
 
-  /// Reads as `readDownloadQueue` does. A file that was read and is no queue is moved to a new name
-  /// beside it first: '<path>.unreadable', or '<path>.unreadable.2' and so on where that name is
-  /// taken. It is kept where it cannot be moved.
+  /// As `readDownloadQueue`, except that a file that was read and is no queue is moved to a new
+  /// name in its folder: '<path>.unreadable', or '<path>.unreadable.2' and so on where that name is
+  /// taken. It is protected when it cannot be moved.
   static Items loadDownloadQueue(const std::wstring& path);
 
   /// Imports the queue of an earlier release: loads it from the file `legacy`, writes it to
@@ -55,10 +55,10 @@ class DownloadManagerPersistence {
   /// Wide text of terminated UTF-8. Empty for null and where it cannot be converted.
   static std::wstring utf8ToWstring(const unsigned char* text);
 
-  /// Wide text that an earlier release has written: base64 of its 32-bit characters. A last
-  /// character that is not whole is lost; null, or a text that is no base64, is empty.
+  /// Wide text as an earlier release wrote it: base64 of its 32-bit characters. An incomplete last
+  /// character is dropped. Empty for null and for a text that the codec rejects.
   static std::wstring encodedStringToWstring(const char* text);
 
-  /// Serialises all reading and writing of queue files. Made when the module is loaded.
+  /// Serialises all reading and writing of queue files. Created when the module is loaded.
   static kvpm::CritSection persistenceLock;
 };

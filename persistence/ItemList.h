@@ -10,7 +10,7 @@ namespace persistence {
 /// New items on their way to the caller.
 using ItemList = std::vector<std::unique_ptr<VeskPlayerX::DownloadItemInterface>>;
 
-/// The same items in the form of the interfaces, which leaves them to the caller.
+/// The same items as interfaces, now owned by the caller.
 inline std::vector<VeskPlayerX::DownloadItemInterface*> release(ItemList items) {
   std::vector<VeskPlayerX::DownloadItemInterface*> released;
   released.reserve(items.size());

@@ -24,7 +24,7 @@ struct DocumentFormat {
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
 std::wstring wideText(std::string_view value) {
-  // Most texts of a long queue; the buffers of a conversion would leave holes between the items.
+  // Most texts are ASCII; the buffers of a conversion would fragment the memory of a long queue.
   if (std::all_of(value.begin(), value.end(), isAscii)) return {value.begin(), value.end()};
   return DownloadManagerPersistence::utf8ToWstring(
       reinterpret_cast<const unsigned char*>(std::string(value).c_str()));
@@ -34,7 +34,7 @@ std::wstring legacyText(std::string_view value) {
   return DownloadManagerPersistence::encodedStringToWstring(std::string(value).c_str());
 }
 
-/// An item that was held when the player ended is taken for one that was downloading.
+/// An item that was held when the player ended counts as one that was downloading.
 DownloadStatusEnumType statusOf(std::int32_t value) {
   const auto status = static_cast<DownloadStatusEnumType>(value);
   return status == DownloadStatusHeld ? DownloadStatusDownloading : status;

@@ -20,14 +20,14 @@ inline constexpr std::string_view kLegacyHeader =
 inline constexpr std::string_view kEmptyQueueDocument =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue/>\n";
 
-/// What stands before and behind the elements of a queue with items.
+/// The text before and after the elements of a queue with items.
 inline constexpr std::string_view kQueueBeginning =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue>";
 inline constexpr std::string_view kQueueEnd = "</DownloadQueue>\n";
 
 inline constexpr std::string_view kItemElement = "DownloadItem";
 
-/// What a queue file is, as far as its beginning tells.
+/// The format of a queue file, as its first bytes show it.
 enum class QueueFormat {
   kEmpty,    ///< holds nothing: no bytes, or the document of a queue without items
   kCurrent,  ///< this release's
@@ -35,18 +35,18 @@ enum class QueueFormat {
   kUnknown,
 };
 
-/// Bytes at the beginning of a file by which its format is known.
+/// The number of first bytes that show the format.
 inline constexpr std::size_t kQueueHeadSize = kLegacyHeader.size();
 
 /// The format of a file that begins with `head`, which is shorter than `kQueueHeadSize` only when
 /// the file is.
 QueueFormat formatOf(std::string_view head);
 
-/// How a reading ended.
+/// How reading ended.
 enum class QueueOutcome {
-  kRead,         ///< the items are all that there was
-  kRefused,      ///< the content was read and is no queue
-  kUnavailable,  ///< the content could not be read now, or not be kept for lack of memory
+  kRead,         ///< the items are complete
+  kRefused,      ///< the content was read and is not a queue
+  kUnavailable,  ///< the content cannot be read now, or memory ran out
 };
 
 /// Without items unless the outcome is `kRead`.

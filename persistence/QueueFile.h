@@ -10,30 +10,30 @@
 /// A failure shows in the result alone; nothing but `std::bad_alloc` is thrown.
 namespace persistence {
 
-/// The items of a file whose format its beginning tells; no items for one that is missing or empty.
-/// The outcome is `kUnavailable` for a file that cannot be opened or read now, as for lack of
-/// descriptors or of a right.
+/// Reads a file whose format its first bytes show. A missing or empty file has no items. The
+/// outcome is `kUnavailable` for a file that cannot be opened or read now, for lack of a descriptor
+/// or a permission for instance.
 QueueReading readQueueFile(const std::wstring& path);
 
-/// The items of a file of the format, `kCurrent` or `kLegacy`, whatever its beginning looks like.
+/// Reads a file as one of the format, `kCurrent` or `kLegacy`, without looking at its first bytes.
 QueueReading readQueueFile(const std::wstring& path, QueueFormat format);
 
-/// Whether there is a file of that name, also one that cannot be opened.
+/// Whether a file of that name exists, even if it cannot be opened.
 bool isThere(const std::wstring& path);
 
 /// Whether the file can be read and holds these bytes and no others.
 bool holdsExactly(const std::wstring& path, std::string_view content);
 
-/// How far a replacement has got when it is reported.
+/// How far a replacement has got when `replaceFile` returns.
 enum class Durability {
   kWritten,  ///< the name has the new content; the disk follows within a second
   kOnDisk,   ///< content and name are on the disk
 };
 
-/// Replaces a file whole. Returns false after a failure, which leaves it as it is.
+/// Replaces a file as a whole. Returns false on a failure, which leaves the file as it was.
 bool replaceFile(const std::wstring& path, std::string_view content, Durability durability);
 
-/// Moves a file to a name beside it that no other file has. Returns success.
+/// Moves a file to an unused name in its folder. Returns success.
 bool setAside(const std::wstring& path);
 
 }  // namespace persistence

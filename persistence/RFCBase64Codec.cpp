@@ -18,7 +18,7 @@ constexpr char kPadding = '=';
 constexpr int kGroupBytes = 3;
 constexpr std::size_t kGroupCharacters = 4;
 
-/// Any value with one of these bits is no value of a character.
+/// Bits that are set only in the table entry of a character outside the alphabet.
 constexpr std::uint8_t kInvalidBits = 0xC0;
 
 using CharacterPair = std::array<char, 2>;
@@ -66,7 +66,7 @@ int byteCountOf(const char* quad) {
   return quad[2] == kPadding ? 1 : 2;
 }
 
-/// Writes the bytes of four characters, and a zero byte behind fewer than three.
+/// Writes the bytes of four characters, and a zero byte after fewer than three.
 void decodeGroup(const char* quad, char* out) {
   const int count = byteCountOf(quad);
   const std::uint8_t a = valueOf(quad[0]);

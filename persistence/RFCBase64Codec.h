@@ -6,8 +6,8 @@
 
 namespace kv64 {
 
-/// Base64 with the alphabet that URLs and file names can hold ("-" and "_" stand for 62 and 63) and
-/// "=" as padding. Cheap to create; meant to be made on the stack where it is needed.
+/// Base64 with the URL-safe alphabet ("-" and "_" are the values 62 and 63) and "=" as padding.
+/// Cheap to create; meant to be created on the stack where it is needed.
 class RFCBase64Codec : public Base64Codec {
  public:
   std::string encode(char* data, int length) override;
@@ -17,8 +17,8 @@ class RFCBase64Codec : public Base64Codec {
   /// end, yields zero bytes; the length does not tell.
   char* decode(std::string text, int* length) override;
 
-  // One group alone. Whole groups of a text are turned in place, by the same steps: a string of its
-  // own for each would make encoding take twice as long, decoding three times.
+  // One group alone. `encode` and `decode` convert whole groups in place, by the same steps: a
+  // string for each group would make encoding take twice as long, decoding three times.
 
   /// The four characters for the `count` (1..3) bytes at `group`, padded with "=".
   std::string encodeBlock(char* group, int count);

@@ -27,7 +27,7 @@ std::wstring withoutQuotes(const std::wstring& path) {
   return StringTools::stripBeginingAndEndChar(path, L'"');
 }
 
-/// The bytes of a file; empty when they cannot all be read, or not be counted in 32 bits.
+/// The bytes of a file; empty when not all of them can be read or their number exceeds 32 bits.
 std::basic_string<unsigned char> bytesOf(const std::wstring& path) {
   const std::uint64_t size = PathTools::getFileSize(path);
   if (size == 0 || size > std::numeric_limits<std::uint32_t>::max()) return {};
@@ -48,7 +48,7 @@ std::wstring hostOf(const std::wstring& url) {
   return StringTools::stringToWString(host);
 }
 
-/// The item of a film, which gets from its address what the ticket leaves open.
+/// The item of a film; what the ticket leaves out comes from the address.
 std::unique_ptr<DownloadItem> itemFrom(const persistence::TicketFilm& film) {
   auto item = std::make_unique<DownloadItem>();
   item->setStatus(DownloadStatusQueued);
@@ -68,13 +68,13 @@ ItemList readFilms(const std::wstring& path) {
   return items;
 }
 
-/// The form in which paths are compared: case and kind of separator do not matter.
+/// The form in which paths are compared, regardless of case and kind of separator.
 std::wstring comparable(const std::wstring& path) {
   return StringTools::replaceString(L"\\", L"/", StringTools::toLower(path));
 }
 
-/// Files the ticket beside the films, then deletes it.
-void useUpTicket(const std::wstring& path, const std::wstring& title) {
+/// Moves the ticket beside the films, then deletes it.
+void consumeTicket(const std::wstring& path, const std::wstring& title) {
   const std::wstring target = PathTools::getVeskMoviesFolder() + L"/" + title + kTicketExtension;
   const bool isMoved = comparable(target) != comparable(path) && PathTools::moveFile(path, target);
   PathTools::deleteFile(isMoved ? target : path);
@@ -102,7 +102,7 @@ ItemList readRecords(const std::vector<VeskDrmTicketData*>& records) {
 
 /// The items that `read` finds; empty when there is no memory for them.
 template <class Read>
-TicketParser::Items readSafely(Read read) {
+TicketParser::Items tryToRead(Read read) {
   try {
     return persistence::release(read());
   } catch (const std::exception&) {
@@ -113,18 +113,18 @@ TicketParser::Items readSafely(Read read) {
 }  // namespace
 
 TicketParser::Items TicketParser::parseClearTicket(const std::wstring& path) {
-  return readSafely([&] { return readFilms(withoutQuotes(path)); });
+  return tryToRead([&] { return readFilms(withoutQuotes(path)); });
 }
 
 TicketParser::Items TicketParser::processEncryptedTicket(std::vector<VeskDrmTicketData*> records,
                                                          std::wstring ticketPath) {
   std::erase(records, nullptr);
-  Items items = readSafely([&] { return readRecords(records); });
+  Items items = tryToRead([&] { return readRecords(records); });
   if (items.empty()) return items;
   try {
-    useUpTicket(withoutQuotes(ticketPath), records.front()->title);
+    consumeTicket(withoutQuotes(ticketPath), records.front()->title);
   } catch (const std::exception&) {
-    // The ticket stays, for lack of memory; the items are there.
+    // Memory ran out: the ticket stays, but the items are complete.
   }
   return items;
 }

@@ -8,8 +8,8 @@
 
 /// Turns tickets, which name films to download, into new items for the queue.
 ///
-/// There is no state; both operations may be called from any thread. The items belong to the
-/// caller. Nothing is thrown or reported: what cannot be used yields fewer items.
+/// Both operations may be called from any thread. The items belong to the caller. Nothing is thrown
+/// or reported: unusable input yields fewer items.
 class TicketParser {
  public:
   class TicketParserImpl;
@@ -23,9 +23,8 @@ class TicketParser {
   static Items parseClearTicket(const std::wstring& path);
 
   /// One queued, rights-protected item per record that the online services have decoded, in their
-  /// order; null records are passed over. The ticket file is used up: it is filed beside the films
-  /// under the first record's title where that is possible, then deleted. Without records nothing
-  /// happens to it.
+  /// order; null records are skipped. The ticket file is consumed: it is moved beside the films
+  /// under the first record's title where that is possible, then deleted. Without records it stays.
   static Items processEncryptedTicket(std::vector<VeskDrmTicketData*> records,
                                       std::wstring ticketPath);
 };

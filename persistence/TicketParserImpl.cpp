@@ -43,8 +43,7 @@ bool TicketParser::TicketParserImpl::parseLine(const std::wstring& line, std::ws
 
 std::wstring TicketParser::TicketParserImpl::getLocalFilePathFromTicketData(
     const VeskDrmTicketData* record) {
-  // A film that is there already keeps its name; which variant of it is free is found out when the
-  // download begins.
+  // An existing film does not change the path: a free name is chosen when the download begins.
   const std::wstring path =
       kvpm::PathTools::getVeskMoviesFolder() + L"/" + record->title + kMediaExtension;
   return kvpm::StringTools::replaceString(L"\\", L"/", path);

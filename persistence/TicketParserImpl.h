@@ -5,8 +5,8 @@
 
 #include "persistence/TicketParser.h"
 
-/// The steps of ticket reading that can be called by themselves. Pure functions, but for the folder
-/// of the films that the platform is asked for.
+/// The single steps of reading a ticket. All are pure, except that `getLocalFilePathFromTicketData`
+/// asks the platform for the movies folder.
 class TicketParser::TicketParserImpl {
  public:
   TicketParserImpl() = delete;
@@ -26,7 +26,7 @@ class TicketParser::TicketParserImpl {
   /// line that is empty or ends in its first "=".
   static bool parseLine(const std::wstring& line, std::wstring& key, std::wstring& value);
 
-  /// Where the film of a record goes: its title, unchanged, below the folder of the films. Two
-  /// records of one title share a path; a "\" in it becomes a "/".
+  /// The local path of a record's film: its title, unchanged, in the movies folder. Records of the
+  /// same title share a path; a "\" becomes a "/".
   static std::wstring getLocalFilePathFromTicketData(const VeskDrmTicketData* record);
 };

@@ -13,7 +13,7 @@ constexpr std::string_view kBlanks = " \t\r\n";
 /// attributes, or for four thousand of a thousand.
 constexpr std::uint64_t kMostComparisons = 2'000'000'000;
 
-/// Fewer than this in every element come to less than the above in any file that can be read.
+/// Elements with no more than this cost little, however many a readable file holds.
 constexpr std::ptrdiff_t kFewAttributes = 16;
 
 bool isQuote(char c) { return c == '"' || c == '\''; }
@@ -37,7 +37,7 @@ std::uint64_t countAttributes(std::string_view text) {
 }
 
 std::uint64_t countComparisons(std::string_view tag) {
-  // Few tags have more signs than an item has attributes, and counting these is far cheaper.
+  // Few tags have more "=" than an item has attributes, and counting "=" is far cheaper.
   if (std::count(tag.begin(), tag.end(), '=') <= kFewAttributes) return 0;
   const std::uint64_t attributes = countAttributes(tag);
   return attributes * attributes / 2;

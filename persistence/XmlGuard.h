@@ -4,11 +4,12 @@
 
 namespace persistence {
 
-/// Whether the XML library reads these bytes in a bearable time.
+/// Whether the XML library can read these bytes in acceptable time.
 ///
-/// It compares the attributes of an element each with each, so one of a hundred thousand would keep
-/// it busy for minutes. Counted is what could be an attribute to the library, also in comments and
-/// in character data: where a malformed one of these ends for it is not for this check to guess.
+/// The library compares every attribute of an element with every other, so an element of a hundred
+/// thousand would keep it busy for minutes. Everything that could be an attribute is counted, even
+/// in comments and character data: where the library sees the end of a malformed one is unknown
+/// here.
 bool isHarmlessXml(std::string_view bytes);
 
 }  // namespace persistence

@@ -18,24 +18,24 @@ namespace {
 
 constexpr const char* kDocumentName = "noname.xml";
 
-/// Values with their "&" as it is, which the library leaves to be decoded otherwise. Entities that
-/// it could insert there are refused.
+/// Has the library decode the references in values, "&amp;" too. There are no entities to expand:
+/// their declarations are refused.
 constexpr int kOptions = XML_PARSE_NOENT;
 
 /// The library's layout of an attribute: local name, prefix, namespace, value, and its end.
 constexpr int kPointersPerAttribute = 5;
 
-/// Near the end of its input the library refuses to go on when more than 10,000,000 bytes lie
-/// behind the last place where it let go of input, and it lets go only between pieces of markup
-/// that stand less than 500 bytes before the end. Comments behind the root give it such places, so
-/// that long values are read wherever they stand.
-constexpr std::size_t kLookBack = 9'000'000;
-constexpr std::string_view kRestingPlace = "\n<!---->";
-constexpr int kRestingPlaces = 128;
+/// Near the end of its input the library refuses to go on when it has buffered more than 10,000,000
+/// bytes. It discards what it has read only between pieces of markup, and only within the last 500
+/// bytes. Comments after the root give it the chance, so that long values are read wherever they
+/// are.
+constexpr std::size_t kLargestBuffer = 9'000'000;
+constexpr std::string_view kDiscardPoint = "\n<!---->";
+constexpr int kDiscardPoints = 128;
 
-void appendRestingPlaces(std::string& bytes) {
-  bytes.reserve(bytes.size() + kRestingPlaces * kRestingPlace.size());
-  for (int place = 0; place < kRestingPlaces; ++place) bytes += kRestingPlace;
+void appendDiscardPoints(std::string& bytes) {
+  bytes.reserve(bytes.size() + kDiscardPoints * kDiscardPoint.size());
+  for (int count = 0; count < kDiscardPoints; ++count) bytes += kDiscardPoint;
 }
 
 std::string_view textOf(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
@@ -50,8 +50,8 @@ std::string_view valueOf(const xmlChar** attribute) {
   return {reinterpret_cast<const char*>(attribute[3]), reinterpret_cast<const char*>(attribute[4])};
 }
 
-/// Takes the place of the calling thread's handler of the library's reports for as long as it
-/// lives, so that nothing is printed.
+/// Replaces the calling thread's error handler of the library during its lifetime, so that nothing
+/// is printed.
 class XmlReports {
  public:
   XmlReports() : formerHandler_(xmlStructuredError), formerContext_(xmlStructuredErrorContext) {
@@ -76,13 +76,13 @@ class XmlReports {
 
 struct FreeContext {
   void operator()(xmlParserCtxt* context) const {
-    // The library makes a document of its own for what declares an entity.
+    // The library creates a document of its own for an entity declaration.
     xmlFreeDoc(context->myDoc);
     xmlFreeParserCtxt(context);
   }
 };
 
-/// One run of the parser. What it calls back is C, so nothing is thrown through it.
+/// One run of the parser. The library is C, so its callbacks let no exception through.
 class Parser {
  public:
   explicit Parser(XmlHandler& handler) : handler_(handler) {}
@@ -92,7 +92,7 @@ class Parser {
     roomForDefaults_ = bytes.size();
     context_.reset(xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size())));
     if (context_ == nullptr) return XmlResult::kOutOfMemory;
-    bytes = std::string();  // the library has made a copy
+    bytes = std::string();  // the library has copied them
     prepare();
     xmlParseDocument(context_.get());
     if (outOfMemory_ || reports.outOfMemory()) return XmlResult::kOutOfMemory;
@@ -119,10 +119,10 @@ class Parser {
                       int defaultedCount, const xmlChar** attributes) {
     auto& self = *static_cast<Parser*>(parser);
     try {
-      const bool goOn = self.hasRoomForDefaults(attributes, count, defaultedCount) &&
-                        self.handler_.onElement(self.depth_++, localName(name, prefix, uri),
-                                                XmlAttributes(attributes, count));
-      if (!goOn) self.refuse();
+      const bool isAccepted = self.hasRoomForDefaults(attributes, count, defaultedCount) &&
+                              self.handler_.onElement(self.depth_++, localName(name, prefix, uri),
+                                                      XmlAttributes(attributes, count));
+      if (!isAccepted) self.refuse();
     } catch (const std::bad_alloc&) {
       self.outOfMemory_ = true;
       xmlStopParser(self.context_.get());
@@ -145,7 +145,7 @@ class Parser {
     static_cast<Parser*>(parser)->refuse();
   }
 
-  /// Default values stand behind the others.
+  /// Default values come after the others.
   bool hasRoomForDefaults(const xmlChar** attributes, int count, int defaultedCount) {
     for (int i = count - defaultedCount; i < count; ++i) {
       const std::size_t length = valueOf(attributes + i * kPointersPerAttribute).size();
@@ -180,7 +180,7 @@ std::optional<std::string_view> XmlAttributes::find(std::string_view name) const
 
 XmlResult readXml(std::string bytes, XmlHandler& handler) {
   if (!isHarmlessXml(bytes)) return XmlResult::kRefused;
-  if (bytes.size() > kLookBack) appendRestingPlaces(bytes);
+  if (bytes.size() > kLargestBuffer) appendDiscardPoints(bytes);
   const bool isCountable =
       bytes.size() <= static_cast<std::size_t>(std::numeric_limits<int>::max());
   if (bytes.empty() || !isCountable) return XmlResult::kRefused;

@@ -4,13 +4,13 @@
 #include <string>
 #include <string_view>
 
-/// The door to the XML library. May be used from any thread.
+/// Reads XML with the system's library. May be used from any thread.
 namespace persistence {
 
 /// The attributes of an element while it is being read.
 class XmlAttributes {
  public:
-  /// `attributes` as the library hands them over: five pointers for each of `count`.
+  /// `attributes` in the library's layout: five pointers for each of `count`.
   XmlAttributes(const unsigned char** attributes, int count)
       : attributes_(attributes), count_(count) {}
 
@@ -22,7 +22,7 @@ class XmlAttributes {
   int count_;
 };
 
-/// Told of the elements of a document in its order. It may throw `std::bad_alloc`.
+/// Receives the elements of a document in its order. It may throw `std::bad_alloc`.
 class XmlHandler {
  public:
   XmlHandler() = default;
@@ -43,9 +43,10 @@ enum class XmlResult {
   kOutOfMemory,  ///< the handler may have missed something
 };
 
-/// Reads a document. Nothing is printed, and no other file is opened. Documents that could make a
-/// small file cost much memory or time are refused: those with entity declarations, with default
-/// values that come to more than the document itself, and with very many attributes in one element.
+/// Reads a document. Nothing is printed, and no other file is opened. Documents that cost far more
+/// memory or time than their size suggests are refused: those with entity declarations, with
+/// default values that add up to more than the document itself, and with very many attributes in an
+/// element.
 XmlResult readXml(std::string bytes, XmlHandler& handler);
 
 }  // namespace persistence

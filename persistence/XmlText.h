@@ -21,21 +21,21 @@ std::uint64_t charactersOf(const std::vector<std::size_t>& lengths, std::size_t 
 /// the XML library can count, whatever they hold.
 bool fitsDocument(std::uint64_t characters);
 
-/// The `limit` below with which texts of these lengths, characters of wide or bytes of narrow text,
-/// together stay within what the XML library can count: `kLongestXmlValue` in any queue that
-/// people make, less where a host floods it.
+/// The `limit` for `carriedByXml` with which texts of these lengths, in characters of wide or bytes
+/// of narrow text, together stay within what the XML library can count: `kLongestXmlValue` for any
+/// queue of reasonable size, less for an enormous one.
 std::size_t longestValueFor(const std::vector<std::size_t>& lengths);
 
-/// Text that XML can carry: every character that it cannot is replaced with U+FFFD, and what goes
-/// beyond `limit` bytes (counted as above) is cut off before a character.
+/// `text` as XML can carry it: every character that it cannot is replaced with U+FFFD, and the text
+/// is truncated, between characters, to `limit` bytes (counted as above).
 std::wstring carriedByXml(const std::wstring& text, std::size_t limit = kLongestXmlValue);
 
 /// The same for bytes. Valid UTF-8 of characters that XML can carry stays as it is, byte for byte;
 /// every other byte is replaced with U+FFFD.
 std::string carriedByXml(const std::string& bytes, std::size_t limit = kLongestXmlValue);
 
-/// Appends text that XML can carry as a value between double quotes holds it: with the escapes that
-/// the XML library's own serializer writes.
+/// Appends text that XML can carry as a value in double quotes, with the escapes that the XML
+/// library's own serializer writes.
 void appendEscaped(std::string& document, std::string_view text);
 
 }  // namespace persistence

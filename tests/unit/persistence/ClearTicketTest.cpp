@@ -1,4 +1,4 @@
-// What parseClearTicket makes of a file.
+// The items that parseClearTicket reads from a file.
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -18,7 +18,7 @@ using testing::SizeIs;
 class ClearTicket : public testing::Test {
  protected:
   std::vector<Fields> readFile(const std::wstring& path) const {
-    return taken(TicketParser::parseClearTicket(path));
+    return takeFields(TicketParser::parseClearTicket(path));
   }
   std::vector<Fields> read(const std::string& content) const {
     return readFile(folder_.write("film.tix", content).wstring());
@@ -70,7 +70,7 @@ TEST_F(ClearTicket, ItemsHaveAllOtherDefaults) {
   EXPECT_EQ(items[0]->getAutoProgressivePlayback(), fresh.getAutoProgressivePlayback());
   EXPECT_EQ(items[0]->getLastProgressUpdateTime(), fresh.getLastProgressUpdateTime());
   EXPECT_EQ(items[0]->getDownloadInfo(), fresh.getDownloadInfo());
-  EXPECT_THAT(taken(items), ElementsAre(expected));
+  EXPECT_THAT(takeFields(items), ElementsAre(expected));
 }
 
 TEST_F(ClearTicket, LineEndsOfAnyKindReadTheSame) {
@@ -121,7 +121,7 @@ TEST_F(ClearTicket, OnlyTheFirstLineIsTheHeader) {
   EXPECT_THAT(read(kHeader + "TixVeskVersion=2\nstart\nurl=a\nend\n"), SizeIs(1));
 }
 
-TEST_F(ClearTicket, AnItemOfABlockThatWasStillOpenIsAbandoned) {
+TEST_F(ClearTicket, AnItemOfABlockStillOpenIsAbandoned) {
   EXPECT_THAT(read(kHeader + "start\nurl=a\nstart\nurl=b\nend\n"), ElementsAre(bare(L"b")));
   EXPECT_THAT(read(kHeader + "start\nurl=a\ntitle=t\nstart\nend\n"), IsEmpty());
 }
@@ -185,7 +185,7 @@ TEST_F(ClearTicket, ALineWithoutAnEqualsSignIsItsOwnValueAsWanted) {
   EXPECT_THAT(read(block("url\ntitle")), ElementsAre(film(L"url", L"title", L"")));
 }
 
-TEST_F(ClearTicket, AWordThatTheFirstTrimmingLaysBareCounts) {
+TEST_F(ClearTicket, AWordThatTheFirstTrimmingExposesCounts) {
   EXPECT_THAT(read(kHeader + " \tstart\n \turl=a\n \tend\n"), ElementsAre(bare(L"a")));
 }
 
@@ -218,7 +218,7 @@ TEST_F(ClearTicket, AUrlWithoutAFileNameLeavesTheTitleEmpty) {
   }
 }
 
-TEST_F(ClearTicket, TheHostIsTheOneThatParseUriYields) {
+TEST_F(ClearTicket, TheProviderIsTheHostThatParseUriYields) {
   const struct {
     const wchar_t* url;
     const wchar_t* host;
@@ -267,7 +267,7 @@ TEST_F(ClearTicket, ThePathMayStandInDoubleQuotes) {
   EXPECT_THAT(readFile(path), SizeIs(1));
 }
 
-TEST_F(ClearTicket, WhatCannotBeReadGivesNothing) {
+TEST_F(ClearTicket, AnUnreadableFileGivesNothing) {
   EXPECT_THAT(readFile((folder() / "missing.tix").wstring()), IsEmpty());
   EXPECT_THAT(readFile(folder().path().wstring()), IsEmpty());
   EXPECT_THAT(readFile(L""), IsEmpty());
@@ -298,7 +298,7 @@ TEST_F(ClearTicket, TheFileStays) {
   EXPECT_EQ(support::readFile(folder() / "film.tix"), text);
 }
 
-TEST_F(ClearTicket, CutAnywhereItGivesTheFilmsThatAreWhole) {
+TEST_F(ClearTicket, CutAnywhereItGivesTheCompleteFilms) {
   const std::string text = kHeader + "start\nurl=http://h/a\nend\nstart\nurl=http://h/b\nend\n";
   const std::size_t first = text.find("end") + 3;
   const std::size_t second = text.rfind("end") + 3;
@@ -316,7 +316,7 @@ TEST_F(ClearTicket, LinesOfTenMegabytesAreRead) {
   EXPECT_EQ(items[0].contentProviderDisplayName, L"h");
 }
 
-TEST_F(ClearTicket, TenMegabytesWithoutALineEndAreNoTicket) {
+TEST_F(ClearTicket, TenMegabytesWithoutALineEndAreNotATicket) {
   EXPECT_THAT(read(std::string(10'000'000, 'x')), IsEmpty());
   EXPECT_THAT(read(std::string(10'000'000, ' ')), IsEmpty());
 }

@@ -1,4 +1,4 @@
-// What processEncryptedTicket makes of decoded records, and of the ticket file.
+// The items that processEncryptedTicket makes of decoded records, and the fate of the ticket file.
 #include <gmock/gmock.h>
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -38,7 +38,7 @@ class EncryptedTicket : public testing::Test {
   std::vector<Fields> process(std::vector<VeskDrmTicketData> records, const fs::path& ticket) {
     std::vector<VeskDrmTicketData*> pointers;
     for (VeskDrmTicketData& record : records) pointers.push_back(&record);
-    return taken(TicketParser::processEncryptedTicket(pointers, ticket.wstring()));
+    return takeFields(TicketParser::processEncryptedTicket(pointers, ticket.wstring()));
   }
 
  private:
@@ -118,32 +118,32 @@ TEST_F(EncryptedTicket, SeparatorsInATitleLeadBelowTheMoviesFolderAsWanted) {
   EXPECT_EQ(items[2].filePath, pathOf(L"../c:?*.vesk"));
 }
 
-TEST_F(EncryptedTicket, ABackslashOfTheMoviesFolderIsTurnedToo) {
+TEST_F(EncryptedTicket, ABackslashInTheMoviesFolderIsReplacedToo) {
   playerx::setMoviesFolder(L"C:\\films\\new");
   const VeskDrmTicketData data = record(L"Summer");
   EXPECT_EQ(TicketParser::TicketParserImpl::getLocalFilePathFromTicketData(&data),
             L"C:/films/new/Summer.vesk");
 }
 
-TEST_F(EncryptedTicket, TheLocalPathOfARecordStandsForItself) {
+TEST_F(EncryptedTicket, TheLocalPathOfARecordCanBeAskedForAlone) {
   const VeskDrmTicketData data = record(L"x\\y");
   EXPECT_EQ(TicketParser::TicketParserImpl::getLocalFilePathFromTicketData(&data),
             pathOf(L"x/y.vesk"));
 }
 
-TEST_F(EncryptedTicket, TheTicketFileIsUsedUp) {
+TEST_F(EncryptedTicket, TheTicketFileIsConsumed) {
   process({record(L"Summer"), record(L"Winter")}, ticket());
   EXPECT_FALSE(fs::exists(folder() / "Ticket.tix"));
   EXPECT_TRUE(fs::is_empty(movies()));
 }
 
-TEST_F(EncryptedTicket, TheTicketIsUsedUpAlsoWhereItCannotBeMoved) {
+TEST_F(EncryptedTicket, TheTicketIsConsumedEvenWhereItCannotBeMoved) {
   process({record(L"missing/folder")}, ticket());
   EXPECT_FALSE(fs::exists(folder() / "Ticket.tix"));
   EXPECT_TRUE(fs::is_empty(movies()));
 }
 
-TEST_F(EncryptedTicket, TheMoviesFolderIsNotMade) {
+TEST_F(EncryptedTicket, TheMoviesFolderIsNotCreated) {
   const auto file = ticket();
   fs::remove(movies());
   EXPECT_THAT(process({record(L"Summer")}, file), SizeIs(1));
@@ -151,20 +151,20 @@ TEST_F(EncryptedTicket, TheMoviesFolderIsNotMade) {
   EXPECT_FALSE(fs::exists(file));
 }
 
-TEST_F(EncryptedTicket, AFileInTheTicketsPlaceBesideTheFilmsStays) {
+TEST_F(EncryptedTicket, AFileOfTheTicketsNameBesideTheFilmsStays) {
   support::writeFile(movies() / "Summer.tix", "another ticket");
   process({record(L"Summer")}, ticket());
   EXPECT_EQ(support::readFile(movies() / "Summer.tix"), "another ticket");
   EXPECT_FALSE(fs::exists(folder() / "Ticket.tix"));
 }
 
-TEST_F(EncryptedTicket, ATicketThatLiesBesideTheFilmsAlreadyIsUsedUpThere) {
+TEST_F(EncryptedTicket, ATicketAlreadyBesideTheFilmsIsConsumedThere) {
   support::writeFile(movies() / "Summer.tix", "sealed");
   process({record(L"Summer")}, movies() / "Summer.tix");
   EXPECT_TRUE(fs::is_empty(movies()));
 }
 
-/// Tells which files were moved into or out of a folder since.
+/// Records which files are moved into or out of a folder.
 class MoveWatch {
  public:
   explicit MoveWatch(const fs::path& folder) : events_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
@@ -187,14 +187,14 @@ class MoveWatch {
   support::UniqueFd events_;
 };
 
-TEST_F(EncryptedTicket, TheTicketIsFiledBesideTheFilmsUnderTheFirstTitle) {
+TEST_F(EncryptedTicket, TheTicketIsMovedBesideTheFilmsUnderTheFirstTitle) {
   const auto file = ticket();
   const MoveWatch watch(movies());
   process({record(L"Summer"), record(L"Winter")}, file);
   EXPECT_THAT(watch.moved(), ElementsAre("Summer.tix"));
 }
 
-TEST_F(EncryptedTicket, TheTicketIsFiledUnderTheTitleUnchanged) {
+TEST_F(EncryptedTicket, TheTicketIsMovedUnderTheUnchangedTitle) {
   for (const char* title : {" \tSummer ", "a:b?*", "a\\b"}) {
     const auto file = ticket();
     const MoveWatch watch(movies());
@@ -203,16 +203,16 @@ TEST_F(EncryptedTicket, TheTicketIsFiledUnderTheTitleUnchanged) {
   }
 }
 
-TEST_F(EncryptedTicket, LettersBeyondAsciiHaveACaseToo) {
+TEST_F(EncryptedTicket, LettersBeyondAsciiAreComparedWithoutCaseToo) {
   support::writeFile(movies() / "\xC3\xA4RGER \xD0\x96.tix", "sealed");
   VeskDrmTicketData data = record(L"\u00C4rger \u0436");
   const MoveWatch watch(movies());
-  taken(TicketParser::processEncryptedTicket({&data}, pathOf(L"\u00E4RGER \u0416.tix")));
+  takeFields(TicketParser::processEncryptedTicket({&data}, pathOf(L"\u00E4RGER \u0416.tix")));
   EXPECT_THAT(watch.moved(), IsEmpty());
   EXPECT_TRUE(fs::is_empty(movies()));
 }
 
-TEST_F(EncryptedTicket, ATicketThatLiesThereAlreadyIsNotMovedWhateverItsCaseOrSeparators) {
+TEST_F(EncryptedTicket, ATicketAlreadyThereIsNotMovedWhateverItsCaseOrSeparators) {
   const std::wstring folder = movies().wstring();
   for (const std::wstring& path :
        {folder + L"/Summer.tix", folder + L"/SUMMER.TIX", folder + L"/sUMMER.tix"}) {
@@ -243,14 +243,15 @@ TEST_F(EncryptedTicket, WithoutRecordsTheTicketStays) {
   EXPECT_EQ(support::readFile(folder() / "Ticket.tix"), "sealed");
 }
 
-TEST_F(EncryptedTicket, NullRecordsArePassedOver) {
+TEST_F(EncryptedTicket, NullRecordsAreSkipped) {
   VeskDrmTicketData data = record(L"Summer");
   const auto file = ticket();
   EXPECT_THAT(
-      taken(TicketParser::processEncryptedTicket({nullptr, &data, nullptr}, file.wstring())),
+      takeFields(TicketParser::processEncryptedTicket({nullptr, &data, nullptr}, file.wstring())),
       SizeIs(1));
   const auto other = ticket();
-  EXPECT_THAT(taken(TicketParser::processEncryptedTicket({nullptr}, other.wstring())), IsEmpty());
+  EXPECT_THAT(takeFields(TicketParser::processEncryptedTicket({nullptr}, other.wstring())),
+              IsEmpty());
   EXPECT_TRUE(fs::exists(other));
 }
 

@@ -1,4 +1,4 @@
-// Items whose texts XML cannot carry, or not easily.
+// Items whose texts XML cannot carry, or only with escapes.
 #include <algorithm>
 #include <memory>
 
@@ -11,7 +11,7 @@ using testing::ElementsAre;
 
 class HostileText : public QueueFileFixture {
  protected:
-  /// How a title comes back; its neighbours must not suffer.
+  /// The title as it is read back; the items around it must be unchanged.
   std::wstring titleReadBack(const std::wstring& title) const {
     const auto items = writtenAndReadBack({titled(L"before"), titled(title), titled(L"after")});
     EXPECT_EQ(items.size(), 3U);
@@ -77,7 +77,7 @@ TEST_F(HostileText, MarkupComesBackAsText) {
   }
 }
 
-TEST_F(HostileText, BlanksComeBackWhereverTheyStand) {
+TEST_F(HostileText, BlanksAreKeptEverywhere) {
   for (const wchar_t* text :
        {L" ", L"  a  b  ", L"\t\ta\t\t", L"\r\n\r\n", L"\na\r", L" \n\t\r "}) {
     EXPECT_EQ(titleReadBack(text), text);
@@ -86,7 +86,7 @@ TEST_F(HostileText, BlanksComeBackWhereverTheyStand) {
   }
 }
 
-TEST_F(HostileText, EveryWideFieldIsCleaned) {
+TEST_F(HostileText, EveryWideFieldGetsReplacements) {
   Fields item;
   item.title = item.filePath = item.contentProviderDisplayName = item.url = L"\x01\"<\xD800";
   Fields expected;
@@ -114,7 +114,7 @@ TEST_F(HostileText, EachByteOfATicketComesBackOrIsReplaced) {
   }
 }
 
-TEST_F(HostileText, ATicketOfAllBytesLeavesItsNeighboursReadable) {
+TEST_F(HostileText, ATicketOfAllBytesLeavesTheOtherItemsReadable) {
   std::string ticket;
   for (int byte = 0; byte < 256; ++byte) ticket += static_cast<char>(byte);
   for (int times = 0; times < 3; ++times) {
@@ -124,7 +124,7 @@ TEST_F(HostileText, ATicketOfAllBytesLeavesItsNeighboursReadable) {
   }
 }
 
-TEST_F(HostileText, AClearedTicketStaysAsItIsFromThenOn) {
+TEST_F(HostileText, ATicketWithReplacementsIsNotChangedAgain) {
   const std::string once = ticketReadBack("a\xFF\xC3(\xED\xA0\x80\x01z");
   EXPECT_EQ(ticketReadBack(once), once);
 }
@@ -137,14 +137,14 @@ TEST_F(HostileText, TextsOfTheGreatestLengthComeBackWhole) {
   EXPECT_EQ(titleReadBack(wide), wide);
 }
 
-TEST_F(HostileText, LongerTextsAreCutBeforeACharacter) {
+TEST_F(HostileText, LongerTextsAreCutBetweenCharacters) {
   EXPECT_EQ(titleReadBack(std::wstring(12'000'000, L'a')), std::wstring(9'000'000, L'a'));
   EXPECT_EQ(ticketReadBack(std::string(12'000'000, '&')), std::string(1'800'000, '&'));
   EXPECT_EQ(titleReadBack(L"a" + std::wstring(3'000'000, L'\U0001F600')),
             L"a" + std::wstring(2'249'999, L'\U0001F600'));
 }
 
-TEST_F(HostileText, ManyLongTextsAreReadWhereverTheyStand) {
+TEST_F(HostileText, ManyLongTextsAreReadWhereverTheyAre) {
   Fields item = titled(std::wstring(1'000'000, L'\n'));
   item.ticket = std::string(6'000'000, 't');
   for (const std::size_t last : {0, 249, 250, 499, 500, 4'000'000}) {

@@ -21,7 +21,7 @@ std::string repeated(const std::string& text, int count) {
   return all;
 }
 
-TEST_F(HostileXml, EntitiesThatMultiplyAreRefused) {
+TEST_F(HostileXml, NestedEntitiesAreRefused) {
   std::string declarations = "<!ENTITY l0 \"ha\">";
   for (int level = 1; level < 10; ++level) {
     const std::string inner = "&l" + std::to_string(level - 1) + ";";
@@ -31,7 +31,7 @@ TEST_F(HostileXml, EntitiesThatMultiplyAreRefused) {
   EXPECT_THAT(readOf(withDocumentType(declarations, "&l9;<DownloadItem/>")), IsEmpty());
 }
 
-TEST_F(HostileXml, ALongEntityNamedOftenIsRefused) {
+TEST_F(HostileXml, ALongEntityUsedOftenIsRefused) {
   const std::string declaration = "<!ENTITY a \"" + std::string(100'000, 'x') + "\">";
   const std::string item = "<DownloadItem title=\"" + repeated("&a;", 3'000) + "\"/>";
   EXPECT_THAT(readOf(withDocumentType(declaration, item)), IsEmpty());
@@ -115,7 +115,7 @@ TEST_F(HostileXml, AQueueOfAHundredThousandItemsIsRead) {
               SizeIs(100'000));
 }
 
-TEST_F(HostileXml, AHundredMegabytesOfNothingAreNoQueue) {
+TEST_F(HostileXml, AHundredMegabytesOfBlanksAreNotAQueue) {
   EXPECT_THAT(readOf(kDeclaration + std::string(100'000'000, ' ')), IsEmpty());
 }
 

@@ -63,7 +63,7 @@ Fields fieldsOf(const VeskPlayerX::DownloadItemInterface& item) {
           item.getUrl()};
 }
 
-std::vector<Fields> taken(const std::vector<VeskPlayerX::DownloadItemInterface*>& items) {
+std::vector<Fields> takeFields(const std::vector<VeskPlayerX::DownloadItemInterface*>& items) {
   std::vector<Fields> fields;
   for (VeskPlayerX::DownloadItemInterface* item : items) {
     const std::unique_ptr<VeskPlayerX::DownloadItemInterface> owned(item);

@@ -31,7 +31,7 @@ struct Fields {
 
 std::ostream& operator<<(std::ostream& out, const Fields& fields);
 
-/// A queue as the manager holds one: items of its own, handed on as interfaces.
+/// A queue like the manager's: it owns its items and passes them on as interfaces.
 class Queue {
  public:
   explicit Queue(const std::vector<Fields>& fields);
@@ -43,12 +43,12 @@ class Queue {
   std::vector<VeskPlayerX::DownloadItemInterface*> items_;
 };
 
-/// The fields of items that a reader has handed over; deletes the items.
-std::vector<Fields> taken(const std::vector<VeskPlayerX::DownloadItemInterface*>& items);
+/// The fields of items that a reader has returned; deletes the items.
+std::vector<Fields> takeFields(const std::vector<VeskPlayerX::DownloadItemInterface*>& items);
 
 Fields fieldsOf(const VeskPlayerX::DownloadItemInterface& item);
 
-/// A title alone.
+/// The defaults, except for the title.
 Fields titled(const std::wstring& title);
 
 }  // namespace persistence

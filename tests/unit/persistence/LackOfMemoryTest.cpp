@@ -1,5 +1,5 @@
-// Every allocation of ours fails once: no file is replaced, set aside or deleted for items that
-// never arrived.
+// Each allocation of the module fails once: no file is replaced, set aside or deleted unless its
+// items have been read.
 #include <cstdlib>
 #include <new>
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Allocations of this thread until the one that fails; below 0 when none is to fail.
+/// Allocations of this thread before the one that fails; below 0 when none fails.
 thread_local long allocationsLeft = -1;
 
 }  // namespace
@@ -30,7 +30,7 @@ namespace {
 
 class LackOfMemory : public QueueFileFixture {
  protected:
-  /// Runs `action` with one allocation that fails. Returns whether there were enough for it to.
+  /// Runs `action`, whose allocation of this index fails. Returns whether it got that far.
   template <class Action>
   static bool runFailing(long allocations, Action action) {
     allocationsLeft = allocations;
@@ -40,7 +40,7 @@ class LackOfMemory : public QueueFileFixture {
     return hasFailed;
   }
 
-  /// Loads files of this content, each with another allocation that fails.
+  /// Loads a file of this content again and again, each time with another failing allocation.
   void expectReadWholeOrLeftAlone(const std::string& content, const std::vector<Fields>& queue) {
     const std::wstring name = path();
     bool hasFailed = true;
@@ -49,7 +49,7 @@ class LackOfMemory : public QueueFileFixture {
       DownloadManagerPersistence::Items items;
       hasFailed = runFailing(allocations,
                              [&] { items = DownloadManagerPersistence::loadDownloadQueue(name); });
-      const auto loaded = taken(items);
+      const auto loaded = takeFields(items);
       ASSERT_TRUE(loaded == queue || (hasFailed && loaded.empty())) << allocations;
       ASSERT_EQ(this->content(), content) << allocations;
       ASSERT_EQ(isProtected(), loaded != queue) << allocations;
@@ -57,19 +57,19 @@ class LackOfMemory : public QueueFileFixture {
   }
 };
 
-TEST_F(LackOfMemory, AQueueIsReadWholeOrLeftAlone) {
+TEST_F(LackOfMemory, AQueueIsReadCompletelyOrLeftAlone) {
   const std::vector<Fields> queue{titled(L"one"), titled(std::wstring(5'000, L'x')), Fields()};
   expectReadWholeOrLeftAlone(written(queue), queue);
 }
 
-TEST_F(LackOfMemory, AnEarlierQueueIsReadWholeOrLeftAlone) {
+TEST_F(LackOfMemory, AnEarlierQueueIsReadCompletelyOrLeftAlone) {
   support::LegacyQueueFile legacy;
   legacy.item().text("title", L"one").item().text("title", std::wstring(5'000, L'x'));
   expectReadWholeOrLeftAlone(legacy.document(),
                              {titled(L"one"), titled(std::wstring(5'000, L'x'))});
 }
 
-TEST_F(LackOfMemory, AQueueIsWrittenWholeOrNotAtAll) {
+TEST_F(LackOfMemory, AQueueIsWrittenCompletelyOrNotAtAll) {
   const std::vector<Fields> before{titled(L"one"), titled(L"two"), titled(L"three")};
   const std::vector<Fields> after{titled(L"one"), titled(std::wstring(5'000, L'x')), Fields(),
                                   titled(L"three")};
@@ -83,11 +83,11 @@ TEST_F(LackOfMemory, AQueueIsWrittenWholeOrNotAtAll) {
         allocations, [&] { DownloadManagerPersistence::writeDownloadQueue(name, queue.items()); });
     ASSERT_TRUE(content() == whole || (hasFailed && content() == old)) << allocations;
     DownloadManagerPersistence::writeDownloadQueue(name, queue.items());
-    ASSERT_EQ(content(), whole) << "the next time, after " << allocations;
+    ASSERT_EQ(content(), whole) << "saved again, after " << allocations;
   }
 }
 
-TEST_F(LackOfMemory, AProtectedTicketIsUsedUpForAllItsItemsAlone) {
+TEST_F(LackOfMemory, AProtectedTicketIsConsumedOnlyWhenAllItsItemsExist) {
   playerx::setMoviesFolder((folder() / "Movies").wstring());
   VeskDrmTicketData record{"sealed", L"A film of some length", 42, L"Vesk", "2.0"};
   const std::wstring ticket = (folder() / "Ticket.tix").wstring();
@@ -100,12 +100,12 @@ TEST_F(LackOfMemory, AProtectedTicketIsUsedUpForAllItsItemsAlone) {
       try {
         items = TicketParser::processEncryptedTicket(std::move(records), ticket);
       } catch (const std::bad_alloc&) {
-        // The copy of the path, which is the caller's.
+        // Copying the path, which the caller does.
       }
     });
     ASSERT_TRUE(items.size() == 2 || exists("Ticket.tix")) << allocations;
     ASSERT_TRUE(items.size() == 2 || (hasFailed && items.empty())) << allocations;
-    taken(items);
+    takeFields(items);
   }
   EXPECT_FALSE(exists("Ticket.tix"));
   playerx::setMoviesFolder(L"");

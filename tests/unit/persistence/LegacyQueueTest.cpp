@@ -1,4 +1,4 @@
-// What the readers make of an earlier release's file.
+// Reading an earlier release's file.
 #include <climits>
 
 #include "tests/support/LegacyQueueFile.h"
@@ -22,10 +22,10 @@ class LegacyQueue : public QueueFileFixture {
     EXPECT_THAT(items, SizeIs(1));
     return items.empty() ? Fields() : items.front();
   }
-  /// What the reader of this format alone makes of the file.
+  /// The items that the reader of this format alone finds in the file.
   std::vector<Fields> readByItsReader() const {
     const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
-    return taken(DownloadManagerPersistence::readOldQueue(path()));
+    return takeFields(DownloadManagerPersistence::readOldQueue(path()));
   }
 };
 
@@ -68,7 +68,7 @@ TEST_F(LegacyQueue, BeginsWithTheHeaderByWhichItIsKnown) {
             "version=\"1\" >");
 }
 
-TEST_F(LegacyQueue, EveryFieldIsTakenOver) {
+TEST_F(LegacyQueue, EveryFieldIsImported) {
   EXPECT_THAT(readOfLegacy(everyAttribute()), ElementsAre(everyField()));
 }
 
@@ -86,7 +86,7 @@ TEST_F(LegacyQueue, AbsentAttributesLeaveTheDefaultsAndZeroPercent) {
   EXPECT_THAT(readOfLegacy(LegacyQueueFile().item()), ElementsAre(Fields()));
 }
 
-/// An attribute of `everyAttribute` and what an item without it is like.
+/// An attribute of `everyAttribute`, and what its absence changes.
 struct Absence {
   const char* name;
   void (*apply)(Fields& fields);
@@ -120,13 +120,13 @@ TEST_F(LegacyQueue, EachAttributeMayBeAbsentAlone) {
   }
 }
 
-TEST_F(LegacyQueue, EveryStatusIsTakenAsItIs) {
+TEST_F(LegacyQueue, EveryStatusIsReadAsStored) {
   for (const std::int32_t status : {0, 1, 2, 3, 4, 5, 6, 7, 99, -1, INT_MIN}) {
     EXPECT_EQ(itemWith("status", std::to_string(status)).status, status);
   }
 }
 
-TEST_F(LegacyQueue, OddNumbersAreKeptAsThePlatformReadsThem) {
+TEST_F(LegacyQueue, UnusualNumbersAreReadAsThePlatformConvertsThem) {
   EXPECT_EQ(itemWith("contentEncryptionUsageID", "18446744073709551615").contentEncryptionUsageId,
             -1);
   EXPECT_EQ(itemWith("timeRemaining", "-1").timeRemaining, UINT_MAX);
@@ -156,7 +156,7 @@ TEST_F(LegacyQueue, ARootWithoutAVersionGivesNoItems) {
   EXPECT_THAT(readByItsReader(), IsEmpty());
 }
 
-TEST_F(LegacyQueue, OfTheRootsNameOnlyTheLocalPartCounts) {
+TEST_F(LegacyQueue, OnlyTheLocalPartOfTheRootsNameCounts) {
   put("<DownloadManagerDataContainer version=\" 1.5\"><DownloadManagerVideoElement/>"
       "</DownloadManagerDataContainer>");
   EXPECT_THAT(readByItsReader(), SizeIs(1));
@@ -227,7 +227,7 @@ TEST_F(LegacyQueue, ATextOfMalformedBase64StillGivesAnItem) {
   EXPECT_EQ(itemWith("title", "++++++++"), titled(std::wstring(1, L'\0')));
 }
 
-TEST_F(LegacyQueue, WhatItGivesCanBeWrittenWhateverTheTexts) {
+TEST_F(LegacyQueue, ImportedItemsCanBeSavedWhateverTheirTexts) {
   LegacyQueueFile legacy;
   legacy.item().attribute("title", "________").item().text("title", L"two");
   const auto items = DownloadManagerPersistence::readDownloadQueue([&] {
@@ -235,7 +235,7 @@ TEST_F(LegacyQueue, WhatItGivesCanBeWrittenWhateverTheTexts) {
     return path();
   }());
   DownloadManagerPersistence::writeDownloadQueue(path(), items);
-  taken(items);
+  takeFields(items);
   EXPECT_THAT(read(), ElementsAre(titled(L"\uFFFD"), titled(L"two")));
 }
 
@@ -249,13 +249,13 @@ TEST(EncodedString, HoldsTheCharactersInLittleEndianOrder) {
   EXPECT_EQ(decoded(support::legacyText(L"\u20AC\U0001F600")), L"\u20AC\U0001F600");
 }
 
-TEST(EncodedString, LosesALastPartialCharacter) {
+TEST(EncodedString, DropsAnIncompleteLastCharacter) {
   EXPECT_EQ(decoded("YQAAAGIA"), L"a");
   EXPECT_EQ(decoded("YQAAAGI="), L"a");
   EXPECT_EQ(decoded("YQAA"), L"");
 }
 
-TEST(EncodedString, IsEmptyForWhatIsNoBase64) {
+TEST(EncodedString, IsEmptyForMalformedBase64) {
   EXPECT_EQ(decoded(""), L"");
   EXPECT_EQ(decoded("YQAAAA="), L"");
 }

@@ -7,8 +7,8 @@
 
 namespace persistence {
 
-/// The document of a queue as the XML library's own tree and serializer write it, by a second list
-/// of the attributes: what the module writes must be the same, byte for byte.
+/// The document of a queue as the XML library's own tree and serializer write it, from a
+/// second list of the attributes: the module must write the same, byte for byte.
 std::string libraryDocument(const std::vector<VeskPlayerX::DownloadItemInterface*>& items);
 
 }  // namespace persistence

@@ -4,7 +4,7 @@
 
 namespace persistence {
 
-/// Lets the process have no more of a resource for as long as it lives.
+/// Limits a resource of the process during its lifetime.
 class Limit {
  public:
   Limit(__rlimit_resource resource, rlim_t most) : resource_(resource) {

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// What a sync does first, on this thread; it returns an error number or 0.
+/// Called before each sync of this thread; returns an error number or 0.
 thread_local std::function<int()> onSync;
 
 int syncBy(long call, int file) {
@@ -40,7 +40,7 @@ class Migration : public QueueFileFixture {
     support::writeFile(this->legacy(), legacy.document());
   }
   std::vector<Fields> migrate() const {
-    return taken(DownloadManagerPersistence::migrateDownloadQueue(legacy().wstring(), path()));
+    return takeFields(DownloadManagerPersistence::migrateDownloadQueue(legacy().wstring(), path()));
   }
 };
 
@@ -71,7 +71,7 @@ TEST_F(Migration, KeepsTheEarlierFileWhenTheNewOneDoesNotReachTheDisk) {
   EXPECT_TRUE(std::filesystem::exists(legacy()));
 }
 
-TEST_F(Migration, OfNothingWaitsForNoDisk) {
+TEST_F(Migration, WithoutAnEarlierFileDoesNotWaitForTheDisk) {
   onSync = [] {
     ADD_FAILURE() << "synced";
     return 0;

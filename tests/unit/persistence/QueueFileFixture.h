@@ -28,17 +28,17 @@ class QueueFileFixture : public testing::Test {
   }
 
   std::vector<Fields> read() const {
-    return taken(DownloadManagerPersistence::readDownloadQueue(path()));
+    return takeFields(DownloadManagerPersistence::readDownloadQueue(path()));
   }
   std::vector<Fields> readOf(const std::string& content) const {
     put(content);
     return read();
   }
   std::vector<Fields> load() const {
-    return taken(DownloadManagerPersistence::loadDownloadQueue(path()));
+    return takeFields(DownloadManagerPersistence::loadDownloadQueue(path()));
   }
 
-  /// Writes the queue and answers with what the file then holds.
+  /// Saves the queue and returns the content of the file.
   std::string written(const std::vector<Fields>& queue) const {
     DownloadManagerPersistence::writeDownloadQueue(path(), Queue(queue).items());
     return content();
@@ -59,7 +59,7 @@ class QueueFileFixture : public testing::Test {
   support::TempDir folder_;
 };
 
-/// A document with this between its root's tags.
+/// A document with `inside` between the tags of its root.
 inline std::string queueHolding(const std::string& inside) {
   return kDeclaration + "<DownloadQueue>" + inside + "</DownloadQueue>\n";
 }

@@ -51,10 +51,10 @@ TEST_F(QueueFileRead, ItemsAreNewWithIdsOfTheirOwn) {
   const auto items = DownloadManagerPersistence::readDownloadQueue(path());
   ASSERT_THAT(items, SizeIs(2));
   EXPECT_EQ(items[1]->getId(), items[0]->getId() + 1);
-  taken(items);
+  takeFields(items);
 }
 
-TEST_F(QueueFileRead, TheTwoFlagsComeBackEachByItself) {
+TEST_F(QueueFileRead, TheTwoFlagsComeBackIndependently) {
   Fields encrypted;
   encrypted.encrypted = true;
   Fields torn;
@@ -62,7 +62,7 @@ TEST_F(QueueFileRead, TheTwoFlagsComeBackEachByItself) {
   EXPECT_THAT(writtenAndReadBack({encrypted, torn}), ElementsAre(encrypted, torn));
 }
 
-TEST_F(QueueFileRead, OddNumbersComeBack) {
+TEST_F(QueueFileRead, UnusualNumbersComeBack) {
   Fields item;
   item.contentEncryptionUsageId = -1;
   item.percentDownloaded = -1;
@@ -190,7 +190,7 @@ TEST_F(QueueFileRead, AttributesMayStandInAnyOrderAmongOthers) {
   EXPECT_EQ(itemWith("fileSize=\"5\" Title=\"no\" colour=\"red\" title=\"one\""), expected);
 }
 
-TEST_F(QueueFileRead, NumbersThatAreNoneAreKeptAsThePlatformReadsThem) {
+TEST_F(QueueFileRead, MalformedNumbersAreReadAsThePlatformConvertsThem) {
   const Fields item = itemWith(
       "contentEncryptionUsageID=\"x\" status=\"\" fileSize=\"12 films\" "
       "percentDownloaded=\"4294967297\" timeRemaining=\"18446744073709551615\" "
@@ -204,7 +204,7 @@ TEST_F(QueueFileRead, NumbersThatAreNoneAreKeptAsThePlatformReadsThem) {
   EXPECT_EQ(item, expected);
 }
 
-TEST_F(QueueFileRead, AUsageIdBelowZeroIsReadInEitherForm) {
+TEST_F(QueueFileRead, ANegativeUsageIdIsReadInEitherForm) {
   Fields expected;
   expected.contentEncryptionUsageId = -1;
   EXPECT_EQ(itemWith("contentEncryptionUsageID=\"-1\""), expected);
@@ -251,17 +251,17 @@ TEST_F(QueueFileRead, ThePlayersOwnHandlerOfXmlErrorsIsLeftInPlace) {
   xmlSetStructuredErrorFunc(nullptr, nullptr);
 }
 
-TEST_F(QueueFileRead, TheReaderOfThePresentFormatAloneAsksForNoLengthOrDeclaration) {
+TEST_F(QueueFileRead, TheReaderOfThisFormatChecksNeitherLengthNorDeclaration) {
   const kvpm::CritLock lock(DownloadManagerPersistence::persistenceLock);
-  EXPECT_THAT(taken(DownloadManagerPersistence::readNewQueue(path())), IsEmpty());
+  EXPECT_THAT(takeFields(DownloadManagerPersistence::readNewQueue(path())), IsEmpty());
   put("");
-  EXPECT_THAT(taken(DownloadManagerPersistence::readNewQueue(path())), IsEmpty());
+  EXPECT_THAT(takeFields(DownloadManagerPersistence::readNewQueue(path())), IsEmpty());
   put("<DownloadQueue><DownloadItem title=\"one\" status=\"7\"/></DownloadQueue>");
   Fields expected = titled(L"one");
   expected.status = 3;
-  EXPECT_THAT(taken(DownloadManagerPersistence::readNewQueue(path())), ElementsAre(expected));
+  EXPECT_THAT(takeFields(DownloadManagerPersistence::readNewQueue(path())), ElementsAre(expected));
   put("<Queue><DownloadItem title=\"one\"/></Queue>");
-  EXPECT_THAT(taken(DownloadManagerPersistence::readNewQueue(path())), IsEmpty());
+  EXPECT_THAT(takeFields(DownloadManagerPersistence::readNewQueue(path())), IsEmpty());
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ TEST_F(QueueFileWrite, ItemsStandInQueueOrderWithoutAnythingBetweenThem) {
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2);
 }
 
-TEST_F(QueueFileWrite, AUsageIdBelowZeroIsExtendedToSixtyFourBits) {
+TEST_F(QueueFileWrite, ANegativeUsageIdIsExtendedToSixtyFourBits) {
   Fields item;
   item.contentEncryptionUsageId = -1;
   EXPECT_THAT(written({item}), HasSubstr("contentEncryptionUsageID=\"18446744073709551615\""));
@@ -61,13 +61,13 @@ TEST_F(QueueFileWrite, AUsageIdBelowZeroIsExtendedToSixtyFourBits) {
   EXPECT_THAT(written({item}), HasSubstr("contentEncryptionUsageID=\"18446744071562067968\""));
 }
 
-TEST_F(QueueFileWrite, APercentageBelowZeroIsExtendedToSixtyFourBits) {
+TEST_F(QueueFileWrite, ANegativePercentageIsExtendedToSixtyFourBits) {
   Fields item;
   item.percentDownloaded = -1;
   EXPECT_THAT(written({item}), HasSubstr("percentDownloaded=\"18446744073709551615\""));
 }
 
-TEST_F(QueueFileWrite, ATimeRemainingFromTwoToTheThirtyFirstOnIsNegative) {
+TEST_F(QueueFileWrite, ATimeRemainingOfTwoToTheThirtyFirstOrMoreIsNegative) {
   Fields item;
   item.timeRemaining = 0x7FFFFFFF;
   EXPECT_THAT(written({item}), HasSubstr("timeRemaining=\"2147483647\""));
@@ -83,7 +83,7 @@ TEST_F(QueueFileWrite, TheLargestSizeIsPrintedUnsigned) {
   EXPECT_THAT(written({item}), HasSubstr("fileSize=\"18446744073709551615\""));
 }
 
-TEST_F(QueueFileWrite, AStatusOfSevenIsWrittenAsItIs) {
+TEST_F(QueueFileWrite, EveryStatusIsWrittenAsItIs) {
   Fields item;
   item.status = 7;
   EXPECT_THAT(written({item}), HasSubstr("status=\"7\""));
@@ -125,14 +125,14 @@ bool isVisible(const std::filesystem::directory_entry& entry) {
   return !entry.path().filename().native().starts_with('.');
 }
 
-TEST_F(QueueFileWrite, NothingElseStaysToBeSeenInTheFolder) {
+TEST_F(QueueFileWrite, NoOtherVisibleFileIsLeftInTheFolder) {
   written({everyFieldSet()});
   written({});
   const std::filesystem::directory_iterator entries(folder().path());
   EXPECT_EQ(std::count_if(begin(entries), end(entries), isVisible), 1);
 }
 
-TEST_F(QueueFileWrite, SuccessIsReportedAlsoWhenTheFileCannotBeOpened) {
+TEST_F(QueueFileWrite, SuccessIsReportedEvenWhenTheFileCannotBeOpened) {
   const auto nowhere = (folder() / "missing" / "downloadmanager.xml").wstring();
   EXPECT_TRUE(DownloadManagerPersistence::writeDownloadQueue(nowhere, {}));
   EXPECT_FALSE(exists("missing"));

@@ -19,7 +19,7 @@ TEST(QueueFormat, IsKnownByTheFirstEightySixBytes) {
   EXPECT_EQ(formatOf(padded("")), QueueFormat::kUnknown);
 }
 
-TEST(QueueFormat, OfTheDeclarationThirtySixBytesCount) {
+TEST(QueueFormat, ThirtySixBytesOfTheDeclarationCount) {
   EXPECT_EQ(kQueueDeclaration.size(), 36U);
   for (std::size_t at = 0; at < kQueueDeclaration.size(); ++at) {
     std::string head = padded(kQueueDeclaration);
@@ -28,7 +28,7 @@ TEST(QueueFormat, OfTheDeclarationThirtySixBytesCount) {
   }
 }
 
-TEST(QueueFormat, OfTheLegacyHeaderEveryByteCounts) {
+TEST(QueueFormat, EveryByteOfTheLegacyHeaderCounts) {
   for (std::size_t at = 0; at < kLegacyHeader.size(); ++at) {
     std::string head(kLegacyHeader);
     head[at] ^= 1;
@@ -36,7 +36,7 @@ TEST(QueueFormat, OfTheLegacyHeaderEveryByteCounts) {
   }
 }
 
-TEST(QueueFormat, AShorterFileHoldsNothingOrIsUnknown) {
+TEST(QueueFormat, AShorterFileIsEmptyOrUnknown) {
   EXPECT_EQ(formatOf(""), QueueFormat::kEmpty);
   EXPECT_EQ(formatOf(kEmptyQueueDocument), QueueFormat::kEmpty);
   EXPECT_EQ(formatOf(kEmptyQueueDocument.substr(0, 55)), QueueFormat::kUnknown);

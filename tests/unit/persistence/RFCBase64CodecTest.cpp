@@ -25,11 +25,11 @@ static_assert(sizeof(RFCBase64Codec) == sizeof(void*));
 
 std::string encoded(std::string bytes) { return RFCBase64Codec().encode(std::move(bytes)); }
 
-/// What `decode` answers, in a form that compares.
+/// The result of `decode` as a value that compares.
 struct Decoded {
   bool isArray = false;
   int length = -1;
-  std::string bytes;  ///< the whole array, zero bytes behind the length included
+  std::string bytes;  ///< the whole array, including the zero bytes after the length
 
   bool operator==(const Decoded&) const = default;
 };
@@ -106,7 +106,7 @@ TEST(RFCBase64Codec, EncodesOnlyAsManyBytesAsItIsTold) {
   EXPECT_EQ(RFCBase64Codec().encode(bytes.data(), 0), "");
 }
 
-TEST(RFCBase64Codec, EncodesNothingForALengthBelowZero) {
+TEST(RFCBase64Codec, EncodesNothingForANegativeLength) {
   std::string bytes = "foobar";
   EXPECT_EQ(RFCBase64Codec().encode(bytes.data(), -1), "");
   EXPECT_EQ(RFCBase64Codec().encode(bytes.data(), INT_MIN), "");
@@ -153,7 +153,7 @@ TEST(RFCBase64Codec, DecodesTheShortTextsOfTheStandard) {
   EXPECT_EQ(decoded("Zm9vYmFy"), bytesWithLength("foobar", 6));
 }
 
-TEST(RFCBase64Codec, RejectsATextThatIsEmptyOrNoMultipleOfFour) {
+TEST(RFCBase64Codec, RejectsATextThatIsEmptyOrNotAMultipleOfFour) {
   EXPECT_EQ(decoded(""), kRejected);
   EXPECT_EQ(decoded("Z"), kRejected);
   EXPECT_EQ(decoded("Zg"), kRejected);
@@ -174,7 +174,7 @@ TEST(RFCBase64Codec, DropsTheBitsThatAPaddedGroupHasTooMany) {
   EXPECT_EQ(decoded("Zm_="), bytesWithLength({'f', 'o', 0}, 2));
 }
 
-TEST(RFCBase64Codec, TakesPaddingAnywhereElseForAForeignCharacter) {
+TEST(RFCBase64Codec, TreatsPaddingAnywhereElseAsAForeignCharacter) {
   EXPECT_EQ(decoded("=g=="), bytesWithLength({0, 0, 0}, 1));
   EXPECT_EQ(decoded("Z==="), bytesWithLength({0, 0, 0}, 1));
   EXPECT_EQ(decoded("===="), bytesWithLength({0, 0, 0}, 1));
@@ -227,7 +227,7 @@ std::string blockOver(const std::string& before, const std::string& quad) {
   return out;
 }
 
-TEST(RFCBase64Codec, DecodesABlockToItsBytesWithAZeroByteBehindThem) {
+TEST(RFCBase64Codec, DecodesABlockToItsBytesAndAZeroByteAfterThem) {
   EXPECT_EQ(blockOver("...", "Zm9v"), "foo");
   EXPECT_EQ(blockOver("...", "Zm8="), std::string("fo\0", 3));
   EXPECT_EQ(blockOver("...", "Zg=="), std::string("f\0.", 3));

@@ -1,4 +1,4 @@
-// A file that cannot be read is kept beside the one that replaces it.
+// A file that is no queue is kept under another name.
 #include "tests/support/LegacyQueueFile.h"
 #include "tests/unit/persistence/QueueFileFixture.h"
 
@@ -104,7 +104,7 @@ TEST_F(SetAside, AnEarlierCopyIsNeverOverwritten) {
   EXPECT_EQ(support::readFile(folder() / kThird), "third");
 }
 
-TEST_F(SetAside, AFolderOfThatNameIsPassedOver) {
+TEST_F(SetAside, AFolderOfThatNameIsSkipped) {
   std::filesystem::create_directory(folder() / kFirst);
   put("something else");
   load();

@@ -1,4 +1,4 @@
-// What readClearTicket makes of a text, and what it finds wrong with it.
+// The films and the faults that readClearTicket finds in a text.
 #include <gmock/gmock.h>
 
 #include <chrono>
@@ -33,7 +33,7 @@ TEST(TicketGrammar, AFirstLineOfAnotherKeyIsNoHeader) {
   EXPECT_THAT(faultsOf(L"\nstart\nurl=a\nend"), ElementsAre(TicketFault{2, kNoHeader}));
 }
 
-TEST(TicketGrammar, AnotherVersionIsNamed) {
+TEST(TicketGrammar, AnotherVersionIsReported) {
   const ClearTicket ticket = readClearTicket(L"TixVeskVersion = 2.5 \nstart\nurl=a\nend");
   EXPECT_THAT(ticket.faults, ElementsAre(TicketFault{1, kOtherVersion}));
   EXPECT_THAT(ticket.films, IsEmpty());
@@ -46,7 +46,7 @@ TEST(TicketGrammar, AFaultOfABlockIsAtItsStart) {
                           TicketFault{6, kUnclosedAtStart}, TicketFault{7, kUnclosed}));
 }
 
-TEST(TicketGrammar, ATicketWithoutABlockNamesNoFilm) {
+TEST(TicketGrammar, ATicketWithoutABlockHasNoStart) {
   EXPECT_THAT(faultsOf(L"TixVeskVersion=1\nurl=a\n"), ElementsAre(TicketFault{0, kNoStart}));
 }
 

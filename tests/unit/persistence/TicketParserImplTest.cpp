@@ -20,7 +20,7 @@ TEST(TicketTokens, AreTheRunsBetweenDelimiters) {
   EXPECT_THAT(Impl::tokenize(L"a b\tc", L"\n\r"), ElementsAre(L"a b\tc"));
 }
 
-TEST(TicketTokens, OfDelimitersAloneAreNone) {
+TEST(TicketTokens, OfDelimitersAloneAreEmpty) {
   EXPECT_THAT(Impl::tokenize(L"", L"\n\r"), IsEmpty());
   EXPECT_THAT(Impl::tokenize(L"\n\r\r\n", L"\n\r"), IsEmpty());
 }
@@ -37,7 +37,7 @@ TEST(TicketTrimming, RemovesWholeRunsAtBothEnds) {
   EXPECT_EQ(Impl::stripBeginingAndEndWhiteSpace(L"a"), L"a");
 }
 
-TEST(TicketTrimming, LeavesNothingOfOneKindOfBlanks) {
+TEST(TicketTrimming, RemovesATextOfOneKindOfBlanks) {
   for (const wchar_t* blanks :
        {L"", L" ", L"    ", L"\t\t", L"\n", L"\r\r", L"\t\n\r ", L"\n  \n"}) {
     EXPECT_EQ(Impl::stripBeginingAndEndWhiteSpace(blanks), L"");
@@ -53,7 +53,7 @@ TEST(TicketTrimming, HasOnePassPerCharacterAsWanted) {
   EXPECT_EQ(Impl::stripBeginingAndEndWhiteSpace(L" \r\n\tx"), L"\r\n\tx");
 }
 
-TEST(TicketTrimming, KnowsNoOtherBlanks) {
+TEST(TicketTrimming, LeavesOtherKindsOfBlanks) {
   EXPECT_EQ(Impl::stripBeginingAndEndWhiteSpace(L"\v\f\u00A0x"), L"\v\f\u00A0x");
 }
 
@@ -87,7 +87,7 @@ TEST(TicketLine, StartAndEndHaveNoValue) {
   EXPECT_EQ(parsed(L"  end\t"), (Line{true, L"end", L""}));
 }
 
-TEST(TicketLine, AValueOfMixedBlanksIsEmptyYetParsed) {
+TEST(TicketLine, AValueOfMixedBlanksIsParsedAsEmpty) {
   EXPECT_EQ(parsed(L"key=\t "), (Line{true, L"key", L""}));
   EXPECT_EQ(parsed(L"key=\t \t "), (Line{true, L"key", L""}));
 }

@@ -70,19 +70,19 @@ TEST(URLEscape, KeepsAPercentWithoutAKnownCode) {
   EXPECT_EQ(URLEscape::unescape("%"), "%");
 }
 
-TEST(URLEscape, GoesOnBehindAPercentThatItKeeps) {
+TEST(URLEscape, ContinuesAfterAPercentThatItKeeps) {
   EXPECT_EQ(URLEscape::unescape("%%20"), "% ");
   EXPECT_EQ(URLEscape::unescape("%2%20x"), "%2 x");
   EXPECT_EQ(URLEscape::unescape("%%%"), "%%%");
 }
 
-TEST(URLEscape, NeverReadsWhatItHasWrittenAgain) {
+TEST(URLEscape, NeverDecodesItsOwnOutput) {
   EXPECT_EQ(URLEscape::unescape("%2%3220"), "%2%3220");
   EXPECT_EQ(URLEscape::unescape("%23%20"), "# ");
   EXPECT_EQ(URLEscape::unescape("%2320"), "#20");
 }
 
-TEST(URLEscape, HasNothingToDoForAnEmptyText) {
+TEST(URLEscape, LeavesAnEmptyTextEmpty) {
   EXPECT_EQ(URLEscape::escape(""), "");
   EXPECT_EQ(URLEscape::unescape(""), "");
 }

@@ -1,4 +1,4 @@
-// A file that cannot be read now is kept as it is until it can.
+// A file that cannot be read now is protected until it can be read.
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -19,7 +19,7 @@ class UnreadableFile : public QueueFileFixture {
     DownloadManagerPersistence::writeDownloadQueue(path(), Queue({titled(L"two")}).items());
   }
   std::vector<Fields> migrate() const {
-    return taken(DownloadManagerPersistence::migrateDownloadQueue(legacy(), path()));
+    return takeFields(DownloadManagerPersistence::migrateDownloadQueue(legacy(), path()));
   }
   void writeLegacy() const {
     support::LegacyQueueFile legacy;
@@ -48,7 +48,7 @@ TEST_F(UnreadableFile, IsNotReplaced) {
   EXPECT_EQ(written({titled(L"two")}), text);
 }
 
-TEST_F(UnreadableFile, IsNotReplacedAlsoAfterAnOrdinaryRead) {
+TEST_F(UnreadableFile, IsNotReplacedAfterAnOrdinaryReadEither) {
   const std::string text = written({titled(L"one")});
   EXPECT_THAT(withoutDescriptors([&] { return read(); }), IsEmpty());
   EXPECT_EQ(written({titled(L"two")}), text);
@@ -62,7 +62,7 @@ TEST_F(UnreadableFile, IsReplacedOnceItWasRead) {
   EXPECT_THAT(read(), ElementsAre(titled(L"two")));
 }
 
-TEST_F(UnreadableFile, IsWrittenAnewOnceItIsGone) {
+TEST_F(UnreadableFile, IsWrittenAgainOnceItIsGone) {
   written({titled(L"one")});
   withoutDescriptors([&] { return load(); });
   std::filesystem::remove(file());

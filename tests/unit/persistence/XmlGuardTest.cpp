@@ -45,7 +45,7 @@ TEST(XmlGuard, ElementsAddUp) {
   EXPECT_FALSE(isHarmlessXml(repeated(elementWith(10'000), 50)));
 }
 
-TEST(XmlGuard, TextBehindATagIsNotCounted) {
+TEST(XmlGuard, TextAfterATagIsNotCounted) {
   const std::string text = repeated(" a='b'", 100'000);
   EXPECT_TRUE(isHarmlessXml("<a>" + text + "</a>"));
   EXPECT_TRUE(isHarmlessXml("<a b = \">\" c='>'/>" + text + "<a/>"));
@@ -54,7 +54,7 @@ TEST(XmlGuard, TextBehindATagIsNotCounted) {
   EXPECT_FALSE(isHarmlessXml("<a b='>' c=\">\"" + text));
 }
 
-TEST(XmlGuard, WhatValuesHoldIsNotCounted) {
+TEST(XmlGuard, TheContentOfValuesIsNotCounted) {
   EXPECT_TRUE(isHarmlessXml("<a b=\"" + elementWith(100'000).substr(1) + "\"/>"));
   EXPECT_TRUE(isHarmlessXml("<a b=\"" + repeated("='", 100'000) + "\"/>"));
 }

@@ -1,4 +1,4 @@
-// Every allocation of the XML library fails once: what cannot be read is not lost.
+// Each allocation of the XML library fails once: a queue that cannot be read is not lost.
 #include <libxml/xmlmemory.h>
 
 #include <cstdlib>
@@ -9,12 +9,12 @@
 namespace persistence {
 namespace {
 
-/// Lets one allocation of the XML library fail, or that one and all that follow.
+/// Makes one allocation of the XML library fail, or that one and all later ones.
 class FailingXmlMemory {
  public:
-  FailingXmlMemory(long allocationsBefore, bool forGood) {
+  FailingXmlMemory(long allocationsBefore, bool forever) {
     left_ = allocationsBefore;
-    forGood_ = forGood;
+    forever_ = forever;
     hasFailed_ = false;
     xmlMemSetup(std::free, allocate, reallocate, duplicate);
   }
@@ -26,7 +26,7 @@ class FailingXmlMemory {
 
  private:
   static bool mustFail() {
-    if (hasFailed_) return forGood_;
+    if (hasFailed_) return forever_;
     hasFailed_ = left_-- == 0;
     return hasFailed_;
   }
@@ -37,7 +37,7 @@ class FailingXmlMemory {
   static char* duplicate(const char* text) { return mustFail() ? nullptr : strdup(text); }
 
   static inline long left_ = 0;
-  static inline bool forGood_ = false;
+  static inline bool forever_ = false;
   static inline bool hasFailed_ = false;
 };
 
@@ -48,7 +48,7 @@ class XmlMemory : public QueueFileFixture, public testing::WithParamInterface<bo
   }
 };
 
-TEST_P(XmlMemory, AQueueIsReadWholeOrLeftAlone) {
+TEST_P(XmlMemory, AQueueIsReadCompletelyOrLeftAlone) {
   const std::string whole = written(queue());
   bool hasFailed = true;
   for (long allocations = 0; hasFailed; ++allocations) {
@@ -58,7 +58,7 @@ TEST_P(XmlMemory, AQueueIsReadWholeOrLeftAlone) {
       loaded = load();
       hasFailed = FailingXmlMemory::hasFailed();
     }
-    // Some allocations the library can do without.
+    // The library can do without some allocations.
     const bool isWhole = loaded == queue();
     ASSERT_TRUE(isWhole || (hasFailed && loaded.empty())) << allocations;
     ASSERT_EQ(content(), whole) << allocations;
@@ -66,7 +66,7 @@ TEST_P(XmlMemory, AQueueIsReadWholeOrLeftAlone) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(OnceAndForGood, XmlMemory, testing::Bool());
+INSTANTIATE_TEST_SUITE_P(OnceOrFromThenOn, XmlMemory, testing::Bool());
 
 }  // namespace
 }  // namespace persistence

@@ -19,20 +19,20 @@ TEST(XmlText, ValidBytesStayAsTheyAre) {
   }
 }
 
-TEST(XmlText, EachByteOfWhatIsNoUtf8IsReplaced) {
+TEST(XmlText, EachByteOfMalformedUtf8IsReplaced) {
   struct {
     const char* bytes;
     int replacements;
   } const cases[] = {
       {"\x80", 1},              // a continuation alone
       {"\xC3", 1},              // a sequence cut short
-      {"\xC0\xAF", 2},          // longer than need be
+      {"\xC0\xAF", 2},          // overlong
       {"\xC1\xBF", 2},          //
       {"\xE0\x9F\xBF", 3},      //
       {"\xF0\x8F\xBF\xBF", 4},  //
       {"\xED\xA0\x80", 3},      // a surrogate
       {"\xED\xBF\xBF", 3},      //
-      {"\xEF\xBF\xBE", 3},      // no characters of XML
+      {"\xEF\xBF\xBE", 3},      // not XML characters
       {"\xEF\xBF\xBF", 3},      //
       {"\xF4\x90\x80\x80", 4},  // beyond Unicode
       {"\xF5\x80\x80\x80", 4},  //
@@ -46,7 +46,7 @@ TEST(XmlText, EachByteOfWhatIsNoUtf8IsReplaced) {
   }
 }
 
-TEST(XmlText, ACharacterBehindABrokenSequenceIsKept) {
+TEST(XmlText, ACharacterAfterABrokenSequenceIsKept) {
   EXPECT_EQ(carried("\xE2\x82\xC3\xA4"), kReplacement + kReplacement + "\xC3\xA4");
 }
 
@@ -71,7 +71,7 @@ TEST(XmlText, AnAmpersandCountsAsFiveBytes) {
   EXPECT_EQ(carriedByXml(std::wstring(L"a&&&"), 10), L"a&");
 }
 
-TEST(XmlText, TheLongestValueShrinksOnlyForFloods) {
+TEST(XmlText, TheLongestValueShrinksOnlyForEnormousQueues) {
   EXPECT_EQ(longestValueFor({}), kLongestXmlValue);
   EXPECT_EQ(longestValueFor(std::vector<std::size_t>(10'000, 1'000)), kLongestXmlValue);
   EXPECT_EQ(longestValueFor(std::vector<std::size_t>(25, 50'000'000)), kLongestXmlValue);
