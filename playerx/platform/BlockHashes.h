@@ -8,9 +8,8 @@
 
 namespace playerx {
 
-/// The hashes of a content's blocks, and from them one hash of the whole. Two contents of the same
-/// blocks are the same: the seed differs from process to process, so that nobody can prepare blocks
-/// that collide.
+/// The hashes of the blocks of some content, and one hash of the whole from them. Equal hashes mean
+/// equal blocks: the seed differs in each process, so colliding blocks cannot be prepared.
 class BlockHashes {
  public:
   static constexpr std::size_t kBlock = 4096;
@@ -23,7 +22,7 @@ class BlockHashes {
   static std::uint64_t processSeed();
   std::uint64_t seed() const { return seed_; }
 
-  /// Appends bytes of any number.
+  /// Appends any number of bytes.
   void add(const char* bytes, std::size_t length);
 
   /// Bytes in the block that is not full yet; 0 at the beginning of a block.

@@ -4,9 +4,9 @@
 
 namespace playerx {
 
-/// Names the machine's present run: another text after every start of the system. Empty when the
-/// system does not tell. The environment variable VESK_BOOT_ID, when set, answers instead: a test
-/// of power cuts runs all its images under one start of the machine. From any thread.
+/// Identifies the present boot of the machine: a different text after each one. Empty when the
+/// system has none. The environment variable VESK_BOOT_ID, when set, replaces it: a test of power
+/// cuts runs all its disk images under one boot. May be called from any thread.
 const std::string& bootId();
 
 }  // namespace playerx

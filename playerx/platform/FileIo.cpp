@@ -30,7 +30,7 @@ IoResult moveFully(std::size_t length, Step step) {
 
 std::int64_t signedSize(std::size_t size) { return static_cast<std::int64_t>(size); }
 
-// A file that takes no more bytes without saying why is on a full disk.
+// A write that stops short without an error means a full disk.
 IoResult orNoSpace(std::size_t length, IoResult result) {
   if (result.error == 0 && result.bytes < length) result.error = ENOSPC;
   return result;

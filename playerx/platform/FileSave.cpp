@@ -24,7 +24,7 @@ FileSave::FileSave(std::shared_ptr<FileVersions> versions, std::shared_ptr<FileV
 FileSave::~FileSave() = default;
 
 IoResult FileSave::write(const char* bytes, std::size_t length) {
-  std::size_t begin = 0;  // of what differs and is not written yet
+  std::size_t begin = 0;  // of the bytes that differ and are not written yet
   IoResult result;
   for (std::size_t end = 0; end < length && result.error == 0;) {
     const std::size_t piece = std::min(length - end, BlockHashes::kBlock - blocks_.filled());

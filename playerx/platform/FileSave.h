@@ -12,7 +12,7 @@ namespace playerx {
 class FileVersions;
 struct FileVersion;
 
-/// New content for a file on its way. Dropped without `finish`, it leaves the old content.
+/// Writes new content for a file. Destroyed without `finish`, it leaves the old content.
 ///
 /// Used by one thread at a time. Error numbers are `errno` values.
 class FileSave {
@@ -22,10 +22,10 @@ class FileSave {
 
   ~FileSave();
 
-  /// Appends bytes; blocks that the file below already holds at the same place cost no write.
+  /// Appends bytes; a block that the spare file already holds at the same place is not written.
   IoResult write(const char* bytes, std::size_t length);
 
-  /// Brings what was written to the disk, and has `finish` do so with the name.
+  /// Syncs the content written so far, and makes `finish` sync the name.
   int sync();
 
   /// Puts the content under the file's name. Returns 0 or an error number.

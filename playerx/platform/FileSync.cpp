@@ -17,13 +17,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// With the content of files and folders on their way, a power cut takes back one second at most.
-constexpr auto kGathering = std::chrono::milliseconds(500);
+// Together with the time that a sync takes, a power cut undoes the last second at most.
+constexpr auto kSyncDelay = std::chrono::milliseconds(500);
 
-// Each costs a few descriptors; with more files the ones that are on the disk give theirs back.
+// Each costs a few descriptors; beyond this number, files that are on the disk release theirs.
 constexpr std::size_t kMostFiles = 16;
 
-/// The files of one process. A child that was forked has its own: it must not write to the spares
+/// The files of one process. A forked child has its own, because it must not overwrite the spares
 /// of its parent.
 class SavedFiles {
  public:
@@ -80,13 +80,13 @@ void syncToDisk(const SyncBatcher::Files& files) {
 
 SyncBatcher& batcher() {
   static SyncBatcher& instance = []() -> SyncBatcher& {
-    auto* made = new SyncBatcher(syncToDisk, kGathering);
+    auto* created = new SyncBatcher(syncToDisk, kSyncDelay);
     std::atexit([] {
       isEnding = true;
       batcher().finish();
       savedFiles().release();
     });
-    return *made;
+    return *created;
   }();
   return instance;
 }

@@ -7,30 +7,30 @@ namespace playerx {
 
 class FileVersions;
 
-/// The files that this process replaces, and their way to the disk off the threads that replace
-/// them.
+/// The files that this process replaces. They are synced on another thread than the ones that
+/// replace them.
 ///
 /// All operations may be called from any thread. An orderly end of the process syncs what is left
-/// and removes the hidden files. A file that cannot be synced stays as it is: its content is whole
-/// in any case, only a power cut could take it back.
+/// and removes the hidden files. A file that cannot be synced stays as it is: its content is
+/// complete, and only a power cut could undo it.
 
 /// The versions of one file; the same object for the same path as long as it is in use.
 std::shared_ptr<FileVersions> versionsOf(const std::filesystem::path& file);
 
-/// Removes the hidden versions of a file that has been deleted or moved away, those of dead
-/// processes too.
+/// Removes the hidden versions of a file that has been deleted or moved away, including those of
+/// dead processes.
 void forgetVersions(const std::filesystem::path& file);
 
-/// Has a file that was replaced synced within a second, together with everything else that comes in
-/// meanwhile; never waits for the disk. After the end of `main` it syncs before it returns.
+/// Requests the sync of a replaced file within a second, in one batch with other requests. Does not
+/// wait for the disk, except after the end of `main`: then it syncs before it returns.
 void syncSoon(const std::filesystem::path& file);
 
-/// Has a file that is written once and stays as it is, such as a film, and its name on the disk
-/// within a second; never waits for the disk. It is there before a version of another file that is
-/// saved from now on: what is saved may say that it is.
+/// Requests the sync of a file that is written once, such as a film, and of its name, within a
+/// second. Does not wait for the disk. Any version of another file that is saved from now on
+/// reaches the disk later, so it may mention the file.
 void syncFinishedSoon(const std::filesystem::path& file);
 
-/// Returns when everything handed to the two before is synced.
+/// Waits until all earlier requests of the two functions above are done.
 void flushFileSyncs();
 
 }  // namespace playerx

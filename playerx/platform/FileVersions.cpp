@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// One to write over while the other is being synced.
+// One to overwrite while the other is being synced.
 constexpr std::size_t kMostSpares = 2;
 
 constexpr mode_t kOwnerOnly = 0600;
@@ -28,7 +28,7 @@ std::optional<struct stat> stateOf(int file) {
   return status;
 }
 
-// Whether this is the file of a version, with the content that this process wrote.
+// Whether this is the file of a version and holds the content that this process wrote.
 bool isVersion(const FileVersion& version, const struct stat& now) {
   return now.st_ino == version.inode && now.st_dev == version.device &&
          now.st_size == version.size && modificationTime(now) == version.modified;
@@ -38,15 +38,15 @@ void setMode(int file, const struct stat& status, mode_t mode) {
   if ((status.st_mode & 07777U) != mode && ::fchmod(file, mode) != 0) errno = 0;
 }
 
-// The write lease is granted only when nobody else has the file open. It is kept while the file is
-// written: an `open` that looked the name up before the file was hidden waits for its end. The
-// signal to the holder is one that is ignored; the usual one would end the process.
-// It is to be chosen anew each time.
-bool shutOutReaders(int file) {
+// The write lease is granted only when no other descriptor of the file is open. It is kept while
+// the file is written: an `open` that looked the name up before the file was hidden waits until it
+// ends. The signal to the lease holder must be one that is ignored, since the default one would end
+// the process; it has to be set for every lease.
+bool takeWriteLease(int file) {
   return ::fcntl(file, F_SETSIG, SIGURG) == 0 && ::fcntl(file, F_SETLEASE, F_WRLCK) == 0;
 }
 
-void letReadersIn(int file) {
+void releaseWriteLease(int file) {
   if (::fcntl(file, F_SETLEASE, F_UNLCK) != 0) errno = 0;
 }
 
@@ -85,7 +85,7 @@ FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
     if ((*place)->isKept || (*place)->hasFailed || !(*place)->isReusable) continue;
     const auto status = stateOf(file);
     (*place)->isReusable = status && mayBeWrittenOver(**place, *status, old);
-    if (!(*place)->isReusable || !shutOutReaders(file)) continue;
+    if (!(*place)->isReusable || !takeWriteLease(file)) continue;
     setMode(file, *status, old.st_mode & 07777U);
     const Version spare = *place;
     hidden_.erase(place);
@@ -95,7 +95,7 @@ FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
 }
 
 int FileVersions::publish(const Version& version) {
-  letReadersIn(version->file.descriptor());
+  releaseWriteLease(version->file.descriptor());
   struct stat old {};
   const bool isThere = ::lstat(target_.c_str(), &old) == 0;
   const GuardLock lock(mutex_);
@@ -110,7 +110,7 @@ int FileVersions::publish(const Version& version) {
   return 0;
 }
 
-// What lies beside a file that is gone was deleted with it; a power cut must not bring it back.
+// A deleted file takes its hidden versions with it: a power cut must not bring one of them back.
 void FileVersions::removeDeleted() {
   hidden_.clear();
   present_.reset();
@@ -143,7 +143,7 @@ void FileVersions::hidePresent(const fs::path& name) {
   hidden_.push_back(std::move(old));
 }
 
-// Versions of dead processes keep their place in the order, but for those that never got the name.
+// Versions of dead processes keep their place in the order, except those that were never published.
 void FileVersions::learnSequence() {
   const Descriptor present = openPlainFile(target_);
   const auto record = present ? readRecord(present.get()) : std::nullopt;
@@ -165,8 +165,8 @@ void FileVersions::learnSequence() {
 bool FileVersions::record(FileVersion& version) {
   const auto status = stateOf(version.file.descriptor());
   if (!status) return false;
-  const std::uint64_t doubts = (areFinishedFilesOnDisk() ? 0 : VersionRecord::kReliesOnOthers) |
-                               (isNew_ ? VersionRecord::kIsNew : 0);
+  const std::uint64_t flags = (areFinishedFilesOnDisk() ? 0 : VersionRecord::kReliesOnOthers) |
+                              (isNew_ ? VersionRecord::kIsNew : 0);
   version.sequence = ++*sequence_;
   version.inode = status->st_ino;
   version.device = status->st_dev;
@@ -174,10 +174,10 @@ bool FileVersions::record(FileVersion& version) {
   version.modified = modificationTime(*status);
   return writeRecord(version.file.descriptor(),
                      {version.sequence, version.modified, presentBoot(), version.blocks.seed(),
-                      version.blocks.whole(), doubts});
+                      version.blocks.whole(), flags});
 }
 
-// A file that somebody else has put there gets its place in the order before it is hidden.
+// A file of another program gets its place in the order before it is hidden.
 void FileVersions::recordForeign() {
   const Descriptor file = openPlainFile(target_);
   const auto status = stateOf(file.get());
@@ -198,10 +198,10 @@ int FileVersions::sync() {
     version = present_;
     version->isKept = true;
   }
-  // Not before: the version that was saved last may speak of a file that was finished since. Noted
-  // before the sync, so that the record of a version on the disk says so.
+  // Only now, because the version saved last may mention a file that was finished after the one
+  // before. The record is changed before the sync, so that it reaches the disk with the content.
   syncFinishedFiles();
-  changeRecord(*version, [](VersionRecord& record) { record.doubts = 0; });
+  changeRecord(*version, [](VersionRecord& record) { record.flags = 0; });
   int error = ::fsync(version->file.descriptor()) == 0 ? 0 : errno;
   if (error == 0) error = syncFolderOf(target_);
   {
@@ -212,7 +212,7 @@ int FileVersions::sync() {
   return error;
 }
 
-// A failed sync is reported once only, so one that succeeds later on says nothing.
+// The system reports a failed sync only once, so a later success proves nothing.
 int FileVersions::noteSync(FileVersion& version, int error) {
   if (version.hasFailed) error = EIO;
   version.isKept = error == 0;

@@ -23,20 +23,20 @@ struct FileVersion {
   std::int64_t size = 0;       ///< bytes
   std::int64_t modified = 0;   ///< when this process wrote the content, in nanoseconds
   std::uint64_t sequence = 0;  ///< a later version has a higher one
-  bool isKept = false;         ///< the newest version on the disk, or about to be it
-  bool isReusable = false;     ///< written by this process, and by nobody else since
+  bool isKept = false;         ///< the newest version on the disk, or about to become it
+  bool isReusable = false;     ///< last written by this process
   bool hasFailed = false;      ///< could not be synced
 };
 
 /// The versions of one file: the present one under the file's name, and hidden ones beside it.
 ///
-/// A new version is written over a spare one, of which only what differs is written, and exchanges
-/// names with the present one; so a reader finds one whole version at any instant, also after the
-/// writer was killed. After a power cut the present one may be torn. So the last version that is
-/// wholly on the disk is kept, under whichever name it has then, until `sync` has brought a newer
-/// one there; records say which are whole (`openWhole` looks them up).
+/// A new version overwrites a spare one, block by block where they differ, and exchanges names with
+/// the present one, so a reader finds a complete version at any instant, even after the writer was
+/// killed. After a power cut the present one may be torn. Therefore the last version that is fully
+/// on the disk is kept, under whatever name it has then, until `sync` has brought a newer one
+/// there; records say which are complete (`openWhole` reads them).
 ///
-/// A file that another program holds open, or that has a second name, is never written over. Where
+/// A file that another program has open, or that has a second name, is never overwritten. Where
 /// the file system cannot exchange names or keep a record, and for a file of another owner, a new
 /// version replaces the present one by a plain rename.
 ///
@@ -48,21 +48,21 @@ class FileVersions {
 
   const std::filesystem::path& target() const { return target_; }
 
-  /// A spare to write over, or a new file; null, and the error number, when nothing may be written.
+  /// A spare to overwrite, or a new file; null, and the error number, when nothing may be written.
   std::shared_ptr<FileVersion> begin(int& error);
 
   /// Makes a written version the present one; its content is described by `blocks` and `size`.
   /// Returns 0 or an error number; then the present one stays.
   int publish(const std::shared_ptr<FileVersion>& version);
 
-  /// Brings the present version to the disk, after the finished files (`FinishedFiles.h`) that it
-  /// may speak of, and returns when it is there. Returns 0 or an error number.
+  /// Syncs the present version before it returns, after the finished files (`FinishedFiles.h`) that
+  /// it may mention. Returns 0 or an error number.
   int sync();
 
-  /// Removes the hidden versions unless one of them may be needed still; then it returns false.
+  /// Removes the hidden versions; returns false, and keeps them, when one may still be needed.
   bool release();
 
-  /// Removes the hidden versions: the file itself has gone.
+  /// Removes the hidden versions; called when the file itself has been deleted or moved away.
   void forget();
 
  private:

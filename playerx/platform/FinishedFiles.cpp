@@ -17,13 +17,13 @@ using Paths = std::set<fs::path>;
 
 /// The finished files of the process that are not known to be on the disk.
 struct Unsynced {
-  GuardMutex syncing;  ///< taken before `mutex`; held until what was taken is on the disk
+  GuardMutex syncing;  ///< locked before `mutex`, for the whole of a sync
   GuardMutex mutex;
   Paths files KVPM_GUARDED_BY(mutex);
-  bool isSyncing KVPM_GUARDED_BY(mutex) = false;  ///< others were taken and are on their way
+  bool isSyncing KVPM_GUARDED_BY(mutex) = false;  ///< files removed from `files` are being synced
 };
 
-// Never destroyed: files are synced until the very end of the process.
+// Never destroyed: files are synced until the process ends.
 Unsynced& unsynced() {
   static Unsynced& instance = *new Unsynced;
   return instance;
@@ -33,7 +33,7 @@ Descriptor openPath(const fs::path& path, int flags = 0) {
   return Descriptor(::open(path.c_str(), flags | O_RDONLY | O_CLOEXEC | O_NONBLOCK));
 }
 
-// Once all are on their way, one flush of the disk serves nearly all of them.
+// The first `fsync` then flushes the disk for nearly all of them.
 void startWriting(const Paths& files) {
   for (const fs::path& file : files) {
     const Descriptor opened = openPath(file);

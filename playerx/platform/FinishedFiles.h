@@ -4,17 +4,17 @@
 
 namespace playerx {
 
-/// The files of this process that were written once, stay as they are from then on, and are not
-/// known to be on the disk. `syncFinishedSoon` (`FileSync.h`) is the way to hand one over.
+/// The files of this process that were written once, do not change any more, and are not known to
+/// be on the disk. Callers add one with `syncFinishedSoon` (`FileSync.h`).
 ///
 /// All operations may be called from any thread. A file that cannot be synced stays as it is.
 
 void addFinishedFile(const std::filesystem::path& absolute);
 
-/// Whether all that were added are on the disk.
+/// Whether all added files are on the disk.
 bool areFinishedFilesOnDisk();
 
-/// Returns when all that were added before, and their names, are on the disk.
+/// Waits until all files added before, and their names, are on the disk.
 void syncFinishedFiles();
 
 }  // namespace playerx

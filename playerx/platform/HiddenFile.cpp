@@ -24,7 +24,7 @@ fs::path folderOf(const fs::path& target) {
   return folder.empty() ? fs::path(".") : folder;
 }
 
-// Leaves room below the system's 255 bytes of a name, and never ends within a character.
+// Short enough for a name of at most 255 bytes; never ends within a character.
 std::string prefixOf(const fs::path& target) {
   constexpr std::size_t kMostBytes = 200;
   std::string name = target.filename().native();
@@ -66,15 +66,15 @@ bool lockAgainstRemoval(int file) {
   return ::fstat(file, &status) == 0 && status.st_nlink > 0;
 }
 
-// Changing the owner clears marks that permissions carry, so it comes first. A user who may not
-// give the file away keeps it; if the group cannot be kept either, it gets what everybody gets.
+// Changing the owner clears the set-id bits, so it comes first. A user who may not change the owner
+// stays it; if the group cannot be copied either, it gets the permissions of others.
 void copyPermissions(const struct stat& from, int file) {
   constexpr auto kSameOwner = static_cast<uid_t>(-1);
-  const bool groupKept =
+  const bool isGroupCopied =
       ::fchown(file, from.st_uid, from.st_gid) == 0 || ::fchown(file, kSameOwner, from.st_gid) == 0;
   const mode_t mode = from.st_mode & 07777U;
-  const mode_t everybody = mode & 07U;
-  if (::fchmod(file, groupKept ? mode : ((mode & ~070U) | (everybody << 3U))) != 0) errno = 0;
+  const mode_t others = mode & 07U;
+  if (::fchmod(file, isGroupCopied ? mode : ((mode & ~070U) | (others << 3U))) != 0) errno = 0;
 }
 
 // Some file systems report a failed write only when a descriptor is closed.
@@ -114,22 +114,22 @@ HiddenFile::~HiddenFile() {
 
 int HiddenFile::replace(const fs::path& target) {
   if (const int error = reportLateErrors(file_.get()); error != 0) return error;
-  return gotName(::rename(name_.c_str(), target.c_str()) == 0 ? 0 : errno);
+  return onRenamed(::rename(name_.c_str(), target.c_str()) == 0 ? 0 : errno);
 }
 
 int HiddenFile::claim(const fs::path& target) {
   if (const int error = reportLateErrors(file_.get()); error != 0) return error;
-  return gotName(renameWithoutOverwriting(name_, target));
+  return onRenamed(renameWithoutOverwriting(name_, target));
 }
 
 int HiddenFile::exchange(const fs::path& target) {
   if (const int error = reportLateErrors(file_.get()); error != 0) return error;
   const int result =
       ::renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target.c_str(), RENAME_EXCHANGE);
-  return gotName(result == 0 ? 0 : errno);
+  return onRenamed(result == 0 ? 0 : errno);
 }
 
-int HiddenFile::gotName(int error) {
+int HiddenFile::onRenamed(int error) {
   if (error == 0) name_.clear();
   return error;
 }

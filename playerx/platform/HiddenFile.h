@@ -13,8 +13,8 @@ namespace playerx {
 
 /// A file beside another, its target, under a hidden name derived from the target's.
 ///
-/// Its owner is alive as long as the file is locked, and takes it away when destroyed; a process
-/// that dies leaves it behind, unlocked, for `removeLeftovers`. Used by one thread at a time. Error
+/// The file is locked as long as its owner lives, and deleted with the owner; a process that dies
+/// leaves it behind, unlocked, for `removeLeftovers`. Used by one thread at a time. Error
 /// numbers are `errno` values.
 class HiddenFile {
  public:
@@ -26,7 +26,7 @@ class HiddenFile {
   static HiddenFile create(const std::filesystem::path& target,
                            const std::optional<struct stat>& old, int& error);
 
-  /// A file that exists; locked if nobody else has locked it. `file` may be empty.
+  /// An existing file; locks it if it is not locked yet. `file` may be empty.
   HiddenFile(Descriptor file, std::filesystem::path name);
 
   HiddenFile(HiddenFile&& other) noexcept
@@ -46,12 +46,12 @@ class HiddenFile {
   void setName(std::filesystem::path name) { name_ = std::move(name); }
 
   /// Gives the file the target's name. Each returns 0 or an error number; then nothing has changed.
-  int replace(const std::filesystem::path& target);   ///< whatever had the name is gone
+  int replace(const std::filesystem::path& target);   ///< deletes what had the name
   int claim(const std::filesystem::path& target);     ///< EEXIST when something has the name
-  int exchange(const std::filesystem::path& target);  ///< what had the name gets the hidden one
+  int exchange(const std::filesystem::path& target);  ///< gives what had the name the hidden one
 
  private:
-  int gotName(int error);
+  int onRenamed(int error);
 
   Descriptor file_;
   std::filesystem::path name_;
@@ -68,11 +68,11 @@ void forEachHiddenFile(const std::filesystem::path& target,
 /// Opens a file for reading unless it is a link; empty when it cannot be opened.
 Descriptor openPlainFile(const std::filesystem::path& name);
 
-/// Whether the process that made the file has ended. On a file system without locks that cannot be
-/// told, and the answer is no.
+/// Whether the process that created the file has ended; false on a file system without locks, where
+/// this is unknown.
 bool isLeftBehind(int file);
 
-/// Deletes what dead processes have left beside `target`.
+/// Deletes the hidden files that dead processes have left beside `target`.
 void removeLeftovers(const std::filesystem::path& target);
 
 }  // namespace playerx

@@ -21,7 +21,7 @@ constexpr wchar_t kSchemeEnd[] = L"://";
 
 bool isAddress(const std::wstring& text) { return text.find(kSchemeEnd) != std::wstring::npos; }
 
-// What of an address names a file: neither the server before it nor the query behind it.
+// The part of an address that names a file: without the server before it and the query after it.
 std::wstring pathOfAddress(const std::wstring& address) {
   const std::wstring text = address.substr(0, address.find_first_of(L"?#"));
   const std::size_t scheme = text.find(kSchemeEnd);

@@ -5,9 +5,9 @@
 
 namespace playerx {
 
-/// Starts a thread that takes none of the process's signals: the host's handlers do not run on it,
-/// and a write to a closed connection or past a file size limit is an error number and no more.
-/// Threads that it starts are the same.
+/// Starts a thread that blocks all signals: the host's handlers do not run on it, and a write to a
+/// closed connection or past a file size limit only returns an error number. Threads that it starts
+/// inherit this.
 std::thread startQuietThread(std::function<void()> body);
 
 }  // namespace playerx

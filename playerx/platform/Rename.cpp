@@ -13,13 +13,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Whether the file system, rather than this file or name, stands in the way.
+// Whether the file system does not support the method, rather than this file or name.
 bool isUnsupported(int error) {
   return error == EINVAL || error == ENOSYS || error == EPERM || error == EOPNOTSUPP ||
          error == EMLINK;
 }
 
-// Takes the new name away again, so that a failure changes nothing.
+// Removes the new name again, so that a failure changes nothing.
 int undo(const fs::path& added) {
   const int error = errno;
   ::unlink(added.c_str());

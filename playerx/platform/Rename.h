@@ -9,9 +9,9 @@ namespace playerx {
 /// has changed. May be called from any thread.
 int renameWithoutOverwriting(const std::filesystem::path& from, const std::filesystem::path& to);
 
-/// The ways it takes, from the best to the one that works on every file system. Each keeps the
-/// promise above; a process that dies in the middle leaves, in this order, never anything odd, the
-/// file under both names, or an empty file as `to`.
+/// Its methods, from the best to the one that works on every file system, each with the guarantee
+/// above. If the process dies halfway, the first leaves nothing unusual, the second the file under
+/// both names, the third an empty file as `to`.
 int renameInOneStep(const std::filesystem::path& from, const std::filesystem::path& to);
 int renameBySecondName(const std::filesystem::path& from, const std::filesystem::path& to);
 int renameOntoPlaceholder(const std::filesystem::path& from, const std::filesystem::path& to);

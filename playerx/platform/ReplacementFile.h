@@ -7,10 +7,10 @@
 
 namespace playerx {
 
-/// New content for a name, written beside it under a hidden name until it is whole.
+/// New content for a file, written beside it under a hidden name until it is complete.
 ///
-/// Used by one thread at a time. Destroyed without `replace` or `claim`, it takes the new file
-/// away. Error numbers are `errno` values.
+/// Used by one thread at a time. Destroyed without `replace` or `claim`, it deletes the new file.
+/// Error numbers are `errno` values.
 class ReplacementFile {
  public:
   /// Creates the new file in the folder of `target`. A target that exists must be a regular file

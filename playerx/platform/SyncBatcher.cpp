@@ -9,15 +9,15 @@
 
 namespace playerx {
 
-SyncBatcher::SyncBatcher(Action action, std::chrono::milliseconds gathering)
-    : action_(std::move(action)), gathering_(gathering), process_(::getpid()) {}
+SyncBatcher::SyncBatcher(Action action, std::chrono::milliseconds delay)
+    : action_(std::move(action)), delay_(delay), process_(::getpid()) {}
 
 SyncBatcher::~SyncBatcher() { finish(); }
 
 void SyncBatcher::request(const std::filesystem::path& file) {
   const GuardLock lock(mutex_);
   const bool first = pending_.empty();
-  if (first) deadline_ = Condition::Clock::now() + gathering_;
+  if (first) deadline_ = Condition::Clock::now() + delay_;
   pending_.insert(file);
   ++requested_;
   if (finishing_) {
@@ -77,7 +77,7 @@ void SyncBatcher::syncPending() {
   mutex_.unlock();
   if (!files.empty()) action_(files);
   mutex_.lock();
-  if (--syncing_ > 0) return;  // what another thread took before may still be on its way
+  if (--syncing_ > 0) return;  // another thread may still be syncing earlier requests
   synced_ = taken_;
   progress_.notifyAll();
 }

@@ -14,17 +14,17 @@ namespace playerx {
 /// Collects files to be synced and syncs them in batches on a thread of its own. `FileSync.h` owns
 /// the instance of the process.
 ///
-/// The thread starts with the first request and takes no signals. All operations may be called from
-/// any thread; the lock is never held while files are synced. Does not throw: when no
-/// thread can be started, files wait for the next request, `flush` or `finish`.
+/// The thread starts with the first request and blocks all signals. All operations may be called
+/// from any thread; no lock is held while files are synced. Does not throw: when no thread can be
+/// started, files wait for the next request, `flush` or `finish`.
 class SyncBatcher {
  public:
   using Files = std::set<std::filesystem::path>;
   using Action = std::function<void(const Files&)>;
 
   /// `action` syncs the files it is given; it may be called on several threads at once. A file is
-  /// given to it at most `gathering` after its request, once the action before has returned.
-  SyncBatcher(Action action, std::chrono::milliseconds gathering);
+  /// given to it at most `delay` after its request, once the action before has returned.
+  SyncBatcher(Action action, std::chrono::milliseconds delay);
   SyncBatcher(const SyncBatcher&) = delete;
   SyncBatcher& operator=(const SyncBatcher&) = delete;
 
@@ -34,7 +34,7 @@ class SyncBatcher {
   /// Does not wait for a sync, unless `finish` was called: then the file is synced at once.
   void request(const std::filesystem::path& file);
 
-  /// Returns when everything requested before is synced, without gathering any longer.
+  /// Returns when everything requested before is synced, without the rest of the delay.
   void flush();
 
   /// Flushes and ends the thread. Does nothing in a forked child, which has no such thread.
@@ -46,7 +46,7 @@ class SyncBatcher {
   void syncPending() KVPM_REQUIRES(mutex_);
 
   const Action action_;
-  const std::chrono::milliseconds gathering_;
+  const std::chrono::milliseconds delay_;
   const int process_;
 
   GuardMutex mutex_;

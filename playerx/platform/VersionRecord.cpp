@@ -8,7 +8,7 @@
 namespace playerx {
 namespace {
 
-// Short enough for the room beside the inode, where it costs no block of its own.
+// Short enough to be stored in the inode, without a block of its own.
 constexpr char kAttribute[] = "user.vesk";
 
 static_assert(sizeof(VersionRecord) == 48, "a record of another size is taken for no record");
@@ -22,7 +22,7 @@ std::int64_t modificationTime(const struct stat& status) {
 
 std::uint64_t presentBoot() {
   static const std::uint64_t boot = [] {
-    // A run without a name is like no other, so that contents are checked rather than believed.
+    // Without an id no boot equals another, so contents are checked rather than trusted.
     if (bootId().empty()) return BlockHashes::processSeed() | 1U;
     BlockHashes hashes(0);
     hashes.add(bootId().data(), bootId().size());
@@ -59,9 +59,9 @@ Integrity integrityOf(int file, int& error) {
   }
   const std::optional<std::uint64_t> hash = hashOfFile(file, record->seed, error);
   if (!hash || *hash != record->hash) return Integrity::kTorn;
-  if ((record->doubts & VersionRecord::kReliesOnOthers) == 0) return Integrity::kWhole;
-  // What was new when the power failed may be lost; what may have a past is not given up.
-  return (record->doubts & VersionRecord::kIsNew) != 0 ? Integrity::kTorn : Integrity::kUncertain;
+  if ((record->flags & VersionRecord::kReliesOnOthers) == 0) return Integrity::kWhole;
+  // A file that was new at the power cut may be lost; one that may have older versions may not.
+  return (record->flags & VersionRecord::kIsNew) != 0 ? Integrity::kTorn : Integrity::kUncertain;
 }
 
 }  // namespace playerx

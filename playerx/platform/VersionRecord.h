@@ -8,18 +8,18 @@
 
 namespace playerx {
 
-/// What an extended attribute of a file says about its content, so that it can be told after a
-/// power cut whether the content is whole.
+/// Describes the content of a file in an extended attribute, which shows after a power cut whether
+/// the content is complete.
 struct VersionRecord {
   std::uint64_t sequence = 0;  ///< a later version has a higher one
   std::int64_t modified = 0;   ///< when the content was written, in nanoseconds
-  std::uint64_t boot = 0;      ///< `presentBoot` of its writer; `kOnDisk` once that does not matter
+  std::uint64_t boot = 0;      ///< `presentBoot` of the writer; `kOnDisk` once it is synced
   std::uint64_t seed = 0;      ///< of the hash
   std::uint64_t hash = 0;      ///< of the whole content, as `BlockHashes` has it
 
-  std::uint64_t doubts = 0;  ///< any of the following, of a version that is not on the disk
+  std::uint64_t flags = 0;  ///< any of the following, for a version that is not on the disk
 
-  /// Files that the content may speak of (`FinishedFiles.h`) are not known to be on the disk.
+  /// Files that the content may mention (`FinishedFiles.h`) are not known to be on the disk.
   static constexpr std::uint64_t kReliesOnOthers = 1;
   /// No version of the file is known to be on the disk.
   static constexpr std::uint64_t kIsNew = 2;
@@ -30,29 +30,29 @@ struct VersionRecord {
 /// The modification time in nanoseconds.
 std::int64_t modificationTime(const struct stat& status);
 
-/// Stands for the machine's present run; never `kOnDisk`.
+/// Identifies the present boot of the machine; never `kOnDisk`.
 std::uint64_t presentBoot();
 
-/// The record of an open file; nullopt when there is none, and when the content was modified since:
-/// a file that somebody else has written to is theirs, and is taken as it is.
+/// The record of an open file; nullopt when there is none, or when the content was modified later:
+/// a file that another program has written is read as it is.
 std::optional<VersionRecord> readRecord(int file);
 
-/// Whether there is a record for a file, of whichever content.
+/// Whether a file has a record, even one of another content.
 bool hasRecord(const std::filesystem::path& file);
 
 /// Both return false where the file system or the file's owner does not allow it.
 bool writeRecord(int file, const VersionRecord& record);
 bool removeRecord(int file);
 
-/// What a power cut may have done to a content.
+/// What a power cut may have done to a file.
 enum class Integrity {
   kWhole,      ///< nothing
-  kUncertain,  ///< nothing, but files that it speaks of may be torn; an older version is better
+  kUncertain,  ///< nothing, but files that it mentions may be torn; an older version is better
   kTorn,
 };
 
-/// Stores an error number other than 0 (`errno` values) when the content would have to be read and
-/// cannot.
+/// Stores an error number other than 0 (`errno` values) when the content has to be read for the
+/// answer and cannot be.
 Integrity integrityOf(int file, int& error);
 
 }  // namespace playerx

@@ -37,12 +37,12 @@ struct Candidate {
   std::uint64_t sequence = 0;
 };
 
-// One that cannot be read now stores its error: an older one in its place would lose content.
+// Stores the error of a version that cannot be read now: choosing an older one would lose content.
 void prefer(Candidate& best, const fs::path& name, int& error) {
   Descriptor file = openPlainFile(name);
   const auto record = file ? readRecord(file.get()) : std::nullopt;
   if (error != 0 || !record || record->sequence < best.sequence ||
-      (record->doubts & VersionRecord::kReliesOnOthers) != 0)
+      (record->flags & VersionRecord::kReliesOnOthers) != 0)
     return;
   const auto hash = hashOfFile(file.get(), record->seed, error);
   if (hash && *hash == record->hash) best = {std::move(file), name, record->sequence};
@@ -53,13 +53,13 @@ Descriptor openNewestHidden(const fs::path& target, int& error) {
   forEachHiddenFile(target, [&](const fs::path& name) { prefer(best, name, error); });
   if (error == 0 && !best.file) error = ENOENT;
   if (error != 0) return {};
-  // Readers that do not come through here profit from it; where it is not allowed, they do not.
+  // For readers that open the file by its name. A failure is harmless here.
   ::renameat2(AT_FDCWD, best.name.c_str(), AT_FDCWD, target.c_str(), RENAME_EXCHANGE);
   return std::move(best.file);
 }
 
 Descriptor recover(const fs::path& target, int& error) {
-  // Another reader may be at it; its lock goes with its descriptor.
+  // Another reader may be recovering the file. Closing the folder releases the lock.
   const Descriptor folder(::open((target.parent_path() / ".").c_str(), O_RDONLY | O_CLOEXEC));
   ::flock(folder.get(), LOCK_EX);
   Descriptor file = openAsItIs(target, error);

@@ -19,7 +19,7 @@ bool otherThreadCanEnter(kvpm::CritSection& section) {
   return entered;
 }
 
-TEST(CritSection, AFreeOneIsOpenToAll) {
+TEST(CritSection, AnyThreadMayEnterAFreeOne) {
   kvpm::CritSection section;
   EXPECT_TRUE(otherThreadCanEnter(section));
 }
@@ -60,7 +60,7 @@ TEST(CritSection, AScopedLockHoldsItForItsScope) {
   EXPECT_TRUE(otherThreadCanEnter(section));
 }
 
-TEST(CritSection, OneThreadAtATimeHoldsIt) {
+TEST(CritSection, OnlyOneThreadAtATimeHoldsIt) {
   kvpm::CritSection section;
   int counter = 0;
   std::vector<std::thread> threads;

@@ -34,7 +34,7 @@ unsigned long wholeVersion(const std::string& content) {
   return 0;
 }
 
-TEST(FileCrash, AKilledWriterLeavesAWholeVersionAtAnyInstant) {
+TEST(FileCrash, AWriterKilledAtAnyInstantLeavesACompleteVersion) {
   const TempDir folder;
   const fs::path path = folder / "queue.xml";
   std::mt19937 random(20240501);
@@ -54,7 +54,7 @@ TEST(FileCrash, AKilledWriterLeavesAWholeVersionAtAnyInstant) {
   }
 }
 
-TEST(FileCrash, ReadersFindAWholeVersionWhileProcessesCompete) {
+TEST(FileCrash, ReadersFindACompleteVersionWhileProcessesCompete) {
   const TempDir folder;
   const fs::path path = folder / "queue.xml";
   support::Process writer({FILE_REWRITER, path.string(), "1", "300"});
@@ -69,7 +69,7 @@ TEST(FileCrash, ReadersFindAWholeVersionWhileProcessesCompete) {
   EXPECT_EQ(std::distance(begin(all), end(all)), 1);
 }
 
-TEST(FileCrash, WhatKilledWritersLeftGoesWithTheNextWrite) {
+TEST(FileCrash, TheNextWriteRemovesWhatKilledWritersLeft) {
   const TempDir folder;
   const fs::path path = folder / "queue.xml";
   for (int killing = 0; killing < 20; ++killing) {

@@ -15,7 +15,7 @@
 
 namespace platform_test {
 
-/// Short words for what the tests of `kvpm::File` do again and again.
+/// Shorthands for the tests of `kvpm::File`.
 
 inline std::wstring wide(const std::filesystem::path& path) {
   return kvpm::StringTools::stringToWString(path.string());

@@ -46,7 +46,7 @@ struct Pipe {
   Descriptor writing;
 };
 
-TEST(FileIo, ReadsOnAcrossPiecesAndInterruptions) {
+TEST(FileIo, ReadingContinuesAfterShortReadsAndInterruptions) {
   const Interrupting interrupting;
   Pipe pipe;
   std::string text(6, '#');
@@ -65,7 +65,7 @@ TEST(FileIo, ReadsOnAcrossPiecesAndInterruptions) {
   EXPECT_EQ(text, "abcdef");
 }
 
-TEST(FileIo, ReadingEndsWithTheFile) {
+TEST(FileIo, ReadingEndsAtTheEndOfTheFile) {
   Pipe pipe;
   ASSERT_EQ(::write(pipe.writing.get(), "abc", 3), 3);
   pipe.writing = Descriptor();
@@ -75,7 +75,7 @@ TEST(FileIo, ReadingEndsWithTheFile) {
   EXPECT_EQ(result.error, 0);
 }
 
-TEST(FileIo, WritesOnAcrossShortWritesAndInterruptions) {
+TEST(FileIo, WritingContinuesAfterShortWritesAndInterruptions) {
   const Interrupting interrupting;
   Pipe pipe;
   const std::string text(1 << 20, 'w');  // far more than a pipe holds
@@ -94,13 +94,13 @@ TEST(FileIo, WritesOnAcrossShortWritesAndInterruptions) {
   EXPECT_EQ(got, text);
 }
 
-TEST(FileIo, FailuresCarryTheSystemsNumber) {
+TEST(FileIo, FailuresHaveTheErrorNumberOfTheSystem) {
   std::array<char, 4> text{};
   EXPECT_EQ(playerx::readFully(-1, text.data(), text.size()).error, EBADF);
   EXPECT_EQ(playerx::writeFully(-1, text.data(), text.size()).error, EBADF);
 }
 
-TEST(FileIo, NothingToMoveIsNoFailure) {
+TEST(FileIo, ZeroBytesAreNoFailure) {
   EXPECT_EQ(playerx::readFully(-1, nullptr, 0).error, 0);
   EXPECT_EQ(playerx::writeFully(-1, nullptr, 0).error, 0);
 }

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 using support::readFile;
 using support::TempDir;
 
-// All ways must keep the same promises.
+// All methods give the same guarantees.
 using Move = int (*)(const fs::path&, const fs::path&);
 
 class FileMove : public testing::TestWithParam<Move> {
@@ -83,7 +83,7 @@ TEST_P(FileMove, NeverOverwritesALinkThatLeadsNowhere) {
   EXPECT_TRUE(fs::is_symlink(folder_ / "to"));
 }
 
-TEST_P(FileMove, DoesNotMoveIntoAFolderInItsPlace) {
+TEST_P(FileMove, DoesNotMoveIntoAFolderOfThatName) {
   folder_.write("from", "new");
   fs::create_directory(folder_ / "to");
   EXPECT_EQ(move("from", "to"), EEXIST);
@@ -96,12 +96,12 @@ TEST_P(FileMove, AFileIsNotMovedOntoItself) {
   EXPECT_EQ(readFile(folder_ / "from"), "film");
 }
 
-TEST_P(FileMove, FailsWithoutAFile) {
+TEST_P(FileMove, FailsForAMissingFile) {
   EXPECT_EQ(move("from", "to"), ENOENT);
   EXPECT_EQ(files(), 0U);
 }
 
-TEST_P(FileMove, FailsWhereTheFolderIsNotThere) {
+TEST_P(FileMove, FailsIntoAMissingFolder) {
   folder_.write("from", "film");
   folder_.write("file", "");
   EXPECT_EQ(move("from", "nowhere/to"), ENOENT);
@@ -109,7 +109,7 @@ TEST_P(FileMove, FailsWhereTheFolderIsNotThere) {
   EXPECT_EQ(readFile(folder_ / "from"), "film");
 }
 
-TEST_P(FileMove, TakesTheLongestNames) {
+TEST_P(FileMove, AcceptsTheLongestNames) {
   const std::string longest(255, 'n');
   folder_.write("from", "film");
   EXPECT_EQ(move("from", longest), 0);
@@ -117,7 +117,7 @@ TEST_P(FileMove, TakesTheLongestNames) {
   EXPECT_EQ(readFile(folder_ / "from"), "film");
 }
 
-TEST_P(FileMove, OneOfManyGetsTheName) {
+TEST_P(FileMove, OnlyOneOfManyGetsTheName) {
   constexpr int kMovers = 8;
   for (int mover = 0; mover < kMovers; ++mover) {
     folder_.write(std::to_string(mover), std::to_string(mover));
@@ -174,7 +174,7 @@ TEST(FileMoveAcross, NeverOverwritesThereEither) {
   EXPECT_EQ(readFile(memory.path() / "film"), "old");
 }
 
-TEST(FileMoveByCopying, TakesAwayWhatADeadMoverLeft) {
+TEST(FileMoveByCopying, RemovesTheLeftoversOfADeadMove) {
   const TempDir folder;
   folder.write("from", "film");
   folder.write(".to.0123456789abcdef.new", "half a film");
@@ -182,7 +182,7 @@ TEST(FileMoveByCopying, TakesAwayWhatADeadMoverLeft) {
   EXPECT_FALSE(fs::exists(folder / ".to.0123456789abcdef.new"));
 }
 
-TEST(FileMoveByCopying, LeavesNothingWhenTheNameIsTakenMeanwhile) {
+TEST(FileMoveByCopying, LeavesNothingWhenTheNameIsTakenDuringTheCopy) {
   const TempDir folder;
   const TempDir sources;
   std::vector<std::thread> threads;

@@ -38,7 +38,7 @@ TEST(FileReading, AnEmptyFileHasNoBytes) {
   EXPECT_EQ(read(file, 4), "");
 }
 
-TEST(FileReading, OpeningSaysWhyItFailed) {
+TEST(FileReading, AFailedOpenReturnsTheReason) {
   const TempDir folder;
   const fs::path plain = folder.write("file", "x");
   fs::create_symlink("circle", folder / "circle");
@@ -61,7 +61,7 @@ TEST(FileReading, CannotWrite) {
   EXPECT_EQ(readFile(folder / "film"), "abc");
 }
 
-TEST(FileReading, APipeWithoutAWriterDoesNotHoldItUp) {
+TEST(FileReading, APipeWithoutAWriterDoesNotBlockIt) {
   const TempDir folder;
   ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
   File file;
@@ -79,7 +79,7 @@ TEST(FileReading, AnOpenedFileKeepsItsContentWhenItIsReplaced) {
   EXPECT_EQ(read(file, 10), "old");
 }
 
-TEST(File, WithoutAnOpenFileNothingWorks) {
+TEST(File, EveryOperationFailsWithoutAnOpenFile) {
   File file;
   std::array<char, 4> bytes{};
   EXPECT_EQ(file.getTotalSize(), -1);
@@ -88,7 +88,7 @@ TEST(File, WithoutAnOpenFileNothingWorks) {
   EXPECT_EQ(file.close(), 0);
 }
 
-TEST(File, OpeningClosesTheOneBefore) {
+TEST(File, OpeningClosesTheFormerFile) {
   const TempDir folder;
   File file;
   ASSERT_EQ(file.open(folder.write("a", "first").wstring(), kvpm::FileOpenRead), 0);

@@ -32,7 +32,7 @@ TEST(FileReplacing, KeepsThePermissionsOfTheOldFile) {
   }
 }
 
-TEST(FileReplacing, KeepsTheOwnerWhereThatIsAllowed) {
+TEST(FileReplacing, KeepsTheOwnerWhereAllowed) {
   const TempDir folder;
   const fs::path path = folder.write("queue.xml", "old");
   const bool givenAway = ::chown(path.c_str(), 12345, 23456) == 0;
@@ -54,7 +54,7 @@ TEST(FileReplacing, TheNewContentIsNeverMoreOpenThanTheOldFile) {
   }
 }
 
-TEST(FileReplacing, ANewFileTakesTheUsersMask) {
+TEST(FileReplacing, ANewFileFollowsTheUmask) {
   const TempDir folder;
   const mode_t before = ::umask(0027);
   EXPECT_EQ(replace(folder / "queue.xml", "new"), 0);
@@ -73,7 +73,7 @@ TEST(FileReplacing, ALinkIsKeptAndItsTargetReplaced) {
   EXPECT_EQ(readFile(folder / "elsewhere/queue.xml"), "new");
 }
 
-TEST(FileReplacing, ALinkThatLedNowhereLeadsToTheNewFile) {
+TEST(FileReplacing, ADanglingLinkLeadsToTheNewFile) {
   const TempDir folder;
   fs::create_symlink("real.xml", folder / "queue.xml");
   ASSERT_EQ(replace(folder / "queue.xml", "new"), 0);
@@ -81,7 +81,7 @@ TEST(FileReplacing, ALinkThatLedNowhereLeadsToTheNewFile) {
   EXPECT_EQ(readFile(folder / "real.xml"), "new");
 }
 
-TEST(FileReplacing, TakesTheLongestNamesAndAnyCharacters) {
+TEST(FileReplacing, AcceptsTheLongestNamesAndAnyCharacters) {
   const TempDir folder;
   const fs::path longest = folder / std::string(255, 'n');
   EXPECT_EQ(replace(longest, "new"), 0);
@@ -90,7 +90,7 @@ TEST(FileReplacing, TakesTheLongestNamesAndAnyCharacters) {
   EXPECT_EQ(replace(folder / "\xF0\x9F\x8E\xAC %s \\ \n", "new"), 0);
 }
 
-TEST(FileReplacing, TakesANameInThePresentFolder) {
+TEST(FileReplacing, AcceptsARelativeName) {
   const TempDir folder;
   const fs::path before = fs::current_path();
   fs::current_path(folder.path());
@@ -99,7 +99,7 @@ TEST(FileReplacing, TakesANameInThePresentFolder) {
   EXPECT_EQ(readFile(folder / "queue.xml"), "new");
 }
 
-TEST(FileReplacing, WhatDeadWritersLeftIsTidiedUpWithTheSync) {
+TEST(FileReplacing, TheSyncRemovesWhatDeadWritersLeft) {
   const TempDir folder;
   folder.write(".queue.xml.0123456789abcdef.new", "half a queue");
   ASSERT_EQ(replace(folder / "queue.xml", "new"), 0);
@@ -107,7 +107,7 @@ TEST(FileReplacing, WhatDeadWritersLeftIsTidiedUpWithTheSync) {
   EXPECT_EQ(filesIn(folder), 1U);
 }
 
-TEST(FileReplacing, AFileThatIsGoneBeforeItsSyncHarmsNothing) {
+TEST(FileReplacing, AFileDeletedBeforeItsSyncDoesNoHarm) {
   {
     const TempDir folder;
     ASSERT_EQ(replace(folder / "queue.xml", "new"), 0);
@@ -115,7 +115,7 @@ TEST(FileReplacing, AFileThatIsGoneBeforeItsSyncHarmsNothing) {
   playerx::flushFileSyncs();
 }
 
-TEST(FileReplacing, ReadersSeeOneWholeVersionWhileWritersCompete) {
+TEST(FileReplacing, ReadersSeeOneCompleteVersionWhileWritersCompete) {
   const TempDir folder;
   const fs::path path = folder / "queue.xml";
   ASSERT_EQ(replace(path, std::string(1, 'a')), 0);

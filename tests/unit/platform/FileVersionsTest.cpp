@@ -56,7 +56,7 @@ class FileVersions : public testing::Test {
   const fs::path path_ = folder_ / "queue.xml";
 };
 
-TEST_F(FileVersions, AreWrittenOverOneAnother) {
+TEST_F(FileVersions, OverwriteSpareOnes) {
   std::set<ino_t> inodes;
   for (int version = 0; version < 100; ++version) {
     save(std::to_string(version));
@@ -105,14 +105,14 @@ TEST_F(FileVersions, MayBeWrittenInPiecesOfAnySize) {
   }
 }
 
-TEST_F(FileVersions, OneThatIsHeldOpenStaysAsItIs) {
+TEST_F(FileVersions, OneThatIsOpenElsewhereIsNotOverwritten) {
   saveTimes(3);
   std::ifstream reader(path_);
   saveTimes(10);
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), "version 2");
 }
 
-TEST_F(FileVersions, OneThatIsBeingWrittenOverCannotBeOpened) {
+TEST_F(FileVersions, OneThatIsBeingOverwrittenCannotBeOpened) {
   saveTimes(5);
   playerx::flushFileSyncs();
   saveTimes(5);
@@ -125,7 +125,7 @@ TEST_F(FileVersions, OneThatIsBeingWrittenOverCannotBeOpened) {
   EXPECT_EQ(refused, 1);
 }
 
-TEST_F(FileVersions, OneWithASecondNameStaysAsItIs) {
+TEST_F(FileVersions, OneWithASecondNameIsNotOverwritten) {
   saveTimes(3);
   fs::create_hard_link(path_, folder_ / "backup.xml");
   const fs::perms permissions = fs::status(path_).permissions();
@@ -134,7 +134,7 @@ TEST_F(FileVersions, OneWithASecondNameStaysAsItIs) {
   EXPECT_EQ(fs::status(folder_ / "backup.xml").permissions(), permissions);
 }
 
-TEST_F(FileVersions, AHiddenOneThatSomebodyChangedIsNotTrusted) {
+TEST_F(FileVersions, AHiddenOneChangedByAnotherProgramIsNotTrusted) {
   const std::string content(100'000, 'q');
   for (int version = 0; version < 4; ++version) save(content);
   for (const fs::path& hidden : hiddenBeside(path_)) support::writeFile(hidden, "x");
@@ -144,7 +144,7 @@ TEST_F(FileVersions, AHiddenOneThatSomebodyChangedIsNotTrusted) {
   }
 }
 
-TEST_F(FileVersions, HiddenOnesAreForTheOwnerAlone) {
+TEST_F(FileVersions, HiddenOnesAreAccessibleToTheOwnerOnly) {
   saveTimes(5);
   ASSERT_FALSE(hiddenBeside(path_).empty());
   for (const fs::path& hidden : hiddenBeside(path_)) {
@@ -161,7 +161,7 @@ TEST_F(FileVersions, ChangedPermissionsAreKept) {
   }
 }
 
-TEST_F(FileVersions, AFileThatSomebodyElsePutThereIsReplacedLikeAnyOther) {
+TEST_F(FileVersions, AFileOfAnotherProgramIsReplacedLikeAnyOther) {
   saveTimes(5);
   fs::rename(folder_.write("restored", "from a backup"), path_);
   File file;
@@ -172,7 +172,7 @@ TEST_F(FileVersions, AFileThatSomebodyElsePutThereIsReplacedLikeAnyOther) {
   EXPECT_EQ(readFile(path_), "version 4");
 }
 
-TEST_F(FileVersions, HiddenOnesGoWhenTheFileIsDeleted) {
+TEST_F(FileVersions, HiddenOnesAreRemovedWhenTheFileIsDeleted) {
   saveTimes(5);
   EXPECT_TRUE(kvpm::PathTools::deleteFile(wide(path_)));
   EXPECT_EQ(filesIn(folder_), 0U);
@@ -180,28 +180,28 @@ TEST_F(FileVersions, HiddenOnesGoWhenTheFileIsDeleted) {
   EXPECT_EQ(readFile(path_), "again");
 }
 
-TEST_F(FileVersions, HiddenOnesGoWhenTheFileIsMovedAway) {
+TEST_F(FileVersions, HiddenOnesAreRemovedWhenTheFileIsMovedAway) {
   saveTimes(5);
   EXPECT_TRUE(kvpm::PathTools::moveFile(wide(path_), wide(folder_ / "aside")));
   EXPECT_EQ(filesIn(folder_), 1U);
   EXPECT_EQ(readFile(folder_ / "aside"), "version 4");
 }
 
-TEST_F(FileVersions, HiddenOnesOfAFileDeletedBehindTheirBackGoWithTheNextSave) {
+TEST_F(FileVersions, TheNextSaveRemovesHiddenOnesOfAFileDeletedByAnotherProgram) {
   saveTimes(5);
   fs::remove(path_);
   save("again");
   EXPECT_EQ(filesIn(folder_), 1U);
 }
 
-TEST_F(FileVersions, AnOrderlyEndOfTheProcessLeavesNothingButTheFile) {
+TEST_F(FileVersions, AnOrderlyEndOfTheProcessLeavesOnlyTheFile) {
   support::Process writer({FILE_REWRITER, path_.string(), "1", "20"});
   ASSERT_EQ(writer.wait(), 0);
   EXPECT_EQ(filesIn(folder_), 1U);
   EXPECT_FALSE(playerx::hasRecord(path_));
 }
 
-TEST_F(FileVersions, AChildProcessDoesNotWriteOverThoseOfItsParent) {
+TEST_F(FileVersions, AChildProcessDoesNotOverwriteThoseOfItsParent) {
   saveTimes(5);
   const pid_t child = ::fork();
   if (child == 0) {
@@ -216,7 +216,7 @@ TEST_F(FileVersions, AChildProcessDoesNotWriteOverThoseOfItsParent) {
   EXPECT_EQ(readFile(path_), "version 2");
 }
 
-TEST_F(FileVersions, ManyFilesDoNotUseUpTheDescriptors) {
+TEST_F(FileVersions, ManyFilesDoNotExhaustTheDescriptors) {
   for (int number = 0; number < 200; ++number) {
     ASSERT_EQ(replace(folder_ / std::to_string(number), "x"), 0);
     if (number % 10 == 0) playerx::flushFileSyncs();

@@ -56,21 +56,21 @@ TEST(FileWriting, PutsTheContentUnderItsNameAtClose) {
   EXPECT_EQ(filesIn(folder), 1U);
 }
 
-TEST(FileWriting, ReplacesALongerContentWhole) {
+TEST(FileWriting, ReplacesALongerContentCompletely) {
   const TempDir folder;
   const fs::path path = folder.write("queue.xml", "a long old content");
   ASSERT_EQ(replace(path, "new"), 0);
   EXPECT_EQ(readFile(path), "new");
 }
 
-TEST(FileWriting, NothingWrittenIsAnEmptyFile) {
+TEST(FileWriting, WithoutAWriteTheFileIsEmpty) {
   const TempDir folder;
   const fs::path path = folder.write("queue.xml", "old");
   ASSERT_EQ(replace(path, ""), 0);
   EXPECT_EQ(readFile(path), "");
 }
 
-TEST(FileWriting, TheOldContentIsThereUntilClose) {
+TEST(FileWriting, TheOldContentStaysUntilClose) {
   const TempDir folder;
   const fs::path path = folder.write("queue.xml", "old");
   File file;
@@ -143,7 +143,7 @@ TEST(FileWriting, ASecondCloseDoesNothing) {
   EXPECT_FALSE(fs::exists(path));
 }
 
-TEST(FileWriting, OpeningSaysWhyItFailed) {
+TEST(FileWriting, AFailedOpenReturnsTheReason) {
   const TempDir folder;
   const fs::path plain = folder.write("file", "x");
   fs::create_symlink("circle", folder / "circle");
@@ -190,7 +190,7 @@ TEST(FileWriting, AFailedWriteKeepsTheOldFile) {
   EXPECT_EQ(readFile(path), "again");
 }
 
-TEST(FileWriting, ACloseThatFailsKeepsTheOldFile) {
+TEST(FileWriting, AFailedCloseKeepsTheOldFile) {
   const TempDir folder;
   const fs::path path = folder / "queue.xml";
   File file;

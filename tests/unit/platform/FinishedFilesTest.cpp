@@ -9,7 +9,7 @@
 namespace playerx {
 namespace {
 
-TEST(FinishedFilesTest, AFileStaysAsItIs) {
+TEST(FinishedFilesTest, AFileIsNotChanged) {
   const support::TempDir folder;
   const auto film = folder.write("film.avi", "film");
   addFinishedFile(film);
@@ -18,7 +18,7 @@ TEST(FinishedFilesTest, AFileStaysAsItIs) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
 
-TEST(FinishedFilesTest, AFileThatIsGoneHarmsNothing) {
+TEST(FinishedFilesTest, AMissingFileDoesNoHarm) {
   const support::TempDir folder;
   syncFinishedSoon(folder / "missing/film.avi");
   addFinishedFile(folder / "film.avi");

@@ -16,13 +16,13 @@ TEST_F(MoviesFolder, IsTheDefaultUntilOneIsSet) {
   EXPECT_EQ(PathTools::getVeskMoviesFolder(), playerx::defaultMoviesFolder());
 }
 
-TEST_F(MoviesFolder, TheDefaultIsAbsoluteAndNamedAfterTheFilms) {
+TEST_F(MoviesFolder, TheDefaultIsAbsoluteAndEndsInTheNameOfThePlayer) {
   const std::wstring folder = playerx::defaultMoviesFolder();
   EXPECT_EQ(folder.front(), L'/');
   EXPECT_TRUE(folder.ends_with(L"/Vesk"));
 }
 
-TEST_F(MoviesFolder, IsWhatThePlayerHasSet) {
+TEST_F(MoviesFolder, IsTheOneThatThePlayerSets) {
   playerx::setMoviesFolder(L"/media/\x1F3AC");
   EXPECT_EQ(PathTools::getVeskMoviesFolder(), L"/media/\x1F3AC");
 }
@@ -32,7 +32,7 @@ TEST_F(MoviesFolder, HasNoSeparatorAtItsEnd) {
   EXPECT_EQ(PathTools::getVeskMoviesFolder(), L"/media/films");
 }
 
-TEST_F(MoviesFolder, AnEmptyOneBringsTheDefaultBack) {
+TEST_F(MoviesFolder, AnEmptyOneRestoresTheDefault) {
   playerx::setMoviesFolder(L"/media");
   playerx::setMoviesFolder(L"");
   EXPECT_EQ(PathTools::getVeskMoviesFolder(), playerx::defaultMoviesFolder());

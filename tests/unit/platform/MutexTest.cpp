@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(Mutex, OneThreadAtATimeHoldsIt) {
+TEST(Mutex, OnlyOneThreadAtATimeHoldsIt) {
   kvpm::Mutex mutex;
   int counter = 0;  // a plain one: lost steps would show
   std::vector<std::thread> threads;

@@ -22,7 +22,7 @@ struct Case {
 
 TEST(PathTools, TheSeparatorIsOneCharacter) { EXPECT_EQ(PathTools::getWPathSeparator(), L"/"); }
 
-TEST(PathTools, TheFileNameIsTheTextBehindTheLastSeparator) {
+TEST(PathTools, TheFileNameIsTheTextAfterTheLastSeparator) {
   const std::vector<Case> rows = {
       {L"/media/film.avi", L"film.avi"},
       {L"film.avi", L"film.avi"},
@@ -87,7 +87,7 @@ TEST(PathTools, TheDirectoryIsTheTextBeforeTheLastSeparator) {
   for (const Case& row : rows) EXPECT_EQ(PathTools::getDirectory(row.path), row.result);
 }
 
-TEST(PathTools, EverythingOfANameExists) {
+TEST(PathTools, FilesFoldersAndLinksExist) {
   const TempDir folder;
   folder.write("file", "x");
   fs::create_symlink("nowhere", folder / "dangling");
@@ -96,7 +96,7 @@ TEST(PathTools, EverythingOfANameExists) {
   EXPECT_TRUE(PathTools::fileExists((folder / "dangling").wstring()));
 }
 
-TEST(PathTools, WhatIsNotThereDoesNotExist) {
+TEST(PathTools, AMissingFileDoesNotExist) {
   const TempDir folder;
   folder.write("file", "x");
   const std::wstring file = (folder / "file").wstring();
@@ -122,14 +122,14 @@ TEST(PathTools, TheSizeOfAFileIsItsBytes) {
   EXPECT_EQ(PathTools::getFileSize((folder / "empty").wstring()), 0U);
 }
 
-TEST(PathTools, TheSizeOfALargeFileIsWhole) {
+TEST(PathTools, TheSizeOfALargeFileIsNotTruncated) {
   const TempDir folder;
   folder.write("file", "");
   fs::resize_file(folder / "file", std::uint64_t{5} << 30U);
   EXPECT_EQ(PathTools::getFileSize((folder / "file").wstring()), std::uint64_t{5} << 30U);
 }
 
-TEST(PathTools, TheSizeOfWhatIsNotThereIsZero) {
+TEST(PathTools, TheSizeOfAMissingFileIsZero) {
   const TempDir folder;
   folder.write("file", "x");
   fs::create_symlink("nowhere", folder / "dangling");
@@ -142,7 +142,7 @@ TEST(PathTools, TheSizeOfWhatIsNotThereIsZero) {
   EXPECT_EQ(PathTools::getFileSize(L""), 0U);
 }
 
-TEST(PathTools, ASizeThatCannotBeLearntIsAllBits) {
+TEST(PathTools, AnUnknownSizeHasAllBitsSet) {
   const TempDir folder;
   fs::create_symlink("circle", folder / "circle");
   ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
@@ -160,7 +160,7 @@ TEST(PathTools, DeletesAFile) {
   EXPECT_FALSE(PathTools::deleteFile(file));
 }
 
-TEST(PathTools, DeletesALinkAndNotWhatItNames) {
+TEST(PathTools, DeletesALinkAndNotItsTarget) {
   const TempDir folder;
   folder.write("file", "x");
   fs::create_symlink("file", folder / "link");
@@ -175,7 +175,7 @@ TEST(PathTools, NeverDeletesAFolder) {
   EXPECT_TRUE(fs::exists(folder / "sub"));
 }
 
-TEST(PathTools, DeletesNothingForATextThatIsNoPath) {
+TEST(PathTools, DeletesNothingForAnInvalidPath) {
   const TempDir folder;
   const std::wstring file = folder.write("file", "x").wstring();
   EXPECT_FALSE(PathTools::deleteFile(file + L'\0' + L"x"));
@@ -200,7 +200,7 @@ TEST(PathTools, DoesNotMoveOntoAnother) {
   EXPECT_EQ(support::readFile(folder / "to"), "old");
 }
 
-TEST(PathTools, MovesNothingForATextThatIsNoPath) {
+TEST(PathTools, MovesNothingForAnInvalidPath) {
   const TempDir folder;
   const std::wstring from = folder.write("from", "x").wstring();
   EXPECT_FALSE(PathTools::moveFile(from + L'\0', (folder / "to").wstring()));
@@ -208,7 +208,7 @@ TEST(PathTools, MovesNothingForATextThatIsNoPath) {
   EXPECT_TRUE(PathTools::fileExists(from));
 }
 
-// Free space changes under the test's feet; a tenth of the file system is far more than that.
+// Free space changes while the test runs, by far less than a tenth of the file system.
 void expectSpaceOf(const std::string& known, const std::wstring& asked) {
   struct statvfs state {};
   ASSERT_EQ(::statvfs(known.c_str(), &state), 0);
@@ -217,12 +217,12 @@ void expectSpaceOf(const std::string& known, const std::wstring& asked) {
   EXPECT_NEAR(static_cast<double>(PathTools::getSpaceAvailable(asked)), expected, whole / 10);
 }
 
-TEST(PathTools, TheSpaceIsWhatThePresentUserMayWrite) {
+TEST(PathTools, TheSpaceIsWhatTheUserMayWrite) {
   const TempDir folder;
   expectSpaceOf(folder.path().string(), folder.path().wstring());
 }
 
-TEST(PathTools, TheSpaceOfAFolderToComeIsThatOfItsNearestParent) {
+TEST(PathTools, TheSpaceOfAMissingFolderIsThatOfItsNearestParent) {
   const TempDir folder;
   folder.write("file", "x");
   expectSpaceOf(folder.path().string(), folder.path().wstring() + L"/a/b/c");
@@ -230,12 +230,12 @@ TEST(PathTools, TheSpaceOfAFolderToComeIsThatOfItsNearestParent) {
   expectSpaceOf("/", L"/nowhere-at-all/a");
 }
 
-TEST(PathTools, TheSpaceOfARelativeFolderIsThatOfThePresentOne) {
+TEST(PathTools, TheSpaceOfARelativeFolderIsThatOfTheCurrentOne) {
   expectSpaceOf(".", L"nowhere-at-all");
   expectSpaceOf(".", L"");
 }
 
-TEST(PathTools, TheSpaceOfATextThatIsNoPathCannotBeLearnt) {
+TEST(PathTools, TheSpaceOfAnInvalidPathIsUnknown) {
   EXPECT_EQ(PathTools::getSpaceAvailable(std::wstring(L"/a\0b", 4)), PathTools::kUnknownSize);
 }
 

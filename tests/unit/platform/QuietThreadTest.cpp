@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(QuietThread, TakesNoSignalAndLeavesItsMakersAlone) {
+TEST(QuietThread, BlocksSignalsAndLeavesThoseOfItsStarterAlone) {
   sigset_t before, during, after;
   pthread_sigmask(SIG_SETMASK, nullptr, &before);
   playerx::startQuietThread([&] { pthread_sigmask(SIG_SETMASK, nullptr, &during); }).join();

@@ -45,7 +45,7 @@ TEST(ReplacementFile, LiesBesideTheTargetUntilItReplacesIt) {
   EXPECT_EQ(readFile(folder / "queue.xml"), "new");
 }
 
-TEST(ReplacementFile, IsGoneWhenItIsDropped) {
+TEST(ReplacementFile, IsDeletedWithItsOwner) {
   const TempDir folder;
   folder.write("queue.xml", "old");
   begin(folder / "queue.xml", "new").reset();
@@ -69,7 +69,7 @@ TEST(ReplacementFile, DoesNotClaimATakenName) {
   EXPECT_EQ(readFile(folder / "film"), "old");
 }
 
-TEST(ReplacementFile, SaysWhenItsOwnNameIsGone) {
+TEST(ReplacementFile, FailsWhenItsHiddenNameIsGone) {
   const TempDir folder;
   folder.write("queue.xml", "old");
   auto file = begin(folder / "queue.xml", "new");
@@ -96,7 +96,7 @@ TEST(Leftovers, OfALivingWriterStay) {
   EXPECT_EQ(file->replace(), 0);
 }
 
-TEST(Leftovers, AreToldFromFilesOfOtherNames) {
+TEST(Leftovers, DoNotIncludeFilesOfOtherNames) {
   const TempDir folder;
   const Names others = {
       ".other.xml.0123456789abcdef.new",   // of another file
@@ -132,7 +132,7 @@ TEST(Leftovers, OfLongNamesAreFoundToo) {
   EXPECT_EQ(namesIn(folder), Names{});
 }
 
-TEST(Leftovers, InAFolderThatIsNotThereAreNone) {
+TEST(Leftovers, OfAMissingFolderAreNone) {
   const TempDir folder;
   playerx::removeLeftovers(folder / "nowhere" / "queue.xml");
   EXPECT_EQ(namesIn(folder), Names{});

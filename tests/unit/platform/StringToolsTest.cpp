@@ -50,7 +50,7 @@ TEST(StringTools, LowersCharacterByCharacter) {
   EXPECT_EQ(StringTools::toLower(L"I"), L"i");
 }
 
-TEST(StringTools, LoweringLeavesWhatIsNoCharacter) {
+TEST(StringTools, LoweringLeavesInvalidCharacters) {
   const std::wstring odd = {wchar_t(0x110000), wchar_t(-1), wchar_t(0xD800)};
   EXPECT_EQ(StringTools::toLower(odd), odd);
 }
@@ -130,7 +130,7 @@ TEST(StringTools, ReadsBackTheNumbersItWrites) {
   }
 }
 
-TEST(StringTools, TruthHasTwoTexts) {
+TEST(StringTools, WritesTwoTextsForTruth) {
   EXPECT_EQ(StringTools::boolToString(true), "true");
   EXPECT_EQ(StringTools::boolToString(false), "false");
 }
@@ -194,7 +194,7 @@ TEST(StringTools, TheTextOfAFileEndsAtTheFirstNul) {
   EXPECT_EQ(StringTools::uStringToWstring(bytes("\0"s)), L"");
 }
 
-TEST(StringTools, NarrowAndWideTextCarryTheSame) {
+TEST(StringTools, NarrowAndWideTextConvertIntoEachOther) {
   EXPECT_EQ(StringTools::wStringToString(L"\x1F3AC"), "\xF0\x9F\x8E\xAC");
   EXPECT_EQ(StringTools::stringToWString("\xF0\x9F\x8E\xAC"), L"\x1F3AC");
   EXPECT_EQ(StringTools::wStringToString(std::wstring(L"a\0b", 3)), "a\0b"s);
@@ -203,7 +203,7 @@ TEST(StringTools, NarrowAndWideTextCarryTheSame) {
   EXPECT_EQ(StringTools::wStringToString(L"\xFEFFx"), "\xEF\xBB\xBFx");
 }
 
-TEST(StringTools, WhatTheOtherCannotCarryIsReplaced) {
+TEST(StringTools, WhatCannotBeConvertedIsReplaced) {
   EXPECT_EQ(StringTools::wStringToString({wchar_t(0xD800)}), "\xEF\xBF\xBD");
   EXPECT_EQ(StringTools::stringToWString("\xFF"), L"\xFFFD");
 }

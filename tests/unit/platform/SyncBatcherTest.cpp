@@ -24,7 +24,7 @@ using Files = SyncBatcher::Files;
 
 constexpr auto kLong = 1h;  // nothing comes before a flush
 
-/// Remembers what it was asked to sync, and can be held up in the middle of it.
+/// Records what it was asked to sync, and can be blocked in the middle of it.
 class Disk {
  public:
   SyncBatcher::Action action() {
@@ -60,7 +60,7 @@ class Disk {
   std::thread::id thread_;
 };
 
-TEST(SyncBatcher, SyncsByItselfOnceTheGatheringIsOver) {
+TEST(SyncBatcher, SyncsByItselfAfterTheDelay) {
   Disk disk;
   SyncBatcher batcher(disk.action(), 1ms);
   batcher.request("/a");
@@ -71,7 +71,7 @@ TEST(SyncBatcher, SyncsByItselfOnceTheGatheringIsOver) {
   EXPECT_NE(disk.thread(), std::this_thread::get_id());
 }
 
-TEST(SyncBatcher, GathersWhatComesMeanwhile) {
+TEST(SyncBatcher, BatchesRequestsThatComeDuringTheDelay) {
   Disk disk;
   SyncBatcher batcher(disk.action(), kLong);
   for (int change = 0; change < 1000; ++change) batcher.request("/a");
@@ -140,7 +140,7 @@ TEST(SyncBatcher, FlushWithoutARequestReturns) {
   EXPECT_EQ(disk.batches().size(), 1U);
 }
 
-TEST(SyncBatcher, FlushEndsThoughRequestsGoOn) {
+TEST(SyncBatcher, FlushEndsEvenWhileRequestsContinue) {
   Disk disk;
   SyncBatcher batcher(disk.action(), 0ms);
   std::atomic<bool> enough{false};
@@ -153,7 +153,7 @@ TEST(SyncBatcher, FlushEndsThoughRequestsGoOn) {
   writer.join();
 }
 
-TEST(SyncBatcher, ItsEndSyncsWhatIsLeft) {
+TEST(SyncBatcher, ItsDestructorSyncsWhatIsLeft) {
   Disk disk;
   {
     SyncBatcher batcher(disk.action(), kLong);
@@ -162,7 +162,7 @@ TEST(SyncBatcher, ItsEndSyncsWhatIsLeft) {
   EXPECT_EQ(disk.batches(), (std::vector<Files>{{"/a"}}));
 }
 
-TEST(SyncBatcher, AfterItsFinishRequestsAreDoneAtOnce) {
+TEST(SyncBatcher, AfterItsFinishRequestsAreSyncedAtOnce) {
   Disk disk;
   SyncBatcher batcher(disk.action(), kLong);
   batcher.finish();
@@ -208,7 +208,7 @@ TEST(SyncBatcher, AChildProcessLeavesTheWorkToItsParent) {
   EXPECT_EQ(status, 0);
 }
 
-TEST(SyncBatcher, ItsThreadTakesNoSignals) {
+TEST(SyncBatcher, ItsThreadBlocksSignals) {
   sigset_t inside;
   sigemptyset(&inside);
   SyncBatcher batcher([&](const Files&) { pthread_sigmask(SIG_SETMASK, nullptr, &inside); }, 0ms);

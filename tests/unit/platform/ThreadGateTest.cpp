@@ -31,13 +31,13 @@ class ThreadGateTest : public testing::Test {
 
 TEST(ThreadGate, IsOpenAtTheBeginning) { EXPECT_TRUE(ThreadGate::isOpen()); }
 
-TEST_F(ThreadGateTest, SaysThatItIsClosed) {
+TEST_F(ThreadGateTest, KnowsThatItIsClosed) {
   EXPECT_FALSE(ThreadGate::isOpen());
   ThreadGate::open();
   EXPECT_TRUE(ThreadGate::isOpen());
 }
 
-TEST_F(ThreadGateTest, AThreadInFrontOfItCountsAsRunning) {
+TEST_F(ThreadGateTest, AWaitingThreadCountsAsRunning) {
   kvpm::Thread thread(&body);
   ASSERT_TRUE(thread.start());
   EXPECT_TRUE(thread.isRunning());
@@ -45,7 +45,7 @@ TEST_F(ThreadGateTest, AThreadInFrontOfItCountsAsRunning) {
   EXPECT_EQ(body.entered, 0);
 }
 
-TEST_F(ThreadGateTest, OpeningLetsAllIn) {
+TEST_F(ThreadGateTest, OpeningReleasesAllThreads) {
   std::vector<std::unique_ptr<kvpm::Thread>> threads;
   for (int number = 0; number < 3; ++number) {
     threads.push_back(std::make_unique<kvpm::Thread>(&body));
@@ -72,7 +72,7 @@ TEST_F(ThreadGateTest, ADestroyedThreadEndsWithoutItsBody) {
   EXPECT_EQ(body.entered, 0);
 }
 
-TEST_F(ThreadGateTest, AThreadStoppedInFrontOfItCanBeStartedAgain) {
+TEST_F(ThreadGateTest, AThreadStoppedWhileWaitingCanBeStartedAgain) {
   kvpm::Thread thread(&body);
   ASSERT_TRUE(thread.start());
   thread.stop();

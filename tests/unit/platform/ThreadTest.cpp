@@ -38,7 +38,7 @@ class Obedient : public kvpm::IRunnable {
   std::atomic<bool> left{false};
 };
 
-// No stack of this size can be had, so that no thread starts while this lives.
+// Asks for stacks of an impossible size, so that no thread starts during its lifetime.
 class NoThreads {
  public:
   NoThreads() {
@@ -69,7 +69,7 @@ TEST(Thread, IsNotStartedByItsConstruction) {
   EXPECT_FALSE(ran);
 }
 
-TEST(Thread, RunsTheBodyOnAnotherThreadAndHandsItself) {
+TEST(Thread, RunsTheBodyOnAnotherThreadAndPassesItself) {
   kvpm::Thread* handed = nullptr;
   std::thread::id id;
   Body body([&](kvpm::Thread* self) {
@@ -140,7 +140,7 @@ TEST(Thread, StopOnlyAsks) {
   go.open();
 }
 
-TEST(Thread, StartTakesBackAnEarlierStop) {
+TEST(Thread, StartRevokesAnEarlierStop) {
   Gate go;
   bool asked = true;
   Body body([&](kvpm::Thread* self) {
@@ -190,7 +190,7 @@ TEST(Thread, ManyThreadsMayAskAndStop) {
   EXPECT_TRUE(body.left);
 }
 
-TEST(Thread, StartSaysWhenTheSystemHasNoThreadToGive) {
+TEST(Thread, StartFailsWhenTheSystemCannotCreateAThread) {
   bool ran = false;
   Body body([&](kvpm::Thread*) { ran = true; });
   kvpm::Thread thread(&body);

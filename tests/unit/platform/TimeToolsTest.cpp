@@ -45,6 +45,6 @@ TEST(TimeTools, SleepTakesAtLeastItsTime) {
   EXPECT_GE(Clock::now() - before, std::chrono::milliseconds(15));
 }
 
-TEST(TimeTools, ASleepOfNothingReturns) { TimeTools::sleep(0); }
+TEST(TimeTools, ASleepOfZeroReturns) { TimeTools::sleep(0); }
 
 }  // namespace

@@ -91,7 +91,7 @@ TEST(Unicode, EachMalformedByteBecomesAReplacement) {
   }
 }
 
-TEST(Unicode, TheErrorMarkMayBeLeftOut) {
+TEST(Unicode, TheErrorFlagMayBeNull) {
   wchar_t target = 0;
   EXPECT_EQ(kvpm::UTF8ToWchart("\xFF", 1, &target, 1, nullptr), 1);
   EXPECT_EQ(target, L'\xFFFD');
@@ -119,7 +119,7 @@ TEST(Unicode, WhatDoesNotFitIsRefused) {
   EXPECT_EQ(narrow(L"\xE9", 1).count, -1);
 }
 
-TEST(Unicode, NothingIsWrittenBehindTheText) {
+TEST(Unicode, NothingIsWrittenAfterTheText) {
   wchar_t wide[] = {L'#', L'#'};
   EXPECT_EQ(kvpm::UTF8ToWchart("a", 1, wide, 2, nullptr), 1);
   EXPECT_EQ(wide[1], L'#');
@@ -134,7 +134,7 @@ TEST(Unicode, AFinalTextEndsWithANul) {
   EXPECT_EQ(std::string(bytes), "ab");
 }
 
-TEST(Unicode, TheNulNeedsRoomToo) {
+TEST(Unicode, TheNulNeedsCapacityToo) {
   EXPECT_EQ(narrow(L"ab", 2, true).count, -1);
   EXPECT_EQ(narrow(L"", 0, true).count, -1);
   EXPECT_EQ(narrow(L"", 1, true).count, 0);

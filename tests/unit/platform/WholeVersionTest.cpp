@@ -28,7 +28,7 @@ using support::readFile;
 using support::TempDir;
 
 // What a power cut leaves is made by hand: contents torn without a change of their time, records of
-// another run of the machine. Nothing is synced but on demand.
+// another boot of the machine. Files are synced only on demand.
 class WholeVersion : public testing::Test {
  protected:
   void save(const std::string& text) {
@@ -111,7 +111,7 @@ TEST_F(WholeVersion, IsFoundThroughALink) {
   EXPECT_TRUE(fs::is_symlink(folder_ / "link"));
 }
 
-TEST_F(WholeVersion, IsTheLatestIfThatCameThrough) {
+TEST_F(WholeVersion, IsTheLatestIfThatReachedTheDisk) {
   saveTwo();
   startMachineAnew();
   EXPECT_EQ(content(), "not yet there");
@@ -125,7 +125,7 @@ TEST_F(WholeVersion, IsTheNewestOfSeveral) {
   EXPECT_EQ(content(), "3");
 }
 
-TEST_F(WholeVersion, IsNotBelievedBeforeTheFilesThatItSpeaksOfAreOnTheDisk) {
+TEST_F(WholeVersion, IsNotTrustedBeforeTheFilesThatItMentionsAreOnTheDisk) {
   saveAndSync("downloading");
   playerx::addFinishedFile(folder_.write("film.avi", "film"));
   save("complete");
@@ -134,7 +134,7 @@ TEST_F(WholeVersion, IsNotBelievedBeforeTheFilesThatItSpeaksOfAreOnTheDisk) {
   playerx::syncFinishedFiles();
 }
 
-TEST_F(WholeVersion, IsBelievedOnceTheFilesThatItSpeaksOfAreOnTheDisk) {
+TEST_F(WholeVersion, IsTrustedOnceTheFilesThatItMentionsAreOnTheDisk) {
   saveAndSync("downloading");
   playerx::addFinishedFile(folder_.write("film.avi", "film"));
   saveAndSync("complete");
@@ -142,7 +142,7 @@ TEST_F(WholeVersion, IsBelievedOnceTheFilesThatItSpeaksOfAreOnTheDisk) {
   EXPECT_EQ(content(), "complete");
 }
 
-TEST_F(WholeVersion, IsNotOneThatIsNewAndSpeaksOfFilesThatAreNotOnTheDisk) {
+TEST_F(WholeVersion, IsNotANewOneThatMentionsFilesNotOnTheDisk) {
   playerx::addFinishedFile(folder_.write("film.avi", "film"));
   save("complete");
   startMachineAnew();
@@ -151,7 +151,7 @@ TEST_F(WholeVersion, IsNotOneThatIsNewAndSpeaksOfFilesThatAreNotOnTheDisk) {
   playerx::syncFinishedFiles();
 }
 
-TEST_F(WholeVersion, IsAnyThatIsWholeWhereAllOthersAreLost) {
+TEST_F(WholeVersion, IsAnyCompleteOneWhereAllOthersAreLost) {
   saveAndSync("downloading");
   playerx::addFinishedFile(folder_.write("film.avi", "film"));
   save("complete");
@@ -171,7 +171,7 @@ TEST_F(WholeVersion, IsNeverOneThatWasDeleted) {
   EXPECT_EQ(open(file), ENOENT);
 }
 
-TEST_F(WholeVersion, WithoutAnyTheFileIsNotThere) {
+TEST_F(WholeVersion, WithoutAnyTheFileIsMissing) {
   save("the first");
   tear();
   startMachineAnew();
@@ -181,7 +181,7 @@ TEST_F(WholeVersion, WithoutAnyTheFileIsNotThere) {
   EXPECT_EQ(content(), "the second");
 }
 
-TEST_F(WholeVersion, IsAnyOfTheSameRunOfTheMachine) {
+TEST_F(WholeVersion, IsAnyOfTheSameBoot) {
   saveTwo();
   tear();
   EXPECT_EQ(content(), std::string(13, '\0'));
@@ -195,7 +195,7 @@ TEST_F(WholeVersion, IsAnyThatWasOnTheDisk) {
   EXPECT_EQ(content(), std::string(13, '\0'));
 }
 
-TEST_F(WholeVersion, IsWhatSomebodyElseHasWrittenToTheFile) {
+TEST_F(WholeVersion, IsWhatAnotherProgramHasWrittenToTheFile) {
   saveTwo();
   support::writeFile(path_, "edited");
   fs::last_write_time(path_, fs::last_write_time(path_) + std::chrono::milliseconds(20));
@@ -203,14 +203,14 @@ TEST_F(WholeVersion, IsWhatSomebodyElseHasWrittenToTheFile) {
   EXPECT_EQ(content(), "edited");
 }
 
-TEST_F(WholeVersion, IsWhatSomebodyElseHasPutInThePlaceOfTheFile) {
+TEST_F(WholeVersion, IsTheFileThatAnotherProgramHasPutInItsPlace) {
   saveTwo();
   startMachineAnew();
   fs::rename(folder_.write("restored", "from a backup"), path_);
   EXPECT_EQ(content(), "from a backup");
 }
 
-TEST_F(WholeVersion, OfSomebodyElseIsKeptUntilTheNextIsOnTheDisk) {
+TEST_F(WholeVersion, OfAnotherProgramIsKeptUntilTheNextIsOnTheDisk) {
   saveTwo();
   fs::rename(folder_.write("restored", "from a backup"), path_);
   save("on top of it");
@@ -219,7 +219,7 @@ TEST_F(WholeVersion, OfSomebodyElseIsKeptUntilTheNextIsOnTheDisk) {
   EXPECT_EQ(content(), "from a backup");
 }
 
-TEST_F(WholeVersion, OfSomebodyElseIsKeptAlsoWhereItWasWrittenIntoOurs) {
+TEST_F(WholeVersion, OfAnotherProgramIsKeptEvenWhenWrittenIntoOurs) {
   saveTwo();
   support::writeFile(path_, "edited");
   fs::last_write_time(path_, fs::last_write_time(path_) + std::chrono::milliseconds(20));
