@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <new>
 #include <set>
@@ -9,7 +10,6 @@
 #include <utility>
 
 #include "download/HttpCallback.h"
-#include "download/HttpTransfer.h"
 #include "kvsc/SSLClient.h"
 
 std::atomic<std::int32_t> HttpHelper::sDownloadCancelled{0};
@@ -19,6 +19,7 @@ namespace {
 constexpr int kInfoRedirects = 10;
 constexpr int kTransferRedirects = 1;
 constexpr int kPauseBetweenReads = 1;  // milliseconds
+constexpr std::chrono::milliseconds kLookInterval{100};
 
 /// The transfers under way in this process. The flag is only looked at when bytes arrive; this is
 /// how a cancel reaches those that wait for a dead server.
@@ -86,50 +87,69 @@ HttpHelper* helperOf(void* context) { return static_cast<HttpHelper*>(context); 
 
 }  // namespace
 
-HttpHelper::HttpHelper() : transfer_(std::make_unique<download::HttpTransfer>(*this)) {}
+HttpHelper::HttpHelper() = default;
 
 HttpHelper::~HttpHelper() { abort(); }
 
 bool HttpHelper::setup(const std::string& url, const std::string& clientArg) {
-  transfer_->setUp();
+  endTransfer();
   url_ = url;
   method_.clear();
   client_ = std::make_unique<kvsc::SSLClient>(clientArg);
   session_ = std::make_unique<kvsc::SSLSession>();
   session_->setMaxRedirectCount(kInfoRedirects);
   session_->setDownloadLoopSleep(kPauseBetweenReads);
+  const kvpm::MutexLock lock(mutex_);
+  progress_ = {};
+  thread_ = std::make_unique<kvpm::Thread>(this);
   return true;
 }
 
 void HttpHelper::cancelDownload() {
   runningTransfers().cancelAll();
-  transfer_->abort();
+  const kvpm::MutexLock lock(mutex_);
+  token_.cancel();
+  progress_.aborted = true;
+  changed_.notify_all();
 }
 
 void HttpHelper::abort() {
-  if (transfer_->isRunning()) cancelDownload();
-  transfer_->end();
+  const bool isRunning = [this] {
+    const kvpm::MutexLock lock(mutex_);
+    return thread_ != nullptr && !progress_.ended;
+  }();
+  if (isRunning) cancelDownload();
+  endTransfer();
 }
 
-void HttpHelper::useResult(HttpResult& result) {
+/// Ends the transfer and waits for its thread, unless that is the calling one.
+void HttpHelper::endTransfer() {
+  std::unique_ptr<kvpm::Thread> leaving;  // joined without the lock, which its callbacks may need
   const kvpm::MutexLock lock(mutex_);
-  currentResult_ = &result;
+  token_.cancel();
+  if (runner_ == std::this_thread::get_id()) return;
+  leaving = std::move(thread_);
+  progress_.aborted = progress_.aborted || !progress_.ended;
+  changed_.notify_all();
 }
 
 HttpResult* HttpHelper::getInfo() {
   auto result = std::make_unique<HttpResult>();
   result->setHttpCallbacks(callbacks_);
-  useResult(*result);
+  {
+    const kvpm::MutexLock lock(mutex_);
+    currentResult_ = result.get();
+  }
   if (client_ != nullptr) askForInfo(*result);
   return result.release();
 }
 
 void HttpHelper::askForInfo(HttpResult& result) {
-  if (infoToken_ == nullptr) transfer_->token().reset();
+  if (infoToken_ == nullptr) token_.reset();
   kvsc::SSLSession session;
   session.setCheckCertificate(false);
   session.setMaxRedirectCount(kInfoRedirects);
-  session.setCancelToken(infoToken_ != nullptr ? infoToken_ : &transfer_->token());
+  session.setCancelToken(infoToken_ != nullptr ? infoToken_ : &token_);
   client_->setHeaderCallback(&HttpHelper::downloadHeaderFunc);
   client_->setHeaderContext(this);
   kvsc::HttpErrorIds error = kvsc::HTTP_ERROR_NONE;
@@ -159,34 +179,69 @@ void HttpHelper::evaluateInfo(HttpResult& result) {
 }
 
 HttpResult* HttpHelper::get(const std::string& requestData) {
-  auto result = std::make_unique<HttpResult>();
   sDownloadCancelled = 0;
-  if (url_.empty() || callbacks_ == nullptr) return result.release();
-  result->setHttpCallbacks(callbacks_);
-  if (startTransfer("get", requestData, *result) && !transfer_->hasFailed()) {
-    result->setResult(HTTP_RESULT_OK);
-  }
-  return handOver(std::move(result));
+  HttpCallback* const receiver = callbacks_;
+  if (url_.empty() || receiver == nullptr) return new HttpResult;
+  return transfer("get", requestData, receiver).release();
 }
 
 HttpResult* HttpHelper::post() {
-  auto result = std::make_unique<HttpResult>();
+  auto result = transfer("post", requestData_, nullptr);
   result->setResult(HTTP_RESULT_OK);
-  startTransfer("post", requestData_, *result);
-  return handOver(std::move(result));
+  return result.release();
 }
 
-/// Returns once the body flows or never will; false when no transfer could be started.
-bool HttpHelper::startTransfer(const std::string& method, const std::string& requestData,
-                               HttpResult& result) {
-  useResult(result);
-  const bool started = transfer_->start([&] {
-    method_ = method;
-    requestData_ = requestData;
-    prepareClient();
-  });
-  if (started) transfer_->waitForBody();
-  return started;
+/// Returns a copy of the transfer's result: the transfer goes on writing its own, and the caller
+/// may delete the copy at once.
+std::unique_ptr<HttpResult> HttpHelper::transfer(const std::string& method,
+                                                 const std::string& requestData,
+                                                 HttpCallback* receiver) {
+  if (!start(method, requestData, receiver)) return std::make_unique<HttpResult>();
+  const kvpm::MutexLock lock(mutex_);
+  waitForBody();
+  auto result = std::make_unique<HttpResult>(transferResult_);
+  if (!progress_.aborted) result->setResult(HTTP_RESULT_OK);
+  return result;
+}
+
+/// Returns whether a transfer runs now; one that ran already goes on.
+bool HttpHelper::start(const std::string& method, const std::string& requestData,
+                       HttpCallback* receiver) {
+  joinEnded();
+  const kvpm::MutexLock lock(mutex_);
+  if (thread_ == nullptr) return false;
+  if (!progress_.ended) return true;
+  method_ = method;
+  requestData_ = requestData;
+  prepareClient();
+  token_.reset();
+  progress_ = {};
+  transferResult_ = HttpResult();
+  transferResult_.setHttpCallbacks(receiver);
+  currentResult_ = &transferResult_;
+  progress_.ended = !thread_->start();
+  return !progress_.ended;
+}
+
+/// A transfer that has told its end may be followed by the next one at once, although its thread
+/// takes another moment to leave.
+void HttpHelper::joinEnded() {
+  std::unique_ptr<kvpm::Thread> leaving;  // joined without the lock, which its callbacks may need
+  const kvpm::MutexLock lock(mutex_);
+  if (thread_ == nullptr || !progress_.ended) return;
+  leaving = std::exchange(thread_, std::make_unique<kvpm::Thread>(this));
+}
+
+/// Waits until the body flows or never will. Looks now and then instead of returning at the first
+/// piece, which may be that of an error: then the failure has followed by the next look.
+void HttpHelper::waitForBody() {
+  const auto isOver = [this]()
+                          KVPM_REQUIRES(mutex_) { return progress_.ended || progress_.aborted; };
+  do {
+    const auto nextLook = std::chrono::steady_clock::now() + kLookInterval;
+    while (!isOver() && changed_.wait_until(mutex_, nextLook) == std::cv_status::no_timeout) {
+    }
+  } while (!isOver() && !progress_.bodyStarted);
 }
 
 void HttpHelper::prepareClient() {
@@ -194,7 +249,7 @@ void HttpHelper::prepareClient() {
   session_->setMaxRedirectCount(kTransferRedirects);
   session_->setRedirectCount(0);
   session_->setUserAgent("Vesk Player 2.0");
-  session_->setCancelToken(&transfer_->token());
+  session_->setCancelToken(&token_);
   client_->setBodyCallback(&HttpHelper::downloadBodyFunc);
   client_->setBodyContext(this);
   client_->setHeaderCallback(&HttpHelper::downloadHeaderFunc);
@@ -202,26 +257,17 @@ void HttpHelper::prepareClient() {
   if (method_ == "get") client_->setProgressCallback(&HttpHelper::progressFunc);
 }
 
-/// The caller may delete the result at once, so header lines that come later go to a record of the
-/// helper's own.
-HttpResult* HttpHelper::handOver(std::unique_ptr<HttpResult> result) {
-  const kvpm::MutexLock lock(mutex_);
-  ownResult_ = *result;
-  currentResult_ = &ownResult_;
-  return result.release();
-}
-
 void HttpHelper::runThread(kvpm::Thread*) {
   if (client_ == nullptr || method_.empty()) return;
   const bool isGet = method_ == "get";
-  transfer_->enter();
-  runningTransfers().enter(transfer_->token(), isGet);
+  runner_ = std::this_thread::get_id();
+  runningTransfers().enter(token_, isGet);
   const kvsc::HttpErrorIds exchanged = exchange();
-  runningTransfers().leave(transfer_->token());
+  runningTransfers().leave(token_);
   HttpCallback* const receiver = isGet ? callbacks_.load() : nullptr;
-  const kvsc::HttpErrorIds error = transfer_->noteEnd(exchanged);
+  const kvsc::HttpErrorIds error = noteEnd(exchanged);
   if (receiver != nullptr) reportEnd(*receiver, error);
-  transfer_->leave();
+  runner_ = std::thread::id();
 }
 
 kvsc::HttpErrorIds HttpHelper::exchange() {
@@ -232,6 +278,18 @@ kvsc::HttpErrorIds HttpHelper::exchange() {
     client_->httpPost(url_, std::string(), &error, session_.get(), requestData_, "", kvsc::SSLV3,
                       false);
   }
+  return error;
+}
+
+/// Returns what came of the transfer: one that was ended because its receiver refused the body has
+/// failed, it was not cancelled.
+kvsc::HttpErrorIds HttpHelper::noteEnd(kvsc::HttpErrorIds error) {
+  const kvpm::MutexLock lock(mutex_);
+  if (error == kvsc::HTTP_ERROR_CANCELLED && progress_.refused) error = kvsc::HTTP_ERROR_FAILED;
+  const bool cancelledLate = error == kvsc::HTTP_ERROR_CANCELLED && progress_.bodyStarted;
+  if (error != kvsc::HTTP_ERROR_NONE && !cancelledLate) progress_.aborted = true;
+  progress_.ended = true;
+  changed_.notify_all();
   return error;
 }
 
@@ -257,8 +315,11 @@ std::size_t HttpHelper::downloadBodyFunc(void* data, std::size_t size, std::size
   const std::size_t length = size * count;
   const std::size_t taken =
       receiver != nullptr ? receiver->bodyReceived(static_cast<const char*>(data), length) : 0;
-  const int status = self.client_ != nullptr ? self.client_->getResponseCode() : 0;
-  self.transfer_->notePiece(status, taken != length);
+  const kvpm::MutexLock lock(self.mutex_);
+  self.progress_.bodyStarted = true;
+  self.progress_.refused = self.progress_.refused || taken != length;
+  // The client does not look at what its callbacks return.
+  if (self.progress_.refused) self.token_.cancel();
   return taken;
 }
 
