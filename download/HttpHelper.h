@@ -48,14 +48,15 @@ class HttpHelper : public kvpm::IRunnable {
   /// Asks with HEAD, following up to 10 redirects, on the calling thread.
   HttpResult* getInfo();
 
-  /// Starts fetching and returns once the first piece of the body was passed on, or the transfer
-  /// has failed or ended. The rest of the body and the outcome reach the callbacks later. Takes
-  /// back a cancel. `requestData` goes to the client as it is. Failed when the first piece is
-  /// refused, or is that of an error. While a transfer runs, nothing is started.
+  /// Starts fetching and returns once the body flows, which it looks for every 100 ms, or at once
+  /// when the transfer has failed or ended. The rest of the body and the outcome reach the
+  /// callbacks later. Takes back a cancel. `requestData` goes to the client as it is. Failed when
+  /// the transfer has failed by then; a piece that is refused fails it. While a transfer runs,
+  /// nothing is started.
   HttpResult* get(const std::string& requestData);
 
-  /// Starts sending a POST and returns once the first piece of the answer was passed on, or the
-  /// transfer has ended. The result is `HTTP_RESULT_OK` whatever comes of it.
+  /// Starts sending a POST and returns as `get` does, once the answer's body flows. The result is
+  /// `HTTP_RESULT_OK` whatever comes of it.
   HttpResult* post();
 
   /// Cancels this helper's transfer and those that run in any other helper.
