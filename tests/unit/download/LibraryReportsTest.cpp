@@ -42,9 +42,7 @@ TEST_F(LibraryReports, OutsideOfZeroToAHundredAreIgnored) {
 
 TEST_F(LibraryReports, PlayAnItemOnRequestOnce) {
   manager_.answerPlay(true);
-  auto item = film();
-  item->setAutoProgressivePlayback(true);
-  startAndReport(std::move(item));
+  startAndReport(filmToPlay());
   library_.progress(kUid, 5);
   library_.progress(kUid, 6);
   library_.progress(kUid, 7);
@@ -60,9 +58,7 @@ TEST_F(LibraryReports, PlayThroughAFunctionInsteadOfTheManager) {
     log_.add("playback " + std::to_string(id));
     return true;
   });
-  auto item = film();
-  item->setAutoProgressivePlayback(true);
-  startAndReport(std::move(item));
+  startAndReport(filmToPlay());
   library_.progress(kUid, 6);
   library_.progress(kUid, 7);
   EXPECT_EQ(log_.count("playback 7"), 1u);
@@ -75,16 +71,14 @@ TEST_F(LibraryReports, PlayThroughAFunctionWithoutAManagerToo) {
   auto item = film();
   item->setAutoProgressivePlayback(true);
   start(std::move(item));
-  ASSERT_TRUE(waitFor("library.start " + server_.url("/dir/movie.vesk")));
+  ASSERT_TRUE(waitFor("library.start " + urlOf("movie.vesk")));
   library_.complete(kUid);
   EXPECT_EQ(ended(), 4);
   EXPECT_FALSE(worker_->getItem()->getAutoProgressivePlayback());
 }
 
 TEST_F(LibraryReports, TryToPlayAgainAfterAFailure) {
-  auto item = film();
-  item->setAutoProgressivePlayback(true);
-  startAndReport(std::move(item));
+  startAndReport(filmToPlay());
   library_.progress(kUid, 6);
   library_.progress(kUid, 7);
   EXPECT_EQ(log_.count("manager.play 7"), 2u);

@@ -105,9 +105,7 @@ TEST_F(WorkerClose, HasAPlayStopDuringTheDestruction) {
     log_.waitFor("library.callback none");  // the worker is closing
     worker->stop();
   });
-  auto item = film();
-  item->setAutoProgressivePlayback(true);
-  startAndReport(std::move(item));
+  startAndReport(filmToPlay());
   library_.onOwnThread([this] { library_.progress(kUid, 50); });
   ASSERT_TRUE(asked.wait());
   worker_->stop();

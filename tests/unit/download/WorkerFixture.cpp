@@ -32,8 +32,7 @@ WorkerTest::WorkerTest() {
   KPXPreferences::userSettings =
       new QSettings(QString::fromStdString((dir_ / "settings.ini").string()), QSettings::IniFormat);
   KPXPreferences::userSettings->setValue(KPXPreferences::MediaFolder, folder);
-  const std::string length = "Content-Length: " + std::to_string(kLength) + "\r\n";
-  server_.always(Script::answer(bareResponse("200 OK", length)));
+  announceLength(std::to_string(kLength));
   context_.offer<KPB::DownloadInterface>(KPB::DIN_Download, &library_);
   context_.offer<VeskPlayerX::ZPSServicesInterface>(VeskPlayerX::DIN_ZPSServices, &services_);
   context_.offer<VeskPlayerX::PlayerInterface>(VeskPlayerX::DIN_Player, &player_);
@@ -50,8 +49,14 @@ std::unique_ptr<DownloadItem> WorkerTest::film(const std::string& name) {
   auto item = std::make_unique<DownloadItem>();
   item->setId(7);
   item->setTitle(L"Film \u00e4");
-  const std::string url = server_.url("/dir/" + name);
+  const std::string url = urlOf(name);
   item->setUrl(std::wstring(url.begin(), url.end()));
+  return item;
+}
+
+std::unique_ptr<DownloadItem> WorkerTest::filmToPlay() {
+  auto item = film();
+  item->setAutoProgressivePlayback(true);
   return item;
 }
 
@@ -85,6 +90,10 @@ VeskDrmDownloadAuthorization WorkerTest::refusal(int code) {
 
 void WorkerTest::putFile(const std::string& name, std::size_t bytes) {
   dir_.write("media/" + name, std::string(bytes, 'x'));
+}
+
+void WorkerTest::announceLength(const std::string& length) {
+  server_.always(Script::answer(bareResponse("200 OK", "Content-Length: " + length + "\r\n")));
 }
 
 void WorkerTest::start(std::unique_ptr<DownloadItem> item) {

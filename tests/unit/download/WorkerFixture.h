@@ -36,7 +36,9 @@ class WorkerTest : public ::testing::Test {
 
   // What there is.
   std::string media(const std::string& name) const { return (dir_ / "media" / name).string(); }
+  std::string urlOf(const std::string& name) { return server_.url("/dir/" + name); }
   std::unique_ptr<DownloadItem> film(const std::string& name = "movie.vesk");
+  std::unique_ptr<DownloadItem> filmToPlay();
   std::unique_ptr<DownloadItem> protectedFilm();
   VeskDrmDownloadAuthorization grant() const;
   static VeskDrmDownloadAuthorization refusal(int code);
@@ -45,6 +47,7 @@ class WorkerTest : public ::testing::Test {
   Gate& gate() { return gates_.emplace_back(); }
 
   // What is done.
+  void announceLength(const std::string& length);
   void start(std::unique_ptr<DownloadItem> item);
   /// Starts, and waits for the manager to hear that the transfer runs.
   void startAndFetch(std::unique_ptr<DownloadItem> item);

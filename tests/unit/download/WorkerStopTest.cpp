@@ -279,9 +279,7 @@ TEST_F(WorkerStop, DoesNotWaitForAPlayThatNeedsTheStoppersLock) {
     asked_.open();
     const std::lock_guard lock(managersLock);
   });
-  auto item = film();
-  item->setAutoProgressivePlayback(true);
-  startAndFetch(std::move(item));
+  startAndFetch(filmToPlay());
   {
     const std::lock_guard lock(managersLock);
     library_.onOwnThread([this] { library_.complete(kUid); });
@@ -300,9 +298,7 @@ TEST_F(WorkerStop, DoesNotWaitForAPlayThatAReportBegan) {
     asked_.open();
     const std::lock_guard lock(managersLock);
   });
-  auto item = film();
-  item->setAutoProgressivePlayback(true);
-  startAndFetch(std::move(item));
+  startAndFetch(filmToPlay());
   {
     const std::lock_guard lock(managersLock);
     library_.onOwnThread([this] { library_.progress(kUid, 50); });
@@ -318,9 +314,7 @@ TEST_F(WorkerStop, MayComeFromWithinAPlay) {
   manager_.onEvent([&](const std::string& line) {
     if (line == "manager.play 7") worker_->stop();
   });
-  auto item = film();
-  item->setAutoProgressivePlayback(true);
-  startAndFetch(std::move(item));
+  startAndFetch(filmToPlay());
   library_.progress(kUid, 50);
   EXPECT_EQ(ended(), 5);
 }
