@@ -18,14 +18,14 @@ bool AttachedView::isInNotice() { return callsUnderWay > 0; }
 void AttachedView::attach(View* view) {
   const kvpm::MutexLock lock(mutex_);
   view_ = view;
-  while (isEarlierViewVisitedElsewhere()) left_.wait(mutex_);
+  while (isEarlierViewCalledElsewhere()) callEnded_.wait(mutex_);
 }
 
-bool AttachedView::isEarlierViewVisitedElsewhere() const {
+bool AttachedView::isEarlierViewCalledElsewhere() const {
   const auto self = std::this_thread::get_id();
-  return std::any_of(visitors_.begin(), visitors_.end(),
-                     [self, present = view_](const Visitor& visitor) {
-                       return visitor.view != present && visitor.thread != self;
+  return std::any_of(runningCalls_.begin(), runningCalls_.end(),
+                     [self, present = view_](const RunningCall& call) {
+                       return call.view != present && call.thread != self;
                      });
 }
 
@@ -34,17 +34,17 @@ AttachedView::View* AttachedView::presentView() const {
   return view_;
 }
 
-AttachedView::View* AttachedView::enter() {
+AttachedView::View* AttachedView::beginCall() {
   const kvpm::MutexLock lock(mutex_);
-  if (view_ != nullptr) visitors_.push_back({view_, std::this_thread::get_id()});
+  if (view_ != nullptr) runningCalls_.push_back({view_, std::this_thread::get_id()});
   return view_;
 }
 
-void AttachedView::leave(View* view) {
+void AttachedView::endCall(View* view) {
   const kvpm::MutexLock lock(mutex_);
-  visitors_.erase(
-      std::find(visitors_.begin(), visitors_.end(), Visitor{view, std::this_thread::get_id()}));
-  left_.notify_all();
+  runningCalls_.erase(std::find(runningCalls_.begin(), runningCalls_.end(),
+                                RunningCall{view, std::this_thread::get_id()}));
+  callEnded_.notify_all();
 }
 
 }  // namespace download

@@ -30,8 +30,8 @@ class AttachedView {
   /// Runs `notice(view)` on the calling thread; does nothing without a view. Notices may be nested.
   template <class Notice>
   void notify(Notice notice) {
-    const Visit visit(*this);
-    if (visit.view() != nullptr) notice(*visit.view());
+    const NoticeCall call(*this);
+    if (call.view() != nullptr) notice(*call.view());
   }
 
   /// Returns `question(view)`, or `withoutView` without one. `attach` does not wait for questions,
@@ -60,13 +60,14 @@ class AttachedView {
   };
 
   /// One notice, known to `attach` while it lives.
-  class Visit {
+  class NoticeCall {
    public:
-    explicit Visit(AttachedView& attached) : attached_(attached), view_(attached.enter()) {}
-    Visit(const Visit&) = delete;
-    Visit& operator=(const Visit&) = delete;
-    ~Visit() {
-      if (view_ != nullptr) attached_.leave(view_);
+    explicit NoticeCall(AttachedView& attached)
+        : attached_(attached), view_(attached.beginCall()) {}
+    NoticeCall(const NoticeCall&) = delete;
+    NoticeCall& operator=(const NoticeCall&) = delete;
+    ~NoticeCall() {
+      if (view_ != nullptr) attached_.endCall(view_);
     }
     View* view() const { return view_; }
 
@@ -76,21 +77,21 @@ class AttachedView {
     View* const view_;
   };
 
-  struct Visitor {
+  struct RunningCall {
     View* view;
     std::thread::id thread;
-    bool operator==(const Visitor&) const = default;
+    bool operator==(const RunningCall&) const = default;
   };
 
   View* presentView() const;
-  View* enter();
-  void leave(View* view);
-  bool isEarlierViewVisitedElsewhere() const KVPM_REQUIRES(mutex_);
+  View* beginCall();
+  void endCall(View* view);
+  bool isEarlierViewCalledElsewhere() const KVPM_REQUIRES(mutex_);
 
   mutable kvpm::Mutex mutex_;
-  std::condition_variable_any left_;
+  std::condition_variable_any callEnded_;
   View* view_ KVPM_GUARDED_BY(mutex_) = nullptr;
-  std::vector<Visitor> visitors_ KVPM_GUARDED_BY(mutex_);
+  std::vector<RunningCall> runningCalls_ KVPM_GUARDED_BY(mutex_);
 };
 
 }  // namespace download

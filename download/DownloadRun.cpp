@@ -34,7 +34,7 @@ void Impl::takeSteps() {
   Transfer transfer;
   if (!findSource(transfer) || !measure(transfer)) return;
   download::Placement placement(*item_, totalSize_, host_, state_);
-  if (placement.settle(transfer.url) && state_.isRunning()) fetch(transfer);
+  if (placement.findPlace(transfer.url) && state_.isRunning()) fetch(transfer);
 }
 
 bool Impl::findSource(Transfer& transfer) {
@@ -74,7 +74,7 @@ void Impl::fetch(Transfer& transfer) {
   closeGate();
   if (state_.status() == DownloadStatusCompleted) finishCompleted();
   if (state_.status() != DownloadStatusStopped) reportStatus(state_.status());
-  if (state_.isStopping()) sessionUid_ = 0;  // that stop gives it back
+  if (state_.isStopping()) sessionUid_ = 0;  // that stop releases it
 }
 
 void Impl::describe(Transfer& transfer) {
@@ -122,7 +122,7 @@ void Impl::closeGate() {
 void Impl::finishCompleted() {
   host_.report([&](auto& manager) { manager.updateDownloadProgress(item_->getId(), kWholeFile); });
   if (playIfRequested()) {
-    sessionUid_ = 0;  // the player's to give back
+    sessionUid_ = 0;  // the player releases it
     return;
   }
   if (state_.isStopping()) return;
@@ -130,7 +130,7 @@ void Impl::finishCompleted() {
   if (player != nullptr) releaseSession(player->get());
 }
 
-/// Gives the session back unless `player`, which may be null, holds its film and is to do that.
+/// Releases the session unless `player`, which may be null, has its film open and will do that.
 void Impl::releaseSession(PlayerInterface* player) {
   const unsigned long long uid = std::exchange(sessionUid_, 0);
   if (uid == 0) return;

@@ -29,7 +29,7 @@ class Context;
 class HttpDownloadThread : public DownloadThreadInterface {
  public:
   /// `context` finds the library, the services and the player; not owned, outlives the worker.
-  /// Creates the host's shared preferences object when there is none.
+  /// Creates the host's shared preferences object unless it exists.
   explicit HttpDownloadThread(KPIM::Context* context);
 
   /// Closes the worker, then deletes the shared preferences object unless another worker uses it.
@@ -39,8 +39,8 @@ class HttpDownloadThread : public DownloadThreadInterface {
   DownloadStatusEnumType downloadVideo(VeskPlayerX::DownloadItemInterface* item) override;
   void stop() override;
 
-  /// Once it returns, no notice is running at the earlier view and none will reach it (a notice
-  /// that the calling thread itself is in the middle of aside). A question that waits for the user,
+  /// Once it returns, no notice is running at the earlier view and none will reach it, except
+  /// one that the calling thread itself is inside. A question that waits for the user,
   /// `chooseSlot`, is not waited for: a view that is asked something outlives its own answer.
   void setInterfaces(VeskPlayerX::DownloadManagerInterface* manager,
                      VeskPlayerX::DownloadManagerViewInterface* view) override;

@@ -109,11 +109,11 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
 
   kvpm::CritSection runLock_;
 
-  // The holder's of the run lock.
-  std::shared_ptr<Item> item_;  // also the callbacks' while the gate is open
+  // Used by the thread that holds the run lock.
+  std::shared_ptr<Item> item_;  // by the callbacks too while the gate is open
   std::unique_ptr<KPIM::Helper<KPB::DownloadInterface>> library_;
   std::uint64_t totalSize_ = 0;        // bytes
-  unsigned long long sessionUid_ = 0;  // a session that is not given back yet, 0 without one
+  unsigned long long sessionUid_ = 0;  // a session yet to be released, 0 without one
 
   kvpm::Mutex callbackMutex_;
   download::SessionGate gate_ KVPM_GUARDED_BY(callbackMutex_);

@@ -281,8 +281,8 @@ kvsc::HttpErrorIds HttpHelper::exchange() {
   return error;
 }
 
-/// Returns what came of the transfer: one that was ended because its receiver refused the body has
-/// failed, it was not cancelled.
+/// Returns the outcome of the transfer: one that was ended because its receiver refused the body
+/// has failed, it was not cancelled.
 kvsc::HttpErrorIds HttpHelper::noteEnd(kvsc::HttpErrorIds error) {
   const kvpm::MutexLock lock(mutex_);
   if (error == kvsc::HTTP_ERROR_CANCELLED && progress_.refused) error = kvsc::HTTP_ERROR_FAILED;

@@ -56,7 +56,7 @@ class HttpHelper : public kvpm::IRunnable {
   HttpResult* get(const std::string& requestData);
 
   /// Starts sending a POST and returns as `get` does, once the answer's body flows. The result is
-  /// `HTTP_RESULT_OK` whatever comes of it.
+  /// `HTTP_RESULT_OK` whatever the outcome.
   HttpResult* post();
 
   /// Cancels this helper's transfer and those that run in any other helper.
@@ -66,7 +66,7 @@ class HttpHelper : public kvpm::IRunnable {
   /// has ended; on the transfer's own thread it does not wait. The next transfer needs a `setup`.
   void abort();
 
-  /// The transfer; nothing when none was asked for.
+  /// Runs the transfer that was started; does nothing without one.
   void runThread(kvpm::Thread* thread) override;
 
   /// What the client calls with this helper as context; each returns the bytes handled.

@@ -14,16 +14,16 @@ std::string redirectTarget(const std::string& redirection) {
   return redirection.substr(0, redirection.size() - std::min(kLineEnd, redirection.size()));
 }
 
-bool RedirectTrail::mayAsk(const std::string& url) {
+bool RedirectLimit::mayAsk(const std::string& url) {
   return ++steps_ <= kSteps && ++asked_[url] <= kSameAddress;
 }
 
 std::uint64_t totalMediaSize(const std::string& url, kvsc::CancelToken& cancel) {
   HttpHelper helper;
   helper.setCancelToken(&cancel);
-  RedirectTrail trail;
+  RedirectLimit limit;
   std::string address = url;
-  while (!cancel.isCancelled() && trail.mayAsk(address)) {
+  while (!cancel.isCancelled() && limit.mayAsk(address)) {
     helper.setup(address, "");
     const std::unique_ptr<HttpResult> info(helper.getInfo());
     if (info->getResult() == HTTP_RESULT_OK) return info->getContentLength();

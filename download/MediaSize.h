@@ -12,9 +12,9 @@ namespace download {
 /// The address in a redirection as it was received: without the two characters of the line end.
 std::string redirectTarget(const std::string& redirection);
 
-/// Tells a long way from a loop. A server may answer the same address differently the second time,
-/// so only an address that is asked for over and over, or a way without end, is a loop.
-class RedirectTrail {
+/// Tells a long chain of redirects from a loop. A server may answer the same address differently
+/// the second time, so only one that is asked for over and over, or an endless chain, is a loop.
+class RedirectLimit {
  public:
   static constexpr int kSameAddress = 10;
   static constexpr int kSteps = 1000;

@@ -23,16 +23,16 @@ bool lacksSpace(const QString& folder, std::uint64_t needed) {
 
 }  // namespace
 
-bool Placement::settle(const std::string& url) {
+bool Placement::findPlace(const std::string& url) {
   if (item_.getPath().empty()) usePath(localFilePath(url));
   const std::wstring path = freePathLike(item_.getPath(), &PathTools::fileExists);
   if (path != item_.getPath()) usePath(path);
   const bool fresh = !PathTools::fileExists(path) && item_.getPercentDownloaded() == 0;
-  return (!fresh || claimMediaFolder()) && checkPresentFile();
+  return (!fresh || useMediaFolder()) && checkPresentFile();
 }
 
 /// A fresh download always goes to the media folder, and needs room there and where it arrives.
-bool Placement::claimMediaFolder() {
+bool Placement::useMediaFolder() {
   const std::wstring path = mediaFolderPrefix() + PathTools::getFileName(item_.getPath());
   reportPath(path);
   item_.setPath(path);

@@ -21,12 +21,12 @@ class Placement {
   Placement(Item& item, std::uint64_t total, Host& host, RunState& state)
       : item_(item), total_(total), host_(host), state_(state) {}
 
-  /// Chooses a path, named after `url` when the item has none. False when the run has ended: for
-  /// too little space, or because the file is there already, whole.
-  bool settle(const std::string& url);
+  /// Chooses a path, named after `url` when the item has no path yet. False when the run has ended:
+  /// for too little space, or because the file is there already, whole.
+  bool findPlace(const std::string& url);
 
  private:
-  bool claimMediaFolder();
+  bool useMediaFolder();
   bool checkPresentFile();
   void complete();
   bool tooLittleSpace(const std::wstring& where);

@@ -11,8 +11,8 @@ namespace support {
 struct HostPlaces {
   QString temporary;
   QString mediaFolder;
-  std::optional<std::uint64_t> freeForMedia;      ///< none: cannot be learnt
-  std::optional<std::uint64_t> freeForTemporary;  ///< none: cannot be learnt
+  std::optional<std::uint64_t> freeForMedia;      ///< nullopt: cannot be learnt
+  std::optional<std::uint64_t> freeForTemporary;  ///< nullopt: cannot be learnt
 };
 
 HostPlaces& hostPlaces();

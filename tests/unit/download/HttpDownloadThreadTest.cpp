@@ -15,7 +15,7 @@ namespace {
 using support::slotOf;
 
 // An operation added to the interface comes to lie behind its last one.
-struct ExtendedFace : DownloadThreadInterface {
+struct ExtendedInterface : DownloadThreadInterface {
   virtual void behindTheLast() = 0;
 };
 
@@ -62,7 +62,7 @@ TEST(HttpDownloadThread, LeavesThePreferencesToAnotherWorker) {
   EXPECT_EQ(KPXPreferences::userSettings, nullptr);
 }
 
-TEST(SharedPreferences, ThatNobodyUsesAreDeletedOnRequest) {
+TEST(SharedPreferences, AreDeletedOnRequestWhenUnused) {
   KPXPreferences::userSettings = new QSettings(QSettings::UserScope, "Organisation", "Settings");
   download::SharedPreferences::deleteUnused();
   EXPECT_EQ(KPXPreferences::userSettings, nullptr);
@@ -76,7 +76,7 @@ TEST(HttpDownloadThread, FailsEveryItemWithoutAContext) {
   worker.stopDownload(1);
 }
 
-TEST(HttpDownloadThread, HasTheWorkersFace) {
+TEST(HttpDownloadThread, ImplementsTheWorkerInterface) {
   EXPECT_TRUE((std::is_base_of_v<DownloadThreadInterface, HttpDownloadThread>));
   EXPECT_TRUE(std::has_virtual_destructor_v<DownloadThreadInterface>);
   EXPECT_TRUE(std::is_abstract_v<DownloadThreadInterface>);
@@ -88,23 +88,23 @@ TEST(HttpDownloadThread, HasTheWorkersFace) {
   EXPECT_EQ(slotOf(&DownloadThreadInterface::stopDownload), 6);
   EXPECT_EQ(slotOf(&DownloadThreadInterface::prepare), 7);
   EXPECT_EQ(slotOf(&DownloadThreadInterface::close), 8);
-  EXPECT_EQ(slotOf(&ExtendedFace::behindTheLast), 9);
+  EXPECT_EQ(slotOf(&ExtendedInterface::behindTheLast), 9);
 }
 
-class WorkerFace : public support::WorkerTest {};
+class WorkerInterface : public support::WorkerTest {};
 
-TEST_F(WorkerFace, TellsTheTotalSizeOfMedia) {
+TEST_F(WorkerInterface, TellsTheTotalSizeOfMedia) {
   EXPECT_EQ(worker_->getTotalMediaSize(server_.url("/film.avi")), kLength);
 }
 
-TEST_F(WorkerFace, TellsTheTotalSizeAfterAStoppedRunToo) {
+TEST_F(WorkerInterface, TellsTheTotalSizeAfterAStoppedRunToo) {
   startAndFetch(film());
   worker_->stop();
   EXPECT_EQ(ended(), 5);
   EXPECT_EQ(worker_->getTotalMediaSize(server_.url("/film.avi")), kLength);
 }
 
-TEST_F(WorkerFace, LetsTheViewGoDuringARun) {
+TEST_F(WorkerInterface, DetachesTheViewDuringARun) {
   startAndFetch(film());
   worker_->setInterfaces(&manager_, nullptr);
   library_.broke(kUid);

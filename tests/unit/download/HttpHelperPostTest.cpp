@@ -27,7 +27,7 @@ TEST_F(HttpHelperPost, StreamsTheAnswerWithoutReportingTheEnd) {
   EXPECT_THAT(log_.lines("header"), IsEmpty());
 }
 
-TEST_F(HttpHelperPost, IsOkWhateverComesOfIt) {
+TEST_F(HttpHelperPost, IsOkWhateverTheOutcome) {
   server_.always(Script::answer(bareResponse("500 Oops")));
   helper_.setCallbacks(&receiver_);
   EXPECT_EQ(post()->getResult(), HTTP_RESULT_OK);

@@ -174,19 +174,19 @@ TEST(RedirectTarget, LosesTwoCharactersEvenOfABareLineFeed) {
   EXPECT_EQ(redirectTarget("\n"), "");
 }
 
-TEST(RedirectTrail, AllowsAnAddressTenTimes) {
-  RedirectTrail trail;
-  for (int time = 0; time < RedirectTrail::kSameAddress; ++time) EXPECT_TRUE(trail.mayAsk("a"));
-  EXPECT_FALSE(trail.mayAsk("a"));
-  EXPECT_TRUE(trail.mayAsk("b"));
+TEST(RedirectLimit, AllowsAnAddressTenTimes) {
+  RedirectLimit limit;
+  for (int time = 0; time < RedirectLimit::kSameAddress; ++time) EXPECT_TRUE(limit.mayAsk("a"));
+  EXPECT_FALSE(limit.mayAsk("a"));
+  EXPECT_TRUE(limit.mayAsk("b"));
 }
 
-TEST(RedirectTrail, EndsAWayWithoutEnd) {
-  RedirectTrail trail;
-  for (int step = 0; step < RedirectTrail::kSteps; ++step) {
-    ASSERT_TRUE(trail.mayAsk(std::to_string(step)));
+TEST(RedirectLimit, EndsAnEndlessChain) {
+  RedirectLimit limit;
+  for (int step = 0; step < RedirectLimit::kSteps; ++step) {
+    ASSERT_TRUE(limit.mayAsk(std::to_string(step)));
   }
-  EXPECT_FALSE(trail.mayAsk("one more"));
+  EXPECT_FALSE(limit.mayAsk("one more"));
 }
 
 }  // namespace

@@ -219,7 +219,7 @@ TEST_F(RightsManagedRun, DoesNotTrustASizeThatServicesInvent) {
   EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + (dir_ / "media").string()));
 }
 
-TEST_F(RightsManagedRun, AsksNobodyWhenStoppedBeforehand) {
+TEST_F(RightsManagedRun, CallsNoServicesWhenStoppedBeforehand) {
   services_.setAnswers({grant()});
   manager_.onEvent([this](const std::string& line) {
     if (line == "manager.updateStatus 7 2") worker_->stop();

@@ -62,7 +62,7 @@ TEST_F(RunEnd, LeavesTheSessionWithoutAPlayer) {
   EXPECT_THAT(library_.stopped(), IsEmpty());
 }
 
-TEST_F(RunEnd, GivesASessionThatCompletedWithoutAPlayerBackInTheNextRun) {
+TEST_F(RunEnd, ReleasesASessionThatCompletedWithoutAPlayerInTheNextRun) {
   context_.answer(VeskPlayerX::DIN_Player, KPIM::kNoSuchPlugin);
   startAndFetch(film());
   library_.complete(kUid);
@@ -72,7 +72,7 @@ TEST_F(RunEnd, GivesASessionThatCompletedWithoutAPlayerBackInTheNextRun) {
   EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
 }
 
-TEST_F(RunEnd, GivesABrokenSessionBackInTheNextRun) {
+TEST_F(RunEnd, ReleasesABrokenSessionInTheNextRun) {
   startAndFetch(film());
   library_.broke(kUid);
   EXPECT_EQ(ended(), 6);
@@ -92,7 +92,7 @@ TEST_F(RunEnd, LeavesABrokenSessionThatThePlayerHolds) {
   EXPECT_THAT(library_.stopped(), IsEmpty());
 }
 
-TEST_F(RunEnd, GivesABrokenSessionBackOnce) {
+TEST_F(RunEnd, ReleasesABrokenSessionOnce) {
   startAndFetch(film());
   library_.broke(kUid);
   EXPECT_EQ(ended(), 6);

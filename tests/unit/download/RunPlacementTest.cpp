@@ -97,7 +97,7 @@ TEST_F(RunPlacement, NeedsTwiceTheSizeAndALittleInTheTemporaryFolder) {
   EXPECT_THAT(reports(), ElementsAre(pathReport("movie.vesk"), pathReport("movie.vesk")));
 }
 
-TEST_F(RunPlacement, IsContentWithExactlyTheSpaceItNeeds) {
+TEST_F(RunPlacement, AcceptsExactlyTheSpaceItNeeds) {
   hostPlaces().freeForMedia = 14337;
   hostPlaces().freeForTemporary = 14337;
   startAndFetch(film());
@@ -111,7 +111,7 @@ TEST_F(RunPlacement, TakesSpaceThatCannotBeLearntForEnough) {
   EXPECT_THAT(views(), IsEmpty());
 }
 
-TEST_F(RunPlacement, AsksForTemporarySpaceEvenWhenTheMediaFolderIsSilent) {
+TEST_F(RunPlacement, ChecksTheTemporaryFolderEvenWhenTheMediaFoldersSpaceIsUnknown) {
   hostPlaces().freeForMedia.reset();
   hostPlaces().freeForTemporary = 14336;
   EXPECT_EQ(run(film()), 6);

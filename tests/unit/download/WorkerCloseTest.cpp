@@ -46,7 +46,7 @@ TEST_F(WorkerClose, StopsTheSession) {
   EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
 }
 
-TEST_F(WorkerClose, GivesABrokenSessionBackThatNoRunCould) {
+TEST_F(WorkerClose, ReleasesABrokenSessionThatNoRunCould) {
   HttpDownloadThread::HttpDownloadThreadImpl impl(*worker_, &context_);
   library_.whileStarting([this](unsigned long long uid) { library_.broke(uid); });
   EXPECT_EQ(impl.downloadVideo(film().release()), 6);

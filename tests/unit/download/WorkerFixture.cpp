@@ -17,7 +17,7 @@ constexpr std::uint64_t kPlenty = 1'000'000'000'000;
 
 /// A future's destructor would wait for ever: better to end the program with a word.
 template <class T>
-void insistOn(std::future<T>& future) {
+void requireEnd(std::future<T>& future) {
   if (future.wait_for(kGenerousDeadline) == std::future_status::ready) return;
   std::cerr << "a call of the worker never returned" << std::endl;
   std::abort();
@@ -42,7 +42,7 @@ WorkerTest::WorkerTest() {
 
 WorkerTest::~WorkerTest() {
   worker_.reset();  // also the settings
-  if (run_.valid()) insistOn(run_);
+  if (run_.valid()) requireEnd(run_);
 }
 
 std::unique_ptr<DownloadItem> WorkerTest::film(const std::string& name) {
@@ -114,7 +114,7 @@ void WorkerTest::startAndReport(std::unique_ptr<DownloadItem> item, unsigned lon
 }
 
 int WorkerTest::ended() {
-  insistOn(run_);
+  requireEnd(run_);
   return run_.get();
 }
 
@@ -128,7 +128,7 @@ std::future<void> WorkerTest::elsewhere(std::function<void()> action) {
 }
 
 bool WorkerTest::returned(std::future<void>& action) {
-  insistOn(action);
+  requireEnd(action);
   action.get();
   return true;
 }
