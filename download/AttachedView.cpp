@@ -3,17 +3,6 @@
 #include <algorithm>
 
 namespace download {
-namespace {
-
-thread_local int callsUnderWay = 0;
-
-}  // namespace
-
-AttachedView::InsideCall::InsideCall() { ++callsUnderWay; }
-
-AttachedView::InsideCall::~InsideCall() { --callsUnderWay; }
-
-bool AttachedView::isInNotice() { return callsUnderWay > 0; }
 
 void AttachedView::attach(View* view) {
   const kvpm::MutexLock lock(mutex_);

@@ -39,26 +39,10 @@ class AttachedView {
   template <class Question, class Answer>
   Answer ask(Question question, Answer withoutView) {
     View* const view = presentView();
-    if (view == nullptr) return withoutView;
-    const InsideCall inside;
-    return question(*view);
+    return view != nullptr ? question(*view) : withoutView;
   }
 
-  /// Whether the calling thread is inside a notice or a question, of any `AttachedView`. An
-  /// operation that the view calls from there must not wait for a lock whose holder may be waiting
-  /// for this thread.
-  static bool isInNotice();
-
  private:
-  /// Marks the calling thread as inside a call to a view.
-  class InsideCall {
-   public:
-    InsideCall();
-    InsideCall(const InsideCall&) = delete;
-    InsideCall& operator=(const InsideCall&) = delete;
-    ~InsideCall();
-  };
-
   /// One notice, known to `attach` while it lives.
   class NoticeCall {
    public:
@@ -72,7 +56,6 @@ class AttachedView {
     View* view() const { return view_; }
 
    private:
-    const InsideCall inside_;
     AttachedView& attached_;
     View* const view_;
   };

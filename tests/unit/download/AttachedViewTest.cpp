@@ -119,40 +119,9 @@ TEST_F(AttachedViewTest, ForgetsANoticeThatThrew) {
   auto noticing = std::async(std::launch::async, [this] {
     EXPECT_THROW(attached_.notify([](auto&) { throw std::runtime_error("no"); }),
                  std::runtime_error);
-    EXPECT_FALSE(AttachedView::isInNotice());
   });
   noticing.get();
   attached_.attach(nullptr);
-}
-
-TEST_F(AttachedViewTest, KnowsTheThreadThatIsInsideACall) {
-  bool insideNotice = false;
-  bool onAnotherThread = true;
-  view_.onEvent([&](const std::string&) {
-    insideNotice = AttachedView::isInNotice();
-    onAnotherThread =
-        std::async(std::launch::async, [] { return AttachedView::isInNotice(); }).get();
-  });
-  EXPECT_FALSE(AttachedView::isInNotice());
-  notify();
-  EXPECT_TRUE(insideNotice);
-  EXPECT_FALSE(onAnotherThread);
-  EXPECT_FALSE(AttachedView::isInNotice());
-  insideNotice = false;
-  chooseSlot();
-  EXPECT_TRUE(insideNotice);
-  EXPECT_FALSE(AttachedView::isInNotice());
-}
-
-TEST_F(AttachedViewTest, StaysInsideTheOuterNoticeWhenANestedOneHasEnded) {
-  AttachedView other;
-  other.attach(&view_);
-  bool stillInside = false;
-  attached_.notify([&](auto&) {
-    other.notify([](auto& view) { view.refreshItem(7); });
-    stillInside = AttachedView::isInNotice();
-  });
-  EXPECT_TRUE(stillInside);
 }
 
 }  // namespace
