@@ -235,13 +235,12 @@ void HttpHelper::joinEnded() {
 /// Waits until the body flows or never will. Looks now and then instead of returning at the first
 /// piece, which may be that of an error: then the failure has followed by the next look.
 void HttpHelper::waitForBody() {
-  const auto isOver = [this]()
-                          KVPM_REQUIRES(mutex_) { return progress_.ended || progress_.aborted; };
   do {
     const auto nextLook = std::chrono::steady_clock::now() + kLookInterval;
-    while (!isOver() && changed_.wait_until(mutex_, nextLook) == std::cv_status::no_timeout) {
+    while (!progress_.isOver() &&
+           changed_.wait_until(mutex_, nextLook) == std::cv_status::no_timeout) {
     }
-  } while (!isOver() && !progress_.bodyStarted);
+  } while (!progress_.isOver() && !progress_.bodyStarted);
 }
 
 void HttpHelper::prepareClient() {
@@ -286,8 +285,7 @@ kvsc::HttpErrorIds HttpHelper::exchange() {
 kvsc::HttpErrorIds HttpHelper::noteEnd(kvsc::HttpErrorIds error) {
   const kvpm::MutexLock lock(mutex_);
   if (error == kvsc::HTTP_ERROR_CANCELLED && progress_.refused) error = kvsc::HTTP_ERROR_FAILED;
-  const bool cancelledLate = error == kvsc::HTTP_ERROR_CANCELLED && progress_.bodyStarted;
-  if (error != kvsc::HTTP_ERROR_NONE && !cancelledLate) progress_.aborted = true;
+  if (error != kvsc::HTTP_ERROR_NONE) progress_.aborted = true;
   progress_.ended = true;
   changed_.notify_all();
   return error;

@@ -98,6 +98,8 @@ class HttpHelper : public kvpm::IRunnable {
     bool refused = false;  ///< by the receiver
     bool aborted = false;  ///< or failed
     bool ended = true;
+
+    bool isOver() const { return ended || aborted; }
   };
 
   void askForInfo(HttpResult& result);
