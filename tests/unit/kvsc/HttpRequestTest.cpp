@@ -6,98 +6,14 @@
 #include <cstdlib>
 #include <ctime>
 #include <memory>
+#include <new>
 #include <optional>
-#include <ostream>
 #include <string>
 
 #include "kvsc/HttpRequest.h"
 
 namespace kvsc {
 namespace {
-
-struct Uri {
-  std::string host = "old host";
-  std::string port = "old port";
-  std::string path = "old path";
-  bool isHttps = false;
-  int result = 1;
-};
-
-Uri parse(const std::string& text) {
-  Uri uri;
-  uri.result = HttpRequest::parseUri(text, &uri.host, &uri.port, &uri.path, &uri.isHttps);
-  return uri;
-}
-
-struct UriCase {
-  const char* text;
-  const char* host;
-  const char* port;
-  const char* path;
-  bool isHttps;
-};
-
-void PrintTo(const UriCase& c, std::ostream* out) { *out << c.text; }
-
-class ParseUri : public testing::TestWithParam<UriCase> {};
-
-TEST_P(ParseUri, SplitsTheAddress) {
-  const Uri uri = parse(GetParam().text);
-  EXPECT_EQ(uri.result, 0);
-  EXPECT_EQ(uri.host, GetParam().host);
-  EXPECT_EQ(uri.port, GetParam().port);
-  EXPECT_EQ(uri.path, GetParam().path);
-  EXPECT_EQ(uri.isHttps, GetParam().isHttps);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Addresses, ParseUri,
-    testing::Values(UriCase{"https://example/a?b=1", "example", "https", "/a?b=1", true},
-                    UriCase{"HTTP://Host:8080", "Host", "8080", "/", false},
-                    UriCase{"HttpS://Host/Path", "Host", "https", "/Path", true},
-                    UriCase{"http://host:/x", "host", "", "/x", false},
-                    UriCase{"http://:80/x", ":80", "http", "/x", false},
-                    UriCase{"http://a:b:c/x", "a", "b:c", "/x", false},
-                    UriCase{"ftp://host/http-file", "host", "http", "/http-file", false},
-                    UriCase{"http://host/go?to=https://other/", "host", "https",
-                            "/go?to=https://other/", true},
-                    UriCase{"http:host//x/y", "x", "http", "/y", false},
-                    UriCase{"http://", "", "http", "/", false},
-                    UriCase{"http:///x", "", "http", "/x", false},
-                    UriCase{"http://user@host/a#b", "user@host", "http", "/a#b", false},
-                    UriCase{"http://[::1]:80/x", "[", ":1]:80", "/x", false},
-                    UriCase{"http://host?a=/b", "host?a=", "http", "/b", false}));
-
-class ParseUriRefusal : public testing::TestWithParam<const char*> {};
-
-TEST_P(ParseUriRefusal, Fails) { EXPECT_EQ(parse(GetParam()).result, -1); }
-
-INSTANTIATE_TEST_SUITE_P(Addresses, ParseUriRefusal,
-                         testing::Values("", "host/path", "mailto:x", "ftp://host/file",
-                                         "http:host/x", "http:", "//http:host", "http//host"));
-
-TEST(ParseUriOutParameters, KeepTheirValuesWithoutAScheme) {
-  const Uri uri = parse("ftp://host/file");
-  EXPECT_EQ(uri.host, "old host");
-  EXPECT_EQ(uri.port, "old port");
-  EXPECT_EQ(uri.path, "old path");
-}
-
-TEST(ParseUriOutParameters, HoldTheSchemeOfAnAddressWithoutSlashes) {
-  const Uri uri = parse("https:host/x");
-  EXPECT_EQ(uri.result, -1);
-  EXPECT_TRUE(uri.isHttps);
-  EXPECT_EQ(uri.port, "https");
-  EXPECT_EQ(uri.host, "old host");
-}
-
-TEST(ParseUriOutParameters, SayThatAPlainAddressIsNotSecure) {
-  Uri uri;
-  uri.isHttps = true;
-  EXPECT_EQ(HttpRequest::parseUri("http://host/", &uri.host, &uri.port, &uri.path, &uri.isHttps),
-            0);
-  EXPECT_FALSE(uri.isHttps);
-}
 
 std::string takeBytes(unsigned char* bytes, int length) {
   const std::unique_ptr<unsigned char[]> owner(bytes);
@@ -352,71 +268,6 @@ TEST_F(IfModifiedSince, HoldsTheWordsOfCtime) {
       EXPECT_EQ(line, reorderedCtime(seconds)) << zone << " " << seconds;
     }
   }
-}
-
-HttpRequest::Texts goodTexts() {
-  return {"GET", "host", "https", "/p", "text/xml", "Agent 1", "x/y", "UTF-8", "A: 1\r\nB: 2"};
-}
-
-using TextField = std::string_view HttpRequest::Texts::*;
-
-struct FieldCase {
-  TextField field;
-  const char* name;
-};
-
-void PrintTo(const FieldCase& c, std::ostream* out) { *out << c.name; }
-
-class FindForbidden : public testing::TestWithParam<FieldCase> {};
-
-TEST_P(FindForbidden, NamesTheTextThatHoldsALineEndOrAZeroByte) {
-  for (const std::string_view bad : {std::string_view("\r"), std::string_view("\n"),
-                                     std::string_view("a\r\nX: 1"), std::string_view("a\0b", 3)}) {
-    HttpRequest::Texts texts = goodTexts();
-    texts.*GetParam().field = bad;
-    EXPECT_EQ(HttpRequest::findForbidden(texts), std::string("Request refused: the ") +
-                                                     GetParam().name +
-                                                     " holds a line end or a zero byte.");
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Texts, FindForbidden,
-    testing::Values(FieldCase{&HttpRequest::Texts::method, "method"},
-                    FieldCase{&HttpRequest::Texts::host, "host"},
-                    FieldCase{&HttpRequest::Texts::port, "port"},
-                    FieldCase{&HttpRequest::Texts::path, "path"},
-                    FieldCase{&HttpRequest::Texts::responseType, "response type"},
-                    FieldCase{&HttpRequest::Texts::userAgent, "user agent"},
-                    FieldCase{&HttpRequest::Texts::contentType, "content type"},
-                    FieldCase{&HttpRequest::Texts::charset, "charset"}));
-
-std::string refusalOfExtraHeaders(std::string_view extraHeaders) {
-  HttpRequest::Texts texts = goodTexts();
-  texts.extraHeaders = extraHeaders;
-  return HttpRequest::findForbidden(texts);
-}
-
-TEST(FindForbiddenExtraHeaders, AllowsLinesBetweenLineEnds) {
-  EXPECT_EQ(refusalOfExtraHeaders(""), "");
-  EXPECT_EQ(refusalOfExtraHeaders("A: 1"), "");
-  EXPECT_EQ(refusalOfExtraHeaders("A: 1\r\nB: 2\r\nC: 3"), "");
-}
-
-TEST(FindForbiddenExtraHeaders, RefusesEverythingThatEndsTheHeadersOrALineEarly) {
-  for (const std::string_view bad :
-       {std::string_view("\r\n"), std::string_view("A: 1\r\n"), std::string_view("\r\nA: 1"),
-        std::string_view("A: 1\r\n\r\nB: 2"), std::string_view("A: 1\nB: 2"),
-        std::string_view("A: 1\rB: 2"), std::string_view("A: 1\r\r\nB: 2"),
-        std::string_view("A: 1\r\n\nB: 2"), std::string_view("A: \0", 4)}) {
-    EXPECT_EQ(refusalOfExtraHeaders(bad),
-              "Request refused: the extra headers are not lines of text separated by line ends.");
-  }
-}
-
-TEST(FindForbidden, HasNothingToSayAboutGoodTexts) {
-  EXPECT_EQ(HttpRequest::findForbidden(goodTexts()), "");
-  EXPECT_EQ(HttpRequest::findForbidden({}), "");
 }
 
 }  // namespace
