@@ -15,7 +15,7 @@ using support::Identity;
 using support::kDay;
 using support::KeyKind;
 using support::ScriptedServer;
-using Wish = support::TlsSettings::ClientCertificate;
+using ClientAuth = support::TlsSettings::ClientCertificate;
 namespace pki = support::pki;
 
 std::string subjectOf(const Identity& identity) {
@@ -27,13 +27,13 @@ std::string subjectOf(const Identity& identity) {
 class ClientCertificatesTest : public testing::TestWithParam<int> {
  protected:
   /// Answers every client whose certificate `authority` has signed, and any at all without one.
-  void listen(Wish wish, std::optional<Identity> authority = std::nullopt,
+  void listen(ClientAuth clientAuth, std::optional<Identity> authority = std::nullopt,
               const std::string& environment = "LOCALHOST") {
     server_ = std::make_unique<ScriptedServer>(
         support::TlsSettings{.identity = serverOf({}, environment),
                              .minVersion = GetParam(),
                              .maxVersion = GetParam(),
-                             .clientCertificate = wish,
+                             .clientCertificate = clientAuth,
                              .clientAuthority = std::move(authority)});
     server_->always(support::Script::answer(support::okResponse("film")));
   }
@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(Versions, ClientCertificatesTest,
 
 TEST_P(ClientCertificatesTest, EachEnvironmentShowsItsOwnCertificate) {
   for (const char* environment : {"PRODUCTION", "JTEST", "ITEST", "ETEST", "LOCALHOST"}) {
-    listen(Wish::kRequired, support::development::authorityOf(environment), environment);
+    listen(ClientAuth::kRequired, support::development::authorityOf(environment), environment);
     CheckingClient client(environment);
     EXPECT_EQ(client.get(server_->url()), kSuccess) << environment;
     EXPECT_EQ(server_->ended().clientSubject,
@@ -74,13 +74,13 @@ TEST_P(ClientCertificatesTest, EachEnvironmentShowsItsOwnCertificate) {
 }
 
 TEST_P(ClientCertificatesTest, NoCertificateIsShownToAServerOfAnotherEnvironment) {
-  listen(Wish::kAsked, std::nullopt, "PRODUCTION");
+  listen(ClientAuth::kAsked, std::nullopt, "PRODUCTION");
   EXPECT_EQ(get(), (Outcome{kvsc::HTTP_ERROR_CERTIFICATE, kVerifyFailed}));
   EXPECT_EQ(server_->ended().clientSubject, "");
 }
 
 TEST_P(ClientCertificatesTest, NoCertificateIsShownThroughABareSendRequest) {
-  listen(Wish::kAsked, std::nullopt, "PRODUCTION");
+  listen(ClientAuth::kAsked, std::nullopt, "PRODUCTION");
   EXPECT_EQ(client_.client().sendRequest(server_->url(), 0, "GET", &client_.session(), "", "", ""),
             kvsc::HTTP_ERROR_CERTIFICATE);
   EXPECT_EQ(client_.client().getErrorString(), kVerifyFailed);
@@ -88,14 +88,14 @@ TEST_P(ClientCertificatesTest, NoCertificateIsShownThroughABareSendRequest) {
 }
 
 TEST_P(ClientCertificatesTest, NoCertificateIsShownWhenCertificatesAreNotChecked) {
-  listen(Wish::kAsked);
+  listen(ClientAuth::kAsked);
   client_.session().setCheckCertificate(false);
   EXPECT_EQ(get(), kSuccess);
   EXPECT_EQ(server_->ended().clientSubject, "");
 }
 
 TEST_P(ClientCertificatesTest, AMissingCertificateFails) {
-  listen(Wish::kRequired, serverAuthority());
+  listen(ClientAuth::kRequired, serverAuthority());
   client_.session().setCheckCertificate(false);
   EXPECT_EQ(get(),
             GetParam() == TLS1_2_VERSION
@@ -104,31 +104,31 @@ TEST_P(ClientCertificatesTest, AMissingCertificateFails) {
 }
 
 TEST_P(ClientCertificatesTest, ACertificateOfAnotherEnvironmentFails) {
-  listen(Wish::kRequired, serverAuthority());
+  listen(ClientAuth::kRequired, serverAuthority());
   EXPECT_EQ(getWith(support::development::clientOf("JTEST")),
             endedByAlert(48, "0A000418:SSL routines::tlsv1 alert unknown ca"));
 }
 
 TEST_P(ClientCertificatesTest, AnExpiredCertificateFails) {
-  listen(Wish::kRequired, serverAuthority());
+  listen(ClientAuth::kRequired, serverAuthority());
   EXPECT_EQ(getWith(serverOf({.notBefore = -9 * kDay, .notAfter = -kDay})),
             endedByAlert(45, "0A000415:SSL routines::sslv3 alert certificate expired"));
 }
 
 TEST_P(ClientCertificatesTest, ACertificateFileTakesTheEnvironmentsPlace) {
-  listen(Wish::kRequired, serverAuthority());
+  listen(ClientAuth::kRequired, serverAuthority());
   const Identity own = serverOf({.commonName = "my own", .key = KeyKind::kRsa});
   EXPECT_EQ(getWith(own), kSuccess);
   EXPECT_EQ(server_->ended().clientSubject, subjectOf(own));
 }
 
 TEST_P(ClientCertificatesTest, ACertificateFileMayHoldAKeyOnACurve) {
-  listen(Wish::kRequired, serverAuthority());
+  listen(ClientAuth::kRequired, serverAuthority());
   EXPECT_EQ(getWith(serverOf({.commonName = "my own"})), kSuccess);
 }
 
 TEST_P(ClientCertificatesTest, AnEncryptedKeyOpensWithItsPassPhrase) {
-  listen(Wish::kRequired, serverAuthority());
+  listen(ClientAuth::kRequired, serverAuthority());
   const Identity own = serverOf({.commonName = "my own", .key = KeyKind::kRsa});
   client_.session().setCertFile(
       folder_.write("client.pem", own.certificatePem() + own.encryptedKeyPem("right")));
