@@ -20,7 +20,7 @@ std::string_view bytesOf(const ASN1_STRING* text) {
   return {data, static_cast<std::size_t>(ASN1_STRING_length(text))};
 }
 
-bool holdsDnsName(const GENERAL_NAMES* names, const std::string& host) {
+bool containsDnsName(const GENERAL_NAMES* names, const std::string& host) {
   for (int i = 0; i < sk_GENERAL_NAME_num(names); ++i) {
     const GENERAL_NAME* name = sk_GENERAL_NAME_value(names, i);
     if (name->type == GEN_DNS && bytesOf(name->d.dNSName) == host) return true;
@@ -80,7 +80,7 @@ bool hasDnsName(const X509* certificate, const std::string& host) {
        (place = X509_get_ext_by_NID(certificate, NID_subject_alt_name, place)) >= 0;) {
     X509_EXTENSION* extension = X509_get_ext(certificate, place);
     const Names names(static_cast<GENERAL_NAMES*>(X509V3_EXT_d2i(extension)));
-    if (names && holdsDnsName(names.get(), host)) return true;
+    if (names && containsDnsName(names.get(), host)) return true;
   }
   return false;
 }

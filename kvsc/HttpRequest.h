@@ -44,7 +44,7 @@ class HttpRequest {
 
   /// Request for any method but POST. `data` lands directly after the path, as the query text of a
   /// GET (with the "?" or "&" that it needs). `dataLength` is counted even when `data` is null (the
-  /// array then ends in as many zero bytes), so no data goes with 0; below 0 counts as 0.
+  /// array then ends in as many zero bytes), so pass 0 without data; below 0 counts as 0.
   /// `ifModifiedSince` is in seconds since 1970; 0 or less leaves the header out.
   static unsigned char* generateRequest(std::string method, std::string host, std::string path,
                                         int* outLength, long ifModifiedSince,

@@ -11,7 +11,7 @@
 
 namespace kvsc {
 
-/// Collected UTF-8 bytes, not terminated. The array is from `new[]`; null for none.
+/// Collected UTF-8 bytes, not terminated. The array is from `new[]`; null when empty.
 struct UTF8Data {
   unsigned char* data = nullptr;
   int length = 0;
@@ -54,8 +54,8 @@ class HttpUtilityVirtual {
   bool processServerResponse(const unsigned char* data, int* length, bool checkHtml, bool* ok,
                              HttpErrorIds* error, std::string& message);
 
-  /// Blocks the collecting callbacks while it is held; each holds it for its whole change. The
-  /// holder may call every other operation of this class.
+  /// Every collecting callback locks this mutex for its whole change. The thread that has locked it
+  /// may call all other operations of this class.
   kvpm::Mutex& getMutex() const { return mutex_; }
 
   /// All header lines received, with their line ends.

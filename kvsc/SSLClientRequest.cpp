@@ -41,7 +41,7 @@ bool mayRedirect(const SSLSession& session) {
   return session.getRedirectCount() < session.getMaxRedirectCount();
 }
 
-// A query is part of the request line; of the bytes that end a text, zero alone does no harm there.
+// A query is part of the request line, where a line end does harm but a zero byte does not.
 bool isQuery(const unsigned char* data, int length) {
   const std::string_view text(reinterpret_cast<const char*>(data),
                               static_cast<std::size_t>(length));

@@ -41,7 +41,7 @@ int readSize(const SSLSession& session) {
   return static_cast<int>(std::min<unsigned>(session.getDownloadSize(), INT_MAX));
 }
 
-// The state of the waits of the session's connection; a BIO of another kind never waits badly.
+// The outcome of the waits of the session's connection; a BIO of another kind has no waits.
 Waiter::Outcome waitOutcome(const SSLSession& session) {
   const Waiter* waiter = waiterOf(session.getConnect());
   return waiter != nullptr ? waiter->outcome() : Waiter::Outcome::kReady;
@@ -181,7 +181,7 @@ bool SSLClient::deliverBody(char* data, int length) {
 }
 
 HttpErrorIds SSLClient::endOfBody(SSLSession* session, int count) {
-  // Over TLS a stream that breaks off counts as one that ends, unless a wait of ours ended badly.
+  // Over TLS a stream that breaks off counts as one that ends, unless one of our waits failed.
   const bool broken = count < 0 && session->getSsl() == nullptr;
   if (waitOutcome(*session) != Waiter::Outcome::kReady) return readFailure(session);
   releaseThreadErrors();

@@ -40,7 +40,7 @@ std::string tunnelRequest(const SSLSession& session) {
 }
 
 // Asks the proxy for a tunnel to the server. Its answer is read once and ignored, so only a wait
-// that ended badly is a failure.
+// that failed is a failure.
 bool openTunnel(BIO* bio, const SSLSession& session) {
   const std::string request = tunnelRequest(session);
   std::array<char, 4096> answer{};

@@ -1,4 +1,4 @@
-// Locking for the crypto library: kept whole for hosts and libraries that still ask for it.
+// Locking callbacks for the crypto library, for hosts and libraries that still call them.
 #include <pthread.h>
 
 #include <atomic>
@@ -14,7 +14,7 @@
 namespace kvsc {
 namespace {
 
-// A lock that is taken in one call and given back in another.
+// A lock that is acquired in one call and released in another.
 class LibraryLock {
  public:
   void apply(int mode) {
@@ -28,8 +28,7 @@ class LibraryLock {
     }
   }
 
-  // Without locking nobody will give the lock back: a thread that waits for it goes on, as every
-  // later call does.
+  // No later call releases the lock, so waiting threads continue, as every later call does.
   void retire() {
     const kvpm::MutexLock lock(mutex_);
     retired_ = true;

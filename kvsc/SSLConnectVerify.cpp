@@ -36,7 +36,7 @@ int SSLConnect::verifyCallback(int ok, X509_STORE_CTX* context) {
     if (ok != 0) return ok;
     describeRefusal(context, session);
   } catch (...) {
-    // Without memory the handshake ends, as it does with a text.
+    // Without memory for the text the handshake ends all the same.
   }
   return 0;
 }

@@ -56,7 +56,7 @@ class SSLSession {
   SSL* getSsl() const { return ssl_; }
   void setSsl(SSL* ssl) { ssl_ = ssl; }
 
-  /// Kept for the owner; the connection reads neither of the two.
+  /// Stored for the caller only: the connection reads neither of them.
   const std::string& getRandomFile() const { return randomFile_; }
   void setRandomFile(const std::string& path) { randomFile_ = path; }
   const std::string& getCaFile() const { return caFile_; }

@@ -29,15 +29,15 @@ Milliseconds timeUntil(Clock::time_point end) {
 
 }  // namespace
 
-Waiter::Waiter(const CancelToken* token, Milliseconds waitLimit, Milliseconds wholeLimit)
-    : token_(token), waitLimit_(waitLimit), wholeLimit_(wholeLimit) {
+Waiter::Waiter(const CancelToken* token, Milliseconds waitLimit, Milliseconds totalLimit)
+    : token_(token), waitLimit_(waitLimit), totalLimit_(totalLimit) {
   restart();
 }
 
-void Waiter::restart() { wholeEnd_ = after(Clock::now(), wholeLimit_); }
+void Waiter::restart() { totalEnd_ = after(Clock::now(), totalLimit_); }
 
 bool Waiter::mayTryAgain() {
-  if (outcome_ == Outcome::kTimedOut && Clock::now() < wholeEnd_) end(Outcome::kReady, 0);
+  if (outcome_ == Outcome::kTimedOut && Clock::now() < totalEnd_) end(Outcome::kReady, 0);
   return outcome_ == Outcome::kReady;
 }
 
@@ -67,7 +67,7 @@ Waiter::Outcome Waiter::end(Outcome outcome, int error) {
 }
 
 Clock::time_point Waiter::endOfWait(Clock::time_point begin) const {
-  return std::min(after(begin, waitLimit_), wholeEnd_);
+  return std::min(after(begin, waitLimit_), totalEnd_);
 }
 
 bool Waiter::cancelled() const { return token_ != nullptr && token_->isCancelled(); }

@@ -7,10 +7,11 @@ namespace kvsc {
 
 class CancelToken;
 
-/// The waits of one connection: each has a limit, all together have one, and a cancel ends them.
+/// The waits of one connection. Each has a limit, all together have a total limit, and a cancel
+/// ends them.
 ///
-/// A value used by the thread that runs the exchange. The first wait that ends badly decides: every
-/// later one ends at once with the same outcome.
+/// A value used by the thread that runs the exchange. After the first wait that fails, every later
+/// one ends at once with the same outcome.
 class Waiter {
  public:
   using Clock = std::chrono::steady_clock;
@@ -24,17 +25,17 @@ class Waiter {
   };
 
   /// `token` is not owned and may be null. A limit of zero or less means no limit.
-  Waiter(const CancelToken* token, Milliseconds waitLimit, Milliseconds wholeLimit);
+  Waiter(const CancelToken* token, Milliseconds waitLimit, Milliseconds totalLimit);
 
-  /// Starts the limit of the whole anew.
+  /// Starts the total limit again.
   void restart();
 
   /// Makes every later wait end at once: for a closing message that is sent only if that is
   /// possible without waiting.
   void stopWaiting() { end(Outcome::kTimedOut, ETIMEDOUT); }
 
-  /// Forgets a wait that timed out, unless the limit of the whole has passed, so that another
-  /// address can be tried. Returns whether waits may go on.
+  /// Forgets a wait that timed out, unless the total limit has passed, so that another address can
+  /// be tried. Returns whether waits may go on.
   bool mayTryAgain();
 
   /// Waits until `fd` shows one of the poll `events`, or an error that the next call on it reports.
@@ -47,10 +48,10 @@ class Waiter {
   /// descriptor, asked every few milliseconds.
   Outcome mayGoOn(Clock::time_point begin);
 
-  /// `kReady` until a wait has ended badly.
+  /// `kReady` until a wait has failed.
   Outcome outcome() const { return outcome_; }
 
-  /// The errno value of the wait that ended badly, such as `ETIMEDOUT`; 0 before.
+  /// The errno value of the wait that failed, such as `ETIMEDOUT`; 0 before.
   int error() const { return error_; }
 
  private:
@@ -61,8 +62,8 @@ class Waiter {
 
   const CancelToken* token_;
   Milliseconds waitLimit_;
-  Milliseconds wholeLimit_;
-  Clock::time_point wholeEnd_;
+  Milliseconds totalLimit_;
+  Clock::time_point totalEnd_;
   Outcome outcome_ = Outcome::kReady;
   int error_ = 0;
 };

@@ -36,7 +36,7 @@ TEST_P(Environment, GivesItsOwnTexts) {
   EXPECT_EQ(info.getClientPEM(), fileOfTheSet(client + "-key"));
 }
 
-TEST_P(Environment, HasTextsOfTheLengthsAgreedOn) {
+TEST_P(Environment, HasTextsOfTheExpectedLengths) {
   const CAInfo info(GetParam().environment);
   EXPECT_EQ(info.getServerCert().size(), GetParam().authorityLength);
   EXPECT_EQ(info.getClientKey().size(), GetParam().certificateLength);

@@ -22,7 +22,7 @@ void expectCancelled(const CancelToken& token, bool cancelled) {
 
 TEST(CancelTokenTest, AFreshTokenIsNotCancelled) { expectCancelled(CancelToken(), false); }
 
-TEST(CancelTokenTest, ACancelStaysUntilItIsTakenBack) {
+TEST(CancelTokenTest, ACancelLastsUntilTheReset) {
   CancelToken token;
   token.cancel();
   expectCancelled(token, true);
@@ -31,7 +31,7 @@ TEST(CancelTokenTest, ACancelStaysUntilItIsTakenBack) {
   expectCancelled(token, false);
 }
 
-TEST(CancelTokenTest, ManyCancelsAreTakenBackAtOnce) {
+TEST(CancelTokenTest, OneResetUndoesManyCancels) {
   CancelToken token;
   token.cancel();
   token.cancel();
@@ -60,8 +60,8 @@ TEST(CancelTokenTest, FlagAndDescriptorAgreeAfterAnyRace) {
 TEST(CancelTokenTest, WithoutADescriptorTheFlagStillTells) {
   rlimit limit{};
   ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
-  const rlimit none{0, limit.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const rlimit noDescriptors{0, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &noDescriptors), 0);
   CancelToken token;
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
   EXPECT_EQ(token.fd(), -1);

@@ -59,7 +59,7 @@ TEST(CertificateCacheTest, TheTextItselfIsNotKept) {
 }
 
 // In a process of its own, as a full cache has no room for the other tests.
-TEST(CertificateCacheTest, ThereIsAnEndToWhatIsKept) {
+TEST(CertificateCacheTest, TheCacheHasALimit) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto run = [] {
     const CertificatePtr certificate = read(pki::selfSigned().certificatePem());

@@ -61,11 +61,11 @@ TEST(DnsNameTest, AnAddressIsNoDnsName) {
   EXPECT_FALSE(hasDnsName(certificateOf(server), "127.0.0.1"));
 }
 
-TEST(DnsNameTest, WithoutAlternativeNamesThereIsNone) {
+TEST(DnsNameTest, ACertificateWithoutAlternativeNamesHasNoDnsName) {
   EXPECT_FALSE(hasDnsName(certificateOf(namedBy("localhost")), "localhost"));
 }
 
-TEST(CommonNameTest, TheSameNameIsNoOther) {
+TEST(CommonNameTest, TheSameNameIsNotAnother) {
   EXPECT_FALSE(hasOtherCommonName(certificateOf(namedBy("example")), "example"));
 }
 
@@ -80,7 +80,7 @@ TEST(CommonNameTest, AZeroByteDoesNotEndTheName) {
   EXPECT_TRUE(hasOtherCommonName(certificateOf(namedBy(kNulName)), "localhost"));
 }
 
-TEST(CommonNameTest, WithoutOneThereIsNoOther) {
+TEST(CommonNameTest, ACertificateWithoutACommonNameHasNoOther) {
   EXPECT_FALSE(hasOtherCommonName(certificateOf(namedBy(std::nullopt)), "example"));
 }
 
@@ -145,12 +145,12 @@ TEST_F(CrlTest, ARevokedCertificateIsRefused) {
                 X509_V_ERR_CERT_REVOKED);
 }
 
-TEST_F(CrlTest, OtherCertificatesOnTheListAreNoConcern) {
+TEST_F(CrlTest, OtherRevokedCertificatesDoNotMatter) {
   expectAccepted(
       check(server_, storeWith({.issuer = authority_, .revoked = {server_.serial() + 1, 7}})));
 }
 
-TEST_F(CrlTest, AListOfAnotherIssuerIsNoConcern) {
+TEST_F(CrlTest, AListOfAnotherIssuerDoesNotMatter) {
   const CrlSpec foreign{.issuer = pki::authority("Other"), .revoked = {server_.serial()}};
   expectAccepted(check(authority_, storeWith(foreign)));
   expectAccepted(check(server_, storeWith(foreign)));
@@ -176,11 +176,11 @@ TEST_F(CrlTest, AnExpiredListIsRefusedWithItsIssuer) {
                 X509_V_ERR_CRL_HAS_EXPIRED);
 }
 
-TEST_F(CrlTest, WhatIsWrongWithAListIsSaidOfItsIssuerAlone) {
+TEST_F(CrlTest, AFaultyListRefusesOnlyItsIssuer) {
   expectAccepted(check(server_, storeWith({.issuer = authority_, .nextUpdate = std::nullopt})));
 }
 
-TEST_F(CrlTest, TheNewestOfSeveralListsCountsInWhateverOrder) {
+TEST_F(CrlTest, TheNewestOfSeveralListsCountsInAnyOrder) {
   const std::string old =
       pki::revocationList({.issuer = authority_, .lastUpdate = -9 * kDay, .nextUpdate = -kDay});
   const std::string fresh = pki::revocationList(
@@ -192,7 +192,7 @@ TEST_F(CrlTest, TheNewestOfSeveralListsCountsInWhateverOrder) {
   }
 }
 
-TEST_F(CrlTest, WithoutACertificateThereIsATextAndNoVerdict) {
+TEST_F(CrlTest, AMissingCertificateIsAcceptedWithAText) {
   const CrlVerdict verdict = checkAgainstCrls(nullptr, storeWith({.issuer = authority_}));
   EXPECT_TRUE(verdict.accepted);
   EXPECT_EQ(verdict.text, "Current Certificate, subject or issuer is NULL in crlCheck");

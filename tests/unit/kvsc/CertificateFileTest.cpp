@@ -41,7 +41,7 @@ class CertificateFileTest : public testing::Test {
 };
 
 TEST_F(CertificateFileTest, AMissingFileFails) {
-  client_.session().setCertFile(folder_ / "none.pem");
+  client_.session().setCertFile(folder_ / "missing.pem");
   EXPECT_EQ(failure(), "Unable to load certificate file\n calling fopen(" +
                            client_.session().getCertFile() +
                            ", r) error:80000002:system library::No such file or directory\n"
@@ -77,7 +77,7 @@ TEST_F(CertificateFileTest, AKeyOfAnotherCertificateFails) {
 TEST_F(CertificateFileTest, AnEncryptedKeyWithTheWrongPassPhraseFails) {
   useEncryptedKey();
   client_.session().setPassword("wrong");
-  // One wrong phrase in a few hundred deciphers to something, which then is no key.
+  // One wrong phrase in a few hundred passes the padding check and fails as a malformed key.
   const std::string text = failure();
   EXPECT_TRUE(text.starts_with("Error loading private key from file\n")) << text;
   EXPECT_TRUE(text.ends_with("  error:0A080009:SSL routines::PEM lib\n")) << text;
@@ -96,7 +96,7 @@ TEST_F(CertificateFileTest, AnEncryptedKeyWithoutPassPhraseFails) {
 TEST_F(CertificateFileTest, TheFileIsNotReadWhenCertificatesAreNotChecked) {
   server_.always(support::Script::answer(support::okResponse("film")));
   client_.session().setCheckCertificate(false);
-  client_.session().setCertFile(folder_ / "none.pem");
+  client_.session().setCertFile(folder_ / "missing.pem");
   EXPECT_EQ(client_.get(server_.url()), kSuccess);
 }
 

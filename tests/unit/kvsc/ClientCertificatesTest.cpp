@@ -122,7 +122,7 @@ TEST_P(ClientCertificatesTest, ACertificateFileTakesTheEnvironmentsPlace) {
   EXPECT_EQ(server_->ended().clientSubject, subjectOf(own));
 }
 
-TEST_P(ClientCertificatesTest, ACertificateFileMayHoldAKeyOnACurve) {
+TEST_P(ClientCertificatesTest, ACertificateFileMayContainAnEllipticCurveKey) {
   listen(ClientAuth::kRequired, serverAuthority());
   EXPECT_EQ(getWith(serverOf({.commonName = "my own"})), kSuccess);
 }

@@ -64,7 +64,7 @@ class InitFailureTest : public testing::TestWithParam<FailureCase> {
   static void expectNoChecks(SSLClient& client) {
     SSLSession session;
     session.setCheckCertificate(true);
-    expectInChild(client.setupContext(&session, nullptr) == 0, "credentials that nobody read");
+    expectInChild(client.setupContext(&session, nullptr) == 0, "a context without credentials");
     expectInChild(session.getSslContext() == nullptr, "a context");
   }
 };
@@ -81,7 +81,7 @@ TEST_P(InitFailureTest, LeavesItsTextAndAClientForPlainExchanges) {
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
-TEST_P(InitFailureTest, IsMadeGoodByTheNextInit) {
+TEST_P(InitFailureTest, IsRepairedByTheNextInit) {
   const auto run = [] {
     Bare client = [] {
       const FailingOpenSsl failing(GetParam().call, GetParam().passed);
@@ -132,7 +132,7 @@ TEST_P(ContextFailureTest, LeavesItsTextAndNoContext) {
   EXPECT_EQ(client_.setupContext(&session_, nullptr), 1);
 }
 
-TEST_P(ContextFailureTest, IsNoConcernWithoutChecks) {
+TEST_P(ContextFailureTest, DoesNotMatterWithoutChecks) {
   session_.setCheckCertificate(false);
   const FailingOpenSsl failing(GetParam().call, GetParam().passed);
   EXPECT_EQ(client_.setupContext(&session_, nullptr), 1);
@@ -183,7 +183,7 @@ TEST(HandshakeFailureTest, AnExchangeWithoutATlsObjectFails) {
   EXPECT_EQ(session.getConnect(), nullptr);
 }
 
-TEST(HandshakeTest, ItsOwnerIsKnownInsideItAlone) {
+TEST(HandshakeTest, ItsOwnerIsKnownOnlyWhileItRuns) {
   ScriptedServer server(support::TlsSettings{.identity = support::pki::selfSigned()});
   server.always(Script().readToEnd());
   static const SSLConnect* seen = nullptr;

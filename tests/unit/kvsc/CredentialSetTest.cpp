@@ -61,7 +61,7 @@ class CredentialSet : public testing::Test {
   support::TempDir folder_;
 };
 
-TEST_F(CredentialSet, OfDevelopmentIsWhole) { EXPECT_EQ(complaint(), ""); }
+TEST_F(CredentialSet, OfDevelopmentIsComplete) { EXPECT_EQ(complaint(), ""); }
 
 TEST_F(CredentialSet, IsRefusedWithoutOneOfItsFiles) {
   for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
@@ -80,16 +80,16 @@ TEST_F(CredentialSet, IsRefusedWithAFolderInTheFilesPlace) {
 }
 
 TEST_F(CredentialSet, IsRefusedWithAFileThatMayNotBeRead) {
-  std::vector<std::string> asNobody;
-  // The one user whom no permission stops becomes another.
-  if (geteuid() == 0) asNobody = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+  std::vector<std::string> asOtherUser;
+  // Permissions do not stop root, so the check runs as another user.
+  if (geteuid() == 0) asOtherUser = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
   std::filesystem::permissions(folder_.path(), std::filesystem::perms(0755));
   for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
     std::filesystem::permissions(entry.path(), std::filesystem::perms(0644));
   }
-  EXPECT_EQ(complaint(asNobody), "");
+  EXPECT_EQ(complaint(asOtherUser), "");
   std::filesystem::permissions(folder_ / kKeyFile, std::filesystem::perms::none);
-  expectComplaint(kKeyFile, "is missing or cannot be read", asNobody);
+  expectComplaint(kKeyFile, "is missing or cannot be read", asOtherUser);
 }
 
 /// A small build that takes its credentials from the folder.

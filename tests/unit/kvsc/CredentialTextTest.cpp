@@ -13,7 +13,7 @@ constexpr MaskedText kNothing{nullptr, 0, 1};
 
 TEST(CredentialText, StartsEmpty) { EXPECT_EQ(CredentialText().text(), ""); }
 
-TEST(CredentialText, TakesTheMaskOff) {
+TEST(CredentialText, RemovesTheMask) {
   // Worked out by hand: the states after 1 are 0x41c67ea6 and 0x167eb0e7.
   const unsigned char masked[] = {0xc6 ^ 'o', 0x7e ^ 'k'};
   CredentialText text;
@@ -21,7 +21,7 @@ TEST(CredentialText, TakesTheMaskOff) {
   EXPECT_EQ(text.text(), "ok");
 }
 
-TEST(CredentialText, HoldsTheLastTextAlone) {
+TEST(CredentialText, ContainsOnlyTheLastText) {
   CredentialText text;
   text.produce(credentials::kProductionKey);
   text.produce(kNothing);
@@ -37,7 +37,7 @@ TEST(CredentialText, CutsOffWhatDoesNotFit) {
   EXPECT_EQ(text.text().size(), CredentialText::kCapacity);
 }
 
-TEST(CredentialText, LeavesNothingButOnesInItsPlace) {
+TEST(CredentialText, OverwritesItselfWithOnes) {
   alignas(CredentialText) unsigned char place[sizeof(CredentialText)] = {};
   auto* text = new (place) CredentialText;
   text->produce(credentials::kProductionKey);

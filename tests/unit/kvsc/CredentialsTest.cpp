@@ -118,7 +118,7 @@ class Client : public testing::TestWithParam<ClientCase> {
   const std::string stem_ = GetParam().stem;
 };
 
-TEST_P(Client, HasTextsOfTheLengthsAgreedOn) {
+TEST_P(Client, HasTextsOfTheExpectedLengths) {
   EXPECT_EQ(textOf(stem_ + "-client").size(), GetParam().certificateLength);
   EXPECT_EQ(textOf(stem_ + "-key").size(), GetParam().keyLength);
 }
@@ -132,7 +132,7 @@ TEST_P(Client, HasAModernCertificateForItsRsaKey) {
   EXPECT_EQ(X509_check_private_key(certificate.get(), key.get()), 1);
 }
 
-TEST_P(Client, IsVouchedForByItsOwnAuthorityAlone) {
+TEST_P(Client, IsSignedByItsOwnAuthorityOnly) {
   const Certificate certificate = certificateOf(stem_ + "-client");
   EXPECT_EQ(
       verify(certificate.get(), certificateOf(GetParam().authority).get(), X509_PURPOSE_SSL_CLIENT),

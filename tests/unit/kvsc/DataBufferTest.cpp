@@ -40,14 +40,14 @@ TEST(DataBuffer, AllocForgetsTheOldBytes) {
   EXPECT_EQ(arrayOf(buffer), std::string(4, '\0'));
 }
 
-TEST(DataBuffer, AllocLeavesTheBytesInUseAsTheyAreNoted) {
+TEST(DataBuffer, AllocKeepsTheNumberOfBytesInUse) {
   DataBuffer buffer;
   buffer.append("abcdef", 6);
   EXPECT_EQ(buffer.Alloc(2), 0);
   EXPECT_EQ(buffer.getDataSize(), 6U);
 }
 
-TEST(DataBuffer, ReAllocCarriesTheBytesInUseOver) {
+TEST(DataBuffer, ReAllocCopiesTheBytesInUse) {
   DataBuffer buffer;
   buffer.append("abc", 3);
   EXPECT_EQ(buffer.ReAlloc(5), 0);
@@ -145,7 +145,7 @@ TEST(DataBuffer, UpdateThatDoesNotFitAllocatesExactlyItsSize) {
   EXPECT_EQ(contentOf(buffer), "vwxyz");
 }
 
-TEST(DataBuffer, UpdateToNothingKeepsTheArrayOrTheWantOfOne) {
+TEST(DataBuffer, UpdateToNothingAllocatesNothing) {
   DataBuffer buffer;
   EXPECT_EQ(buffer.update(nullptr, 0), 0);
   EXPECT_EQ(buffer.GetData(), nullptr);
@@ -167,7 +167,7 @@ TEST(DataBuffer, UpdateOfExactlyTheCapacityKeepsTheArray) {
   EXPECT_EQ(contentOf(buffer), "xyz");
 }
 
-TEST(DataBuffer, NotesAsInUseWhatItIsTold) {
+TEST(DataBuffer, TheNumberOfBytesInUseIsWhatIsSet) {
   DataBuffer buffer;
   buffer.Alloc(4);
   std::copy_n("wxyz", 4, buffer.GetData());
@@ -177,8 +177,8 @@ TEST(DataBuffer, NotesAsInUseWhatItIsTold) {
   EXPECT_EQ(buffer.getDataSize(), 5U);
 }
 
-// The address checker has the last word on these two.
-TEST(DataBuffer, ReAllocCarriesNoMoreOverThanThereIs) {
+// With AddressSanitizer these two also prove that no byte outside the array is touched.
+TEST(DataBuffer, ReAllocCopiesNoMoreThanTheCapacity) {
   DataBuffer buffer;
   buffer.append("abc", 3);
   buffer.setDataSize(1'000'000);
@@ -186,7 +186,7 @@ TEST(DataBuffer, ReAllocCarriesNoMoreOverThanThereIs) {
   EXPECT_EQ(arrayOf(buffer), "abc" + std::string(1'999'997, '\0'));
 }
 
-TEST(DataBuffer, AppendGoesBehindWhatIsNoted) {
+TEST(DataBuffer, AppendWritesAfterTheBytesInUse) {
   DataBuffer buffer;
   buffer.setDataSize(2);
   EXPECT_EQ(buffer.append("c", 1), 0);

@@ -96,7 +96,7 @@ TEST_F(DeadlinesTest, ABodyThatStopsComingUnderTlsIsAFailure) {
   EXPECT_EQ(client_.body(), "begin");
 }
 
-TEST_F(DeadlinesTest, AHandshakeThatDripsEndsWithTheWhole) {
+TEST_F(DeadlinesTest, ADrippingHandshakeEndsAtTheTotalLimit) {
   const std::string record = std::string("\x16\x03\x03\x10\x00", 5) + std::string(4096, '\0');
   plain_.always(Script().readBytes(1).drip(record, milliseconds(20)));
   client_.session().setWaitTimeout(0);

@@ -27,7 +27,7 @@ class GoneDialer : public kvsc::Dialer {
   int dial(const std::string& host, const std::string& port, kvsc::Waiter& waiter) override;
 };
 
-/// A client that is watched, its session, and a plain server to order.
+/// A client whose callbacks are recorded, its session, and a plain server that follows a script.
 class Exchange : public testing::Test {
  protected:
   Exchange();

@@ -12,7 +12,7 @@ thread_local int left = kOff;
 
 }  // namespace
 
-// The program's own, all of one kind, so that memory can run out at any moment.
+// Replaces the allocation functions of the program, so that any allocation can be made to fail.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   if (left == 0) {
     left = kDone;

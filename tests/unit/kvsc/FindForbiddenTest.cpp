@@ -24,7 +24,7 @@ void PrintTo(const FieldCase& c, std::ostream* out) { *out << c.name; }
 
 class FindForbidden : public testing::TestWithParam<FieldCase> {};
 
-TEST_P(FindForbidden, NamesTheTextThatHoldsALineEndOrAZeroByte) {
+TEST_P(FindForbidden, NamesTheTextThatContainsALineEndOrAZeroByte) {
   for (const std::string_view bad : {std::string_view("\r"), std::string_view("\n"),
                                      std::string_view("a\r\nX: 1"), std::string_view("a\0b", 3)}) {
     HttpRequest::Texts texts = goodTexts();

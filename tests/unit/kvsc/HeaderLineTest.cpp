@@ -48,7 +48,7 @@ TEST(HeaderLineTest, WithoutABlankAfterTheColonTheFirstCharacterIsLost) {
   EXPECT_EQ(valueIn("Length:42\r\n"), "2");
 }
 
-TEST(HeaderLineTest, AMoreThanOneBlankStaysInTheValue) { EXPECT_EQ(valueIn("A:  b\r\n"), " b"); }
+TEST(HeaderLineTest, MoreThanOneBlankStaysInTheValue) { EXPECT_EQ(valueIn("A:  b\r\n"), " b"); }
 
 TEST(HeaderLineTest, ABareLineFeedTakesTheLastCharacterWithIt) {
   EXPECT_EQ(valueIn("Name: value\n"), "valu");

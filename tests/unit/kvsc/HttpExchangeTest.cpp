@@ -198,7 +198,7 @@ TEST_F(HttpExchangeTest, WithChecksAPostTakesTheProtocolToo) {
   EXPECT_EQ(session_.getVerifyMode(), 1);
 }
 
-TEST_F(HttpExchangeTest, WithChecksAPlainServerIsNobody) {
+TEST_F(HttpExchangeTest, WithChecksAPlainServerIsRefused) {
   server_.always(Script::answer(okResponse("film")));
   session_.setCheckCertificate(true);
   testing::internal::CaptureStdout();
@@ -208,7 +208,7 @@ TEST_F(HttpExchangeTest, WithChecksAPlainServerIsNobody) {
   EXPECT_EQ(requestOf(), "");
 }
 
-TEST_F(HttpExchangeTest, AnAddressThatIsNoneFails) {
+TEST_F(HttpExchangeTest, AMalformedAddressFails) {
   kvsc::HttpErrorIds result = HTTP_ERROR_NONE;
   for (const char* url : {"", "films.example/1", "mailto:x", "http:films.example"}) {
     client_.httpGet(url, 0, &result, &session_, "", "", kvsc::SSLV3);
@@ -235,7 +235,7 @@ TEST_F(HttpExchangeTest, ARefusedConnectionFailsWithItsReason) {
             "\n connecting to " + address + " error:8000006F:system library::Connection refused\n");
 }
 
-TEST_F(HttpExchangeTest, TheTextOfAFailureEndsWithIt) {
+TEST_F(HttpExchangeTest, TheTextOfAFailureIsClearedByTheNextExchange) {
   const support::RefusingPort refusing;
   kvsc::HttpErrorIds result = HTTP_ERROR_NONE;
   const std::string url = "http://127.0.0.1:" + std::to_string(refusing.port()) + "/";
@@ -287,7 +287,7 @@ TEST_F(HttpExchangeTest, AConnectionThatWasLeftOpenIsClosedFirst) {
   client_.close(&session_);
 }
 
-TEST_F(HttpExchangeTest, AResultThatNobodyWantsMayBeNull) {
+TEST_F(HttpExchangeTest, TheResultPointerMayBeNull) {
   server_.always(Script::answer(okResponse("")));
   const std::string url = server_.url("/", "127.0.0.1");
   EXPECT_EQ(client_.httpGet(url, 0, nullptr, &session_, "", "", kvsc::SSLV3), HTTP_ERROR_NONE);
@@ -310,7 +310,7 @@ TEST_F(HttpExchangeTest, TheMethodIsPostInAnyCase) {
   EXPECT_TRUE(requestOf().starts_with("POST / HTTP/1.0\r\n"));
 }
 
-/// Reaches nobody and remembers whom it was asked for.
+/// Connects to nothing and records what it was asked for.
 class RecordingDialer : public kvsc::Dialer {
  public:
   int dial(const std::string& host, const std::string& port, kvsc::Waiter&) override {

@@ -18,7 +18,7 @@ class HttpHeadersTest : public Exchange {
   }
 };
 
-TEST_F(HttpHeadersTest, AllInOneReadIsTakenApart) {
+TEST_F(HttpHeadersTest, HeadersAndBodyInOneReadAreSeparated) {
   answerIn(okResponse("film"), "");
   EXPECT_EQ(get(), HTTP_ERROR_NONE);
   EXPECT_EQ(client_.getResponseCode(), 200);
@@ -27,7 +27,7 @@ TEST_F(HttpHeadersTest, AllInOneReadIsTakenApart) {
   EXPECT_TRUE(received_.progress.empty());
 }
 
-TEST_F(HttpHeadersTest, ABodyInALaterReadIsTakenApartToo) {
+TEST_F(HttpHeadersTest, ABodyInALaterReadIsStreamed) {
   answerIn(okResponse(""), "film");
   EXPECT_EQ(get(), HTTP_ERROR_NONE);
   EXPECT_EQ(received_.body(), "film");
@@ -49,7 +49,7 @@ TEST_F(HttpHeadersTest, KeptQuirkABlockSplitAtAnyByteIsBody) {
   }
 }
 
-TEST_F(HttpHeadersTest, ABlockThatIsWholeInTheFirstReadIsTakenApartWhereverTheSplit) {
+TEST_F(HttpHeadersTest, ACompleteBlockInTheFirstReadIsParsedWhereverTheBodyIsSplit) {
   const std::string headers = bareResponse("200 OK", "A: b\r\n");
   const std::string response = headers + "page";
   for (std::size_t split = headers.size(); split < response.size(); ++split) {

@@ -29,7 +29,7 @@ class HttpRedirectTest : public Exchange {
 const std::vector<std::string> kStatuses = {"301 Moved", "302 Found", "303 See Other",
                                             "307 Temporary"};
 
-TEST_F(HttpRedirectTest, EachOfTheFourIsFollowed) {
+TEST_F(HttpRedirectTest, EachOfTheFourStatusesIsFollowed) {
   session_.setMaxRedirectCount(1);
   for (const std::string& status : kStatuses) {
     answer(redirect(status, at("/there")));
@@ -42,7 +42,7 @@ TEST_F(HttpRedirectTest, EachOfTheFourIsFollowed) {
   EXPECT_EQ(requestOf(7), getRequest("/there"));
 }
 
-TEST_F(HttpRedirectTest, WithoutALocationNoneIs) {
+TEST_F(HttpRedirectTest, ARedirectWithoutALocationIsRefused) {
   session_.setMaxRedirectCount(10);
   for (const std::string& status : kStatuses) {
     answer(bareResponse(status));
@@ -77,7 +77,7 @@ TEST_F(HttpRedirectTest, BytesWithoutABlockAfterARedirectAreDropped) {
   EXPECT_EQ(received_.body(), "");
 }
 
-TEST_F(HttpRedirectTest, WithALimitOf0NoneIs) {
+TEST_F(HttpRedirectTest, ALimitOf0RefusesEveryRedirect) {
   for (const std::string& status : kStatuses) {
     answer(redirect(status, at("/there")));
     EXPECT_EQ(get(), HTTP_ERROR_FAILED) << status;
@@ -122,7 +122,7 @@ TEST_F(HttpRedirectTest, ACircleEndsAtTheLimit) {
   EXPECT_EQ(server_.connectionCount(), 11U);
 }
 
-TEST_F(HttpRedirectTest, ACircleWithAHugeLimitNeedsNoStack) {
+TEST_F(HttpRedirectTest, ALongChainNeedsNoStack) {
   constexpr std::size_t kHops = 2000;
   session_.setMaxRedirectCount(2'000'000'000);
   server_.onRequest([&](const std::string&) {

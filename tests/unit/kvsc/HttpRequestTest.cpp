@@ -57,7 +57,7 @@ struct Request {
 constexpr const char* kBareGet = "GET /p HTTP/1.0\r\nHost: h\r\nConnection: close\r\n\r\n";
 constexpr const char* kBarePost = "POST /p HTTP/1.0\r\nHost: h\r\nConnection: close\r\n\r\n";
 
-TEST(GenerateRequest, HoldsHostAndConnectionWhenNothingElseIsGiven) {
+TEST(GenerateRequest, ContainsHostAndConnectionWhenNothingElseIsGiven) {
   EXPECT_EQ(Request().build(), kBareGet);
 }
 
@@ -103,7 +103,7 @@ TEST(GenerateRequest, LeavesTheCharsetOutWithoutAContentType) {
   EXPECT_EQ(request.build(), kBareGet);
 }
 
-TEST(GenerateRequest, PutsTheDataBehindThePath) {
+TEST(GenerateRequest, PutsTheDataAfterThePath) {
   Request request;
   request.data = "?a=1";
   EXPECT_EQ(request.build(), "GET /p?a=1 HTTP/1.0\r\nHost: h\r\nConnection: close\r\n\r\n");
@@ -122,7 +122,7 @@ TEST(GenerateRequest, CountsALengthWithoutDataAtTheEnd) {
   EXPECT_EQ(takeBytes(bytes, length), std::string(kBareGet) + std::string(3, '\0'));
 }
 
-TEST(GenerateRequest, TakesANegativeLengthAsNone) {
+TEST(GenerateRequest, TreatsANegativeLengthAsZero) {
   const std::string data = "?a";
   int length = 0;
   unsigned char* bytes = HttpRequest::generateRequest("GET", "h", "/p", &length, 0, "", "", "", "",
@@ -130,7 +130,7 @@ TEST(GenerateRequest, TakesANegativeLengthAsNone) {
   EXPECT_EQ(takeBytes(bytes, length), kBareGet);
 }
 
-TEST(GenerateRequest, FailsAsTheAllocatorDoesWhenTheLengthFitsNoInt) {
+TEST(GenerateRequest, ThrowsBadAllocWhenTheLengthFitsNoInt) {
   int length = 0;
   EXPECT_THROW(HttpRequest::generateRequest("GET", "h", "/p", &length, 0, "", "", "", "", nullptr,
                                             INT_MAX, ""),
@@ -146,11 +146,11 @@ TEST(GenerateRequest, AsAStringTakesTheDataAsAString) {
                          "Content-Type: c;charset=s\r\nConnection: close\r\n\r\n");
 }
 
-TEST(GeneratePostRequest, WithoutABodyHoldsNeitherLengthNorTrailingLineEnd) {
+TEST(GeneratePostRequest, WithoutABodyHasNeitherLengthNorTrailingLineEnd) {
   EXPECT_EQ(Request().buildPost(), kBarePost);
 }
 
-TEST(GeneratePostRequest, TakesAnEmptyBodyAsNone) {
+TEST(GeneratePostRequest, TreatsAnEmptyBodyAsNoBody) {
   Request request;
   request.data = "";
   EXPECT_EQ(request.buildPost(), kBarePost);
@@ -172,7 +172,7 @@ TEST(GeneratePostRequest, CarriesZeroBytesInTheBody) {
   EXPECT_EQ(built.substr(built.size() - 4), std::string("\0\0\r\n", 4));
 }
 
-TEST(GeneratePostRequest, NamesALengthWithoutABodyButSendsNone) {
+TEST(GeneratePostRequest, AnnouncesTheLengthOfANullBodyButSendsNone) {
   int length = 0;
   unsigned char* bytes =
       HttpRequest::generatePostRequest("h", "/p", &length, 0, "", "", "", "", nullptr, 3, "");
@@ -180,7 +180,7 @@ TEST(GeneratePostRequest, NamesALengthWithoutABodyButSendsNone) {
             "POST /p HTTP/1.0\r\nHost: h\r\nContent-Length: 3\r\nConnection: close\r\n\r\n");
 }
 
-TEST(GeneratePostRequest, TakesANegativeLengthAsNone) {
+TEST(GeneratePostRequest, TreatsANegativeLengthAsZero) {
   const std::string body = "<x/>";
   int length = 0;
   unsigned char* bytes = HttpRequest::generatePostRequest("h", "/p", &length, 0, "", "", "", "",
@@ -261,7 +261,7 @@ std::string reorderedCtime(long seconds) {
          words[4].data() + " " + words[3].data() + " GMT";
 }
 
-TEST_F(IfModifiedSince, HoldsTheWordsOfCtime) {
+TEST_F(IfModifiedSince, ContainsTheWordsOfCtime) {
   for (const char* zone : {"UTC0", "EST5EDT,M3.2.0,M11.1.0", "XYZ-13:45"}) {
     for (long seconds = 1; seconds < 300'000'000'000; seconds = seconds * 3 + 12345) {
       const std::string line = dateLine(seconds, zone);

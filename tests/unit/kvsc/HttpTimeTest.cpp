@@ -61,7 +61,7 @@ TEST_F(HttpTimeTest, TheZoneMayBeMissing) {
   EXPECT_EQ(parseHttpTime("Tue, 05 Mar 2024 10:00:00"), 1709632800);
 }
 
-TEST_F(HttpTimeTest, TheWeekdayIsNotHeldAgainstTheDate) {
+TEST_F(HttpTimeTest, TheWeekdayIsNotCheckedAgainstTheDate) {
   EXPECT_EQ(parseHttpTime("Sunday, 05 Mar 2024 10:00:00 GMT"), 1709632800);
   EXPECT_EQ(parseHttpTime("Xyz 05 Mar 2024 10:00:00 GMT"), 1709632800);
 }

@@ -20,14 +20,14 @@
 namespace kvsc {
 namespace {
 
-/// A copy for a utility to take over.
+/// A new array for a utility to own.
 unsigned char* newArray(const std::string& text) {
   auto* array = new unsigned char[text.size()];
   text.copy(reinterpret_cast<char*>(array), text.size());
   return array;
 }
 
-/// Takes what a utility handed out.
+/// The text of an array that a utility returned, which is released.
 std::string take(unsigned char* data, int length) {
   std::string text(reinterpret_cast<const char*>(data), static_cast<std::size_t>(length));
   HttpUtilityVirtual::release(data);
@@ -81,7 +81,7 @@ class Collecting : public testing::TestWithParam<CollectingCase> {
 
 TEST_P(Collecting, StartsWithNothing) { EXPECT_EQ(collected(), ""); }
 
-TEST_P(Collecting, PutsEveryPieceBehindTheOnesBefore) {
+TEST_P(Collecting, AppendsEveryPiece) {
   EXPECT_EQ(deliverPiece("abc"), 3U);
   EXPECT_EQ(deliverPiece(std::string("\0\xff", 2)), 2U);
   EXPECT_EQ(deliverPiece("d"), 1U);
@@ -101,7 +101,7 @@ TEST_P(Collecting, TakesAnEmptyPiece) {
   EXPECT_EQ(collected(), "");
 }
 
-TEST_P(Collecting, RefusesAPieceThatNoMemoryHolds) {
+TEST_P(Collecting, RefusesAPieceTooLargeForMemory) {
   deliverPiece("abc");
   std::string text = "x";
   EXPECT_EQ(GetParam().callback(text.data(), SIZE_MAX / 2, 3, &collector_), 0U);
@@ -186,7 +186,7 @@ TEST(CollectingWithoutMemory, TakesNothing) {
   EXPECT_EQ(collector.utf8(), "def");
 }
 
-TEST(Buffer, IsTakenOverAndReplaced) {
+TEST(Buffer, IsOwnedAndReplaced) {
   Collector collector;
   collector.setBuffer(newArray("first"), 5);
   collector.setBuffer(newArray("second"), 6);
@@ -204,7 +204,7 @@ TEST(Buffer, IsClearedByNull) {
   EXPECT_EQ(length, 0);
 }
 
-TEST(Buffer, HasNoLengthThatItDoesNotHold) {
+TEST(Buffer, IgnoresAnImpossibleLength) {
   Collector collector;
   collector.setBuffer(nullptr, 7);
   EXPECT_EQ(collector.buffer(), "");
@@ -212,7 +212,7 @@ TEST(Buffer, HasNoLengthThatItDoesNotHold) {
   EXPECT_EQ(collector.buffer(), "");
 }
 
-TEST(Utf8Data, IsTakenOverAndReplaced) {
+TEST(Utf8Data, IsOwnedAndReplaced) {
   Collector collector;
   collector.setUTF8Data({newArray("first"), 5});
   collector.setUTF8Data({newArray("second"), 6});
@@ -221,7 +221,7 @@ TEST(Utf8Data, IsTakenOverAndReplaced) {
   EXPECT_EQ(collector.getUTF8Data().data, nullptr);
 }
 
-TEST(Collected, SurvivesAsACopyWhatTheUtilityDoesNext) {
+TEST(Collected, IsReturnedAsACopy) {
   Collector collector;
   collector.setBuffer(newArray("first"), 5);
   int length = 0;
@@ -230,7 +230,7 @@ TEST(Collected, SurvivesAsACopyWhatTheUtilityDoesNext) {
   EXPECT_EQ(take(copy, length), "first");
 }
 
-TEST(Fields, HoldWhatWasSet) {
+TEST(Fields, KeepWhatWasSet) {
   Collector collector;
   int context = 0;
   const auto progress = [](void*, double, double) { return 0; };

@@ -50,7 +50,7 @@ struct Check {
   std::string message = "old message";
 };
 
-TEST(ProcessServerResponse, RefusesAPageWhereAnAnswerBelongs) {
+TEST(ProcessServerResponse, RefusesAnHtmlPage) {
   Parser parser;
   const Check check(parser, "<!DOCTYPE HTML PUBLIC>\r\n", true);
   EXPECT_FALSE(check.result);
@@ -61,7 +61,7 @@ TEST(ProcessServerResponse, RefusesAPageWhereAnAnswerBelongs) {
   EXPECT_EQ(parser.parsed, "(not asked)");
 }
 
-TEST(ProcessServerResponse, KnowsAPageByItsFirstFourteenBytes) {
+TEST(ProcessServerResponse, RecognisesAPageByItsFirstFourteenBytes) {
   Parser parser;
   EXPECT_FALSE(Check(parser, "<!DOCTYPE HTML", true).ok);
   EXPECT_FALSE(Check(parser, "<!DOCTYPE HTML\n", true).ok);
@@ -71,7 +71,7 @@ TEST(ProcessServerResponse, KnowsAPageByItsFirstFourteenBytes) {
   EXPECT_TRUE(Check(parser, "", true).ok);
 }
 
-TEST(ProcessServerResponse, SaysNothingOfAGoodOne) {
+TEST(ProcessServerResponse, AcceptsAGoodResponse) {
   Parser parser;
   const Check check(parser, "<answer/>", true);
   EXPECT_TRUE(check.result);
@@ -180,7 +180,7 @@ TEST(UrlEncode, EscapesUtf8AndZeroBytes) {
   EXPECT_EQ(urlEncode(std::string("\0\xc3\xa9z", 4)), "%00%C3%A9z");
 }
 
-TEST(UrlEncode, MakesNothingOfNothing) {
+TEST(UrlEncode, ReturnsNullForNoData) {
   const unsigned char byte = 'a';
   int length = -1;
   EXPECT_EQ(HttpUtilityVirtual::urlEncode(nullptr, 3, &length), nullptr);
@@ -194,7 +194,7 @@ TEST(UrlEncode, MakesNothingOfNothing) {
   EXPECT_EQ(HttpUtilityVirtual::urlEncode(std::string()), "");
 }
 
-TEST(UrlEncode, MakesNothingWithoutMemory) {
+TEST(UrlEncode, ReturnsNullWithoutMemory) {
   const unsigned char byte = 'a';
   const NoMemory noMemory;
   int length = -1;

@@ -61,7 +61,7 @@ void warmUp(const std::function<void()>& exchange) {
 }
 
 /// Runs the exchange `count` times, after some that are not counted, and compares what the process
-/// holds. A thread that has looked up a name may take a moment to end.
+/// uses. A thread that has looked up a name may take a moment to end.
 void expectNothingKept(int count, const std::function<void()>& exchange) {
   const std::size_t threadsBefore = threads();
   warmUp(exchange);
@@ -113,7 +113,7 @@ class RepeatedClient {
   bool cancels_ = false;
 };
 
-TEST(LongRunTest, PlainExchangesOfEveryOutcomeKeepNothing) {
+TEST(LongRunTest, PlainExchangesOfEveryOutcomeLeakNothing) {
   support::Nginx nginx({.serverSnippet = "location /moved { return 302 /film; }"});
   nginx.serve("film", std::string(10'000, 'x'));
   RepeatedClient client;
@@ -121,7 +121,7 @@ TEST(LongRunTest, PlainExchangesOfEveryOutcomeKeepNothing) {
   expectNothingKept(kPlainExchanges, [&, number = 0]() mutable {
     ++number;
     if (number % 20 == 0) {
-      wrong += client.get(nginx.url("/none")) != kvsc::HTTP_ERROR_FAILED;
+      wrong += client.get(nginx.url("/missing")) != kvsc::HTTP_ERROR_FAILED;
     } else if (number % 20 == 7) {
       wrong += client.get(nginx.url("/moved")) != kvsc::HTTP_ERROR_NONE;
     } else {
@@ -133,7 +133,7 @@ TEST(LongRunTest, PlainExchangesOfEveryOutcomeKeepNothing) {
   EXPECT_EQ(wrong, 0);
 }
 
-TEST(LongRunTest, TlsExchangesWithANewClientEachKeepNothing) {
+TEST(LongRunTest, TlsExchangesWithANewClientEachLeakNothing) {
   support::Nginx nginx({.tls = serverOf()});
   nginx.serve("film", "film");
   int wrong = 0;
@@ -142,7 +142,7 @@ TEST(LongRunTest, TlsExchangesWithANewClientEachKeepNothing) {
   EXPECT_EQ(wrong, 0);
 }
 
-TEST(LongRunTest, TunnelledAndCancelledTlsExchangesKeepNothing) {
+TEST(LongRunTest, TunnelledAndCancelledTlsExchangesLeakNothing) {
   support::Nginx nginx({.tls = serverOf()});
   const support::TinyProxy proxy;
   nginx.serve("film", std::string(10'000, 'x'));
@@ -157,7 +157,7 @@ TEST(LongRunTest, TunnelledAndCancelledTlsExchangesKeepNothing) {
   EXPECT_EQ(wrong, 0);
 }
 
-TEST(LongRunTest, RefusedCertificatesKeepNothing) {
+TEST(LongRunTest, RefusedCertificatesLeakNothing) {
   support::Nginx nginx({.tls = support::pki::selfSigned()});
   int wrong = 0;
   expectNothingKept(kTlsExchanges / 4, [&] {
@@ -166,7 +166,7 @@ TEST(LongRunTest, RefusedCertificatesKeepNothing) {
   EXPECT_EQ(wrong, 0);
 }
 
-TEST(LongRunTest, RefusedConnectionsKeepNothing) {
+TEST(LongRunTest, RefusedConnectionsLeakNothing) {
   const support::RefusingPort refusing;
   const std::string url = support::loopbackUrl("http", "localhost", refusing.port(), "/");
   int wrong = 0;

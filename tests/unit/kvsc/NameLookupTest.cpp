@@ -24,7 +24,7 @@ TEST(NumericAddressTest, AnAddressInNumbersIsRead) {
   EXPECT_EQ(numericAddress("::1")->ai_socktype, SOCK_STREAM);
 }
 
-TEST(NumericAddressTest, ANameIsNone) {
+TEST(NumericAddressTest, ANameIsNotNumeric) {
   for (const char* name :
        {"localhost", "films.example", "[::1]", "127.0.0.1.example", "::1.example"}) {
     EXPECT_EQ(numericAddress(name), nullptr) << name;
@@ -62,7 +62,7 @@ TEST(NameLookupTest, AnUnknownNameHasAnError) {
   EXPECT_NE(error, 0);
 }
 
-TEST(NameLookupTest, AnAnswerThatNobodyTakesIsFreed) {
+TEST(NameLookupTest, AnAnswerThatIsNotTakenIsFreed) {
   const auto lookup = startSystemLookup("localhost");
   while (!lookup->waitFor(kSlice)) continue;
 }

@@ -8,7 +8,7 @@ thread_local int memoryIsOut = 0;
 
 }  // namespace
 
-// The program's own, so that a full memory can be had at will.
+// Replaces the allocation function of the program, so that it can be made to fail.
 void* operator new[](std::size_t size, const std::nothrow_t& /*unused*/) noexcept {
   if (memoryIsOut > 0) return nullptr;
   try {

@@ -35,7 +35,7 @@ class ResetDialer : public kvsc::Dialer {
   LoopbackDialer live_;
 };
 
-void expectSignalsWhole() {
+void expectSignalsUntouched() {
   sigset_t old, now;
   sigemptyset(&now);
   pthread_sigmask(SIG_SETMASK, nullptr, &old);
@@ -65,7 +65,7 @@ class NoSignalTest : public testing::Test {
     } else {
       client.client().httpPost(url, post, &result, &client.session(), "", "", kvsc::SSLV3, true);
     }
-    expectSignalsWhole();
+    expectSignalsUntouched();
     std::_Exit(result == kvsc::HTTP_ERROR_FAILED ? 0 : 2);
   }
 
@@ -87,7 +87,7 @@ class NoSignalTest : public testing::Test {
     server.always(Script().readRequest().sendPieces(support::okResponse("film"), 4096).reset());
     CheckingClient client;
     client.get(server.url());
-    expectSignalsWhole();
+    expectSignalsUntouched();
     std::_Exit(client.body() == "film" ? 0 : 2);
   }
 };

@@ -76,7 +76,7 @@ TEST(ParseUriOutParameters, KeepTheirValuesWithoutAScheme) {
   EXPECT_EQ(uri.path, "old path");
 }
 
-TEST(ParseUriOutParameters, HoldTheSchemeOfAnAddressWithoutSlashes) {
+TEST(ParseUriOutParameters, KeepTheSchemeOfAnAddressWithoutSlashes) {
   const Uri uri = parse("https:host/x");
   EXPECT_EQ(uri.result, -1);
   EXPECT_TRUE(uri.isHttps);

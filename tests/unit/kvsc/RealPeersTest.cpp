@@ -83,7 +83,7 @@ TEST_P(NginxTlsTest, AnotherHostFails) {
   EXPECT_EQ(nginx_->accessLog(), "");
 }
 
-TEST_P(NginxTlsTest, TheEnvironmentsClientCertificateIsTaken) {
+TEST_P(NginxTlsTest, TheEnvironmentsClientCertificateIsAccepted) {
   EXPECT_EQ(meet(askingForCertificate()), kSuccess);
 }
 

@@ -35,7 +35,7 @@ class RedirectUrlTest : public Exchange {
   kvsc::HttpErrorIds result_ = HTTP_ERROR_FAILED;
 };
 
-TEST_F(RedirectUrlTest, AnAddressThatLeadsNowhereElseHasNone) {
+TEST_F(RedirectUrlTest, AnAddressWithoutARedirectYieldsNothing) {
   for (const char* status : {"200 OK", "304 Not Modified", "404 Not Found", "303 See Other",
                              "307 Temporary", "500 Error"}) {
     redirect("/", status, at("/there"));
@@ -141,7 +141,7 @@ TEST_F(RedirectUrlTest, ACircleEnds) {
   EXPECT_LT(server_.connectionCount(), 100U);
 }
 
-TEST_F(RedirectUrlTest, WhatIsNoAddressFails) {
+TEST_F(RedirectUrlTest, AMalformedAddressFails) {
   EXPECT_EQ(resolve("films.example"), "");
   EXPECT_EQ(result_, HTTP_ERROR_FAILED);
 }
@@ -152,7 +152,7 @@ TEST_F(RedirectUrlTest, AServerThatIsNotThereFails) {
   EXPECT_EQ(result_, HTTP_ERROR_FAILED);
 }
 
-TEST_F(RedirectUrlTest, AnAnswerThatBreaksOffLeadsNowhereElse) {
+TEST_F(RedirectUrlTest, AResponseThatBreaksOffIsNoRedirect) {
   server_.next(Script().readRequest().reset());
   EXPECT_EQ(resolve(at("/")), "");
   EXPECT_EQ(result_, HTTP_ERROR_NONE);

@@ -41,7 +41,7 @@ TEST_F(RenegotiationTest, AVerifiedServerIsShownTheCertificateThatItAsksForLate)
   EXPECT_NE(server_.ended().clientSubject, "");
 }
 
-TEST_F(RenegotiationTest, ItMayAskAsOftenAsTheBoundSays) {
+TEST_F(RenegotiationTest, ItMayAskUpToTheLimit) {
   EXPECT_EQ(getAfter(answerAfter(kvsc::kMostRenegotiations)), kSuccess);
 }
 

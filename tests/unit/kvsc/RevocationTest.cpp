@@ -119,7 +119,7 @@ TEST_P(RevocationTest, TheListOfTheIssuerIsFoundAmongOthers) {
 }
 
 TEST_P(RevocationTest, AMissingFileLetsEveryCertificatePass) {
-  client_.session().setCrlFile(folder_ / "none.pem");
+  client_.session().setCrlFile(folder_ / "missing.pem");
   EXPECT_EQ(client_.get(server_.url()), kSuccess);
 }
 
@@ -132,7 +132,7 @@ TEST_P(RevocationTest, AListIsNotAskedWhenCertificatesAreNotChecked) {
   EXPECT_EQ(getWithList({.issuer = authority_, .revoked = {identity_.serial()}}), kSuccess);
 }
 
-TEST_P(RevocationTest, TheNextExchangeIsNotBurdenedWithTheEarlierText) {
+TEST_P(RevocationTest, TheNextExchangeDoesNotKeepTheEarlierText) {
   EXPECT_EQ(getWithList({.issuer = authority_, .revoked = {identity_.serial()}}).result,
             HTTP_ERROR_CERTIFICATE);
   client_.session().setCrlFile("");

@@ -45,7 +45,7 @@ TEST(SSLClientTest, ContextsAndTextsAreKept) {
   EXPECT_EQ(client.getText(3), "text");
 }
 
-TEST(SSLClientTest, InitTakesCallbacksAndContextsBack) {
+TEST(SSLClientTest, InitClearsCallbacksAndContexts) {
   ScriptedServer server;
   server.always(Script().readRequest().sendPieces(support::bareResponse("200 OK"), 4096).send("x"));
   SSLClient client("LOCALHOST");
@@ -76,7 +76,7 @@ TEST(SSLClientTest, InitTakesCallbacksAndContextsBack) {
   EXPECT_EQ(calls, 2 + 3);
 }
 
-/// What `close` frees, and in whose place it does so.
+/// What `close` frees.
 class CloseTest : public testing::Test {
  protected:
   void expectClosed() {
@@ -115,7 +115,7 @@ TEST_F(CloseTest, ItWorksThroughTheBaseClass) {
   expectClosed();
 }
 
-TEST_F(CloseTest, ErrorsThatWaitToBeReadAreLeftAlone) {
+TEST_F(CloseTest, PendingErrorsAreLeftAlone) {
   raiseLookupError("why");
   session_.setSslContext(newClientContext(SSLV3).release());
   session_.setSsl(SSL_new(session_.getSslContext()));

@@ -49,7 +49,7 @@ class SSLConnectContextTest : public testing::Test {
   SSLSession session_;
 };
 
-TEST_F(SSLConnectContextTest, WithoutChecksItHoldsNoCredentials) {
+TEST_F(SSLConnectContextTest, WithoutChecksItHasNoCredentials) {
   session_.setVerifyMode(1);
   session_.setCipherList("ECDHE-RSA-AES128-GCM-SHA256");
   session_.setCertFile("/no/such/file");
@@ -72,7 +72,7 @@ TEST_F(SSLConnectContextTest, WithChecksItHasTheEnvironmentsCredentials) {
   EXPECT_EQ(SSL_CTX_get_verify_callback(context()), &SSLConnect::verifyCallback);
 }
 
-TEST_F(SSLConnectContextTest, OneIssuerAndNothingBetween) {
+TEST_F(SSLConnectContextTest, NoIntermediateIsAllowed) {
   session_.setCheckCertificate(true);
   ASSERT_EQ(setUp(), 1);
   EXPECT_EQ(SSL_CTX_get_verify_depth(context()), 0);
@@ -104,21 +104,21 @@ TEST_F(SSLConnectContextTest, EachFamilyHasItsVersions) {
   EXPECT_EQ(SSL_CTX_get_max_proto_version(context()), TLS1_VERSION);
 }
 
-TEST_F(SSLConnectContextTest, OtherFamiliesHaveNone) {
+TEST_F(SSLConnectContextTest, OtherFamiliesHaveNoContext) {
   for (const int family : {0, -1, 4, 1000}) {
     session_.setSslMethod(static_cast<SSLMethodProtocolType>(family));
     expectFailure("Unable to create an SSL context for this protocol");
   }
 }
 
-// The leak checker has the last word on this one.
+// The leak checker finds a context that is not freed.
 TEST_F(SSLConnectContextTest, AContextThatWasLeftBehindIsFreed) {
   ASSERT_EQ(setUp(), 1);
   ASSERT_EQ(setUp(), 1);
   EXPECT_NE(context(), nullptr);
 }
 
-TEST_F(SSLConnectContextTest, ACipherListIsTaken) {
+TEST_F(SSLConnectContextTest, ACipherListIsApplied) {
   session_.setCheckCertificate(true);
   session_.setCipherList("ECDHE-RSA-AES128-GCM-SHA256");
   ASSERT_EQ(setUp(), 1);
@@ -155,7 +155,7 @@ TEST_F(SSLConnectContextTest, ACertificateFileTakesTheEnvironmentsPlace) {
   EXPECT_EQ(X509_cmp(SSL_CTX_get0_certificate(context()), own.certificate.get()), 0);
 }
 
-TEST_F(SSLConnectContextTest, ACertificateFileThatIsNoneHasAText) {
+TEST_F(SSLConnectContextTest, AnUnusableCertificateFileLeavesAText) {
   session_.setCheckCertificate(true);
   session_.setCertFile("/no/such/file");
   expectFailure("Unable to load certificate file");
@@ -163,7 +163,7 @@ TEST_F(SSLConnectContextTest, ACertificateFileThatIsNoneHasAText) {
   expectFailure("Unable to load certificate file");
 }
 
-TEST_F(SSLConnectContextTest, ACertificateFileWithoutItsKeyHasAText) {
+TEST_F(SSLConnectContextTest, ACertificateFileWithoutItsKeyLeavesAText) {
   const support::Identity own = pki::selfSigned({.key = KeyKind::kRsa});
   session_.setCheckCertificate(true);
   session_.setCertFile(folder_.write("own.pem", own.certificatePem()));

@@ -23,7 +23,7 @@ std::string parsed(SSLConnect& connect, std::string line) {
   return line;
 }
 
-TEST(SSLConnectTest, AFreshConnectionHasNothingToTell) {
+TEST(SSLConnectTest, AFreshConnectionIsEmpty) {
   const SSLConnect connect("LOCALHOST");
   EXPECT_EQ(connect.getErrorString(), "");
   EXPECT_EQ(connect.getResponseCode(), 0);
@@ -67,7 +67,7 @@ TEST(SSLConnectTest, LiveConnectionsAreCounted) {
   EXPECT_EQ(SSLConnect::getConnectionCount(), before);
 }
 
-TEST(SSLConnectTest, TheCountHoldsOverManyThreads) {
+TEST(SSLConnectTest, TheCountIsRightAcrossThreads) {
   const int before = SSLConnect::getConnectionCount();
   std::vector<std::thread> threads;
   for (int i = 0; i < 8; ++i) threads.emplace_back([] { SSLConnect("LOCALHOST"); });
@@ -111,7 +111,7 @@ TEST(PassPhraseTest, ItIsCopiedAsFarAsItFits) {
   EXPECT_EQ(SSLConnect::pem_passwd_cb(buffer.data(), 1, 0, phrase), 0);
 }
 
-TEST(PassPhraseTest, WithoutOneNobodyIsAsked) {
+TEST(PassPhraseTest, WithoutOneTheTerminalIsNotAsked) {
   std::array<char, 8> buffer{};
   EXPECT_EQ(SSLConnect::pem_passwd_cb(buffer.data(), 8, 0, nullptr), -1);
   char phrase[] = "secret";
@@ -217,7 +217,7 @@ TEST_F(ResponseHeadersTest, ALaterValueReplacesAnEarlierOne) {
   EXPECT_EQ(value("A"), "two");
 }
 
-TEST_F(ResponseHeadersTest, WhatIsNoLineIsIgnored) {
+TEST_F(ResponseHeadersTest, AMissingLineIsIgnored) {
   connect_.parseHeaderLine(nullptr, 5);
   char line[] = "A: b";
   connect_.parseHeaderLine(line, 0);
@@ -252,7 +252,7 @@ class RsaKeyTest : public testing::Test {
 
 TEST_F(RsaKeyTest, AnRsaKeyIsRead) { EXPECT_NE(read(rsa_.keyPem()), nullptr); }
 
-TEST_F(RsaKeyTest, AKeyOnACurveIsRefused) { EXPECT_EQ(read(ec_.keyPem()), nullptr); }
+TEST_F(RsaKeyTest, AnEllipticCurveKeyIsRefused) { EXPECT_EQ(read(ec_.keyPem()), nullptr); }
 
 TEST_F(RsaKeyTest, AnEncryptedKeyOpensWithItsPassPhraseAlone) {
   const std::string pem = rsa_.encryptedKeyPem("right");

@@ -72,7 +72,7 @@ TEST_F(PostConnectionCheckTest, WithoutAPeerItFails) {
   EXPECT_EQ(connect_.postConnectionCheck(unconnected.get(), "example"), kWrongHost);
 }
 
-TEST_F(PostConnectionCheckTest, ForTheRightHostTheLibraryHasTheLastWord) {
+TEST_F(PostConnectionCheckTest, ForTheRightHostTheLibrarysResultCounts) {
   EXPECT_EQ(check("example", {}, "example"), kUnknown);
   const ShakenHands hands(pki::selfSigned({.commonName = "example"}));
   SSL_set_verify_result(hands.client(), X509_V_OK);
@@ -91,7 +91,7 @@ TEST_F(PostConnectionCheckTest, TheCommonNameIsEnoughToo) {
   EXPECT_EQ(check("example", {"first", "second"}, "example"), kUnknown);
 }
 
-TEST_F(PostConnectionCheckTest, NeitherIsAnotherHost) {
+TEST_F(PostConnectionCheckTest, NoMatchingNameIsAnotherHost) {
   EXPECT_EQ(check("other", {"first", "second"}, "example"), kWrongHost);
 }
 
@@ -247,7 +247,7 @@ TEST_F(VerifyCallbackTest, WithoutASessionThereAreNoLists) {
   EXPECT_EQ(verify(0), 0);
 }
 
-TEST_F(VerifyCallbackTest, OutsideAHandshakeThereAreNone) {
+TEST_F(VerifyCallbackTest, OutsideAHandshakeThereAreNoLists) {
   revoke();
   attach(nullptr);
   EXPECT_EQ(verify(1), 1);
@@ -267,7 +267,7 @@ TEST_F(VerifyCallbackTest, AListThatIsSilentKeepsTheVerdict) {
   EXPECT_EQ(owner_.getErrorString(), "before");
 }
 
-TEST_F(VerifyCallbackTest, WithoutACertificateThereIsATextAndTheVerdictStays) {
+TEST_F(VerifyCallbackTest, AMissingCertificateKeepsTheVerdictAndLeavesAText) {
   session_.setCrlFile("/no/such/crl.pem");
   X509_STORE_CTX_set_current_cert(context_.get(), nullptr);
   EXPECT_EQ(SSLConnect::crlCheck(1, context_.get(), &session_), 1);

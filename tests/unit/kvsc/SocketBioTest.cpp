@@ -130,14 +130,14 @@ TEST_F(SocketBioTest, ACancelEndsARead) {
   EXPECT_EQ(takeErrno(), ECANCELED);
 }
 
-TEST_F(SocketBioTest, ACancelCountsMoreThanWhatIsThere) {
+TEST_F(SocketBioTest, ACancelPrecedesAnAvailableEvent) {
   fromFar("more");
   token_.cancel();
   EXPECT_EQ(read(), "");
   EXPECT_EQ(count_, -1);
 }
 
-TEST_F(SocketBioTest, AStreamThatAlwaysHasOneMoreByteEndsWithTheWhole) {
+TEST_F(SocketBioTest, AnEndlessStreamOfSingleBytesEndsAtTheTotalLimit) {
   useWaiter(Waiter(nullptr, kNever, kSoon));
   int reads = 0;
   do {
@@ -198,7 +198,7 @@ TEST_F(SocketBioTest, OnlyThisKindHasAWaiter) {
   EXPECT_EQ(bytesSentBy(memory.get()), 0);
 }
 
-TEST_F(SocketBioTest, AWriteThatFailsTellsHowFarItCame) {
+TEST_F(SocketBioTest, AFailedWriteReportsTheBytesSent) {
   EXPECT_EQ(BIO_write(bio_.get(), "whole", 5), 5);
   EXPECT_EQ(bytesSentBy(bio_.get()), 5);
   useWaiter(Waiter(&token_, kSoon, kNever));

@@ -38,20 +38,20 @@ TEST(TextScannerTest, ANumberEndsWhereItsDigitsEnd) {
   EXPECT_EQ(scanner.word(), "x");
 }
 
-TEST(TextScannerTest, WhatIsNoNumberIsNone) {
+TEST(TextScannerTest, OtherTextIsNoNumber) {
   for (const char* text : {"", "x", "-", "+", "+-1", "-+1", "--1", "- 1"}) {
     EXPECT_EQ(numberIn(text), std::nullopt) << text;
   }
 }
 
-TEST(TextScannerTest, ANumberThatDoesNotFitIsNone) {
+TEST(TextScannerTest, ANumberThatDoesNotFitIsRefused) {
   EXPECT_EQ(numberIn("2147483647"), INT_MAX);
   EXPECT_EQ(numberIn("2147483648"), std::nullopt);
   EXPECT_EQ(numberIn("-2147483648"), INT_MIN);
   EXPECT_EQ(numberIn("99999999999999999999999999"), std::nullopt);
 }
 
-TEST(TextScannerTest, AFailureDoesNotMoveOn) {
+TEST(TextScannerTest, AFailureConsumesNothing) {
   TextScanner scanner(" abc");
   EXPECT_EQ(scanner.number(), std::nullopt);
   EXPECT_FALSE(scanner.character('a'));

@@ -45,13 +45,13 @@ INSTANTIATE_TEST_SUITE_P(Versions, TlsMatrixTest, testing::Values(TLS1_2_VERSION
                            return info.param == TLS1_2_VERSION ? "Tls12" : "Tls13";
                          });
 
-TEST_P(TlsMatrixTest, ARightCertificateIsTaken) {
+TEST_P(TlsMatrixTest, AValidCertificateIsAccepted) {
   EXPECT_EQ(meet(serverOf()), kSuccess);
   EXPECT_EQ(client_.body(), "film");
   EXPECT_EQ(server_->ended().protocol, GetParam() == TLS1_2_VERSION ? "TLSv1.2" : "TLSv1.3");
 }
 
-TEST_P(TlsMatrixTest, ARightRsaCertificateIsTaken) {
+TEST_P(TlsMatrixTest, AValidRsaCertificateIsAccepted) {
   EXPECT_EQ(meet(serverOf({.key = support::KeyKind::kRsa})), kSuccess);
 }
 
@@ -133,7 +133,7 @@ TEST_P(TlsMatrixTest, AnAlternativeNameMatchesWithoutACommonName) {
   EXPECT_EQ(meet(serverOf({.commonName = std::nullopt, .dnsNames = {"localhost"}})), kSuccess);
 }
 
-TEST_P(TlsMatrixTest, WithoutACommonNameNothingIsLeftToObjectToAsIsTheContract) {
+TEST_P(TlsMatrixTest, KeptQuirkWithoutACommonNameAnyHostWillDo) {
   EXPECT_EQ(meet(serverOf({.commonName = std::nullopt})), kSuccess);
   EXPECT_EQ(meet(serverOf({.commonName = std::nullopt, .dnsNames = {"elsewhere"}})), kSuccess);
 }

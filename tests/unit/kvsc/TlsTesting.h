@@ -55,7 +55,7 @@ class CheckingClient {
   std::string body_;
 };
 
-/// The same for plain exchanges, where a check of certificates would find none.
+/// The same for plain exchanges, which would fail a check of certificates.
 class PlainClient : public CheckingClient {
  public:
   PlainClient() { session().setCheckCertificate(false); }
@@ -71,7 +71,7 @@ class LoopbackDialer : public kvsc::Dialer {
   std::uint16_t port_;
 };
 
-/// A certificate of the environment's authority: what the client takes for a right server.
+/// A certificate of the environment's authority, which the client accepts.
 support::Identity serverOf(const support::CertificateSpec& spec = {},
                            const std::string& environment = "LOCALHOST");
 

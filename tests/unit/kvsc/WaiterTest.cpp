@@ -50,13 +50,13 @@ class WaiterTest : public testing::Test {
   CancelToken token_;
 };
 
-TEST_F(WaiterTest, WhatIsThereIsNotWaitedFor) {
+TEST_F(WaiterTest, AnAvailableEventIsNotWaitedFor) {
   pipe_.fill();
   Waiter waiter(&token_, kLong, kLong);
   EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kReady);
 }
 
-TEST_F(WaiterTest, AWaitEndsWithWhatItWaitsFor) {
+TEST_F(WaiterTest, AWaitEndsWithItsEvent) {
   Waiter waiter(nullptr, kNever, kNever);
   std::thread filler([this] { pipe_.fill(); });
   EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kReady);
@@ -75,7 +75,7 @@ TEST_F(WaiterTest, EachWaitHasALimit) {
   EXPECT_GE(Waiter::Clock::now() - begin, kSoon);
 }
 
-TEST_F(WaiterTest, AllWaitsTogetherHaveALimit) {
+TEST_F(WaiterTest, AllWaitsTogetherHaveATotalLimit) {
   Waiter waiter(&token_, kLong, kSoon);
   EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
 }
@@ -87,7 +87,7 @@ TEST_F(WaiterTest, ACancelEndsAWaitWithoutLimit) {
   other.join();
 }
 
-TEST_F(WaiterTest, ACancelCountsMoreThanWhatIsThere) {
+TEST_F(WaiterTest, ACancelPrecedesAnAvailableEvent) {
   pipe_.fill();
   token_.cancel();
   Waiter waiter(&token_, kLong, kLong);
@@ -105,7 +105,7 @@ TEST_F(WaiterTest, TheFirstBadEndDecidesForAllLaterWaits) {
   EXPECT_EQ(waiter.outcome(), Outcome::kTimedOut);
 }
 
-TEST_F(WaiterTest, AWaitThatTookTooLongMayBeForgottenWhileTheWholeGoesOn) {
+TEST_F(WaiterTest, AWaitThatTimedOutMayBeForgottenBeforeTheTotalLimit) {
   pipe_.fill();
   Waiter waiter(&token_, kSoon, kLong);
   Pipe empty;
@@ -114,7 +114,7 @@ TEST_F(WaiterTest, AWaitThatTookTooLongMayBeForgottenWhileTheWholeGoesOn) {
   EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kReady);
 }
 
-TEST_F(WaiterTest, TheEndOfTheWholeIsNotForgotten) {
+TEST_F(WaiterTest, TheTotalLimitIsNotForgotten) {
   Waiter waiter(&token_, kLong, kSoon);
   EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
   EXPECT_FALSE(waiter.mayTryAgain());
@@ -127,7 +127,7 @@ TEST_F(WaiterTest, ACancelIsNotForgotten) {
   EXPECT_FALSE(waiter.mayTryAgain());
 }
 
-TEST_F(WaiterTest, ARestartGivesTheWholeItsTimeAgain) {
+TEST_F(WaiterTest, ARestartRenewsTheTotalLimit) {
   Waiter waiter(&token_, kNever, kSoon);
   EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
   EXPECT_FALSE(waiter.mayTryAgain());
@@ -163,7 +163,7 @@ TEST_F(WaiterTest, ACancelEndsAPause) {
   other.join();
 }
 
-TEST_F(WaiterTest, AfterItIsStoppedNothingIsWaitedFor) {
+TEST_F(WaiterTest, AStoppedWaiterWaitsForNothing) {
   Waiter waiter(nullptr, kNever, kNever);
   waiter.stopWaiting();
   EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
@@ -172,8 +172,8 @@ TEST_F(WaiterTest, AfterItIsStoppedNothingIsWaitedFor) {
 TEST_F(WaiterTest, ATokenWithoutADescriptorEndsAWaitToo) {
   rlimit limit{};
   ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
-  const rlimit none{0, limit.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const rlimit noDescriptors{0, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &noDescriptors), 0);
   CancelToken blind;
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
   ASSERT_EQ(blind.fd(), -1);
