@@ -109,6 +109,19 @@ TEST(CancelTest, AWaitForTheHeadersEnds) {
   });
 }
 
+TEST(CancelTest, AWaitForTheHeadersAfterARedirectEnds) {
+  expectPromptCancel([] {
+    Gate hanging;
+    ScriptedServer server;
+    const std::string url = urlOf("http", server.port());
+    server.next(
+        Script::answer(support::bareResponse("302 Found", "Location: " + url + "there\r\n")));
+    server.next(Script().readRequest().announce(hanging).stall());
+    const auto prepare = [](CheckingClient& client) { client.session().setMaxRedirectCount(1); };
+    return cancelWhen([&] { return hanging.wait(); }, prepare, url);
+  });
+}
+
 TEST(CancelTest, AWaitForTheHeadersUnderTlsEnds) {
   expectPromptCancel([] {
     Gate hanging;

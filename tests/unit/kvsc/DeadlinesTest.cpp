@@ -69,7 +69,7 @@ TEST_F(DeadlinesTest, AProxyThatDoesNotAnswerEnds) {
   plain_.always(Script().readRequest().stall());
   client_.session().setProxyURL("127.0.0.1");
   client_.session().setProxyPort(plain_.port());
-  EXPECT_EQ(getInTime(client_, "https://films.example/").result, HTTP_ERROR_FAILED);
+  EXPECT_EQ(getInTime(client_, "https://films.example/"), timedOut("", "reading"));
 }
 
 TEST_F(DeadlinesTest, ARequestThatNobodyAnswersEnds) {

@@ -142,6 +142,7 @@ TEST_F(HttpBodyTest, ACallbackThatThrowsIsAFailure) {
   server_.next(inPieces({"one"}));
   client_.setBodyCallback([](void*, std::size_t, std::size_t, void*) -> std::size_t { throw 1; });
   EXPECT_EQ(get(), HTTP_ERROR_FAILED);
+  EXPECT_EQ(error(), "SSLClient: the exchange ended by an exception");
   EXPECT_EQ(session_.getConnect(), nullptr);
 }
 

@@ -59,6 +59,14 @@ TEST_F(HttpConnectionTest, AGoneServerIsTriedTenTimesThenReported) {
   expectClosed();
 }
 
+TEST_F(HttpConnectionTest, AFailedTunnelRequestAddsNoErrorToThoseOfTheHandshake) {
+  GoneDialer dialer;
+  session_.setDialer(&dialer);
+  session_.setProxyURL("proxy.example");
+  EXPECT_EQ(send("https://films.example/"), HTTP_ERROR_FAILED);
+  EXPECT_EQ(error(), "SSL_ERROR_SYSCALL\n writing error:80000020:system library::Broken pipe\n");
+}
+
 TEST_F(HttpConnectionTest, WithChecksGetAndHeadVerifyThePeer) {
   ScriptedServer stranger(TlsSettings{.identity = support::pki::selfSigned()});
   session_.setCheckCertificate(true);

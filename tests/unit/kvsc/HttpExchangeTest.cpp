@@ -1,3 +1,4 @@
+#include "kvsc/CancelToken.h"
 #include "kvsc/Dialer.h"
 #include "kvsc/OpenSsl.h"
 #include "tests/support/Loopback.h"
@@ -339,6 +340,16 @@ TEST_F(HttpExchangeTest, ADialerIsAskedForServerOrProxyAsTheyStand) {
   EXPECT_EQ(dialer.dialled,
             "films.example:http\nfilms.example:https\nfilms.example:8443\n"
             "proxy.example:443\nproxy.example:3128\n");
+}
+
+TEST_F(HttpExchangeTest, ADialerIsNotAskedAfterACancel) {
+  RecordingDialer dialer;
+  kvsc::CancelToken token;
+  session_.setDialer(&dialer);
+  session_.setCancelToken(&token);
+  token.cancel();
+  EXPECT_EQ(get(), kvsc::HTTP_ERROR_CANCELLED);
+  EXPECT_EQ(dialer.dialled, "");
 }
 
 }  // namespace

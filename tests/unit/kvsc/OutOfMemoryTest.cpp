@@ -79,6 +79,14 @@ TEST(OutOfMemoryTest, AHeaderLineIsTakenOrReported) {
   EXPECT_EQ(connect.getResponseValue("A-name-that-is-not-short"), std::string(100, 'v'));
 }
 
+/// Connects to this machine under every name.
+class LocalDialer : public TcpDialer {
+ public:
+  int dial(const std::string&, const std::string& port, Waiter& waiter) override {
+    return TcpDialer::dial("127.0.0.1", port, waiter);
+  }
+};
+
 class OutOfMemoryExchangeTest : public Exchange {
  protected:
   /// A GET that must not throw; what it leaves behind is checked.
@@ -88,6 +96,7 @@ class OutOfMemoryExchangeTest : public Exchange {
     EXPECT_EQ(session_.getConnect(), nullptr);
     EXPECT_EQ(session_.getSsl(), nullptr);
     EXPECT_EQ(session_.getSslContext(), nullptr);
+    EXPECT_EQ(session_.getHandshakeOwner(), nullptr);
     return result == HTTP_ERROR_NONE;
   }
 
@@ -112,7 +121,9 @@ TEST_F(OutOfMemoryExchangeTest, OnlyTheContextTellsTheCallback) {
 TEST_F(OutOfMemoryExchangeTest, ATlsGetSucceedsOrFails) {
   ScriptedServer secure(support::TlsSettings{.identity = support::pki::selfSigned()});
   secure.always(Script::answer(response_));
-  const std::string url = secure.url("/a/path/that/is/not/short", "127.0.0.1");
+  LocalDialer dialer;
+  session_.setDialer(&dialer);
+  const std::string url = secure.url("/a/path/that/is/not/short", "a.host.with.a.long.name");
   EXPECT_GT(failEach([&] { return getFrom(url); }), 5);
 }
 

@@ -101,6 +101,13 @@ TEST_F(ScriptedProxyTest, TheServersNameIsIndicatedThroughTheTunnel) {
   EXPECT_EQ(proxy_.ended().serverName, "films.example");
 }
 
+TEST_F(ScriptedProxyTest, AnEmptyNameIsNotIndicated) {
+  proxy_.next(tunnel(kEstablished));
+  EXPECT_EQ(client_.get("https:///film"),
+            (Outcome{HTTP_ERROR_FAILED, "application verification failure"}));
+  EXPECT_FALSE(proxy_.ended().serverNameSent);
+}
+
 TEST_F(ScriptedProxyTest, APlainRequestGoesThroughATunnelToo) {
   proxy_.next(Script().readRequest().send(kEstablished).then([](Connection& connection) {
     connection.readBytes(4);
