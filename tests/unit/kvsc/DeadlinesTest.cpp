@@ -121,4 +121,15 @@ TEST_F(DeadlinesTest, AServerThatIsMerelySlowIsWaitedFor) {
   EXPECT_EQ(plainClient_.get(url("http", plain_.port())), kSuccess);
 }
 
+TEST_F(DeadlinesTest, TheTotalLimitStartsAgainWithEachReadOfTheBody) {
+  const std::string headers = support::okResponse("");
+  const std::string body(60, 'x');  // takes longer than the limit
+  plain_.next(
+      Script().readRequest().sendPieces(headers, headers.size()).drip(body, milliseconds(25)));
+  plainClient_.session().setWaitTimeout(5000);
+  plainClient_.session().setExchangeTimeout(1000);
+  EXPECT_EQ(plainClient_.get(url("http", plain_.port())), kSuccess);
+  EXPECT_EQ(plainClient_.body(), body);
+}
+
 }  // namespace

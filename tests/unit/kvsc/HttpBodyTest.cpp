@@ -50,6 +50,14 @@ TEST_F(HttpBodyTest, APieceIsAtMostAsLongAsTheSessionSays) {
   }
 }
 
+TEST_F(HttpBodyTest, AReadSizeOf0ReadsNothing) {
+  session_.setDownloadSize(0);
+  answer(okResponse("film"));
+  EXPECT_EQ(get(), HTTP_ERROR_NONE);
+  EXPECT_EQ(received_.body(), "");
+  EXPECT_EQ(client_.getResponseCode(), 0);
+}
+
 TEST_F(HttpBodyTest, ACallbackMayAskForLongerPieces) {
   struct Growing {
     kvsc::SSLSession& session;
@@ -273,7 +281,9 @@ class StubbornBio {
     BIO_meth_set_write(method_.get(), [](BIO* bio, const char*, int length) {
       auto* self = static_cast<StubbornBio*>(BIO_get_data(bio));
       ++self->attempts_;
-      return self->attempts_ <= self->failures_ ? -1 : std::min(length, self->taken_);
+      if (self->attempts_ > self->failures_) return std::min(length, self->taken_);
+      ERR_raise(ERR_LIB_SYS, EPIPE);
+      return -1;
     });
     bio_.reset(BIO_new(method_.get()));
     BIO_set_data(bio_.get(), this);
@@ -325,6 +335,7 @@ TEST_F(WriteDataTest, AFailedWriteIsTriedAgain) {
   const StubbornBio bio(2, 100);
   EXPECT_EQ(writeTo(bio), HTTP_ERROR_NONE);
   EXPECT_EQ(bio.attempts(), 3);
+  EXPECT_EQ(ERR_peek_error(), 0u);
 }
 
 TEST_F(WriteDataTest, TheTenthFailureIsTheLastAboutASecondLater) {
@@ -337,7 +348,6 @@ TEST_F(WriteDataTest, TheTenthFailureIsTheLastAboutASecondLater) {
 
 TEST_F(WriteDataTest, AFailurePrintsNothingAndLeavesTheText) {
   const StubbornBio bio(1000, 100);
-  ERR_raise(ERR_LIB_SYS, EPIPE);
   testing::internal::CaptureStdout();
   EXPECT_EQ(writeTo(bio), HTTP_ERROR_FAILED);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");

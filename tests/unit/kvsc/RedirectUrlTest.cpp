@@ -62,6 +62,29 @@ TEST_F(RedirectUrlTest, ItAsksForTheHeadersAlone) {
             "User-Agent: agent\r\nConnection: close\r\n\r\n");
 }
 
+TEST_F(RedirectUrlTest, OnlyTheHeadersOfTheLastResponseArePassedOn) {
+  redirect("/1", "301 Moved", at("/2"));
+  redirect("/2", "302 Found", at("/3"));
+  serve("/3", "200 OK");
+  resolve(at("/1"));
+  EXPECT_EQ(received_.lines, (std::vector<std::string>{"HTTP/1.0 200 OK\r\n", "\r\n"}));
+}
+
+TEST_F(RedirectUrlTest, AnOpenConnectionIsClosedFirst) {
+  server_.always(Script::answer(bareResponse("200 OK")));
+  client_.sendRequest(at("/"), 0, "GET", &session_, "", "", "");
+  EXPECT_EQ(resolve(at("/")), "");
+  EXPECT_FALSE(server_.ended(0).lost);
+}
+
+TEST_F(RedirectUrlTest, TheTextOfAFailureIsClearedByTheNextOne) {
+  EXPECT_EQ(resolve("http:///"), "");
+  EXPECT_NE(error(), "");
+  serve("/", "200 OK");
+  resolve(at("/"));
+  EXPECT_EQ(error(), "");
+}
+
 TEST_F(RedirectUrlTest, AChainIsFollowedToItsEndWhateverTheLimit) {
   redirect("/1", "301 Moved", at("/2"));
   redirect("/2", "302 Found", at("/3"));
