@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/resource.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <thread>
 
 #include "kvsc/CancelToken.h"
@@ -37,6 +39,31 @@ class Pipe {
  private:
   UniqueFd out_;
   UniqueFd in_;
+};
+
+/// Interrupts the process every few milliseconds, while it exists, with a signal without effect.
+class Interruptions {
+ public:
+  Interruptions() {
+    struct sigaction ignoring {};
+    ignoring.sa_handler = [](int) {};
+    sigaction(SIGALRM, &ignoring, &former_);
+    repeatEvery(5000);
+  }
+  Interruptions(const Interruptions&) = delete;
+  Interruptions& operator=(const Interruptions&) = delete;
+  ~Interruptions() {
+    repeatEvery(0);
+    sigaction(SIGALRM, &former_, nullptr);
+  }
+
+ private:
+  static void repeatEvery(suseconds_t microseconds) {
+    const itimerval timer{{0, microseconds}, {0, microseconds}};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+  }
+
+  struct sigaction former_ {};
 };
 
 class WaiterTest : public testing::Test {
@@ -73,6 +100,12 @@ TEST_F(WaiterTest, EachWaitHasALimit) {
   const auto begin = Waiter::Clock::now();
   EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
   EXPECT_GE(Waiter::Clock::now() - begin, kSoon);
+}
+
+TEST_F(WaiterTest, AWaitThatASignalInterruptsGoesOn) {
+  Waiter waiter(nullptr, kSoon, kNever);
+  const Interruptions interruptions;
+  EXPECT_EQ(waiter.waitFor(pipe_.fd(), POLLIN), Outcome::kTimedOut);
 }
 
 TEST_F(WaiterTest, AllWaitsTogetherHaveATotalLimit) {
