@@ -61,6 +61,16 @@ TEST(DnsNameTest, AnAddressIsNoDnsName) {
   EXPECT_FALSE(hasDnsName(certificateOf(server), "127.0.0.1"));
 }
 
+TEST(DnsNameTest, OtherKindsOfAlternativeNamesAreNotDnsNames) {
+  const Identity server = namedBy("x");
+  const CertificatePtr certificate(X509_dup(certificateOf(server)));
+  X509_EXTENSION* names = X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name,
+                                              "email:films.example,URI:films.example");
+  ASSERT_EQ(X509_add_ext(certificate.get(), names, -1), 1);
+  X509_EXTENSION_free(names);
+  EXPECT_FALSE(hasDnsName(certificate.get(), "films.example"));
+}
+
 TEST(DnsNameTest, ACertificateWithoutAlternativeNamesHasNoDnsName) {
   EXPECT_FALSE(hasDnsName(certificateOf(namedBy("localhost")), "localhost"));
 }
