@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "download/BackgroundThread.h"
 #include "download/RunState.h"
 #include "download/SideThread.h"
 #include "tests/support/Gate.h"
@@ -102,6 +103,20 @@ TEST_F(SideThreadTest, WaitsForTheCallWhenItIsDestroyed) {
     side.run([&] { ended = true; });
   }
   EXPECT_TRUE(ended);
+}
+
+TEST_F(SideThreadTest, IsABackgroundThread) {
+  EXPECT_EQ(side_.ask([] { return BackgroundThread::isCurrent(); }), true);
+  EXPECT_FALSE(BackgroundThread::isCurrent());
+}
+
+TEST(BackgroundThread, StaysMarkedUntilTheOutermostMarkEnds) {
+  {
+    const BackgroundThread outer;
+    { const BackgroundThread inner; }
+    EXPECT_TRUE(BackgroundThread::isCurrent());
+  }
+  EXPECT_FALSE(BackgroundThread::isCurrent());
 }
 
 }  // namespace
