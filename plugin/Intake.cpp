@@ -140,12 +140,12 @@ void Intake::zpsFileOpenedForPlayback(const std::wstring& path,
 
 /// Adds an item above all others and restarts the queue with it.
 void Intake::putFirst(std::unique_ptr<Item> item) {
-  const TransferControl::ResumeAtEnd resumeAtEnd(transfers_);
+  TransferControl::ResumeAtEnd atEnd(transfers_);
   const unsigned int id = item->getId();
   transfers_.pause();
   append(std::move(item));
   moves_.moveToTop(id);
-  transfers_.resume();
+  atEnd.resume();
 }
 
 void Intake::tellOfAdding() {

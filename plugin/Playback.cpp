@@ -45,10 +45,10 @@ std::optional<DownloadStatusEnumType> Playback::start(unsigned int id) {
   const OperationHold hold(lock_);
   const std::optional<ItemState> item = queue_.state(id);
   if (!item) return std::nullopt;
-  const TransferControl::ResumeAtEnd resumeAtEnd(transfers_);
+  TransferControl::ResumeAtEnd atEnd(transfers_);
   const DownloadStatusEnumType status =
       needsRestart(item->status) ? restartWith(*item) : item->status;
-  if (transfers_.isPausedByUser()) transfers_.resume();
+  if (transfers_.isPausedByUser()) atEnd.resume();
   return isPlayable(status, item->percent) ? std::make_optional(status) : std::nullopt;
 }
 

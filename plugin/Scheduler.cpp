@@ -128,12 +128,12 @@ void Scheduler::retry(unsigned int id) {
 /// The item is queued before the pause, so that it is not the one that is parked as paused, and
 /// again after it: the last reports of the transfer that it stopped may be about this very item.
 void Scheduler::continueWith(unsigned int id) {
-  const TransferControl::ResumeAtEnd resumeAtEnd(transfers_);
+  TransferControl::ResumeAtEnd atEnd(transfers_);
   transfers_.setStatus(id, DownloadStatusQueued);
   transfers_.pause();
   transfers_.setStatus(id, DownloadStatusQueued);
   moves_.moveToTop(id);
-  transfers_.resume();
+  atEnd.resume();
 }
 
 }  // namespace plugin

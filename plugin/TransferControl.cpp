@@ -79,7 +79,12 @@ TransferControl::HeadChange::~HeadChange() {
 }
 
 TransferControl::ResumeAtEnd::~ResumeAtEnd() {
-  if (control_.paused_) control_.endPause();
+  if (!resumed_ && control_.paused_) control_.endPause();
+}
+
+void TransferControl::ResumeAtEnd::resume() {
+  resumed_ = true;
+  control_.resume();
 }
 
 }  // namespace plugin

@@ -79,8 +79,12 @@ class TransferControl {
     ResumeAtEnd& operator=(const ResumeAtEnd&) = delete;
     ~ResumeAtEnd();
 
+    /// Resumes now. A pause from here on, by a view that is told of it, is the user's.
+    void resume();
+
    private:
     TransferControl& control_;
+    bool resumed_ = false;
   };
 
  private:

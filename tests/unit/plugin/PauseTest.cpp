@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <functional>
 
 #include "tests/unit/plugin/ManagerFixture.h"
 
@@ -6,7 +7,22 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-class PauseTest : public ManagerFixture {};
+class PauseTest : public ManagerFixture {
+ protected:
+  /// Runs `operation`, which pauses and resumes the queue for its own ends, with a view that pauses
+  /// the queue as soon as it hears that the queue goes on.
+  void pauseAtItsResume(const std::function<void()>& operation) {
+    bool wasPaused = false;
+    view_.onEvent([this, &wasPaused](const std::string&) {
+      if (wasPaused && !manager().isPaused()) {
+        view_.onEvent({});
+        manager().pause();
+      }
+      wasPaused = manager().isPaused();
+    });
+    operation();
+  }
+};
 
 TEST_F(PauseTest, PausingStopsTheTransferAndParksTheQueue) {
   start("A1 B1 C6");
@@ -97,6 +113,29 @@ TEST_F(PauseTest, PausingAnnouncesTheListOnce) {
   manager().resume();
   EXPECT_EQ(notices(), Lines{"view.listChanged"});
   EXPECT_EQ(written(), "A1 B1");
+}
+
+TEST_F(PauseTest, APauseFromTheViewOutlivesTheRetryThatItHearsOf) {
+  startAsleep("A3 B6");
+  pauseAtItsResume([this] { manager().retry(id("B")); });
+  EXPECT_TRUE(manager().isPaused());
+  EXPECT_EQ(queue(), "B1 A1");
+}
+
+TEST_F(PauseTest, APauseFromTheViewOutlivesThePlayThatItHearsOf) {
+  startAsleep("A3 B1");
+  pauseAtItsResume([this] { EXPECT_FALSE(manager().play(id("B"))); });
+  EXPECT_TRUE(manager().isPaused());
+  EXPECT_EQ(queue(), "B1 A1");
+}
+
+TEST_F(PauseTest, APauseFromTheViewOutlivesTheOpeningOfAFileThatItHearsOf) {
+  const auto file = folder_.write("media/film.vesk", "ten bytes!");
+  const VeskDrmPlaybackAuthorizationResponse response{11, L"N", "ticket N"};
+  startAsleep("A3");
+  pauseAtItsResume([&] { manager().zpsFileOpenedForPlayback(file.wstring(), &response, nullptr); });
+  EXPECT_TRUE(manager().isPaused());
+  EXPECT_EQ(queue(), "N1 A1");
 }
 
 TEST_F(PauseTest, APauseEndsWithTheRun) {
