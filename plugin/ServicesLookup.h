@@ -8,15 +8,6 @@
 
 namespace plugin {
 
-/// Finds the plug-in that offers the interface `id`, loading it when needed, and holds it as long
-/// as `service` lives. Returns whether it is there.
-template <class I>
-bool loadService(KPIM::Helper<I>& service, KPIM::Context* context, const char* id) {
-  const KPIM::Context::PluginInterfaceFilter filter{id};
-  const KPIM::Context::SimplePluginInfoSelector selector;
-  return service.loadPlugin(context, filter, selector, true) == KPIM::kSuccess;
-}
-
 /// The online services, looked up at the first use and kept from then on.
 ///
 /// Safe on all threads. Services that cannot be found are looked up anew at the next use.

@@ -124,10 +124,13 @@ TEST_F(PlayTest, WithoutAPlayerTheQueueIsRearrangedAllTheSame) {
   EXPECT_EQ(queue(), "B1 A1");
 }
 
-TEST_F(PlayTest, ThePlayerIsLetGoOfAfterwards) {
+TEST_F(PlayTest, ThePlayerIsLoadedWhenItHasToBeThenReleased) {
   beginAsleep("A4", 0);
   manager().play(id("A"));
+  EXPECT_EQ(context_.lookups(VeskPlayerX::DIN_Player), 1);
   EXPECT_EQ(context_.holds(VeskPlayerX::DIN_Player), 0);
+  EXPECT_FALSE(context_.wasAskedNotToLoad());
+  EXPECT_FALSE(context_.wasAskedToChooseOtherwise());
 }
 
 TEST_F(PlayTest, AnAddressIsPlayedByItsFirstItem) {

@@ -1,16 +1,13 @@
 #include <gtest/gtest.h>
 
 #include "VeskPlayerX/InterfaceIds.h"
-#include "VeskPlayerX/PlayerInterface.h"
 #include "plugin/ServicesLookup.h"
 #include "tests/support/fakes/FakeContext.h"
-#include "tests/support/fakes/FakePlayer.h"
 #include "tests/support/fakes/FakeServices.h"
 
 namespace plugin {
 namespace {
 
-using VeskPlayerX::DIN_Player;
 using VeskPlayerX::DIN_ZPSServices;
 
 class ServicesLookupTest : public ::testing::Test {
@@ -18,26 +15,7 @@ class ServicesLookupTest : public ::testing::Test {
   support::EventLog log_;
   support::FakeContext context_;
   support::FakeServices services_{log_};
-  support::FakePlayer player_{log_};
 };
-
-TEST_F(ServicesLookupTest, AServiceIsHeldAsLongAsItsHelperLives) {
-  context_.offer<VeskPlayerX::PlayerInterface>(DIN_Player, &player_);
-  {
-    KPIM::Helper<VeskPlayerX::PlayerInterface> helper(DIN_Player);
-    EXPECT_TRUE(loadService(helper, &context_, DIN_Player));
-    EXPECT_EQ(helper.get(), &player_);
-    EXPECT_EQ(context_.holds(DIN_Player), 1);
-  }
-  EXPECT_EQ(context_.holds(DIN_Player), 0);
-  EXPECT_FALSE(context_.wasAskedNotToLoad());
-  EXPECT_FALSE(context_.wasAskedToChooseOtherwise());
-}
-
-TEST_F(ServicesLookupTest, AServiceThatNobodyOffersIsNotThere) {
-  KPIM::Helper<VeskPlayerX::PlayerInterface> helper(DIN_Player);
-  EXPECT_FALSE(loadService(helper, &context_, DIN_Player));
-}
 
 TEST_F(ServicesLookupTest, TheOnlineServicesAreLookedUpOnceAndKept) {
   context_.offer<VeskPlayerX::ZPSServicesInterface>(DIN_ZPSServices, &services_);
@@ -50,6 +28,8 @@ TEST_F(ServicesLookupTest, TheOnlineServicesAreLookedUpOnceAndKept) {
     EXPECT_EQ(context_.holds(DIN_ZPSServices), 1);
   }
   EXPECT_EQ(context_.holds(DIN_ZPSServices), 0);
+  EXPECT_FALSE(context_.wasAskedNotToLoad());
+  EXPECT_FALSE(context_.wasAskedToChooseOtherwise());
 }
 
 TEST_F(ServicesLookupTest, OnlineServicesThatWereNotThereAreLookedUpAnew) {
