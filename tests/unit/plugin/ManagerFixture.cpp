@@ -149,6 +149,14 @@ std::string ManagerFixture::written() const {
   return text;
 }
 
+std::vector<std::string> ManagerFixture::writtenDuring(const std::function<void()>& operation) {
+  std::vector<std::string> queues;
+  view_.onEvent([&](const std::string&) { queues.push_back(written()); });
+  operation();
+  view_.onEvent({});
+  return queues;
+}
+
 void ManagerFixture::forgetFile() const { fs::remove(queueFile()); }
 
 bool ManagerFixture::isWritten() const { return fs::exists(queueFile()); }

@@ -76,6 +76,9 @@ class ManagerFixture : public ::testing::Test {
   /// The queue as it was written last.
   std::string written() const;
 
+  /// The queue as it was written at each notice of `operation`.
+  std::vector<std::string> writtenDuring(const std::function<void()>& operation);
+
   /// From now on `isWritten` tells whether the queue is written.
   void forgetFile() const;
   bool isWritten() const;

@@ -61,6 +61,24 @@ TEST_F(SchedulerPart, PicksAStoppedItemAgain) {
   EXPECT_TRUE(log_.waitFor("worker.run A", 2));
 }
 
+TEST_F(SchedulerPart, QueuesTheWorkersCopyOfAStoppedItemAnew) {
+  given("A3");
+  scheduler_.start();
+  ASSERT_TRUE(log_.waitFor("worker.run A"));
+  transfers_.pause();
+  ASSERT_TRUE(log_.waitFor("view.listChanged", 4)) << "two of the pick, the pause, the outcome";
+  EXPECT_EQ(worker_.getItem()->getStatus(), DownloadStatusQueued);
+}
+
+TEST_F(SchedulerPart, GivesTheWorkersCopyTheOutcome) {
+  given("A3");
+  scheduler_.start();
+  ASSERT_TRUE(log_.waitFor("worker.run A"));
+  worker_.end(DownloadStatusFailed);
+  ASSERT_TRUE(log_.waitFor("view.keepsRunning"));
+  EXPECT_EQ(worker_.getItem()->getStatus(), DownloadStatusFailed);
+}
+
 TEST_F(SchedulerPart, PicksNothingWhilePausedOrClosing) {
   given("A1");
   transfers_.pause();

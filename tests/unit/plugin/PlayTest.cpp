@@ -53,6 +53,13 @@ TEST_F(PlayTest, AQueuedItemWithTooLittleIsPutFirstAndPlayedLater) {
   EXPECT_TRUE(log_.lines("player.").empty());
 }
 
+TEST_F(PlayTest, EachStepOfARestartIsAnnounced) {
+  beginAsleep("A3 X1 B1", 2);
+  EXPECT_EQ(writtenDuring([this] { manager().play(id("B")); }),
+            (Lines{"A0 X1 B1", "A0 B1 X1", "B0 A1 X1", "B1 A1 X1"}));
+  EXPECT_EQ(notices(), Lines(4, "view.listChanged"));
+}
+
 TEST_F(PlayTest, EveryItemThatDoesNotFlowRestartsTheQueue) {
   for (const char* const status : {"0", "1", "2", "5", "6"}) {
     startAsleep("A1 B" + std::string(status));

@@ -2,6 +2,8 @@
 
 namespace {
 
+using Lines = std::vector<std::string>;
+
 class RetryTest : public ManagerFixture {};
 
 TEST_F(RetryTest, RetryingAFailedItemPutsItFirstAndRestartsTheQueue) {
@@ -32,6 +34,14 @@ TEST_F(RetryTest, ARetriedItemIsQueuedBeforeTheQueueIsParked) {
   manager().retry(id("B"));
   view_.onEvent({});
   EXPECT_EQ(first, "A0 B1");
+}
+
+TEST_F(RetryTest, EachStepIsAnnounced) {
+  startAsleep("A3 X1 B6");
+  log_.clear();
+  EXPECT_EQ(writtenDuring([this] { manager().retry(id("B")); }),
+            (Lines{"A0 X1 B1", "A0 B1 X1", "B0 A1 X1", "B1 A1 X1"}));
+  EXPECT_EQ(notices(), Lines(4, "view.listChanged"));
 }
 
 TEST_F(RetryTest, RetryingAnItemThatHasNotFailedDoesNothing) {
