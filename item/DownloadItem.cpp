@@ -71,7 +71,7 @@ DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : D
   impl_->slotNumber = source->getSlotNumber();
   impl_->timeRemaining = static_cast<std::uint32_t>(source->getTimeRemaining());
   impl_->id = source->getId();
-  // Asked once more: the wish to play may come while the other fields are being copied.
+  // Asked once more: playback may be requested while the other fields are being copied.
   impl_->autoProgressivePlayback = source->getAutoProgressivePlayback();
 }
 

@@ -53,7 +53,7 @@ std::uint64_t Confirmations::enqueue(const Notice& notice) {
   return ++reported_;
 }
 
-/// False when the system has no thread to give.
+/// False when no thread can be started.
 bool Confirmations::ensureThread() {
   const kvpm::MutexLock lock(mutex_);
   if (thread_.joinable()) return true;

@@ -27,9 +27,9 @@ DownloadManager::~DownloadManager() {
 }
 
 void DownloadManager::Shutdown() {
-  const bool holdsItself = impl_ != nullptr;
+  const bool isRunning = impl_ != nullptr;
   doShutdown();
-  if (holdsItself) kpimRelease();
+  if (isRunning) kpimRelease();  // the reference that the constructor took
 }
 
 void DownloadManager::doShutdown() {

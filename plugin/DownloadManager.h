@@ -12,7 +12,7 @@
 /// The plug-in: an ordered queue of downloads, of which one at a time is fetched in the background
 /// and handed to the player.
 ///
-/// Built by `getPlugin`, destroyed when the last hold on it is given back. The host calls all
+/// Built by `getPlugin`, destroyed when the last reference is released. The host calls all
 /// operations on one thread; the worker's reports come on others. A view may call operations on the
 /// thread of its notice: on a thread that a stop of the host is waiting for, one that would have to
 /// wait gives way, and `play` does not wait for a transfer to begin. `docs/threads.md` tells who
@@ -22,7 +22,7 @@
 /// Item pointers returned belong to the manager. They stay valid until the item is removed from the
 /// queue (by `remove`, `clearCompletedDownloads`, or a new ticket for the same content) or, for an
 /// item that `addTicket` returned though its ticket was queued already, until the next `addTicket`.
-/// Other threads change the items behind them: only copies from `getCopyofQueue` hold still.
+/// Other threads change the items behind them: only copies from `getCopyofQueue` stay as they are.
 ///
 /// The order of the virtual operations is part of the interface.
 class DownloadManager : public KPIM::Plugin,
@@ -33,8 +33,8 @@ class DownloadManager : public KPIM::Plugin,
 
  public:
   /// Reads the queue, that of an earlier release at the first start, begins to work on it, and
-  /// takes a hold on this object, which `Shutdown` gives back. `context` is not owned and outlives
-  /// the plug-in; with a null one there is nothing to download or play with, so every film fails.
+  /// takes a reference to this object, which `Shutdown` releases. `context` is not owned and
+  /// outlives the plug-in; with a null one there is no download library, so every film fails.
   explicit DownloadManager(KPIM::Context* context);
 
   /// Shuts down if that has not been done, and deletes the shared preferences object.
@@ -96,8 +96,7 @@ class DownloadManager : public KPIM::Plugin,
 
   void doShutdown();
 
-  /// Has a part of the manager do an operation; after `Shutdown` the answer is false, null or
-  /// nothing.
+  /// Runs an operation of one part; returns false, null or nothing after `Shutdown`.
   template <class Part, class Operation, class... Arguments>
   auto forward(Part Impl::*part, Operation operation, const Arguments&... arguments);
 

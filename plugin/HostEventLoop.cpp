@@ -6,7 +6,7 @@
 namespace plugin {
 namespace {
 
-/// Often enough for a window that is redrawn meanwhile.
+/// Short enough for a window to repaint smoothly.
 constexpr std::chrono::milliseconds kFrame{20};
 constexpr std::chrono::milliseconds kNoFrames{500};
 

@@ -4,12 +4,12 @@
 
 namespace plugin {
 
-/// The host's event loop, as far as an operation that takes its time lets it run.
+/// The host's event loop, which a long operation keeps running.
 class HostEventLoop {
  public:
   HostEventLoop() = delete;
 
-  /// Lets the loop deal with what is waiting for it, when the calling thread is the loop's own.
+  /// Processes the loop's pending events when the calling thread is the loop's own.
   static void process();
 
   /// The longest that the calling thread may sleep between two calls of `process`.

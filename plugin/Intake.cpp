@@ -35,7 +35,7 @@ Intake::Item* Intake::add(const std::wstring& url, const std::wstring& title,
   std::unique_ptr<Item> item = makeDownload(url, title, providerName);
   Item* const added = item.get();
   if (item == nullptr || !addAndResume(std::move(item))) return nullptr;
-  // With the lock given back: a view that plays the new item from here waits for the scheduler.
+  // Outside the lock: a view that plays the new item from this notice waits for the scheduler.
   tellOfAdding();
   return added;
 }
@@ -44,7 +44,7 @@ Intake::Item* Intake::add(const std::wstring& url, const std::wstring& title,
 /// anew while it runs.
 bool Intake::addAndResume(std::unique_ptr<Item> item) {
   if (!lock_.enter()) return false;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   append(std::move(item));
   queue_.announceList();
   transfers_.resume();
@@ -53,7 +53,7 @@ bool Intake::addAndResume(std::unique_ptr<Item> item) {
 
 std::vector<Intake::Item*> Intake::addTicket(const std::wstring& ticketPath) {
   if (!lock_.enter()) return {};
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   // However many quotes there are: the desktop and the user may each have quoted the path.
   const std::wstring path = kvpm::StringTools::stripBeginingAndEndChar(ticketPath, L'"');
   const auto services = services_.find();
@@ -82,8 +82,8 @@ void Intake::addClear(const std::wstring& path, std::vector<Item*>& added) {
   added = parsed;
 }
 
-/// Each item replaces the ended downloads of the same content. The parser uses the ticket up, and
-/// nothing after that may fail: there is room for the items before.
+/// Each item replaces the ended downloads of the same content. The parser deletes the ticket file,
+/// so nothing after it may fail: room for the items is made first.
 void Intake::addProtected(const Records& records, const std::wstring& path,
                           std::vector<Item*>& added, Items& refused) {
   added.reserve(records.size());
@@ -124,7 +124,7 @@ void Intake::zpsFileOpenedForPlayback(const std::wstring& path,
                                       const VeskDrmPlaybackAuthorizationResponse* response,
                                       const VeskDrmTransactionRecord* record) {
   if (response == nullptr || !lock_.enter()) return;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   if (!isIncomplete(path, response->fileSize)) return;
   const std::optional<ItemState> queued = queue_.use([response](const DownloadQueue& queue) {
     return stateOf(queue.findTicket(response->ticket));

@@ -6,7 +6,7 @@ namespace plugin {
 
 bool Moves::moveUp(unsigned int id) {
   if (!lock_.enter()) return false;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   const std::optional<Top> pair = top();
   const bool changesHead = pair && pair->second.id == id;
   return move(changesHead ? pair : std::nullopt,
@@ -15,7 +15,7 @@ bool Moves::moveUp(unsigned int id) {
 
 bool Moves::moveDown(unsigned int id) {
   if (!lock_.enter()) return false;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   const std::optional<Top> pair = top();
   // Above a completed or failed item the head stays where it is. Such a move changes nothing, so it
   // stops no transfer either.
@@ -26,21 +26,21 @@ bool Moves::moveDown(unsigned int id) {
 
 void Moves::moveToTop(unsigned int id) {
   if (!lock_.enter()) return;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   while (moveUp(id)) {
   }
 }
 
 void Moves::moveToBottom(unsigned int id) {
   if (!lock_.enter()) return;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   while (moveDown(id)) {
   }
 }
 
 void Moves::resumeDownloadingFile(const std::wstring& path) {
   if (!lock_.enter()) return;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   const std::optional<ItemState> item =
       queue_.use([&path](const DownloadQueue& queue) { return stateOf(queue.findPath(path)); });
   if (item && isCandidate(item->status) && item->status != DownloadStatusHeld) {
@@ -50,7 +50,7 @@ void Moves::resumeDownloadingFile(const std::wstring& path) {
 
 bool Moves::remove(unsigned int id) {
   if (!lock_.enter()) return false;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   const bool found = queue_.use([id](DownloadQueue& queue) { return queue.remove(id); });
   if (found) queue_.announceList();
   return found;
@@ -58,7 +58,7 @@ bool Moves::remove(unsigned int id) {
 
 void Moves::clearCompletedDownloads() {
   if (!lock_.enter()) return;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   const std::size_t removed = queue_.use([](DownloadQueue& queue) {
     return queue.removeIf(
         [](const SharedQueue::Item& item) { return item.getStatus() == DownloadStatusCompleted; });
@@ -74,7 +74,7 @@ std::optional<Moves::Top> Moves::top() {
   });
 }
 
-/// Takes a step that exchanges the two items of `changing`, or none of the first two.
+/// Takes a step. `changing` are the two items at the top when the step makes them change places.
 bool Moves::move(const std::optional<Top>& changing, const Step& step) {
   const TransferControl::HeadChange headChange(transfers_, changing.has_value());
   if (headChange.isActive()) transfers_.cancel();

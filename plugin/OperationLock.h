@@ -70,25 +70,25 @@ class OperationLock {
   int depth_ = 0;  // guarded by section_, which the analysis does not know to be this lock
 };
 
-/// Gives an operation lock that is held back at the end of a scope.
-class KVPM_SCOPED_CAPABILITY OperationHold {
+/// Gives back an operation lock, already entered, at the end of a scope.
+class KVPM_SCOPED_CAPABILITY OperationGuard {
  public:
-  explicit OperationHold(OperationLock& lock) KVPM_REQUIRES(kOperationLock) : lock_(lock) {}
-  OperationHold(const OperationHold&) = delete;
-  OperationHold& operator=(const OperationHold&) = delete;
-  ~OperationHold() KVPM_RELEASE() { lock_.leave(); }
+  explicit OperationGuard(OperationLock& lock) KVPM_REQUIRES(kOperationLock) : lock_(lock) {}
+  OperationGuard(const OperationGuard&) = delete;
+  OperationGuard& operator=(const OperationGuard&) = delete;
+  ~OperationGuard() KVPM_RELEASE() { lock_.leave(); }
 
  private:
   OperationLock& lock_;
 };
 
 /// The same, quietly.
-class KVPM_SCOPED_CAPABILITY QuietOperationHold {
+class KVPM_SCOPED_CAPABILITY QuietOperationGuard {
  public:
-  explicit QuietOperationHold(OperationLock& lock) KVPM_REQUIRES(kOperationLock) : lock_(lock) {}
-  QuietOperationHold(const QuietOperationHold&) = delete;
-  QuietOperationHold& operator=(const QuietOperationHold&) = delete;
-  ~QuietOperationHold() KVPM_RELEASE() { lock_.leaveQuietly(); }
+  explicit QuietOperationGuard(OperationLock& lock) KVPM_REQUIRES(kOperationLock) : lock_(lock) {}
+  QuietOperationGuard(const QuietOperationGuard&) = delete;
+  QuietOperationGuard& operator=(const QuietOperationGuard&) = delete;
+  ~QuietOperationGuard() KVPM_RELEASE() { lock_.leaveQuietly(); }
 
  private:
   OperationLock& lock_;

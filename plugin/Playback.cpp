@@ -42,7 +42,7 @@ bool Playback::resumePlaybackForUrl(const std::wstring& url) {
 /// go by; nullopt when there is not enough of the film yet.
 std::optional<DownloadStatusEnumType> Playback::start(unsigned int id) {
   if (!lock_.enter()) return std::nullopt;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   const std::optional<ItemState> item = queue_.state(id);
   if (!item) return std::nullopt;
   TransferControl::ResumeAtEnd atEnd(transfers_);

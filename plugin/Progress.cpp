@@ -125,7 +125,7 @@ std::optional<Progress::Pending> Progress::begin(unsigned int id, int percent) {
   return Pending{reports_.begin(id, percent), progress};
 }
 
-/// Records the progress, unless its item has gone or a later report was faster.
+/// Records the progress, unless its item has gone or a later report was recorded first.
 void Progress::end(unsigned int id, const Pending& pending) {
   const kvpm::MutexLock lock(mutex_);
   if (!reports_.end(pending.number)) return;

@@ -16,7 +16,7 @@ struct ProgressOfTicket {
 };
 
 /// The bytes of which the online services are told at this report of progress: at the first one of
-/// 1 percent or more and at the first one of 100 percent; nothing at any other. The first share is
+/// 1 percent or more and at the first one of 100 percent; nullopt at any other. The first share is
 /// computed in single precision, as the services expect it.
 std::optional<std::uint64_t> bytesToConfirm(const ProgressOfTicket& progress);
 
@@ -29,7 +29,7 @@ struct ProgressStep {
 };
 
 /// Seconds until 100 percent are there if all goes on at the pace of this one step; 0 at the
-/// beginning and at the end. Nothing when the step says nothing, so that an earlier estimate stays.
+/// beginning and at the end. Nullopt when the step gives no estimate: an earlier one then stays.
 std::optional<std::uint32_t> estimateTimeRemaining(const ProgressStep& step);
 
 }  // namespace plugin

@@ -9,9 +9,9 @@ namespace plugin {
 
 /// The files in the application-data folder that the queue is read from at the start.
 ///
-/// Owned by whoever starts the manager, and used on that thread, before another one writes the
-/// queue. Reading blocks for the disk. Nothing fails: what the disk refuses is answered by an empty
-/// queue, or by files that stay as they are.
+/// Used on the thread that starts the manager, before another one writes the queue. Reading blocks
+/// for the disk. Never fails: when the disk refuses something, the queue is empty or the files stay
+/// as they are.
 class QueueFiles {
  public:
   using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;

@@ -53,7 +53,7 @@ bool Scheduler::runNext() {
   DownloadItem& copy = *picked.release();  // the worker's, which keeps it until its next run
   const DownloadStatusEnumType result = transfers_.run(&copy);
   if (!enterUnlessStopped()) return true;
-  const QuietOperationHold hold(lock_);
+  const QuietOperationGuard guard(lock_);
   record(copy, result);
   return true;
 }
@@ -61,7 +61,7 @@ bool Scheduler::runNext() {
 /// The worker's own copy of the first item that may be downloaded, which is at the top by then.
 std::unique_ptr<DownloadItem> Scheduler::pick() {
   if (transfers_.isPaused() || !lock_.tryEnter()) return nullptr;
-  const QuietOperationHold hold(lock_);
+  const QuietOperationGuard guard(lock_);
   return pickFirst();
 }
 
@@ -77,7 +77,7 @@ std::unique_ptr<DownloadItem> Scheduler::pickFirst() {
   return candidate() == id ? prepare(*id) : nullptr;
 }
 
-/// The copy is made first: memory may run out, and then no transfer is about to begin.
+/// The copy is made first: if there is no memory for it, no transfer has been announced.
 std::unique_ptr<DownloadItem> Scheduler::prepare(unsigned int id) {
   auto copy = queue_.use([id](const DownloadQueue& queue) {
     const SharedQueue::Item* const item = queue.find(id);
@@ -97,7 +97,7 @@ std::optional<unsigned int> Scheduler::candidate() {
 }
 
 /// Waits for the operation lock; false when the thread is asked to stop meanwhile, since the thread
-/// that asks may hold the lock. It does not give way to anything less: the outcome would be lost.
+/// that asks may hold the lock. It gives way to nothing else: the outcome would be lost.
 bool Scheduler::enterUnlessStopped() {
   for (;;) {
     const EventCount::Ticket ticket = queue_.events().ticket();
@@ -120,7 +120,7 @@ void Scheduler::record(DownloadItem& copy, DownloadStatusEnumType result) {
 
 void Scheduler::retry(unsigned int id) {
   if (!lock_.enter()) return;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   const std::optional<ItemState> item = queue_.state(id);
   if (item && item->status == DownloadStatusFailed) continueWith(id);
 }

@@ -8,7 +8,7 @@ namespace plugin {
 
 void TransferControl::pause() {
   if (!lock_.enter()) return;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   paused_ = true;
   cancel();
   const auto heldSession = queue_.use([](DownloadQueue& queue) { return queue.park(); });
@@ -18,7 +18,7 @@ void TransferControl::pause() {
 
 void TransferControl::resume() {
   if (!lock_.enter()) return;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   endPause();
   queue_.announceList();
 }
@@ -33,7 +33,7 @@ void TransferControl::endPause() {
 
 void TransferControl::cancel() {
   if (!lock_.enter()) return;
-  const OperationHold hold(lock_);
+  const OperationGuard guard(lock_);
   const auto session = queue_.use([](DownloadQueue& queue) -> std::optional<unsigned long long> {
     const SharedQueue::Item* const head = queue.at(0);
     if (head == nullptr || !isActive(head->getStatus())) return std::nullopt;

@@ -8,8 +8,7 @@
 
 namespace plugin {
 
-/// Whether there is to be a transfer, and the one that there is: pause, resume, cancel, and the
-/// worker, which nothing else in the manager drives.
+/// Pauses, resumes and stops the transfers. Only this part of the manager drives the worker.
 ///
 /// Safe on all threads. Operations of the interface take the operation lock by themselves and do
 /// nothing when they have to give way.

@@ -114,8 +114,7 @@ TEST(DownloadItemCopy, KeepsThirtyTwoBitsOfWhatItsSourceSays) {
   EXPECT_EQ(copy.getTimeRemaining(), 6U);
 }
 
-/// A source that writes down what it is asked for, and wishes to be played from the second
-/// question on.
+/// A source that records what it is asked for, and is to be played from the second question on.
 class RecordingSource : public DownloadItem {
  public:
   // clang-format off
@@ -135,7 +134,7 @@ class RecordingSource : public DownloadItem {
   bool getEncrypted() const override { return asked("encrypted", false); }
   int getSlotNumber() const override { return asked("slot", -1); }
   bool getReadyForProgressivePlayback() const override { return asked("ready", false); }
-  bool getAutoProgressivePlayback() const override { return asked("auto", ++wishes_ > 1); }
+  bool getAutoProgressivePlayback() const override { return asked("auto", ++playQuestions_ > 1); }
   unsigned long getTimeRemaining() const override { return asked("time remaining", 0UL); }
   unsigned long getLastProgressUpdateTime() const override { return asked("last progress", 0UL); }
   KPB::DownloadInfo getDownloadInfo() const override { return asked("info", KPB::DownloadInfo()); }
@@ -152,7 +151,7 @@ class RecordingSource : public DownloadItem {
   }
 
   mutable std::vector<std::string> questions_;
-  mutable int wishes_ = 0;
+  mutable int playQuestions_ = 0;
 };
 
 TEST(DownloadItemCopy, AsksItsSourceInThisOrder) {

@@ -5,7 +5,7 @@
 
 #include "tests/unit/plugin/ManagerFixture.h"
 
-/// What is added to a queue that nobody works on yet.
+/// Additions to a queue whose scheduler sleeps.
 class AddingFixture : public ManagerFixture {
  protected:
   using Lines = std::vector<std::string>;

@@ -97,7 +97,7 @@ TEST_F(FileOpenedTest, ItStopsTheTransferThatRuns) {
   await("B3 A1");
 }
 
-TEST_F(FileOpenedTest, RecordsThatAreMissingAreBorne) {
+TEST_F(FileOpenedTest, MissingRecordsAreTolerated) {
   begin("A1");
   manager().zpsFileOpenedForPlayback(file_.wstring(), nullptr, nullptr);
   EXPECT_EQ(queue(), "A1");

@@ -133,7 +133,7 @@ INSTANTIATE_TEST_SUITE_P(
              std::get<HostCall>(test.param).name;
     });
 
-/// A view that calls an operation on a background thread, with nobody in its way.
+/// A view that calls an operation on a background thread, with no other thread in its way.
 class BackgroundCallTest : public NoticeFixture, public ::testing::WithParamInterface<NoticeOn> {
  protected:
   void callAtNotice(const std::function<void()>& call) {

@@ -193,14 +193,14 @@ TEST_F(LoadedModuleTest, WithoutAContextEveryFilmFails) {
   EXPECT_EQ(plugin->kpimRelease(), 0);
 }
 
-TEST_F(LoadedModuleTest, StaysMappedWhenTheHostLetsGoOfIt) {
+TEST_F(LoadedModuleTest, StaysMappedWhenTheHostUnloadsIt) {
   dlclose(library);
   library = dlopen(VESK_MODULE, RTLD_NOW | RTLD_NOLOAD);
   ASSERT_NE(library, nullptr);
   EXPECT_EQ(dlsym(library, "getPlugin"), reinterpret_cast<void*>(getPlugin));
 }
 
-TEST_F(LoadedModuleTest, ShuttingDownMayGiveTheLastHoldBack) {
+TEST_F(LoadedModuleTest, ShuttingDownMayReleaseTheLastReference) {
   given("A1");
   void* out = nullptr;
   ASSERT_EQ(getPlugin(&context_, &out), 0);

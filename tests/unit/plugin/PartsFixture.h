@@ -53,7 +53,7 @@ class PartsFixture : public ::testing::Test {
   template <class Action>
   auto locked(Action action) KVPM_NO_ANALYSIS {
     EXPECT_TRUE(lock_.enter());
-    const plugin::OperationHold hold(lock_);
+    const plugin::OperationGuard guard(lock_);
     return action();
   }
 

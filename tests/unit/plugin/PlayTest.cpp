@@ -167,7 +167,7 @@ TEST_F(PlayTest, AnAddressThatIsNotQueuedIsNotPlayed) {
 
 // Automatic playback.
 
-TEST_F(PlayTest, AWishIsFulfilledAsSoonAsThereIsEnough) {
+TEST_F(PlayTest, AutomaticPlaybackBeginsAsSoonAsThereIsEnough) {
   begin("A1 B1", 0);
   transferOf("A");
   await("A3 B1");
@@ -183,7 +183,7 @@ TEST_F(PlayTest, AWishIsFulfilledAsSoonAsThereIsEnough) {
   EXPECT_EQ(log_.lines("player.open"), kFilmOpened) << "once";
 }
 
-TEST_F(PlayTest, AWishIsFulfilledThoughAnotherDownloadWasAddedMeanwhile) {
+TEST_F(PlayTest, AutomaticPlaybackBeginsThoughAnotherDownloadWasAddedMeanwhile) {
   begin("A1", 0);
   transferOf("A");
   await("A3");
@@ -201,7 +201,7 @@ TEST_F(PlayTest, AWishIsFulfilledThoughAnotherDownloadWasAddedMeanwhile) {
   EXPECT_EQ(std::count(stopped.begin(), stopped.end(), uid), 0) << "the transfer goes on";
 }
 
-TEST_F(PlayTest, AWishThatWasNotFulfilledBeforeIsFulfilledAtTheEnd) {
+TEST_F(PlayTest, AutomaticPlaybackThatHasNotBegunBeginsAtTheEnd) {
   begin("A1 B1", 0);
   transferOf("A");
   await("A3 B1");

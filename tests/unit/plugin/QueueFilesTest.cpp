@@ -61,7 +61,7 @@ TEST_F(QueueFilesTest, TheCurrentFileIsReadAndLeftAsItIs) {
   EXPECT_EQ(support::readFile(current()), before);
 }
 
-TEST_F(QueueFilesTest, AnEarlierReleasesQueueIsTakenOverOnce) {
+TEST_F(QueueFilesTest, AnEarlierReleasesQueueIsMigratedOnce) {
   givenLegacy();
   EXPECT_EQ(read(), "4");
   EXPECT_TRUE(fs::exists(current()));
@@ -75,7 +75,7 @@ TEST_F(QueueFilesTest, ALinkThatLeadsNowhereIsNoCurrentFile) {
   EXPECT_TRUE(fs::exists(current())) << "an empty queue was written";
 }
 
-TEST_F(QueueFilesTest, BesideALinkThatLeadsNowhereTheEarlierFileIsTakenOver) {
+TEST_F(QueueFilesTest, BesideALinkThatLeadsNowhereTheEarlierFileIsMigrated) {
   fs::create_symlink(folder_ / "elsewhere.xml", current());
   givenLegacy();
   EXPECT_EQ(read(), "4");
@@ -83,7 +83,7 @@ TEST_F(QueueFilesTest, BesideALinkThatLeadsNowhereTheEarlierFileIsTakenOver) {
   EXPECT_FALSE(fs::exists(legacy()));
 }
 
-TEST_F(QueueFilesTest, EveryFieldAndTheOrderAreTakenOver) {
+TEST_F(QueueFilesTest, EveryFieldAndTheOrderAreMigrated) {
   givenLegacy(LegacyQueueFile()
                   .item()
                   .attribute("contentEncryptionUsageID", "-1")
@@ -204,7 +204,7 @@ TEST_F(QueueFilesTest, AnUnreadableEarlierFileStaysWhereItCannotBeSetAside) {
   EXPECT_EQ(support::readFile(legacy()), "half a que");
 }
 
-TEST_F(QueueFilesTest, AnEarlierFileOfThePresentFormatIsTakenOverToo) {
+TEST_F(QueueFilesTest, AnEarlierFileOfThePresentFormatIsMigratedToo) {
   givenCurrent("A1 B4");
   fs::rename(current(), legacy());
   EXPECT_EQ(read(), "A1 B4");

@@ -60,7 +60,7 @@ TEST_F(RacesTest, APauseBetweenPickAndStartIsNotLost) {
     view_.onEvent([&](const std::string&) { picking.open(); });
     wakeScheduler();
     ASSERT_TRUE(picking.wait());
-    manager().pause();  // comes in as soon as the pick lets go of the locks
+    manager().pause();  // comes in as soon as the pick releases the lock
     const std::string parked = queue();
     EXPECT_TRUE(parked == "A1 B1" || parked == "A0 B1") << parked;
     for (std::size_t i = 0; i < library_.sessionCount(); ++i) {
@@ -100,7 +100,7 @@ TEST_F(RacesTest, APauseFromTheViewInTheMiddleOfAPickIsNotLost) {
   });
   wakeScheduler();
   ASSERT_TRUE(paused.wait());
-  manager().resume();  // comes in as soon as the pick lets go of the locks
+  manager().resume();  // comes in as soon as the pick releases the lock
   transferOf("A");
   await("A3 B1");
   view_.onEvent({});
@@ -249,7 +249,7 @@ class AutomaticPlaybackTest : public RacesTest,
     await("A3 B1 C6");
   }
 
-  /// The player hangs on for as long as the operation takes; a deadlock would never end.
+  /// The player hangs for as long as the operation takes; a deadlock would never end.
   void runWhilePlayerHangs() {
     ASSERT_TRUE(hanging_.opening.wait());
     GetParam().run(manager(), head_, second_);

@@ -9,11 +9,11 @@ using Lines = std::vector<std::string>;
 
 class SchedulerTest : public ManagerFixture {
  protected:
-  /// Inside an announcement of `operation`, which holds its locks there, wakes the scheduler again
-  /// and again.
-  void tempt(const std::function<void()>& operation) {
+  /// Wakes the scheduler again and again inside an announcement of `operation`, which holds its
+  /// lock there, and expects no pick.
+  void expectNoPickDuring(const std::function<void()>& operation) {
     view_.onEvent([this, host = std::this_thread::get_id()](const std::string&) {
-      EXPECT_EQ(std::this_thread::get_id(), host) << "nobody else announces anything";
+      EXPECT_EQ(std::this_thread::get_id(), host) << "no other thread announces anything";
       view_.onEvent({});
       wakeScheduler();
       for (int i = 0; i < 50; ++i) manager().resume();
@@ -134,14 +134,14 @@ TEST_F(SchedulerTest, AClimbAnnouncesEachStepThenTheListTwice) {
             (Lines{list, list, list, list, "view.itemChanged " + std::to_string(id("C"))}));
 }
 
-TEST_F(SchedulerTest, NothingIsPickedWhileAnOperationHoldsTheLocks) {
+TEST_F(SchedulerTest, NothingIsPickedWhileAnOperationHoldsTheLock) {
   startAsleep("A1 B1 C1 X1");
-  tempt([this] { EXPECT_TRUE(manager().remove(id("X"))); });
+  expectNoPickDuring([this] { EXPECT_TRUE(manager().remove(id("X"))); });
   transferOf("A");
   await("A3 B1 C1");
   shutDown();
   startAsleep("A1 B1 C1");
-  tempt([this] { EXPECT_TRUE(manager().moveUp(id("C"))); });
+  expectNoPickDuring([this] { EXPECT_TRUE(manager().moveUp(id("C"))); });
   transferOf("A");
   await("A3 C1 B1");
 }

@@ -67,7 +67,7 @@ TEST_F(ShutdownTest, WritesAndTellsNothing) {
   EXPECT_EQ(written(), "A3 B1");
 }
 
-TEST_F(ShutdownTest, LetsGoOfAllThatTheManagerHeld) {
+TEST_F(ShutdownTest, ReleasesThePluginsThatTheManagerUsed) {
   beginDownload("A1");
   manager().setTicketId(id("A"), 7);
   manager().updateDownloadProgress(id("A"), 50);
@@ -101,7 +101,7 @@ TEST_F(ShutdownTest, DestructionAfterwardsDoesNothingMore) {
   EXPECT_EQ(library_.stopped(), stopped);
 }
 
-TEST_F(ShutdownTest, MayGiveTheLastHoldBack) {
+TEST_F(ShutdownTest, MayReleaseTheLastReference) {
   struct Watched : DownloadManager {
     Watched(KPIM::Context* context, bool& gone) : DownloadManager(context), gone_(gone) {}
     ~Watched() override { gone_ = true; }
@@ -204,7 +204,7 @@ TEST_F(ShutdownTest, NothingStartsThatIsPickedMeanwhile) {
   EXPECT_TRUE(log_.lines("library.start").empty());
 }
 
-TEST_F(ShutdownTest, TheLastHoldMayBeGivenBackOnAnyThread) {
+TEST_F(ShutdownTest, TheLastReferenceMayBeReleasedOnAnyThread) {
   startAsleep("A1");
   auto* const plugin = &manager();
   plugin->kpimRetain();

@@ -33,7 +33,7 @@ TEST_F(StartTest, TheFirstStartLeavesAnEmptyQueueFile) {
   EXPECT_FALSE(fs::exists(legacyFile()));
 }
 
-TEST_F(StartTest, TheQueueOfTheEarlierReleaseIsTakenOver) {
+TEST_F(StartTest, TheQueueOfTheEarlierReleaseIsMigrated) {
   givenLegacyQueue();
   startAsleep();
   EXPECT_EQ(queue(), "6");
@@ -87,7 +87,7 @@ TEST_F(StartTest, NeitherStartingNorAttachingAViewAnnouncesOrWritesAnything) {
   EXPECT_TRUE(log_.lines("view.").empty());
 }
 
-TEST_F(StartTest, TheManagerHoldsItselfUntilItIsShutDown) {
+TEST_F(StartTest, TheManagerKeepsAReferenceToItselfUntilItIsShutDown) {
   startAsleep();
   EXPECT_EQ(manager().kpimHoldCount(), 2);
   EXPECT_EQ(manager().kpimGetPluginContext(), &context_);

@@ -84,7 +84,7 @@ TEST_F(TransferEndTest, ARemovedItemsTransferGoesOnUnheard) {
   await("B3");
 }
 
-TEST_F(TransferEndTest, AWrongTurnOfAStartIsReportedInItsOrder) {
+TEST_F(TransferEndTest, TheStatesOfARefusedStartAreReportedInTheirOrder) {
   library_.answerStartWith(0);
   startAsleep("A1");
   log_.clear();
