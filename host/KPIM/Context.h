@@ -60,9 +60,9 @@ class Context {
 
   /// Chooses the best qualifying plug-in among those loaded; when none qualifies and `mayLoad` is
   /// true, among the descriptions not yet loaded, and loads it. Stores it in `*out` with one more
-  /// hold, which the caller gives back with `kpimRelease`, and returns 0; otherwise returns 1 (none
-  /// qualifies) or 2 (it could not be loaded) and leaves `*out` alone. May block while a library is
-  /// loaded.
+  /// reference, which the caller releases with `kpimRelease`, and returns 0; otherwise returns 1
+  /// (none qualifies) or 2 (it could not be loaded) and leaves `*out` alone. May block while a
+  /// library is loaded.
   virtual VESK_RESULT getPluginInstance(const PluginFilter& filter,
                                         const PluginInfoSelector& selector, bool mayLoad,
                                         Plugin** out) = 0;

@@ -10,11 +10,11 @@ namespace KPIM {
 class Context;
 struct PluginInfo;
 
-/// Base of every plug-in object: its context and the count of its holders.
+/// Base of every plug-in object: its context and its reference count.
 ///
-/// Built on the heap with a count of 1, which belongs to the caller of the plug-in's creation
-/// function; destroys itself when the count falls to 0. Holding and releasing may be done on any
-/// thread. The order of the virtual operations is part of the interface.
+/// Built on the heap with a count of 1, a reference that belongs to the caller of the plug-in's
+/// creation function; destroys itself when the count falls to 0. References may be taken and
+/// released on any thread. The order of the virtual operations is part of the interface.
 class Plugin {
  public:
   /// `context` is not owned and outlives the plug-in.
@@ -23,13 +23,13 @@ class Plugin {
   Plugin& operator=(const Plugin&) = delete;
   virtual ~Plugin();
 
-  /// Takes one more hold; returns the count that results.
+  /// Takes one more reference; returns the new count.
   virtual int kpimRetain();
 
-  /// Gives one hold back; returns the count that results. At 0 the object is gone.
+  /// Releases one reference; returns the new count. At 0 the object is gone.
   virtual int kpimRelease();
 
-  /// Holds at this moment.
+  /// The present reference count.
   virtual int kpimHoldCount();
 
   /// The description by which the context loaded this plug-in; null when it was built without one.
@@ -40,7 +40,7 @@ class Plugin {
   virtual Context* kpimGetPluginContext();
 
   /// Stores the face named `id` in `*out` and returns `kSuccess`, or leaves `*out` alone and
-  /// returns `kUnknownInterface`. The face lives as long as the plug-in and takes no hold.
+  /// returns `kUnknownInterface`. The face lives as long as the plug-in; no reference is taken.
   virtual VESK_RESULT kpimGetInterface(std::string id, void** out);
 
  private:
@@ -49,7 +49,7 @@ class Plugin {
 };
 
 /// Type of the one function that a plug-in library exports, under the name `getPlugin` with C
-/// linkage. Stores a new plug-in with a hold count of 1 in `*out` and returns 0.
+/// linkage. Stores a new plug-in with a reference count of 1 in `*out` and returns 0.
 using GetPluginFunction = VESK_RESULT(Context* context, void** out);
 
 }  // namespace KPIM

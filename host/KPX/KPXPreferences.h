@@ -8,11 +8,11 @@ class KPXPreferences {
  public:
   KPXPreferences() = delete;
 
-  /// The shared settings object; null until somebody creates it. Whoever needs it first creates it
-  /// (user scope, organisation of the application, application "Settings", group = application
-  /// name). The download manager deletes it, and sets it to null, when it is shut down, and once
-  /// more when it is destroyed if somebody has set it again meanwhile. Created and deleted on the
-  /// host's thread; reading a value is allowed on every thread.
+  /// The shared settings object; null until its first user creates it (user scope, organisation of
+  /// the application, application "Settings", group = application name). The download manager
+  /// deletes it, and sets it to null, when it is shut down, and once more when it is destroyed if
+  /// it has been set again meanwhile. Created and deleted on the host's thread; reading a value is
+  /// allowed on every thread.
   static QSettings* userSettings;
 
   /// "General/MediaFolder": the folder in which films are kept.

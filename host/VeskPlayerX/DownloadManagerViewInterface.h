@@ -33,7 +33,7 @@ class DownloadManagerViewInterface {
   virtual bool keepsRunningWhenFinished() = 0;
 
   /// Has the user choose a slot for the item titled `title`; returns its number, below 0 when the
-  /// user declines. May block for the user; a view that is to go ends the question as declined,
+  /// user declines. May block for the user; a view that is to be closed answers with a decline,
   /// since the manager's shutdown waits for the answer. An answer that comes after its download was
   /// stopped has no effect, and the question may be asked again on another thread before it comes.
   virtual int chooseSlot(const std::wstring& title, const VeskDrmDownloadAuthorization& answer) = 0;

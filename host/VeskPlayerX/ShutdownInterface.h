@@ -2,7 +2,7 @@
 
 namespace VeskPlayerX {
 
-/// A plug-in that wants to end its work before it is unloaded.
+/// A plug-in that has to end its work before it is unloaded.
 class ShutdownInterface {
  public:
   ShutdownInterface() = default;
@@ -10,8 +10,8 @@ class ShutdownInterface {
   ShutdownInterface& operator=(const ShutdownInterface&) = delete;
   virtual ~ShutdownInterface() = default;
 
-  /// Ends all work and all threads of the plug-in, then gives back the hold that the plug-in had
-  /// taken on itself. Afterwards only releasing is allowed. Called once, on the host's thread.
+  /// Ends all work and all threads of the plug-in, then releases the reference that the plug-in
+  /// had taken to itself. Afterwards only releasing is allowed. Called once, on the host's thread.
   virtual void Shutdown() = 0;
 };
 

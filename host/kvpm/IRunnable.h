@@ -6,7 +6,7 @@ class Thread;
 
 /// The body of a thread.
 ///
-/// Owned by whoever builds the `Thread`; must outlive it.
+/// Owned by the creator of the `Thread`; must outlive it.
 class IRunnable {
  public:
   IRunnable() = default;
