@@ -35,10 +35,10 @@ class Intake {
   using Records = std::vector<VeskDrmTicketData*>;
 
   bool addAndResume(std::unique_ptr<Item> item);
-  void addClear(const std::wstring& path, std::vector<Item*>& added);
+  void addClear(const std::wstring& path, std::vector<Item*>& added) KVPM_REQUIRES(kOperationLock);
   void addProtected(const Records& records, const std::wstring& path, std::vector<Item*>& added,
-                    Items& refused);
-  std::unique_ptr<Item> append(std::unique_ptr<Item> item);
+                    Items& refused) KVPM_REQUIRES(kOperationLock);
+  std::unique_ptr<Item> append(std::unique_ptr<Item> item) KVPM_REQUIRES(kOperationLock);
   void putFirst(std::unique_ptr<Item> item) KVPM_REQUIRES(kOperationLock);
   void dropEnded(long contentEncryptionUsageId);
   void tellOfAdding();

@@ -56,10 +56,10 @@ class TransferControl {
   /// Keeps the queue as if paused while its first item changes, unless it is paused already.
   class HeadChange {
    public:
-    HeadChange(TransferControl& control, bool isNeeded);
+    HeadChange(TransferControl& control, bool isNeeded) KVPM_REQUIRES(kOperationLock);
     HeadChange(const HeadChange&) = delete;
     HeadChange& operator=(const HeadChange&) = delete;
-    ~HeadChange();
+    ~HeadChange() KVPM_REQUIRES(kOperationLock);
 
     /// False when nothing had to be done.
     bool isActive() const { return active_; }
@@ -73,13 +73,14 @@ class TransferControl {
   /// operation, even when a view throws.
   class ResumeAtEnd {
    public:
-    explicit ResumeAtEnd(TransferControl& control) : control_(control) {}
+    explicit ResumeAtEnd(TransferControl& control) KVPM_REQUIRES(kOperationLock)
+        : control_(control) {}
     ResumeAtEnd(const ResumeAtEnd&) = delete;
     ResumeAtEnd& operator=(const ResumeAtEnd&) = delete;
-    ~ResumeAtEnd();
+    ~ResumeAtEnd() KVPM_REQUIRES(kOperationLock);
 
     /// Resumes now. A pause from here on, by a view that is told of it, is the user's.
-    void resume();
+    void resume() KVPM_REQUIRES(kOperationLock);
 
    private:
     TransferControl& control_;
@@ -87,7 +88,7 @@ class TransferControl {
   };
 
  private:
-  void endPause();
+  void endPause() KVPM_REQUIRES(kOperationLock);
 
   SharedQueue& queue_;
   OperationLock& lock_;

@@ -95,14 +95,14 @@ TEST_F(TransferControlTest, KnowsWhoseTransferRuns) {
 }
 
 TEST_F(TransferControlTest, AChangeOfTheHeadCountsAsAPauseWhileItLasts) {
-  {
+  locked([this] {
     const TransferControl::HeadChange change(transfers_, true);
     EXPECT_TRUE(change.isActive());
     EXPECT_TRUE(transfers_.isPaused());
     EXPECT_FALSE(transfers_.isPausedByUser());
     const TransferControl::HeadChange inner(transfers_, true);
     EXPECT_FALSE(inner.isActive());
-  }
+  });
   EXPECT_FALSE(transfers_.isPaused());
 }
 
