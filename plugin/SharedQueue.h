@@ -66,7 +66,7 @@ class SharedQueue {
   void announceList();
   void announceItem(unsigned int id);
 
-  /// The view's door.
+  /// The host's view, through which every notice goes.
   download::AttachedView& view() { return view_; }
 
   /// Raised when something has changed that the scheduler, or an operation, may wait for.

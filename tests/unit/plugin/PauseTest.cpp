@@ -34,7 +34,7 @@ TEST_F(PauseTest, PausingStopsTheTransferAndParksTheQueue) {
   EXPECT_EQ(queue(), "A0 B1 C6");
   EXPECT_EQ(stoppedSessions(), Uids{uid});
   EXPECT_EQ(written(), "A0 B1 C6");
-  EXPECT_EQ(log_.lines("view.listChanged").empty(), false);
+  EXPECT_FALSE(log_.lines("view.listChanged").empty());
 }
 
 TEST_F(PauseTest, APausedQueueStartsNothingUntilItIsResumed) {
