@@ -1,6 +1,5 @@
 #include "item/DownloadItem.h"
 
-#include <atomic>
 #include <cstdint>
 #include <utility>
 
@@ -49,6 +48,10 @@ void DownloadItem::setKept(Field& field, const Value& value) {
   version_ = nextVersion();
 }
 
+void DownloadItem::reportKeyChange() const {
+  if (keysChanged_ != nullptr) *keysChanged_ = true;
+}
+
 DownloadItem::DownloadItem()
     : version_(nextVersion()), impl_(std::make_unique<DownloadItemImpl>()) {}
 
@@ -83,7 +86,10 @@ void DownloadItem::setUID(unsigned long long uid) { impl_->uid = uid; }
 
 unsigned int DownloadItem::getId() const { return impl_->id; }
 
-void DownloadItem::setId(unsigned int id) { impl_->id = id; }
+void DownloadItem::setId(unsigned int id) {
+  impl_->id = id;
+  reportKeyChange();
+}
 
 const std::wstring& DownloadItem::getPath() const { return impl_->path; }
 
@@ -91,7 +97,10 @@ void DownloadItem::setPath(const std::wstring& path) { setKept(impl_->path, path
 
 const std::wstring& DownloadItem::getUrl() const { return impl_->url; }
 
-void DownloadItem::setUrl(const std::wstring& url) { setKept(impl_->url, url); }
+void DownloadItem::setUrl(const std::wstring& url) {
+  setKept(impl_->url, url);
+  reportKeyChange();
+}
 
 unsigned long long DownloadItem::getSize() const { return impl_->size; }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -28,6 +29,10 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
   /// Stands for what a queue file keeps of the item: every set of such a field gives a new number,
   /// above 0, that no item has had before.
   std::uint64_t version() const { return version_; }
+
+  /// Has `changed` set, from now on, whenever the id or the address of this item is set, on the
+  /// thread that does so. Copies do not report. Not owned; outlives the item.
+  void reportKeyChanges(std::atomic<bool>* changed) { keysChanged_ = changed; }
 
   unsigned long long getUID() const override;
   void setUID(unsigned long long uid) override;
@@ -75,7 +80,9 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
 
   template <class Field, class Value>
   void setKept(Field& field, const Value& value);
+  void reportKeyChange() const;
 
   std::uint64_t version_;
+  std::atomic<bool>* keysChanged_ = nullptr;
   std::unique_ptr<DownloadItemImpl> impl_;
 };

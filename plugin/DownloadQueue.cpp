@@ -27,6 +27,8 @@ void DownloadQueue::assign(const Items& items) {
   Owned owned;
   for (Item* const item : items) owned.emplace_back(item);
   items_ = std::move(owned);
+  index_.clear();
+  for (const auto& item : items_) index_.add(*item);
 }
 
 DownloadQueue::Items DownloadQueue::items() const {
@@ -40,10 +42,14 @@ DownloadQueue::Item* DownloadQueue::at(std::size_t index) const {
   return index < items_.size() ? items_[index].get() : nullptr;
 }
 
-DownloadQueue::Item* DownloadQueue::find(unsigned int id) const { return at(indexOf(id)); }
+DownloadQueue::Item* DownloadQueue::find(unsigned int id) const {
+  const QueueIndex::Answer answer = index().withId(id);
+  return answer ? *answer : findIf([id](const Item& item) { return item.getId() == id; });
+}
 
 DownloadQueue::Item* DownloadQueue::findUrl(const std::wstring& url) const {
-  return findIf([&url](const Item& item) { return item.getUrl() == url; });
+  const QueueIndex::Answer answer = index().withUrl(url);
+  return answer ? *answer : findIf([&url](const Item& item) { return item.getUrl() == url; });
 }
 
 DownloadQueue::Item* DownloadQueue::findTicket(const std::string& ticket) const {
@@ -64,7 +70,7 @@ void DownloadQueue::reserve(std::size_t more) { items_.reserve(items_.size() + m
 void DownloadQueue::add(std::unique_ptr<Item> item) {
   const auto settled = [](const auto& other) { return isAtBottom(other->getStatus()); };
   const auto bottom = std::find_if_not(items_.rbegin(), items_.rend(), settled).base();
-  items_.insert(bottom, std::move(item));
+  index_.add(**items_.insert(bottom, std::move(item)));
 }
 
 bool DownloadQueue::moveUp(unsigned int id) {
@@ -91,12 +97,17 @@ void DownloadQueue::moveToBottom(unsigned int id) {
 bool DownloadQueue::remove(unsigned int id) {
   const std::size_t index = indexOf(id);
   if (index == items_.size()) return false;
+  index_.remove(*items_[index]);
   items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(index));
   return true;
 }
 
 std::size_t DownloadQueue::removeIf(const std::function<bool(const Item&)>& dropped) {
-  return std::erase_if(items_, [&dropped](const auto& item) { return dropped(*item); });
+  return std::erase_if(items_, [this, &dropped](const auto& item) {
+    const bool isDropped = dropped(*item);
+    if (isDropped) index_.remove(*item);
+    return isDropped;
+  });
 }
 
 DownloadQueue::Item* DownloadQueue::nextForDownload() const {
@@ -121,6 +132,11 @@ void DownloadQueue::requeue() {
   }
 }
 
+const QueueIndex& DownloadQueue::index() const {
+  index_.update(items_);
+  return index_;
+}
+
 DownloadQueue::Item* DownloadQueue::findIf(const std::function<bool(const Item&)>& wanted) const {
   const auto found = std::find_if(items_.begin(), items_.end(),
                                   [&wanted](const auto& item) { return wanted(*item); });
@@ -128,8 +144,10 @@ DownloadQueue::Item* DownloadQueue::findIf(const std::function<bool(const Item&)
 }
 
 std::size_t DownloadQueue::indexOf(unsigned int id) const {
+  const Item* const wanted = find(id);
+  if (wanted == nullptr) return items_.size();
   const auto found = std::find_if(items_.begin(), items_.end(),
-                                  [id](const auto& item) { return item->getId() == id; });
+                                  [wanted](const auto& item) { return item.get() == wanted; });
   return static_cast<std::size_t>(found - items_.begin());
 }
 

@@ -9,6 +9,7 @@
 
 #include "VeskPlayerX/DownloadItemInterface.h"
 #include "VeskPlayerX/DownloadStatus.h"
+#include "plugin/QueueIndex.h"
 
 namespace plugin {
 
@@ -48,9 +49,11 @@ class DownloadQueue {
   std::size_t size() const { return items_.size(); }
 
   Item* at(std::size_t index) const;
-  Item* find(unsigned int id) const;
 
-  /// The first item with exactly this address, exactly this ticket text, or this local path.
+  // The first item with this id, exactly this address, exactly this ticket text, or this local
+  // path. The first two take no longer in a long queue, unless several items have the same.
+
+  Item* find(unsigned int id) const;
   Item* findUrl(const std::wstring& url) const;
   Item* findTicket(const std::string& ticket) const;
   Item* findPath(const std::wstring& path) const;
@@ -90,12 +93,14 @@ class DownloadQueue {
   void requeue();
 
  private:
-  using Owned = std::vector<std::unique_ptr<Item>>;
+  using Owned = QueueIndex::Items;
 
+  const QueueIndex& index() const;
   Item* findIf(const std::function<bool(const Item&)>& wanted) const;
   std::size_t indexOf(unsigned int id) const;
 
   Owned items_;
+  mutable QueueIndex index_;
 };
 
 }  // namespace plugin

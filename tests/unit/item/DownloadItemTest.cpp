@@ -249,4 +249,17 @@ TEST(DownloadItem, NoTwoItemsShareAVersion) {
   EXPECT_NE(one.version(), copy.version());
 }
 
+TEST(DownloadItem, ReportsThatItsIdOrItsAddressIsSet) {
+  DownloadItem item;
+  std::atomic<bool> isChanged{false};
+  item.reportKeyChanges(&isChanged);
+  item.setTitle(L"a");
+  DownloadItem(&item).setUrl(L"a");
+  EXPECT_FALSE(isChanged) << "a copy does not report";
+  item.setUrl(L"a");
+  EXPECT_TRUE(isChanged.exchange(false));
+  item.setId(1);
+  EXPECT_TRUE(isChanged);
+}
+
 }  // namespace
