@@ -37,19 +37,28 @@ std::uint64_t sizeOf(const fs::path& file) {
   return error ? 0 : size;
 }
 
-/// The beginnings of the names of all partials that films of the queue may have; every
-/// authorisation gives a protected one another address of the same place.
-std::set<std::string> keysOf(const std::vector<model::ItemState>& queue) {
-  std::set<std::string> keys;
-  for (const model::ItemState& item : queue) {
-    const std::optional<Address> address = parseAddress(item.url);
-    if (address) keys.insert(transfers::digestOf(address->place));
-  }
-  return keys;
-}
-
 /// Several partials of one place are numbered behind a dash.
 std::string withoutNumber(const std::string& key) { return key.substr(0, key.find('-')); }
+
+/// Drops the keys of the partials that the film may have; every authorisation gives a protected one
+/// another address of the same place.
+void dropKeysOf(const model::ItemState& film, std::set<std::string>& keys) {
+  const std::optional<Address> address = parseAddress(film.url);
+  if (!address) return;
+  const std::string wanted = transfers::digestOf(address->place);
+  std::erase_if(keys, [&wanted](const std::string& key) { return withoutNumber(key) == wanted; });
+}
+
+/// Drops the keys that films of the queue may have. The few that are unfinished come first: as a
+/// rule they account for all keys, and the others need not be looked at.
+void dropKeysOf(const std::vector<model::ItemState>& queue, std::set<std::string>& keys) {
+  for (const bool isUnfinished : {true, false}) {
+    for (const model::ItemState& film : queue) {
+      if (keys.empty()) return;
+      if (model::isUnfinished(film.status) == isUnfinished) dropKeysOf(film, keys);
+    }
+  }
+}
 
 }  // namespace
 
@@ -58,10 +67,10 @@ std::vector<Leftover> findLeftovers(const fs::path& folder,
   const bool isOneUnnamed =
       std::any_of(queue.begin(), queue.end(), [](const auto& item) { return item.url.empty(); });
   if (isOneUnnamed) return {};
-  const std::set<std::string> wanted = keysOf(queue);
+  std::set<std::string> keys = keysIn(folder);
+  dropKeysOf(queue, keys);
   std::vector<Leftover> leftovers;
-  for (const std::string& key : keysIn(folder)) {
-    if (wanted.contains(withoutNumber(key))) continue;
+  for (const std::string& key : keys) {
     const PartPaths paths{folder, key};
     const auto state = transfers::loadState(paths.state());
     leftovers.push_back(
