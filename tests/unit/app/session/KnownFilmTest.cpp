@@ -23,6 +23,21 @@ TEST(KnownFilmTest, AnAddressIsKnownInEverySpelling) {
   EXPECT_EQ(found->id, 7u);
 }
 
+TEST(KnownFilmTest, EveryEndOfAnAddressIsKnownInEverySpelling) {
+  const std::vector<std::pair<std::string, std::string>> spellings = {
+      {"http://h", "http://h:80/"},
+      {"http://h?a=b", "http://h/?a=b"},
+      {"http://h/a/../b.avi", "http://user:word@h/b.avi"},
+      {"http://h/a/b/..", "http://h/a/"},
+      {"http://h/a?b=c/d#e", "HTTP://h/./a?b=c/d"},
+      {"http://h/\xC3\xA4.avi", "http://h/%C3%A4.avi"},
+  };
+  for (const auto& [one, other] : spellings) {
+    EXPECT_TRUE(findKnownFilm({item(7, one, DownloadStatusQueued)}, other)) << one;
+    EXPECT_TRUE(findKnownFilm({item(7, other, DownloadStatusQueued)}, one)) << one;
+  }
+}
+
 TEST(KnownFilmTest, AnotherAddressIsNotKnown) {
   const std::vector<model::ItemState> queue = {item(7, "http://h/a.avi", DownloadStatusQueued)};
   EXPECT_FALSE(findKnownFilm(queue, "http://h/b.avi"));
