@@ -14,23 +14,27 @@ QueueChange::Kind kindOf(DownloadStatusEnumType status) {
 
 }  // namespace
 
+void appendChanges(std::vector<QueueChange>& changes, const ItemState* before,
+                   const ItemState& now) {
+  if (before == nullptr) {
+    changes.push_back({QueueChange::kAdded, now});
+    const QueueChange::Kind outcome = kindOf(now.status);
+    if (outcome != QueueChange::kChanged) changes.push_back({outcome, now});
+  } else if (before->status != now.status) {
+    changes.push_back({kindOf(now.status), now});
+  } else if (*before != now) {
+    changes.push_back({QueueChange::kChanged, now});
+  }
+}
+
 std::vector<QueueChange> changesBetween(const std::vector<ItemState>& before,
                                         const std::vector<ItemState>& now) {
   std::unordered_map<unsigned int, const ItemState*> known;
   for (const ItemState& item : before) known.emplace(item.id, &item);
-
   std::vector<QueueChange> changes;
   for (const ItemState& item : now) {
     const auto earlier = known.find(item.id);
-    if (earlier == known.end()) {
-      changes.push_back({QueueChange::kAdded, item});
-      const QueueChange::Kind outcome = kindOf(item.status);
-      if (outcome != QueueChange::kChanged) changes.push_back({outcome, item});
-    } else if (earlier->second->status != item.status) {
-      changes.push_back({kindOf(item.status), item});
-    } else if (*earlier->second != item) {
-      changes.push_back({QueueChange::kChanged, item});
-    }
+    appendChanges(changes, earlier != known.end() ? earlier->second : nullptr, item);
   }
   return changes;
 }

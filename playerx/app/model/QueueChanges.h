@@ -15,10 +15,15 @@ struct QueueChange {
   bool operator==(const QueueChange&) const = default;
 };
 
-/// What happened between two looks at the queue, in the present queue's order. An item seen for the
-/// first time is added, and finished or failed as well when it already is; an item whose status
-/// became completed or failed is finished or failed; any other difference is a change. Items that
-/// are gone are not mentioned.
+/// Appends what happened to one item between two looks; `before` is null for an item that is seen
+/// for the first time. An item that is new is added, and finished or failed as well when it already
+/// is; one whose status became completed or failed is finished or failed; any other difference is a
+/// change.
+void appendChanges(std::vector<QueueChange>& changes, const ItemState* before,
+                   const ItemState& now);
+
+/// What happened between two looks at the queue, in the present queue's order. Items that are
+/// gone are not mentioned.
 std::vector<QueueChange> changesBetween(const std::vector<ItemState>& before,
                                         const std::vector<ItemState>& now);
 

@@ -75,12 +75,13 @@ QueueService::QueueService(PlayerSession& session, std::function<void()> wake, r
 }
 
 Reply QueueService::handle(const Request& request) {
-  watch_.update();
   if (request.action == Action::kAdd) return add(request);
-  const std::vector<ItemState> queue = watch_.queue();
+  watch_.update();
   if (!request.id && request.position == 0) return editAll(request);
-  const ItemState* const item = find(queue, request);
-  Reply reply = item != nullptr ? editItem(request, *item) : refuseUnknown(request, queue.size());
+  const std::vector<ItemState>& queue = watch_.queue();
+  const ItemState* const found = find(queue, request);
+  const std::optional<ItemState> item = found != nullptr ? std::optional(*found) : std::nullopt;
+  Reply reply = item ? editItem(request, *item) : refuseUnknown(request, queue.size());
   update();
   return reply;
 }
@@ -129,7 +130,10 @@ Reply QueueService::add(const Request& request) {
   for (const std::string& input : request.inputs) addInput(input, request, reply);
   if (staysPaused) session_.manager().pause();
   if (request.starts && session_.manager().isPaused()) session_.manager().resume();
-  if (request.inputs.empty()) reply.items = watch_.queue();
+  if (request.inputs.empty()) {
+    watch_.update();
+    reply.items = watch_.queue();
+  }
   std::erase_if(reply.items,
                 [](const ItemState& item) { return !model::isUnfinished(item.status); });
   for (const ItemState& item : reply.items) {
@@ -146,6 +150,8 @@ void QueueService::addInput(const std::string& input, const Request& request, Re
 
 /// Whether the film of an address is in the queue, so that it need not be added.
 bool QueueService::goOnWith(const std::string& input, const Request& request, Reply& reply) {
+  if (!findKnownFilm(watch_.queue(), input)) return false;
+  watch_.update();
   const std::optional<ItemState> known = findKnownFilm(watch_.queue(), input);
   if (!known) return false;
   switch (known->status) {
@@ -176,14 +182,15 @@ bool QueueService::goOnWith(const std::string& input, const Request& request, Re
 
 void QueueService::addAnew(const std::string& input, const Request& request, Reply& reply) {
   using inputs::AddResult;
-  std::set<unsigned int> before;
-  for (const ItemState& item : watch_.queue()) before.insert(item.id);
   const AddResult result =
       inputs::addInput(input, session_.manager(), {}, [this] { return session_.takeMessages(); });
   if (result.refusal) reply.refused.push_back({input, *result.refusal});
-  watch_.update();
+  const std::vector<unsigned int> added = watch_.update();
+  auto next = added.begin();
   for (const ItemState& item : watch_.queue()) {
-    if (before.contains(item.id)) continue;
+    if (next == added.end()) break;
+    if (item.id != *next) continue;
+    ++next;
     if (!request.name.empty()) nameFilm(item.id, request.name);
     reply.items.push_back(item);
   }

@@ -28,23 +28,25 @@ QueueWatch::QueueWatch(PlayerSession& session, std::function<void()> wake, reaso
           std::move(wake),
           [&session](const std::string& address) { return session.findTransfer(address); },
           std::move(probe)),
-      reasons_(session.places().data),
-      queue_(model::snapshotOf(session.manager())) {}
+      reasons_(session.places().data) {
+  tracker_.update(session.manager());
+}
 
-void QueueWatch::update() {
+std::vector<unsigned int> QueueWatch::update() {
   tellMessages();
-  tellChanges();
+  std::vector<unsigned int> added = tellChanges();
   tellReasons();
+  return added;
 }
 
 void QueueWatch::measure() {
-  for (const ItemState& item : queue_) {
+  for (const ItemState& item : queue()) {
     if (const auto progress = measure(item)) listener_({Kind::kChanged, item, *progress});
   }
 }
 
 bool QueueWatch::isIdle() const {
-  const bool isWorkLeft = std::any_of(queue_.begin(), queue_.end(), [](const ItemState& item) {
+  const bool isWorkLeft = std::any_of(queue().begin(), queue().end(), [](const ItemState& item) {
     return model::isUnfinished(item.status);
   });
   return !isWorkLeft && !explainer_.isBusy();
@@ -52,9 +54,9 @@ bool QueueWatch::isIdle() const {
 
 void QueueWatch::playWhenReady(unsigned int id) {
   toPlay_.insert(id);
-  const auto found = std::find_if(queue_.begin(), queue_.end(),
+  const auto found = std::find_if(queue().begin(), queue().end(),
                                   [id](const ItemState& item) { return item.id == id; });
-  if (found != queue_.end()) playIfReady(*found);
+  if (found != queue().end()) playIfReady(*found);
 }
 
 void QueueWatch::tellMessages() {
@@ -64,27 +66,26 @@ void QueueWatch::tellMessages() {
   }
 }
 
-void QueueWatch::tellChanges() {
-  const std::vector<ItemState> before =
-      std::exchange(queue_, model::snapshotOf(session_.manager()));
-  tellRemoved(before);
-  for (const QueueChange& change : model::changesBetween(before, queue_)) tell(change);
+std::vector<unsigned int> QueueWatch::tellChanges() {
+  const model::QueueTracker::News news = tracker_.update(session_.manager());
+  for (const ItemState& item : news.removed) tellRemoved(item);
+  std::vector<unsigned int> added;
+  for (const QueueChange& change : news.changes) {
+    if (change.kind == QueueChange::kAdded) added.push_back(change.item.id);
+    tell(change);
+  }
+  return added;
 }
 
-void QueueWatch::tellRemoved(const std::vector<ItemState>& before) {
-  std::set<unsigned int> present;
-  for (const ItemState& item : queue_) present.insert(item.id);
-  for (const ItemState& item : before) {
-    if (present.contains(item.id)) continue;
-    meters_.erase(item.id);
-    toPlay_.erase(item.id);
-    listener_({Kind::kRemoved, item});
-  }
+void QueueWatch::tellRemoved(const ItemState& item) {
+  meters_.erase(item.id);
+  toPlay_.erase(item.id);
+  listener_({Kind::kRemoved, item});
 }
 
 void QueueWatch::tellReasons() {
   for (const reasons::ExplainedFailure& answer : explainer_.takeAnswers()) {
-    reasons_.keep(answer.item, answer.explanation, queue_);
+    reasons_.keep(answer.item, answer.explanation, queue());
     listener_({Kind::kFailed, answer.item, {}, "", answer.explanation});
   }
 }

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "playerx/app/model/Progress.h"
-#include "playerx/app/model/QueueChanges.h"
+#include "playerx/app/model/QueueTracker.h"
 #include "playerx/app/reasons/FailureExplainer.h"
 #include "playerx/app/reasons/ReasonFile.h"
 #include "playerx/app/session/PlayerSession.h"
@@ -28,14 +28,15 @@ class QueueWatch {
   QueueWatch(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
              Listener listener);
 
-  /// Tells what is new. To be called when the session or the watch wakes its face.
-  void update();
+  /// Tells what is new. To be called when the session or the watch wakes its face. Returns the ids
+  /// of the items that are seen for the first time, in the queue's order.
+  std::vector<unsigned int> update();
 
   /// Tells the present progress of what arrives. To be called from time to time.
   void measure();
 
   /// The queue as `update` has last seen it.
-  const std::vector<model::ItemState>& queue() const { return queue_; }
+  const std::vector<model::ItemState>& queue() const { return tracker_.queue(); }
 
   /// Whether nothing is left to download and every failure has been told.
   bool isIdle() const;
@@ -45,8 +46,8 @@ class QueueWatch {
 
  private:
   void tellMessages();
-  void tellChanges();
-  void tellRemoved(const std::vector<model::ItemState>& before);
+  std::vector<unsigned int> tellChanges();
+  void tellRemoved(const model::ItemState& item);
   void tellReasons();
   void tell(const model::QueueChange& change);
   std::optional<model::Progress> measure(const model::ItemState& item);
@@ -58,7 +59,7 @@ class QueueWatch {
   reasons::FailureExplainer explainer_;
   reasons::ReasonFile reasons_;
 
-  std::vector<model::ItemState> queue_;
+  model::QueueTracker tracker_;
   std::map<unsigned int, model::ProgressMeter> meters_;
   std::set<unsigned int> toPlay_;
   std::string lastWords_;  ///< said since the last outcome

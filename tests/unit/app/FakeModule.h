@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
@@ -30,6 +31,12 @@ class FakeModule : public support::FakeManager {
 
   /// Takes the item at this index out.
   void drop(std::size_t index) { items_.erase(items_.begin() + std::ptrdiff_t(index)); }
+
+  /// Moves the item at this index to the end.
+  void moveToEnd(std::size_t index) {
+    const auto item = items_.begin() + std::ptrdiff_t(index);
+    std::rotate(item, item + 1, items_.end());
+  }
 
   /// The queue's own items, in order.
   const std::vector<std::unique_ptr<DownloadItem>>& all() const { return items_; }

@@ -1,0 +1,95 @@
+#include <gmock/gmock.h>
+
+#include "playerx/app/model/QueueTracker.h"
+#include "tests/unit/app/FakeModule.h"
+
+namespace playerx::model {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A queue that is looked at now and then.
+class QueueTrackerTest : public testing::Test {
+ protected:
+  std::vector<QueueChange::Kind> kindsOfChanges() {
+    std::vector<QueueChange::Kind> kinds;
+    news_ = tracker_.update(module_);
+    for (const QueueChange& change : news_.changes) kinds.push_back(change.kind);
+    return kinds;
+  }
+
+  void expectTheSameAsANewSnapshot() { EXPECT_EQ(tracker_.queue(), snapshotOf(module_)); }
+
+  support::EventLog log_;
+  FakeModule module_{log_};
+  QueueTracker tracker_;
+  QueueTracker::News news_;
+};
+
+TEST_F(QueueTrackerTest, TellsAnItemThatCameAndFailedBetweenTwoLooks) {
+  module_.put("http://h/a.avi", DownloadStatusFailed);
+  EXPECT_THAT(kindsOfChanges(), ElementsAre(QueueChange::kAdded, QueueChange::kFailed));
+  EXPECT_THAT(kindsOfChanges(), IsEmpty());
+  expectTheSameAsANewSnapshot();
+}
+
+TEST_F(QueueTrackerTest, NoticesEveryFieldThatChanges) {
+  DownloadItem& item = module_.put("http://h/a.avi");
+  kindsOfChanges();
+  const std::vector<std::function<void()>> changes = {
+      [&] { item.setTitle(L"A film"); },
+      [&] { item.setTitle(L"A f\u00EFlm"); },
+      [&] { item.setContentProviderDisplayName(L"h"); },
+      [&] { item.setUrl(L"http://h/b.avi"); },
+      [&] { item.setPath(L"/films/b.avi"); },
+      [&] { item.setPercentDownloaded(1); },
+      [&] { item.setSize(1); },
+      [&] { item.setReadyForProgressivePlayback(true); },
+      [&] { item.setTicket("ticket"); },
+      [&] { item.setStatus(DownloadStatusDownloading); },
+  };
+  for (const auto& change : changes) {
+    change();
+    EXPECT_THAT(kindsOfChanges(), ElementsAre(QueueChange::kChanged));
+    EXPECT_THAT(kindsOfChanges(), IsEmpty());
+    expectTheSameAsANewSnapshot();
+  }
+}
+
+TEST_F(QueueTrackerTest, FollowsItemsThatComeGoAndMoveAtOnce) {
+  for (const char* const url : {"http://h/a", "http://h/b", "http://h/c", "http://h/d"}) {
+    module_.put(url);
+  }
+  kindsOfChanges();
+  module_.moveToEnd(1);
+  module_.drop(1);
+  module_.put("http://h/e");
+  module_.all()[0]->setPercentDownloaded(5);
+  EXPECT_THAT(kindsOfChanges(), ElementsAre(QueueChange::kChanged, QueueChange::kAdded));
+  EXPECT_EQ(news_.changes[1].item.url, "http://h/e");
+  ASSERT_EQ(news_.removed.size(), 1u);
+  EXPECT_EQ(news_.removed[0].url, "http://h/c");
+  expectTheSameAsANewSnapshot();
+}
+
+TEST_F(QueueTrackerTest, ANewPlaceIsNoChange) {
+  for (const char* const url : {"http://h/a", "http://h/b", "http://h/c"}) module_.put(url);
+  kindsOfChanges();
+  module_.moveToEnd(0);
+  EXPECT_THAT(kindsOfChanges(), IsEmpty());
+  EXPECT_THAT(news_.removed, IsEmpty());
+  expectTheSameAsANewSnapshot();
+}
+
+TEST_F(QueueTrackerTest, AQueueThatIsEmptiedHasNoItem) {
+  module_.put("http://h/a");
+  kindsOfChanges();
+  module_.drop(0);
+  EXPECT_THAT(kindsOfChanges(), IsEmpty());
+  EXPECT_EQ(news_.removed.size(), 1u);
+  EXPECT_THAT(tracker_.queue(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace playerx::model
