@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "KPB/DownloadInfo.h"
+#include "playerx/transfers/Checksum.h"
 #include "playerx/transfers/FileNames.h"
 #include "playerx/transfers/Placement.h"
 
@@ -15,11 +16,9 @@ constexpr char kRightsSuffix[] = ".rights";
 
 DownloadRequest requestOf(const KPB::DownloadInfo& info) {
   DownloadRequest request;
-  request.username = info.getTempUsername();
-  request.password = info.getTempPassword();
   request.rights = info.getSTRDChunk();
   request.rightsManaged =
-      !request.rights.empty() || !request.username.empty() || !request.password.empty();
+      !request.rights.empty() || !info.getTempUsername().empty() || !info.getTempPassword().empty();
   request.name = info.getOutputFilename();
   request.movies = info.getMoviesDirectory();
   request.downloads = info.getDownloadDirectory();
@@ -44,6 +43,11 @@ int Downloads::startSession(const std::string& urlUtf8, const KPB::DownloadInfo&
   const auto name = cleanOutputName(request.name, request.rights.empty() ? "" : kRightsSuffix);
   if (!name) return refuse(std::move(request), TransferFailure::kBadName);
   request.name = *name;
+  request.options = optionsOf(*address);
+  if (request.rightsManaged) {
+    request.options.username = info.getTempUsername();
+    request.options.password = info.getTempPassword();
+  }
   if (request.movies.empty()) return refuse(std::move(request), TransferFailure::kMediaFolder);
   if (request.downloads.empty()) return refuse(std::move(request), TransferFailure::kTempFolder);
   const auto session = std::make_shared<Session>(++lastUid_, std::move(request));
@@ -68,6 +72,24 @@ void Downloads::stopSession(unsigned long long uid) {
 
 void Downloads::setTrustFile(const std::string& pathUtf8) {
   engine_.setTrust(pathUtf8.empty() ? environmentTrust_ : TrustedAuthorities{pathUtf8, {}});
+}
+
+void Downloads::setRateLimit(std::uint64_t bytesPerSecond) { engine_.setRateLimit(bytesPerSecond); }
+
+bool Downloads::setFilmOptions(const std::string& urlUtf8, const FilmOptions& options) {
+  const std::optional<Address> address = parseAddress(urlUtf8);
+  const std::optional<std::string> sum = normalSum(options.sha256);
+  if (!address || (!options.sha256.empty() && !sum)) return false;
+  const GuardLock lock(mutex_);
+  FilmOptions& kept = options_[address->remembered] = options;
+  kept.sha256 = sum.value_or("");
+  return true;
+}
+
+FilmOptions Downloads::optionsOf(const Address& address) {
+  const GuardLock lock(mutex_);
+  const auto found = options_.find(address.remembered);
+  return found == options_.end() ? FilmOptions() : found->second;
 }
 
 bool Downloads::takeBack(const std::string& filmUtf8, const std::string& downloadFolderUtf8) {

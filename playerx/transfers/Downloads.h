@@ -1,10 +1,12 @@
 #pragma once
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <string>
 
 #include "KPB/DownloadInterface.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/Engine.h"
 #include "playerx/transfers/FilmRecovery.h"
@@ -32,15 +34,22 @@ class Downloads : public KPB::DownloadInterface, public TransferSettings, public
 
   void setTrustFile(const std::string& pathUtf8) override;
 
+  void setRateLimit(std::uint64_t bytesPerSecond) override;
+  bool setFilmOptions(const std::string& urlUtf8, const FilmOptions& options) override;
+
   bool takeBack(const std::string& filmUtf8, const std::string& downloadFolderUtf8) override;
 
   TransferReports& reports() { return book_; }
 
  private:
   int refuse(DownloadRequest request, TransferFailure failure);
+  FilmOptions optionsOf(const Address& address);
 
   const TrustedAuthorities environmentTrust_;
   std::atomic<unsigned long long> lastUid_{0};
+  GuardMutex mutex_;
+  /// By the form in which addresses are remembered.
+  std::map<std::string, FilmOptions> options_ KVPM_GUARDED_BY(mutex_);
   ReportBook book_;
   ReportDelivery delivery_;
   Engine engine_;

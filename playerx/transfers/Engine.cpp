@@ -50,6 +50,10 @@ void Engine::setTrust(const TrustedAuthorities& trust) {
   trust_ = trust;
 }
 
+void Engine::setRateLimit(std::uint64_t bytesPerSecond) {
+  post([this, bytesPerSecond] { loop_.setRateLimit(bytesPerSecond); });
+}
+
 void Engine::post(Work work) {
   {
     const GuardLock lock(mutex_);

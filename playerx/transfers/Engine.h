@@ -59,6 +59,9 @@ class Engine {
   /// For requests made from now on.
   void setTrust(const TrustedAuthorities& trust);
 
+  /// For all that are under way too.
+  void setRateLimit(std::uint64_t bytesPerSecond);
+
  private:
   using Clock = Transfer::Clock;
   using Work = std::function<void()>;

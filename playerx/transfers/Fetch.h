@@ -9,17 +9,19 @@
 #include <string_view>
 
 #include "playerx/settings/TrustedAuthorities.h"
+#include "playerx/transfers/RateLimit.h"
 #include "playerx/transfers/ResumePlan.h"
 #include "playerx/transfers/TransferFailure.h"
+#include "playerx/transfers/TransferSettings.h"
 
 namespace playerx::transfers {
 
 /// One request for a file, or for the rest of it. A record.
 struct FetchSpec {
   std::string url;
-  std::string username, password;  ///< for the host of `url` alone; may be empty
   RangeRequest range;
   TrustedAuthorities trust;
+  FilmOptions options;
   std::chrono::milliseconds connectTimeout{30'000};  ///< name, connection and handshake
   bool freshConnection = false;                      ///< not one that an earlier request has used
 };
@@ -60,6 +62,15 @@ class Fetch {
 
   CURL* handle() const { return handle_.get(); }
 
+  /// Has the bytes of the body kept back while the limit, which outlives the request, is not open.
+  void setLimit(RateLimit& limit) { limit_ = &limit; }
+
+  /// Whether bytes are being kept back.
+  bool isKeptBack() const { return isKeptBack_; }
+
+  /// Takes what was kept back, as far as the limit is open. Returns how that ended.
+  CURLcode goOn();
+
   /// Translates the library's result.
   FetchOutcome outcomeOf(CURLcode code) const;
 
@@ -72,10 +83,16 @@ class Fetch {
   };
 
   void setSafety();
-  void setCredentials(const FetchSpec& spec);
+  void setCredentials(const FilmOptions& options);
   void setRange(const RangeRequest& range);
+  void setOptions(const FilmOptions& options);
   void addHeader(const std::string& line);
+  std::size_t takeBody(const char* data, std::size_t length);
+  static std::size_t passBody(char* data, std::size_t size, std::size_t count, void* fetch);
 
+  FetchSink& sink_;
+  RateLimit* limit_ = nullptr;
+  bool isKeptBack_ = false;
   std::unique_ptr<curl_slist, ListFree> headers_;
   char error_[CURL_ERROR_SIZE] = {};
   std::unique_ptr<CURL, EasyCleanup> handle_;

@@ -20,6 +20,7 @@ FetchLoop::FetchLoop() : multi_(newMulti()) {}
 
 void FetchLoop::add(Fetch& fetch, FetchSink& sink) {
   running_[fetch.handle()] = {&fetch, &sink};
+  fetch.setLimit(limit_);
   curl_multi_add_handle(multi_.get(), fetch.handle());
 }
 
@@ -28,7 +29,32 @@ void FetchLoop::remove(Fetch& fetch) {
   curl_multi_remove_handle(multi_.get(), fetch.handle());
 }
 
+void FetchLoop::setRateLimit(std::uint64_t bytesPerSecond) {
+  limit_.set(bytesPerSecond, RateLimit::Clock::now());
+}
+
+void FetchLoop::goOnWithKeptBack() {
+  std::vector<CURL*> keptBack;
+  for (const auto& [handle, running] : running_) {
+    if (running.fetch->isKeptBack()) keptBack.push_back(handle);
+  }
+  for (CURL* const handle : keptBack) {
+    const auto found = running_.find(handle);
+    if (found == running_.end() || !limit_.isOpen(RateLimit::Clock::now())) continue;
+    const CURLcode code = found->second.fetch->goOn();
+    if (code != CURLE_OK) finish(handle, code);
+  }
+}
+
+void FetchLoop::finish(CURL* handle, CURLcode code) {
+  const auto found = running_.find(handle);
+  if (found == running_.end()) return;
+  const Running running = found->second;
+  running.sink->onOver(running.fetch->outcomeOf(code));
+}
+
 void FetchLoop::perform() {
+  goOnWithKeptBack();
   int stillRunning = 0;
   curl_multi_perform(multi_.get(), &stillRunning);
   std::vector<std::pair<CURL*, CURLcode>> over;
@@ -36,15 +62,17 @@ void FetchLoop::perform() {
   while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
     if (message->msg == CURLMSG_DONE) over.emplace_back(message->easy_handle, message->data.result);
   }
-  for (const auto& [handle, code] : over) {
-    const auto found = running_.find(handle);
-    if (found == running_.end()) continue;
-    const Running running = found->second;
-    running.sink->onOver(running.fetch->outcomeOf(code));
-  }
+  for (const auto& [handle, code] : over) finish(handle, code);
 }
 
 void FetchLoop::wait(std::chrono::milliseconds longest) {
+  const bool isOneKeptBack = std::any_of(running_.begin(), running_.end(), [](const auto& entry) {
+    return entry.second.fetch->isKeptBack();
+  });
+  if (const auto opensAt = limit_.opensAt(); opensAt && isOneKeptBack) {
+    longest = std::min(
+        longest, std::chrono::ceil<std::chrono::milliseconds>(*opensAt - RateLimit::Clock::now()));
+  }
   const auto bounded = std::clamp<std::chrono::milliseconds::rep>(longest.count(), 0, INT_MAX);
   curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(bounded), nullptr);
 }

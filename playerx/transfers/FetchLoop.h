@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 
 #include <chrono>
+#include <cstdint>
 #include <map>
 #include <memory>
 
@@ -26,6 +27,9 @@ class FetchLoop {
   /// Ends a request at once, without a further call of its sink.
   void remove(Fetch& fetch);
 
+  /// Bytes per second of all requests together; 0: no limit.
+  void setRateLimit(std::uint64_t bytesPerSecond);
+
   /// Does what can be done without waiting, and calls the sinks. A sink may add and remove
   /// requests from within `onOver`.
   void perform();
@@ -45,8 +49,12 @@ class FetchLoop {
     FetchSink* sink;
   };
 
+  void goOnWithKeptBack();
+  void finish(CURL* handle, CURLcode code);
+
   std::unique_ptr<CURLM, MultiCleanup> multi_;
   std::map<CURL*, Running> running_;
+  RateLimit limit_;
 };
 
 }  // namespace playerx::transfers

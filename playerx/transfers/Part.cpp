@@ -180,6 +180,11 @@ int Part::beginVersion(const Validator& validator, std::optional<std::uint64_t> 
   return isSaved_ || total > kLargeFilm ? store() : 0;
 }
 
+void Part::drop() {
+  isWhole_ = false;
+  if (file_.cut(0) != 0) errno = 0;
+}
+
 int Part::learnTotal(std::uint64_t total) {
   return change([&](PartState& state) { state.total = total; });
 }

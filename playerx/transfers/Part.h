@@ -71,6 +71,9 @@ class Part {
   /// Drops the bytes: those that follow belong to another version of the file.
   int beginVersion(const Validator& validator, std::optional<std::uint64_t> total);
 
+  /// Drops the bytes, which are of no use to anybody.
+  void drop();
+
   /// The total has become known.
   int learnTotal(std::uint64_t total);
 

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QCryptographicHash>
+#include <QFile>
 #include <cerrno>
 #include <string_view>
 
@@ -36,12 +38,12 @@ fs::path rightsOf(const fs::path& film) { return film.native() + ".rights"; }
 class Placing {
  public:
   Placing(fs::path source, fs::path oldRights, const DownloadRequest& request,
-          const std::atomic<bool>& isCancelled, Copying copying)
+          const std::atomic<bool>& isCancelled, Waiting waiting)
       : source_(std::move(source)),
         oldRights_(std::move(oldRights)),
         request_(request),
         isCancelled_(isCancelled),
-        mayCopy_(copying == Copying::kAllowed),
+        mayCopy_(waiting == Waiting::kAllowed),
         hasRights_(!request.rights.empty() || (!oldRights_.empty() && isTaken(oldRights_))) {}
 
   Placed run() {
@@ -51,7 +53,7 @@ class Placing {
       const int error = tryTarget(target);
       if (error == 0) return done(target);
       if (error == ECANCELED) return {Placed::Kind::kCancelled, {}, TransferFailure::kNone, {}};
-      if (needsCopy(error)) return {Placed::Kind::kMustCopy, {}, TransferFailure::kNone, {}};
+      if (needsCopy(error)) return {Placed::Kind::kMustWait, {}, TransferFailure::kNone, {}};
       if (error != EEXIST) return failed(target, error, TransferFailure::kMediaFolder);
     }
     return failed(request_.path(), EEXIST, TransferFailure::kMediaFolder);
@@ -113,21 +115,42 @@ class Placing {
   const bool hasRights_;
 };
 
+/// Fails unless the bytes of the partial have this sum; then they are gone.
+Placed checkSum(Part& part, const std::string& sha256) {
+  if (const int error = part.file().flush(); error != 0) {
+    return Placing::failed(part.paths().bytes(), error, TransferFailure::kWriteFailed);
+  }
+  QFile bytes(QFile::decodeName(part.paths().bytes().c_str()));
+  QCryptographicHash hash(QCryptographicHash::Sha256);
+  if (!bytes.open(QIODevice::ReadOnly) || !hash.addData(&bytes)) {
+    return Placing::failed(part.paths().bytes(), EIO, TransferFailure::kWriteFailed);
+  }
+  const std::string sum = hash.result().toHex().toStdString();
+  if (sum == sha256) return {};
+  part.drop();
+  return {Placed::Kind::kFailed, {}, TransferFailure::kChecksum, "the SHA-256 sum is " + sum};
+}
+
 }  // namespace
 
-Placed placePart(Part& part, const DownloadRequest& request, const std::atomic<bool>& isCancelled,
-                 Copying copying) {
+Placed placePart(Part& part, const DownloadRequest& request, const std::string& sha256,
+                 const std::atomic<bool>& isCancelled, Waiting waiting) {
+  if (!sha256.empty()) {
+    if (waiting == Waiting::kForbidden) return {Placed::Kind::kMustWait, {}, {}, {}};
+    Placed checked = checkSum(part, sha256);
+    if (checked.failure != TransferFailure::kNone) return checked;
+  }
   if (const int error = part.finish(); error != 0) {
     return Placing::failed(part.paths().bytes(), error, TransferFailure::kWriteFailed);
   }
-  Placed placed = Placing(part.paths().bytes(), {}, request, isCancelled, copying).run();
+  Placed placed = Placing(part.paths().bytes(), {}, request, isCancelled, waiting).run();
   if (placed.kind == Placed::Kind::kDone) part.placed();
   return placed;
 }
 
 Placed placeFilmAgain(const fs::path& film, const DownloadRequest& request,
-                      const std::atomic<bool>& isCancelled, Copying copying) {
-  return Placing(film, rightsOf(film), request, isCancelled, copying).run();
+                      const std::atomic<bool>& isCancelled, Waiting waiting) {
+  return Placing(film, rightsOf(film), request, isCancelled, waiting).run();
 }
 
 bool takeBack(const fs::path& film, const fs::path& folder) {

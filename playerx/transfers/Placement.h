@@ -15,7 +15,7 @@ struct Placed {
   enum class Kind {
     kDone,       ///< the film is at `film`
     kCancelled,  ///< nothing has changed
-    kMustCopy,   ///< a copy is needed, which was not allowed
+    kMustWait,   ///< there is slow work to do, which was not allowed
     kFailed,     ///< `failure`, `detail`
   };
   Kind kind = Kind::kFailed;
@@ -24,18 +24,19 @@ struct Placed {
   std::string detail;
 };
 
-enum class Copying { kAllowed, kForbidden };
+/// Whether slow work may be done: reading the film for its checksum, copying it elsewhere.
+enum class Waiting { kAllowed, kForbidden };
 
 /// Moves a whole partial to the place that `request` names, or to a variant of the name when that
 /// is taken, and puts the rights data beside it. The film carries its mark before it moves:
-/// whenever the process dies, it is found again. `isCancelled` may be set by another thread. Blocks
-/// for as long as a copy takes, where that is allowed.
-Placed placePart(Part& part, const DownloadRequest& request, const std::atomic<bool>& isCancelled,
-                 Copying copying);
+/// whenever the process dies, it is found again. A film with another checksum than `sha256`
+/// (empty: any) is dropped, and fails with `kChecksum`. `isCancelled` may be set by another thread.
+Placed placePart(Part& part, const DownloadRequest& request, const std::string& sha256,
+                 const std::atomic<bool>& isCancelled, Waiting waiting);
 
 /// Does the same with a film that an earlier session has placed at `film`.
 Placed placeFilmAgain(const std::filesystem::path& film, const DownloadRequest& request,
-                      const std::atomic<bool>& isCancelled, Copying copying);
+                      const std::atomic<bool>& isCancelled, Waiting waiting);
 
 /// Moves a film that was placed at `film` back to `folder` as a partial, within one file system,
 /// when it carries its mark. Its rights data is deleted: the next authorisation brings it anew.

@@ -10,6 +10,7 @@
 
 #include "playerx/transfers/Address.h"
 #include "playerx/transfers/SessionLog.h"
+#include "playerx/transfers/TransferSettings.h"
 
 namespace playerx::transfers {
 
@@ -18,8 +19,8 @@ struct DownloadRequest {
   Address address;
   /// Addresses of such a film differ from one authorisation to the next.
   bool rightsManaged = false;
-  std::string username, password;
   std::vector<unsigned char> rights;  ///< empty for a film without
+  FilmOptions options;                ///< with a checksum in lower case
   std::string name;                   ///< below `movies`, clean
   std::filesystem::path movies;
   std::filesystem::path downloads;

@@ -18,7 +18,10 @@ double randomJitter() {
 }  // namespace
 
 Transfer::Transfer(std::shared_ptr<Session> session, TransferContext& context)
-    : session_(std::move(session)), context_(context), slot_(std::make_shared<Slot>()) {}
+    : session_(std::move(session)),
+      context_(context),
+      slot_(std::make_shared<Slot>()),
+      sha256_(session_->request.options.sha256) {}
 
 // Quick work waits for its turn only while slow work of earlier sessions is pending. The slot
 // outlives the transfer as long as the files thread needs it; only `then` needs the transfer
@@ -72,14 +75,14 @@ RangeRequest Transfer::nextRange() const {
   return planRequest(part().facts(), context_.tuning.overlap);
 }
 
-FetchSpec Transfer::nextSpec(const RangeRequest& range) const {
-  const DownloadRequest& request = session_->request;
-  return {.url = request.address.fetched,
-          .username = request.username,
-          .password = request.password,
+FetchSpec Transfer::specOf(const std::string& url, const RangeRequest& range) const {
+  const FilmOptions& options = session_->request.options;
+  const bool hasTimeout = options.timeout.count() > 0;
+  return {.url = url,
           .range = range,
           .trust = context_.trust(),
-          .connectTimeout = context_.tuning.connectTimeout,
+          .options = options,
+          .connectTimeout = hasTimeout ? options.timeout : context_.tuning.connectTimeout,
           .freshConnection = !isFirstRequest_};
 }
 
@@ -89,7 +92,7 @@ void Transfer::request() {
   const RangeRequest range = nextRange();
   attempt_ = std::make_unique<Attempt>(part(), range);
   FetchSink& sink = *this;
-  fetch_ = std::make_unique<Fetch>(nextSpec(range), sink);
+  fetch_ = std::make_unique<Fetch>(specOf(session_->request.address.fetched, range), sink);
   needsWhole_ = false;
   isFirstRequest_ = false;
   isTouched_ = false;
@@ -113,13 +116,15 @@ bool Transfer::onBody(const char* data, std::size_t length) {
 void Transfer::onOver(const FetchOutcome& outcome) { endAttempt(outcome.failure, outcome.detail); }
 
 void Transfer::work(Clock::time_point now) {
-  if (std::exchange(isTouched_, false)) lastTouch_ = now;
+  // A limit of the rate is no silence of the server's.
+  const bool isKeptBack = fetch_ && fetch_->isKeptBack();
+  if (std::exchange(isTouched_, false) || isKeptBack) lastTouch_ = now;
   if (phase_ == Phase::kRequesting) {
     if (!attempt_->flush()) return endAttempt(TransferFailure::kNone, {});
     reportProgress(now);
     if (isSaveDue(now) && !save()) return;
     syncNowAndThen();
-    if (now - lastTouch_ >= context_.tuning.stall) {
+    if (now - lastTouch_ >= stallTime()) {
       endAttempt(TransferFailure::kStalled, "no byte came");
     }
   } else if (phase_ == Phase::kPausing && now >= wakeAt_) {
@@ -130,8 +135,20 @@ void Transfer::work(Clock::time_point now) {
 std::optional<Transfer::Clock::time_point> Transfer::deadline() const {
   if (phase_ == Phase::kPausing) return wakeAt_;
   if (phase_ != Phase::kRequesting) return std::nullopt;
-  const Clock::time_point stalledAt = lastTouch_ + context_.tuning.stall;
+  const Clock::time_point stalledAt = lastTouch_ + stallTime();
   return isSaveDue(saveAt_) ? std::min(saveAt_, stalledAt) : stalledAt;
+}
+
+std::chrono::milliseconds Transfer::stallTime() const {
+  const std::chrono::seconds timeout = session_->request.options.timeout;
+  return timeout.count() > 0 ? timeout : context_.tuning.stall;
+}
+
+RetryRules Transfer::retryRules() const {
+  RetryRules rules = context_.tuning.retry;
+  const unsigned tries = session_->request.options.tries;
+  if (tries > 0) rules.retries = tries - 1;
+  return rules;
 }
 
 // Before it is saved, what has come is of no use to a later session.
@@ -220,9 +237,10 @@ void Transfer::askForWhole() {
 }
 
 void Transfer::pauseOrBreak(const AttemptEnd& end) {
-  const RetryRules& rules = context_.tuning.retry;
+  const RetryRules rules = retryRules();
   const std::optional<unsigned> number = retries_.failed(rules);
   if (!number) return breakOff(end.failure, end.detail);
+  if (part().file().size() > 0 && !save()) return;
   const double jitter = context_.tuning.jitter ? context_.tuning.jitter() : randomJitter();
   wakeAt_ = Clock::now() + pauseBeforeRetry(rules, *number, jitter, end.retryAfter);
   phase_ = Phase::kPausing;
@@ -234,27 +252,49 @@ void Transfer::place() {
   phase_ = Phase::kPlacing;
   session_->log.wentWell();
   session_->log.enter(TransferPhase::kPlacing);
+  const bool isSumWanted = session_->request.options.hasChecksumFile && sha256_.empty();
+  if (isSumWanted && slot_->opened.part) return askForChecksum();
   const bool tookLong = slot_->opened.part && part().isSaved();
-  place(tookLong ? Copying::kAllowed : Copying::kForbidden);
+  place(tookLong ? Waiting::kAllowed : Waiting::kForbidden);
 }
 
-void Transfer::place(Copying copying) {
-  const auto placing = [copying](Slot& slot, Session& session) {
+void Transfer::askForChecksum() {
+  const std::string address = checksumAddress(session_->request.address.fetched);
+  const auto then = [this](const auto& content, const auto& problem) {
+    takeChecksum(content, problem);
+  };
+  checksumRequest_ = std::make_unique<ChecksumRequest>(specOf(address, {}), context_.loop, then);
+}
+
+void Transfer::takeChecksum(const std::optional<std::string>& content, const std::string& problem) {
+  checksumRequest_.reset();
+  const std::filesystem::path film = session_->request.address.place;
+  const auto sum = content ? sumIn(*content, film.filename()) : std::nullopt;
+  if (!sum) {
+    return breakOff(TransferFailure::kNoChecksum,
+                    content ? "it names no sum of the film" : problem);
+  }
+  sha256_ = *sum;
+  place();
+}
+
+void Transfer::place(Waiting waiting) {
+  const auto placing = [waiting, sum = sha256_](Slot& slot, Session& session) {
     std::unique_ptr<Part>& part = slot.opened.part;
     slot.placed = part
-                      ? placePart(*part, session.request, session.stopped, copying)
-                      : placeFilmAgain(slot.opened.film, session.request, session.stopped, copying);
+                      ? placePart(*part, session.request, sum, session.stopped, waiting)
+                      : placeFilmAgain(slot.opened.film, session.request, session.stopped, waiting);
     // The next session of the same film must not find the partial claimed.
     const Placed::Kind kind = slot.placed.kind;
     if (kind == Placed::Kind::kDone || kind == Placed::Kind::kFailed) part.reset();
   };
-  perform(copying == Copying::kAllowed ? Cost::kSlow : Cost::kQuick, placing, &Transfer::onPlaced);
+  perform(waiting == Waiting::kAllowed ? Cost::kSlow : Cost::kQuick, placing, &Transfer::onPlaced);
 }
 
 void Transfer::onPlaced() {
   if (phase_ != Phase::kPlacing) return;
   const Placed& placed = slot_->placed;
-  if (placed.kind == Placed::Kind::kMustCopy) return place(Copying::kAllowed);
+  if (placed.kind == Placed::Kind::kMustWait) return place(Waiting::kAllowed);
   if (placed.kind == Placed::Kind::kFailed) return breakOff(placed.failure, placed.detail);
   if (placed.kind == Placed::Kind::kCancelled) return;
   phase_ = Phase::kOver;
@@ -281,6 +321,7 @@ void Transfer::release() {
   if (fetch_) context_.loop.remove(*fetch_);
   fetch_.reset();
   attempt_.reset();
+  checksumRequest_.reset();
   context_.files.post([slot = slot_] { slot->opened.part.reset(); });
 }
 

@@ -9,6 +9,7 @@
 
 #include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/Attempt.h"
+#include "playerx/transfers/Checksum.h"
 #include "playerx/transfers/Fetch.h"
 #include "playerx/transfers/FetchLoop.h"
 #include "playerx/transfers/PartFinder.h"
@@ -29,7 +30,7 @@ struct TransferContext {
   WorkQueue& files;
   FetchLoop& loop;
   std::function<void(std::function<void()>)> onEngine;  ///< runs work on the engine's thread
-  std::function<TrustedAuthorities()> trust;
+  std::function<TrustedAuthorities()> trust;            ///< as they are now
 };
 
 /// One session at work: opens its partial, asks for what is missing as often as it takes, has the
@@ -82,10 +83,12 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   void onPlaced();
   void request();
   RangeRequest nextRange() const;
-  FetchSpec nextSpec(const RangeRequest& range) const;
+  FetchSpec specOf(const std::string& url, const RangeRequest& range) const;
   void reportProgress(Clock::time_point now);
   void reportBegan();
   void reportWhole(std::uint64_t size);
+  std::chrono::milliseconds stallTime() const;
+  RetryRules retryRules() const;
   bool isSaveDue(Clock::time_point now) const;
   bool save();
   void syncNowAndThen();
@@ -95,8 +98,10 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   bool mayStartOver();
   void askForWhole();
   void pauseOrBreak(const AttemptEnd& end);
+  void askForChecksum();
+  void takeChecksum(const std::optional<std::string>& content, const std::string& problem);
   void place();
-  void place(Copying copying);
+  void place(Waiting waiting);
   void breakOff(TransferFailure failure, const std::string& detail);
   void release();
   Part& part() const { return *slot_->opened.part; }
@@ -109,6 +114,8 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
 
   std::unique_ptr<Fetch> fetch_;
   std::unique_ptr<Attempt> attempt_;
+  std::unique_ptr<ChecksumRequest> checksumRequest_;
+  std::string sha256_;  ///< that the film must have; empty: any, or not known yet
   PercentReporter percent_{std::nullopt};
   RetryCounter retries_{0};
   unsigned restarts_ = 0;

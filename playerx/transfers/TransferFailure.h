@@ -31,6 +31,8 @@ enum class TransferFailure : std::int32_t {
   kInternal = 21,           ///< no memory, or another failure on this side
   kNoSpaceForFilm = 22,     ///< the disk of finished files is full; what has arrived is kept
   kWebPage = 23,            ///< the server sends a web page where a film should be
+  kChecksum = 24,           ///< the whole file has another checksum than it should; it is deleted
+  kNoChecksum = 25,         ///< no checksum file is beside the file, or it names no sum for it
 };
 
 /// The failure that stands for an HTTP status, 100..599.

@@ -61,10 +61,10 @@ class PartialFixture : public ::testing::Test {
     ASSERT_EQ(storeState(stateFile(), state), 0);
   }
   Placed place(Part& part, const DownloadRequest& request) const {
-    return placePart(part, request, isCancelled_, Copying::kAllowed);
+    return placePart(part, request, "", isCancelled_, Waiting::kAllowed);
   }
   Placed placeAgain(const std::filesystem::path& film, const DownloadRequest& request) const {
-    return placeFilmAgain(film, request, isCancelled_, Copying::kAllowed);
+    return placeFilmAgain(film, request, isCancelled_, Waiting::kAllowed);
   }
   bool hasNoPartials() const { return std::filesystem::is_empty(folder_ / "parts"); }
   std::filesystem::path movie(const std::string& name) const { return folder_ / "movies" / name; }

@@ -67,8 +67,8 @@ TEST_F(PlacementTest, AFilmCrossesFileSystems) {
 TEST_F(PlacementTest, ACopyIsMadeOnlyWhereItIsAllowed) {
   ASSERT_TRUE(isAcross());
   const auto part = partOf(across(), kFilmSize);
-  EXPECT_EQ(placePart(*part, across(), isCancelled_, Copying::kForbidden).kind,
-            Placed::Kind::kMustCopy);
+  EXPECT_EQ(placePart(*part, across(), "", isCancelled_, Waiting::kForbidden).kind,
+            Placed::Kind::kMustWait);
   EXPECT_TRUE(fs::is_empty(shared_ / "movies"));
   EXPECT_EQ(place(*part, across()).kind, Placed::Kind::kDone);
 }

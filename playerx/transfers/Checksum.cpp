@@ -1,0 +1,100 @@
+#include "playerx/transfers/Checksum.h"
+
+#include <algorithm>
+#include <cctype>
+#include <set>
+#include <sstream>
+
+namespace playerx::transfers {
+namespace {
+
+constexpr std::size_t kDigits = 64;
+constexpr std::size_t kLongestFile = std::size_t{1} << 20;
+constexpr long kLongestTime = 60;  // seconds
+constexpr long kStatusOk = 200;
+
+bool isHexDigit(unsigned char character) { return std::isxdigit(character) != 0; }
+char lowered(unsigned char character) { return static_cast<char>(std::tolower(character)); }
+
+struct Entry {
+  std::string sum;
+  std::string name;  ///< of the file; empty when the line names none
+};
+
+std::string fileName(const std::string& path) { return path.substr(path.find_last_of('/') + 1); }
+
+/// "SHA256 (name) = sum"
+std::optional<Entry> taggedEntry(const std::string& line) {
+  const std::size_t open = line.find('(');
+  const std::size_t close = line.rfind(") = ");
+  if (!line.starts_with("SHA256") || open == std::string::npos || close == std::string::npos ||
+      close < open) {
+    return std::nullopt;
+  }
+  const auto sum = normalSum(line.substr(close + 4));
+  return sum ? std::optional(Entry{*sum, line.substr(open + 1, close - open - 1)}) : std::nullopt;
+}
+
+/// "sum  name", "sum *name" or "sum"
+std::optional<Entry> plainEntry(const std::string& line) {
+  const auto sum = normalSum(line.substr(0, line.find_first_of(" \t")));
+  if (!sum) return std::nullopt;
+  const std::size_t name = line.find_first_not_of(" \t*", kDigits);
+  return Entry{*sum, name == std::string::npos ? "" : line.substr(name)};
+}
+
+}  // namespace
+
+std::optional<std::string> normalSum(const std::string& text) {
+  if (text.size() != kDigits || !std::all_of(text.begin(), text.end(), isHexDigit)) {
+    return std::nullopt;
+  }
+  std::string sum = text;
+  std::transform(sum.begin(), sum.end(), sum.begin(), lowered);
+  return sum;
+}
+
+std::string checksumAddress(const std::string& film) {
+  const std::size_t end = std::min(film.find_first_of("?#"), film.size());
+  return film.substr(0, end) + ".sha256" + film.substr(end);
+}
+
+std::optional<std::string> sumIn(const std::string& content, const std::string& name) {
+  std::set<std::string> sums;
+  std::istringstream lines(content);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.ends_with('\r')) line.pop_back();
+    const auto tagged = taggedEntry(line);
+    const auto entry = tagged ? tagged : plainEntry(line);
+    if (!entry) continue;
+    if (fileName(entry->name) == name) return entry->sum;
+    sums.insert(entry->sum);
+  }
+  return sums.size() == 1 ? std::optional(*sums.begin()) : std::nullopt;
+}
+
+ChecksumRequest::ChecksumRequest(const FetchSpec& spec, FetchLoop& loop, Then then)
+    : loop_(loop), then_(std::move(then)) {
+  FetchSink& sink = *this;
+  fetch_ = std::make_unique<Fetch>(spec, sink);
+  curl_easy_setopt(fetch_->handle(), CURLOPT_TIMEOUT, kLongestTime);
+  loop_.add(*fetch_, sink);
+}
+
+ChecksumRequest::~ChecksumRequest() { loop_.remove(*fetch_); }
+
+bool ChecksumRequest::onBody(const char* data, std::size_t length) {
+  content_.append(data, length);
+  return content_.size() <= kLongestFile;
+}
+
+void ChecksumRequest::onOver(const FetchOutcome& outcome) {
+  const Then then = then_;
+  if (outcome.failure != TransferFailure::kNone) return then(std::nullopt, outcome.detail);
+  long status = 0;
+  curl_easy_getinfo(fetch_->handle(), CURLINFO_RESPONSE_CODE, &status);
+  if (status != kStatusOk) return then(std::nullopt, "HTTP " + std::to_string(status));
+  then(content_, "");
+}
+
+}  // namespace playerx::transfers
