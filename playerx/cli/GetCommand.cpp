@@ -69,7 +69,10 @@ std::optional<int> GetCommand::addInputs() {
 bool GetCommand::addOne(const std::string& input) {
   Request request = options_.request;
   request.inputs = {input};
-  const Reply reply = service_.handle(request);
+  Reply reply = service_.handle(request);
+  // What is true of every input is said once.
+  std::erase_if(reply.notes,
+                [this](const std::string& note) { return !notes_.insert(note).second; });
   present(reply, reporter_);
   return reply.refused.empty();
 }
@@ -100,7 +103,8 @@ void GetCommand::tell(const QueueEvent& event) {
 
 void GetCommand::tellQueue() {
   const model::QueueProgress progress = model::progressOf(service_.watch().queue());
-  if (progress != std::exchange(told_, progress)) reporter_.queueProgress(progress);
+  if (progress == std::exchange(told_, progress)) return;
+  tell({.kind = QueueEvent::Kind::kQueue, .queue = progress});
 }
 
 int GetCommand::park() {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <optional>
+#include <set>
+#include <string>
 
 #include "playerx/app/door/QueueServer.h"
 #include "playerx/app/model/Progress.h"
@@ -38,7 +40,8 @@ class GetCommand {
   Reporter& reporter_;
   WakeUp& wakeUp_;
   bool somethingFailed_ = false;
-  model::QueueProgress told_;  ///< of the whole queue
+  std::set<std::string> notes_;  ///< that have been told of inputs
+  model::QueueProgress told_;    ///< of the whole queue
   session::QueueService service_;
   door::QueueServer server_;
 };

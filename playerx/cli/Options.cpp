@@ -9,6 +9,8 @@
 #include "playerx/app/inputs/Input.h"
 #include "playerx/cli/Suggestion.h"
 #include "playerx/cli/TerminalText.h"
+#include "playerx/cli/TransferOptions.h"
+#include "playerx/transfers/Address.h"
 
 namespace playerx::cli {
 
@@ -73,6 +75,7 @@ void addInputs(CLI::App& command, Options& options) {
       "-o,--output", [&options](const std::string& text) { options.request.name = nameOf(text); },
       "File name of the film, for one address");
   command.add_flag("--again", options.request.again, "Fetch anew what is there already");
+  addTransferOptions(command, options.request);
 }
 
 void addGet(CLI::App& app, Options& options) {
@@ -134,6 +137,13 @@ void addEdits(CLI::App& app, Options& options) {
   });
 }
 
+void addLimit(CLI::App& app, Options& options) {
+  CLI::App* const limit = addRequest(app, options, "limit",
+                                     "Limit the rate of what is being downloaded", Action::kLimit);
+  addArgument(*limit, "rate", "Bytes per second (500K, 2M), or none",
+              [&options](const std::string& text) { options.request.rateLimit = rateOf(text); });
+}
+
 void addQueueCommands(CLI::App& app, Options& options) {
   CLI::App* const add =
       addRequest(app, options, "add", "Add films to the queue without starting", Action::kAdd);
@@ -148,6 +158,7 @@ void addQueueCommands(CLI::App& app, Options& options) {
   addPositionOrAll(
       *addRequest(app, options, "resume", "Let the queue or an item go on", Action::kResume),
       options);
+  addLimit(app, options);
   addRequest(app, options, "clear", "Take all completed items out of the queue", Action::kClear);
   addRequest(app, options, "clean", "Delete what is left of films that are not in the queue",
              Action::kClean)
@@ -213,7 +224,7 @@ std::string advice(const std::string& typed, const std::vector<std::string>& nam
 
 /// One plain sentence on the first word that could not be read.
 std::string complaintOfWord(const CLI::App& app, const std::string& typed) {
-  const std::string word = "\"" + printable(typed) + "\"";
+  const std::string word = "\"" + printable(splitCredentials(typed).address) + "\"";
   if (typed.starts_with("-")) {
     return "There is no option " + word +
            advice(typed, optionsOf(app), "`playerx-cli --help` names those that there are");
@@ -244,6 +255,9 @@ std::string contradictionIn(const Options& options) {
   const bool isOne = request.inputs.size() == 1 && options.inputFile.empty() &&
                      !inputs::isTicketPath(request.inputs.front());
   if (!request.name.empty() && !isOne) return "The option \"--output\" needs one address, no more.";
+  if (!request.options.sha256.empty() && !isOne) {
+    return "A checksum is that of one address; sha-256 alone takes those of the files beside.";
+  }
   const bool needsInput = options.command == Options::kRequest && request.action == Action::kAdd;
   if (needsInput && request.inputs.empty() && options.inputFile.empty()) {
     return "The argument \"input\" is missing; `playerx-cli add --help` shows the usage.";

@@ -9,6 +9,15 @@ namespace playerx::cli {
 using session::QueueEvent;
 using session::Reply;
 
+namespace {
+
+model::Progress progressOf(const model::ItemState& item, const ProgressOfItems& progress) {
+  const auto found = progress.find(item.id);
+  return found == progress.end() ? model::Progress{} : found->second;
+}
+
+}  // namespace
+
 void present(const QueueEvent& event, Reporter& reporter) {
   switch (event.kind) {
     case QueueEvent::Kind::kAdded:
@@ -23,6 +32,8 @@ void present(const QueueEvent& event, Reporter& reporter) {
       return;
     case QueueEvent::Kind::kNote:
       return reporter.note(event.sentence);
+    case QueueEvent::Kind::kQueue:
+      return reporter.queueProgress(event.queue);
   }
 }
 
@@ -34,14 +45,15 @@ int present(const Reply& reply, Reporter& reporter) {
   return static_cast<int>(reply.outcome);
 }
 
-void print(const std::vector<model::ItemState>& queue, const session::Places& places, bool isLong,
-           Reporter& reporter) {
+void print(const std::vector<model::ItemState>& queue, const ProgressOfItems& progress,
+           const session::Places& places, bool isLong, Reporter& reporter) {
   const reasons::ReasonFile reasons(places.data);
   int position = 0;
   for (const model::ItemState& item : queue) {
     const bool isComplete = item.status == DownloadStatusCompleted;
     reporter.listed({.position = ++position,
                      .item = item,
+                     .progress = progressOf(item, progress),
                      .reason = reasons.find(item),
                      .oddity = isComplete ? findOddity(item, places.media) : "",
                      .isLong = isLong});

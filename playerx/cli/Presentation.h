@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <vector>
 
 #include "playerx/app/session/Places.h"
@@ -9,6 +10,9 @@ namespace playerx::cli {
 
 class Reporter;
 
+/// Of the items that arrive, by id.
+using ProgressOfItems = std::map<unsigned int, model::Progress>;
+
 /// Tells the user of one thing that happened to the queue.
 void present(const session::QueueEvent& event, Reporter& reporter);
 
@@ -17,7 +21,7 @@ int present(const session::Reply& reply, Reporter& reporter);
 
 /// Prints a queue of these places: why its items failed, what is odd about its films, and with
 /// `isLong` their addresses.
-void print(const std::vector<model::ItemState>& queue, const session::Places& places, bool isLong,
-           Reporter& reporter);
+void print(const std::vector<model::ItemState>& queue, const ProgressOfItems& progress,
+           const session::Places& places, bool isLong, Reporter& reporter);
 
 }  // namespace playerx::cli

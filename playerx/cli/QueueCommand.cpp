@@ -134,7 +134,7 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
 int printReply(const Reply& reply, const Options& options, const PlayerSession& session,
                Reporter& reporter) {
   const bool isQueue = reply.notes.empty();
-  if (isQueue) print(reply.items, session.places(), options.isLong, reporter);
+  if (isQueue) print(reply.items, reply.progress, session.places(), options.isLong, reporter);
   return present(reply, reporter);
 }
 
@@ -148,7 +148,7 @@ int list(const Options& options, PlayerSession& session, Reporter& reporter) {
   const std::string problem = session.open(Access::kLook);
   if (!problem.empty()) return complainOf(problem, reporter, kExitFailed);
   noteMessages(session, reporter);
-  print(model::snapshotOf(session.manager()), session.places(), options.isLong, reporter);
+  print(model::snapshotOf(session.manager()), {}, session.places(), options.isLong, reporter);
   return kExitDone;
 }
 

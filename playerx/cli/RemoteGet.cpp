@@ -69,6 +69,7 @@ bool RemoteGet::takeAnswers() {
 
 void RemoteGet::take(const Reply& reply) {
   const bool isToWatch = ++replies_ == 1;
+  if (isToWatch) reporter_.queueProgress(model::progressOf(reply.items));
   if (isToWatch != (options_.command == Options::kGet)) beginToWait(reply);
 }
 
@@ -76,7 +77,9 @@ void RemoteGet::beginToWait(const Reply& reply) {
   present(reply, reporter_);
   somethingRefused_ = !reply.refused.empty();
   for (const model::ItemState& item : reply.items) {
-    if (!model::isUnfinished(item.status)) continue;
+    // One that has failed is still to be told of; others of the whole queue are not our own.
+    const bool isOwn = options_.command == Options::kGet || model::isUnfinished(item.status);
+    if (!isOwn) continue;
     own_.insert(item.id);
     left_[item.id] = item.url;
     // A film that was there before is not announced by the other process.
@@ -100,7 +103,7 @@ void RemoteGet::take(const QueueEvent& event) {
 
 bool RemoteGet::isOwn(const QueueEvent& event) const {
   return options_.command != Options::kGet || event.kind == Kind::kNote ||
-         own_.contains(event.item.id);
+         event.kind == Kind::kQueue || own_.contains(event.item.id);
 }
 
 void RemoteGet::show(const QueueEvent& event) {

@@ -55,6 +55,13 @@ std::string escapeBehindHost(const std::string& url) {
   return escaped;
 }
 
+std::string unescaped(const std::string& text) {
+  int length = 0;
+  const std::unique_ptr<char, CurlTextFree> plain(
+      curl_easy_unescape(nullptr, text.data(), static_cast<int>(text.size()), &length));
+  return plain ? std::string(plain.get(), static_cast<std::size_t>(length)) : text;
+}
+
 /// Null when libcurl does not take `url`; then its reason is in `*error`.
 ParsedUrl parse(const std::string& url, CURLUcode* error) {
   ParsedUrl parsed(curl_url());
@@ -95,6 +102,19 @@ std::optional<Address> parseAddress(const std::string& urlUtf8) {
   curl_url_set(url.get(), CURLUPART_QUERY, nullptr, 0);
   address.place = partOf(url.get(), CURLUPART_URL, CURLU_NO_DEFAULT_PORT);
   return address;
+}
+
+SplitAddress splitCredentials(const std::string& url) {
+  const std::size_t scheme = url.find("://");
+  if (scheme == std::string::npos) return {url};
+  const std::size_t begin = scheme + 3;
+  const std::size_t end = std::min(url.find_first_of("/?#", begin), url.size());
+  const std::size_t at = url.rfind('@', end);
+  if (at == std::string::npos || at < begin || at >= end) return {url};
+  const std::string named = url.substr(begin, at - begin);
+  const std::size_t colon = std::min(named.find(':'), named.size());
+  return {url.substr(0, begin) + url.substr(at + 1), unescaped(named.substr(0, colon)),
+          unescaped(named.substr(std::min(colon + 1, named.size())))};
 }
 
 AddressFault faultOf(const std::string& urlUtf8) {

@@ -20,6 +20,15 @@ struct Address {
 /// escaped. Returns nullopt for everything else, above all for text with control characters.
 std::optional<Address> parseAddress(const std::string& urlUtf8);
 
+/// An address without the user name and the password that it named, both without escapes.
+struct SplitAddress {
+  std::string address{};
+  std::string username{}, password{};
+};
+
+/// Takes user name and password out of an address, whatever else may be wrong with it.
+SplitAddress splitCredentials(const std::string& url);
+
 /// What is wrong with a text that was meant as an address.
 enum class AddressFault {
   kNone,

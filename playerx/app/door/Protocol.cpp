@@ -3,6 +3,9 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "playerx/app/model/JsonMembers.h"
+#include "playerx/app/session/FilmOptionsJson.h"
+
 namespace playerx::session {
 
 using Json = nlohmann::ordered_json;
@@ -16,7 +19,8 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Request::Action, {{Request::Action::kList, "list"},
                                                {Request::Action::kPause, "pause"},
                                                {Request::Action::kResume, "resume"},
                                                {Request::Action::kClear, "clear"},
-                                               {Request::Action::kClean, "clean"}})
+                                               {Request::Action::kClean, "clean"},
+                                               {Request::Action::kLimit, "limit"}})
 
 NLOHMANN_JSON_SERIALIZE_ENUM(Request::Direction, {{Request::Direction::kUp, "up"},
                                                   {Request::Direction::kDown, "down"},
@@ -32,14 +36,17 @@ NLOHMANN_JSON_SERIALIZE_ENUM(QueueEvent::Kind, {{QueueEvent::Kind::kAdded, "adde
                                                 {QueueEvent::Kind::kFinished, "finished"},
                                                 {QueueEvent::Kind::kFailed, "failed"},
                                                 {QueueEvent::Kind::kRemoved, "removed"},
-                                                {QueueEvent::Kind::kNote, "note"}})
+                                                {QueueEvent::Kind::kNote, "note"},
+                                                {QueueEvent::Kind::kQueue, "queue"}})
 
 }  // namespace playerx::session
 
 namespace playerx::door {
 
 using model::ItemState;
+using Members = model::JsonMembers;
 using model::Progress;
+using model::QueueProgress;
 using reasons::Explanation;
 using session::QueueEvent;
 using session::Refusal;
@@ -59,72 +66,6 @@ Json objectOf(const QByteArray& line) {
   Json value = Json::parse(line.begin(), line.end(), nullptr, false);
   return value.is_object() ? value : Json();
 }
-
-/// Reads members of an object, and notes when one has another type.
-class Members {
- public:
-  explicit Members(const Json& object) : object_(object), isGood_(object.is_object()) {}
-
-  bool isGood() const { return isGood_; }
-  bool has(const char* name) const { return object_.is_object() && object_.contains(name); }
-
-  void take(const char* name, std::string& text) {
-    if (const Json* const value = find(name, &Json::is_string)) text = value->get<std::string>();
-  }
-
-  void take(const char* name, bool& flag) {
-    if (const Json* const value = find(name, &Json::is_boolean)) flag = value->get<bool>();
-  }
-
-  template <class Number>
-  requires std::is_integral_v<Number>
-  void take(const char* name, Number& number) {
-    const Json* const value = find(name, &Json::is_number_integer);
-    if (value == nullptr) return;
-    const bool fits = value->is_number_unsigned()
-                          ? std::in_range<Number>(value->get<std::uint64_t>())
-                          : std::in_range<Number>(value->get<std::int64_t>());
-    if (fits) number = value->get<Number>();
-    isGood_ = isGood_ && fits;
-  }
-
-  /// A value that is written as one of several words.
-  template <class Enum>
-  requires std::is_enum_v<Enum>
-  void take(const char* name, Enum& value) {
-    const Json* const word = find(name, &Json::is_string);
-    if (word == nullptr) return;
-    value = word->get<Enum>();
-    // An unknown word is read as the first value.
-    isGood_ = isGood_ && Json(value) == *word;
-  }
-
-  template <class Element, class Read>
-  void takeEach(const char* name, std::vector<Element>& elements, Read read) {
-    const Json* const array = find(name, &Json::is_array);
-    if (array == nullptr) return;
-    for (const Json& each : *array) {
-      const std::optional<Element> element = read(each);
-      if (element) elements.push_back(*element);
-      isGood_ = isGood_ && element.has_value();
-    }
-  }
-
-  const Json& at(const char* name) const { return object_.at(name); }
-  void fail() { isGood_ = false; }
-
- private:
-  const Json* find(const char* name, bool (Json::*isRight)() const noexcept) {
-    if (!has(name)) return nullptr;
-    const Json& value = object_.at(name);
-    if ((value.*isRight)()) return &value;
-    isGood_ = false;
-    return nullptr;
-  }
-
-  const Json& object_;
-  bool isGood_;
-};
 
 Json jsonOf(const ItemState& item) {
   return {
@@ -180,6 +121,25 @@ std::optional<Progress> progressOf(const Json& object) {
   return members.isGood() ? std::optional(progress) : std::nullopt;
 }
 
+Json jsonOf(const QueueProgress& queue) {
+  return {{"items", queue.items},
+          {"completed", queue.completed},
+          {"arrived", queue.arrived},
+          {"total", queue.total},
+          {"unknownSizes", queue.unknownSizes}};
+}
+
+std::optional<QueueProgress> queueProgressOf(const Json& object) {
+  Members members(object);
+  QueueProgress queue;
+  members.take("items", queue.items);
+  members.take("completed", queue.completed);
+  members.take("arrived", queue.arrived);
+  members.take("total", queue.total);
+  members.take("unknownSizes", queue.unknownSizes);
+  return members.isGood() ? std::optional(queue) : std::nullopt;
+}
+
 Json jsonOf(const Explanation& reason) {
   return {{"number", static_cast<std::int32_t>(reason.reason)},
           {"code", reason.code()},
@@ -219,7 +179,13 @@ std::optional<Reply> replyOf(Members members) {
   members.take("reply", reply.outcome);
   members.takeEach("notes", reply.notes, textOf);
   members.takeEach("refused", reply.refused, refusalOf);
-  members.takeEach("items", reply.items, itemOf);
+  members.takeEach("items", reply.items, [&reply](const Json& object) {
+    const std::optional<ItemState> item = itemOf(object);
+    if (!item || !object.contains("progress")) return item;
+    const auto progress = progressOf(object.at("progress"));
+    if (progress) reply.progress[item->id] = *progress;
+    return progress ? item : std::nullopt;
+  });
   return members.isGood() ? std::optional(reply) : std::nullopt;
 }
 
@@ -230,6 +196,10 @@ std::optional<QueueEvent> eventOf(Members members) {
   if (members.has("item")) {
     const auto item = itemOf(members.at("item"));
     item ? void(event.item = *item) : members.fail();
+  }
+  if (members.has("queue")) {
+    const auto queue = queueProgressOf(members.at("queue"));
+    queue ? void(event.queue = *queue) : members.fail();
   }
   if (members.has("progress")) {
     const auto progress = progressOf(members.at("progress"));
@@ -264,6 +234,8 @@ QByteArray write(const Request& request) {
   if (request.action == Request::Action::kMove) object["direction"] = request.direction;
   if (request.withFilm) object["withFilm"] = true;
   if (request.dryRun) object["dryRun"] = true;
+  if (request.options != FilmOptions{}) object["options"] = session::jsonOf(request.options);
+  if (request.rateLimit) object["rateLimit"] = *request.rateLimit;
   return lineOf(object);
 }
 
@@ -273,13 +245,20 @@ QByteArray write(const Reply& reply) {
   for (const Refusal& refusal : reply.refused) {
     object["refused"].push_back({{"input", refusal.input}, {"reason", jsonOf(refusal.reason)}});
   }
-  for (const ItemState& item : reply.items) object["items"].push_back(jsonOf(item));
+  for (const ItemState& item : reply.items) {
+    Json& element = object["items"].emplace_back(jsonOf(item));
+    const auto progress = reply.progress.find(item.id);
+    if (progress != reply.progress.end()) element["progress"] = jsonOf(progress->second);
+  }
   return lineOf(object);
 }
 
 QByteArray write(const QueueEvent& event) {
   Json object{{"event", event.kind}};
-  if (event.kind != QueueEvent::Kind::kNote) object["item"] = jsonOf(event.item);
+  const bool isOfItem =
+      event.kind != QueueEvent::Kind::kNote && event.kind != QueueEvent::Kind::kQueue;
+  if (isOfItem) object["item"] = jsonOf(event.item);
+  if (event.kind == QueueEvent::Kind::kQueue) object["queue"] = jsonOf(event.queue);
   if (event.kind == QueueEvent::Kind::kChanged) object["progress"] = jsonOf(event.progress);
   if (!event.sentence.empty()) object["sentence"] = event.sentence;
   if (event.kind == QueueEvent::Kind::kFailed) object["reason"] = jsonOf(event.reason);
@@ -313,6 +292,11 @@ std::optional<Request> readRequest(const QByteArray& line) {
   members.take("direction", request.direction);
   members.take("withFilm", request.withFilm);
   members.take("dryRun", request.dryRun);
+  if (members.has("options")) {
+    const auto options = session::filmOptionsOf(members.at("options"));
+    options ? void(request.options = *options) : members.fail();
+  }
+  if (members.has("rateLimit")) members.take("rateLimit", request.rateLimit.emplace());
   return members.isGood() && members.has("action") ? std::optional(request) : std::nullopt;
 }
 

@@ -55,6 +55,7 @@ std::string PlayerSession::openForChange(Access access) {
   if (problem.empty()) problem = loadManager();
   if (!problem.empty()) return problem;
   manager().setViewInterface(&view_);
+  filmOptions_ = std::make_unique<FilmOptionsFile>(places_.data);
   for (const std::string& file : saved_->filesSetAside()) {
     messages_.tellUser("The queue could not be read; it was set aside as " + file + ".");
   }
@@ -79,9 +80,13 @@ std::string PlayerSession::openCopy() {
 }
 
 void PlayerSession::start() {
-  const auto settings = KPIM::load<TransferSettings>(&plugins_, DIN_TransferSettings);
+  settings_ = KPIM::load<TransferSettings>(&plugins_, DIN_TransferSettings);
   const std::string trusted = trustedAuthorities().file;
-  if (settings && !trusted.empty()) settings->get()->setTrustFile(trusted);
+  if (settings_ && !trusted.empty()) settings_->get()->setTrustFile(trusted);
+  pruneFilmOptions();
+  for (const auto& [address, options] : filmOptions_->all()) {
+    if (settings_) settings_->get()->setFilmOptions(address, options);
+  }
   takeFilmsBack();
   transfers_ = KPIM::load<TransferReports>(&plugins_, DIN_TransferReports);
   ThreadGate::open();
@@ -97,6 +102,20 @@ void PlayerSession::takeFilmsBack() {
     const bool isKnown = item.status == DownloadStatusCompleted;
     if (!isKnown && !item.path.empty()) recovery->get()->takeBack(item.path, folder);
   }
+}
+
+void PlayerSession::addFilmOptions(const std::string& address, const FilmOptions& options) {
+  const FilmOptions all = filmOptions_->add(address, options);
+  if (settings_) settings_->get()->setFilmOptions(address, all);
+}
+
+void PlayerSession::pruneFilmOptions() {
+  const bool isToPrune = filmOptions_ && !filmOptions_->all().empty();
+  if (isToPrune) filmOptions_->prune(model::snapshotOf(manager()));
+}
+
+void PlayerSession::setRateLimit(std::uint64_t bytesPerSecond) {
+  if (settings_) settings_->get()->setRateLimit(bytesPerSecond);
 }
 
 std::optional<TransferReport> PlayerSession::findTransfer(const std::string& address) const {
@@ -117,8 +136,10 @@ std::string PlayerSession::loadManager() {
 }
 
 void PlayerSession::close() {
+  if (manager_) pruneFilmOptions();
   if (manager_) manager().setViewInterface(nullptr);
   transfers_.reset();
+  settings_.reset();
   manager_.reset();
   plugins_.shutdown();
   ThreadGate::open();

@@ -9,12 +9,14 @@
 #include "KPIM/Helper.h"
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "playerx/app/session/DataFolderLock.h"
+#include "playerx/app/session/FilmOptionsFile.h"
 #include "playerx/app/session/Messages.h"
 #include "playerx/app/session/Places.h"
 #include "playerx/app/session/QueueView.h"
 #include "playerx/app/session/SavedQueue.h"
 #include "playerx/framework/PluginContext.h"
 #include "playerx/transfers/TransferReports.h"
+#include "playerx/transfers/TransferSettings.h"
 
 namespace playerx::session {
 
@@ -83,6 +85,16 @@ class PlayerSession {
   PluginContext& plugins() { return plugins_; }
   const Places& places() const { return places_; }
 
+  /// Adds to how the film of this address is fetched, now and in later runs.
+  void addFilmOptions(const std::string& address, const FilmOptions& options);
+
+  /// Forgets how films are fetched that are complete or have left the queue.
+  void pruneFilmOptions();
+
+  /// Bytes per second that all transfers together receive, until the session ends; 0: no limit.
+  /// After `start` only.
+  void setRateLimit(std::uint64_t bytesPerSecond);
+
   /// Whether a queue that could not be read lies in the data folder.
   bool hasQueueSetAside() const { return saved_->hasFileSetAside(); }
 
@@ -115,6 +127,8 @@ class PlayerSession {
   const std::string searchedFolders_;  ///< for plug-ins, in words
   std::unique_ptr<KPIM::Helper<VeskPlayerX::DownloadManagerInterface>> manager_;
   std::unique_ptr<KPIM::Helper<TransferReports>> transfers_;
+  std::unique_ptr<KPIM::Helper<TransferSettings>> settings_;
+  std::unique_ptr<FilmOptionsFile> filmOptions_;  ///< with access to change
   bool isTaken_ = false;
   bool isStarted_ = false;
 };

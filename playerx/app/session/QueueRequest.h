@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -7,6 +9,7 @@
 #include "playerx/app/model/ItemState.h"
 #include "playerx/app/model/Progress.h"
 #include "playerx/app/reasons/Reason.h"
+#include "playerx/transfers/TransferSettings.h"
 
 namespace playerx::session {
 
@@ -22,7 +25,8 @@ struct Request {
     kPause,
     kResume,
     kClear,
-    kClean
+    kClean,
+    kLimit
   };
   enum class Direction { kUp, kDown, kTop, kBottom };
 
@@ -38,10 +42,14 @@ struct Request {
   bool starts = true;                 ///< a paused queue goes on
   bool again = false;                 ///< what is there already is fetched anew
   bool plays = false;                 ///< played as soon as enough of it is there
+  FilmOptions options{};              ///< how the films are fetched
 
   Direction direction = Direction::kUp;  ///< of a move
   bool dryRun = false;                   ///< what would be cleaned is named and kept
   bool withFilm = false;                 ///< what is removed goes with its finished film
+
+  /// Bytes per second for all films from now on, in addition to the action; 0: no limit.
+  std::optional<std::uint64_t> rateLimit{};
 
   bool operator==(const Request&) const = default;
 };
@@ -62,19 +70,22 @@ struct Reply {
   std::vector<std::string> notes{};       ///< sentences for people
   std::vector<Refusal> refused{};         ///< inputs
   std::vector<model::ItemState> items{};  ///< the queue, or the items that adding leaves to fetch
+  std::map<unsigned int, model::Progress> progress{};  ///< of those that arrive, by id
 
   bool operator==(const Reply&) const = default;
 };
 
 /// One thing that happened to the queue.
 struct QueueEvent {
-  enum class Kind { kAdded, kChanged, kFinished, kFailed, kRemoved, kNote };
+  enum class Kind { kAdded, kChanged, kFinished, kFailed, kRemoved, kNote, kQueue };
 
   Kind kind = Kind::kNote;
-  model::ItemState item{};        ///< as it is now; of a removed one as it was; empty for a note
+  model::ItemState
+      item{};  ///< as it is now; of a removed one as it was; empty for a note and the queue
   model::Progress progress{};     ///< of a change
   std::string sentence{};         ///< the note; what is odd about a finished film, mostly empty
   reasons::Explanation reason{};  ///< of a failure
+  model::QueueProgress queue{};   ///< of the whole queue, when it has changed
 
   bool operator==(const QueueEvent&) const = default;
 };

@@ -2,13 +2,10 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <set>
 #include <utility>
 
 #include "KPX/OSUtilities.h"
 #include "VeskPlayerX/DownloadManagerInterface.h"
-#include "kvpm/StringTools.h"
-#include "playerx/app/inputs/Input.h"
 #include "playerx/app/model/TextFormat.h"
 #include "playerx/app/session/KnownFilm.h"
 
@@ -68,14 +65,17 @@ Reply refuseUnknown(const Request& request, std::size_t length) {
 
 QueueService::QueueService(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
                            QueueWatch::Listener listener)
-    : session_(session), watch_(session, std::move(wake), std::move(probe), std::move(listener)) {
+    : session_(session),
+      watch_(session, std::move(wake), std::move(probe), std::move(listener)),
+      adder_(session, watch_, [this](unsigned int id) { letGoOn(id); }) {
   for (const ItemState& item : watch_.queue()) {
     if (item.status == DownloadStatusStopped) held_.insert(item.id);
   }
 }
 
 Reply QueueService::handle(const Request& request) {
-  if (request.action == Action::kAdd) return add(request);
+  if (request.rateLimit) session_.setRateLimit(*request.rateLimit);
+  if (request.action == Action::kAdd) return adder_.add(request);
   watch_.update();
   if (!request.id && request.position == 0) return editAll(request);
   const std::vector<ItemState>& queue = watch_.queue();
@@ -94,6 +94,7 @@ void QueueService::update() {
 
 void QueueService::deleteLeftovers() {
   mayHaveLeftovers_ = false;
+  session_.pruneFilmOptions();
   if (session_.hasQueueSetAside()) return;
   for (const Leftover& leftover : leftovers()) {
     if (!deleteLeftover(partialFolder(), leftover)) mayHaveLeftovers_ = true;
@@ -121,90 +122,8 @@ Reply QueueService::clean(bool dryRun) {
 Reply QueueService::list() {
   Reply reply;
   reply.items = watch_.queue();
+  reply.progress = watch_.progress();
   return reply;
-}
-
-Reply QueueService::add(const Request& request) {
-  const bool staysPaused = !request.starts && session_.manager().isPaused();
-  Reply reply;
-  for (const std::string& input : request.inputs) addInput(input, request, reply);
-  if (staysPaused) session_.manager().pause();
-  if (request.starts && session_.manager().isPaused()) session_.manager().resume();
-  if (request.inputs.empty()) {
-    watch_.update();
-    reply.items = watch_.queue();
-  }
-  std::erase_if(reply.items,
-                [](const ItemState& item) { return !model::isUnfinished(item.status); });
-  for (const ItemState& item : reply.items) {
-    if (request.plays) watch_.playWhenReady(item.id);
-  }
-  if (!reply.refused.empty()) reply.outcome = Outcome::kWrongUse;
-  return reply;
-}
-
-void QueueService::addInput(const std::string& input, const Request& request, Reply& reply) {
-  if (goOnWith(input, request, reply)) return;
-  addAnew(input, request, reply);
-}
-
-/// Whether the film of an address is in the queue, so that it need not be added.
-bool QueueService::goOnWith(const std::string& input, const Request& request, Reply& reply) {
-  if (!findKnownFilm(watch_.queue(), input)) return false;
-  watch_.update();
-  const std::optional<ItemState> known = findKnownFilm(watch_.queue(), input);
-  if (!known) return false;
-  switch (known->status) {
-    case DownloadStatusCompleted: {
-      const std::string film = findFilm(*known, session_.places().media);
-      if (film.empty() || request.again) {
-        session_.manager().remove(known->id);
-        return false;
-      }
-      reply.notes.push_back(input + " is already there: " + film);
-      if (request.plays) watch_.playWhenReady(known->id);
-      return true;
-    }
-    case DownloadStatusFailed:
-      session_.manager().retry(known->id);
-      reply.notes.push_back(input + " had failed; trying it again.");
-      break;
-    case DownloadStatusStopped:
-      letGoOn(known->id);
-      [[fallthrough]];
-    default:
-      reply.notes.push_back(input + " is in the queue already; going on with it.");
-  }
-  watch_.update();
-  if (const auto now = findKnownFilm(watch_.queue(), input)) reply.items.push_back(*now);
-  return true;
-}
-
-void QueueService::addAnew(const std::string& input, const Request& request, Reply& reply) {
-  using inputs::AddResult;
-  const AddResult result =
-      inputs::addInput(input, session_.manager(), {}, [this] { return session_.takeMessages(); });
-  if (result.refusal) reply.refused.push_back({input, *result.refusal});
-  const std::vector<unsigned int> added = watch_.update();
-  auto next = added.begin();
-  for (const ItemState& item : watch_.queue()) {
-    if (next == added.end()) break;
-    if (item.id != *next) continue;
-    ++next;
-    if (!request.name.empty()) nameFilm(item.id, request.name);
-    reply.items.push_back(item);
-  }
-}
-
-/// The manager fetches a film to the name that its item has; one without, to that of its address.
-void QueueService::nameFilm(unsigned int id, const std::string& name) {
-  const std::string path = session_.places().media + "/" + name;
-  VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
-  // The manager may have begun already, with a copy of the item.
-  const bool isPaused = manager.isPaused();
-  if (!isPaused) manager.pause();
-  manager.updatePath(id, kvpm::StringTools::stringToWString(path));
-  if (!isPaused) manager.resume();
 }
 
 Reply QueueService::editAll(const Request& request) {
@@ -224,6 +143,8 @@ Reply QueueService::editAll(const Request& request) {
       break;
     case Action::kClean:
       return clean(request.dryRun);
+    case Action::kLimit:
+      return limited(request);
     case Action::kRemove:
     case Action::kMove:
       return refuseUnknown(request, watch_.queue().size());
@@ -232,6 +153,16 @@ Reply QueueService::editAll(const Request& request) {
   }
   update();
   return done();
+}
+
+/// The limit itself is set with every request that has one.
+Reply QueueService::limited(const Request& request) const {
+  if (!session_.isStarted()) {
+    return failed("Nothing is being downloaded; `get --limit-rate` limits what it downloads.");
+  }
+  if (!request.rateLimit) return failed("The request names no limit.");
+  if (*request.rateLimit == 0) return done("There is no limit of the rate any more.");
+  return done("At most " + model::formatBytes(*request.rateLimit) + " per second from now on.");
 }
 
 Reply QueueService::editItem(const Request& request, const ItemState& item) {
@@ -266,6 +197,7 @@ Reply QueueService::retry(const ItemState& item) {
                   std::string(model::statusWord(item.status)) + ".");
   }
   session_.manager().retry(item.id);
+  watch_.expectOutcome(item.id);
   return done(session_.isStarted() ? "Queued again." : "Queued again; `get` downloads it.");
 }
 
@@ -273,8 +205,10 @@ Reply QueueService::retryAll() {
   std::vector<ItemState> queue = watch_.queue();
   std::erase_if(queue, [](const ItemState& item) { return item.status != DownloadStatusFailed; });
   // Each goes to the top: the last one first keeps their order.
-  std::for_each(queue.rbegin(), queue.rend(),
-                [this](const ItemState& item) { session_.manager().retry(item.id); });
+  std::for_each(queue.rbegin(), queue.rend(), [this](const ItemState& item) {
+    session_.manager().retry(item.id);
+    watch_.expectOutcome(item.id);
+  });
   watch_.update();
   return done("Queued again: " + std::to_string(queue.size()) + ".");
 }

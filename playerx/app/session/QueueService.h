@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "playerx/app/session/FilmAdder.h"
 #include "playerx/app/session/Leftovers.h"
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/app/session/QueueRequest.h"
@@ -43,11 +44,6 @@ class QueueService {
 
  private:
   Reply list();
-  Reply add(const Request& request);
-  void addInput(const std::string& input, const Request& request, Reply& reply);
-  bool goOnWith(const std::string& input, const Request& request, Reply& reply);
-  void addAnew(const std::string& input, const Request& request, Reply& reply);
-  void nameFilm(unsigned int id, const std::string& name);
   Reply editAll(const Request& request);
   Reply editItem(const Request& request, const model::ItemState& item);
   Reply remove(const model::ItemState& item, bool withFilm);
@@ -60,12 +56,14 @@ class QueueService {
   void holdAgain();
   Reply resumeAll();
   Reply clean(bool dryRun);
+  Reply limited(const Request& request) const;
   std::vector<Leftover> leftovers() const;
   bool isTransferred(const model::ItemState& item) const;
   void whileStopped(const model::ItemState& item, const std::function<void()>& change);
 
   PlayerSession& session_;
   QueueWatch watch_;
+  FilmAdder adder_;
   std::set<unsigned int> held_;  ///< items that wait until they are resumed
   bool mayHaveLeftovers_ = false;
 };

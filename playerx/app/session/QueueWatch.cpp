@@ -52,6 +52,22 @@ bool QueueWatch::isIdle() const {
   return !isWorkLeft && !explainer_.isBusy();
 }
 
+void QueueWatch::expectOutcome(unsigned int id) {
+  for (ItemState& item : queue_) {
+    if (item.id == id) item.status = DownloadStatusQueued;
+  }
+}
+
+std::map<unsigned int, model::Progress> QueueWatch::progress() const {
+  std::map<unsigned int, model::Progress> progress;
+  for (const ItemState& item : queue_) {
+    const auto meter = meters_.find(item.id);
+    const bool arrives = item.status == DownloadStatusDownloading && meter != meters_.end();
+    if (arrives) progress[item.id] = meter->second.progress();
+  }
+  return progress;
+}
+
 void QueueWatch::playWhenReady(unsigned int id) {
   toPlay_.insert(id);
   const auto found = std::find_if(queue().begin(), queue().end(),

@@ -35,6 +35,12 @@ class QueueWatch {
   /// Tells the present progress of what arrives. To be called from time to time.
   void measure();
 
+  /// Has the next failure of an item told that had failed already, and was given another try.
+  void expectOutcome(unsigned int id);
+
+  /// Progress of the items that arrive, as it was told last, by id.
+  std::map<unsigned int, model::Progress> progress() const;
+
   /// The queue as `update` has last seen it.
   const std::vector<model::ItemState>& queue() const { return tracker_.queue(); }
 

@@ -103,7 +103,7 @@ TEST(OptionsTest, OnePlainSentenceNamesWhatIsAllowed) {
        "\"0\" is no position; give a whole number from 1 on, as `list` prints it."},
       {{"nonsense"},
        "There is no command \"nonsense\"; the commands are get, add, list, watch, remove, retry, "
-       "move, pause, resume, clear, clean and explain."},
+       "move, pause, resume, limit, clear, clean and explain."},
       {{},
        "A command is missing; the commands are get, add, list, watch, remove, retry, move, pause, "
        "resume, clear, clean and explain."},
@@ -151,6 +151,44 @@ TEST(OptionsTest, HelpExitsWithZero) {
   const Parsed parsed = parse({"--help"});
   EXPECT_FALSE(parsed.options);
   EXPECT_EQ(parsed.status, kExitDone);
+}
+
+TEST(OptionsTest, RatesAreGivenAsCurlTakesThem) {
+  const auto rate = [](const char* text) {
+    return *parse({"get", "--limit-rate", text}).options->request.rateLimit;
+  };
+  EXPECT_EQ(rate("500"), 500u);
+  EXPECT_EQ(rate("500k"), 500u * 1024);
+  EXPECT_EQ(rate("1.5M"), 1536u * 1024);
+  EXPECT_EQ(rate("none"), 0u);
+  EXPECT_FALSE(parse({"get"}).options->request.rateLimit);
+  for (const char* text : {"", "K", "-1", "1T", "1e99", "nan", "5 K"}) {
+    EXPECT_EQ(parse({"limit", text}).status, kExitUsage) << text;
+  }
+}
+
+TEST(OptionsTest, SeveralHeadersAreSent) {
+  const auto options =
+      parse({"add", "--header", "A: b", "--header", "C: d, e", "http://h/a.avi"}).options;
+  ASSERT_TRUE(options);
+  EXPECT_EQ(options->request.options.headers, (std::vector<std::string>{"A: b", "C: d, e"}));
+  EXPECT_EQ(options->request.inputs, std::vector<std::string>{"http://h/a.avi"});
+}
+
+TEST(OptionsTest, AChecksumIsGivenOrLookedFor) {
+  const std::string sum = "SHA-256=" + std::string(64, 'a');
+  EXPECT_EQ(
+      parse({"get", "--checksum", sum.c_str(), "http://h/a.avi"}).options->request.options.sha256,
+      std::string(64, 'a'));
+  EXPECT_TRUE(parse({"get", "--checksum", "sha-256"}).options->request.options.hasChecksumFile);
+}
+
+TEST(OptionsTest, TriesAndTimeLimitAreNumbers) {
+  const FilmOptions options =
+      parse({"get", "--tries", "3", "--timeout", "0.5"}).options->request.options;
+  EXPECT_EQ(options.tries, 3u);
+  EXPECT_EQ(options.timeout, std::chrono::seconds(1));
+  EXPECT_GT(parse({"get", "--tries", "inf"}).options->request.options.tries, 1'000'000u);
 }
 
 }  // namespace

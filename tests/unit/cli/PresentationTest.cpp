@@ -19,7 +19,7 @@ class PresentationTest : public testing::Test {
   int tell(const Reply& reply) { return present(reply, *reporter_); }
 
   void printQueue(const std::vector<model::ItemState>& queue) {
-    print(queue, {folder_.path(), folder_.path()}, false, *reporter_);
+    print(queue, {}, {folder_.path(), folder_.path()}, false, *reporter_);
   }
 
   static model::ItemState film(DownloadStatusEnumType status) {

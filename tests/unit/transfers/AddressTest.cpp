@@ -76,5 +76,31 @@ INSTANTIATE_TEST_SUITE_P(All, NoAddressTest,
                                            "http://h h/f", "http://h:99999/f",
                                            "javascript:alert(1)", "gopher://h/f", "http://[::1/f"));
 
+TEST(SplitCredentialsTest, UserAndPasswordAreTakenOutWithoutEscapes) {
+  const SplitAddress split = splitCredentials("http://anna:p%40ss:w@host:81/a.avi?x=1@2");
+  EXPECT_EQ(split.address, "http://host:81/a.avi?x=1@2");
+  EXPECT_EQ(split.username, "anna");
+  EXPECT_EQ(split.password, "p@ss:w");
+}
+
+TEST(SplitCredentialsTest, OneOfTheTwoMayBeMissing) {
+  EXPECT_EQ(splitCredentials("http://anna@host/").username, "anna");
+  EXPECT_EQ(splitCredentials("http://anna@host/").password, "");
+  EXPECT_EQ(splitCredentials("http://:word@host/").password, "word");
+}
+
+TEST(SplitCredentialsTest, AnAddressWithoutThemStaysAsItIs) {
+  for (const char* url :
+       {"http://host/a@b.avi", "host", "", "a@b", "http://host?a@b", "/a:b@c.tix"}) {
+    EXPECT_EQ(splitCredentials(url).address, url);
+    EXPECT_EQ(splitCredentials(url).username, "");
+  }
+}
+
+TEST(SplitCredentialsTest, ABadAddressLosesThemToo) {
+  EXPECT_EQ(splitCredentials("ftp://a:b@host:99999/x").address, "ftp://host:99999/x");
+  EXPECT_EQ(splitCredentials("http://a:b@").address, "http://");
+}
+
 }  // namespace
 }  // namespace playerx::transfers

@@ -49,9 +49,20 @@ TEST(ProtocolTest, ARequestComesBackAsItWent) {
                         .starts = false,
                         .again = true,
                         .plays = true,
+                        .options = {.username = "u",
+                                    .password = "p",
+                                    .tries = 3,
+                                    .timeout = std::chrono::seconds(7),
+                                    .headers = {"A: b", "C: d"},
+                                    .referer = "r",
+                                    .netrcFile = "/n",
+                                    .cookieFile = "/c",
+                                    .sha256 = "ab",
+                                    .hasChecksumFile = true},
                         .direction = Request::Direction::kBottom,
                         .dryRun = true,
-                        .withFilm = true};
+                        .withFilm = true,
+                        .rateLimit = 1ULL << 40};
   EXPECT_EQ(readRequest(write(request)), request);
 }
 
@@ -66,6 +77,9 @@ TEST(ProtocolTest, AnAnswerComesBackAsItWent) {
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFinished, film(), {}, "It is odd."});
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFailed, film(), {}, "", reason});
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kNote, {}, {}, "Hello."});
+  expectSameAfterTheSocket(
+      QueueEvent{.kind = QueueEvent::Kind::kQueue, .queue = {7, 2, 1ULL << 50, 1ULL << 51, 3}});
+  expectSameAfterTheSocket(Reply{.items = {film()}, .progress = {{film().id, progress}}});
 }
 
 TEST(ProtocolTest, TextThatIsNotUtf8IsReplaced) {
@@ -88,6 +102,10 @@ TEST(ProtocolTest, WhatIsNoMessageIsNotRead) {
                            "{\"action\":\"list\",\"position\":99999999999}",
                            "{\"action\":\"remove\",\"id\":-1}",
                            "{\"action\":\"add\",\"inputs\":\"x\"}",
+                           "{\"action\":\"add\",\"options\":7}",
+                           "{\"action\":\"add\",\"options\":{\"tries\":-1}}",
+                           "{\"action\":\"add\",\"options\":{\"headers\":[1]}}",
+                           "{\"action\":\"limit\",\"rateLimit\":-5}",
                            "{\"action\":\"add\",\"inputs\":[7]}",
                            "{\"action\":\"add\",\"again\":1}",
                            "{\"reply\":\"yes\"}",

@@ -1,0 +1,164 @@
+#include "playerx/app/session/FilmAdder.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+#include <vector>
+
+#include "VeskPlayerX/DownloadManagerInterface.h"
+#include "kvpm/StringTools.h"
+#include "playerx/app/inputs/Input.h"
+#include "playerx/app/session/KnownFilm.h"
+#include "playerx/platform/Descriptor.h"
+#include "playerx/transfers/Address.h"
+
+namespace playerx::session {
+
+using model::ItemState;
+
+namespace {
+
+constexpr char kAskedWithout[] =
+    "User names, headers and cookies are for the film alone: the question how long it is (HEAD) is "
+    "asked without them. A server that wants them for that too will be said to refuse it.";
+
+/// Whether a server may answer the question for the size otherwise than the request of the film.
+bool carriesMore(const FilmOptions& options) {
+  return !options.username.empty() || !options.password.empty() || !options.netrcFile.empty() ||
+         !options.headers.empty() || !options.referer.empty() || !options.cookieFile.empty();
+}
+
+/// libcurl would let others read it.
+void makeCookieFile(const std::string& path) {
+  if (path.empty()) return;
+  const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (file.get() < 0) errno = 0;
+}
+
+}  // namespace
+
+Reply FilmAdder::add(const Request& request) {
+  const bool staysPaused = !request.starts && session_.manager().isPaused();
+  Reply reply;
+  bool isMoreCarried = false;
+  makeCookieFile(request.options.cookieFile);
+  for (const std::string& text : request.inputs) {
+    const Input input = readInput(text, request.options);
+    const std::size_t before = reply.items.size();
+    addInput(input, request, reply);
+    isMoreCarried |= reply.items.size() > before && carriesMore(input.options);
+  }
+  if (staysPaused) session_.manager().pause();
+  if (request.starts && session_.manager().isPaused()) session_.manager().resume();
+  if (request.inputs.empty()) {
+    watch_.update();
+    reply.items = watch_.queue();
+    std::erase_if(reply.items,
+                  [](const ItemState& item) { return !model::isUnfinished(item.status); });
+  }
+  for (const ItemState& item : reply.items) {
+    if (request.plays) watch_.playWhenReady(item.id);
+  }
+  if (isMoreCarried) reply.notes.push_back(kAskedWithout);
+  if (!reply.refused.empty()) reply.outcome = Reply::Outcome::kWrongUse;
+  return reply;
+}
+
+FilmAdder::Input FilmAdder::readInput(const std::string& text, const FilmOptions& options) {
+  if (inputs::isTicketPath(text)) return {text, options, true};
+  const SplitAddress split = splitCredentials(inputs::cleaned(text));
+  Input input{split.address, options};
+  const bool namesUser = !split.username.empty() || !split.password.empty();
+  if (namesUser) input.options.username = split.username;
+  if (namesUser) input.options.password = split.password;
+  return input;
+}
+
+void FilmAdder::addInput(const Input& input, const Request& request, Reply& reply) {
+  const bool hasOptions = input.options != FilmOptions{};
+  if (hasOptions && !input.isTicket) session_.addFilmOptions(input.text, input.options);
+  if (!goOnWith(input, request, reply)) addAnew(input, request, reply);
+  if (hasOptions) session_.pruneFilmOptions();
+}
+
+/// Whether the film of an address is in the queue, so that it need not be added.
+bool FilmAdder::goOnWith(const Input& input, const Request& request, Reply& reply) {
+  if (!findKnownFilm(watch_.queue(), input.text)) return false;
+  watch_.update();
+  const std::optional<ItemState> known = findKnownFilm(watch_.queue(), input.text);
+  if (!known) return false;
+  if (known->status == DownloadStatusCompleted) {
+    return goOnWithComplete(*known, input, request, reply);
+  }
+  if (!request.name.empty()) nameFilm(known->id, request.name);
+  if (known->status == DownloadStatusFailed) {
+    retry(known->id);
+    reply.notes.push_back(input.text + " had failed; trying it again.");
+  } else {
+    if (known->status == DownloadStatusStopped) letGoOn_(known->id);
+    reply.notes.push_back(input.text + " is in the queue already; going on with it.");
+  }
+  watch_.update();
+  if (const auto now = findKnownFilm(watch_.queue(), input.text)) reply.items.push_back(*now);
+  return true;
+}
+
+bool FilmAdder::goOnWithComplete(const ItemState& film, const Input& input, const Request& request,
+                                 Reply& reply) {
+  const std::string place = findFilm(film, session_.places().media);
+  if (place.empty() || request.again) {
+    session_.manager().remove(film.id);
+    return false;
+  }
+  const bool hasOtherName =
+      !request.name.empty() && std::filesystem::path(place).filename() != request.name;
+  reply.notes.push_back(input.text + " is already there: " + place +
+                        (hasOtherName ? "; --again fetches it under the other name." : ""));
+  if (request.plays) watch_.playWhenReady(film.id);
+  return true;
+}
+
+void FilmAdder::retry(unsigned int id) {
+  session_.manager().retry(id);
+  watch_.expectOutcome(id);
+}
+
+void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply) {
+  // The addresses of a ticket are known once its films are in the queue.
+  const bool getsOptions = input.isTicket && input.options != FilmOptions{};
+  whilePaused(getsOptions, [&] {
+    const inputs::AddResult result = inputs::addInput(input.text, session_.manager(), {},
+                                                      [this] { return session_.takeMessages(); });
+    if (result.refusal) reply.refused.push_back({input.text, *result.refusal});
+    const std::vector<unsigned int> added = watch_.update();
+    auto next = added.begin();
+    for (const ItemState& item : watch_.queue()) {
+      if (next == added.end()) break;
+      if (item.id != *next) continue;
+      ++next;
+      if (getsOptions && !item.url.empty()) session_.addFilmOptions(item.url, input.options);
+      if (!request.name.empty()) nameFilm(item.id, request.name);
+      reply.items.push_back(item);
+    }
+  });
+}
+
+/// The manager fetches a film to the name that its item has; one without, to that of its address.
+void FilmAdder::nameFilm(unsigned int id, const std::string& name) {
+  const std::string path = session_.places().media + "/" + name;
+  // The manager may have begun already, with a copy of the item.
+  whilePaused(true,
+              [&] { session_.manager().updatePath(id, kvpm::StringTools::stringToWString(path)); });
+}
+
+void FilmAdder::whilePaused(bool isNeeded, const std::function<void()>& change) {
+  VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
+  const bool isToPause = isNeeded && !manager.isPaused();
+  if (isToPause) manager.pause();
+  change();
+  if (isToPause) manager.resume();
+}
+
+}  // namespace playerx::session
