@@ -34,6 +34,7 @@ class Downloads : public KPB::DownloadInterface, public TransferSettings, public
 
   void setTrustFile(const std::string& pathUtf8) override;
 
+  void retryNow() override { engine_.retryNow(); }
   void setRateLimit(std::uint64_t bytesPerSecond) override;
   bool setFilmOptions(const std::string& urlUtf8, const FilmOptions& options) override;
 

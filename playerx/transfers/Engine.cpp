@@ -50,6 +50,15 @@ void Engine::setTrust(const TrustedAuthorities& trust) {
   trust_ = trust;
 }
 
+void Engine::retryNow() {
+  post([this] { retryAll(); });
+}
+
+void Engine::retryAll() {
+  for (const auto& [uid, transfer] : transfers_) transfer->retryNow(Clock::now());
+  settleEnded();
+}
+
 void Engine::setRateLimit(std::uint64_t bytesPerSecond) {
   post([this, bytesPerSecond] { loop_.setRateLimit(bytesPerSecond); });
 }
@@ -74,7 +83,8 @@ void Engine::run() {
     workOn(now);
     forgetFinished(now);
     delivery_.flush();
-    loop_.wait(timeToWait(now));
+    loop_.wait(timeToWait(now), network_.descriptor());
+    if (network_.takeArrival()) retryAll();
   }
   close();
 }

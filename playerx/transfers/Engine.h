@@ -11,6 +11,7 @@
 #include "playerx/platform/GuardMutex.h"
 #include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/FetchLoop.h"
+#include "playerx/transfers/NetworkWatch.h"
 #include "playerx/transfers/ReportDelivery.h"
 #include "playerx/transfers/Session.h"
 #include "playerx/transfers/Transfer.h"
@@ -59,6 +60,9 @@ class Engine {
   /// For requests made from now on.
   void setTrust(const TrustedAuthorities& trust);
 
+  /// Ends the pauses before further tries.
+  void retryNow();
+
   /// For all that are under way too.
   void setRateLimit(std::uint64_t bytesPerSecond);
 
@@ -80,6 +84,7 @@ class Engine {
   void settleEnded();
   std::chrono::milliseconds timeToWait(Clock::time_point now) const;
   std::chrono::milliseconds timeToForget(Clock::time_point now) const;
+  void retryAll();
   void beginSession(const std::shared_ptr<Session>& session);
   void endSession(const std::shared_ptr<Session>& session);
   void forgetFinished(Clock::time_point now);
@@ -98,6 +103,7 @@ class Engine {
 
   // The engine's thread alone.
   FetchLoop loop_;
+  NetworkWatch network_;
   std::map<unsigned long long, std::shared_ptr<Transfer>> transfers_;
   std::deque<Finished> finished_;  ///< in the order of their completion
 

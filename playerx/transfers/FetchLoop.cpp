@@ -65,7 +65,7 @@ void FetchLoop::perform() {
   for (const auto& [handle, code] : over) finish(handle, code);
 }
 
-void FetchLoop::wait(std::chrono::milliseconds longest) {
+void FetchLoop::wait(std::chrono::milliseconds longest, int descriptor) {
   const bool isOneKeptBack = std::any_of(running_.begin(), running_.end(), [](const auto& entry) {
     return entry.second.fetch->isKeptBack();
   });
@@ -74,7 +74,9 @@ void FetchLoop::wait(std::chrono::milliseconds longest) {
         longest, std::chrono::ceil<std::chrono::milliseconds>(*opensAt - RateLimit::Clock::now()));
   }
   const auto bounded = std::clamp<std::chrono::milliseconds::rep>(longest.count(), 0, INT_MAX);
-  curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(bounded), nullptr);
+  curl_waitfd watched{descriptor, CURL_WAIT_POLLIN, 0};
+  curl_multi_poll(multi_.get(), &watched, descriptor < 0 ? 0 : 1, static_cast<int>(bounded),
+                  nullptr);
 }
 
 void FetchLoop::wakeUp() { curl_multi_wakeup(multi_.get()); }

@@ -34,8 +34,9 @@ class FetchLoop {
   /// requests from within `onOver`.
   void perform();
 
-  /// Waits until there is something to do, `wakeUp` is called, or the time is over.
-  void wait(std::chrono::milliseconds longest);
+  /// Waits until there is something to do, `wakeUp` is called, there is something to read from
+  /// `descriptor` (-1: none), or the time is over.
+  void wait(std::chrono::milliseconds longest, int descriptor = -1);
 
   /// Ends a `wait`, the present or the next one. From any thread.
   void wakeUp();

@@ -10,6 +10,9 @@
 namespace playerx::transfers {
 namespace {
 
+/// A request that is silent for longer may have lost its connection with the network.
+constexpr std::chrono::seconds kSilence(5);
+
 double randomJitter() {
   static thread_local std::minstd_rand engine{std::random_device()()};
   return std::uniform_real_distribution<double>(0.0, 1.0)(engine);
@@ -132,6 +135,13 @@ void Transfer::work(Clock::time_point now) {
   }
 }
 
+void Transfer::retryNow(Clock::time_point now) {
+  if (phase_ == Phase::kRequesting && now - lastTouch_ >= kSilence) {
+    endAttempt(TransferFailure::kStalled, "no byte came");
+  }
+  if (phase_ == Phase::kPausing && !isAskedToWait_) wakeAt_ = now;
+}
+
 std::optional<Transfer::Clock::time_point> Transfer::deadline() const {
   if (phase_ == Phase::kPausing) return wakeAt_;
   if (phase_ != Phase::kRequesting) return std::nullopt;
@@ -243,6 +253,7 @@ void Transfer::pauseOrBreak(const AttemptEnd& end) {
   if (part().file().size() > 0 && !save()) return;
   const double jitter = context_.tuning.jitter ? context_.tuning.jitter() : randomJitter();
   wakeAt_ = Clock::now() + pauseBeforeRetry(rules, *number, jitter, end.retryAfter);
+  isAskedToWait_ = end.retryAfter.has_value();
   phase_ = Phase::kPausing;
   session_->log.enter(TransferPhase::kWaiting);
   session_->log.failedAttempt(end.failure, end.detail, *number);

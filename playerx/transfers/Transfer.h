@@ -61,6 +61,10 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   /// When `work` has to be called even if nothing happens; nullopt when it need not be.
   std::optional<Clock::time_point> deadline() const;
 
+  /// Makes the next try at once that waits for its time, and that of a request to which nothing
+  /// comes. A time that the server has named is kept.
+  void retryNow(Clock::time_point now);
+
   /// Releases everything at once; nothing more is reported.
   void stop();
 
@@ -125,7 +129,8 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   bool isFirstRequest_ = true;
   bool isSyncing_ = false;
   std::uint64_t synced_ = 0;
-  bool isTouched_ = false;  ///< something came since the last `work`
+  bool isAskedToWait_ = false;  ///< by the server
+  bool isTouched_ = false;      ///< something came since the last `work`
   Clock::time_point lastTouch_;
   Clock::time_point saveAt_;  ///< unless the film is complete by then
   Clock::time_point wakeAt_;

@@ -42,6 +42,10 @@ class TransferSettings {
   /// system's. A file that cannot be read breaks sessions over TLS with `kTrustFile`.
   virtual void setTrustFile(const std::string& pathUtf8) = 0;
 
+  /// Sessions that wait before another try make it now, unless their server has asked for the
+  /// pause. The library does so by itself when the network comes back.
+  virtual void retryNow() = 0;
+
   /// Bytes per second that all sessions together receive; 0: no limit. Sessions that are under way
   /// follow at once.
   virtual void setRateLimit(std::uint64_t bytesPerSecond) = 0;

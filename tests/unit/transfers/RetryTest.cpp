@@ -28,6 +28,19 @@ TEST_F(RetryTest, ALineThatBreaksIsTakenUpAgainWhereItBroke) {
   EXPECT_NE(server.header(2, "Range"), "");
 }
 
+TEST_F(RetryTest, APauseCanBeEnded) {
+  Tuning patient = shortTimes();
+  patient.retry.firstPause = patient.retry.longestPause = std::chrono::hours(1);
+  restart(patient);
+  FilmServer server(filmOf(kSize));
+  server.cutNext(100'000);
+  const auto uid = start(server.url());
+  ASSERT_TRUE(support::waitFor([&] { return report(uid).failedAttempts > 0; }));
+  downloads_->retryNow();
+  ASSERT_TRUE(receiver_.waitForEnd(uid));
+  EXPECT_EQ(film(), filmBytes(kSize));
+}
+
 TEST_F(RetryTest, AShortBodyIsNoSuccess) {
   FilmServer server(filmOf(kSize));
   for (int i = 0; i < 6; ++i) server.cutNext(0);
