@@ -15,7 +15,8 @@ using Kind = QueueEvent::Kind;
 
 namespace {
 
-constexpr std::chrono::milliseconds kNoLimit(-1);
+/// After so long without a word the other process is asked whether it is still there.
+constexpr std::chrono::seconds kSilence(5);
 
 bool isOutcome(const QueueEvent& event) {
   const bool isPassedOver =
@@ -37,9 +38,9 @@ std::optional<int> RemoteGet::run() {
     isThere = takeAnswers();
     if (isDone()) return status();
     if (!isThere) break;
-    if (wakeUp_.wait(kNoLimit, client_.descriptor()) == WakeReason::kInterrupt) {
-      return interrupted();
-    }
+    const WakeReason reason = wakeUp_.wait(kSilence, client_.descriptor());
+    if (reason == WakeReason::kInterrupt) return interrupted();
+    if (reason == WakeReason::kTimeout) mindSilence();
   }
   return options_.command == Options::kGet ? std::nullopt : std::optional(status());
 }
@@ -62,6 +63,8 @@ int RemoteGet::status() const {
 /// False when no more will come.
 bool RemoteGet::takeAnswers() {
   while (const auto answer = client_.receive(std::chrono::milliseconds(0))) {
+    if (std::exchange(isSaidSilent_, false)) reporter_.note("The other player answers again.");
+    isAsked_ = false;
     std::visit([this](const auto& each) { take(each); }, *answer);
   }
   return client_.problem().empty();
@@ -70,7 +73,18 @@ bool RemoteGet::takeAnswers() {
 void RemoteGet::take(const Reply& reply) {
   const bool isToWatch = ++replies_ == 1;
   if (isToWatch) reporter_.queueProgress(model::progressOf(reply.items));
-  if (isToWatch != (options_.command == Options::kGet)) beginToWait(reply);
+  const bool isAwaited = replies_ == (options_.command == Options::kGet ? 2 : 1);
+  if (isAwaited) beginToWait(reply);
+}
+
+/// A paused queue has nothing to tell; a process that was stopped says nothing either.
+void RemoteGet::mindSilence() {
+  if (!std::exchange(isAsked_, true)) {
+    client_.send({.action = Request::Action::kPing});
+  } else if (!std::exchange(isSaidSilent_, true)) {
+    reporter_.note(
+        "The player that has the queue does not answer; it may be stopped: continue or close it.");
+  }
 }
 
 void RemoteGet::beginToWait(const Reply& reply) {
@@ -93,7 +107,7 @@ void RemoteGet::beginToWait(const Reply& reply) {
 }
 
 void RemoteGet::take(const QueueEvent& event) {
-  const bool isKnown = replies_ == (options_.command == Options::kGet ? 2 : 1);
+  const bool isKnown = replies_ >= (options_.command == Options::kGet ? 2 : 1);
   if (!isKnown) {
     early_.push_back(event);
   } else if (isOwn(event)) {
@@ -117,7 +131,7 @@ void RemoteGet::show(const QueueEvent& event) {
 }
 
 bool RemoteGet::isDone() const {
-  return options_.command == Options::kGet && replies_ == 2 && left_.empty();
+  return options_.command == Options::kGet && replies_ >= 2 && left_.empty();
 }
 
 int RemoteGet::interrupted() {

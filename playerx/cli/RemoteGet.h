@@ -33,6 +33,7 @@ class RemoteGet {
 
  private:
   bool takeAnswers();
+  void mindSilence();
   void take(const session::Reply& reply);
   void take(const session::QueueEvent& event);
   void show(const session::QueueEvent& event);
@@ -46,7 +47,9 @@ class RemoteGet {
   Reporter& reporter_;
   WakeUp& wakeUp_;
 
-  int replies_ = 0;                         ///< the first is to "watch", the second to the request
+  int replies_ = 0;  ///< the first is to "watch", the second to the request, later ones to "ping"
+  bool isAsked_ = false;  ///< whether the other process still answers
+  bool isSaidSilent_ = false;
   std::vector<session::QueueEvent> early_;  ///< before it was known which films are our own
   std::set<unsigned int> own_;              ///< films that the request was about
   std::map<unsigned int, std::string>

@@ -20,7 +20,8 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Request::Action, {{Request::Action::kList, "list"},
                                                {Request::Action::kResume, "resume"},
                                                {Request::Action::kClear, "clear"},
                                                {Request::Action::kClean, "clean"},
-                                               {Request::Action::kLimit, "limit"}})
+                                               {Request::Action::kLimit, "limit"},
+                                               {Request::Action::kPing, "ping"}})
 
 NLOHMANN_JSON_SERIALIZE_ENUM(Request::Direction, {{Request::Direction::kUp, "up"},
                                                   {Request::Direction::kDown, "down"},

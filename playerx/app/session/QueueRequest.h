@@ -26,7 +26,8 @@ struct Request {
     kResume,
     kClear,
     kClean,
-    kLimit
+    kLimit,
+    kPing
   };
   enum class Direction { kUp, kDown, kTop, kBottom };
 

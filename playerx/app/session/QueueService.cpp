@@ -74,6 +74,7 @@ QueueService::QueueService(PlayerSession& session, std::function<void()> wake, r
 }
 
 Reply QueueService::handle(const Request& request) {
+  if (request.action == Action::kPing) return done();
   if (request.rateLimit) session_.setRateLimit(*request.rateLimit);
   if (request.action == Action::kAdd) return adder_.add(request);
   watch_.update();
