@@ -3,6 +3,7 @@
 #include "tests/support/Nginx.h"
 #include "tests/system/BigFile.h"
 #include "tests/system/PlayerHome.h"
+#include "tests/system/Terminal.h"
 
 namespace system_test {
 namespace {
@@ -42,6 +43,19 @@ class TerminalTest : public testing::Test {
     return lines;
   }
 
+  /// A shell with job control that has started a download.
+  std::unique_ptr<Terminal> startInShell(int columns) {
+    auto terminal =
+        std::make_unique<Terminal>(std::vector<std::string>{"bash", "--norc", "--noprofile", "-i"},
+                                   home_.environment(), columns);
+    std::string line;
+    for (const std::string& word : home_.commandLine({"get", server_.url("/film.avi")})) {
+      line += "'" + word + "' ";
+    }
+    terminal->type(line + "\n");
+    return terminal;
+  }
+
   support::Nginx server_{{.serverSnippet = "limit_rate 200k;"}};
   PlayerHome home_;
 };
@@ -56,6 +70,33 @@ TEST_F(TerminalTest, TheLiveLineStaysOneLineOfTwentyColumns) {
 
 TEST_F(TerminalTest, AWideTerminalShowsTheTimeLeft) {
   EXPECT_THAT(liveLines(120), Contains(HasSubstr(" left")));
+}
+
+TEST_F(TerminalTest, TheLiveLineFollowsTheWindow) {
+  server_.serve("film.avi", distinctBytes(2'000'000));
+  const auto terminal = startInShell(120);
+  ASSERT_TRUE(terminal->waitFor(" left")) << terminal->take();
+  terminal->resize(20);
+  terminal->take();
+  // The first line may have been drawn for the old width.
+  ASSERT_TRUE(terminal->waitFor(kEraseLine));
+  terminal->take();
+  ASSERT_TRUE(terminal->waitFor(" %")) << terminal->take();
+  for (const std::string& line : split(kEraseLine + terminal->take())) {
+    EXPECT_LE(line.size(), 19u) << line;
+  }
+}
+
+TEST_F(TerminalTest, TheLiveLineIsThereAgainInTheForeground) {
+  server_.serve("film.avi", distinctBytes(2'000'000));
+  const auto terminal = startInShell(80);
+  ASSERT_TRUE(terminal->waitFor(kEraseLine)) << terminal->take();
+  terminal->type("\x1a");
+  ASSERT_TRUE(terminal->waitFor("Stopped")) << terminal->take();
+  terminal->take();
+  terminal->type("fg\n");
+  EXPECT_TRUE(terminal->waitFor(kEraseLine)) << terminal->take();
+  EXPECT_TRUE(terminal->waitFor("completed: film.avi")) << terminal->take();
 }
 
 }  // namespace
