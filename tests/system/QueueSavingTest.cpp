@@ -98,6 +98,34 @@ TEST_F(QueueSavingTest, AFilmThatFillsTheDiskIsNamedWithTheFolderToChange) {
   EXPECT_THAT(result.output, HasSubstr("another folder with --data."));
 }
 
+TEST_F(QueueSavingTest, AFullDiskKeepsNobodyFromRemoving) {
+  const std::string lack = lackOfNamespaces();
+  ASSERT_EQ(lack, "");
+  queueOne();
+  const std::filesystem::path saved = home.data() / "saved.xml";
+  std::filesystem::copy_file(home.queueFile(), saved);
+  // A disk with the queue, what has arrived of its film, and not a byte to spare.
+  const auto asOnFullDisk = [&](const std::string& command) {
+    std::string fill =
+        "exec 3< saved.xml; mount -t tmpfs -o size=1m data . && cd \"$PWD\" && "
+        "cat <&3 > downloadmanager.xml && mkdir partial && "
+        "{ head -c 2m /dev/zero > partial/0123456789abcdef.part || true; }; " +
+        command;
+    return fill;
+  };
+  std::string player;
+  for (const std::string& word : home.commandLine({"remove", "1"})) player += "'" + word + "' ";
+  support::Process shell(
+      {.arguments = {"unshare", "--map-root-user", "--mount", "sh", "-c",
+                     asOnFullDisk(player +
+                                  "; echo status $?; cat downloadmanager.xml; ls partial")},
+       .environment = home.environment(),
+       .workingFolder = home.data()});
+  const PlayerResult result = finish(shell);
+  EXPECT_THAT(result.output, HasSubstr("status 0")) << result.output << result.errors;
+  EXPECT_THAT(result.output, AllOf(Not(HasSubstr("a.avi")), Not(HasSubstr(".part"))));
+}
+
 TEST_F(QueueSavingTest, AFileThatCannotBeOpenedIsSaidAndLeftAsItIs) {
   std::filesystem::create_symlink(home.queueFile(), home.queueFile());
   for (const char* command : {"list", "clear", "get"}) {
