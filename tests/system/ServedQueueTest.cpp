@@ -158,6 +158,58 @@ TEST_F(ServedQueueTest, WatchShowsWhatAnotherDownloads) {
   EXPECT_EQ(home.run({"watch"}).status, 0);
 }
 
+TEST_F(ServedQueueTest, AFilmThatFailsAtOnceFailsTheGetThatBroughtIt) {
+  const auto first = startSlow("a.avi");
+  for (int i = 0; i < 10; ++i) {
+    const std::string url = "http://127.0.0.1:1/" + std::to_string(i / 2) + ".avi";
+    const PlayerResult result = home.run({"get", url});
+    EXPECT_EQ(result.status, 1) << result.output << result.errors;
+    EXPECT_EQ(result.failureCode(), "refused");
+  }
+}
+
+TEST_F(ServedQueueTest, TheListOfARunningQueueShowsItsPace) {
+  const auto first = startSlow("a.avi");
+  EXPECT_TRUE(support::waitFor([this] {
+    const Json film = home.queue().at(0);
+    return film["bytesPerSecond"] > 0 && film["secondsRemaining"].is_number() &&
+           film["arrived"].is_number();
+  }));
+  EXPECT_THAT(home.runForPeople({"list"}).output, HasSubstr("/s, "));
+}
+
+TEST_F(ServedQueueTest, EveryFaceIsToldOfTheWholeQueue) {
+  const auto first = startSlow("a.avi");
+  Process watch(home.startOptions({"watch"}));
+  const PlayerResult second = home.run({"get", offerQuick("b.avi")});
+  const auto queues = second.events("queue");
+  ASSERT_THAT(queues, testing::Not(IsEmpty()));
+  EXPECT_EQ(queues.back()["items"], 2);
+  EXPECT_EQ(first->wait(), 0);
+  EXPECT_EQ(finish(watch).events("queue").back()["completed"], 2);
+}
+
+TEST_F(ServedQueueTest, AFilmThatWaitsGetsTheNameThatItIsGivenLater) {
+  const auto first = startSlow("a.avi");
+  EXPECT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);
+  EXPECT_EQ(home.run({"get", "-o", "c.avi", quick.url("/b.avi")}).status, 0);
+  EXPECT_EQ(first->wait(), 0) << first->errors();
+  EXPECT_THAT(home.films(), ElementsAre("a.avi", "c.avi"));
+}
+
+TEST_F(ServedQueueTest, APlayerThatIsStoppedIsSaid) {
+  const auto first = startSlow("a.avi");
+  Process second(home.startOptions({"get", offerQuick("b.avi")}));
+  ASSERT_TRUE(second.waitForOutput("\"added\"")) << second.errors();
+  first->send(SIGSTOP);
+  EXPECT_TRUE(second.waitForErrors("does not answer")) << second.errors();
+  EXPECT_THAT(home.run({"pause"}).errors, HasSubstr("does not answer"));
+  first->send(SIGCONT);
+  EXPECT_TRUE(second.waitForErrors("answers again")) << second.errors();
+  EXPECT_EQ(second.wait(), 0) << second.errors();
+  EXPECT_EQ(first->wait(), 0) << first->errors();
+}
+
 TEST_F(ServedQueueTest, FiveProcessesAddAHundredFilmsEachOnce) {
   std::vector<std::unique_ptr<Process>> adders;
   for (int i = 0; i < 5; ++i) {
@@ -252,6 +304,7 @@ TEST_F(AgainTest, AfterAKillAtAnyInstantThereIsOneFilm) {
     EXPECT_EQ(again.status, 0) << again.output << again.errors;
     EXPECT_THAT(fresh.films(), ElementsAre("a.avi")) << "killed after " << 10 * i << " ms";
     EXPECT_THAT(fresh.queue(), SizeIs(1));
+    EXPECT_THAT(fresh.partials(), IsEmpty());
     EXPECT_TRUE(sameContent(quick.root() / "a.avi", fresh.media() / "a.avi"));
   }
 }
