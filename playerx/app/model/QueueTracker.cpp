@@ -36,6 +36,12 @@ QueueTracker::News QueueTracker::update(VeskPlayerX::DownloadManagerInterface& m
   return news;
 }
 
+void QueueTracker::expectOutcome(unsigned int id) {
+  for (ItemState& state : queue_) {
+    if (state.id == id) state.status = DownloadStatusQueued;
+  }
+}
+
 /// Brings the known states into the order of `items`, and in the place of those that are new puts
 /// their state. Returns the ids of these, in order. Whatever stands before and behind the changed
 /// places, as a rule nearly everything, is not touched.

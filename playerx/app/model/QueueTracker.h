@@ -21,6 +21,10 @@ class QueueTracker {
   /// Looks at the queue. May be called on any thread that may call the manager.
   News update(VeskPlayerX::DownloadManagerInterface& manager);
 
+  /// Takes an item for one that waits, so that its next outcome is news even when it is the same as
+  /// its last one. Nothing for an unknown id.
+  void expectOutcome(unsigned int id);
+
   /// As the last look found it.
   const std::vector<ItemState>& queue() const { return queue_; }
 

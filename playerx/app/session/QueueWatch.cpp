@@ -52,15 +52,11 @@ bool QueueWatch::isIdle() const {
   return !isWorkLeft && !explainer_.isBusy();
 }
 
-void QueueWatch::expectOutcome(unsigned int id) {
-  for (ItemState& item : queue_) {
-    if (item.id == id) item.status = DownloadStatusQueued;
-  }
-}
+void QueueWatch::expectOutcome(unsigned int id) { tracker_.expectOutcome(id); }
 
 std::map<unsigned int, model::Progress> QueueWatch::progress() const {
   std::map<unsigned int, model::Progress> progress;
-  for (const ItemState& item : queue_) {
+  for (const ItemState& item : queue()) {
     const auto meter = meters_.find(item.id);
     const bool arrives = item.status == DownloadStatusDownloading && meter != meters_.end();
     if (arrives) progress[item.id] = meter->second.progress();
