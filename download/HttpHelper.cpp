@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "download/HttpCallback.h"
+#include "kvsc/HttpStatus.h"
 #include "kvsc/SSLClient.h"
 
 std::atomic<std::int32_t> HttpHelper::sDownloadCancelled{0};
@@ -232,15 +233,10 @@ void HttpHelper::joinEnded() {
   leaving = std::exchange(thread_, std::make_unique<kvpm::Thread>(this));
 }
 
-/// Waits until the body flows or never will. Looks now and then instead of returning at the first
-/// piece, which may be that of an error: then the failure has followed by the next look.
 void HttpHelper::waitForBody() {
-  do {
-    const auto nextLook = std::chrono::steady_clock::now() + kLookInterval;
-    while (!progress_.isOver() &&
-           changed_.wait_until(mutex_, nextLook) == std::cv_status::no_timeout) {
-    }
-  } while (!progress_.isOver() && !progress_.bodyStarted);
+  while (!progress_.bodyStarted && !progress_.ended && !progress_.aborted) {
+    changed_.wait_for(mutex_, kLookInterval);
+  }
 }
 
 void HttpHelper::prepareClient() {
@@ -280,6 +276,21 @@ kvsc::HttpErrorIds HttpHelper::exchange() {
   return error;
 }
 
+/// A piece of an error's text is not what `get` waits for: the failure follows it.
+void HttpHelper::notePiece(bool refused) {
+  const int status = client_ != nullptr ? client_->getResponseCode() : 0;
+  const bool isError =
+      !kvsc::isRedirect(status) && kvsc::outcomeOfStatus(status) != kvsc::HTTP_ERROR_NONE;
+  const kvpm::MutexLock lock(mutex_);
+  if (refused) {
+    progress_.refused = true;
+    token_.cancel();  // the client does not look at what its callbacks return
+  } else if (!isError) {
+    progress_.bodyStarted = true;
+    changed_.notify_all();
+  }
+}
+
 /// Returns the outcome of the transfer: one that was ended because its receiver refused the body
 /// has failed, it was not cancelled.
 kvsc::HttpErrorIds HttpHelper::noteEnd(kvsc::HttpErrorIds error) {
@@ -313,11 +324,7 @@ std::size_t HttpHelper::downloadBodyFunc(void* data, std::size_t size, std::size
   const std::size_t length = size * count;
   const std::size_t taken =
       receiver != nullptr ? receiver->bodyReceived(static_cast<const char*>(data), length) : 0;
-  const kvpm::MutexLock lock(self.mutex_);
-  self.progress_.bodyStarted = true;
-  self.progress_.refused = self.progress_.refused || taken != length;
-  // The client does not look at what its callbacks return.
-  if (self.progress_.refused) self.token_.cancel();
+  self.notePiece(taken != length);
   return taken;
 }
 

@@ -48,11 +48,10 @@ class HttpHelper : public kvpm::IRunnable {
   /// Asks with HEAD, following up to 10 redirects, on the calling thread.
   HttpResult* getInfo();
 
-  /// Starts fetching and returns once the body flows, which it looks for every 100 ms, or at once
-  /// when the transfer has failed or ended. The rest of the body and the outcome reach the
-  /// callbacks later. Takes back a cancel. `requestData` goes to the client as it is. Failed when
-  /// the transfer has failed by then; a piece that is refused fails it. While a transfer runs,
-  /// nothing is started.
+  /// Starts fetching and returns once the first piece of the body was passed on, or the transfer
+  /// has failed or ended. The rest of the body and the outcome reach the callbacks later. Takes
+  /// back a cancel. `requestData` goes to the client as it is. Failed when the first piece is
+  /// refused, or is that of an error. While a transfer runs, nothing is started.
   HttpResult* get(const std::string& requestData);
 
   /// Starts sending a POST and returns as `get` does, once the answer's body flows. The result is
@@ -98,8 +97,6 @@ class HttpHelper : public kvpm::IRunnable {
     bool refused = false;  ///< by the receiver
     bool aborted = false;  ///< or failed
     bool ended = true;
-
-    bool isOver() const { return ended || aborted; }
   };
 
   void askForInfo(HttpResult& result);
@@ -112,6 +109,7 @@ class HttpHelper : public kvpm::IRunnable {
   void waitForBody() KVPM_REQUIRES(mutex_);
   void endTransfer();
   kvsc::HttpErrorIds exchange();
+  void notePiece(bool refused);
   kvsc::HttpErrorIds noteEnd(kvsc::HttpErrorIds error);
 
   // Written by the caller's thread while no transfer runs.
