@@ -33,6 +33,13 @@ TEST_F(HttpConnectionTest, AFailedConnectClosesTheSession) {
   expectClosed();
 }
 
+TEST_F(HttpConnectionTest, ACallbackThatThrowsClosesTheSession) {
+  answer(support::okResponse("film"));
+  client_.setHeaderCallback([](void*, std::size_t, std::size_t, void*) -> std::size_t { throw 1; });
+  EXPECT_EQ(send(server_.url("/", "127.0.0.1")), HTTP_ERROR_FAILED);
+  expectClosed();
+}
+
 TEST_F(HttpConnectionTest, AnotherHostLeavesTheConnectionToTheCallersClose) {
   ScriptedServer other(
       TlsSettings{.identity = support::pki::issue(support::development::authorityOf("LOCALHOST"),

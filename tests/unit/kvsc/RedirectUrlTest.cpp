@@ -125,6 +125,14 @@ TEST_F(RedirectUrlTest, AFailureOnTheWayLeavesTheFirstLocation) {
   EXPECT_EQ(result_, HTTP_ERROR_FAILED);
 }
 
+TEST_F(RedirectUrlTest, AConnectionThatFailsOnTheWayLeavesTheFirstLocationToo) {
+  const support::RefusingPort refusing;
+  redirect("/1", "301 Moved", at("/2"));
+  redirect("/2", "301 Moved", "http://127.0.0.1:" + std::to_string(refusing.port()) + "/");
+  EXPECT_EQ(resolve(at("/1")), at("/2"));
+  EXPECT_EQ(result_, HTTP_ERROR_FAILED);
+}
+
 TEST_F(RedirectUrlTest, ALocationThatIsNoAddressLeavesItself) {
   redirect("/here", "301 Moved", "/there");
   EXPECT_EQ(resolve(at("/here")), "/there");
