@@ -106,7 +106,7 @@ TEST(OptionsTest, OnePlainSentenceNamesWhatIsAllowed) {
        "move, pause, resume, limit, clear, clean and explain."},
       {{},
        "A command is missing; the commands are get, add, list, watch, remove, retry, move, pause, "
-       "resume, clear, clean and explain."},
+       "resume, limit, clear, clean and explain."},
       {{"list", "--nonsense"},
        "There is no option \"--nonsense\"; `playerx-cli --help` names those that there are."},
       {{"lst"}, "There is no command \"lst\"; did you mean \"list\"?"},
