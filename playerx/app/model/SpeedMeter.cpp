@@ -9,6 +9,9 @@ constexpr std::chrono::seconds kWindow(10);
 /// Of reports closer together than this only the last is kept.
 constexpr std::chrono::milliseconds kSpacing(100);
 
+/// What comes in less says nothing: the first bytes have often waited somewhere.
+constexpr std::chrono::milliseconds kLeastTime(250);
+
 }  // namespace
 
 void SpeedMeter::feed(Clock::time_point now, std::uint64_t bytes) {
@@ -25,7 +28,7 @@ void SpeedMeter::feed(Clock::time_point now, std::uint64_t bytes) {
 std::uint64_t SpeedMeter::bytesPerSecond() const {
   if (reports_.size() < 2) return 0;
   const std::chrono::duration<double> time = reports_.back().time - reports_.front().time;
-  if (time.count() <= 0) return 0;
+  if (time < kLeastTime) return 0;
   const auto bytes = static_cast<double>(reports_.back().bytes - reports_.front().bytes);
   return static_cast<std::uint64_t>(bytes / time.count());
 }

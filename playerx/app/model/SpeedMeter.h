@@ -18,7 +18,8 @@ class SpeedMeter {
   /// which nobody looked (the process was stopped), begin a new measurement.
   void feed(Clock::time_point now, std::uint64_t bytes);
 
-  /// Bytes per second over at most the last ten seconds; 0 until two reports differ in time.
+  /// Bytes per second over at most the last ten seconds; 0 until a quarter of a second
+  /// has been seen.
   std::uint64_t bytesPerSecond() const;
 
  private:
