@@ -137,6 +137,27 @@ TEST_F(QueueSavingTest, AFileThatCannotBeOpenedIsSaidAndLeftAsItIs) {
   EXPECT_TRUE(std::filesystem::is_symlink(home.queueFile()));
 }
 
+TEST_F(QueueSavingTest, NobodyElseReadsTheFilesOfThePlayer) {
+  std::filesystem::permissions(home.data(), std::filesystem::perms(0755));
+  queueOne();
+  std::filesystem::permissions(home.queueFile(), std::filesystem::perms(0644));
+  const std::string url = "http://127.0.0.1:1/b.avi";
+  EXPECT_EQ(home.run({"get", "--header", "A: b", url}).status, 1);
+  EXPECT_EQ(home.run({"add", "http://127.0.0.1:1/c.avi"}).status, 0);
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(home.data())) {
+    if (!entry.is_regular_file()) continue;
+    const auto mode = static_cast<unsigned>(entry.status().permissions());
+    EXPECT_EQ(mode & 077U, 0U) << entry.path();
+  }
+}
+
+TEST_F(QueueSavingTest, ANewQueueIsItsOwnersAlone) {
+  std::filesystem::permissions(home.data(), std::filesystem::perms(0755));
+  EXPECT_EQ(home.run({"add", "http://127.0.0.1:1/c.avi"}).status, 0);
+  const auto mode = std::filesystem::status(home.queueFile()).permissions();
+  EXPECT_EQ(static_cast<unsigned>(mode), 0600U);
+}
+
 TEST_F(QueueSavingTest, NothingIsSaidOfAQueueThatIsSaved) {
   queueOne();
   const PlayerResult result = home.run({"clear"});

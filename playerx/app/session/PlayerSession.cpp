@@ -52,6 +52,7 @@ std::string PlayerSession::openForChange(Access access) {
   saved_ = std::make_unique<SavedQueue>(places_.data);
   std::string problem = saved_->readProblem();
   if (problem.empty() && access == Access::kChange) problem = saved_->writeProblem();
+  saved_->keepToOwner();
   if (problem.empty()) problem = loadManager();
   if (!problem.empty()) return problem;
   manager().setViewInterface(&view_);
@@ -142,6 +143,7 @@ void PlayerSession::close() {
   settings_.reset();
   manager_.reset();
   plugins_.shutdown();
+  if (lock_ && saved_) saved_->keepToOwner();
   ThreadGate::open();
   lock_.reset();
 }

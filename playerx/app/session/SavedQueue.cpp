@@ -1,6 +1,7 @@
 #include "playerx/app/session/SavedQueue.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <QFile>
 #include <QXmlStreamReader>
@@ -140,6 +141,14 @@ void SavedQueue::setAsideEmptyFile() const {
     name = file_ + kUnreadableMark + "." + std::to_string(i);
   }
   fs::rename(file_, name, error);
+}
+
+void SavedQueue::keepToOwner() const {
+  constexpr mode_t kOthers = 077;
+  struct stat status {};
+  const bool isOpen = ::lstat(file_.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+                      (status.st_mode & kOthers) != 0;
+  if (isOpen && ::chmod(file_.c_str(), status.st_mode & 0777U & ~kOthers) != 0) errno = 0;
 }
 
 std::string SavedQueue::loadProblem(DownloadManagerInterface& manager) const {

@@ -55,6 +55,10 @@ class SavedQueue {
   /// does with one that it cannot read. To be called before the manager is loaded.
   void setAsideEmptyFile() const;
 
+  /// Takes the file from everybody but its owner: the manager creates it like any other file. Those
+  /// that replace it are as it is.
+  void keepToOwner() const;
+
   /// Once the manager is loaded: whether it has read what the file holds.
   std::string loadProblem(VeskPlayerX::DownloadManagerInterface& manager) const;
 
