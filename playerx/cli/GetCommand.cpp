@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <optional>
 #include <utility>
 
+#include "playerx/app/inputs/Input.h"
 #include "playerx/cli/Presentation.h"
 #include "playerx/cli/Reporter.h"
 #include "playerx/cli/WakeUp.h"
@@ -18,6 +21,18 @@ namespace {
 
 /// How often the speed of a running transfer is looked at when nothing else happens.
 constexpr std::chrono::milliseconds kSpeedInterval(500);
+
+constexpr char kInterruptedLine[] =
+    "Interrupted; what has arrived is kept, and the next `get` goes on from there.\n";
+
+/// Whether an input is a ticket that takes a noticeable time to read. Protected ones are small:
+/// they wait for the online services, which is not to be broken off half-way.
+bool takesLong(const std::string& input) {
+  constexpr std::uintmax_t kLarge = 1'000'000;
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(input, error);
+  return !error && size >= kLarge && inputs::isTicketPath(input);
+}
 
 /// The pause after a look at the queue that took this long: a long queue changes often, and looking
 /// at it must not take the time that the download needs.
@@ -69,7 +84,10 @@ std::optional<int> GetCommand::addInputs() {
 bool GetCommand::addOne(const std::string& input) {
   Request request = options_.request;
   request.inputs = {input};
+  std::optional<InterruptsExit> exits;
+  if (takesLong(input)) exits.emplace(kExitInterrupted, kInterruptedLine);
   Reply reply = service_.handle(request);
+  exits.reset();
   // What is true of every input is said once.
   std::erase_if(reply.notes,
                 [this](const std::string& note) { return !notes_.insert(note).second; });
@@ -110,7 +128,9 @@ void GetCommand::tellQueue() {
 int GetCommand::park() {
   session_.manager().pause();
   service_.update();
-  reporter_.note("Interrupted; what has arrived is kept, and the next `get` goes on from there.");
+  std::string sentence = kInterruptedLine;
+  sentence.pop_back();
+  reporter_.note(sentence);
   return kExitInterrupted;
 }
 

@@ -32,8 +32,7 @@ RemoteGet::RemoteGet(const Options& options, door::QueueClient& client, Reporter
     : options_(options), client_(client), reporter_(reporter), wakeUp_(wakeUp) {}
 
 std::optional<int> RemoteGet::run() {
-  bool isThere = client_.send({.action = Request::Action::kWatch});
-  if (options_.command == Options::kGet) isThere = client_.send(options_.request) && isThere;
+  bool isThere = sendRequests();
   while (isThere) {
     isThere = takeAnswers();
     if (isDone()) return status();
@@ -43,6 +42,14 @@ std::optional<int> RemoteGet::run() {
     if (reason == WakeReason::kTimeout) mindSilence();
   }
   return options_.command == Options::kGet ? std::nullopt : std::optional(status());
+}
+
+/// A process that was stopped takes no more than the socket holds.
+bool RemoteGet::sendRequests() {
+  const InterruptsExit exits(kExitInterrupted,
+                             "Interrupted before the player that has the queue took everything.\n");
+  return client_.send({.action = Request::Action::kWatch}) &&
+         (options_.command != Options::kGet || client_.send(options_.request));
 }
 
 Request RemoteGet::remainder() const {

@@ -32,6 +32,7 @@ class RemoteGet {
   int status() const;
 
  private:
+  bool sendRequests();
   bool takeAnswers();
   void mindSilence();
   void take(const session::Reply& reply);

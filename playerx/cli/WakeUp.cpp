@@ -8,16 +8,33 @@
 #include <array>
 #include <csignal>
 #include <cstdint>
+#include <cstring>
 #include <system_error>
 
 namespace playerx::cli {
 
 namespace {
 
+constexpr int kInterrupts[] = {SIGINT, SIGTERM, SIGHUP};
+
+// For the handler, which has nothing else.
+int exitStatus = 0;
+const char* farewell = "";
+std::size_t farewellLength = 0;
+
+void exitAtOnce(int) {
+  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, farewell, farewellLength);
+  _exit(exitStatus);
+}
+
+void handleInterrupts(void (*handler)(int)) {
+  for (const int signal : kInterrupts) std::signal(signal, handler);
+}
+
 sigset_t interrupts() {
   sigset_t set;
   sigemptyset(&set);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&set, signal);
+  for (const int signal : kInterrupts) sigaddset(&set, signal);
   return set;
 }
 
@@ -39,6 +56,20 @@ InterruptsAllowed::InterruptsAllowed() {
 }
 
 InterruptsAllowed::~InterruptsAllowed() { blockInterrupts(); }
+
+InterruptsExit::InterruptsExit(int status, const char* sentence) {
+  exitStatus = status;
+  farewell = sentence;
+  farewellLength = std::strlen(sentence);
+  handleInterrupts(exitAtOnce);
+  const sigset_t set = interrupts();
+  pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+}
+
+InterruptsExit::~InterruptsExit() {
+  blockInterrupts();
+  handleInterrupts(SIG_DFL);
+}
 
 WakeUp::WakeUp() : eventFd_(checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd")) {
   blockInterrupts();

@@ -20,6 +20,17 @@ class InterruptsAllowed {
   ~InterruptsAllowed();
 };
 
+/// While it lives, the same signals end the program at once with this exit status, after a sentence
+/// on standard error: for work that cannot be broken off, and that a crash does not harm. One at a
+/// time, on the main thread; the sentence outlives it.
+class InterruptsExit {
+ public:
+  InterruptsExit(int status, const char* sentence);
+  InterruptsExit(const InterruptsExit&) = delete;
+  InterruptsExit& operator=(const InterruptsExit&) = delete;
+  ~InterruptsExit();
+};
+
 /// The main thread's one place to wait: for events that other threads raise, for Ctrl-C, or for a
 /// time. While it lives, SIGINT, SIGTERM and SIGHUP are blocked in the thread that built it and in
 /// all threads started from there, and are taken as interrupts. Build it before any thread is

@@ -57,5 +57,23 @@ TEST(InterruptTest, AnInterruptBetweenTwoInputsKeepsWhatWasAdded) {
   EXPECT_EQ(home.queue()[0]["title"], "a.avi");
 }
 
+TEST(InterruptTest, ALargeTicketIsNotReadToItsEnd) {
+  const support::TempDir folder;
+  std::string text = "TixVeskVersion=1.0\n";
+  constexpr std::size_t kSize = 60'000'000;
+  text.reserve(kSize + 100);
+  while (text.size() < kSize) text += "a=b\n";
+  text += "start\nurl=http://127.0.0.1:1/a.avi\nend\n";
+  const std::string ticket = folder.write("large.tix", text);
+  PlayerHome home;
+  support::Process player = home.start({"get", ticket});
+  ASSERT_TRUE(
+      support::waitFor([&] { return std::filesystem::exists(home.data() / "player.lock"); }));
+  player.send(SIGINT);
+  EXPECT_EQ(player.wait(), 130);
+  EXPECT_THAT(player.errors(), HasSubstr("Interrupted"));
+  EXPECT_TRUE(home.queue().empty()) << "the ticket was read all the same";
+}
+
 }  // namespace
 }  // namespace system_test
