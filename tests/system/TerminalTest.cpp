@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/Nginx.h"
+#include "tests/support/ScriptedServer.h"
 #include "tests/system/BigFile.h"
 #include "tests/system/PlayerHome.h"
 #include "tests/system/Terminal.h"
@@ -97,6 +98,28 @@ TEST_F(TerminalTest, TheLiveLineIsThereAgainInTheForeground) {
   terminal->type("fg\n");
   EXPECT_TRUE(terminal->waitFor(kEraseLine)) << terminal->take();
   EXPECT_TRUE(terminal->waitFor("completed: film.avi")) << terminal->take();
+}
+
+TEST_F(TerminalTest, ASilenceIsSaidWhileItLasts) {
+  support::ScriptedServer silent;
+  silent.onRequest([](const std::string& request) {
+    using support::Script;
+    const std::string head = "HTTP/1.1 200 OK\r\nETag: \"1\"\r\nContent-Length: 1000\r\n\r\n";
+    return request.starts_with("HEAD") ? Script().send(head)
+                                       : Script().send(head + std::string(500, 'x')).stall();
+  });
+  Terminal terminal(home_.commandLine({"get", silent.url("/film.avi")}), home_.environment(), 80);
+  EXPECT_TRUE(terminal.waitFor("no byte for 5 s")) << terminal.take();
+  EXPECT_TRUE(terminal.waitFor("no byte for 6 s")) << terminal.take();
+}
+
+TEST_F(TerminalTest, WideTitlesKeepThePercentageOnOneLine) {
+  const std::string name = "\u6620\u753b\u306e\u540d\u524d \u05e1\u05e8\u05d8.avi";
+  server_.serve(name, distinctBytes(400'000));
+  Terminal terminal(home_.commandLine({"get", server_.url("/" + name)}), home_.environment(), 24);
+  ASSERT_TRUE(terminal.waitFor("completed")) << terminal.take();
+  const std::vector<std::string> lines = split(terminal.take());
+  EXPECT_THAT(lines, Contains(HasSubstr(" %")));
 }
 
 }  // namespace
