@@ -59,7 +59,7 @@ class TransferOptionsTest : public testing::Test {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(home.data())) {
       if (!entry.is_regular_file()) continue;
       if (support::readFile(entry.path()).find("secret") == std::string::npos) continue;
-      EXPECT_EQ(entry.path().filename(), "film-options.json");
+      EXPECT_EQ(entry.path().filename(), "film-options.jsonl");
       EXPECT_EQ(modeOf(entry.path()), 0600U);
     }
   }
@@ -90,7 +90,7 @@ TEST_F(TransferOptionsTest, WhatIsAddedKeepsItsPasswordToItself) {
   const PlayerResult result = home.run({"get"});
   EXPECT_EQ(result.status, 0) << result.output << result.errors;
   expectSecretKept(result);
-  EXPECT_FALSE(std::filesystem::exists(home.data() / "film-options.json"));
+  EXPECT_FALSE(std::filesystem::exists(home.data() / "film-options.jsonl"));
 }
 
 TEST_F(TransferOptionsTest, AWrongPasswordIsNotRepeated) {

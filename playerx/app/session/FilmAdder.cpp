@@ -80,7 +80,6 @@ void FilmAdder::addInput(const Input& input, const Request& request, Reply& repl
   const bool hasOptions = input.options != FilmOptions{};
   if (hasOptions && !input.isTicket) session_.addFilmOptions(input.text, input.options);
   if (!goOnWith(input, request, reply)) addAnew(input, request, reply);
-  if (hasOptions) session_.pruneFilmOptions();
 }
 
 /// Whether the film of an address is in the queue, so that it need not be added.

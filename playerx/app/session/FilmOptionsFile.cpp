@@ -4,6 +4,7 @@
 #include <QSaveFile>
 #include <set>
 
+#include "playerx/app/model/JsonMembers.h"
 #include "playerx/app/session/FilmOptionsJson.h"
 #include "playerx/transfers/Address.h"
 
@@ -13,27 +14,40 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-constexpr char kFileName[] = "film-options.json";
+constexpr char kFileName[] = "film-options.jsonl";
 
 /// More than a queue of films needs.
 constexpr qint64 kMostBytes = qint64{64} << 20;
+
+constexpr auto kOwnerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
 
 std::string keyOf(const std::string& url) {
   const std::optional<Address> address = parseAddress(url);
   return address ? address->remembered : url;
 }
 
+QByteArray lineOf(const std::string& address, const FilmOptions& options) {
+  const Json object{{"address", address}, {"options", jsonOf(options)}};
+  return QByteArray::fromStdString(object.dump(-1, ' ', false, Json::error_handler_t::replace)) +
+         '\n';
+}
+
+void readLine(const QByteArray& line, std::map<std::string, FilmOptions>& all) {
+  const Json object = Json::parse(line.begin(), line.end(), nullptr, false);
+  model::JsonMembers members(object);
+  std::string address;
+  members.take("address", address);
+  if (!members.isGood() || !members.has("options")) return;
+  if (const auto options = filmOptionsOf(members.at("options"))) all[address] = *options;
+}
+
+/// A later line of an address replaces an earlier one; a line that a crash cut off is passed over.
 std::map<std::string, FilmOptions> read(const std::filesystem::path& path) {
   std::map<std::string, FilmOptions> all;
   std::error_code error;
   QFile file(QString::fromStdString(path.string()));
   if (!std::filesystem::is_regular_file(path, error) || !file.open(QIODevice::ReadOnly)) return all;
-  const QByteArray content = file.read(kMostBytes);
-  const Json films = Json::parse(content.begin(), content.end(), nullptr, false);
-  if (!films.is_object()) return all;
-  for (const auto& [address, object] : films.items()) {
-    if (const auto options = filmOptionsOf(object)) all[address] = *options;
-  }
+  for (const QByteArray& line : file.read(kMostBytes).split('\n')) readLine(line, all);
   return all;
 }
 
@@ -61,7 +75,7 @@ FilmOptions FilmOptionsFile::add(const std::string& address, const FilmOptions& 
   const bool namesSum = !options.sha256.empty() || options.hasChecksumFile;
   if (namesSum) kept.sha256 = options.sha256;
   if (namesSum) kept.hasChecksumFile = options.hasChecksumFile;
-  save();
+  append(keyOf(address), kept);
   return kept;
 }
 
@@ -74,19 +88,24 @@ void FilmOptionsFile::prune(const std::vector<model::ItemState>& queue) {
   if (std::erase_if(options_, isOld) > 0) save();
 }
 
+// A list of many films adds to the file at each of them.
+void FilmOptionsFile::append(const std::string& address, const FilmOptions& options) const {
+  QFile file(QString::fromStdString(file_.string()));
+  if (!file.open(QIODevice::WriteOnly | QIODevice::Append, kOwnerOnly)) return;
+  // Behind a line that was cut off.
+  file.write("\n" + lineOf(address, options));
+}
+
 void FilmOptionsFile::save() const {
   const QString name = QString::fromStdString(file_.string());
   if (options_.empty()) {
     QFile::remove(name);
     return;
   }
-  Json films = Json::object();
-  for (const auto& [address, options] : options_) films[address] = jsonOf(options);
   QSaveFile file(name);
   if (!file.open(QIODevice::WriteOnly)) return;
-  file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-  const std::string text = films.dump(1, ' ', false, Json::error_handler_t::replace);
-  file.write(text.data(), static_cast<qint64>(text.size()));
+  file.setPermissions(kOwnerOnly);
+  for (const auto& [address, options] : options_) file.write(lineOf(address, options));
   file.commit();
 }
 

@@ -11,8 +11,8 @@
 namespace playerx::session {
 
 /// How the films of the queue are fetched, kept in a file beside the queue, which has no room for
-/// it. There may be passwords in it: only its owner can read the file. One that is damaged counts
-/// as empty. Used by one thread.
+/// it. There may be passwords in it: only its owner can read the file. Damaged lines are passed
+/// over, and what cannot be written is lost with the run. Used by one thread.
 class FilmOptionsFile {
  public:
   /// Reads the file of this data folder, if there is one.
@@ -28,6 +28,7 @@ class FilmOptionsFile {
   void prune(const std::vector<model::ItemState>& queue);
 
  private:
+  void append(const std::string& address, const FilmOptions& options) const;
   void save() const;
 
   const std::filesystem::path file_;

@@ -10,7 +10,7 @@ constexpr char kFilm[] = "http://h/a.avi";
 
 class FilmOptionsFileTest : public testing::Test {
  protected:
-  std::filesystem::path file() const { return folder_ / "film-options.json"; }
+  std::filesystem::path file() const { return folder_ / "film-options.jsonl"; }
 
   /// What the next run finds.
   std::map<std::string, FilmOptions> kept() const { return FilmOptionsFile(folder_.path()).all(); }
@@ -65,10 +65,13 @@ TEST_F(FilmOptionsFileTest, OptionsGoWithTheirFilm) {
   EXPECT_FALSE(std::filesystem::exists(file()));
 }
 
-TEST_F(FilmOptionsFileTest, GarbageCountsAsEmpty) {
-  for (const char* text : {"", "\xFF", "[]", "{\"a\":7}", "{\"a\":{\"tries\":\"x\"}}"}) {
-    folder_.write("film-options.json", text);
+TEST_F(FilmOptionsFileTest, DamagedLinesArePassedOver) {
+  for (const char* text : {"", "\xFF", "[]", "{\"address\":7}", "{\"address\":\"http://h/a.avi\"",
+                           "{\"address\":\"a\",\"options\":{\"tries\":\"x\"}}"}) {
+    folder_.write("film-options.jsonl", text);
     EXPECT_TRUE(kept().empty()) << text;
+    FilmOptionsFile(folder_.path()).add(kFilm, {.tries = 3});
+    EXPECT_EQ(kept().at(kFilm).tries, 3u) << text;
   }
 }
 
