@@ -58,13 +58,15 @@ constexpr Row kRows[] = {
     {Reason::kLargeTicket, "bad_ticket", "The file is too large for a ticket"},
     {Reason::kTooManyFilms, "bad_ticket", "This ticket names more than {number} films"},
     {Reason::kLongText, "bad_ticket",
-     "The film of line {number} has a text of more than {words} characters"},
+     "The film of line {number} has a text of more than {words} characters, so nothing of this "
+     "ticket is added"},
     {Reason::kEmptyTicket, "empty_ticket", "This ticket names nothing that can be downloaded",
      "`playerx-cli explain` says why"},
     {Reason::kSealedTicket, "empty_ticket", "This is a protected ticket",
      "name the online services with --services"},
 
-    {Reason::kFilmOfTicket, "bad_ticket", "The film of line {number} cannot be downloaded{detail}",
+    {Reason::kFilmOfTicket, "bad_ticket",
+     "The film of line {number} cannot be downloaded{detail}, so nothing of this ticket is added",
      "ask the provider for another ticket"},
 
     {Reason::kServicesSaid, "services", "{words}"},

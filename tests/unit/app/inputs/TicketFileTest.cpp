@@ -68,7 +68,8 @@ TEST(TicketFileTest, AFilmThatCannotBeDownloadedIsNamedWithItsLine) {
   EXPECT_EQ(refusalOfFilmAt(L"http://h/b.avi\r"), "");
   EXPECT_EQ(refusalOfFilmAt(L"http://user:word@h/b.avi"),
             "The film of line 5 cannot be downloaded (An address with a user name or password is "
-            "not supported); ask the provider for another ticket.");
+            "not supported), so nothing of this ticket is added; ask the provider for another "
+            "ticket.");
   for (const wchar_t* url : {L"ftp://h/b.avi", L"file:///b.avi", L"http://[::1]/b.avi", L"b.avi"}) {
     EXPECT_TRUE(refusalOfFilmAt(url).starts_with("The film of line 5 ")) << url;
   }
@@ -79,7 +80,9 @@ TEST(TicketFileTest, ATextThatIsTooLongIsNamedWithItsLine) {
   const auto refusal =
       refusalOfText(L"TixVeskVersion=1.0\nstart\ntitle=" + title + L"\nurl=u\nend", false);
   ASSERT_TRUE(refusal);
-  EXPECT_EQ(refusal->sentence(), "The film of line 2 has a text of more than 8192 characters.");
+  EXPECT_EQ(refusal->sentence(),
+            "The film of line 2 has a text of more than 8192 characters, so nothing of "
+            "this ticket is added.");
 }
 
 }  // namespace

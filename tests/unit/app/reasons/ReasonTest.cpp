@@ -32,7 +32,8 @@ TEST(ReasonTest, TheFactsStandInTheSentence) {
   EXPECT_EQ(explain(reasonOf(TransferFailure::kNoSuchHost), {.host = "films.test"}).sentence(),
             "There is no host named films.test; check the address and the network connection.");
   EXPECT_EQ(explain(Reason::kLongText, {.words = "8192", .number = 2}).sentence(),
-            "The film of line 2 has a text of more than 8192 characters.");
+            "The film of line 2 has a text of more than 8192 characters, so nothing of "
+            "this ticket is added.");
 }
 
 TEST(ReasonTest, StatusesWithoutASentenceOfTheirOwnAreRefusalsOrTroubleOfTheServer) {
