@@ -25,6 +25,13 @@ using Items = DownloadManagerPersistence::Items;
 
 persistence::QueueText queueText KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 
+/// The file that was found to hold `queueText`, and its version then.
+struct Holder {
+  std::wstring path;
+  std::uint64_t version = 0;
+};
+Holder holder KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
+
 /// Files that must not be replaced, each with the file whose content would be lost: itself, or the
 /// one to be imported into it.
 std::map<std::wstring, std::wstring> protectedFiles
@@ -96,18 +103,30 @@ Loaded loadOrSetAside(const std::wstring& path)
   return loaded;
 }
 
+/// Whether the file holds `queueText` already. Reads it only when it is not certain.
+bool holdsQueueText(const std::wstring& path)
+    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
+  const std::uint64_t version = kvpm::PathTools::getFileVersion(path);
+  if (version != 0 && holder.path == path && holder.version == version) return true;
+  if (!persistence::holdsExactly(path, queueText.text())) return false;
+  holder = {path, version};
+  return true;
+}
+
 /// Returns whether the file now holds `items`.
 bool write(const std::wstring& path, const Items& items, Durability durability)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
   try {
     if (!mayReplace(path)) return false;
+    const Holder earlier = std::exchange(holder, {});
     const bool isChanged = queueText.update(items);
+    if (!isChanged) holder = earlier;
     // Many announcements concern fields that the file does not hold.
-    if (!isChanged && durability == Durability::kWritten &&
-        persistence::holdsExactly(path, queueText.text())) {
-      return true;
-    }
-    return persistence::replaceFile(path, queueText.text(), durability);
+    if (!isChanged && durability == Durability::kWritten && holdsQueueText(path)) return true;
+    holder = {};
+    if (!persistence::replaceFile(path, queueText.text(), durability)) return false;
+    holder = {path, kvpm::PathTools::getFileVersion(path)};
+    return true;
   } catch (const std::exception&) {
     return false;
   }

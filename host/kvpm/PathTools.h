@@ -38,6 +38,11 @@ class PathTools {
   /// The answer of `getFileSize` for a size that cannot be learnt: all bits set.
   static constexpr std::uint64_t kUnknownSize = ~std::uint64_t{0};
 
+  /// Stands for what a file holds as far as that shows without reading it: once somebody has
+  /// written to the file, or put another one in its place, the answer is another. 0 when there is
+  /// none, or that cannot be learnt.
+  static std::uint64_t getFileVersion(const std::wstring& path);
+
   /// Moves a file, across file systems too. Fails, and changes nothing, when the target exists.
   /// Returns success.
   static bool moveFile(const std::wstring& from, const std::wstring& to);

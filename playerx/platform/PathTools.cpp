@@ -1,8 +1,11 @@
 #include "kvpm/PathTools.h"
 
 #include <sys/stat.h>
+#define XXH_INLINE_ALL
+#include <xxhash.h>
 
 #include <QDir>
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -79,6 +82,17 @@ std::uint64_t PathTools::getFileSize(const std::wstring& path) {
   struct stat status {};
   if (::stat(native->c_str(), &status) != 0) return meansNoFile(errno) ? 0 : kUnknownSize;
   return S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : kUnknownSize;
+}
+
+std::uint64_t PathTools::getFileVersion(const std::wstring& path) {
+  const auto native = playerx::nativePath(path);
+  struct stat status {};
+  if (!native || ::stat(native->c_str(), &status) != 0) return 0;
+  const std::uint64_t facts[] = {static_cast<std::uint64_t>(status.st_dev),
+                                 static_cast<std::uint64_t>(status.st_ino),
+                                 static_cast<std::uint64_t>(status.st_size),
+                                 static_cast<std::uint64_t>(playerx::modificationTime(status))};
+  return std::max<std::uint64_t>(XXH3_64bits(facts, sizeof facts), 1);
 }
 
 bool PathTools::moveFile(const std::wstring& from, const std::wstring& to) {

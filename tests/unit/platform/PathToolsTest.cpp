@@ -122,6 +122,22 @@ TEST(PathTools, TheSizeOfAFileIsItsBytes) {
   EXPECT_EQ(PathTools::getFileSize((folder / "empty").wstring()), 0U);
 }
 
+TEST(PathTools, TheVersionOfAFileChangesWithWhatItHolds) {
+  const TempDir folder;
+  const std::wstring file = (folder / "file").wstring();
+  EXPECT_EQ(PathTools::getFileVersion(file), 0U);
+  folder.write("file", "one");
+  const std::uint64_t first = PathTools::getFileVersion(file);
+  EXPECT_NE(first, 0U);
+  EXPECT_EQ(PathTools::getFileVersion(file), first);
+  folder.write("other", "one");
+  fs::rename(folder / "other", folder / "file");
+  const std::uint64_t second = PathTools::getFileVersion(file);
+  EXPECT_NE(second, first);
+  folder.write("file", "three");
+  EXPECT_NE(PathTools::getFileVersion(file), second);
+}
+
 TEST(PathTools, TheSizeOfALargeFileIsNotTruncated) {
   const TempDir folder;
   folder.write("file", "");
