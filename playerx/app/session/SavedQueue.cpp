@@ -72,6 +72,15 @@ int readError(const std::string& path) {
   }
 }
 
+/// Has the file take this many bytes of the disk. Returns 0 or an error number.
+int takeRoom(int file, std::uintmax_t bytes) {
+  // A long queue would take long to write; not every file system takes room without it.
+  if (::fallocate(file, 0, 0, static_cast<off_t>(bytes)) == 0) return 0;
+  if (errno != EOPNOTSUPP) return errno;
+  const std::string filling(bytes, ' ');
+  return writeFully(file, filling.data(), filling.size()).error;
+}
+
 /// Copies what the download manager would read, which after a power cut may be another version than
 /// the one under the name. Returns 0 or an error number.
 int copyContent(const std::string& from, const std::string& to) {
@@ -191,8 +200,7 @@ int SavedQueue::tryToReplace() const {
   if (trial == nullptr) return error;
   std::error_code isMissing;
   const std::uintmax_t size = std::filesystem::file_size(file_, isMissing);
-  const std::string filling((isMissing ? 0 : size) + kRoomToGrow, ' ');
-  return writeFully(trial->descriptor(), filling.data(), filling.size()).error;
+  return takeRoom(trial->descriptor(), (isMissing ? 0 : size) + kRoomToGrow);
 }
 
 std::vector<std::string> SavedQueue::filesSetAside() const {
