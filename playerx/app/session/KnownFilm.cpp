@@ -17,12 +17,14 @@ std::string formOf(const std::string& address) {
   return parsed ? parsed->remembered : "";
 }
 
-/// The end of an address, which stays as it is in every spelling; empty where that is not certain.
-std::string_view endOf(const std::string& form) {
-  const std::string_view end = std::string_view(form).substr(form.rfind('/'));
-  const bool isEscaped = end.find('%') != std::string_view::npos;
-  const bool isSlashAdded = end.starts_with("/?");
-  return isEscaped || isSlashAdded ? std::string_view() : end;
+/// Whether an address may have this form. Parsing takes far longer than this look, which nearly all
+/// addresses of a long queue do not pass.
+bool mayHaveForm(const std::string& address, std::string_view form) {
+  const std::string_view end = form.substr(form.rfind('/'));
+  // Bytes may be escaped, a slash may be missing, steps like ".." and a fragment may follow.
+  const bool isCertain = end.find('%') == std::string_view::npos && !end.starts_with("/?") &&
+                         end != "/" && address.find('#') == std::string::npos;
+  return !isCertain || address.ends_with(end);
 }
 
 int progressOf(const ItemState& item) {
@@ -37,12 +39,10 @@ std::optional<ItemState> findKnownFilm(const std::vector<ItemState>& queue,
                                        const std::string& address) {
   const std::string form = formOf(address);
   if (form.empty()) return std::nullopt;
-  // Parsing takes far longer than this look, which nearly all items of a long queue do not pass.
-  const std::string_view end = endOf(form);
   const ItemState* best = nullptr;
   for (const ItemState& item : queue) {
-    if (item.url.find(end) == std::string::npos) continue;
     const bool isCandidate = best == nullptr || progressOf(item) > progressOf(*best);
+    if (!mayHaveForm(item.url, form)) continue;
     if (isCandidate && formOf(item.url) == form) best = &item;
   }
   return best != nullptr ? std::optional(*best) : std::nullopt;
