@@ -1,6 +1,7 @@
 #include "item/DownloadItem.h"
 
 #include <cstdint>
+#include <typeinfo>
 #include <utility>
 
 namespace {
@@ -41,7 +42,7 @@ struct DownloadItem::DownloadItemImpl {
   std::unique_ptr<KPB::DownloadInfo> downloadInfo;  // few items of a long queue have one
 };
 
-/// Sets a field that a queue file keeps.
+/// Sets a field that a queue file keeps or a view shows.
 template <class Field, class Value>
 void DownloadItem::setKept(Field& field, const Value& value) {
   field = value;
@@ -79,6 +80,11 @@ DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : D
 }
 
 DownloadItem::~DownloadItem() = default;
+
+std::uint64_t DownloadItem::versionOf(const VeskPlayerX::DownloadItemInterface& item) {
+  if (typeid(item) != typeid(DownloadItem)) return 0;
+  return static_cast<const DownloadItem&>(item).version();
+}
 
 unsigned long long DownloadItem::getUID() const { return impl_->uid; }
 
@@ -159,7 +165,7 @@ bool DownloadItem::getReadyForProgressivePlayback() const {
 }
 
 void DownloadItem::setReadyForProgressivePlayback(bool ready) {
-  impl_->readyForProgressivePlayback = ready;
+  setKept(impl_->readyForProgressivePlayback, ready);
 }
 
 bool DownloadItem::getAutoProgressivePlayback() const { return impl_->autoProgressivePlayback; }

@@ -26,9 +26,13 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
 
   ~DownloadItem() override;
 
-  /// Stands for what a queue file keeps of the item: every set of such a field gives a new number,
-  /// above 0, that no item has had before.
+  /// Stands for what a queue file keeps of the item, or a view shows: every set of such a field
+  /// gives a new number, above 0, that no item has had before.
   std::uint64_t version() const { return version_; }
+
+  /// The version of any item; 0 for one of another class, derived ones included: it could answer
+  /// with fields that are not the item's.
+  static std::uint64_t versionOf(const VeskPlayerX::DownloadItemInterface& item);
 
   /// Has `changed` set, from now on, whenever the id or the address of this item is set, on the
   /// thread that does so. Copies do not report. Not owned; outlives the item.

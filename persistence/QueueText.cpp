@@ -1,7 +1,6 @@
 #include "persistence/QueueText.h"
 
 #include <algorithm>
-#include <typeinfo>
 #include <utility>
 
 #include "item/DownloadItem.h"
@@ -24,13 +23,6 @@ constexpr int kMostEdits = 8;
 
 /// Bytes of an element beside its texts, with some to spare for a text that grows.
 constexpr std::size_t kMarkup = 320;
-
-/// What tells every state of every item from all others.
-std::uint64_t versionOf(const DownloadItemInterface& item) {
-  // A class derived from the item could answer with fields that are not the item's.
-  if (typeid(item) != typeid(DownloadItem)) return kNoVersion;
-  return static_cast<const DownloadItem&>(item).version();
-}
 
 std::uint32_t charactersOf(const DownloadItemInterface& item) {
   std::vector<std::size_t> lengths;
@@ -115,15 +107,15 @@ class QueueText::EditWriter {
 };
 
 bool QueueText::Element::isOf(const DownloadItemInterface& item) const {
-  return version != kNoVersion && version == versionOf(item);
+  return version != kNoVersion && version == DownloadItem::versionOf(item);
 }
 
 void QueueText::Edit::append(const DownloadItemInterface& item, std::size_t limit,
                              std::uint32_t characters) {
   const std::size_t before = text.size();
   appendElement(text, item, limit);
-  elements.push_back(
-      {versionOf(item), static_cast<std::uint32_t>(text.size() - before), characters});
+  elements.push_back({DownloadItem::versionOf(item),
+                      static_cast<std::uint32_t>(text.size() - before), characters});
 }
 
 bool QueueText::update(const Items& items) {

@@ -17,6 +17,7 @@ using plugin::TransferControl;
 
 DownloadManager::DownloadManager(KPIM::Context* context)
     : KPIM::Plugin(context), impl_(std::make_shared<Impl>(this, kpimGetPluginContext())) {
+  readFrom(std::shared_ptr<SharedQueue>(impl_, &impl_->queue));
   impl_->open();
   kpimRetain();
 }

@@ -8,6 +8,7 @@
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "VeskPlayerX/DownloadStatus.h"
 #include "VeskPlayerX/ShutdownInterface.h"
+#include "plugin/QueueReader.h"
 
 /// The plug-in: an ordered queue of downloads, of which one at a time is fetched in the background
 /// and handed to the player.
@@ -27,7 +28,8 @@
 /// The order of the virtual operations is part of the interface.
 class DownloadManager : public KPIM::Plugin,
                         public VeskPlayerX::DownloadManagerInterface,
-                        public VeskPlayerX::ShutdownInterface {
+                        public VeskPlayerX::ShutdownInterface,
+                        public plugin::QueueReader {
   using Item = VeskPlayerX::DownloadItemInterface;
   using View = VeskPlayerX::DownloadManagerViewInterface;
 

@@ -55,6 +55,25 @@ std::vector<SharedQueue::Item*>* SharedQueue::copy() {
   return copy.release();
 }
 
+std::vector<VeskPlayerX::QueuedVersion> SharedQueue::versions() {
+  return use([](const DownloadQueue& queue) {
+    std::vector<VeskPlayerX::QueuedVersion> versions;
+    versions.reserve(queue.size());
+    for (std::size_t i = 0; i < queue.size(); ++i) {
+      const Item& item = *queue.at(i);
+      versions.push_back({item.getId(), DownloadItem::versionOf(item)});
+    }
+    return versions;
+  });
+}
+
+SharedQueue::Item* SharedQueue::copyOf(unsigned int id) {
+  return use([id](const DownloadQueue& queue) -> Item* {
+    const Item* const item = queue.find(id);
+    return item != nullptr ? new DownloadItem(item) : nullptr;
+  });
+}
+
 bool SharedQueue::change(unsigned int id, const Change& change) {
   const kvpm::CritLock lock(lock_);
   Item* const item = queue_.find(id);

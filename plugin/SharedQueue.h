@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "VeskPlayerX/QueueReaderInterface.h"
 #include "download/AttachedView.h"
 #include "kvpm/CritSection.h"
 #include "plugin/DownloadQueue.h"
@@ -45,6 +46,10 @@ class SharedQueue {
 
   /// New copies of all items, which belong to the caller like the vector.
   std::vector<Item*>* copy();
+
+  /// All items in order, and a new copy of one of them, which belongs to the caller.
+  std::vector<VeskPlayerX::QueuedVersion> versions();
+  Item* copyOf(unsigned int id);
 
   // Changes.
 

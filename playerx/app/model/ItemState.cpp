@@ -1,6 +1,7 @@
 #include "playerx/app/model/ItemState.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "kvpm/StringTools.h"
@@ -8,23 +9,6 @@
 namespace playerx::model {
 
 using kvpm::StringTools;
-
-namespace {
-
-int shownPercent(const VeskPlayerX::DownloadItemInterface& item) {
-  return std::clamp(item.getPercentDownloaded(), 0, 100);
-}
-
-/// Whether `text` is `utf8` in wide characters. Most texts are ASCII and need not be converted.
-bool isSameText(const std::string& utf8, const std::wstring& text) {
-  const bool isSame =
-      std::equal(utf8.begin(), utf8.end(), text.begin(), text.end(), [](char narrow, wchar_t wide) {
-        return static_cast<wchar_t>(narrow) == wide && narrow >= 0;
-      });
-  return isSame || (utf8.size() >= text.size() && utf8 == StringTools::wStringToString(text));
-}
-
-}  // namespace
 
 ItemState stateOf(const VeskPlayerX::DownloadItemInterface& item) {
   ItemState state;
@@ -34,28 +18,17 @@ ItemState stateOf(const VeskPlayerX::DownloadItemInterface& item) {
   state.url = StringTools::wStringToString(item.getUrl());
   state.path = StringTools::wStringToString(item.getPath());
   state.status = item.getStatus();
-  state.percent = shownPercent(item);
+  state.percent = std::clamp(item.getPercentDownloaded(), 0, 100);
   state.size = item.getSize();
   state.playable = item.getReadyForProgressivePlayback();
   state.ticket = item.getTicket();
   return state;
 }
 
-bool isStateOf(const ItemState& state, const VeskPlayerX::DownloadItemInterface& item) {
-  return state.id == item.getId() && state.status == item.getStatus() &&
-         state.percent == shownPercent(item) && state.size == item.getSize() &&
-         state.playable == item.getReadyForProgressivePlayback() &&
-         isSameText(state.path, item.getPath()) && isSameText(state.url, item.getUrl()) &&
-         isSameText(state.title, item.getTitle()) && state.ticket == item.getTicket() &&
-         isSameText(state.provider, item.getContentProviderDisplayName());
-}
-
-QueueCopy copyOf(VeskPlayerX::DownloadManagerInterface& manager) {
-  return {manager.getCopyofQueue(), [&manager](auto* copy) { manager.deleteCopyOfQueue(copy); }};
-}
-
 std::vector<ItemState> snapshotOf(VeskPlayerX::DownloadManagerInterface& manager) {
-  const QueueCopy copy = copyOf(manager);
+  const auto giveBack = [&manager](auto* copy) { manager.deleteCopyOfQueue(copy); };
+  std::unique_ptr<std::vector<VeskPlayerX::DownloadItemInterface*>, decltype(giveBack)> copy(
+      manager.getCopyofQueue(), giveBack);
   std::vector<ItemState> states;
   states.reserve(copy->size());
   for (const VeskPlayerX::DownloadItemInterface* item : *copy) states.push_back(stateOf(*item));

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -33,15 +31,6 @@ struct ItemState {
 
 /// The state of one item of a copied queue.
 ItemState stateOf(const VeskPlayerX::DownloadItemInterface& item);
-
-/// Whether `state` is what `stateOf` gives for the item. Far quicker than to make another one.
-bool isStateOf(const ItemState& state, const VeskPlayerX::DownloadItemInterface& item);
-
-/// A copied queue, given back to its manager in the end.
-using QueueCopy =
-    std::unique_ptr<std::vector<VeskPlayerX::DownloadItemInterface*>,
-                    std::function<void(std::vector<VeskPlayerX::DownloadItemInterface*>*)>>;
-QueueCopy copyOf(VeskPlayerX::DownloadManagerInterface& manager);
 
 /// The whole queue in its order. May be called from any thread that may call the manager.
 std::vector<ItemState> snapshotOf(VeskPlayerX::DownloadManagerInterface& manager);

@@ -2,36 +2,49 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <unordered_map>
 #include <utility>
-
-#include "VeskPlayerX/DownloadItemInterface.h"
 
 namespace playerx::model {
 
 namespace {
 
 using VeskPlayerX::DownloadItemInterface;
+using VeskPlayerX::QueuedVersion;
+using VeskPlayerX::QueueReaderInterface;
 
-bool hasId(const ItemState& state, const DownloadItemInterface* item) {
-  return state.id == item->getId();
+bool hasId(const ItemState& state, const QueuedVersion& version) { return state.id == version.id; }
+
+ItemState unseen(unsigned int id) {
+  ItemState state;
+  state.id = id;
+  return state;
+}
+
+/// Puts `elements` in the place of those in [first, last).
+template <class T>
+void replace(std::vector<T>& all, std::size_t first, std::size_t last, std::vector<T>& elements) {
+  const auto begin = all.begin() + static_cast<std::ptrdiff_t>(first);
+  const auto place = all.erase(begin, begin + static_cast<std::ptrdiff_t>(last - first));
+  all.insert(place, std::make_move_iterator(elements.begin()),
+             std::make_move_iterator(elements.end()));
 }
 
 }  // namespace
 
-QueueTracker::News QueueTracker::update(VeskPlayerX::DownloadManagerInterface& manager) {
-  const QueueCopy items = copyOf(manager);
+QueueTracker::News QueueTracker::update(QueueReaderInterface& reader) {
   News news;
-  const std::vector<unsigned int> added = rearrange(*items, news.removed);
-  auto nextAdded = added.begin();
-  for (std::size_t i = 0; i < queue_.size(); ++i) {
-    if (nextAdded != added.end() && *nextAdded == queue_[i].id) {
-      ++nextAdded;
-      appendChanges(news.changes, nullptr, queue_[i]);
-    } else if (!isStateOf(queue_[i], *(*items)[i])) {
-      const ItemState before = std::exchange(queue_[i], stateOf(*(*items)[i]));
-      appendChanges(news.changes, &before, queue_[i]);
-    }
+  const Versions versions = reader.getVersions();
+  rearrange(versions, news.removed);
+  for (std::size_t i = 0; i < versions.size(); ++i) {
+    const auto version = versions[i].version;
+    if (seen_[i] == version && version != 0) continue;
+    const std::unique_ptr<DownloadItemInterface> item(reader.getCopy(versions[i].id));
+    if (item == nullptr) continue;  // removed meanwhile: the next look tells of it
+    const bool isNew = !std::exchange(seen_[i], version);
+    const ItemState before = std::exchange(queue_[i], stateOf(*item));
+    appendChanges(news.changes, isNew ? nullptr : &before, queue_[i]);
   }
   return news;
 }
@@ -42,35 +55,31 @@ void QueueTracker::expectOutcome(unsigned int id) {
   }
 }
 
-/// Brings the known states into the order of `items`, and in the place of those that are new puts
-/// their state. Returns the ids of these, in order. Whatever stands before and behind the changed
-/// places, as a rule nearly everything, is not touched.
-std::vector<unsigned int> QueueTracker::rearrange(const Items& items,
-                                                  std::vector<ItemState>& removed) {
-  const auto front = std::mismatch(queue_.begin(), queue_.end(), items.begin(), items.end(), hasId);
-  const auto back = std::mismatch(queue_.rbegin(), std::reverse_iterator(front.first),
-                                  items.rbegin(), std::reverse_iterator(front.second), hasId);
-  std::unordered_map<unsigned int, ItemState*> known;
-  for (auto state = front.first; state != back.first.base(); ++state) {
-    known.emplace(state->id, &*state);
+/// Brings what is known into the order of `versions`. What stands before and behind the places that
+/// differ, as a rule nearly everything, is not touched.
+void QueueTracker::rearrange(const Versions& versions, std::vector<ItemState>& removed) {
+  const auto [front, firstNew] =
+      std::mismatch(queue_.begin(), queue_.end(), versions.begin(), versions.end(), hasId);
+  const auto [back, lastNew] =
+      std::mismatch(queue_.rbegin(), std::reverse_iterator(front), versions.rbegin(),
+                    std::reverse_iterator(firstNew), hasId);
+  const auto first = static_cast<std::size_t>(front - queue_.begin());
+  const auto last = static_cast<std::size_t>(back.base() - queue_.begin());
+  std::unordered_map<unsigned int, std::size_t> places;
+  for (std::size_t i = first; i < last; ++i) places.emplace(queue_[i].id, i);
+
+  std::vector<ItemState> states;
+  std::vector<std::optional<unsigned long long>> seen;
+  for (auto version = firstNew; version != lastNew.base(); ++version) {
+    const auto known = places.extract(version->id);
+    states.push_back(known ? std::move(queue_[known.mapped()]) : unseen(version->id));
+    seen.push_back(known ? seen_[known.mapped()] : std::nullopt);
   }
-  std::vector<unsigned int> added;
-  std::vector<ItemState> arranged;
-  arranged.reserve(static_cast<std::size_t>(back.second.base() - front.second));
-  for (auto item = front.second; item != back.second.base(); ++item) {
-    const auto state = known.find((*item)->getId());
-    if (state == known.end()) added.push_back((*item)->getId());
-    arranged.push_back(state == known.end() ? stateOf(**item) : std::move(*state->second));
-    if (state != known.end()) known.erase(state);
+  for (std::size_t i = first; i < last && !places.empty(); ++i) {
+    if (places.erase(queue_[i].id) > 0 && seen_[i]) removed.push_back(std::move(queue_[i]));
   }
-  for (auto state = front.first; state != back.first.base(); ++state) {
-    const auto left = known.find(state->id);
-    if (left != known.end() && left->second == &*state) removed.push_back(std::move(*state));
-  }
-  const auto place = queue_.erase(front.first, back.first.base());
-  queue_.insert(place, std::make_move_iterator(arranged.begin()),
-                std::make_move_iterator(arranged.end()));
-  return added;
+  replace(queue_, first, last, states);
+  replace(seen_, first, last, seen);
 }
 
 }  // namespace playerx::model

@@ -1,13 +1,16 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <vector>
 
+#include "VeskPlayerX/QueueReaderInterface.h"
 #include "playerx/app/model/QueueChanges.h"
 
 namespace playerx::model {
 
-/// Follows a queue from look to look. Most items of a long queue stay as they are, so only those
-/// that differ are made anew. Used by one thread.
+/// Follows a queue from look to look, and asks for those items only that have changed. Used by one
+/// thread.
 class QueueTracker {
  public:
   /// What happened since the last look.
@@ -18,8 +21,7 @@ class QueueTracker {
     std::vector<QueueChange> changes;
   };
 
-  /// Looks at the queue. May be called on any thread that may call the manager.
-  News update(VeskPlayerX::DownloadManagerInterface& manager);
+  News update(VeskPlayerX::QueueReaderInterface& reader);
 
   /// Takes an item for one that waits, so that its next outcome is news even when it is the same as
   /// its last one. Nothing for an unknown id.
@@ -29,11 +31,12 @@ class QueueTracker {
   const std::vector<ItemState>& queue() const { return queue_; }
 
  private:
-  using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
+  using Versions = std::vector<VeskPlayerX::QueuedVersion>;
 
-  std::vector<unsigned int> rearrange(const Items& items, std::vector<ItemState>& removed);
+  void rearrange(const Versions& versions, std::vector<ItemState>& removed);
 
   std::vector<ItemState> queue_;
+  std::vector<std::optional<unsigned long long>> seen_;  ///< the version of each; nullopt: none yet
 };
 
 }  // namespace playerx::model

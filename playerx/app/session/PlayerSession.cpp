@@ -5,6 +5,7 @@
 
 #include "KPX/OSUtilities.h"
 #include "VeskPlayerX/InterfaceIds.h"
+#include "kvpm/StringTools.h"
 #include "playerx/app/model/ItemState.h"
 #include "playerx/platform/ThreadGate.h"
 #include "playerx/settings/Folders.h"
@@ -99,9 +100,11 @@ void PlayerSession::takeFilmsBack() {
   const auto recovery = KPIM::load<FilmRecovery>(&plugins_, DIN_FilmRecovery);
   if (!recovery) return;
   const std::string folder = VeskPlayerX::OSUtilities::getTempPath().toStdString();
-  for (const model::ItemState& item : model::snapshotOf(manager())) {
-    const bool isKnown = item.status == DownloadStatusCompleted;
-    if (!isKnown && !item.path.empty()) recovery->get()->takeBack(item.path, folder);
+  for (const VeskPlayerX::QueuedVersion& each : reader().getVersions()) {
+    const std::unique_ptr<VeskPlayerX::DownloadItemInterface> item(reader().getCopy(each.id));
+    const bool isKnown = item == nullptr || item->getStatus() == DownloadStatusCompleted;
+    if (isKnown || item->getPath().empty()) continue;
+    recovery->get()->takeBack(kvpm::StringTools::wStringToString(item->getPath()), folder);
   }
 }
 
@@ -130,7 +133,8 @@ std::string PlayerSession::loadManager() {
   // The scheduler starts with the manager and would begin to download at once.
   ThreadGate::close();
   manager_ = KPIM::load<DownloadManagerInterface>(&plugins_, VeskPlayerX::DIN_DownloadManager);
-  if (manager_) return saved_->loadProblem(manager());
+  if (manager_) reader_ = dynamic_cast<VeskPlayerX::QueueReaderInterface*>(manager_->get());
+  if (reader_ != nullptr) return saved_->loadProblem(manager());
   std::string problem = "The download manager cannot be loaded from " + searchedFolders_ + ".";
   for (const std::string& each : plugins_.problems()) problem += " " + each;
   return problem;

@@ -8,6 +8,7 @@
 
 #include "KPIM/Helper.h"
 #include "VeskPlayerX/DownloadManagerInterface.h"
+#include "VeskPlayerX/QueueReaderInterface.h"
 #include "playerx/app/session/DataFolderLock.h"
 #include "playerx/app/session/FilmOptionsFile.h"
 #include "playerx/app/session/Messages.h"
@@ -82,6 +83,9 @@ class PlayerSession {
   /// The download manager; after a successful `open` only.
   VeskPlayerX::DownloadManagerInterface& manager() { return *manager_->get(); }
 
+  /// The same manager, for those who follow its queue.
+  VeskPlayerX::QueueReaderInterface& reader() { return *reader_; }
+
   PluginContext& plugins() { return plugins_; }
   const Places& places() const { return places_; }
 
@@ -130,6 +134,7 @@ class PlayerSession {
   PluginContext plugins_;
   const std::string searchedFolders_;  ///< for plug-ins, in words
   std::unique_ptr<KPIM::Helper<VeskPlayerX::DownloadManagerInterface>> manager_;
+  VeskPlayerX::QueueReaderInterface* reader_ = nullptr;
   std::unique_ptr<KPIM::Helper<TransferReports>> transfers_;
   std::unique_ptr<KPIM::Helper<TransferSettings>> settings_;
   std::unique_ptr<FilmOptionsFile> filmOptions_;  ///< with access to change

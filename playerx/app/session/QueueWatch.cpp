@@ -29,7 +29,7 @@ QueueWatch::QueueWatch(PlayerSession& session, std::function<void()> wake, reaso
           [&session](const std::string& address) { return session.findTransfer(address); },
           std::move(probe)),
       reasons_(session.places().data) {
-  tracker_.update(session.manager());
+  tracker_.update(session.reader());
 }
 
 std::vector<unsigned int> QueueWatch::update() {
@@ -79,7 +79,7 @@ void QueueWatch::tellMessages() {
 }
 
 std::vector<unsigned int> QueueWatch::tellChanges() {
-  const model::QueueTracker::News news = tracker_.update(session_.manager());
+  const model::QueueTracker::News news = tracker_.update(session_.reader());
   for (const ItemState& item : news.removed) tellRemoved(item);
   std::vector<unsigned int> added;
   for (const QueueChange& change : news.changes) {

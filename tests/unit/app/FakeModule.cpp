@@ -35,13 +35,17 @@ std::vector<FakeModule::Item*> FakeModule::addTicket(const std::wstring& ticketP
 
 void FakeModule::setViewInterface(VeskPlayerX::DownloadManagerViewInterface* view) { view_ = view; }
 
-std::vector<FakeModule::Item*>* FakeModule::getCopyofQueue() {
+void FakeModule::takeStep() {
   if (eachLook_) eachLook_();
   if (!steps_.empty()) {
     steps_.front()();
     steps_.erase(steps_.begin());
     if (view_ != nullptr) view_->downloadListChanged();
   }
+}
+
+std::vector<FakeModule::Item*>* FakeModule::getCopyofQueue() {
+  takeStep();
   auto* copy = new std::vector<Item*>;
   for (const auto& item : items_) copy->push_back(new DownloadItem(item.get()));
   return copy;
@@ -51,6 +55,22 @@ void FakeModule::deleteCopyOfQueue(std::vector<Item*>* copy) {
   if (copy == nullptr) return;
   for (Item* item : *copy) delete item;
   delete copy;
+}
+
+std::vector<VeskPlayerX::QueuedVersion> FakeModule::getVersions() {
+  takeStep();
+  std::vector<VeskPlayerX::QueuedVersion> versions;
+  for (const auto& item : items_) versions.push_back({item->getId(), item->version()});
+  return versions;
+}
+
+FakeModule::Item* FakeModule::getCopy(unsigned int id) {
+  copied.push_back(id);
+  if (const auto step = std::exchange(nextCopy_, nullptr)) step();
+  for (const auto& item : items_) {
+    if (item->getId() == id) return new DownloadItem(item.get());
+  }
+  return nullptr;
 }
 
 bool FakeReports::findByUid(unsigned long long, TransferReport* report) const {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "VeskPlayerX/DownloadManagerViewInterface.h"
+#include "VeskPlayerX/QueueReaderInterface.h"
 #include "item/DownloadItem.h"
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/transfers/TransferReports.h"
@@ -17,7 +18,7 @@ namespace playerx {
 
 /// A download manager that downloads nothing: a test writes its queue, step by step, and sees in
 /// the log what it was asked to do. One thread, that of the test.
-class FakeModule : public support::FakeManager {
+class FakeModule : public support::FakeManager, public VeskPlayerX::QueueReaderInterface {
  public:
   using Item = VeskPlayerX::DownloadItemInterface;
 
@@ -47,6 +48,12 @@ class FakeModule : public support::FakeManager {
   /// Carried out at each look at the queue; the view is not told.
   void atEachLook(std::function<void()> step) { eachLook_ = std::move(step); }
 
+  /// Carried out once, before the next copy of one item is made.
+  void atNextCopy(std::function<void()> step) { nextCopy_ = std::move(step); }
+
+  /// The ids of the items of which a copy was asked for.
+  std::vector<unsigned int> copied;
+
   VeskPlayerX::DownloadManagerViewInterface* view() const { return view_; }
 
   /// Takes addresses that end in .avi, and tickets when `takesTickets` is set.
@@ -57,13 +64,18 @@ class FakeModule : public support::FakeManager {
   void setViewInterface(VeskPlayerX::DownloadManagerViewInterface* view) override;
   std::vector<Item*>* getCopyofQueue() override;
   void deleteCopyOfQueue(std::vector<Item*>* copy) override;
+  std::vector<VeskPlayerX::QueuedVersion> getVersions() override;
+  Item* getCopy(unsigned int id) override;
   unsigned int getNumberOfVideosInQueue() override { return unsigned(items_.size()); }
 
  private:
+  void takeStep();
+
   VeskPlayerX::DownloadManagerViewInterface* view_ = nullptr;
   std::vector<std::unique_ptr<DownloadItem>> items_;
   std::vector<std::function<void()>> steps_;
   std::function<void()> eachLook_;
+  std::function<void()> nextCopy_;
 };
 
 /// Offers `face`, not owned, to the plug-ins of `context` under `id`.

@@ -218,7 +218,7 @@ bool givesANewVersion(const std::function<void(DownloadItem&)>& change) {
   return item.version() > before;
 }
 
-TEST(DownloadItem, EverySetOfAFieldThatAFileKeepsGivesANewVersion) {
+TEST(DownloadItem, EverySetOfAFieldThatAFileKeepsOrAViewShowsGivesANewVersion) {
   EXPECT_TRUE(givesANewVersion([](auto& item) { item.setTitle(L"a"); }));
   EXPECT_TRUE(givesANewVersion([](auto& item) { item.setContentEncryptionUsageId(1); }));
   EXPECT_TRUE(givesANewVersion([](auto& item) { item.setStatus(DownloadStatusFailed); }));
@@ -231,6 +231,7 @@ TEST(DownloadItem, EverySetOfAFieldThatAFileKeepsGivesANewVersion) {
   EXPECT_TRUE(givesANewVersion([](auto& item) { item.setEncrypted(true); }));
   EXPECT_TRUE(givesANewVersion([](auto& item) { item.setTicketAlreadyTorn(true); }));
   EXPECT_TRUE(givesANewVersion([](auto& item) { item.setUrl(L"a"); }));
+  EXPECT_TRUE(givesANewVersion([](auto& item) { item.setReadyForProgressivePlayback(true); }));
 }
 
 TEST(DownloadItem, TheRestLeavesTheVersion) {
@@ -238,6 +239,13 @@ TEST(DownloadItem, TheRestLeavesTheVersion) {
   EXPECT_FALSE(givesANewVersion([](auto& item) { item.setLastProgressUpdateTime(1); }));
   EXPECT_FALSE(givesANewVersion([](auto& item) { item.setSlotNumber(1); }));
   EXPECT_FALSE(givesANewVersion([](auto& item) { item.setAutoProgressivePlayback(true); }));
+}
+
+TEST(DownloadItem, AnItemOfAnotherClassHasNoVersion) {
+  struct Derived : DownloadItem {};
+  EXPECT_EQ(DownloadItem::versionOf(Derived()), 0U);
+  const DownloadItem item;
+  EXPECT_EQ(DownloadItem::versionOf(item), item.version());
 }
 
 TEST(DownloadItem, NoTwoItemsShareAVersion) {

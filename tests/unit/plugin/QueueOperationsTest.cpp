@@ -86,6 +86,26 @@ TEST_F(QueueOperationsTest, ACopyWithGapsIsDeletedToo) {
   EXPECT_EQ(deleted, 2);
 }
 
+TEST_F(QueueOperationsTest, TheVersionsOfItemsTellWhichHaveChanged) {
+  begin("A1 B1");
+  const auto before = manager().getVersions();
+  manager().setPlayable(id("B"), true);
+  manager().moveUp(id("B"));
+  const auto after = manager().getVersions();
+  ASSERT_EQ(after.size(), 2U);
+  EXPECT_EQ(after[0].id, id("B"));
+  EXPECT_NE(after[0].version, before[1].version);
+  EXPECT_EQ(after[1].id, id("A"));
+}
+
+TEST_F(QueueOperationsTest, ACopyOfOneItemOutlivesIt) {
+  begin("A1");
+  const std::unique_ptr<Item> copy(manager().getCopy(id("A")));
+  manager().remove(copy->getId());
+  EXPECT_EQ(queue_text::titleOf(*copy), "A");
+  EXPECT_EQ(manager().getCopy(copy->getId()), nullptr);
+}
+
 TEST_F(QueueOperationsTest, ItemsOfEveryStatusCount) {
   begin("A1 B2 C3 D4 E5 F6 G0");
   EXPECT_EQ(manager().getNumberOfVideosInQueue(), 7U);

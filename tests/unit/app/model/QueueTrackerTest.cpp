@@ -73,6 +73,29 @@ TEST_F(QueueTrackerTest, FollowsItemsThatComeGoAndMoveAtOnce) {
   expectTheSameAsANewSnapshot();
 }
 
+TEST_F(QueueTrackerTest, AsksForTheItemsThatHaveChangedOnly) {
+  module_.put("http://h/a");
+  DownloadItem& changed = module_.put("http://h/b");
+  kindsOfChanges();
+  module_.copied.clear();
+  changed.setPercentDownloaded(1);
+  module_.moveToEnd(0);
+  kindsOfChanges();
+  EXPECT_THAT(module_.copied, ElementsAre(changed.getId()));
+}
+
+TEST_F(QueueTrackerTest, AnItemThatIsRemovedAfterTheLookIsToldByTheNext) {
+  const unsigned int id = module_.put("http://h/a").getId();
+  kindsOfChanges();
+  module_.put("http://h/b");
+  module_.atNextCopy([this] { module_.drop(1); });
+  EXPECT_THAT(kindsOfChanges(), IsEmpty());
+  EXPECT_THAT(kindsOfChanges(), IsEmpty());
+  EXPECT_THAT(news_.removed, IsEmpty()) << "it was never told";
+  ASSERT_EQ(tracker_.queue().size(), 1u);
+  EXPECT_EQ(tracker_.queue()[0].id, id);
+}
+
 TEST_F(QueueTrackerTest, ANewPlaceIsNoChange) {
   for (const char* const url : {"http://h/a", "http://h/b", "http://h/c"}) module_.put(url);
   kindsOfChanges();
