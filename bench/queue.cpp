@@ -1,57 +1,41 @@
 // Saving and loading queues of 10 to 100,000 items, beside the write and the parse of the same
-// bytes that each cannot do without.
+// bytes that each cannot do without; finding items, beside a look through them.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <libxml/parser.h>
 #include <malloc.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "bench/CompletedFilms.h"
 #include "item/DownloadItem.h"
 #include "persistence/DownloadManagerPersistence.h"
 #include "persistence/QueueText.h"
+#include "plugin/DownloadQueue.h"
 #include "tests/support/TempDir.h"
 
 namespace {
 
 using Items = DownloadManagerPersistence::Items;
 
-/// A queue of completed films, as a long one usually is, and its file.
+/// A queue of completed films and its file.
 class Queue {
  public:
-  explicit Queue(std::int64_t size) {
-    for (std::int64_t i = 0; i < size; ++i) {
-      owned_.push_back(film(std::to_wstring(1'000'000 + i)));
-      items_.push_back(owned_.back().get());
-    }
-  }
+  explicit Queue(std::int64_t size) : films_(size) {}
 
-  const Items& items() const { return items_; }
+  const Items& items() const { return films_.items(); }
   std::wstring path() const { return (folder_ / "downloadmanager.xml").wstring(); }
   std::string content() const { return support::readFile(folder_ / "downloadmanager.xml"); }
   std::string otherPath() const { return (folder_ / "other").string(); }
 
  private:
-  static std::unique_ptr<DownloadItem> film(const std::wstring& number) {
-    auto item = std::make_unique<DownloadItem>();
-    const std::wstring name = L"film-" + number + L".avi";
-    item->setTitle(name);
-    item->setUrl(L"http://media.example/films/" + name);
-    item->setPath(L"/home/somebody/films/" + name);
-    item->setContentProviderDisplayName(L"media.example");
-    item->setSize(10'240);
-    item->setPercentDownloaded(100);
-    item->setStatus(DownloadStatusCompleted);
-    return item;
-  }
-
   support::TempDir folder_;
-  std::vector<std::unique_ptr<DownloadItem>> owned_;
-  Items items_;
+  bench::CompletedFilms films_;
 };
 
 void deleteItems(const Items& items) {
@@ -167,6 +151,60 @@ void memory(benchmark::State& state) {
   }
 }
 
+/// The items of a queue that finds them, of which the last is looked for.
+class FoundQueue {
+ public:
+  explicit FoundQueue(std::int64_t size) {
+    const bench::CompletedFilms films(size);
+    for (const auto* const film : films.items()) {
+      queue_.add(std::make_unique<DownloadItem>(film));
+    }
+    items_ = queue_.items();
+    queue_.find(1);  // builds the index
+  }
+
+  const plugin::DownloadQueue& queue() const { return queue_; }
+  const Items& items() const { return items_; }
+  const plugin::DownloadQueue::Item& last() const { return *items_.back(); }
+
+ private:
+  plugin::DownloadQueue queue_;
+  Items items_;
+};
+
+void findId(benchmark::State& state) {
+  const FoundQueue found(state.range(0));
+  const unsigned int id = found.last().getId();
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(found.queue().find(id));
+}
+
+void findAddress(benchmark::State& state) {
+  const FoundQueue found(state.range(0));
+  const std::wstring url = found.last().getUrl();
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(found.queue().findUrl(url));
+}
+
+void findTicket(benchmark::State& state) {
+  const FoundQueue found(state.range(0));
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(found.queue().findTicket("none"));
+}
+
+void findPath(benchmark::State& state) {
+  const FoundQueue found(state.range(0));
+  const std::wstring path = found.last().getPath();
+  for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(found.queue().findPath(path));
+}
+
+/// What a look through the queue takes.
+void findIdByLooking(benchmark::State& state) {
+  const FoundQueue found(state.range(0));
+  const unsigned int id = found.last().getId();
+  for ([[maybe_unused]] auto _ : state) {
+    benchmark::DoNotOptimize(std::find_if(found.items().begin(), found.items().end(),
+                                          [id](const auto* item) { return item->getId() == id; }));
+  }
+}
+
 constexpr std::int64_t kLengths[] = {10, 1'000, 10'000, 100'000};
 
 void lengths(benchmark::internal::Benchmark* benchmark) {
@@ -187,6 +225,11 @@ BENCHMARK(plainWrite)->Apply(lengths)->Unit(benchmark::kMicrosecond);
 BENCHMARK(firstSave)->Apply(lengths)->Unit(benchmark::kMicrosecond);
 BENCHMARK(load)->Apply(lengths)->Unit(benchmark::kMicrosecond);
 BENCHMARK(parse)->Apply(lengths)->Unit(benchmark::kMicrosecond);
+BENCHMARK(findId)->Apply(lengths);
+BENCHMARK(findAddress)->Apply(lengths);
+BENCHMARK(findTicket)->Apply(lengths);
+BENCHMARK(findPath)->Apply(lengths);
+BENCHMARK(findIdByLooking)->Apply(lengths);
 BENCHMARK(memory)->Arg(100'000)->Iterations(1);
 
 }  // namespace

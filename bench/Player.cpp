@@ -1,0 +1,91 @@
+#include "bench/Player.h"
+
+#include <chrono>
+#include <stdexcept>
+
+#include "bench/CompletedFilms.h"
+#include "persistence/DownloadManagerPersistence.h"
+#include "tests/support/TempDir.h"
+
+namespace bench {
+
+namespace fs = std::filesystem;
+using playerx::session::PlayerSession;
+using playerx::session::Request;
+
+namespace {
+
+/// Bytes flow without a notice for each.
+constexpr std::chrono::milliseconds kLongestWait(1);
+
+playerx::session::SessionOptions optionsOf(const fs::path& home, const fs::path& plugins) {
+  fs::remove_all(home);
+  playerx::session::SessionOptions options;
+  options.pluginFolder = plugins;
+  options.dataFolder = home / "data";
+  options.mediaFolder = home / "films";
+  return options;
+}
+
+}  // namespace
+
+void writeQueueFile(const fs::path& file, int completedFilms) {
+  // Elsewhere: the process that saves a file keeps versions of it.
+  const support::TempDir folder;
+  const fs::path written = folder / "queue.xml";
+  DownloadManagerPersistence::writeDownloadQueue(written.wstring(),
+                                                 CompletedFilms(completedFilms).items());
+  fs::create_directories(file.parent_path());
+  fs::copy_file(written, file, fs::copy_options::overwrite_existing);
+}
+
+Player::Player(const fs::path& home, const fs::path& plugins, int completedFilms)
+    : queueFile_(home / "data/downloadmanager.xml"),
+      session_(optionsOf(home, plugins),
+               {[this] { wake(); }, [](const std::string&) { return -1; }}) {
+  if (completedFilms > 0) writeQueueFile(queueFile_, completedFilms);
+}
+
+void Player::open() {
+  const std::string problem = session_.open(PlayerSession::Access::kChange);
+  if (!problem.empty()) throw std::runtime_error(problem);
+  service_ = std::make_unique<playerx::session::QueueService>(
+      session_, [this] { wake(); },
+      [](const std::string& address, const std::stop_token&) {
+        return playerx::reasons::ProbeResult{address, {}, "", 0, 0};
+      },
+      [](const playerx::session::QueueEvent&) {});
+}
+
+void Player::start() { session_.start(); }
+
+void Player::add(const std::string& url) {
+  service_->handle({.action = Request::Action::kAdd, .inputs = {url}});
+}
+
+void Player::waitUntilIdle() {
+  waitUntil([this] { return service_->watch().isIdle(); });
+}
+
+void Player::waitUntil(const std::function<bool()>& condition) {
+  for (service_->update(); !condition(); service_->update()) waitForWake();
+}
+
+std::uint64_t Player::arrived(const std::string& url) const {
+  const auto transfer = session_.findTransfer(url);
+  return transfer ? transfer->arrived : 0;
+}
+
+void Player::wake() {
+  const std::lock_guard lock(mutex_);
+  isWoken_ = true;
+  changed_.notify_one();
+}
+
+void Player::waitForWake() {
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, kLongestWait, [this] { return isWoken_; });
+  isWoken_ = false;
+}
+
+}  // namespace bench
