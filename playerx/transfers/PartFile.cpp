@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "playerx/platform/FileIo.h"
+
 namespace playerx::transfers {
 namespace {
 
@@ -17,21 +19,6 @@ constexpr std::uint64_t kMostLeftFree = 256'000'000;
 
 bool cannotReserve(int error) {
   return error == EOPNOTSUPP || error == ENOSYS || error == EINVAL || error == ENODEV;
-}
-
-// Stores in `*length` how much was written.
-int writeAt(int file, std::uint64_t offset, const char* data, std::size_t* length) {
-  std::size_t done = 0;
-  int error = 0;
-  while (done < *length && error == 0) {
-    const ssize_t written =
-        ::pwrite(file, data + done, *length - done, static_cast<off_t>(offset + done));
-    if (written >= 0) done += static_cast<std::size_t>(written);
-    if (written == 0) error = EIO;
-    if (written < 0 && errno != EINTR) error = errno;
-  }
-  *length = done;
-  return error;
 }
 
 }  // namespace
@@ -59,9 +46,9 @@ int PartFile::flush() {
 
 int PartFile::write(const char* data, std::size_t length) {
   if (written_ + length > reserved_ && !leavesRoom(length)) return ENOSPC;
-  const int error = writeAt(file_.get(), written_, data, &length);
-  written_ += length;
-  return error;
+  const IoResult put = writeFullyAt(file_.get(), data, length, static_cast<std::int64_t>(written_));
+  written_ += put.bytes;
+  return put.error;
 }
 
 // Where the system cannot tell, the disk itself says when it is full.
@@ -109,15 +96,7 @@ void PartFile::releaseReserve() {
 
 bool PartFile::read(std::uint64_t offset, char* data, std::size_t length) {
   if (flush() != 0 || offset > written_ || length > written_ - offset) return false;
-  while (length > 0) {
-    const ssize_t got = ::pread(file_.get(), data, length, static_cast<off_t>(offset));
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return false;
-    data += got;
-    offset += static_cast<std::uint64_t>(got);
-    length -= static_cast<std::size_t>(got);
-  }
-  return true;
+  return readFullyAt(file_.get(), data, length, static_cast<std::int64_t>(offset)).bytes == length;
 }
 
 int PartFile::sync() const { return ::fdatasync(file_.get()) == 0 ? 0 : errno; }
