@@ -4,13 +4,12 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <memory>
 #include <vector>
 
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
+#include "playerx/platform/HiddenFile.h"
 #include "playerx/platform/Rename.h"
-#include "playerx/platform/ReplacementFile.h"
 
 namespace playerx {
 namespace {
@@ -59,11 +58,10 @@ int moveFileByCopying(const fs::path& from, const fs::path& to) {
   if (!S_ISREG(status.st_mode)) return EINVAL;
   removeLeftovers(to);
   int error = 0;
-  const std::unique_ptr<ReplacementFile> copy = ReplacementFile::create(to, error);
-  if (!copy) return error;
-  error = copyContent(source.get(), copy->descriptor());
-  if (error == 0) error = copyModeAndTimes(status, copy->descriptor());
-  if (error == 0) error = copy->claim();
+  HiddenFile copy = HiddenFile::create(to, error);
+  if (error == 0) error = copyContent(source.get(), copy.descriptor());
+  if (error == 0) error = copyModeAndTimes(status, copy.descriptor());
+  if (error == 0) error = copy.claim(to);
   if (error != 0) return error;
   syncFolderOf(to);
   return removeOriginal(from, to);

@@ -103,6 +103,11 @@ HiddenFile HiddenFile::create(const fs::path& target, const std::optional<struct
   }
 }
 
+HiddenFile HiddenFile::create(const fs::path& target, int& error) {
+  const std::optional<struct stat> old = replaceableState(target, error);
+  return error == 0 ? create(target, old, error) : HiddenFile();
+}
+
 HiddenFile::HiddenFile(Descriptor file, fs::path name)
     : file_(std::move(file)), name_(std::move(name)) {
   if (file_) lockFile(file_.get(), LOCK_EX | LOCK_NB);

@@ -26,6 +26,10 @@ class HiddenFile {
   static HiddenFile create(const std::filesystem::path& target,
                            const std::optional<struct stat>& old, int& error);
 
+  /// The same for a target that may be replaced or does not exist yet; otherwise the error number
+  /// of `replaceableState`.
+  static HiddenFile create(const std::filesystem::path& target, int& error);
+
   /// An existing file; locks it if it is not locked yet. `file` may be empty.
   HiddenFile(Descriptor file, std::filesystem::path name);
 

@@ -5,12 +5,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <memory>
 #include <vector>
 
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
-#include "playerx/platform/ReplacementFile.h"
+#include "playerx/platform/HiddenFile.h"
 
 namespace playerx::transfers {
 namespace {
@@ -41,12 +40,12 @@ int copyFilm(const fs::path& from, const fs::path& to, const FilmMark& mark,
   if (!source) return errno;
   removeLeftovers(to);
   int error = 0;
-  const std::unique_ptr<ReplacementFile> copy = ReplacementFile::create(to, error);
-  if (!copy) return error;
+  HiddenFile copy = HiddenFile::create(to, error);
+  if (error != 0) return error;
   // Without extended attributes the film does without its mark.
-  if (const int unmarked = writeMark(copy->descriptor(), mark); unmarked != 0) errno = 0;
-  error = copyBytes(source.get(), copy->descriptor(), isCancelled);
-  return error == 0 ? copy->claim() : error;
+  if (const int unmarked = writeMark(copy.descriptor(), mark); unmarked != 0) errno = 0;
+  error = copyBytes(source.get(), copy.descriptor(), isCancelled);
+  return error == 0 ? copy.claim(to) : error;
 }
 
 }  // namespace playerx::transfers

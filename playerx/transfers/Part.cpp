@@ -13,7 +13,7 @@
 #include <string_view>
 #include <utility>
 
-#include "playerx/platform/ReplacementFile.h"
+#include "playerx/platform/HiddenFile.h"
 #include "playerx/transfers/Address.h"
 
 namespace playerx::transfers {

@@ -4,11 +4,10 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <memory>
 
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
-#include "playerx/platform/ReplacementFile.h"
+#include "playerx/platform/HiddenFile.h"
 
 namespace playerx::transfers {
 namespace {
@@ -19,11 +18,11 @@ constexpr std::size_t kMostBytes = std::size_t{1} << 20U;
 
 int replaceSmallFile(const std::filesystem::path& file, std::string_view content) {
   int error = 0;
-  const std::unique_ptr<ReplacementFile> fresh = ReplacementFile::create(file, error);
-  if (!fresh) return error;
-  if (::fchmod(fresh->descriptor(), S_IRUSR | S_IWUSR) != 0) errno = 0;
-  error = writeFully(fresh->descriptor(), content.data(), content.size()).error;
-  return error == 0 ? fresh->replace() : error;
+  HiddenFile fresh = HiddenFile::create(file, error);
+  if (error != 0) return error;
+  if (::fchmod(fresh.descriptor(), S_IRUSR | S_IWUSR) != 0) errno = 0;
+  error = writeFully(fresh.descriptor(), content.data(), content.size()).error;
+  return error == 0 ? fresh.replace(file) : error;
 }
 
 std::string readSmallFile(const std::filesystem::path& file) {

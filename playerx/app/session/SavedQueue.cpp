@@ -16,7 +16,7 @@
 #include "kvpm/File.h"
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
-#include "playerx/platform/ReplacementFile.h"
+#include "playerx/platform/HiddenFile.h"
 
 namespace playerx::session {
 
@@ -196,11 +196,11 @@ std::string SavedQueue::unsavedChanges(DownloadManagerInterface& manager) const 
 /// Returns 0 or the error number (`errno` values) with which it failed.
 int SavedQueue::tryToReplace() const {
   int error = 0;
-  const std::unique_ptr<ReplacementFile> trial = ReplacementFile::create(file_, error);
-  if (trial == nullptr) return error;
+  const HiddenFile trial = HiddenFile::create(file_, error);
+  if (error != 0) return error;
   std::error_code isMissing;
   const std::uintmax_t size = std::filesystem::file_size(file_, isMissing);
-  return takeRoom(trial->descriptor(), (isMissing ? 0 : size) + kRoomToGrow);
+  return takeRoom(trial.descriptor(), (isMissing ? 0 : size) + kRoomToGrow);
 }
 
 std::vector<std::string> SavedQueue::filesSetAside() const {

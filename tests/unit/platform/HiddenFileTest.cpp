@@ -2,25 +2,26 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 
 #include "playerx/platform/FileIo.h"
-#include "playerx/platform/ReplacementFile.h"
+#include "playerx/platform/HiddenFile.h"
 #include "tests/support/TempDir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using playerx::ReplacementFile;
+using playerx::HiddenFile;
 using support::readFile;
 using support::TempDir;
 
-std::unique_ptr<ReplacementFile> begin(const fs::path& target, const std::string& content) {
+std::optional<HiddenFile> begin(const fs::path& target, const std::string& content) {
   int error = -1;
-  auto file = ReplacementFile::create(target, error);
+  HiddenFile file = HiddenFile::create(target, error);
   EXPECT_EQ(error, 0);
-  if (file) playerx::writeFully(file->descriptor(), content.data(), content.size());
+  playerx::writeFully(file.descriptor(), content.data(), content.size());
   return file;
 }
 
@@ -34,18 +35,18 @@ std::set<std::string> namesIn(const TempDir& folder) {
 
 using Names = std::set<std::string>;
 
-TEST(ReplacementFile, LiesBesideTheTargetUntilItReplacesIt) {
+TEST(HiddenFile, LiesBesideTheTargetUntilItReplacesIt) {
   const TempDir folder;
   folder.write("queue.xml", "old");
-  const auto file = begin(folder / "queue.xml", "new");
+  auto file = begin(folder / "queue.xml", "new");
   EXPECT_EQ(namesIn(folder).size(), 2U);
   EXPECT_EQ(readFile(folder / "queue.xml"), "old");
-  EXPECT_EQ(file->replace(), 0);
+  EXPECT_EQ(file->replace(folder / "queue.xml"), 0);
   EXPECT_EQ(namesIn(folder), Names{"queue.xml"});
   EXPECT_EQ(readFile(folder / "queue.xml"), "new");
 }
 
-TEST(ReplacementFile, IsDeletedWithItsOwner) {
+TEST(HiddenFile, IsDeletedWithItsOwner) {
   const TempDir folder;
   folder.write("queue.xml", "old");
   begin(folder / "queue.xml", "new").reset();
@@ -53,30 +54,30 @@ TEST(ReplacementFile, IsDeletedWithItsOwner) {
   EXPECT_EQ(readFile(folder / "queue.xml"), "old");
 }
 
-TEST(ReplacementFile, ClaimsAFreeName) {
+TEST(HiddenFile, ClaimsAFreeName) {
   const TempDir folder;
-  EXPECT_EQ(begin(folder / "film", "new")->claim(), 0);
+  EXPECT_EQ(begin(folder / "film", "new")->claim(folder / "film"), 0);
   EXPECT_EQ(readFile(folder / "film"), "new");
 }
 
-TEST(ReplacementFile, DoesNotClaimATakenName) {
+TEST(HiddenFile, DoesNotClaimATakenName) {
   const TempDir folder;
   auto file = begin(folder / "film", "new");
   folder.write("film", "old");
-  EXPECT_EQ(file->claim(), EEXIST);
+  EXPECT_EQ(file->claim(folder / "film"), EEXIST);
   file.reset();
   EXPECT_EQ(namesIn(folder), Names{"film"});
   EXPECT_EQ(readFile(folder / "film"), "old");
 }
 
-TEST(ReplacementFile, FailsWhenItsHiddenNameIsGone) {
+TEST(HiddenFile, FailsWhenItsHiddenNameIsGone) {
   const TempDir folder;
   folder.write("queue.xml", "old");
   auto file = begin(folder / "queue.xml", "new");
   for (const std::string& name : namesIn(folder)) {
     if (name != "queue.xml") fs::remove(folder / name);
   }
-  EXPECT_EQ(file->replace(), ENOENT);
+  EXPECT_EQ(file->replace(folder / "queue.xml"), ENOENT);
   EXPECT_EQ(readFile(folder / "queue.xml"), "old");
 }
 
@@ -90,10 +91,10 @@ TEST(Leftovers, OfDeadWritersAreRemoved) {
 
 TEST(Leftovers, OfALivingWriterStay) {
   const TempDir folder;
-  const auto file = begin(folder / "queue.xml", "new");
+  auto file = begin(folder / "queue.xml", "new");
   playerx::removeLeftovers(folder / "queue.xml");
   EXPECT_EQ(namesIn(folder).size(), 1U);
-  EXPECT_EQ(file->replace(), 0);
+  EXPECT_EQ(file->replace(folder / "queue.xml"), 0);
 }
 
 TEST(Leftovers, DoNotIncludeFilesOfOtherNames) {
