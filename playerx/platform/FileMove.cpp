@@ -42,11 +42,6 @@ int removeOriginal(const fs::path& from, const fs::path& copy) {
   return error;
 }
 
-bool isTaken(const fs::path& path) {
-  struct stat status {};
-  return ::lstat(path.c_str(), &status) == 0;
-}
-
 }  // namespace
 
 int moveFileByCopying(const fs::path& from, const fs::path& to) {

@@ -129,9 +129,7 @@ int HiddenFile::claim(const fs::path& target) {
 
 int HiddenFile::exchange(const fs::path& target) {
   if (const int error = reportLateErrors(file_.get()); error != 0) return error;
-  const int result =
-      ::renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target.c_str(), RENAME_EXCHANGE);
-  return onRenamed(result == 0 ? 0 : errno);
+  return onRenamed(exchangeNames(name_, target));
 }
 
 int HiddenFile::onRenamed(int error) {

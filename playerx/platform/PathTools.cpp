@@ -13,6 +13,7 @@
 #include "playerx/platform/FileMove.h"
 #include "playerx/platform/FileSync.h"
 #include "playerx/platform/NativePath.h"
+#include "playerx/platform/Rename.h"
 #include "playerx/platform/VersionRecord.h"
 
 namespace kvpm {
@@ -72,8 +73,7 @@ std::wstring PathTools::getDirectory(const std::wstring& path) {
 
 bool PathTools::fileExists(const std::wstring& path) {
   const auto native = playerx::nativePath(path);
-  struct stat status {};
-  return native && ::lstat(native->c_str(), &status) == 0;
+  return native && playerx::isTaken(*native);
 }
 
 std::uint64_t PathTools::getFileSize(const std::wstring& path) {

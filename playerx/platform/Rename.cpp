@@ -1,6 +1,7 @@
 #include "playerx/platform/Rename.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -28,6 +29,11 @@ int undo(const fs::path& added) {
 
 }  // namespace
 
+bool isTaken(const fs::path& path) {
+  struct stat status {};
+  return ::lstat(path.c_str(), &status) == 0;
+}
+
 int renameInOneStep(const fs::path& from, const fs::path& to) {
   const int result = ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
   return result == 0 ? 0 : errno;
@@ -50,6 +56,11 @@ int renameWithoutOverwriting(const fs::path& from, const fs::path& to) {
   if (isUnsupported(error)) error = renameBySecondName(from, to);
   if (isUnsupported(error)) error = renameOntoPlaceholder(from, to);
   return error;
+}
+
+int exchangeNames(const fs::path& one, const fs::path& other) {
+  const int result = ::renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE);
+  return result == 0 ? 0 : errno;
 }
 
 }  // namespace playerx

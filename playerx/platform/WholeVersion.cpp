@@ -6,13 +6,13 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <optional>
 #include <utility>
 
 #include "playerx/platform/BlockHashes.h"
 #include "playerx/platform/HiddenFile.h"
 #include "playerx/platform/NativePath.h"
+#include "playerx/platform/Rename.h"
 #include "playerx/platform/VersionRecord.h"
 
 namespace playerx {
@@ -54,7 +54,7 @@ Descriptor openNewestHidden(const fs::path& target, int& error) {
   if (error == 0 && !best.file) error = ENOENT;
   if (error != 0) return {};
   // For readers that open the file by its name. A failure is harmless here.
-  ::renameat2(AT_FDCWD, best.name.c_str(), AT_FDCWD, target.c_str(), RENAME_EXCHANGE);
+  exchangeNames(best.name, target);
   return std::move(best.file);
 }
 

@@ -1,7 +1,6 @@
 #include "playerx/transfers/FilmCopy.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,6 +9,7 @@
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
 #include "playerx/platform/HiddenFile.h"
+#include "playerx/platform/Rename.h"
 
 namespace playerx::transfers {
 namespace {
@@ -34,8 +34,7 @@ int copyBytes(int from, int to, const std::atomic<bool>& isCancelled) {
 
 int copyFilm(const fs::path& from, const fs::path& to, const FilmMark& mark,
              const std::atomic<bool>& isCancelled) {
-  struct stat taken {};
-  if (::lstat(to.c_str(), &taken) == 0) return EEXIST;
+  if (isTaken(to)) return EEXIST;
   const Descriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
   if (!source) return errno;
   removeLeftovers(to);

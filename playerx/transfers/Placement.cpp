@@ -1,7 +1,6 @@
 #include "playerx/transfers/Placement.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QCryptographicHash>
@@ -24,11 +23,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr unsigned kMostVariants = 10'000;
-
-bool isTaken(const fs::path& path) {
-  struct stat status {};
-  return ::lstat(path.c_str(), &status) == 0;
-}
 
 bool needsCopy(int error) { return error == EXDEV || error == EPERM || error == EOPNOTSUPP; }
 
