@@ -1,6 +1,5 @@
 #include "plugin/Confirmations.h"
 
-#include <chrono>
 #include <system_error>
 #include <utility>
 
@@ -8,9 +7,6 @@
 
 namespace plugin {
 namespace {
-
-/// The longest that a report waits without looking; an event wakes it at once.
-constexpr std::chrono::milliseconds kInterval{500};
 
 thread_local bool isTelling = false;
 
@@ -32,7 +28,7 @@ void Confirmations::confirm(long ticketId, std::uint64_t bytes,
   for (;;) {
     const EventCount::Ticket ticket = events_.ticket();
     if (isTold(number) || !mayWait()) return;
-    events_.wait(ticket, kInterval);
+    events_.wait(ticket);
   }
 }
 

@@ -26,7 +26,10 @@ class EventCount {
   void raise();
 
   /// Returns when an event is raised after `ticket` was taken, and after `longest` at the latest.
-  void wait(Ticket ticket, std::chrono::milliseconds longest) const;
+  void wait(Ticket ticket, std::chrono::milliseconds longest = kLongestWait) const;
+
+  /// How long a wait lasts that no event ends: the caller then looks for itself.
+  static constexpr std::chrono::milliseconds kLongestWait{500};
 
  private:
   mutable kvpm::Mutex mutex_;

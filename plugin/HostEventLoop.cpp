@@ -3,12 +3,13 @@
 #include <QCoreApplication>
 #include <QThread>
 
+#include "plugin/EventCount.h"
+
 namespace plugin {
 namespace {
 
 /// Short enough for a window to repaint smoothly.
 constexpr std::chrono::milliseconds kFrame{20};
-constexpr std::chrono::milliseconds kNoFrames{500};
 
 bool isLoopThread() {
   const QCoreApplication* const application = QCoreApplication::instance();
@@ -22,7 +23,7 @@ void HostEventLoop::process() {
 }
 
 std::chrono::milliseconds HostEventLoop::longestSleep() {
-  return isLoopThread() ? kFrame : kNoFrames;
+  return isLoopThread() ? kFrame : EventCount::kLongestWait;
 }
 
 }  // namespace plugin

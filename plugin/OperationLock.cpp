@@ -1,23 +1,15 @@
 #include "plugin/OperationLock.h"
 
-#include <chrono>
-
 #include "download/BackgroundThread.h"
 
 namespace plugin {
-namespace {
-
-/// The longest that a wait sleeps without looking; an event wakes it at once.
-constexpr std::chrono::milliseconds kInterval{500};
-
-}  // namespace
 
 bool OperationLock::enter() {
   for (;;) {
     const EventCount::Ticket ticket = turns_.ticket();
     if (tryEnter()) return true;
     if (isBackgroundAwaited() && download::BackgroundThread::isCurrent()) return false;
-    turns_.wait(ticket, kInterval);
+    turns_.wait(ticket);
   }
 }
 

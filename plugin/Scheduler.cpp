@@ -1,16 +1,11 @@
 #include "plugin/Scheduler.h"
 
-#include <chrono>
-
 #include "download/BackgroundThread.h"
 #include "kvpm/TimeTools.h"
 #include "plugin/StatusGroups.h"
 
 namespace plugin {
 namespace {
-
-/// The longest that the scheduler sleeps without looking; an event wakes it at once.
-constexpr std::chrono::milliseconds kIdleInterval{500};
 
 /// How often the end of the thread is looked for. Its last event comes before its end, so nothing
 /// announces the end itself.
@@ -42,7 +37,7 @@ void Scheduler::runThread(kvpm::Thread*) {
       hasRun = runNext();
     } catch (...) {  // a view that throws, or no memory: another pass may fare better
     }
-    if (!hasRun) queue_.events().wait(ticket, kIdleInterval);
+    if (!hasRun) queue_.events().wait(ticket);
   }
 }
 
@@ -103,7 +98,7 @@ bool Scheduler::enterUnlessStopped() {
     const EventCount::Ticket ticket = queue_.events().ticket();
     if (lock_.tryEnter()) return true;
     if (thread_.shouldStop()) return false;
-    queue_.events().wait(ticket, kIdleInterval);
+    queue_.events().wait(ticket);
   }
 }
 
