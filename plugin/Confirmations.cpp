@@ -26,9 +26,9 @@ void Confirmations::confirm(long ticketId, std::uint64_t bytes,
     }
   }
   for (;;) {
-    const EventCount::Ticket ticket = events_.ticket();
+    const EventCount::Key key = events_.key();
     if (isTold(number) || !mayWait()) return;
-    events_.wait(ticket);
+    events_.wait(key);
   }
 }
 

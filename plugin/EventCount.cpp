@@ -2,7 +2,7 @@
 
 namespace plugin {
 
-EventCount::Ticket EventCount::ticket() const {
+EventCount::Key EventCount::key() const {
   const kvpm::MutexLock lock(mutex_);
   return count_;
 }
@@ -15,10 +15,10 @@ void EventCount::raise() {
   raised_.notify_all();
 }
 
-void EventCount::wait(Ticket ticket, std::chrono::milliseconds longest) const {
+void EventCount::wait(Key key, std::chrono::milliseconds longest) const {
   const auto deadline = std::chrono::steady_clock::now() + longest;
   const kvpm::MutexLock lock(mutex_);
-  while (count_ == ticket) {
+  while (count_ == key) {
     if (raised_.wait_until(mutex_, deadline) == std::cv_status::timeout) return;
   }
 }

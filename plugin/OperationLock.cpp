@@ -6,10 +6,10 @@ namespace plugin {
 
 bool OperationLock::enter() {
   for (;;) {
-    const EventCount::Ticket ticket = turns_.ticket();
+    const EventCount::Key key = turns_.key();
     if (tryEnter()) return true;
     if (isBackgroundAwaited() && download::BackgroundThread::isCurrent()) return false;
-    turns_.wait(ticket);
+    turns_.wait(key);
   }
 }
 

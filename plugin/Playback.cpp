@@ -71,13 +71,13 @@ DownloadStatusEnumType Playback::restartWith(const ItemState& item) {
 /// one that the transfer needs.
 bool Playback::waitUntilFlowing(unsigned int id) {
   while (!transfers_.isClosing()) {
-    const EventCount::Ticket ticket = queue_.events().ticket();
+    const EventCount::Key key = queue_.events().key();
     const std::optional<ItemState> item = queue_.state(id);
     if (!item) return false;
     if (!isAboutToFlow(item->status)) return true;
     if (lock_.isHeldByCaller() || download::BackgroundThread::isCurrent()) return false;
     HostEventLoop::process();
-    queue_.events().wait(ticket, HostEventLoop::longestSleep());
+    queue_.events().wait(key, HostEventLoop::longestSleep());
   }
   return false;
 }

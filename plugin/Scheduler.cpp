@@ -31,13 +31,13 @@ void Scheduler::stop() {
 void Scheduler::runThread(kvpm::Thread*) {
   const download::BackgroundThread mark;
   while (!thread_.shouldStop()) {
-    const EventCount::Ticket ticket = queue_.events().ticket();
+    const EventCount::Key key = queue_.events().key();
     bool hasRun = false;
     try {
       hasRun = runNext();
     } catch (...) {  // a view that throws, or no memory: another pass may fare better
     }
-    if (!hasRun) queue_.events().wait(ticket);
+    if (!hasRun) queue_.events().wait(key);
   }
 }
 
@@ -95,10 +95,10 @@ std::optional<unsigned int> Scheduler::candidate() {
 /// that asks may hold the lock. It gives way to nothing else: the outcome would be lost.
 bool Scheduler::enterUnlessStopped() {
   for (;;) {
-    const EventCount::Ticket ticket = queue_.events().ticket();
+    const EventCount::Key key = queue_.events().key();
     if (lock_.tryEnter()) return true;
     if (thread_.shouldStop()) return false;
-    queue_.events().wait(ticket);
+    queue_.events().wait(key);
   }
 }
 

@@ -12,36 +12,36 @@ using std::chrono::steady_clock;
 
 constexpr milliseconds kForever{60'000};
 
-TEST(EventCount, AnEventAfterTheTicketEndsTheWaitAtOnce) {
+TEST(EventCount, AnEventAfterTheKeyEndsTheWaitAtOnce) {
   EventCount events;
-  const EventCount::Ticket ticket = events.ticket();
+  const EventCount::Key key = events.key();
   events.raise();
-  events.wait(ticket, kForever);
-  EXPECT_NE(events.ticket(), ticket);
+  events.wait(key, kForever);
+  EXPECT_NE(events.key(), key);
 }
 
 TEST(EventCount, AnEventDuringTheWaitEndsIt) {
   EventCount events;
-  const EventCount::Ticket ticket = events.ticket();
+  const EventCount::Key key = events.key();
   std::thread other([&events] { events.raise(); });
-  events.wait(ticket, kForever);
-  EXPECT_NE(events.ticket(), ticket);
+  events.wait(key, kForever);
+  EXPECT_NE(events.key(), key);
   other.join();
 }
 
-TEST(EventCount, AnEventBeforeTheTicketEndsNothing) {
+TEST(EventCount, AnEventBeforeTheKeyEndsNothing) {
   EventCount events;
   events.raise();
   const auto begin = steady_clock::now();
-  events.wait(events.ticket(), milliseconds(20));
+  events.wait(events.key(), milliseconds(20));
   EXPECT_GE(steady_clock::now() - begin, milliseconds(20));
 }
 
 TEST(EventCount, OneEventEndsEveryWait) {
   EventCount events;
-  const EventCount::Ticket ticket = events.ticket();
-  std::thread one([&] { events.wait(ticket, kForever); });
-  std::thread other([&] { events.wait(ticket, kForever); });
+  const EventCount::Key key = events.key();
+  std::thread one([&] { events.wait(key, kForever); });
+  std::thread other([&] { events.wait(key, kForever); });
   events.raise();
   one.join();
   other.join();

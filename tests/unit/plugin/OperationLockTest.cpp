@@ -55,20 +55,20 @@ TEST_F(OperationLockTest, IsHeldUntilItWasLeftAsOftenAsEntered) {
 }
 
 TEST_F(OperationLockTest, RaisesAnEventWhenItIsFreeAgain) {
-  const EventCount::Ticket ticket = events_.ticket();
+  const EventCount::Key key = events_.key();
   enter();
   enter();
   leave();
-  EXPECT_EQ(events_.ticket(), ticket) << "not yet";
+  EXPECT_EQ(events_.key(), key) << "not yet";
   leave();
-  EXPECT_NE(events_.ticket(), ticket);
+  EXPECT_NE(events_.key(), key);
 }
 
 TEST_F(OperationLockTest, RaisesNoneWhenItIsGivenBackQuietly) {
-  const EventCount::Ticket ticket = events_.ticket();
+  const EventCount::Key key = events_.key();
   ASSERT_TRUE(lock_.tryEnter());
   lock_.leaveQuietly();
-  EXPECT_EQ(events_.ticket(), ticket);
+  EXPECT_EQ(events_.key(), key);
   EXPECT_TRUE(canBeTakenElsewhere());
 }
 
@@ -119,12 +119,12 @@ TEST_F(OperationLockTest, ABackgroundThreadThatIsWaitedForStillTakesAFreeLock) {
 }
 
 TEST_F(OperationLockTest, KnowsWhetherTheBackgroundIsWaitedFor) {
-  const EventCount::Ticket ticket = events_.ticket();
+  const EventCount::Key key = events_.key();
   EXPECT_FALSE(lock_.isBackgroundAwaited());
   {
     const OperationLock::WaitForBackground wait(lock_);
     EXPECT_TRUE(lock_.isBackgroundAwaited());
-    EXPECT_NE(events_.ticket(), ticket);
+    EXPECT_NE(events_.key(), key);
   }
   EXPECT_FALSE(lock_.isBackgroundAwaited());
 }
