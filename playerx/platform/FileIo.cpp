@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <vector>
 
 #include "playerx/platform/Descriptor.h"
 
@@ -61,6 +62,17 @@ IoResult writeFullyAt(int file, const void* buffer, std::size_t length, std::int
                      return ::pwrite(file, static_cast<const char*>(buffer) + at, count,
                                      position + signedSize(at));
                    }));
+}
+
+int copyRest(int from, int to, const std::atomic<bool>& isCancelled) {
+  std::vector<char> buffer(std::size_t{1} << 20U);
+  while (!isCancelled) {
+    const IoResult got = readFully(from, buffer.data(), buffer.size());
+    if (got.error != 0 || got.bytes == 0) return got.error;
+    const IoResult put = writeFully(to, buffer.data(), got.bytes);
+    if (put.error != 0) return put.error;
+  }
+  return ECANCELED;
 }
 
 int syncFolderOf(const std::filesystem::path& file) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -23,6 +24,10 @@ IoResult writeFully(int file, const void* buffer, std::size_t length);
 
 /// As `writeFully`, from `position` on; the file's own position stays.
 IoResult writeFullyAt(int file, const void* buffer, std::size_t length, std::int64_t position);
+
+/// Copies the rest of one file to another, from the position of each. Returns 0 or an error number;
+/// ECANCELED once `isCancelled` is set by another thread.
+int copyRest(int from, int to, const std::atomic<bool>& isCancelled = false);
 
 /// Syncs the folder that holds `file` before it returns. Returns 0 or an error number.
 int syncFolderOf(const std::filesystem::path& file);

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <vector>
 
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
@@ -15,18 +14,6 @@ namespace playerx {
 namespace {
 
 namespace fs = std::filesystem;
-
-int copyContent(int from, int to) {
-  std::vector<char> buffer(std::size_t{1} << 20U);
-  while (true) {
-    const IoResult got = readFully(from, buffer.data(), buffer.size());
-    if (got.error != 0) return got.error;
-    if (got.bytes == 0) return 0;
-    if (const IoResult put = writeFully(to, buffer.data(), got.bytes); put.error != 0) {
-      return put.error;
-    }
-  }
-}
 
 int copyModeAndTimes(const struct stat& from, int to) {
   const struct timespec times[] = {from.st_atim, from.st_mtim};
@@ -54,7 +41,7 @@ int moveFileByCopying(const fs::path& from, const fs::path& to) {
   removeLeftovers(to);
   int error = 0;
   HiddenFile copy = HiddenFile::create(to, error);
-  if (error == 0) error = copyContent(source.get(), copy.descriptor());
+  if (error == 0) error = copyRest(source.get(), copy.descriptor());
   if (error == 0) error = copyModeAndTimes(status, copy.descriptor());
   if (error == 0) error = copy.claim(to);
   if (error != 0) return error;

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <vector>
 
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
@@ -12,25 +11,8 @@
 #include "playerx/platform/Rename.h"
 
 namespace playerx::transfers {
-namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::size_t kPiece = std::size_t{4} << 20U;
-
-int copyBytes(int from, int to, const std::atomic<bool>& isCancelled) {
-  std::vector<char> buffer(kPiece);
-  while (!isCancelled) {
-    const IoResult got = readFully(from, buffer.data(), buffer.size());
-    if (got.error != 0) return got.error;
-    if (got.bytes == 0) return ::fsync(to) == 0 ? 0 : errno;
-    const IoResult put = writeFully(to, buffer.data(), got.bytes);
-    if (put.error != 0) return put.error;
-  }
-  return ECANCELED;
-}
-
-}  // namespace
 
 int copyFilm(const fs::path& from, const fs::path& to, const FilmMark& mark,
              const std::atomic<bool>& isCancelled) {
@@ -43,7 +25,8 @@ int copyFilm(const fs::path& from, const fs::path& to, const FilmMark& mark,
   if (error != 0) return error;
   // Without extended attributes the film does without its mark.
   if (const int unmarked = writeMark(copy.descriptor(), mark); unmarked != 0) errno = 0;
-  error = copyBytes(source.get(), copy.descriptor(), isCancelled);
+  error = copyRest(source.get(), copy.descriptor(), isCancelled);
+  if (error == 0 && ::fsync(copy.descriptor()) != 0) error = errno;
   return error == 0 ? copy.claim(to) : error;
 }
 

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <unistd.h>
@@ -11,6 +12,7 @@
 
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
+#include "tests/support/TempDir.h"
 #include "tests/support/WaitFor.h"
 
 namespace {
@@ -45,6 +47,37 @@ struct Pipe {
   Descriptor reading;
   Descriptor writing;
 };
+
+struct CopyRest : testing::Test {
+  Descriptor open(const char* name, int flags) const {
+    return Descriptor(::open((folder.path() / name).c_str(), flags | O_CLOEXEC, 0600));
+  }
+  support::TempDir folder;
+};
+
+TEST_F(CopyRest, BeginsAtThePositionOfEach) {
+  folder.write("from", "0123456789");
+  folder.write("to", "abc");
+  const Descriptor from = open("from", O_RDONLY);
+  const Descriptor to = open("to", O_WRONLY | O_APPEND);
+  ::lseek(from.get(), 4, SEEK_SET);
+  EXPECT_EQ(playerx::copyRest(from.get(), to.get()), 0);
+  EXPECT_EQ(support::readFile(folder.path() / "to"), "abc456789");
+}
+
+TEST_F(CopyRest, CopiesNothingOnceItIsCancelled) {
+  folder.write("from", "0123456789");
+  const Descriptor from = open("from", O_RDONLY);
+  const Descriptor to = open("to", O_WRONLY | O_CREAT);
+  EXPECT_EQ(playerx::copyRest(from.get(), to.get(), true), ECANCELED);
+  EXPECT_EQ(support::readFile(folder.path() / "to"), "");
+}
+
+TEST_F(CopyRest, TellsWhyAFileCannotBeWritten) {
+  folder.write("from", "0123456789");
+  const Descriptor from = open("from", O_RDONLY);
+  EXPECT_EQ(playerx::copyRest(from.get(), from.get()), EBADF);
+}
 
 TEST(FileIo, ReadingContinuesAfterShortReadsAndInterruptions) {
   const Interrupting interrupting;
