@@ -51,7 +51,8 @@ void Transfer::begin() {
 }
 
 void Transfer::onOpened() {
-  if (phase_ != Phase::kOpening) return;
+  // What was stopped before it was opened has neither partial nor failure; the stop is on its way.
+  if (phase_ != Phase::kOpening || session_->stopped) return;
   const Opened& opened = slot_->opened;
   if (!opened.film.empty()) {
     std::error_code ignored;

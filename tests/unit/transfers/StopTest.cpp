@@ -81,6 +81,21 @@ TEST_F(StopTest, TwiceIsOnce) {
   EXPECT_TRUE(support::waitFor([&] { return report(uid).phase == TransferPhase::kStopped; }));
 }
 
+TEST_F(StopTest, AtAnyMomentOfTheStartIsNoFailure) {
+  FilmServer server(filmOf(kSize));
+  for (int i = 0; i < 600; ++i) {
+    const std::chrono::microseconds delay(i % 100);
+    const auto uid = start(server.url());
+    const auto moment = Clock::now() + delay;
+    while (Clock::now() < moment) {
+    }
+    downloads_->stopSession(uid);
+    EXPECT_TRUE(support::waitFor([&] { return report(uid).phase >= TransferPhase::kComplete; }));
+    ASSERT_NE(report(uid).phase, TransferPhase::kBroken)
+        << delay.count() << " microseconds after it";
+  }
+}
+
 TEST_F(StopTest, NothingIsReportedAfterwards) {
   Gate gate;
   FilmServer server(filmOf(kSize));
