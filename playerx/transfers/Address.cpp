@@ -104,6 +104,10 @@ std::optional<Address> parseAddress(const std::string& urlUtf8) {
   return address;
 }
 
+std::string fileNameOf(const Address& address) {
+  return unescaped(address.place.substr(address.place.rfind('/') + 1));
+}
+
 SplitAddress splitCredentials(const std::string& url) {
   const std::size_t scheme = url.find("://");
   if (scheme == std::string::npos) return {url};

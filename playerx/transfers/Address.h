@@ -20,6 +20,9 @@ struct Address {
 /// escaped. Returns nullopt for everything else, above all for text with control characters.
 std::optional<Address> parseAddress(const std::string& urlUtf8);
 
+/// The last name of the address's path, without escapes; may be empty.
+std::string fileNameOf(const Address& address);
+
 /// An address without the user name and the password that it named, both without escapes.
 struct SplitAddress {
   std::string address{};

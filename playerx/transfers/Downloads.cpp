@@ -96,4 +96,10 @@ bool Downloads::takeBack(const std::string& filmUtf8, const std::string& downloa
   return transfers::takeBack(filmUtf8, downloadFolderUtf8);
 }
 
+bool Downloads::takeBackFilmOf(const std::string& urlUtf8, const std::string& moviesFolderUtf8,
+                               const std::string& downloadFolderUtf8) {
+  const std::optional<Address> address = parseAddress(urlUtf8);
+  return address && transfers::takeBackFilmOf(*address, moviesFolderUtf8, downloadFolderUtf8);
+}
+
 }  // namespace playerx::transfers

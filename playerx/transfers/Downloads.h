@@ -39,6 +39,8 @@ class Downloads : public KPB::DownloadInterface, public TransferSettings, public
   bool setFilmOptions(const std::string& urlUtf8, const FilmOptions& options) override;
 
   bool takeBack(const std::string& filmUtf8, const std::string& downloadFolderUtf8) override;
+  bool takeBackFilmOf(const std::string& urlUtf8, const std::string& moviesFolderUtf8,
+                      const std::string& downloadFolderUtf8) override;
 
   TransferReports& reports() { return book_; }
 

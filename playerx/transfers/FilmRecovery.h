@@ -23,6 +23,11 @@ class FilmRecovery {
   /// arriving films: the next session of its address finds it there, whole, and places it under
   /// the name that the queue has for it instead of beside itself. Returns whether it did.
   virtual bool takeBack(const std::string& filmUtf8, const std::string& downloadFolderUtf8) = 0;
+
+  /// The same for a film of which the queue knows no file, or nothing at all: the film of this
+  /// address, when it lies in the movies folder under the name that its address gives it.
+  virtual bool takeBackFilmOf(const std::string& urlUtf8, const std::string& moviesFolderUtf8,
+                              const std::string& downloadFolderUtf8) = 0;
 };
 
 }  // namespace playerx

@@ -160,4 +160,12 @@ bool takeBack(const fs::path& film, const fs::path& folder) {
   return false;
 }
 
+bool takeBackFilmOf(const Address& address, const fs::path& movies, const fs::path& folder) {
+  const std::string name = fileNameOf(address);
+  if (name.find('/') != std::string::npos) return false;
+  const fs::path film = movies / name;
+  const std::optional<FilmMark> mark = readMark(film);
+  return mark && mark->address == digestOf(address.remembered) && takeBack(film, folder);
+}
+
 }  // namespace playerx::transfers

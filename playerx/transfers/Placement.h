@@ -43,4 +43,8 @@ Placed placeFilmAgain(const std::filesystem::path& film, const DownloadRequest& 
 /// Returns whether it did.
 bool takeBack(const std::filesystem::path& film, const std::filesystem::path& folder);
 
+/// The same for the film of an address that lies in `movies` under the name of its address.
+bool takeBackFilmOf(const Address& address, const std::filesystem::path& movies,
+                    const std::filesystem::path& folder);
+
 }  // namespace playerx::transfers

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 #include <map>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -129,6 +130,30 @@ TEST_F(KilledTest, AFilmWhoseLastByteHasComeIsNotFetchedAgain) {
     if (HasFailure()) return;
   }
   expectThatNothingWasLeftOut("film.avi");
+}
+
+/// Gives the queue back what it held before it knew where its film goes.
+void forgetPaths(const std::filesystem::path& queueFile) {
+  const std::regex path("filePath=\"[^\"]*\"");
+  const std::string forgotten = "filePath=\"\"";
+  support::writeFile(queueFile, std::regex_replace(support::readFile(queueFile), path, forgotten));
+}
+
+TEST_F(KilledTest, AFilmThatTheQueueHasForgottenGetsItsNameAllTheSame) {
+  for (const bool isQueueLost : {false, true}) {
+    const support::Nginx server;
+    const PlayerHome home;
+    writeDistinctFile(server.root() / "film.avi", kSize);
+    const std::string url = server.url("/film.avi");
+    TracedPlayer player(home.startOptions({"get", url}));
+    ASSERT_TRUE(player.run(
+        [&home](const std::string&) { return hasWholeFile(home.media(), home.films()); }));
+    isQueueLost ? void(std::filesystem::remove(home.queueFile())) : forgetPaths(home.queueFile());
+    const PlayerResult result = home.run({"get", url});
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    expectOnlyFilm(home, server.root() / "film.avi", "film.avi", {});
+    EXPECT_EQ(servedBy(server).whole, 1) << server.accessLog();
+  }
 }
 
 TEST_F(KilledTest, AProtectedFilmWhoseLastByteHasComeIsThereOnceWithItsRights) {

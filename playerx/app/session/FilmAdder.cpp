@@ -127,6 +127,8 @@ void FilmAdder::retry(unsigned int id) {
 void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply) {
   // The addresses of a ticket are known once its films are in the queue.
   const bool getsOptions = input.isTicket && input.options != FilmOptions{};
+  const bool mayBeThere = !input.isTicket && !request.again && session_.isStarted();
+  if (mayBeThere) session_.takeFilmBack(input.text);
   whilePaused(getsOptions, [&] {
     const inputs::AddResult result = inputs::addInput(input.text, session_.manager(), {},
                                                       [this] { return session_.takeMessages(); });

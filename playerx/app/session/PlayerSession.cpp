@@ -102,10 +102,21 @@ void PlayerSession::takeFilmsBack() {
   const std::string folder = VeskPlayerX::OSUtilities::getTempPath().toStdString();
   for (const VeskPlayerX::QueuedVersion& each : reader().getVersions()) {
     const std::unique_ptr<VeskPlayerX::DownloadItemInterface> item(reader().getCopy(each.id));
-    const bool isKnown = item == nullptr || item->getStatus() == DownloadStatusCompleted;
-    if (isKnown || item->getPath().empty()) continue;
-    recovery->get()->takeBack(kvpm::StringTools::wStringToString(item->getPath()), folder);
+    if (item == nullptr || item->getStatus() == DownloadStatusCompleted) continue;
+    const std::string path = kvpm::StringTools::wStringToString(item->getPath());
+    if (path.empty()) {
+      const std::string address = kvpm::StringTools::wStringToString(item->getUrl());
+      recovery->get()->takeBackFilmOf(address, places_.media, folder);
+    } else {
+      recovery->get()->takeBack(path, folder);
+    }
   }
+}
+
+void PlayerSession::takeFilmBack(const std::string& address) {
+  const auto recovery = KPIM::load<FilmRecovery>(&plugins_, DIN_FilmRecovery);
+  const std::string folder = VeskPlayerX::OSUtilities::getTempPath().toStdString();
+  if (recovery) recovery->get()->takeBackFilmOf(address, places_.media, folder);
 }
 
 void PlayerSession::addFilmOptions(const std::string& address, const FilmOptions& options) {

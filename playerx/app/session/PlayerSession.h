@@ -80,6 +80,10 @@ class PlayerSession {
   void start();
   bool isStarted() const { return isStarted_; }
 
+  /// Takes back the film of an address that is to be added: the queue that knew of it may be lost.
+  /// After `start` only, which does so for the films of the queue.
+  void takeFilmBack(const std::string& address);
+
   /// The download manager; after a successful `open` only.
   VeskPlayerX::DownloadManagerInterface& manager() { return *manager_->get(); }
 

@@ -165,6 +165,14 @@ TEST_F(PlacementTest, AFilmThatIsTakenBackGetsItsOldName) {
   EXPECT_EQ(support::readFile(movie("film.avi.rights")), "new");
 }
 
+TEST_F(PlacementTest, AFilmIsTakenBackByItsAddressAlone) {
+  placeWhole(request());
+  const Address other = *parseAddress("http://other/film.avi");
+  EXPECT_FALSE(takeBackFilmOf(other, folder_ / "movies", folder_ / "parts"));
+  EXPECT_TRUE(takeBackFilmOf(request().address, folder_ / "movies", folder_ / "parts"));
+  EXPECT_TRUE(fs::is_empty(folder_ / "movies"));
+}
+
 TEST_F(PlacementTest, AFilmThatThePowerCutMayHaveTornIsFetchedAgainUnderItsName) {
   placeWhole(request());
   FilmMark mark = *readMark(movie("film.avi"));
