@@ -1,6 +1,6 @@
 // What the length of the queue costs:
 //
-//     bench_long_queue [--rounds N] [--minute SECONDS]
+//     bench_long_queue [--rounds N] [--minute SECONDS] [--only NAME]
 
 #include <fcntl.h>
 #include <libxml/parser.h>
@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <thread>
 
 #include "bench/Measure.h"
@@ -27,7 +28,8 @@ using bench::secondsOf;
 
 struct Plan {
   int rounds = 3;
-  int minute = 60;  ///< seconds
+  int minute = 60;   ///< seconds
+  std::string only;  ///< the measurement; empty: all
 };
 
 const fs::path kPlugins = fs::path(PLAYERX_CLI).parent_path() / "../lib/plugins";
@@ -269,17 +271,32 @@ void idle(const Plan& plan, const fs::path& home) {
       wakeUps, plan.minute, 2 * plan.minute);
 }
 
+/// Measures one thing, in a folder of its own.
+using Measurement = std::function<void(const Plan& plan, const fs::path& home)>;
+
+const std::map<std::string, Measurement>& measurements() {
+  static const std::map<std::string, Measurement> all = {
+      {"announcements", [](const Plan&, const fs::path& home) { announcements(home); }},
+      {"films", filmBesideOthers},
+      {"idle", idle},
+      {"memory", [](const Plan&, const fs::path& home) { memory(home); }},
+      {"moves", [](const Plan&, const fs::path& home) { movesToTheTop(home); }},
+      {"operations",
+       [](const Plan&, const fs::path& home) {
+         latencies(home, "runs", "30m", 100);
+         latencies(home, "stalls", "1k", 100);
+       }},
+      {"starts", starts},
+  };
+  return all;
+}
+
 void measure(const Plan& plan) {
-  const support::TempDir folder;
-  const fs::path home = folder / "home";
-  filmBesideOthers(plan, home);
-  announcements(home);
-  movesToTheTop(home);
-  starts(plan, home);
-  memory(home);
-  latencies(home, "runs", "30m", 100);
-  latencies(home, "stalls", "1", 100);
-  idle(plan, home);
+  for (const auto& [name, measurement] : measurements()) {
+    if (!plan.only.empty() && name != plan.only) continue;
+    const support::TempDir folder;
+    measurement(plan, folder / "home");
+  }
 }
 
 }  // namespace
@@ -292,6 +309,7 @@ int main(int argc, char** argv) {
   Plan plan;
   app.add_option("--rounds", plan.rounds, "Rounds of each comparison");
   app.add_option("--minute", plan.minute, "Seconds for which the idle player is watched");
+  app.add_option("--only", plan.only, "One measurement alone");
   CLI11_PARSE(app, argc, argv);
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
   try {

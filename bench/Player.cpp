@@ -19,7 +19,8 @@ namespace {
 constexpr std::chrono::milliseconds kLongestWait(1);
 
 playerx::session::SessionOptions optionsOf(const fs::path& home, const fs::path& plugins) {
-  fs::remove_all(home);
+  // The platform may still be removing versions of the last queue itself.
+  for (std::error_code failure; fs::remove_all(home, failure), fs::exists(home);) continue;
   playerx::session::SessionOptions options;
   options.pluginFolder = plugins;
   options.dataFolder = home / "data";
