@@ -103,13 +103,18 @@ Loaded loadOrSetAside(const std::wstring& path)
   return loaded;
 }
 
-/// Whether the file holds `queueText` already. Reads it only when it is not certain.
-bool holdsQueueText(const std::wstring& path)
+/// Whether the file is the one that was found to hold `queueText`, and has not changed since.
+bool isHolder(const Holder& found, const std::wstring& path) {
+  return found.path == path && found.version != 0 &&
+         found.version == kvpm::PathTools::getFileVersion(path);
+}
+
+/// Puts `queueText`, in which `changed` may say what is new to the file, into the file.
+bool replace(const std::wstring& path, Durability durability,
+             const std::optional<persistence::ByteRange>& changed)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  const std::uint64_t version = kvpm::PathTools::getFileVersion(path);
-  if (version != 0 && holder.path == path && holder.version == version) return true;
-  if (!persistence::holdsExactly(path, queueText.text())) return false;
-  holder = {path, version};
+  if (!persistence::replaceFile(path, queueText.text(), durability, changed)) return false;
+  holder = {path, kvpm::PathTools::getFileVersion(path)};
   return true;
 }
 
@@ -120,11 +125,14 @@ bool write(const std::wstring& path, const Items& items, Durability durability)
     if (!mayReplace(path)) return false;
     const Holder earlier = std::exchange(holder, {});
     const bool isChanged = queueText.update(items);
-    if (!isChanged) holder = earlier;
+    const bool isKnown = isHolder(earlier, path);
+    if (isChanged || durability == Durability::kOnDisk) {
+      return replace(path, durability, isKnown ? std::optional(queueText.change()) : std::nullopt);
+    }
     // Many announcements concern fields that the file does not hold.
-    if (!isChanged && durability == Durability::kWritten && holdsQueueText(path)) return true;
-    holder = {};
-    if (!persistence::replaceFile(path, queueText.text(), durability)) return false;
+    if (!isKnown && !persistence::holdsExactly(path, queueText.text())) {
+      return replace(path, durability, std::nullopt);
+    }
     holder = {path, kvpm::PathTools::getFileVersion(path)};
     return true;
   } catch (const std::exception&) {

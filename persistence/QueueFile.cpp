@@ -89,9 +89,11 @@ bool holdsExactly(const std::wstring& path, std::string_view content) {
   return true;
 }
 
-bool replaceFile(const std::wstring& path, std::string_view content, Durability durability) {
+bool replaceFile(const std::wstring& path, std::string_view content, Durability durability,
+                 const std::optional<ByteRange>& changed) {
   kvpm::File file;
   if (file.open(path, kvpm::FileOpenWrite) != 0) return false;
+  if (changed) file.expectChange(changed->begin, changed->end);
   const std::int64_t written = file.write(content.data(), content.size());
   if (written != static_cast<std::int64_t>(content.size())) return false;
   if (durability == Durability::kOnDisk && file.sync() != 0) return false;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,8 +32,16 @@ enum class Durability {
   kOnDisk,   ///< content and name are on the disk
 };
 
-/// Replaces a file as a whole. Returns false on a failure, which leaves the file as it was.
-bool replaceFile(const std::wstring& path, std::string_view content, Durability durability);
+/// A part of a text: its bytes [begin, end).
+struct ByteRange {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
+/// Replaces a file as a whole. Returns false on a failure, which leaves the file as it was. Where
+/// the content is as long as that of the file, `changed` may say which bytes of it differ.
+bool replaceFile(const std::wstring& path, std::string_view content, Durability durability,
+                 const std::optional<ByteRange>& changed = std::nullopt);
 
 /// Moves a file to an unused name in its folder. Returns success.
 bool setAside(const std::wstring& path);

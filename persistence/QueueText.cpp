@@ -119,6 +119,7 @@ void QueueText::Edit::append(const DownloadItemInterface& item, std::size_t limi
 }
 
 bool QueueText::update(const Items& items) {
+  change_ = {};
   std::optional<bool> isChanged;
   if (!elements_.empty() && !items.empty()) isChanged = updateElements(items);
   return isChanged ? *isChanged : apply(rewrite(items));
@@ -170,6 +171,11 @@ QueueText::Edit QueueText::rewrite(const Items& items) const {
 
 bool QueueText::apply(Edit edit) {
   const bool isChanged = text_.compare(edit.begin, edit.length, edit.text) != 0;
+  if (isChanged) {
+    // Edits come in the order of their places.
+    const std::size_t begin = change_.end == 0 ? edit.begin : std::min(change_.begin, edit.begin);
+    change_ = {begin, edit.begin + edit.text.size()};
+  }
   elements_.reserve(elements_.size() - edit.count + edit.elements.size());
   if (edit.length == text_.size()) {
     text_ = std::move(edit.text);

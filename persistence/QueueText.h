@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "VeskPlayerX/DownloadItemInterface.h"
+#include "persistence/QueueFile.h"
 
 namespace persistence {
 
@@ -23,6 +24,10 @@ class QueueText {
   /// Makes the text that of `items`, in their order. Returns whether it has changed. When
   /// `std::bad_alloc` is thrown, some of the changes are missing in it until the next update.
   bool update(const Items& items);
+
+  /// The bytes [begin, end) of the text that the last update may have changed. Those behind them
+  /// have another place when the text is longer or shorter than before.
+  const ByteRange& change() const { return change_; }
 
   /// The whole document; empty before the first update.
   const std::string& text() const { return text_; }
@@ -57,6 +62,7 @@ class QueueText {
   bool apply(Edit edit);
 
   std::string text_;
+  ByteRange change_;
   std::vector<Element> elements_;  // of the items, in order; empty when no text can be kept
   std::uint64_t characters_ = 0;   // of all elements
 };

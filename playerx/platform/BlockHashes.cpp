@@ -30,6 +30,12 @@ std::uint64_t BlockHashes::processSeed() {
   return seed;
 }
 
+BlockHashes BlockHashes::fullBlocks() const {
+  BlockHashes copy(seed_);
+  copy.blocks_ = blocks_;
+  return copy;
+}
+
 void BlockHashes::add(const char* bytes, std::size_t length) {
   while (length > 0) {
     const std::size_t taken = std::min(length, kBlock - filled_);

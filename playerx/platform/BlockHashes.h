@@ -25,6 +25,12 @@ class BlockHashes {
   /// Appends any number of bytes.
   void add(const char* bytes, std::size_t length);
 
+  /// Appends the block that has the next place in `other`, which has that many.
+  void addBlockOf(const BlockHashes& other) { blocks_.push_back(other.blocks_[blocks_.size()]); }
+
+  /// The same full blocks.
+  BlockHashes fullBlocks() const;
+
   /// Bytes in the block that is not full yet; 0 at the beginning of a block.
   std::size_t filled() const { return filled_; }
 

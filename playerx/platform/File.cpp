@@ -62,6 +62,10 @@ std::int64_t File::read(void* buffer, std::uint64_t length) {
   return got.error != 0 && got.bytes == 0 ? -1 : count(got.bytes);
 }
 
+void File::expectChange(std::uint64_t begin, std::uint64_t end) {
+  if (impl_->writing) impl_->writing->expectChange(clamped(begin), clamped(end));
+}
+
 std::int64_t File::write(const void* buffer, std::uint64_t length) {
   if (!impl_->writing || impl_->failure != 0) return -1;
   const playerx::IoResult put =

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "playerx/platform/FileSync.h"
-#include "playerx/platform/FileVersions.h"
 
 namespace playerx {
 
@@ -23,12 +22,32 @@ FileSave::FileSave(std::shared_ptr<FileVersions> versions, std::shared_ptr<FileV
 
 FileSave::~FileSave() = default;
 
+void FileSave::expectChange(std::size_t begin, std::size_t end) {
+  present_ = versions_->present();
+  changeBegin_ = begin;
+  changeEnd_ = end;
+}
+
+/// Notes the bytes at `begin`, which fill a block at most. Those of an unchanged block are not
+/// read.
+void FileSave::addPiece(const char* bytes, std::size_t begin, std::size_t length, bool isWhole) {
+  const std::size_t end = begin + length;
+  const bool isChanged = begin < changeEnd_ && end > changeBegin_;
+  if (isWhole && length == BlockHashes::kBlock && !isChanged) {
+    blocks_.addBlockOf(present_->blocks);
+  } else {
+    blocks_.add(bytes + begin, length);
+  }
+}
+
 IoResult FileSave::write(const char* bytes, std::size_t length) {
+  const bool isWhole =
+      present_ && position_ == 0 && present_->size == static_cast<std::int64_t>(length);
   std::size_t begin = 0;  // of the bytes that differ and are not written yet
   IoResult result;
   for (std::size_t end = 0; end < length && result.error == 0;) {
     const std::size_t piece = std::min(length - end, BlockHashes::kBlock - blocks_.filled());
-    blocks_.add(bytes + end, piece);
+    addPiece(bytes, end, piece, isWhole);
     const bool isThere =
         piece == BlockHashes::kBlock && blocks_.hasSameBlock(blocks_.count() - 1, version_->blocks);
     if (isThere) result = put(bytes, begin, end);

@@ -3,14 +3,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "playerx/platform/BlockHashes.h"
 #include "playerx/platform/FileIo.h"
+#include "playerx/platform/FileVersions.h"
 
 namespace playerx {
-
-class FileVersions;
-struct FileVersion;
 
 /// Writes new content for a file. Destroyed without `finish`, it leaves the old content.
 ///
@@ -21,6 +20,9 @@ class FileSave {
   static std::unique_ptr<FileSave> begin(const std::filesystem::path& target, int& error);
 
   ~FileSave();
+
+  /// See `kvpm::File::expectChange`.
+  void expectChange(std::size_t begin, std::size_t end);
 
   /// Appends bytes; a block that the spare file already holds at the same place is not written.
   IoResult write(const char* bytes, std::size_t length);
@@ -33,12 +35,18 @@ class FileSave {
 
  private:
   FileSave(std::shared_ptr<FileVersions> versions, std::shared_ptr<FileVersion> version);
+  void addPiece(const char* bytes, std::size_t begin, std::size_t length, bool isWhole);
   IoResult put(const char* bytes, std::size_t begin, std::size_t end) const;
 
   const std::shared_ptr<FileVersions> versions_;
   const std::shared_ptr<FileVersion> version_;
   BlockHashes blocks_;
   std::int64_t position_ = 0;
+
+  std::optional<PresentContent> present_;  // null unless what differs from it is known
+  std::size_t changeBegin_ = 0;
+  std::size_t changeEnd_ = 0;
+
   bool isSyncing_ = false;
 };
 

@@ -94,6 +94,14 @@ FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
   return nullptr;
 }
 
+std::optional<PresentContent> FileVersions::present() {
+  struct stat now {};
+  if (::lstat(target_.c_str(), &now) != 0) return std::nullopt;
+  const GuardLock lock(mutex_);
+  if (!present_ || !isVersion(*present_, now)) return std::nullopt;
+  return PresentContent{present_->size, present_->blocks.fullBlocks()};
+}
+
 int FileVersions::publish(const Version& version) {
   releaseWriteLease(version->file.descriptor());
   struct stat old {};

@@ -28,6 +28,12 @@ struct FileVersion {
   bool hasFailed = false;      ///< could not be synced
 };
 
+/// What a file holds under its name.
+struct PresentContent {
+  std::int64_t size = 0;  ///< bytes
+  BlockHashes blocks;     ///< the full ones
+};
+
 /// The versions of one file: the present one under the file's name, and hidden ones beside it.
 ///
 /// A new version overwrites a spare one, block by block where they differ, and exchanges names with
@@ -50,6 +56,9 @@ class FileVersions {
 
   /// A spare to overwrite, or a new file; null, and the error number, when nothing may be written.
   std::shared_ptr<FileVersion> begin(int& error);
+
+  /// Size and full blocks of the present version; nullopt unless this process wrote it.
+  std::optional<PresentContent> present();
 
   /// Makes a written version the present one; its content is described by `blocks` and `size`.
   /// Returns 0 or an error number; then the present one stays.

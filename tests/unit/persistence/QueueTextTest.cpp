@@ -4,9 +4,11 @@
 #include <random>
 
 #include "item/DownloadItem.h"
+#include "persistence/DownloadManagerPersistence.h"
 #include "persistence/QueueDocument.h"
 #include "persistence/QueueText.h"
 #include "persistence/XmlText.h"
+#include "tests/support/TempDir.h"
 #include "tests/unit/persistence/LibraryDocument.h"
 
 namespace persistence {
@@ -194,8 +196,18 @@ class ChangingQueue {
   std::vector<std::unique_ptr<DownloadItem>> owned_;
 };
 
+/// What an update says of its change: what stands before and behind it was there before.
+void expectNoOtherChange(const std::string& before, const QueueText& queue) {
+  const auto [begin, end] = queue.change();
+  const std::string& text = queue.text();
+  ASSERT_LE(end, text.size());
+  ASSERT_EQ(text.substr(0, begin), before.substr(0, begin));
+  ASSERT_TRUE(before.ends_with(text.substr(end)));
+}
+
 /// Changes a queue in so many steps, each of which is written.
 void expectTheLibrarysOwnText(ChangingQueue changing, int steps, std::size_t mostChanges) {
+  const support::TempDir folder;
   QueueText queue;
   for (int step = 0; step < steps; ++step) {
     changing.change(mostChanges);
@@ -203,6 +215,10 @@ void expectTheLibrarysOwnText(ChangingQueue changing, int steps, std::size_t mos
     const bool isChanged = queue.update(changing.items());
     ASSERT_EQ(queue.text(), libraryDocument(changing.items())) << "step " << step;
     ASSERT_EQ(isChanged, queue.text() != before) << "step " << step;
+    expectNoOtherChange(before, queue);
+    DownloadManagerPersistence::writeDownloadQueue((folder / "queue.xml").wstring(),
+                                                   changing.items());
+    ASSERT_EQ(support::readFile(folder / "queue.xml"), queue.text()) << "step " << step;
   }
 }
 

@@ -115,6 +115,50 @@ TEST(FileReplacing, AFileDeletedBeforeItsSyncDoesNoHarm) {
   playerx::flushFileSyncs();
 }
 
+/// As `replace`, of content that differs from the file's in bytes [begin, end) alone.
+int replaceKnowing(const fs::path& path, const std::string& content, std::size_t begin,
+                   std::size_t end) {
+  kvpm::File file;
+  if (const int error = file.open(wide(path), kvpm::FileOpenWrite); error != 0) return error;
+  file.expectChange(begin, end);
+  write(file, content);
+  return file.close();
+}
+
+TEST(FileReplacing, AKnownChangeReachesEveryVersion) {
+  const TempDir folder;
+  const fs::path path = folder / "file";
+  std::string content(10 * 4096 + 100, 'a');
+  ASSERT_EQ(replace(path, content), 0);
+  // Across the blocks, at both ends, and in the last block, which is not full.
+  const std::pair<std::size_t, std::size_t> changes[] = {
+      {5000, 5001}, {4095, 4097}, {0, 1}, {41059, 41060}, {8192, 12288}, {20000, 30000}, {7, 7}};
+  for (int round = 0; round < 3; ++round) {
+    for (const auto& [begin, end] : changes) {
+      std::fill(content.begin() + std::ptrdiff_t(begin), content.begin() + std::ptrdiff_t(end),
+                char('b' + round));
+      ASSERT_EQ(replaceKnowing(path, content, begin, end), 0);
+      ASSERT_EQ(readFile(path), content) << begin;
+    }
+  }
+}
+
+TEST(FileReplacing, WhatIsSaidOfAChangeDoesNotCountOnceTheFileIsAnother) {
+  const TempDir folder;
+  const fs::path path = folder / "file";
+  std::string content(10 * 4096, 'a');
+  for (const char* const written : {"another program", ""}) {
+    ASSERT_EQ(replace(path, content), 0);
+    folder.write("file", written);
+    content[9000] = char(content[9000] + 1);
+    ASSERT_EQ(replaceKnowing(path, content, 9000, 9001), 0);
+    EXPECT_EQ(readFile(path), content);
+  }
+  content += "longer";
+  ASSERT_EQ(replaceKnowing(path, content, 0, 1), 0);
+  EXPECT_EQ(readFile(path), content);
+}
+
 TEST(FileReplacing, ReadersSeeOneCompleteVersionWhileWritersCompete) {
   const TempDir folder;
   const fs::path path = folder / "queue.xml";
