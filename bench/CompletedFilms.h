@@ -12,11 +12,13 @@ namespace bench {
 /// A queue of completed films, as a long one usually is.
 class CompletedFilms {
  public:
+  static constexpr std::int64_t kFirstNumber = 1'000'000;  ///< in the first film's name
+
   using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
 
   explicit CompletedFilms(std::int64_t count) {
     for (std::int64_t i = 0; i < count; ++i) {
-      owned_.push_back(film(std::to_wstring(1'000'000 + i)));
+      owned_.push_back(film(std::to_wstring(kFirstNumber + i)));
       items_.push_back(owned_.back().get());
     }
   }

@@ -1,6 +1,7 @@
 #include "bench/Player.h"
 
 #include <chrono>
+#include <fstream>
 #include <stdexcept>
 
 #include "bench/CompletedFilms.h"
@@ -31,13 +32,28 @@ playerx::session::SessionOptions optionsOf(const fs::path& home, const fs::path&
 }  // namespace
 
 void writeQueueFile(const fs::path& file, int completedFilms) {
-  // Elsewhere: the process that saves a file keeps versions of it.
+  // The element of one film over and over: what all of them take would show in what is measured.
   const support::TempDir folder;
-  const fs::path written = folder / "queue.xml";
-  DownloadManagerPersistence::writeDownloadQueue(written.wstring(),
-                                                 CompletedFilms(completedFilms).items());
+  const fs::path one = folder / "one.xml";
+  const CompletedFilms films(1);
+  DownloadManagerPersistence::writeDownloadQueue(one.wstring(), films.items());
+  const std::string text = support::readFile(one);
+  const std::size_t begin = text.find("<DownloadItem "), end = text.find("</DownloadQueue>");
+
   fs::create_directories(file.parent_path());
-  fs::copy_file(written, file, fs::copy_options::overwrite_existing);
+  std::ofstream stream(file, std::ios::binary);
+  stream << text.substr(0, begin);
+  for (int i = 0; i < completedFilms; ++i) {
+    std::string element = text.substr(begin, end - begin);
+    const std::string first = std::to_string(CompletedFilms::kFirstNumber);
+    const std::string number = std::to_string(CompletedFilms::kFirstNumber + i);
+    for (std::size_t at = element.find(first); at != std::string::npos;
+         at = element.find(first, at + number.size())) {
+      element.replace(at, first.size(), number);
+    }
+    stream << element;
+  }
+  stream << text.substr(end);
 }
 
 Player::Player(const fs::path& home, const fs::path& plugins, int completedFilms)

@@ -19,6 +19,8 @@ namespace fs = std::filesystem;
 using kvpm::File;
 using platform_test::filesIn;
 using platform_test::replace;
+using platform_test::wide;
+using platform_test::write;
 using support::readFile;
 using support::TempDir;
 
