@@ -9,6 +9,7 @@
 #include "kvpm/StringTools.h"
 #include "persistence/ClearTicket.h"
 #include "playerx/app/inputs/TicketFile.h"
+#include "playerx/app/model/FilmCheck.h"
 
 namespace playerx::inputs {
 
@@ -25,11 +26,10 @@ constexpr std::size_t kMostQuestions = 50;
 
 std::string narrow(const std::wstring& text) { return StringTools::wStringToString(text); }
 
-/// A download needs twice its size and a little, where films go and where they arrive.
 bool hasRoom(const std::string& folder, std::uint64_t size) {
   unsigned long long free = 0;
   if (!VeskPlayerX::OSUtilities::getFreeSpace(QString::fromStdString(folder), &free)) return true;
-  return free / 2 >= size && free >= 2 * size + size / 7168;
+  return free >= model::spaceNeededFor(size);
 }
 
 bool fits(std::uint64_t size) {

@@ -1,5 +1,7 @@
 #include "playerx/app/model/FilmCheck.h"
 
+#include <limits>
+
 #include "playerx/app/model/TextFormat.h"
 
 namespace playerx::model {
@@ -33,6 +35,12 @@ std::string findOddity(const ItemState& film, const fs::path& mediaFolder) {
   return film.title + " has " + describeDifference(size, film.size) +
          (size < film.size ? "; should it end early, remove it and get it again."
                            : "; it is kept as it came.");
+}
+
+std::uint64_t spaceNeededFor(std::uint64_t size) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  const std::uint64_t extra = size / 7168;
+  return size > (kMost - extra) / 2 ? kMost : 2 * size + extra;
 }
 
 }  // namespace playerx::model

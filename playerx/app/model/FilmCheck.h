@@ -12,4 +12,8 @@ namespace playerx::model {
 /// when nothing is. Looks at the disk. Any thread.
 std::string findOddity(const ItemState& film, const std::filesystem::path& mediaFolder);
 
+/// Free bytes that the download manager asks for, where films go and where they arrive, before it
+/// fetches a film of `size` bytes. All bits set when the number does not fit. Pure.
+std::uint64_t spaceNeededFor(std::uint64_t size);
+
 }  // namespace playerx::model

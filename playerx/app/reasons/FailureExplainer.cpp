@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "playerx/app/model/FilmCheck.h"
 #include "playerx/app/model/TextFormat.h"
 #include "playerx/app/reasons/TransferReason.h"
 #include "playerx/settings/ServicesAddress.h"
@@ -94,7 +95,7 @@ Explanation explainSpace(const std::string& folder, std::uint64_t size) {
   std::error_code error;
   const std::filesystem::space_info disk = std::filesystem::space(existingPart(folder), error);
   std::string numbers;
-  if (size > 0) numbers = model::formatBytes(2 * size + size / 7168) + " needed";
+  if (size > 0) numbers = model::formatBytes(model::spaceNeededFor(size)) + " needed";
   if (!error)
     numbers += (numbers.empty() ? "" : ", ") + model::formatBytes(disk.available) + " free";
   return explain(Reason::kTooLittleSpace, {.place = folder, .words = numbers});

@@ -19,6 +19,12 @@ class FilmCheckTest : public testing::Test {
   support::TempDir folder_;
 };
 
+TEST(SpaceNeeded, IsTwiceTheFilmAndALittle) {
+  EXPECT_EQ(spaceNeededFor(0), 0U);
+  EXPECT_EQ(spaceNeededFor(7168), 14'337U);
+  EXPECT_EQ(spaceNeededFor(std::uint64_t{1} << 63U), ~std::uint64_t{0}) << "more than there can be";
+}
+
 TEST_F(FilmCheckTest, AWholeFilmInItsPlaceIsNotWorthAWord) {
   EXPECT_EQ(findOddity(filmAt(folder_.write("film.avi", "1234"), 4), "/elsewhere"), "");
   EXPECT_EQ(findOddity(filmAt(folder_.write("film.avi", "1234"), 0), "/elsewhere"), "");
