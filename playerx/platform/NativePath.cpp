@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <climits>
 #include <string>
+#include <system_error>
 
 #include "playerx/platform/Text.h"
 
@@ -29,6 +30,14 @@ std::filesystem::path followLinks(std::filesystem::path path, int& error) {
   }
   error = ELOOP;
   return path;
+}
+
+std::filesystem::path nearestExisting(std::filesystem::path path) {
+  std::error_code ignored;
+  while (!path.empty() && !std::filesystem::exists(path, ignored) && path != path.parent_path()) {
+    path = path.parent_path();
+  }
+  return path.empty() ? std::filesystem::path(".") : path;
 }
 
 }  // namespace playerx

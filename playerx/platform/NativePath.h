@@ -13,4 +13,7 @@ std::optional<std::filesystem::path> nativePath(const std::wstring& path);
 /// ones too. Stores ELOOP when they form a circle.
 std::filesystem::path followLinks(std::filesystem::path path, int& error);
 
+/// `path`, or the nearest folder above it, whichever exists.
+std::filesystem::path nearestExisting(std::filesystem::path path);
+
 }  // namespace playerx

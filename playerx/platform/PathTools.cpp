@@ -40,14 +40,6 @@ std::size_t lastSeparator(const std::wstring& path) {
 
 bool meansNoFile(int error) { return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG; }
 
-fs::path nearestExistingParent(fs::path path) {
-  std::error_code ignored;
-  while (!path.empty() && !fs::exists(path, ignored) && path != path.parent_path()) {
-    path = path.parent_path();
-  }
-  return path.empty() ? fs::path(".") : path;
-}
-
 }  // namespace
 
 std::wstring PathTools::getWPathSeparator() {
@@ -116,7 +108,7 @@ std::uint64_t PathTools::getSpaceAvailable(const std::wstring& directory) {
   const auto native = playerx::nativePath(directory);
   if (!native) return kUnknownSize;
   std::error_code failure;
-  const fs::space_info space = fs::space(nearestExistingParent(*native), failure);
+  const fs::space_info space = fs::space(playerx::nearestExisting(*native), failure);
   return failure ? kUnknownSize : static_cast<std::uint64_t>(space.available);
 }
 

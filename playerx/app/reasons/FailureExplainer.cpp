@@ -10,6 +10,7 @@
 #include "playerx/app/model/FilmCheck.h"
 #include "playerx/app/model/TextFormat.h"
 #include "playerx/app/reasons/TransferReason.h"
+#include "playerx/platform/NativePath.h"
 #include "playerx/settings/ServicesAddress.h"
 
 namespace playerx::reasons {
@@ -18,15 +19,6 @@ using model::ItemState;
 using model::Notice;
 
 namespace {
-
-std::filesystem::path existingPart(const std::string& folder) {
-  std::filesystem::path existing = folder;
-  std::error_code error;
-  while (!std::filesystem::exists(existing, error) && existing.has_relative_path()) {
-    existing = existing.parent_path();
-  }
-  return existing;
-}
 
 std::string folderWithoutSpace(const std::vector<Notice>& notices) {
   const auto found = std::find_if(notices.begin(), notices.end(), [](const Notice& notice) {
@@ -38,7 +30,7 @@ std::string folderWithoutSpace(const std::vector<Notice>& notices) {
 /// Whether files can be kept in this folder, which may still have to be made: the next folder above
 /// that exists can be written and lies on a disk, not in a file system of the kernel's own.
 bool canHoldFiles(const std::string& folder) {
-  const std::filesystem::path existing = existingPart(folder);
+  const std::filesystem::path existing = nearestExisting(folder);
   std::error_code error;
   if (!std::filesystem::is_directory(existing, error)) return false;
   struct statvfs disk {};
@@ -93,7 +85,7 @@ std::optional<Explanation> explainNotices(const ItemState& item, const std::vect
 
 Explanation explainSpace(const std::string& folder, std::uint64_t size) {
   std::error_code error;
-  const std::filesystem::space_info disk = std::filesystem::space(existingPart(folder), error);
+  const std::filesystem::space_info disk = std::filesystem::space(nearestExisting(folder), error);
   std::string numbers;
   if (size > 0) numbers = model::formatBytes(model::spaceNeededFor(size)) + " needed";
   if (!error)

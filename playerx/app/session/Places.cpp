@@ -10,6 +10,7 @@
 #include "KPX/KPXPreferences.h"
 #include "KPX/OSUtilities.h"
 #include "playerx/platform/MoviesFolder.h"
+#include "playerx/platform/NativePath.h"
 #include "playerx/settings/Folders.h"
 #include "playerx/settings/PreferenceKeys.h"
 #include "playerx/settings/PreferenceOverrides.h"
@@ -86,10 +87,7 @@ std::string dataFolderProblem(const std::string& dataFolder) {
   if (dataFolder.empty()) return {};
   const fs::path folder = absolute(dataFolder).toStdString();
   std::error_code error;
-  fs::path existing = folder;
-  while (!fs::exists(existing, error) && existing.has_relative_path()) {
-    existing = existing.parent_path();
-  }
+  const fs::path existing = nearestExisting(folder);
   if (!fs::is_directory(existing, error)) {
     return "--data cannot be " + folder.string() + ": " + existing.string() + " is not a folder.";
   }
