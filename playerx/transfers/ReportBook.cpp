@@ -1,7 +1,6 @@
 #include "playerx/transfers/ReportBook.h"
 
 #include <algorithm>
-#include <chrono>
 
 #include "playerx/transfers/Address.h"
 
@@ -11,7 +10,7 @@ namespace {
 constexpr std::size_t kMostSessions = 500;
 
 TransferReport reportOn(const Session& session) {
-  TransferReport report = session.log.report(std::chrono::steady_clock::now());
+  TransferReport report = session.log.report();
   report.uid = session.uid;
   report.address = session.request.address.remembered;
   report.requestedPath = session.request.path();

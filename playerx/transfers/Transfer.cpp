@@ -68,7 +68,7 @@ void Transfer::onOpened() {
 }
 
 void Transfer::reportWhole(std::uint64_t size) {
-  session_->log.arrived(size, size, Clock::now());
+  session_->log.arrived(size, size);
   reportBegan();
   context_.delivery.percent(session_, 100);
   place();
@@ -125,7 +125,7 @@ void Transfer::work(Clock::time_point now) {
   if (std::exchange(isTouched_, false) || isKeptBack) lastTouch_ = now;
   if (phase_ == Phase::kRequesting) {
     if (!attempt_->flush()) return endAttempt(TransferFailure::kNone, {});
-    reportProgress(now);
+    reportProgress();
     if (isSaveDue(now) && !save()) return;
     syncNowAndThen();
     if (now - lastTouch_ >= stallTime()) {
@@ -179,12 +179,12 @@ void Transfer::reportBegan() {
   if (!std::exchange(hasBegun_, true)) context_.delivery.began(session_);
 }
 
-void Transfer::reportProgress(Clock::time_point now) {
+void Transfer::reportProgress() {
   if (!attempt_->isProven()) return;
   const std::uint64_t size = part().file().size();
   const std::optional<std::uint64_t> total = attempt_->total();
   retries_.arrived(size);
-  session_->log.arrived(size, total, now);
+  session_->log.arrived(size, total);
   reportBegan();
   if (const auto percent = percent_.next(size, total)) {
     context_.delivery.percent(session_, *percent);
@@ -209,7 +209,7 @@ void Transfer::endAttempt(TransferFailure transport, const std::string& detail) 
   const AttemptEnd end = attempt_->finish(transport, detail);
   context_.loop.remove(*fetch_);
   fetch_.reset();
-  reportProgress(Clock::now());
+  reportProgress();
   const bool isAnotherVersion = attempt_->isAnotherVersion();
   attempt_.reset();
   if (isAnotherVersion && end.kind != AttemptEnd::Kind::kComplete && !mayStartOver()) return;

@@ -88,7 +88,7 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   void request();
   RangeRequest nextRange() const;
   FetchSpec specOf(const std::string& url, const RangeRequest& range) const;
-  void reportProgress(Clock::time_point now);
+  void reportProgress();
   void reportBegan();
   void reportWhole(std::uint64_t size);
   std::chrono::milliseconds stallTime() const;

@@ -27,10 +27,9 @@ struct TransferReport {
   std::string requestedPath;   ///< movies folder and output name, joined by "/"
   std::string finalPath;       ///< where the finished file lies; empty until it is complete
   TransferPhase phase = TransferPhase::kWaiting;
-  std::uint64_t arrived = 0;         ///< bytes, those of earlier sessions included
-  std::uint64_t total = 0;           ///< bytes; 0 when not known
-  std::uint64_t bytesPerSecond = 0;  ///< of the last few seconds; 0 when nothing arrives
-  unsigned failedAttempts = 0;       ///< in a row, without progress between them
+  std::uint64_t arrived = 0;    ///< bytes, those of earlier sessions included
+  std::uint64_t total = 0;      ///< bytes; 0 when not known
+  unsigned failedAttempts = 0;  ///< in a row, without progress between them
   /// The last failure, also one that is being retried (`phase` below `kComplete`); kNone when the
   /// last attempt went well.
   TransferFailure failure = TransferFailure::kNone;
@@ -39,7 +38,7 @@ struct TransferReport {
 };
 
 /// What the host can learn of download sessions beyond the reports that `KPB::DownloadCallback`
-/// gives: reasons, speed, final paths. Offered by the download library's plug-in.
+/// gives: reasons, bytes, final paths. Offered by the download library's plug-in.
 ///
 /// All operations may be called from any thread, also from within a report; none waits for the
 /// network or the disk. The last few hundred sessions of the process are remembered. Each operation
