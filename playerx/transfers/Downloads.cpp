@@ -12,7 +12,6 @@ namespace {
 
 constexpr int kStarted = 1;
 constexpr int kRefused = 0;
-constexpr char kRightsSuffix[] = ".rights";
 
 DownloadRequest requestOf(const KPB::DownloadInfo& info) {
   DownloadRequest request;

@@ -6,6 +6,9 @@
 
 namespace playerx::transfers {
 
+/// The rights data of a film lies beside it under the film's whole name and this.
+inline constexpr char kRightsSuffix[] = ".rights";
+
 /// The output name as a path below the movies folder: components joined by "/", without empty ones
 /// and without ".". Nullopt when nothing is left, when a component is ".." or too long for a file
 /// name with `suffix` behind the last one, or when it holds a NUL.

@@ -26,7 +26,7 @@ constexpr unsigned kMostVariants = 10'000;
 
 bool needsCopy(int error) { return error == EXDEV || error == EPERM || error == EOPNOTSUPP; }
 
-fs::path rightsOf(const fs::path& film) { return film.native() + ".rights"; }
+fs::path rightsOf(const fs::path& film) { return film.native() + kRightsSuffix; }
 
 /// One film on its way from `source` to where it was requested.
 class Placing {

@@ -8,6 +8,7 @@
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "playerx/app/model/TextFormat.h"
 #include "playerx/app/session/KnownFilm.h"
+#include "playerx/transfers/FileNames.h"
 
 namespace playerx::session {
 
@@ -48,7 +49,7 @@ const ItemState* find(const std::vector<ItemState>& queue, const Request& reques
 /// A film and the record of its rights beside it.
 Reply removeFilm(const std::string& film) {
   std::error_code error;
-  std::filesystem::remove(film + ".rights", error);
+  std::filesystem::remove(film + transfers::kRightsSuffix, error);
   if (std::filesystem::remove(film, error)) return done();
   return failed("The film " + film + " could not be removed (" + error.message() + ").");
 }
