@@ -84,6 +84,8 @@ PartPaths numberedPart(const fs::path& folder, const std::string& key, unsigned 
   return {folder, number == 1 ? key : key + "-" + std::to_string(number)};
 }
 
+std::string placeOfKey(const std::string& key) { return key.substr(0, key.find('-')); }
+
 std::unique_ptr<Part> Part::claim(const PartPaths& paths, int& error) {
   Descriptor file = openBytes(paths, error);
   if (!file || isLockedByAnother(file.get())) return nullptr;

@@ -23,14 +23,20 @@ struct PartPaths {
   std::filesystem::path folder;
   std::string key;
 
-  std::filesystem::path bytes() const { return folder / (key + ".part"); }
-  std::filesystem::path state() const { return folder / (key + ".json"); }
+  static constexpr char kBytesExtension[] = ".part";
+  static constexpr char kStateExtension[] = ".json";
+
+  std::filesystem::path bytes() const { return folder / (key + kBytesExtension); }
+  std::filesystem::path state() const { return folder / (key + kStateExtension); }
 };
 
 /// The `number`th of several partials whose addresses have one place, from 1 on. `key` is
 /// `digestOf(Address::place)`.
 PartPaths numberedPart(const std::filesystem::path& folder, const std::string& key,
                        unsigned number);
+
+/// The digest of the place that the partial of this key comes from, whatever its number.
+std::string placeOfKey(const std::string& key);
 
 /// A partial that this process has claimed: no other session, in any process, has the same one.
 ///

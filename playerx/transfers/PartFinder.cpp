@@ -17,7 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kBytesExtension[] = ".part";
 constexpr unsigned kMostPartsOfOnePlace = 10'000;
 
 Opened failed(TransferFailure failure, const fs::path& where, int error) {
@@ -72,7 +71,8 @@ std::vector<Candidate> findCandidates(const DownloadRequest& request, const std:
   for (fs::directory_iterator entry(request.downloads, failure), end; !failure && entry != end;
        entry.increment(failure)) {
     const fs::path file = entry->path().filename();
-    if (!file.native().starts_with(keyStart) || file.extension() != kBytesExtension) continue;
+    if (!file.native().starts_with(keyStart) || file.extension() != PartPaths::kBytesExtension)
+      continue;
     Candidate candidate{{request.downloads, file.stem()}, {}, 0};
     candidate.state = loadState(candidate.paths.state()).value_or(PartState{});
     candidate.rank = rankOf(request, candidate);

@@ -18,7 +18,7 @@ namespace {
 
 bool isPartial(const fs::path& file) {
   const std::string extension = file.extension();
-  return extension == ".part" || extension == ".json";
+  return extension == PartPaths::kBytesExtension || extension == PartPaths::kStateExtension;
 }
 
 std::set<std::string> keysIn(const fs::path& folder) {
@@ -37,16 +37,14 @@ std::uint64_t sizeOf(const fs::path& file) {
   return error ? 0 : size;
 }
 
-/// Several partials of one place are numbered behind a dash.
-std::string withoutNumber(const std::string& key) { return key.substr(0, key.find('-')); }
-
 /// Drops the keys of the partials that the film may have; every authorisation gives a protected one
 /// another address of the same place.
 void dropKeysOf(const model::ItemState& film, std::set<std::string>& keys) {
   const std::optional<Address> address = parseAddress(film.url);
   if (!address) return;
   const std::string wanted = transfers::digestOf(address->place);
-  std::erase_if(keys, [&wanted](const std::string& key) { return withoutNumber(key) == wanted; });
+  std::erase_if(keys,
+                [&wanted](const std::string& key) { return transfers::placeOfKey(key) == wanted; });
 }
 
 /// Drops the keys that films of the queue may have. The few that are unfinished come first: as a
