@@ -11,7 +11,7 @@ namespace playerx::cli {
 
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;        // stands for bytes that are no UTF-8
+constexpr char32_t kReplacement = 0xFFFD;        // stands for bytes that are not UTF-8
 constexpr char32_t kEmojiPresentation = 0xFE0F;  // has terminals draw the character before it wide
 
 /// `wcwidth` asks the locale of the thread, which need not know more than ASCII.

@@ -6,7 +6,7 @@
 namespace playerx::cli {
 
 /// `text` (UTF-8) fit for a terminal: control characters, marks that turn the direction of text and
-/// bytes that are no UTF-8 become "?", so that no title can steer the terminal.
+/// bytes that are not UTF-8 become "?", so that no title can steer the terminal.
 std::string printable(const std::string& text);
 
 /// The columns that `text` takes on a terminal.

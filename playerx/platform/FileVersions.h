@@ -1,5 +1,19 @@
 #pragma once
 
+// How a file that is replaced again and again reaches the disk; an indented unit serves the one
+// above it.
+//
+//   kvpm::File          what plug-ins open, read, write and close
+//     FileSave          writes one version: only the blocks that differ from a spare's
+//       FileVersions    which version has the file's name, which are spare, which must be kept
+//         HiddenFile    a version that waits beside the file, locked while its process lives
+//         VersionRecord its place in the order and its hash, in an extended attribute
+//         BlockHashes   of a version's content
+//     WholeVersion      opens the newest complete version after a power cut
+//   FileSync            the versions of all files of the process; syncs each soon after a change
+//     SyncBatcher       the thread that does so
+//     FinishedFiles     films, which reach the disk before a version that may mention them
+
 #include <sys/types.h>
 
 #include <cstdint>

@@ -22,7 +22,7 @@ struct AttemptEnd {
     kInterrupted,  ///< `failure` came in between
     kAskForWhole,  ///< what came does not fit what is there
     kTryLater,     ///< the server is busy: `failure`, `retryAfter`
-    kBroken,       ///< `failure`; asking again is of no use
+    kBroken,       ///< `failure`; asking again would not help
   };
   Kind kind = Kind::kBroken;
   TransferFailure failure = TransferFailure::kNone;

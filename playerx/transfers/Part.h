@@ -77,7 +77,7 @@ class Part {
   /// Drops the bytes: those that follow belong to another version of the file.
   int beginVersion(const Validator& validator, std::optional<std::uint64_t> total);
 
-  /// Drops the bytes, which are of no use to anybody.
+  /// Drops the bytes, which no session can use.
   void drop();
 
   /// The total has become known.

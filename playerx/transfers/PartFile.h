@@ -37,7 +37,7 @@ class PartFile {
   int cut(std::uint64_t size);
 
   /// Makes sure that there is room for a file of `total` bytes, and reserves it for a large one.
-  /// Does not change the size. A file system that cannot reserve is no failure.
+  /// Does not change the size. A file system that cannot reserve is not a failure.
   int reserve(std::uint64_t total);
 
   /// Releases reserved space that holds no bytes.
@@ -55,7 +55,7 @@ class PartFile {
 
   const Descriptor file_;
   std::uint64_t written_;
-  std::uint64_t reserved_ = 0;  ///< space for so many bytes of the file is ours; 0 without reserve
+  std::uint64_t reserved_ = 0;  ///< the size up to which space is reserved; 0: none is
   std::vector<char> buffer_;
 };
 

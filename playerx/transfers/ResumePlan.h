@@ -37,10 +37,10 @@ RangeRequest planRequest(const PartFacts& facts, std::uint64_t largestOverlap);
 enum class Step {
   kAppend,           ///< the body begins with the overlap; what follows continues the partial
   kReplace,          ///< the body is the whole file: it takes the place of what is there
-  kAskForWhole,      ///< of no use: ask again, for the whole file
+  kAskForWhole,      ///< does not help: ask again, for the whole file
   kEverythingThere,  ///< the partial is the whole file
   kTryLater,         ///< the server is busy
-  kBreak,            ///< asking again is of no use
+  kBreak,            ///< asking again would not help
 };
 
 struct Verdict {

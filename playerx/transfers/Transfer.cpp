@@ -120,7 +120,7 @@ bool Transfer::onBody(const char* data, std::size_t length) {
 void Transfer::onOver(const FetchOutcome& outcome) { endAttempt(outcome.failure, outcome.detail); }
 
 void Transfer::work(Clock::time_point now) {
-  // A limit of the rate is no silence of the server's.
+  // A transfer that the rate limit holds back has not stalled.
   const bool isKeptBack = fetch_ && fetch_->isKeptBack();
   if (std::exchange(isTouched_, false) || isKeptBack) lastTouch_ = now;
   if (phase_ == Phase::kRequesting) {
@@ -162,7 +162,7 @@ RetryRules Transfer::retryRules() const {
   return rules;
 }
 
-// Before it is saved, what has come is of no use to a later session.
+// A later session can only go on from what is saved.
 bool Transfer::isSaveDue(Clock::time_point now) const {
   return now >= saveAt_ && attempt_->isProven() && !part().isSaved();
 }

@@ -123,7 +123,7 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   PercentReporter percent_{std::nullopt};
   RetryCounter retries_{0};
   unsigned restarts_ = 0;
-  bool needsWhole_ = false;  ///< what is there is of no use for the next request
+  bool needsWhole_ = false;  ///< the next request asks for the whole film
   bool hasBegun_ = false;
   bool isContacted_ = false;
   bool isFirstRequest_ = true;

@@ -19,7 +19,7 @@ enum class TransferFailure : std::int32_t {
   kCertificate = 9,         ///< the server's certificate cannot be trusted
   kTrustFile = 10,          ///< the file of trusted certificates cannot be read
   kRedirectLoop = 11,       ///< too many redirects
-  kBadRedirect = 12,        ///< redirected to something that is no http or https address
+  kBadRedirect = 12,        ///< redirected to something that is not an http or https address
   kDropped = 13,            ///< the line broke again and again
   kStalled = 14,            ///< no byte came for a long time, again and again
   kBadAnswer = 15,          ///< the server spoke nonsense

@@ -13,7 +13,7 @@ inline constexpr char DIN_TransferSettings[] = "com.vesk.playback.interface.Tran
 /// How the film of one address is fetched. A record; text is UTF-8.
 struct FilmOptions {
   std::string username{}, password{};  ///< for the host of the address alone
-  unsigned tries = 0;                  ///< in a row without progress; 0: as the library finds right
+  unsigned tries = 0;                  ///< in a row without progress; 0: the library's default
   std::chrono::seconds timeout{0};     ///< to connect, and without a byte; 0: likewise
   std::vector<std::string> headers{};  ///< further ones, "Name: value"
   std::string referer{};               ///< empty: none is sent

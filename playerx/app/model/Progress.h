@@ -10,7 +10,7 @@
 
 namespace playerx::model {
 
-/// How one download gets on, by the player's own clock.
+/// The progress of one download, by the player's own clock.
 struct Progress {
   std::optional<std::uint64_t> arrived{};      ///< bytes; nullopt when not known
   std::uint64_t bytesPerSecond = 0;            ///< 0 when not known

@@ -14,7 +14,7 @@ namespace playerx::reasons {
 /// statuses included; the enumerators are what the player itself finds out. What each is called and
 /// what people read is in the one table of Reason.cpp.
 enum class Reason : std::int32_t {
-  // An argument that is no address of a film.
+  // An argument that is not the address of a film.
   kNoAddress = 40,
   kBadPort = 41,
   kUnescapedAddress = 42,
@@ -75,7 +75,7 @@ constexpr Reason reasonOfStatus(long status) {
 Reason reasonOf(AddressFault fault);
 
 /// The stable word of a reason, listed in docs/json-output.md: "no_such_host", "http_404". Reasons
-/// that a program need not tell apart share one; "internal" for a number that is no reason.
+/// that a program need not tell apart share one; "internal" for a number that is not a reason.
 std::string codeOf(Reason reason);
 
 /// What the sentence of a reason may mention.

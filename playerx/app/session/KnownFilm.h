@@ -9,7 +9,7 @@
 namespace playerx::session {
 
 /// The item of a queue that was added for this address: of several the one that has come farthest.
-/// Nullopt for an address that is not there, and for what is no address.
+/// Nullopt for an address that is not there, and for what is not an address.
 std::optional<model::ItemState> findKnownFilm(const std::vector<model::ItemState>& queue,
                                               const std::string& address);
 
