@@ -7,6 +7,11 @@ void SessionLog::enter(TransferPhase phase) {
   report_.phase = phase;
 }
 
+void SessionLog::arrivesIn(const std::string& partialPath) {
+  const GuardLock lock(mutex_);
+  report_.partialPath = partialPath;
+}
+
 void SessionLog::arrived(std::uint64_t bytes, std::optional<std::uint64_t> total) {
   const GuardLock lock(mutex_);
   report_.arrived = bytes;

@@ -14,6 +14,9 @@ namespace playerx::transfers {
 class SessionLog {
  public:
   void enter(TransferPhase phase);
+
+  /// The file that the bytes are written to.
+  void arrivesIn(const std::string& partialPath);
   void arrived(std::uint64_t bytes, std::optional<std::uint64_t> total);
 
   /// A failure that is being retried; `attempts` failed in a row.

@@ -59,6 +59,7 @@ void Transfer::onOpened() {
     return reportWhole(std::filesystem::file_size(opened.film, ignored));
   }
   if (!opened.part) return breakOff(opened.failure, opened.detail);
+  session_->log.arrivesIn(part().paths().bytes());
   const std::uint64_t size = part().file().size();
   if (part().isWhole()) return reportWhole(size);
   if (size == 0) percent_ = PercentReporter(0);

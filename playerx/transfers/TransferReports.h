@@ -25,6 +25,7 @@ struct TransferReport {
   unsigned long long uid = 0;  ///< 0 for a session that was refused at its start
   std::string address;         ///< as given, without user name, password and fragment
   std::string requestedPath;   ///< movies folder and output name, joined by "/"
+  std::string partialPath;     ///< the file that the bytes are written to; empty before the first
   std::string finalPath;       ///< where the finished file lies; empty until it is complete
   TransferPhase phase = TransferPhase::kWaiting;
   std::uint64_t arrived = 0;    ///< bytes, those of earlier sessions included

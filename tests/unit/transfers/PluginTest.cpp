@@ -82,6 +82,7 @@ TEST_F(ReportsTest, ASessionIsFoundByIdAddressAndPath) {
     EXPECT_EQ(one.phase, TransferPhase::kArriving);
     EXPECT_GE(one.arrived, 50'000u);
     EXPECT_EQ(one.total, 100'000u);
+    EXPECT_GE(std::filesystem::file_size(one.partialPath), 50'000u);
     EXPECT_EQ(one.finalPath, "");
     EXPECT_EQ(one.failure, TransferFailure::kNone);
   }
