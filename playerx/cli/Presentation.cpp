@@ -29,6 +29,7 @@ void present(const QueueEvent& event, Reporter& reporter) {
     case QueueEvent::Kind::kFailed:
       return reporter.failed(event.item, event.reason);
     case QueueEvent::Kind::kRemoved:
+    case QueueEvent::Kind::kMoved:
       return;
     case QueueEvent::Kind::kNote:
       return reporter.note(event.sentence);

@@ -21,12 +21,14 @@ NLOHMANN_JSON_SERIALIZE_ENUM(Request::Action, {{Request::Action::kList, "list"},
                                                {Request::Action::kClear, "clear"},
                                                {Request::Action::kClean, "clean"},
                                                {Request::Action::kLimit, "limit"},
+                                               {Request::Action::kShow, "show"},
                                                {Request::Action::kPing, "ping"}})
 
 NLOHMANN_JSON_SERIALIZE_ENUM(Request::Direction, {{Request::Direction::kUp, "up"},
                                                   {Request::Direction::kDown, "down"},
                                                   {Request::Direction::kTop, "top"},
-                                                  {Request::Direction::kBottom, "bottom"}})
+                                                  {Request::Direction::kBottom, "bottom"},
+                                                  {Request::Direction::kBefore, "before"}})
 
 NLOHMANN_JSON_SERIALIZE_ENUM(Reply::Outcome, {{Reply::Outcome::kDone, "done"},
                                               {Reply::Outcome::kFailed, "failed"},
@@ -37,6 +39,7 @@ NLOHMANN_JSON_SERIALIZE_ENUM(QueueEvent::Kind, {{QueueEvent::Kind::kAdded, "adde
                                                 {QueueEvent::Kind::kFinished, "finished"},
                                                 {QueueEvent::Kind::kFailed, "failed"},
                                                 {QueueEvent::Kind::kRemoved, "removed"},
+                                                {QueueEvent::Kind::kMoved, "moved"},
                                                 {QueueEvent::Kind::kNote, "note"},
                                                 {QueueEvent::Kind::kQueue, "queue"}})
 
@@ -60,6 +63,11 @@ using Json = nlohmann::ordered_json;
 
 QByteArray lineOf(const Json& object) {
   return QByteArray::fromStdString(object.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+bool isOfItem(const QueueEvent& event) {
+  using Kind = QueueEvent::Kind;
+  return event.kind != Kind::kNote && event.kind != Kind::kQueue && event.kind != Kind::kMoved;
 }
 
 /// The object that a line holds; any other value for a line that holds none.
@@ -106,6 +114,7 @@ Json jsonOf(const Progress& progress) {
   Json object{{"bytesPerSecond", progress.bytesPerSecond},
               {"silentSeconds", progress.silentSeconds},
               {"isRetrying", progress.isRetrying}};
+  if (!progress.partialPath.empty()) object["partialPath"] = progress.partialPath;
   if (progress.arrived) object["arrived"] = *progress.arrived;
   if (progress.secondsLeft) object["secondsLeft"] = *progress.secondsLeft;
   return object;
@@ -117,6 +126,7 @@ std::optional<Progress> progressOf(const Json& object) {
   members.take("bytesPerSecond", progress.bytesPerSecond);
   members.take("silentSeconds", progress.silentSeconds);
   members.take("isRetrying", progress.isRetrying);
+  members.take("partialPath", progress.partialPath);
   if (members.has("arrived")) members.take("arrived", progress.arrived.emplace());
   if (members.has("secondsLeft")) members.take("secondsLeft", progress.secondsLeft.emplace());
   return members.isGood() ? std::optional(progress) : std::nullopt;
@@ -178,6 +188,7 @@ std::optional<std::string> textOf(const Json& value) {
 std::optional<Reply> replyOf(Members members) {
   Reply reply;
   members.take("reply", reply.outcome);
+  members.take("paused", reply.isPaused);
   members.takeEach("notes", reply.notes, textOf);
   members.takeEach("refused", reply.refused, refusalOf);
   members.takeEach("items", reply.items, [&reply](const Json& object) {
@@ -233,6 +244,7 @@ QByteArray write(const Request& request) {
   if (request.again) object["again"] = true;
   if (request.plays) object["plays"] = true;
   if (request.action == Request::Action::kMove) object["direction"] = request.direction;
+  if (request.before != kUsual.before) object["before"] = request.before;
   if (request.withFilm) object["withFilm"] = true;
   if (request.dryRun) object["dryRun"] = true;
   if (request.options != FilmOptions{}) object["options"] = session::jsonOf(request.options);
@@ -246,6 +258,7 @@ QByteArray write(const Reply& reply) {
   for (const Refusal& refusal : reply.refused) {
     object["refused"].push_back({{"input", refusal.input}, {"reason", jsonOf(refusal.reason)}});
   }
+  if (reply.isPaused) object["paused"] = true;
   for (const ItemState& item : reply.items) {
     Json& element = object["items"].emplace_back(jsonOf(item));
     const auto progress = reply.progress.find(item.id);
@@ -256,9 +269,7 @@ QByteArray write(const Reply& reply) {
 
 QByteArray write(const QueueEvent& event) {
   Json object{{"event", event.kind}};
-  const bool isOfItem =
-      event.kind != QueueEvent::Kind::kNote && event.kind != QueueEvent::Kind::kQueue;
-  if (isOfItem) object["item"] = jsonOf(event.item);
+  if (isOfItem(event)) object["item"] = jsonOf(event.item);
   if (event.kind == QueueEvent::Kind::kQueue) object["queue"] = jsonOf(event.queue);
   if (event.kind == QueueEvent::Kind::kChanged) object["progress"] = jsonOf(event.progress);
   if (!event.sentence.empty()) object["sentence"] = event.sentence;
@@ -291,6 +302,7 @@ std::optional<Request> readRequest(const QByteArray& line) {
   members.take("again", request.again);
   members.take("plays", request.plays);
   members.take("direction", request.direction);
+  members.take("before", request.before);
   members.take("withFilm", request.withFilm);
   members.take("dryRun", request.dryRun);
   if (members.has("options")) {

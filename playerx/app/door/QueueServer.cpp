@@ -20,8 +20,8 @@ QByteArray greeting() {
 
 }  // namespace
 
-QueueServer::QueueServer(session::QueueService& service, std::function<void()> wake)
-    : service_(service), door_(greeting(), std::move(wake)) {}
+QueueServer::QueueServer(session::QueueService& service, std::function<void()> wake, Show show)
+    : service_(service), show_(std::move(show)), door_(greeting(), std::move(wake)) {}
 
 std::string QueueServer::listen(const std::string& dataFolder) {
   return door_.listen(doorPath(dataFolder));
@@ -43,6 +43,10 @@ void QueueServer::publish(const session::QueueEvent& event) {
 Reply QueueServer::answer(const DoorServer::Line& line) {
   const std::optional<Request> request = readRequest(line.text);
   if (!request) return {Reply::Outcome::kFailed, {"The request was not understood."}};
+  if (request->action == Request::Action::kShow && show_) {
+    show_(request->inputs);
+    return {};
+  }
   Reply reply = service_.handle(*request);
   if (request->action == Request::Action::kWatch) watchers_.insert(line.visitor);
   return reply;

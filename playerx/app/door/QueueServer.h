@@ -3,6 +3,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "playerx/app/door/DoorServer.h"
 #include "playerx/app/session/QueueService.h"
@@ -16,9 +17,12 @@ namespace playerx::door {
 /// when it is woken.
 class QueueServer {
  public:
+  /// Brings the window to the front and has it add inputs.
+  using Show = std::function<void(const std::vector<std::string>& inputs)>;
+
   /// `wake` is called on a thread of the server's own when there are requests to answer, and must
-  /// not wait. The service outlives the server.
-  QueueServer(session::QueueService& service, std::function<void()> wake);
+  /// not wait. The service outlives the server. `show` is left out where there is no window.
+  QueueServer(session::QueueService& service, std::function<void()> wake, Show show = nullptr);
 
   /// Lets others in. The caller holds the lock of the data folder. Returns why not, in one
   /// sentence, and empty on success. Once.
@@ -33,6 +37,7 @@ class QueueServer {
   session::Reply answer(const DoorServer::Line& line);
 
   session::QueueService& service_;
+  const Show show_;
   std::set<DoorServer::Visitor> watchers_;
   DoorServer door_;
 };

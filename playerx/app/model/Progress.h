@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "playerx/app/model/ItemState.h"
@@ -17,6 +18,7 @@ struct Progress {
   std::optional<std::uint64_t> secondsLeft{};  ///< 1 and above; nullopt when not known
   std::uint64_t silentSeconds = 0;             ///< since the last byte came; 0 while bytes come
   bool isRetrying = false;                     ///< between two tries
+  std::string partialPath{};  ///< the file that is written to; empty when not known
 
   bool operator==(const Progress&) const = default;
 };

@@ -27,9 +27,10 @@ struct Request {
     kClear,
     kClean,
     kLimit,
+    kShow,
     kPing
   };
-  enum class Direction { kUp, kDown, kTop, kBottom };
+  enum class Direction { kUp, kDown, kTop, kBottom, kBefore };
 
   Action action = Action::kList;
 
@@ -37,7 +38,7 @@ struct Request {
   std::optional<unsigned int> id{};  ///< goes before the position
   int position = 0;                  ///< from 1 on
 
-  // Adding.
+  // Adding, and showing the window.
   std::vector<std::string> inputs{};  ///< addresses and paths of tickets, UTF-8
   std::string name{};                 ///< the only film's file name; empty: that of its address
   bool starts = true;                 ///< a paused queue goes on
@@ -46,8 +47,9 @@ struct Request {
   FilmOptions options{};              ///< how the films are fetched
 
   Direction direction = Direction::kUp;  ///< of a move
-  bool dryRun = false;                   ///< what would be cleaned is named and kept
-  bool withFilm = false;                 ///< what is removed goes with its finished film
+  unsigned int before = 0;  ///< id of the item that a move to `kBefore` ends in front of
+  bool dryRun = false;      ///< what would be cleaned is named and kept
+  bool withFilm = false;    ///< what is removed goes with its finished film
 
   /// Bytes per second for all films from now on, in addition to the action; 0: no limit.
   std::optional<std::uint64_t> rateLimit{};
@@ -72,17 +74,18 @@ struct Reply {
   std::vector<Refusal> refused{};         ///< inputs
   std::vector<model::ItemState> items{};  ///< the queue, or the items that adding leaves to fetch
   std::map<unsigned int, model::Progress> progress{};  ///< of those that arrive, by id
+  bool isPaused = false;                               ///< the whole queue; with the queue only
 
   bool operator==(const Reply&) const = default;
 };
 
 /// One thing that happened to the queue.
 struct QueueEvent {
-  enum class Kind { kAdded, kChanged, kFinished, kFailed, kRemoved, kNote, kQueue };
+  enum class Kind { kAdded, kChanged, kFinished, kFailed, kRemoved, kMoved, kNote, kQueue };
 
   Kind kind = Kind::kNote;
   model::ItemState
-      item{};  ///< as it is now; of a removed one as it was; empty for a note and the queue
+      item{};  ///< as it is now; of a removed one as it was; empty for kMoved, kNote, kQueue
   model::Progress progress{};     ///< of a change
   std::string sentence{};         ///< the note; what is odd about a finished film, mostly empty
   reasons::Explanation reason{};  ///< of a failure

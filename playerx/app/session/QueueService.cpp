@@ -126,6 +126,7 @@ Reply QueueService::list() {
   Reply reply;
   reply.items = watch_.queue();
   reply.progress = watch_.progress();
+  reply.isPaused = session_.manager().isPaused();
   return reply;
 }
 
@@ -148,6 +149,8 @@ Reply QueueService::editAll(const Request& request) {
       return clean(request.dryRun);
     case Action::kLimit:
       return limited(request);
+    case Action::kShow:
+      return failed("The player that has the queue has no window.");
     case Action::kRemove:
     case Action::kMove:
       return refuseUnknown(request, watch_.queue().size());
@@ -175,7 +178,8 @@ Reply QueueService::editItem(const Request& request, const ItemState& item) {
     case Action::kRetry:
       return retry(item);
     case Action::kMove:
-      return move(item, request.direction);
+      return request.direction == Direction::kBefore ? moveBefore(item, request.before)
+                                                     : move(item, request.direction);
     case Action::kPause:
       return pause(item);
     case Action::kResume:
@@ -232,8 +236,24 @@ Reply QueueService::move(const ItemState& item, Direction direction) {
     case Direction::kBottom:
       manager.moveToBottom(item.id);
       break;
+    case Direction::kBefore:
+      break;
   }
   return isMoved ? done() : failed("The item cannot move any further.");
+}
+
+/// One step at a time, because the manager knows no other way to a place in between.
+Reply QueueService::moveBefore(const ItemState& item, unsigned int before) {
+  VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
+  const std::vector<ItemState>& queue = watch_.queue();
+  const Request target{.id = before};
+  const ItemState* const end = find(queue, target);
+  if (end == nullptr) return refuseUnknown(target, queue.size());
+  auto steps = end - find(queue, {.id = item.id});
+  bool isMoved = true;
+  for (; steps < 0 && isMoved; ++steps) isMoved = manager.moveUp(item.id);
+  for (; steps > 1 && isMoved; --steps) isMoved = manager.moveDown(item.id);
+  return isMoved ? done() : failed("The item cannot move that far.");
 }
 
 /// The manager knows no paused item but the first; a stopped one is passed over in the same way.

@@ -32,6 +32,7 @@ class QueueService {
   Reply handle(const Request& request);
 
   QueueWatch& watch() { return watch_; }
+  const QueueWatch& watch() const { return watch_; }
 
   /// Deletes what was left of films that are not in the queue, as far as no transfer is at work on
   /// it: the rest goes with a later `update`. Nothing is deleted while an unreadable queue lies set
@@ -50,6 +51,7 @@ class QueueService {
   Reply retry(const model::ItemState& item);
   Reply retryAll();
   Reply move(const model::ItemState& item, Request::Direction direction);
+  Reply moveBefore(const model::ItemState& item, unsigned int before);
   Reply pause(const model::ItemState& item);
   Reply resume(const model::ItemState& item);
   void letGoOn(unsigned int id);

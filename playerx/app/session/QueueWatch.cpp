@@ -30,6 +30,7 @@ QueueWatch::QueueWatch(PlayerSession& session, std::function<void()> wake, reaso
           std::move(probe)),
       reasons_(session.places().data) {
   tracker_.update(session.reader());
+  for (const ItemState& item : queue()) order_.push_back(item.id);
 }
 
 std::vector<unsigned int> QueueWatch::update() {
@@ -86,7 +87,17 @@ std::vector<unsigned int> QueueWatch::tellChanges() {
     if (change.kind == QueueChange::kAdded) added.push_back(change.item.id);
     tell(change);
   }
+  tellMoves(!news.removed.empty() || !added.empty());
   return added;
+}
+
+/// Where items stand is told with none of them: each that one climbs past has another place.
+void QueueWatch::tellMoves(bool isOtherwiseKnown) {
+  std::vector<unsigned int> order;
+  order.reserve(queue().size());
+  for (const ItemState& item : queue()) order.push_back(item.id);
+  const bool isSame = order == std::exchange(order_, order);
+  if (!isSame && !isOtherwiseKnown) listener_({Kind::kMoved});
 }
 
 void QueueWatch::tellRemoved(const ItemState& item) {
@@ -127,6 +138,7 @@ std::optional<model::Progress> QueueWatch::measure(const ItemState& item) {
   model::ProgressMeter& meter = meters_[item.id];
   meter.feed(model::ProgressMeter::Clock::now(), transfer->arrived, transfer->total);
   model::Progress progress = meter.progress();
+  progress.partialPath = transfer->partialPath;
   progress.isRetrying = transfer->phase == TransferPhase::kWaiting && transfer->failedAttempts > 0;
   return progress;
 }

@@ -53,6 +53,7 @@ class QueueWatch {
  private:
   void tellMessages();
   std::vector<unsigned int> tellChanges();
+  void tellMoves(bool isOtherwiseKnown);
   void tellRemoved(const model::ItemState& item);
   void tellReasons();
   void tell(const model::QueueChange& change);
@@ -66,6 +67,7 @@ class QueueWatch {
   reasons::ReasonFile reasons_;
 
   model::QueueTracker tracker_;
+  std::vector<unsigned int> order_;  ///< ids, as they were told last
   std::map<unsigned int, model::ProgressMeter> meters_;
   std::set<unsigned int> toPlay_;
   std::string lastWords_;  ///< said since the last outcome

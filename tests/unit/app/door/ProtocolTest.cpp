@@ -59,7 +59,8 @@ TEST(ProtocolTest, ARequestComesBackAsItWent) {
                                     .cookieFile = "/c",
                                     .sha256 = "ab",
                                     .hasChecksumFile = true},
-                        .direction = Request::Direction::kBottom,
+                        .direction = Request::Direction::kBefore,
+                        .before = 4'000'000'001,
                         .dryRun = true,
                         .withFilm = true,
                         .rateLimit = 1ULL << 40};
@@ -72,14 +73,16 @@ TEST(ProtocolTest, AnAnswerComesBackAsItWent) {
   expectSameAfterTheSocket(
       Reply{Reply::Outcome::kWrongUse, {"One."}, {{"http://h/a.mp4", reason}}, {film()}});
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kChanged, film()});
-  const model::Progress progress{1ULL << 50, 5000, 7, 3, true};
+  const model::Progress progress{1ULL << 50, 5000, 7, 3, true, "/partial/a"};
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kChanged, film(), progress});
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFinished, film(), {}, "It is odd."});
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFailed, film(), {}, "", reason});
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kNote, {}, {}, "Hello."});
   expectSameAfterTheSocket(
       QueueEvent{.kind = QueueEvent::Kind::kQueue, .queue = {7, 2, 1ULL << 50, 1ULL << 51, 3}});
+  expectSameAfterTheSocket(QueueEvent{.kind = QueueEvent::Kind::kMoved});
   expectSameAfterTheSocket(Reply{.items = {film()}, .progress = {{film().id, progress}}});
+  expectSameAfterTheSocket(Reply{.items = {film()}, .isPaused = true});
 }
 
 TEST(ProtocolTest, TextThatIsNotUtf8IsReplaced) {

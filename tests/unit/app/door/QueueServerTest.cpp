@@ -76,6 +76,19 @@ TEST_F(QueueServerTest, ThoseThatWatchAreToldWhatHappens) {
   });
 }
 
+TEST_F(QueueServerTest, AWindowIsShownWithTheInputsThatItIsGiven) {
+  std::vector<std::string> shown;
+  server_.reset();
+  server_.emplace(
+      service_, [] {}, [&shown](const std::vector<std::string>& inputs) { shown = inputs; });
+  EXPECT_EQ(server_->listen(data()), "");
+  serveWhile([](QueueClient& client) {
+    const auto reply = client.ask({.action = Action::kShow, .inputs = {"/a.tix"}}, kPatience);
+    EXPECT_EQ(reply->outcome, Reply::Outcome::kDone);
+  });
+  EXPECT_THAT(shown, ElementsAre("/a.tix"));
+}
+
 TEST_F(QueueServerTest, WhatIsNoRequestIsSaid) {
   serveWhile([this](QueueClient&) {
     DoorClient door;

@@ -106,6 +106,29 @@ TEST_F(QueueServiceTest, EachDirectionIsAMoveOfItsOwn) {
                                         call("moveUp", item), call("moveDown", item)));
 }
 
+TEST_F(QueueServiceTest, AMoveInFrontOfAnotherItemGoesStepByStep) {
+  const DownloadItem& first = fake_.module.put("http://h/a.avi");
+  const DownloadItem& second = fake_.module.put("http://h/b.avi");
+  const DownloadItem& third = fake_.module.put("http://h/c.avi");
+  const auto moveBefore = [this](const DownloadItem& item, unsigned int before) {
+    return service()
+        .handle({.action = Action::kMove,
+                 .id = item.getId(),
+                 .direction = Direction::kBefore,
+                 .before = before})
+        .outcome;
+  };
+  EXPECT_EQ(moveBefore(third, first.getId()), Outcome::kFailed);  // the manager refuses the step
+  EXPECT_EQ(moveBefore(first, third.getId()), Outcome::kFailed);
+  EXPECT_EQ(moveBefore(first, second.getId()), Outcome::kDone);  // it is there
+  EXPECT_EQ(moveBefore(first, third.getId() + 1), Outcome::kWrongUse);
+  EXPECT_THAT(log_.lines(), ElementsAre(call("moveUp", third), call("moveDown", first)));
+}
+
+TEST_F(QueueServiceTest, ThereIsNoWindowToShow) {
+  EXPECT_EQ(ask(Action::kShow).outcome, Outcome::kFailed);
+}
+
 TEST_F(QueueServiceTest, ClearDropsWhatIsComplete) {
   EXPECT_EQ(ask(Action::kClear).outcome, Outcome::kDone);
   EXPECT_THAT(log_.lines(), ElementsAre("manager.clearCompletedDownloads"));

@@ -45,6 +45,16 @@ TEST_F(QueueWatchTest, WhatWasThereBeforeIsNotTold) {
   EXPECT_EQ(watch().queue().size(), 1u);
 }
 
+TEST_F(QueueWatchTest, AnotherOrderOfTheSameItemsIsToldOnce) {
+  fake_.module.put("http://h/a.avi");
+  fake_.module.put("http://h/b.avi");
+  watch();
+  fake_.module.moveToEnd(0);
+  watch().update();
+  watch().update();
+  EXPECT_THAT(kinds(), ElementsAre(Kind::kMoved));
+}
+
 TEST_F(QueueWatchTest, EveryStepOfAFilmIsTold) {
   watch();
   DownloadItem& film = fake_.module.put("http://h/a.avi");
