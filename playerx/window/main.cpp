@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QUrl>
 #include <csignal>
 #include <iostream>
 
@@ -10,6 +11,8 @@
 #include "playerx/app/session/Places.h"
 #include "playerx/window/desktop/BusDesktop.h"
 #include "playerx/window/playback/FilmPlayer.h"
+#include "playerx/window/queue/HandOver.h"
+#include "playerx/window/queue/QueuePlaces.h"
 #include "playerx/window/queue/SessionQueue.h"
 #include "playerx/window/shell/Language.h"
 #include "playerx/window/shell/MainWindow.h"
@@ -58,8 +61,10 @@ Arguments parse(const QApplication& application) {
   arguments.session.caFile = parser.value(authorities).toStdString();
   arguments.session.services = parser.value(services).toStdString();
   for (const QString& input : parser.positionalArguments()) {
-    const bool isAddress = input.contains(QLatin1String("://"));
-    arguments.inputs << (isAddress ? input : QDir::current().absoluteFilePath(input));
+    const QUrl url(input);  // a file manager may name a ticket in this way
+    const bool isAddress = input.contains(QLatin1String("://")) && !url.isLocalFile();
+    const QString path = url.isLocalFile() ? url.toLocalFile() : input;
+    arguments.inputs << (isAddress ? input : QDir::current().absoluteFilePath(path));
   }
   return arguments;
 }
@@ -72,6 +77,7 @@ QString dataFolder(const session::SessionOptions& options) {
 int run(const QApplication& application) {
   const Language language{QLocale()};
   const Arguments arguments = parse(application);
+  if (handOver(dataFolder(arguments.session), arguments.inputs)) return 0;
   WindowMemory memory(dataFolder(arguments.session) + QStringLiteral("/window.ini"));
   SessionQueue queue(arguments.session);
   const std::unique_ptr<FilmPlayer> player(makeFilmPlayer(nullptr));
@@ -81,7 +87,7 @@ int run(const QApplication& application) {
   QObject::connect(&signals, &StopSignals::raised, &window, &MainWindow::quit);
   QObject::connect(&window, &MainWindow::closed, &application, &QCoreApplication::quit);
   window.show();
-  queue.open();
+  queue.open(window.wasPaused());
   if (!arguments.inputs.isEmpty()) window.take(arguments.inputs);
   return QApplication::exec();
 }
@@ -90,12 +96,13 @@ int run(const QApplication& application) {
 }  // namespace playerx::window
 
 int main(int argc, char** argv) {
-  std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit of file sizes fails instead
+  std::signal(SIGXFSZ, SIG_IGN);        // a write beyond the limit of file sizes fails instead
   qputenv("DBUS_FATAL_WARNINGS", "0");  // a bus that dies at a bad moment does not end the player
   playerx::session::setHome();
-  QApplication application(argc, argv);
   QApplication::setOrganizationName(QStringLiteral("Vesk"));
   QApplication::setApplicationName(QStringLiteral("VeskPlayerX"));
+  playerx::window::useStoredProxy();
+  QApplication application(argc, argv);
   QApplication::setApplicationDisplayName(QStringLiteral("Vesk Player X"));
   QApplication::setApplicationVersion(QStringLiteral(PLAYERX_VERSION));
   QApplication::setDesktopFileName(QStringLiteral("playerx"));

@@ -145,6 +145,7 @@ QWidget* PreferencesDialog::makeNetworkPage() {
   proxyAddress_->setAccessibleName(tr("Address of the proxy"));
   form->addRow(tr("&Proxy:"), proxy_);
   form->addRow(QString(), proxyAddress_);
+  form->addRow(QString(), new QLabel(tr("Another proxy is used from the next start on."), page));
 
   auto* const choose = new QPushButton(tr("C&hoose…"), page);
   connect(choose, &QPushButton::clicked, this, &PreferencesDialog::chooseAuthorities);

@@ -53,6 +53,8 @@ QVariant FilmModel::data(const QModelIndex& index, int role) const {
       return QVariant::fromValue(*film);
     case kIdRole:
       return film->id;
+    case kNumberRole:
+      return index.row() + 1;
     default:
       return {};
   }
@@ -68,6 +70,7 @@ QHash<int, QByteArray> FilmModel::roleNames() const {
   QHash<int, QByteArray> names = QAbstractListModel::roleNames();
   names.insert(kFilmRole, "film");
   names.insert(kIdRole, "filmId");
+  names.insert(kNumberRole, "number");
   return names;
 }
 

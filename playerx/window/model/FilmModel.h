@@ -15,7 +15,11 @@ class FilmModel : public QAbstractListModel {
  public:
   /// Roles beside those of Qt: Qt::DisplayRole is the title, Qt::AccessibleTextRole one sentence
   /// with everything the row shows.
-  enum Role { kFilmRole = Qt::UserRole, kIdRole };
+  enum Role {
+    kFilmRole = Qt::UserRole,
+    kIdRole,
+    kNumberRole,  ///< the film's place in the queue, from 1 on
+  };
 
   using QAbstractListModel::QAbstractListModel;
 

@@ -1,6 +1,7 @@
 #include "playerx/window/queue/FilmBook.h"
 
 #include <QDateTime>
+#include <QSet>
 #include <algorithm>
 #include <utility>
 
@@ -33,30 +34,54 @@ FilmState stateOf(DownloadStatusEnumType status) {
 /// From here on a film that is arriving can be watched.
 constexpr int kWatchablePercent = 5;
 
+FilmFailure failureOf(const reasons::Explanation& reason) {
+  return {QString::fromStdString(reason.code()),
+          QString::fromStdString(reason.happened) + QLatin1Char('.')};
+}
+
+bool canBeWatched(const Film& film) {
+  return film.size > 0 && film.arrived * 100 >= film.size * kWatchablePercent &&
+         !film.partialPath.isEmpty();
+}
+
+void addProgress(Film& film, const model::Progress& progress) {
+  film.partialPath = QString::fromStdString(progress.partialPath);
+  film.bytesPerSecond = progress.bytesPerSecond;
+  film.secondsLeft = progress.secondsLeft;
+  if (progress.arrived) film.arrived = *progress.arrived;
+  if (film.size > 0) film.arrived = std::min(film.arrived, film.size);
+  film.isPlayable = canBeWatched(film);
+}
+
 }  // namespace
 
-FilmBook::FilmBook(FindTransfer findTransfer) : findTransfer_(std::move(findTransfer)) {}
+void FilmBook::note(const session::QueueEvent& event) {
+  using Kind = session::QueueEvent::Kind;
+  if (event.kind != Kind::kChanged && event.kind != Kind::kFailed) return;
+  Page& page = pages_[firstId_ + event.item.id];
+  if (event.kind == Kind::kChanged) page.progress = event.progress;
+  if (event.kind == Kind::kFailed) page.failure = failureOf(event.reason);
+  page.isOld = true;
+}
 
 std::optional<QueueUpdate> FilmBook::update(const std::vector<model::ItemState>& queue,
-                                            bool isPaused, Clock::time_point now) {
+                                            bool isPaused) {
   QueueUpdate update;
   update.isPaused = isPaused;
   QList<FilmId> order;
   order.reserve(static_cast<qsizetype>(queue.size()));
-  QHash<FilmId, Page> pages;
-  pages.reserve(static_cast<qsizetype>(queue.size()));
   for (const model::ItemState& item : queue) {
-    Page page = pages_.take(item.id);
-    const bool isNew = page.film.id == 0;
-    Film film = filmOf(item, page, now);
-    if (isNew || film != page.film) {
-      page.film = film;
-      update.films.append(std::move(film));
-    }
-    order.append(item.id);
-    pages.insert(item.id, std::move(page));
+    order.append(firstId_ + item.id);
+    Page& page = pages_[order.last()];
+    if (!page.isOld && page.item == item) continue;
+    Film film = filmOf(item, page);
+    page.item = item;
+    page.isOld = false;
+    if (film == page.film) continue;
+    page.film = film;
+    update.films.append(std::move(film));
   }
-  pages_ = std::move(pages);
+  if (pages_.size() != order.size()) forgetOthers(order);
   if (order != order_) update.order = order;
   order_ = std::move(order);
   const bool isNews = update.order || !update.films.isEmpty() || isPaused != isPaused_;
@@ -64,16 +89,14 @@ std::optional<QueueUpdate> FilmBook::update(const std::vector<model::ItemState>&
   return isNews ? std::optional(update) : std::nullopt;
 }
 
-void FilmBook::explain(FilmId id, const reasons::Explanation& explanation) {
-  const auto page = pages_.find(id);
-  if (page == pages_.end()) return;
-  page->failure = {QString::fromStdString(explanation.code()),
-                   QString::fromStdString(explanation.happened) + QLatin1Char('.')};
+void FilmBook::forgetOthers(const QList<FilmId>& order) {
+  const QSet<FilmId> present(order.begin(), order.end());
+  pages_.removeIf([&present](const auto& page) { return !present.contains(page.key()); });
 }
 
-Film FilmBook::filmOf(const model::ItemState& item, Page& page, Clock::time_point now) {
+Film FilmBook::filmOf(const model::ItemState& item, Page& page) const {
   Film film;
-  film.id = item.id;
+  film.id = firstId_ + item.id;
   film.title = QString::fromStdString(item.title);
   film.provider = QString::fromStdString(item.provider);
   film.address = QString::fromStdString(item.url);
@@ -82,31 +105,19 @@ Film FilmBook::filmOf(const model::ItemState& item, Page& page, Clock::time_poin
   film.percent = item.percent;
   film.size = item.size;
   film.arrived = item.size / 100 * static_cast<quint64>(item.percent);
-  if (film.state == FilmState::kFailed) film.failure = page.failure;
-  if (film.state != FilmState::kFailed) page.failure = {};
   film.finishedAt = page.film.finishedAt;
   const bool isKnown = page.film.id != 0;
   if (film.state == FilmState::kDone && isKnown && page.film.state != FilmState::kDone) {
     film.finishedAt = QDateTime::currentDateTime();
   }
-  if (isRunning(film.state)) measure(item, film, page, now);
+  if (film.state != FilmState::kFailed) {
+    page.failure = {};
+  } else if (page.failure == FilmFailure() && !isKnown) {
+    if (const auto reason = findReason_(item)) page.failure = failureOf(*reason);
+  }
+  film.failure = page.failure;
+  if (isRunning(film.state)) addProgress(film, page.progress);
   return film;
-}
-
-void FilmBook::measure(const model::ItemState& item, Film& film, Page& page,
-                       Clock::time_point now) {
-  const std::optional<TransferReport> transfer = findTransfer_(item.url);
-  if (!transfer) return;
-  if (film.size == 0) film.size = transfer->total;
-  film.partialPath = QString::fromStdString(transfer->partialPath);
-  film.arrived = std::max<quint64>(transfer->arrived, film.size > 0 ? 0 : film.arrived);
-  page.speed.feed(now, transfer->arrived);
-  film.bytesPerSecond = page.speed.bytesPerSecond();
-  if (film.size == 0) return;
-  film.arrived = std::min(film.arrived, film.size);
-  film.isPlayable =
-      film.arrived * 100 >= film.size * kWatchablePercent && !film.partialPath.isEmpty();
-  film.secondsLeft = page.timeLeft.of(film.size - film.arrived, film.bytesPerSecond, now);
 }
 
 }  // namespace playerx::window

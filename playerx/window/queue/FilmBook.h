@@ -1,53 +1,48 @@
 #pragma once
 
 #include <QHash>
-#include <chrono>
 #include <functional>
 #include <optional>
 #include <vector>
 
-#include "playerx/app/model/ItemState.h"
-#include "playerx/app/model/SpeedMeter.h"
-#include "playerx/app/reasons/Reason.h"
-#include "playerx/transfers/TransferReports.h"
+#include "playerx/app/session/QueueRequest.h"
 #include "playerx/window/model/QueueUpdate.h"
-#include "playerx/window/queue/TimeLeft.h"
 
 namespace playerx::window {
 
-/// Turns looks at the download manager's queue into updates for the window: what has changed since
-/// the look before, with the numbers that the player itself measures. Used on one thread.
+/// Turns the queue, and what happens to it, into updates for the window. Used on one thread.
 class FilmBook {
  public:
-  using Clock = model::SpeedMeter::Clock;
+  /// Why an item failed in an earlier run; nullopt when that is not known.
+  using FindReason = std::function<std::optional<reasons::Explanation>(const model::ItemState&)>;
 
-  /// The download library's report on an address; nullopt without a transfer.
-  using FindTransfer = std::function<std::optional<TransferReport>(const std::string& address)>;
+  /// The film of an item is numbered with the item's id plus `firstId`.
+  FilmBook(FindReason findReason, FilmId firstId)
+      : findReason_(std::move(findReason)), firstId_(firstId) {}
 
-  explicit FilmBook(FindTransfer findTransfer);
+  /// Keeps progress and reason for the next update.
+  void note(const session::QueueEvent& event);
 
   /// What is different from the queue at the last call, all of it at the first one; nullopt when
   /// nothing is.
-  std::optional<QueueUpdate> update(const std::vector<model::ItemState>& queue, bool isPaused,
-                                    Clock::time_point now);
-
-  /// Why an item failed, shown from the next update on.
-  void explain(FilmId id, const reasons::Explanation& explanation);
+  std::optional<QueueUpdate> update(const std::vector<model::ItemState>& queue, bool isPaused);
 
  private:
   struct Page {
-    Film film;            ///< as it was told last
-    FilmFailure failure;  ///< why it failed, as long as it has
-    model::SpeedMeter speed;
-    TimeLeft timeLeft;
+    model::ItemState item;  ///< as it was told last
+    Film film;
+    model::Progress progress;
+    FilmFailure failure;
+    bool isOld = true;  ///< there is news since
   };
 
-  Film filmOf(const model::ItemState& item, Page& page, Clock::time_point now);
-  void measure(const model::ItemState& item, Film& film, Page& page, Clock::time_point now);
+  void forgetOthers(const QList<FilmId>& order);
+  Film filmOf(const model::ItemState& item, Page& page) const;
 
-  const FindTransfer findTransfer_;
+  const FindReason findReason_;
+  const FilmId firstId_;
   QHash<FilmId, Page> pages_;
-  std::optional<QList<FilmId>> order_;  // nullopt before the first update
+  std::optional<QList<FilmId>> order_;  ///< nullopt before the first update
   bool isPaused_ = false;
 };
 

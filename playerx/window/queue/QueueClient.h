@@ -67,6 +67,9 @@ class QueueClient : public QObject {
   void noticed(const playerx::window::Notice& notice);
   void slotAsked(const playerx::window::SlotQuestion& question);
 
+  /// The player was started once more, with these inputs, and is to come to the front.
+  void shown(const QStringList& inputs);
+
   /// The queue wants a film played: a film's id, or else a path or an address.
   void playRequested(playerx::window::FilmId id, const QString& location);
 
@@ -76,7 +79,7 @@ class QueueClient : public QObject {
   /// Free space in the media folder, now and then.
   void roomKnown(const QString& folder, quint64 freeBytes);
 
-  /// The queue cannot be reached any more; one sentence says why.
+  /// The queue cannot be reached; one sentence says why. `changed` follows when it is back.
   void lost(const QString& sentence);
 };
 

@@ -28,12 +28,34 @@ void store(const QString& key, const QString& value) {
   setPreferenceOverride(key, value);
 }
 
+const QString kNoProxyWord = QStringLiteral("none");
+
+QString proxyWord(const QueuePreferences& preferences) {
+  switch (preferences.proxy) {
+    case QueuePreferences::kNoProxy:
+      return kNoProxyWord;
+    case QueuePreferences::kOwnProxy:
+      return preferences.proxyAddress;
+    case QueuePreferences::kSystemProxy:
+      break;
+  }
+  return {};
+}
+
 }  // namespace
 
 QueuePreferences storedPreferences() {
   QueuePreferences preferences;
   preferences.mediaFolder = mediaFolder();
   preferences.authorityFile = preference(kCaFileKey);
+  const QString proxy = preference(kProxyKey);
+  if (proxy == kNoProxyWord) {
+    preferences.proxy = QueuePreferences::kNoProxy;
+  } else if (!proxy.isEmpty()) {
+    preferences.proxy = QueuePreferences::kOwnProxy;
+    preferences.proxyAddress = proxy;
+  }
+  preferences.speedLimit = preference(kRateLimitKey).toULongLong();
   preferences.servicesAddress = preference(kServicesAddressKey);
   return preferences;
 }
@@ -41,15 +63,30 @@ QueuePreferences storedPreferences() {
 void storePreferences(const QueuePreferences& preferences) {
   store(KPXPreferences::MediaFolder, preferences.mediaFolder);
   store(kCaFileKey, preferences.authorityFile);
+  store(kProxyKey, proxyWord(preferences));
+  const quint64 limit = preferences.speedLimit;
+  store(kRateLimitKey, limit > 0 ? QString::number(limit) : QString());
   store(kServicesAddressKey, preferences.servicesAddress);
   ensureUserSettings().sync();
   setMoviesFolder(preferences.mediaFolder.toStdWString());
+}
+
+void useStoredProxy() {
+  const QueuePreferences preferences = storedPreferences();
+  if (preferences.proxy == QueuePreferences::kSystemProxy) return;
+  const QByteArray proxy = preferences.proxyAddress.toUtf8();
+  for (const char* const name : {"http_proxy", "https_proxy", "HTTPS_PROXY"}) {
+    preferences.proxy == QueuePreferences::kNoProxy ? qunsetenv(name) : qputenv(name, proxy);
+  }
+  for (const char* const name : {"all_proxy", "ALL_PROXY"}) qunsetenv(name);
 }
 
 QString mediaFolder() {
   return KPXPreferences::getPreferenceHelper<QString>(KPXPreferences::MediaFolder,
                                                       KPXPreferences::MediaFolder_DEFAULT, true);
 }
+
+QString partialFolder() { return VeskPlayerX::OSUtilities::getTempPath(); }
 
 quint64 freeSpace(const QString& path) {
   unsigned long long bytes = 0;

@@ -17,6 +17,7 @@ SessionQueue::SessionQueue(const session::SessionOptions& options, QObject* pare
 
 SessionQueue::~SessionQueue() {
   slotDesk_.close();
+  thread_.requestInterruption();
   QMetaObject::invokeMethod(
       &gate_,
       [this] {
@@ -27,9 +28,9 @@ SessionQueue::~SessionQueue() {
   thread_.wait();
 }
 
-void SessionQueue::open() {
+void SessionQueue::open(bool staysPaused) {
   QMetaObject::invokeMethod(
-      &gate_, [this] { begin(); }, Qt::QueuedConnection);
+      &gate_, [this, staysPaused] { begin(staysPaused); }, Qt::QueuedConnection);
 }
 
 /// Does this with the worker, on its thread, unless there is none.
@@ -43,18 +44,19 @@ void SessionQueue::post(Deed deed) {
       Qt::QueuedConnection);
 }
 
-void SessionQueue::begin() {
+void SessionQueue::begin(bool staysPaused) {
   worker_ = std::make_unique<SessionWorker>(options_, slotDesk_);
   const SessionWorker* const worker = worker_.get();
   connect(worker, &SessionWorker::changed, this, &QueueClient::changed);
   connect(worker, &SessionWorker::inputsTaken, this, &QueueClient::inputsTaken);
   connect(worker, &SessionWorker::ticketRead, this, &QueueClient::ticketRead);
   connect(worker, &SessionWorker::noticed, this, &QueueClient::noticed);
+  connect(worker, &SessionWorker::shown, this, &QueueClient::shown);
   connect(worker, &SessionWorker::playRequested, this, &QueueClient::playRequested);
   connect(worker, &SessionWorker::preferencesRead, this, &QueueClient::preferencesRead);
   connect(worker, &SessionWorker::roomKnown, this, &QueueClient::roomKnown);
   connect(worker, &SessionWorker::lost, this, &QueueClient::lost);
-  if (!worker_->open()) worker_.reset();
+  worker_->open(staysPaused);
 }
 
 void SessionQueue::add(const QStringList& inputs) {

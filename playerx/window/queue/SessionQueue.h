@@ -21,8 +21,9 @@ class SessionQueue : public QueueClient {
   /// Parks what runs and ends the session. Waits for that.
   ~SessionQueue() override;
 
-  /// Loads the queue and begins to download; `changed` or `lost` follows.
-  void open();
+  /// Loads the queue and begins to download unless it is to stay paused; `changed` or `lost`
+  /// follows.
+  void open(bool staysPaused);
 
   void add(const QStringList& inputs) override;
   void readTicket(const QString& path) override;
@@ -41,7 +42,7 @@ class SessionQueue : public QueueClient {
  private:
   template <class Deed>
   void post(Deed deed);
-  void begin();
+  void begin(bool staysPaused);
 
   const session::SessionOptions options_;
   SlotDesk slotDesk_;

@@ -1,33 +1,42 @@
 #include "playerx/window/queue/SessionWorker.h"
 
-#include <QFile>
+#include <QThread>
 #include <algorithm>
+#include <iostream>
 #include <utility>
 
 #include "VeskPlayerX/InterfaceIds.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
-#include "kvpm/StringTools.h"
-#include "playerx/app/inputs/Input.h"
+#include "playerx/app/door/QueueOpening.h"
 #include "playerx/app/inputs/TicketContents.h"
-#include "playerx/app/model/QueueChanges.h"
-#include "playerx/settings/TrustedAuthorities.h"
+#include "playerx/app/reasons/ReasonFile.h"
+#include "playerx/window/queue/OtherQueue.h"
+#include "playerx/window/queue/OwnQueue.h"
 #include "playerx/window/queue/QueuePlaces.h"
 
 namespace playerx::window {
 
 using model::ItemState;
-using model::QueueChange;
+using session::QueueEvent;
+using session::Reply;
+using session::Request;
+using Action = Request::Action;
 
 namespace {
 
 /// Between two looks at the queue: what changes more often is seen together.
 constexpr int kRestMs = 250;
 
-/// How often speed and time left are measured while something runs.
+/// How often the queue is looked at although nothing is said to have changed.
 constexpr int kClockMs = 500;
 
 /// How often the free space is looked at.
 constexpr int kRoomMs = 10'000;
+
+/// A process that has the data folder without serving its queue is waited for this long, and then
+/// looked for again after this pause.
+constexpr std::chrono::seconds kLongestOpening(3);
+constexpr int kRetryMs = 3000;
 
 /// A look without the network: the ticket's own words are enough to know whether it is doubtful.
 reasons::ProbeResult notAsked(const std::string& address, const std::stop_token&) {
@@ -38,29 +47,30 @@ reasons::ProbeResult notAsked(const std::string& address, const std::stop_token&
   return result;
 }
 
-bool isActive(DownloadStatusEnumType status) {
-  return status == DownloadStatusStarting || status == DownloadStatusDownloading;
+bool isEnding() { return QThread::currentThread()->isInterruptionRequested(); }
+
+/// Sleeps; false when the window is closed meanwhile.
+bool rest(std::chrono::milliseconds time) {
+  QThread::msleep(static_cast<unsigned long>(time.count()));
+  return !isEnding();
 }
 
-Notice::Kind kindOf(model::Notice::Kind kind) {
-  switch (kind) {
-    case model::Notice::kNoSpace:
-      return Notice::kNoSpace;
-    case model::Notice::kUrlFailed:
-      return Notice::kAddressFailed;
-    case model::Notice::kBroken:
-      return Notice::kTransferBroken;
-    case model::Notice::kNotAuthorized:
-    case model::Notice::kSlotDeclined:
-      break;
-  }
-  return Notice::kNotAuthorized;
+bool isAnyRunning(const std::vector<ItemState>& queue) {
+  return std::any_of(queue.begin(), queue.end(), [](const ItemState& item) {
+    return item.status == DownloadStatusStarting || item.status == DownloadStatusDownloading;
+  });
 }
 
-const ItemState* findItem(const std::vector<ItemState>& queue, FilmId id) {
-  const auto item = std::find_if(queue.begin(), queue.end(),
-                                 [id](const ItemState& each) { return each.id == id; });
-  return item == queue.end() ? nullptr : &*item;
+bool isRefusedByServices(reasons::Reason reason) {
+  using reasons::Reason;
+  return reason == Reason::kServicesSaid || reason == Reason::kNotAuthorized ||
+         reason == Reason::kNoAuthorization || reason == Reason::kAccessExpired;
+}
+
+QStringList inputsOf(const std::vector<std::string>& inputs) {
+  QStringList list;
+  for (const std::string& input : inputs) list.append(QString::fromStdString(input));
+  return list;
 }
 
 }  // namespace
@@ -72,13 +82,15 @@ SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& s
   rest_.setInterval(kRestMs);
   rest_.setSingleShot(true);
   roomClock_.setInterval(kRoomMs);
+  retry_.setSingleShot(true);
   connect(&clock_, &QTimer::timeout, this, [this] {
-    const bool isRunning = std::any_of(queue_.begin(), queue_.end(),
-                                       [](const ItemState& item) { return isActive(item.status); });
-    if (isRunning) look();
+    if (own_ == nullptr || isAnyRunning(end_->queue())) look();
   });
   connect(&roomClock_, &QTimer::timeout, this, &SessionWorker::tellRoom);
-  connect(&rest_, &QTimer::timeout, this, &SessionWorker::look);
+  connect(&rest_, &QTimer::timeout, this, [this] {
+    if (isLookDue_) look();
+  });
+  connect(&retry_, &QTimer::timeout, this, &SessionWorker::tryToOpen);
   session::SessionListener listener;
   listener.wake = [this] { lookSoon(); };
   listener.askForSlot = [this](const std::string& title) { return slotDesk_.choose(title); };
@@ -88,49 +100,96 @@ SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& s
 
 SessionWorker::~SessionWorker() {
   slotDesk_.close();
-  explainer_.reset();
-  if (book_) manager().pause();  // what runs is noted as parked
-  session_.reset();
+  own_ = nullptr;
+  const bool wasHere = session_->isStarted();
+  end_.reset();
+  const std::string problem = wasHere ? session_->unsavedChanges() : "";
+  if (!problem.empty()) std::cerr << "playerx: " << problem << std::endl;
 }
 
-bool SessionWorker::open() {
-  const std::string problem = session_->open(session::PlayerSession::Access::kChange);
-  if (!problem.empty()) {
-    Q_EMIT lost(QString::fromStdString(problem));
-    return false;
-  }
-  const auto findTransfer = [this](const std::string& address) {
-    return session_->findTransfer(address);
-  };
-  book_ = std::make_unique<FilmBook>(findTransfer);
-  explainer_ = std::make_unique<reasons::FailureExplainer>(
-      [this] { lookSoon(); }, findTransfer, reasons::serverProbe(trustedAuthorities()));
-  session_->start();
+void SessionWorker::open(bool staysPaused) {
+  staysPaused_ = staysPaused;
   Q_EMIT preferencesRead(storedPreferences());
   tellRoom();
+  roomClock_.start();
+  tryToOpen();
+}
+
+void SessionWorker::tryToOpen() {
+  using Where = door::OpenedQueue::Where;
+  door::OpenedQueue opened =
+      door::openQueue(*session_, session::PlayerSession::Access::kChange, kLongestOpening, rest);
+  switch (opened.where) {
+    case Where::kHere:
+      return openHere();
+    case Where::kThere:
+      return openThere(std::move(opened.client));
+    case Where::kNowhere:
+      if (isEnding()) return;
+      Q_EMIT lost(QString::fromStdString(opened.problem));
+      if (session_->isTaken()) retry_.start(kRetryMs);
+  }
+}
+
+void SessionWorker::openHere() {
+  OwnQueue::Links links;
+  links.wake = [this] { lookSoon(); };
+  links.wakeServer = [this] { answerSoon(); };
+  links.listener = [this](const QueueEvent& event) { take(event); };
+  links.show = [this](const std::vector<std::string>& inputs) { Q_EMIT shown(inputsOf(inputs)); };
+  beginBook();
+  auto own = std::make_unique<OwnQueue>(*session_, std::move(links), staysPaused_);
+  own_ = own.get();
+  end_ = std::move(own);
+  ask({.action = Action::kLimit, .rateLimit = storedPreferences().speedLimit});
+  begin();
+}
+
+void SessionWorker::openThere(std::unique_ptr<door::QueueClient> client) {
+  beginBook();
+  end_ = std::make_unique<OtherQueue>(std::move(client),
+                                      [this](const QueueEvent& event) { take(event); });
+  begin();
+}
+
+/// Another process counts the same films anew; what is still on its way to the old queue must not
+/// hit others.
+void SessionWorker::beginBook() {
+  firstId_ = lastId_;
+  book_ = std::make_unique<FilmBook>([reasons = reasons::ReasonFile(session_->places().data)](
+                                         const ItemState& item) { return reasons.find(item); },
+                                     firstId_);
+  playWishes_.clear();
+}
+
+void SessionWorker::begin() {
   look();
   clock_.start();
-  roomClock_.start();
-  return true;
+  if (!waiting_.isEmpty()) add(std::exchange(waiting_, {}));
 }
 
 void SessionWorker::add(const QStringList& inputs) {
   InputReport report;
-  std::vector<ItemState> before = model::snapshotOf(manager());
+  added_.clear();
   for (const QString& input : inputs) {
-    const inputs::AddResult result = inputs::addInput(input.toStdString(), manager(), before,
-                                                      [this] { return session_->takeMessages(); });
-    if (result.outcome == inputs::AddResult::kAlreadyQueued) ++report.alreadyThere;
-    if (result.refusal) {
-      report.refused.append({input, QString::fromStdString(result.refusal->code()),
-                             QString::fromStdString(result.refusal->happened) + QLatin1Char('.')});
+    const Reply reply =
+        ask({.action = Action::kAdd, .inputs = {input.toStdString()}, .starts = false});
+    if (!end_ || !end_->problem().empty()) {
+      waiting_.append(input);
+      continue;
     }
+    const bool isAnswered = reply.outcome != Reply::Outcome::kFailed;
+    if (isAnswered) report.alreadyThere += static_cast<int>(reply.notes.size());
+    if (!isAnswered && !reply.notes.empty()) take({.sentence = reply.notes.front()});
+    for (const session::Refusal& refusal : reply.refused) {
+      report.refused.append({input, QString::fromStdString(refusal.reason.code()),
+                             QString::fromStdString(refusal.reason.happened) + QLatin1Char('.')});
+    }
+    lookIfDue();
   }
-  for (const ItemState& item : model::snapshotOf(manager())) {
-    if (findItem(before, item.id) == nullptr) report.films.append(item.id);
-  }
-  report.added = static_cast<int>(report.films.size());
   look();
+  report.films = std::exchange(added_, {});
+  report.added = static_cast<int>(report.films.size());
   Q_EMIT inputsTaken(report);
 }
 
@@ -152,92 +211,50 @@ void SessionWorker::readTicket(const QString& path) {
   Q_EMIT ticketRead(report);
 }
 
-void SessionWorker::pauseAll() { manager().pause(); }
+void SessionWorker::pauseAll() { ask({.action = Action::kPause}); }
 
-void SessionWorker::resumeAll() { manager().resume(); }
+void SessionWorker::resumeAll() { ask({.action = Action::kResume}); }
 
-void SessionWorker::stop(const Ids& ids) {
-  for (const FilmId id : ids) stopped_.insert(id);
-  keepStopped();
-  look();
-}
+void SessionWorker::stop(const Ids& ids) { askEach(ids, {.action = Action::kPause}); }
 
-void SessionWorker::goOn(const Ids& ids) {
-  for (const FilmId id : ids) {
-    stopped_.remove(id);
-    const auto* const item = manager().get(id);
-    const bool isStopped = item != nullptr && item->getStatus() == DownloadStatusStopped;
-    if (isStopped) manager().updateStatus(id, DownloadStatusQueued);
-  }
-  look();
-}
+void SessionWorker::goOn(const Ids& ids) { askEach(ids, {.action = Action::kResume}); }
 
 void SessionWorker::retry(const Ids& ids) {
   // The one that is retried last goes first; so the first of them is.
-  for (auto id = ids.crbegin(); id != ids.crend(); ++id) manager().retry(*id);
+  askEach(Ids(ids.crbegin(), ids.crend()), {.action = Action::kRetry});
 }
 
 void SessionWorker::remove(const Ids& ids, bool withFiles) {
-  stop(ids);
-  for (const FilmId id : ids) {
-    const ItemState* const item = findItem(queue_, id);
-    const bool hasFile = item != nullptr && item->status == DownloadStatusCompleted;
-    const QString path = hasFile ? QString::fromStdString(item->path) : QString();
-    manager().remove(id);
-    stopped_.remove(id);
-    if (withFiles && !path.isEmpty() && QFile::exists(path) && !QFile::remove(path)) {
-      Q_EMIT noticed({Notice::kServices, 0, tr("The file %1 cannot be deleted.").arg(path), 0, 0});
-    }
-  }
-  look();
+  askEach(ids, {.action = Action::kRemove, .withFilm = withFiles});
 }
 
 void SessionWorker::move(const Ids& ids, Move where) {
+  using Direction = Request::Direction;
+  static constexpr Direction kDirections[] = {Direction::kUp, Direction::kDown, Direction::kTop,
+                                              Direction::kBottom};
   const bool isForward = where == Move::kUp || where == Move::kToBottom;
-  Ids order = ids;
-  if (!isForward) std::reverse(order.begin(), order.end());
-  for (const FilmId id : order) {
-    switch (where) {
-      case Move::kUp:
-        manager().moveUp(id);
-        break;
-      case Move::kDown:
-        manager().moveDown(id);
-        break;
-      case Move::kToTop:
-        manager().moveToTop(id);
-        break;
-      case Move::kToBottom:
-        manager().moveToBottom(id);
-        break;
-    }
-  }
-  look();
+  askEach(isForward ? ids : Ids(ids.crbegin(), ids.crend()),
+          {.action = Action::kMove, .direction = kDirections[static_cast<int>(where)]});
 }
 
 void SessionWorker::moveBefore(const Ids& ids, FilmId before) {
   if (before == 0) return move(ids, Move::kToBottom);
-  const auto placeOf = [this](FilmId id) {
-    const std::vector<ItemState> queue = model::snapshotOf(manager());
-    const auto item = std::find_if(queue.begin(), queue.end(),
-                                   [id](const ItemState& each) { return each.id == id; });
-    return item - queue.begin();
-  };
-  for (const FilmId id : ids) {
-    if (id == before) continue;
-    while (placeOf(id) > placeOf(before) && manager().moveUp(id)) continue;
-    while (placeOf(id) + 1 < placeOf(before) && manager().moveDown(id)) continue;
-  }
-  look();
+  if (ids.contains(before) || before <= firstId_) return;
+  askEach(ids, {.action = Action::kMove,
+                .direction = Request::Direction::kBefore,
+                .before = before - firstId_});
 }
 
-void SessionWorker::play(FilmId id) {
-  const auto* const item = manager().get(id);
-  if (item == nullptr) return;
-  goOn({id});
-  playWishes_.insert(id);
-  manager().moveToTop(id);
-  if (manager().isPaused()) manager().resume();
+void SessionWorker::play(FilmId film) {
+  if (!end_ || film <= firstId_) return;
+  const unsigned int id = film - firstId_;
+  const auto item = std::find_if(end_->queue().begin(), end_->queue().end(),
+                                 [id](const ItemState& each) { return each.id == id; });
+  if (item == end_->queue().end()) return;
+  playWishes_.insert(film);
+  if (item->status == DownloadStatusStopped) ask({.action = Action::kResume, .id = id});
+  if (end_ && end_->isPaused()) ask({.action = Action::kResume});
+  ask({.action = Action::kMove, .id = id, .direction = Request::Direction::kTop});
   look();
 }
 
@@ -245,6 +262,63 @@ void SessionWorker::setPreferences(const QueuePreferences& preferences) {
   storePreferences(preferences);
   Q_EMIT preferencesRead(storedPreferences());
   tellRoom();
+  ask({.action = Action::kLimit, .rateLimit = preferences.speedLimit});
+}
+
+Reply SessionWorker::ask(const Request& request) {
+  if (!end_) return {Reply::Outcome::kFailed};
+  const Reply reply = end_->ask(request);
+  lookSoon();
+  return reply;
+}
+
+/// Asks for the same with each of the films; says what could not be done, once.
+void SessionWorker::askEach(const Ids& ids, Request request) {
+  std::string problem;
+  for (const FilmId film : ids) {
+    if (film <= firstId_) continue;
+    request.id = film - firstId_;
+    const Reply reply = ask(request);
+    const bool hasFailed = reply.outcome == Reply::Outcome::kFailed && !reply.notes.empty();
+    if (hasFailed) problem = reply.notes.front();
+    lookIfDue();
+  }
+  if (!problem.empty()) take({.sentence = problem});
+  look();
+}
+
+void SessionWorker::take(const QueueEvent& event) {
+  using Kind = QueueEvent::Kind;
+  book_->note(event);
+  if (event.kind == Kind::kAdded) added_.append(firstId_ + event.item.id);
+  if (event.kind == Kind::kFinished) tellRoom();
+  if (event.kind == Kind::kFailed) tellFailure(event);
+  if (event.sentence.empty()) return;
+  Q_EMIT noticed({.film = filmOf(event), .text = QString::fromStdString(event.sentence)});
+}
+
+void SessionWorker::tellFailure(const QueueEvent& event) {
+  if (event.reason.code() == "no_space") return tellNoSpace(filmOf(event), event.item.size);
+  if (!isRefusedByServices(event.reason.reason)) return;
+  Q_EMIT noticed({.kind = Notice::kNotAuthorized,
+                  .film = filmOf(event),
+                  .text = QString::fromStdString(event.reason.happened) + QLatin1Char('.')});
+}
+
+/// The films' folder may be on another disk than the one for unfinished films.
+void SessionWorker::tellNoSpace(FilmId film, quint64 size) {
+  const quint64 needed = neededSpace(size);
+  QString folder = partialFolder();
+  if (freeSpace(folder) >= needed) folder = mediaFolder();
+  Q_EMIT noticed({.kind = Notice::kNoSpace,
+                  .film = film,
+                  .text = folder,
+                  .needed = needed,
+                  .free = freeSpace(folder)});
+}
+
+FilmId SessionWorker::filmOf(const QueueEvent& event) const {
+  return event.item.id == 0 ? 0 : firstId_ + event.item.id;
 }
 
 /// Called on any thread.
@@ -258,19 +332,37 @@ void SessionWorker::lookSoon() {
       Qt::QueuedConnection);
 }
 
+/// Called on any thread.
+void SessionWorker::answerSoon() {
+  if (isAnswerDue_.exchange(true)) return;
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        isAnswerDue_ = false;
+        if (own_ != nullptr) own_->answerRequests();
+      },
+      Qt::QueuedConnection);
+}
+
+/// The timer stands still during a long deed.
+void SessionWorker::lookIfDue() {
+  if (looked_.hasExpired(kRestMs)) look();
+}
+
 void SessionWorker::look() {
-  if (!book_) return;
+  if (!end_) return;
   isLookDue_ = false;
   rest_.start();
-  passMessagesOn();
-  const std::vector<ItemState> before = std::exchange(queue_, model::snapshotOf(manager()));
-  follow(before);
-  keepStopped();
-  for (const reasons::ExplainedFailure& answer : explainer_->takeAnswers()) {
-    book_->explain(answer.item.id, answer.explanation);
+  looked_.start();
+  end_->update();
+  if (!end_->problem().empty()) {
+    clock_.stop();
+    own_ = nullptr;
+    end_.reset();
+    return retry_.start(0);
   }
-  const std::optional<QueueUpdate> update =
-      book_->update(queue_, manager().isPaused(), FilmBook::Clock::now());
+  for (const ItemState& item : end_->queue()) lastId_ = std::max(lastId_, firstId_ + item.id);
+  const std::optional<QueueUpdate> update = book_->update(end_->queue(), end_->isPaused());
   if (!update) return;
   Q_EMIT changed(*update);
   playWhatIsReady(*update);
@@ -282,50 +374,6 @@ void SessionWorker::playWhatIsReady(const QueueUpdate& update) {
   for (const Film& film : update.films) {
     if (!canBePlayed(film) || !playWishes_.remove(film.id)) continue;
     Q_EMIT playRequested(film.id, film.address);
-  }
-}
-
-void SessionWorker::follow(const std::vector<ItemState>& before) {
-  for (const QueueChange& change : model::changesBetween(before, queue_)) {
-    if (change.kind == QueueChange::kFailed) explain(change.item);
-    if (change.kind == QueueChange::kFinished) tellRoom();
-  }
-}
-
-void SessionWorker::passMessagesOn() {
-  for (const std::string& sentence : session_->takeMessages()) {
-    lastWords_ = sentence;
-    Q_EMIT noticed({Notice::kServices, 0, QString::fromStdString(sentence), 0, 0});
-  }
-}
-
-void SessionWorker::explain(const ItemState& item) {
-  const std::vector<model::Notice> notices = session_->takeNotices(item.id);
-  for (const model::Notice& each : notices) {
-    if (each.kind != model::Notice::kNoSpace && each.kind != model::Notice::kNotAuthorized)
-      continue;
-    Notice notice;
-    notice.kind = kindOf(each.kind);
-    notice.film = item.id;
-    notice.text = QString::fromStdString(each.text);
-    if (each.kind == model::Notice::kNoSpace) {
-      notice.needed = neededSpace(item.size);
-      notice.free = freeSpace(notice.text);
-    }
-    Q_EMIT noticed(notice);
-  }
-  explainer_->explain(item, notices, std::exchange(lastWords_, {}));
-}
-
-/// The download manager queues a stopped film anew whenever another one climbs past it.
-void SessionWorker::keepStopped() {
-  for (const FilmId id : std::as_const(stopped_)) {
-    const auto* const item = manager().get(id);
-    if (item == nullptr) continue;
-    const DownloadStatusEnumType status = item->getStatus();
-    if (!model::isUnfinished(status)) continue;
-    manager().updateStatus(id, DownloadStatusStopped);
-    if (isActive(status)) manager().cancel();
   }
 }
 

@@ -1,22 +1,27 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QSet>
 #include <QTimer>
 #include <atomic>
 #include <memory>
 
-#include "playerx/app/reasons/FailureExplainer.h"
+#include "playerx/app/door/QueueClient.h"
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/window/queue/FilmBook.h"
 #include "playerx/window/queue/QueueClient.h"
+#include "playerx/window/queue/QueueEnd.h"
 #include "playerx/window/queue/QueueMessages.h"
 #include "playerx/window/queue/SlotDesk.h"
 #include "playerx/window/queue/WindowPlayer.h"
 
 namespace playerx::window {
 
-/// The player's session behind the window, on a thread of its own, where waiting hurts nobody.
+class OwnQueue;
+
+/// The queue behind the window, on a thread of its own, where waiting hurts nobody: that of a
+/// session in this process, or, while another process has the data folder, that of the other one.
 ///
 /// Lives on that thread, which is the host's thread for the download manager. Made, opened, used
 /// and destroyed there.
@@ -31,8 +36,10 @@ class SessionWorker : public QObject {
   SessionWorker(const session::SessionOptions& options, SlotDesk& slotDesk);
   ~SessionWorker() override;
 
-  /// Begins to download. False, after `lost` was emitted, when that cannot be.
-  bool open();
+  /// Opens the queue here, and begins to download unless it is to stay paused, or else finds the
+  /// process that has it. Emits `lost` when neither can be, and tries again as long as another
+  /// process is in the way.
+  void open(bool staysPaused);
 
   void add(const QStringList& inputs);
   void readTicket(const QString& path);
@@ -44,7 +51,7 @@ class SessionWorker : public QObject {
   void remove(const Ids& ids, bool withFiles);
   void move(const Ids& ids, Move where);
   void moveBefore(const Ids& ids, FilmId before);
-  void play(FilmId id);
+  void play(FilmId film);
   void setPreferences(const QueuePreferences& preferences);
 
  Q_SIGNALS:
@@ -52,35 +59,50 @@ class SessionWorker : public QObject {
   void inputsTaken(const playerx::window::InputReport& report);
   void ticketRead(const playerx::window::TicketReport& report);
   void noticed(const playerx::window::Notice& notice);
+  void shown(const QStringList& inputs);
   void playRequested(playerx::window::FilmId id, const QString& location);
   void preferencesRead(const playerx::window::QueuePreferences& preferences);
   void roomKnown(const QString& folder, quint64 freeBytes);
   void lost(const QString& sentence);
 
  private:
+  void tryToOpen();
+  void openHere();
+  void openThere(std::unique_ptr<door::QueueClient> client);
+  void beginBook();
+  void begin();
+  session::Reply ask(const session::Request& request);
+  void askEach(const Ids& ids, session::Request request);
+  void take(const session::QueueEvent& event);
+  void tellFailure(const session::QueueEvent& event);
+  void tellNoSpace(FilmId film, quint64 size);
+  FilmId filmOf(const session::QueueEvent& event) const;
   void lookSoon();
+  void answerSoon();
   void look();
-  void follow(const std::vector<model::ItemState>& before);
-  void passMessagesOn();
-  void explain(const model::ItemState& item);
+  void lookIfDue();
   void playWhatIsReady(const QueueUpdate& update);
-  void keepStopped();
   void tellRoom();
-  VeskPlayerX::DownloadManagerInterface& manager() { return session_->manager(); }
 
   SlotDesk& slotDesk_;
   std::atomic<bool> isLookDue_{false};
-  std::string lastWords_;    // what the online services said since the last failure
-  QSet<FilmId> stopped_;     // what the user has stopped
+  std::atomic<bool> isAnswerDue_{false};
+  bool staysPaused_ = false;
   QSet<FilmId> playWishes_;  // films to be played as soon as enough of them is there
-  std::vector<model::ItemState> queue_;
+  Ids added_;                // since adding began
+  QStringList waiting_;      // inputs that no queue could be told of yet
+  FilmId firstId_ = 0;       // films of the present queue are numbered from above it on
+  FilmId lastId_ = 0;
+  QElapsedTimer looked_;
   QTimer clock_;
   QTimer rest_;
   QTimer roomClock_;
+  QTimer retry_;
   WindowPlayer player_;
   std::unique_ptr<session::PlayerSession> session_;
   std::unique_ptr<FilmBook> book_;
-  std::unique_ptr<reasons::FailureExplainer> explainer_;
+  std::unique_ptr<QueueEnd> end_;  // uses all of the above
+  OwnQueue* own_ = nullptr;        // the end, when it is in this process
 };
 
 }  // namespace playerx::window

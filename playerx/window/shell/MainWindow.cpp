@@ -45,6 +45,7 @@ namespace {
 
 const QString kGeometry = QStringLiteral("Window/Geometry");
 const QString kGroup = QStringLiteral("Window/Group");
+const QString kPaused = QStringLiteral("Window/Paused");
 
 constexpr QSize kUsualSize(960, 620);
 
@@ -130,6 +131,7 @@ void MainWindow::connectQueue() {
   connect(batcher_, &UpdateBatcher::ready, this, &MainWindow::apply);
   connect(&queue_, &QueueClient::preferencesRead, this,
           [this](const QueuePreferences& preferences) { preferences_ = preferences; });
+  connect(&queue_, &QueueClient::shown, this, &MainWindow::take);
   connect(&queue_, &QueueClient::roomKnown, status_, &StatusStrip::showRoom);
   connect(&queue_, &QueueClient::playRequested, this, [this](FilmId film, const QString& location) {
     if (film == 0 || !watching_->play(film)) watching_->play(location);
@@ -196,6 +198,8 @@ void MainWindow::comeToFront() {
   raise();
   activateWindow();
 }
+
+bool MainWindow::wasPaused() const { return memory_.value(kPaused).toBool(); }
 
 void MainWindow::showDownloads() {
   if (isFullScreen()) setFullScreen(false);
@@ -341,6 +345,7 @@ void MainWindow::remember() {
   if (isFullScreen()) setFullScreen(false);
   memory_.keep(kGeometry, saveGeometry());
   memory_.keep(kGroup, filterBar_->group());
+  memory_.keep(kPaused, isPaused_);
 }
 
 /// Asks, unless the user has said before what closing means while films arrive.

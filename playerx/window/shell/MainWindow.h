@@ -61,6 +61,9 @@ class MainWindow : public QMainWindow {
 
   bool isPaused() const { return isPaused_; }
 
+  /// Whether the queue was paused when the window was closed last.
+  bool wasPaused() const;
+
   /// Queues what a person or another process hands over, and comes to the front.
   void take(const QStringList& inputs);
   void comeToFront();

@@ -28,6 +28,7 @@ QueueQuestions::QueueQuestions(QueueClient& queue, const FilmModel& films, Messa
     : QObject(parent), queue_(queue), films_(films), strip_(strip) {
   connect(&queue_, &QueueClient::noticed, this, &QueueQuestions::tell);
   connect(&queue_, &QueueClient::slotAsked, this, &QueueQuestions::askForSlot);
+  connect(&queue_, &QueueClient::changed, this, [this] { strip_.end(QStringLiteral("lost")); });
   connect(&queue_, &QueueClient::lost, this, [this](const QString& sentence) {
     strip_.show({.topic = QStringLiteral("lost"), .text = cleanText(sentence), .isWarning = true});
   });

@@ -235,6 +235,10 @@
         <source>Off</source>
         <translation>Aus</translation>
     </message>
+    <message>
+        <source>Back to the list</source>
+        <translation>Zurück zur Liste</translation>
+    </message>
 </context>
 <context>
     <name>playerx::window::DesktopNews</name>
@@ -821,6 +825,10 @@
         <source>Certificates (*.pem *.crt);;All files (*)</source>
         <translation>Zertifikate (*.pem *.crt);;Alle Dateien (*)</translation>
     </message>
+    <message>
+        <source>Another proxy is used from the next start on.</source>
+        <translation>Ein anderer Proxy gilt ab dem nächsten Start.</translation>
+    </message>
 </context>
 <context>
     <name>playerx::window::QueueQuestions</name>
@@ -878,13 +886,6 @@
     </message>
 </context>
 <context>
-    <name>playerx::window::SessionWorker</name>
-    <message>
-        <source>The file %1 cannot be deleted.</source>
-        <translation>Die Datei %1 lässt sich nicht löschen.</translation>
-    </message>
-</context>
-<context>
     <name>playerx::window::StatusStrip</name>
     <message>
         <source>Progress of the whole queue</source>
@@ -902,11 +903,6 @@
 </context>
 <context>
     <name>playerx::window::StatusText</name>
-    <message>
-        <source>%1 · %2</source>
-        <extracomment>Puts two facts side by side; %1 and %2 are complete in themselves.</extracomment>
-        <translation>%1 · %2</translation>
-    </message>
     <message>
         <source>less than a minute</source>
         <translation>weniger als eine Minute</translation>

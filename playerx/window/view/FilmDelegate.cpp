@@ -122,9 +122,16 @@ void FilmDelegate::paintText(QPainter& painter, const Row& row) const {
       QStyle::visualAlignment(row.option.direction, Qt::AlignRight) | Qt::AlignVCenter;
 
   painter.setFont(row.metrics.titleFont);
+  painter.setPen(row.shades.detail);
+  const QString number = row.index.data(FilmModel::kNumberRole).toString();
+  painter.drawText(layout.title, static_cast<int>(start | Qt::TextSingleLine), number);
+  const QFontMetrics metrics(row.metrics.titleFont);
+  const int indent = metrics.horizontalAdvance(number) + 2 * row.metrics.unit;
+  const QRect title = QStyle::visualRect(row.option.direction, layout.title,
+                                         layout.title.adjusted(indent, 0, 0, 0));
   painter.setPen(row.shades.title);
-  painter.drawText(layout.title, static_cast<int>(start | Qt::TextSingleLine),
-                   elided(displayTitle(row.film), row.metrics.titleFont, layout.title.width()));
+  painter.drawText(title, static_cast<int>(start | Qt::TextSingleLine),
+                   elided(displayTitle(row.film), row.metrics.titleFont, title.width()));
 
   painter.setFont(row.metrics.detailFont);
   painter.setPen(isFailed ? row.shades.warning : row.shades.detail);

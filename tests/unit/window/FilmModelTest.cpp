@@ -34,6 +34,7 @@ TEST_F(FilmModelTest, ShowsTheQueueInItsOrder) {
   EXPECT_EQ(order(), QList<FilmId>({3, 1, 2}));
   EXPECT_EQ(films_.rowOf(1), 1);
   EXPECT_EQ(films_.index(0).data().toString(), QStringLiteral("Film 3"));
+  EXPECT_EQ(films_.index(1).data(FilmModel::kNumberRole).toInt(), 2);
 }
 
 TEST_F(FilmModelTest, FindsNoRowOfAFilmThatIsNotQueued) {

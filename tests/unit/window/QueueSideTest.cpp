@@ -4,40 +4,11 @@
 
 #include "playerx/window/queue/FilmBook.h"
 #include "playerx/window/queue/SlotDesk.h"
-#include "playerx/window/queue/TimeLeft.h"
 
 namespace playerx::window {
 namespace {
 
-using std::chrono::seconds;
-
-class TimeLeftTest : public testing::Test {
- protected:
-  /// After `second` seconds, with `bytes` left at `speed`.
-  std::optional<std::uint64_t> at(int second, std::uint64_t bytes, std::uint64_t speed) {
-    return left_.of(bytes, speed, TimeLeft::Clock::time_point() + seconds(second));
-  }
-
-  TimeLeft left_;
-};
-
-TEST_F(TimeLeftTest, CountsDownWhileTheEstimateWavers) {
-  EXPECT_EQ(at(0, 1000, 10), 100u);
-  EXPECT_EQ(at(1, 990, 9), 99u);
-  EXPECT_EQ(at(2, 980, 11), 98u);
-}
-
-TEST_F(TimeLeftTest, FollowsAnEstimateThatHasClearlyChanged) {
-  EXPECT_EQ(at(0, 1000, 10), 100u);
-  EXPECT_EQ(at(1, 990, 30), 33u);
-}
-
-TEST_F(TimeLeftTest, IsUnknownWithoutSpeedOrBeyondAMonth) {
-  EXPECT_EQ(at(0, 1000, 0), std::nullopt);
-  EXPECT_EQ(at(0, 1'000'000'000'000, 1), std::nullopt);
-}
-
-TEST_F(TimeLeftTest, IsNeverZeroWhileBytesAreMissing) { EXPECT_EQ(at(0, 1, 1'000'000), 1u); }
+using session::QueueEvent;
 
 class FilmBookTest : public testing::Test {
  protected:
@@ -52,12 +23,24 @@ class FilmBookTest : public testing::Test {
     return item;
   }
 
-  std::optional<QueueUpdate> update(const std::vector<model::ItemState>& queue, int second = 0) {
-    return book_.update(queue, false, FilmBook::Clock::time_point() + seconds(second));
+  std::optional<QueueUpdate> update(const std::vector<model::ItemState>& queue) {
+    return book_.update(queue, false);
   }
 
-  std::optional<TransferReport> transfer_;
-  FilmBook book_{[this](const std::string&) { return transfer_; }};
+  /// The film that arrives, after `arrived` of its 1000 bytes.
+  Film measured(std::uint64_t arrived) {
+    const model::ItemState film = item(1, DownloadStatusDownloading);
+    QueueEvent event{QueueEvent::Kind::kChanged, film};
+    event.progress.arrived = arrived;
+    event.progress.bytesPerSecond = 100;
+    event.progress.secondsLeft = 6;
+    event.progress.partialPath = "/partial/a.part";
+    book_.note(event);
+    return update({film})->films.first();
+  }
+
+  std::optional<reasons::Explanation> known_;
+  FilmBook book_{[this](const model::ItemState&) { return known_; }, 0};
 };
 
 TEST_F(FilmBookTest, TellsAllAtFirstAndThenWhatChanged) {
@@ -77,39 +60,42 @@ TEST_F(FilmBookTest, AnEmptyQueueIsToldOnce) {
   EXPECT_FALSE(update({}));
 }
 
-TEST_F(FilmBookTest, NumbersOfARunningFilmComeFromItsTransfer) {
-  transfer_.emplace();
-  transfer_->arrived = 300;
-  transfer_->total = 1000;
-  transfer_->partialPath = "/partial/a.part";
-  update({item(1, DownloadStatusDownloading)}, 0);
-  transfer_->arrived = 400;
-  const auto second = update({item(1, DownloadStatusDownloading)}, 1);
-  const Film& film = second->films.first();
+TEST_F(FilmBookTest, AFilmThatLeavesIsForgotten) {
+  update({item(1, DownloadStatusQueued), item(2, DownloadStatusQueued)});
+  EXPECT_EQ(update({item(2, DownloadStatusQueued)})->order, QList<FilmId>({2}));
+  const auto back = update({item(1, DownloadStatusQueued), item(2, DownloadStatusQueued)});
+  EXPECT_EQ(back->films.size(), 1);
+}
+
+TEST_F(FilmBookTest, ARunningFilmHasTheNumbersOfItsProgress) {
+  const Film film = measured(400);
   EXPECT_EQ(film.arrived, 400u);
   EXPECT_EQ(film.bytesPerSecond, 100u);
   EXPECT_EQ(film.secondsLeft, 6u);
-  EXPECT_TRUE(film.isPlayable);
   EXPECT_EQ(film.partialPath, QStringLiteral("/partial/a.part"));
 }
 
 TEST_F(FilmBookTest, AFilmIsPlayableFromAFewPercentOn) {
-  transfer_.emplace();
-  transfer_->partialPath = "/partial/a.part";
-  transfer_->arrived = 49;
-  EXPECT_FALSE(update({item(1, DownloadStatusDownloading)})->films.first().isPlayable);
-  transfer_->arrived = 50;
-  EXPECT_TRUE(update({item(1, DownloadStatusDownloading)}, 1)->films.first().isPlayable);
+  EXPECT_FALSE(measured(49).isPlayable);
+  EXPECT_TRUE(measured(50).isPlayable);
 }
 
 TEST_F(FilmBookTest, AFailureKeepsItsReasonUntilItIsTriedAgain) {
   update({item(1, DownloadStatusFailed)});
-  book_.explain(1, reasons::explain(reasons::reasonOfStatus(404), {.host = "films.example"}));
+  QueueEvent event{QueueEvent::Kind::kFailed, item(1, DownloadStatusFailed)};
+  event.reason = reasons::explain(reasons::reasonOfStatus(404), {.host = "films.example"});
+  book_.note(event);
   const auto failed = update({item(1, DownloadStatusFailed)});
   ASSERT_TRUE(failed);
   EXPECT_EQ(failed->films.first().failure.code, QStringLiteral("http_404"));
   EXPECT_FALSE(failed->films.first().failure.sentence.isEmpty());
   EXPECT_EQ(update({item(1, DownloadStatusQueued)})->films.first().failure, FilmFailure());
+}
+
+TEST_F(FilmBookTest, AFilmThatFailedInAnEarlierRunHasTheReasonThatWasKept) {
+  known_ = reasons::explain(reasons::reasonOfStatus(404), {.host = "films.example"});
+  EXPECT_EQ(update({item(1, DownloadStatusFailed)})->films.first().failure.code,
+            QStringLiteral("http_404"));
 }
 
 TEST_F(FilmBookTest, AFilmThatFinishesNowIsDatedAndOneThatWasDoneIsNot) {
@@ -119,6 +105,13 @@ TEST_F(FilmBookTest, AFilmThatFinishesNowIsDatedAndOneThatWasDoneIsNot) {
   EXPECT_TRUE(update({item(1, DownloadStatusCompleted), item(2, DownloadStatusCompleted)})
                   ->films.first()
                   .finishedAt.isValid());
+}
+
+TEST(FilmBookOfAnotherQueueTest, FilmsAreNumberedFromAboveTheGivenOneOn) {
+  FilmBook book([](const model::ItemState&) { return std::nullopt; }, 100);
+  model::ItemState item;
+  item.id = 3;
+  EXPECT_EQ(book.update({item}, false)->order, QList<FilmId>({103}));
 }
 
 TEST(SlotDeskTest, TheAnswerReachesTheThreadThatAsked) {

@@ -1,0 +1,167 @@
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+#include "tests/support/Nginx.h"
+#include "tests/support/WaitFor.h"
+#include "tests/system/BigFile.h"
+#include "tests/system/PlayerHome.h"
+
+namespace system_test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using support::Process;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr std::uint64_t kSize = 8'000'000;
+
+/// The window's process, without a screen, and the command line beside it.
+class WindowTest : public testing::Test {
+ protected:
+  WindowTest() {
+    home.setEnvironment("QT_QPA_PLATFORM", "offscreen");
+    home.setEnvironment("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    home.setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent");
+  }
+
+  std::unique_ptr<Process> startWindow(const std::vector<std::string>& inputs = {}) {
+    support::ProcessOptions options = home.startOptions(inputs);
+    options.arguments[0] = PLAYERX;
+    std::erase(options.arguments, "--json");
+    return std::make_unique<Process>(options);
+  }
+
+  std::string offerSlow(const std::string& name) {
+    writeDistinctFile(slow.root() / name, kSize);
+    return slow.url("/" + name);
+  }
+
+  std::string offerQuick(const std::string& name) {
+    quick.serve(name, distinctBytes(5000));
+    return quick.url("/" + name);
+  }
+
+  bool isListed(const std::string& title) {
+    return support::waitFor([&] {
+      const std::vector<Json> queue = home.queue();
+      return std::any_of(queue.begin(), queue.end(),
+                         [&title](const Json& item) { return item["title"] == title; });
+    });
+  }
+
+  bool isThere(const std::string& film) {
+    return support::waitFor([&] {
+      const std::vector<std::string> films = home.films();
+      return std::find(films.begin(), films.end(), film) != films.end();
+    });
+  }
+
+  /// Descriptors of the process for files in the folder of unfinished films.
+  long openPartials(const Process& process) {
+    const fs::path folder = "/proc/" + std::to_string(process.pid()) + "/fd";
+    long count = 0;
+    std::error_code error;
+    for (const auto& link : fs::directory_iterator(folder, error)) {
+      const std::string file = fs::read_symlink(link, error);
+      if (file.starts_with((home.data() / "partial").string())) ++count;
+    }
+    return count;
+  }
+
+  support::Nginx slow{{.limitRate = "1m"}};
+  support::Nginx quick;
+  PlayerHome home;
+};
+
+TEST_F(WindowTest, DownloadsWhatItIsStartedWith) {
+  const auto window = startWindow({offerQuick("a.avi")});
+  EXPECT_TRUE(isThere("a.avi")) << window->errors();
+  window->send(SIGTERM);
+  EXPECT_EQ(window->wait(), 0) << window->errors();
+}
+
+TEST_F(WindowTest, TheCommandLineWorksBesideIt) {
+  const auto window = startWindow({offerSlow("a.avi")});
+  ASSERT_TRUE(isListed("a.avi")) << window->errors();
+  const PlayerResult result = home.run({"get", offerQuick("b.avi")});
+  EXPECT_EQ(result.status, 0) << result.output << result.errors;
+  EXPECT_THAT(home.films(), Contains("b.avi"));
+  EXPECT_EQ(home.run({"remove", "1"}).status, 0);
+  EXPECT_TRUE(window->running());
+}
+
+TEST_F(WindowTest, ASecondStartHandsItsArgumentsOver) {
+  const auto window = startWindow({offerQuick("a.avi")});
+  ASSERT_TRUE(isThere("a.avi")) << window->errors();
+  const auto second = startWindow({offerQuick("b.avi")});
+  EXPECT_EQ(second->wait(), 0) << second->errors();
+  EXPECT_TRUE(isThere("b.avi")) << window->errors();
+  EXPECT_TRUE(window->running());
+}
+
+TEST_F(WindowTest, UsesTheQueueOfACommandThatHasIt) {
+  Process get(home.startOptions({"get", offerSlow("a.avi")}));
+  ASSERT_TRUE(get.waitForOutput("\"percent\":1")) << get.errors();
+  const auto window = startWindow({offerQuick("b.avi")});
+  EXPECT_TRUE(get.waitForOutput("b.avi")) << window->errors();
+  EXPECT_EQ(get.wait(), 0);
+  EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
+}
+
+TEST_F(WindowTest, GoesOnWithTheQueueWhenTheCommandThatHadItEnds) {
+  Process get(home.startOptions({"get", offerSlow("a.avi")}));
+  ASSERT_TRUE(get.waitForOutput("\"percent\":1")) << get.errors();
+  const auto window = startWindow({offerSlow("b.avi")});
+  ASSERT_TRUE(get.waitForOutput("b.avi")) << window->errors();
+  get.send(SIGINT);
+  EXPECT_EQ(get.wait(), 130);
+  EXPECT_TRUE(isThere("a.avi")) << window->errors();
+  EXPECT_TRUE(isThere("b.avi")) << window->errors();
+}
+
+TEST_F(WindowTest, WhatHasArrivedIsKeptWhenItEnds) {
+  auto window = startWindow({offerSlow("a.avi")});
+  ASSERT_TRUE(isListed("a.avi"));
+  window->send(SIGTERM);
+  EXPECT_EQ(window->wait(), 0);
+  window = startWindow();
+  EXPECT_TRUE(isThere("a.avi")) << window->errors();
+}
+
+/// Bytes of film that the server has sent.
+std::uint64_t sentBytes(const support::Nginx& server) {
+  std::istringstream lines(server.accessLog());
+  std::uint64_t sum = 0;
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream words(line);
+    std::string method, target;
+    int status = 0;
+    std::uint64_t bytes = 0;
+    words >> method >> target >> status >> bytes;
+    if (method == "GET") sum += bytes;
+  }
+  return sum;
+}
+
+TEST_F(WindowTest, AFilmThatIsWatchedWhileItArrivesIsFetchedOnce) {
+  support::Nginx server({.limitRate = "60k"});
+  const std::uint64_t size = fs::file_size(DEMO_FILM);
+  fs::copy_file(DEMO_FILM, server.root() / "life.mkv");
+  fs::create_directories(home.data());
+  std::ofstream(home.data() / "window.ini") << "[Window]\nPlayAutomatically=true\n";
+  const auto window = startWindow({server.url("/life.mkv")});
+  // Written by the transfer, read by the player.
+  EXPECT_TRUE(support::waitFor([&] { return openPartials(*window) > 1; })) << window->errors();
+  EXPECT_TRUE(isThere("life.mkv")) << window->errors();
+  EXPECT_EQ(sentBytes(server), size) << server.accessLog();
+}
+
+}  // namespace
+}  // namespace system_test
