@@ -1,0 +1,87 @@
+# `cmake --install`, and the Debian packages that `cpack` makes of it:
+# module (the download manager with the libraries that it stands on), dev (what a host compiles
+# against), player (window and command line).
+include(GNUInstallDirs)
+set(VESK_LIBDIR lib/playerx)
+set(VESK_PLUGIN_INSTALL_DIR ${VESK_LIBDIR}/plugins)
+
+set_target_properties(kvpm KPIM KPXLibrary PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(downloadmanager KPB OnlineServices KPXPlayerPlugin PROPERTIES
+  INSTALL_RPATH "$ORIGIN/..")
+set_target_properties(playerx playerx-cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${VESK_LIBDIR}")
+
+install(TARGETS kvpm KPIM KPXLibrary LIBRARY DESTINATION ${VESK_LIBDIR} COMPONENT module)
+install(TARGETS downloadmanager LIBRARY DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT module)
+install(FILES plugin/downloadmanager.json DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT module)
+
+install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/playerx COMPONENT dev
+  FILES_MATCHING PATTERN "*.h")
+install(FILES docs/embedding.md DESTINATION ${CMAKE_INSTALL_DOCDIR}-dev COMPONENT dev)
+set(package_folder ${VESK_LIBDIR}/cmake/VeskHost)
+include(CMakePackageConfigHelpers)
+configure_package_config_file(cmake/VeskHostConfig.cmake.in
+  ${CMAKE_BINARY_DIR}/VeskHostConfig.cmake
+  INSTALL_DESTINATION ${package_folder}
+  PATH_VARS CMAKE_INSTALL_INCLUDEDIR VESK_LIBDIR VESK_PLUGIN_INSTALL_DIR)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/VeskHostConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/VeskHostConfig.cmake
+  ${CMAKE_BINARY_DIR}/VeskHostConfigVersion.cmake
+  DESTINATION ${package_folder} COMPONENT dev)
+
+install(TARGETS playerx playerx-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT player)
+install(TARGETS KPB OnlineServices KPXPlayerPlugin
+  LIBRARY DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT player)
+install(FILES playerx/transfers/KPB.json playerx/services/OnlineServices.json
+  playerx/player/Player.json
+  DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT player)
+install(FILES packaging/playerx-cli.bash-completion RENAME playerx-cli
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT player)
+install(FILES packaging/desktop/playerx.desktop
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT player)
+install(FILES packaging/desktop/playerx-mime.xml RENAME playerx.xml
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages COMPONENT player)
+install(FILES packaging/desktop/com.vesk.playerx.metainfo.xml
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT player)
+install(FILES playerx/window/icons/playerx.svg
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT player)
+
+# Manuals are what the programs say of themselves.
+foreach(program IN ITEMS playerx playerx-cli)
+  set(manual ${CMAKE_BINARY_DIR}/${program}.1)
+  add_custom_command(OUTPUT ${manual}
+    COMMAND ${PROJECT_SOURCE_DIR}/packaging/make-manual $<TARGET_FILE:${program}> ${manual}
+    DEPENDS ${program} packaging/make-manual VERBATIM)
+  list(APPEND manuals ${manual})
+endforeach()
+add_custom_target(manuals ALL DEPENDS ${manuals})
+install(FILES ${manuals} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT player)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_VENDOR Vesk)
+set(CPACK_PACKAGE_CONTACT "Vesk <packages@vesk.example>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL module dev player)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+set(CPACK_DEBIAN_MODULE_PACKAGE_NAME playerx-download-manager)
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME playerx-dev)
+set(CPACK_DEBIAN_PLAYER_PACKAGE_NAME playerx)
+set(CPACK_DEBIAN_MODULE_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_PLAYER_PACKAGE_SECTION video)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "playerx-download-manager (= ${PROJECT_VERSION}), qt6-base-dev")
+set(CPACK_DEBIAN_PLAYER_PACKAGE_DEPENDS "playerx-download-manager (= ${PROJECT_VERSION}), qt6-svg-plugins | libqt6svg6")
+set(CPACK_COMPONENT_MODULE_DESCRIPTION "Download manager of a media player
+ A plug-in that keeps an ordered queue of films and downloads one after the
+ other, with the libraries that it stands on.")
+set(CPACK_COMPONENT_DEV_DESCRIPTION "Headers to load the download manager into a player
+ Interfaces between a media player and the download manager, with a CMake
+ package that finds them.")
+set(CPACK_COMPONENT_PLAYER_DESCRIPTION "Media player that downloads films
+ A window and a command line that share one queue of films. A film can be
+ watched while it arrives.")
+include(CPack)
