@@ -212,8 +212,8 @@ void printTimes(const char* what, const std::vector<double>& seconds) {
 /// Interrupts the transfer of the first item again and again, beside 10,000 others.
 void latencies(const fs::path& home, const char* kind, const std::string& rate, int count) {
   const support::Nginx server({.limitRate = rate});
-  system_test::writeDistinctFile(server.root() / "one.avi", 2'000'000'000);
-  system_test::writeDistinctFile(server.root() / "two.avi", 2'000'000'000, 1);
+  system_test::writeDistinctFile(server.root() / "one.avi", 500'000'000);
+  system_test::writeDistinctFile(server.root() / "two.avi", 500'000'000, 1);
   const std::string one = server.url("/one.avi"), two = server.url("/two.avi");
   Player player(home, kPlugins, 10'000);
   player.open();
