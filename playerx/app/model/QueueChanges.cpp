@@ -1,7 +1,5 @@
 #include "playerx/app/model/QueueChanges.h"
 
-#include <unordered_map>
-
 namespace playerx::model {
 
 namespace {
@@ -25,18 +23,6 @@ void appendChanges(std::vector<QueueChange>& changes, const ItemState* before,
   } else if (*before != now) {
     changes.push_back({QueueChange::kChanged, now});
   }
-}
-
-std::vector<QueueChange> changesBetween(const std::vector<ItemState>& before,
-                                        const std::vector<ItemState>& now) {
-  std::unordered_map<unsigned int, const ItemState*> known;
-  for (const ItemState& item : before) known.emplace(item.id, &item);
-  std::vector<QueueChange> changes;
-  for (const ItemState& item : now) {
-    const auto earlier = known.find(item.id);
-    appendChanges(changes, earlier != known.end() ? earlier->second : nullptr, item);
-  }
-  return changes;
 }
 
 }  // namespace playerx::model

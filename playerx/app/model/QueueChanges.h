@@ -22,9 +22,4 @@ struct QueueChange {
 void appendChanges(std::vector<QueueChange>& changes, const ItemState* before,
                    const ItemState& now);
 
-/// What happened between two looks at the queue, in the present queue's order. Items that are
-/// gone are not mentioned.
-std::vector<QueueChange> changesBetween(const std::vector<ItemState>& before,
-                                        const std::vector<ItemState>& now);
-
 }  // namespace playerx::model
