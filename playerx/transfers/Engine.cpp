@@ -11,6 +11,9 @@ namespace {
 
 constexpr std::chrono::milliseconds kLongestWait{60'000};
 
+/// A network comes in several steps, and with much news.
+constexpr std::chrono::milliseconds kSettling{500};
+
 }  // namespace
 
 Engine::Engine(const Tuning& tuning, ReportDelivery& delivery, TrustedAuthorities trust)
@@ -59,6 +62,12 @@ void Engine::retryAll() {
   settleEnded();
 }
 
+void Engine::retryWhenDue(Clock::time_point now) {
+  if (!retryAt_ || now < *retryAt_) return;
+  retryAt_.reset();
+  retryAll();
+}
+
 void Engine::setRateLimit(std::uint64_t bytesPerSecond) {
   post([this, bytesPerSecond] { loop_.setRateLimit(bytesPerSecond); });
 }
@@ -80,11 +89,12 @@ void Engine::run() {
     }
     loop_.perform();
     const Clock::time_point now = Clock::now();
+    retryWhenDue(now);
     workOn(now);
     forgetFinished(now);
     delivery_.flush();
     loop_.wait(timeToWait(now), network_.descriptor());
-    if (network_.takeArrival()) retryAll();
+    if (network_.takeArrival() && !retryAt_) retryAt_ = Clock::now() + kSettling;
   }
   close();
 }
@@ -124,6 +134,8 @@ std::chrono::milliseconds Engine::timeToWait(Clock::time_point now) const {
     if (!deadline) continue;
     wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(*deadline - now));
   }
+  if (retryAt_)
+    wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(*retryAt_ - now));
   return finished_.empty() ? wait : std::min(wait, timeToForget(now));
 }
 

@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -85,6 +86,7 @@ class Engine {
   std::chrono::milliseconds timeToWait(Clock::time_point now) const;
   std::chrono::milliseconds timeToForget(Clock::time_point now) const;
   void retryAll();
+  void retryWhenDue(Clock::time_point now);
   void beginSession(const std::shared_ptr<Session>& session);
   void endSession(const std::shared_ptr<Session>& session);
   void forgetFinished(Clock::time_point now);
@@ -104,6 +106,7 @@ class Engine {
   // The engine's thread alone.
   FetchLoop loop_;
   NetworkWatch network_;
+  std::optional<Clock::time_point> retryAt_;  ///< after news of the network
   std::map<unsigned long long, std::shared_ptr<Transfer>> transfers_;
   std::deque<Finished> finished_;  ///< in the order of their completion
 

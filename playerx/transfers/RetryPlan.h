@@ -45,6 +45,9 @@ class RetryCounter {
   /// enough.
   std::optional<unsigned> failed(const RetryRules& rules);
 
+  /// Takes the latest failure back: what had failed may have been the network's fault.
+  void forgive() { failures_ -= failures_ > 0 ? 1 : 0; }
+
  private:
   std::uint64_t mostArrived_;
   unsigned failures_ = 0;

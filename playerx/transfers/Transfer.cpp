@@ -141,7 +141,10 @@ void Transfer::retryNow(Clock::time_point now) {
   if (phase_ == Phase::kRequesting && now - lastTouch_ >= kSilence) {
     endAttempt(TransferFailure::kStalled, "no byte came");
   }
-  if (phase_ == Phase::kPausing && !isAskedToWait_) wakeAt_ = now;
+  if (phase_ != Phase::kPausing || isAskedToWait_) return;
+  // The network may come and go more often than there are tries.
+  retries_.forgive();
+  wakeAt_ = now;
 }
 
 std::optional<Transfer::Clock::time_point> Transfer::deadline() const {

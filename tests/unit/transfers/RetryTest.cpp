@@ -41,6 +41,24 @@ TEST_F(RetryTest, APauseCanBeEnded) {
   EXPECT_EQ(film(), filmBytes(kSize));
 }
 
+TEST_F(RetryTest, ATryThatEndsAPauseIsOneMore) {
+  Tuning patient = shortTimes();
+  patient.retry.retries = 1;
+  patient.retry.firstPause = patient.retry.longestPause = std::chrono::hours(1);
+  restart(patient);
+  FilmServer server(filmOf(kSize));
+  server.cutNext(100'000).cutNext(0).cutNext(0);
+  const auto uid = start(server.url());
+  for (std::size_t requests = 1; requests <= 3; ++requests) {
+    ASSERT_TRUE(support::waitFor([&] {
+      return server.requestCount() == requests && report(uid).phase == TransferPhase::kWaiting;
+    }));
+    downloads_->retryNow();
+  }
+  ASSERT_TRUE(receiver_.waitForEnd(uid));
+  EXPECT_EQ(film(), filmBytes(kSize));
+}
+
 TEST_F(RetryTest, AShortBodyIsNoSuccess) {
   FilmServer server(filmOf(kSize));
   for (int i = 0; i < 6; ++i) server.cutNext(0);
