@@ -22,8 +22,8 @@ namespace {
 /// How often the speed of a running transfer is looked at when nothing else happens.
 constexpr std::chrono::milliseconds kSpeedInterval(500);
 
-constexpr char kInterruptedLine[] =
-    "Interrupted; what has arrived is kept, and the next `get` goes on from there.\n";
+constexpr char kInterrupted[] =
+    "Interrupted; what has arrived is kept, and the next `get` goes on from there.";
 
 /// Whether an input is a ticket that takes a noticeable time to read. Protected ones are small:
 /// they wait for the online services, which is not to be broken off half-way.
@@ -85,7 +85,7 @@ bool GetCommand::addOne(const std::string& input) {
   Request request = options_.request;
   request.inputs = {input};
   std::optional<InterruptsExit> exits;
-  if (takesLong(input)) exits.emplace(kExitInterrupted, kInterruptedLine);
+  if (takesLong(input)) exits.emplace(kExitInterrupted, kInterrupted);
   Reply reply = service_.handle(request);
   exits.reset();
   // What is true of every input is said once.
@@ -128,9 +128,7 @@ void GetCommand::tellQueue() {
 int GetCommand::park() {
   session_.manager().pause();
   service_.update();
-  std::string sentence = kInterruptedLine;
-  sentence.pop_back();
-  reporter_.note(sentence);
+  reporter_.note(kInterrupted);
   return kExitInterrupted;
 }
 

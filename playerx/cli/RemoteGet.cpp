@@ -47,7 +47,7 @@ std::optional<int> RemoteGet::run() {
 /// A process that was stopped takes no more than the socket holds.
 bool RemoteGet::sendRequests() {
   const InterruptsExit exits(kExitInterrupted,
-                             "Interrupted before the player that has the queue took everything.\n");
+                             "Interrupted before the player that has the queue took everything.");
   return client_.send({.action = Request::Action::kWatch}) &&
          (options_.command != Options::kGet || client_.send(options_.request));
 }

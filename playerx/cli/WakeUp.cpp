@@ -23,7 +23,8 @@ const char* farewell = "";
 std::size_t farewellLength = 0;
 
 void exitAtOnce(int) {
-  [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, farewell, farewellLength);
+  [[maybe_unused]] ssize_t written = write(STDERR_FILENO, farewell, farewellLength);
+  written = write(STDERR_FILENO, "\n", 1);
   _exit(exitStatus);
 }
 
