@@ -45,6 +45,16 @@ TEST_F(ProtectedTest, TheTicketIsConsumed) {
   EXPECT_FALSE(std::filesystem::exists(home.media() / "film.tix"));
 }
 
+TEST_F(ProtectedTest, AFilmThatIsRemovedTakesItsRightsAlong) {
+  EXPECT_EQ(home.run({"get", server.ticket()}).status, 0);
+  EXPECT_EQ(home.run({"remove", "1"}).status, 0);
+  EXPECT_THAT(home.films(), ElementsAre("film.vesk", "film.vesk.rights"));
+  const std::string ticket = server.ticket();
+  EXPECT_EQ(home.run({"get", "--again", ticket}).status, 0);
+  EXPECT_EQ(home.run({"remove", "1", "--with-film"}).status, 0);
+  EXPECT_THAT(home.films(), ElementsAre("film.vesk", "film.vesk.rights"));
+}
+
 TEST_F(ProtectedTest, ARefusalIsNamedInTheServicesWords) {
   server.misbehave("error-5000");
   const PlayerResult result = home.run({"get", server.ticket()});
