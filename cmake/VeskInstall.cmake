@@ -17,7 +17,7 @@ install(FILES plugin/downloadmanager.json DESTINATION ${VESK_PLUGIN_INSTALL_DIR}
 install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/playerx COMPONENT dev
   FILES_MATCHING PATTERN "*.h")
 install(FILES docs/embedding.md DESTINATION ${CMAKE_INSTALL_DOCDIR}-dev COMPONENT dev)
-set(package_folder ${VESK_LIBDIR}/cmake/VeskHost)
+set(package_folder lib/cmake/VeskHost)
 include(CMakePackageConfigHelpers)
 configure_package_config_file(cmake/VeskHostConfig.cmake.in
   ${CMAKE_BINARY_DIR}/VeskHostConfig.cmake
