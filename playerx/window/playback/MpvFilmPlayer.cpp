@@ -60,10 +60,14 @@ constexpr Option kOptions[] = {
 };
 
 constexpr std::pair<const char*, mpv_format> kObserved[] = {
-    {"pause", MPV_FORMAT_FLAG},       {"paused-for-cache", MPV_FORMAT_FLAG},
-    {"eof-reached", MPV_FORMAT_FLAG}, {"mute", MPV_FORMAT_FLAG},
-    {"time-pos", MPV_FORMAT_DOUBLE},  {"duration", MPV_FORMAT_DOUBLE},
-    {"volume", MPV_FORMAT_DOUBLE},    {"track-list", MPV_FORMAT_NODE},
+    {"pause", MPV_FORMAT_FLAG},
+    {"paused-for-cache", MPV_FORMAT_FLAG},
+    {"eof-reached", MPV_FORMAT_FLAG},
+    {"mute", MPV_FORMAT_FLAG},
+    {"time-pos", MPV_FORMAT_DOUBLE},
+    {"duration", MPV_FORMAT_DOUBLE},
+    {"volume", MPV_FORMAT_DOUBLE},
+    {"track-list", MPV_FORMAT_NODE},
     {"demuxer-cache-time", MPV_FORMAT_DOUBLE},
 };
 

@@ -55,7 +55,7 @@ class MpvFilmPlayer : public FilmPlayer {
   FilmSource source_;
   std::shared_ptr<GrowingFile> file_;
   PlaybackState state_;
-  double cachedUntil_ = 0;   ///< seconds of the film that libmpv has read
+  double cachedUntil_ = 0;  ///< seconds of the film that libmpv has read
   bool wantsLoad_ = false;  ///< as soon as the surface can show something
   QTimer slowStart_;
 };
