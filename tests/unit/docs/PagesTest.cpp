@@ -1,0 +1,105 @@
+// The pages name files, commands and classes; each must be there.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kProject = VESK_PROJECT;
+
+/// The folders of the sources, which a path in a page begins with.
+const std::vector<std::string> kFolders = {"host",     "kvsc",   "item", "persistence",
+                                           "download", "plugin", "demo", "playerx",
+                                           "tests",    "bench",  "docs", "credentials"};
+
+std::string textOf(const fs::path& file) {
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+std::vector<fs::path> pages() {
+  std::vector<fs::path> pages = {kProject / "README.md", kProject / "credentials/README.md"};
+  for (const auto& entry : fs::directory_iterator(kProject / "docs")) {
+    if (entry.path().extension() == ".md") pages.push_back(entry.path());
+  }
+  return pages;
+}
+
+/// The first group of each match of `pattern` in a page.
+std::set<std::string> findAll(const fs::path& page, const std::string& pattern) {
+  const std::string text = textOf(page);
+  const std::regex expression(pattern);
+  std::set<std::string> found;
+  for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end;
+       ++match) {
+    found.insert((*match)[1]);
+  }
+  return found;
+}
+
+/// Whether a path in a page, perhaps without the end of a file's name, leads to something.
+bool leadsSomewhere(const std::string& path) {
+  for (const char* const end : {"", ".h", ".cpp"}) {
+    if (fs::exists(kProject / (path + end))) return true;
+  }
+  return false;
+}
+
+/// Names without their ends of all files of the sources.
+std::set<std::string> sourceNames() {
+  std::set<std::string> names;
+  for (const std::string& folder : kFolders) {
+    for (const auto& entry : fs::recursive_directory_iterator(kProject / folder)) {
+      names.insert(entry.path().stem().string());
+    }
+  }
+  return names;
+}
+
+TEST(PagesTest, EachLinkLeadsToAFile) {
+  for (const fs::path& page : pages()) {
+    for (const std::string& link : findAll(page, R"(\]\(([^)#:]+)(#[^)]*)?\))")) {
+      EXPECT_TRUE(fs::exists(page.parent_path() / link)) << link << " in " << page;
+    }
+  }
+}
+
+TEST(PagesTest, EachPathIsThere) {
+  for (const fs::path& page : pages()) {
+    for (const std::string& path : findAll(page, "`([a-z]+/[A-Za-z0-9_./-]+)`")) {
+      const std::string folder = path.substr(0, path.find('/'));
+      if (std::find(kFolders.begin(), kFolders.end(), folder) == kFolders.end()) continue;
+      EXPECT_TRUE(leadsSomewhere(path)) << path << " in " << page;
+    }
+  }
+}
+
+TEST(PagesTest, EachCommandOfTheScriptIsOne) {
+  const std::string script = textOf(kProject / "dev");
+  for (const fs::path& page : pages()) {
+    for (const std::string& command : findAll(page, R"(\./dev ([a-z]+))")) {
+      EXPECT_THAT(script, testing::HasSubstr("\n  " + command + " ")) << page;
+    }
+  }
+}
+
+TEST(PagesTest, EachPartOfTheHouseIsAFileOfTheSources) {
+  const std::set<std::string> names = sourceNames();
+  const fs::path page = kProject / "docs/architecture.md";
+  const std::set<std::string> parts = findAll(page, "`([A-Z][a-z]+[A-Z][A-Za-z]+)(::[a-z][^`]*)?`");
+  EXPECT_GT(parts.size(), 20U);
+  for (const std::string& part : parts) EXPECT_TRUE(names.contains(part)) << part;
+}
+
+}  // namespace
