@@ -93,9 +93,4 @@ quint64 freeSpace(const QString& path) {
   return VeskPlayerX::OSUtilities::getFreeSpace(path, &bytes) ? bytes : 0;
 }
 
-quint64 neededSpace(quint64 size) {
-  constexpr quint64 kPart = 7168;
-  return 2 * size + size / kPart;
-}
-
 }  // namespace playerx::window

@@ -23,7 +23,4 @@ QString partialFolder();
 /// Bytes that the user may still write there; 0 when that cannot be learnt.
 quint64 freeSpace(const QString& path);
 
-/// Bytes that must be free before a film of this size is fetched.
-quint64 neededSpace(quint64 size);
-
 }  // namespace playerx::window

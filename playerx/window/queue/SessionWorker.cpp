@@ -9,6 +9,7 @@
 #include "VeskPlayerX/ZPSServicesInterface.h"
 #include "playerx/app/door/QueueOpening.h"
 #include "playerx/app/inputs/TicketContents.h"
+#include "playerx/app/model/FilmCheck.h"
 #include "playerx/app/reasons/ReasonFile.h"
 #include "playerx/window/queue/OtherQueue.h"
 #include "playerx/window/queue/OwnQueue.h"
@@ -307,7 +308,7 @@ void SessionWorker::tellFailure(const QueueEvent& event) {
 
 /// The films' folder may be on another disk than the one for unfinished films.
 void SessionWorker::tellNoSpace(FilmId film, quint64 size) {
-  const quint64 needed = neededSpace(size);
+  const quint64 needed = model::spaceNeededFor(size);
   QString folder = partialFolder();
   if (freeSpace(folder) >= needed) folder = mediaFolder();
   Q_EMIT noticed({.kind = Notice::kNoSpace,
