@@ -22,6 +22,9 @@ using testing::HasSubstr;
 
 constexpr std::uint64_t kSize = 8'000'000;
 
+/// A rate at which a film of that size arrives as long as the test needs it to.
+constexpr char kCrawl[] = "100K";
+
 /// The window's process, without a screen, and the command line beside it.
 class WindowTest : public testing::Test {
  protected:
@@ -43,6 +46,11 @@ class WindowTest : public testing::Test {
     return slow.url("/" + name);
   }
 
+  std::string offerLarge(const std::string& name) {
+    writeDistinctFile(quick.root() / name, kSize);
+    return quick.url("/" + name);
+  }
+
   std::string offerQuick(const std::string& name) {
     quick.serve(name, distinctBytes(5000));
     return quick.url("/" + name);
@@ -54,6 +62,11 @@ class WindowTest : public testing::Test {
       return std::any_of(queue.begin(), queue.end(),
                          [&title](const Json& item) { return item["title"] == title; });
     });
+  }
+
+  /// Whether the process that has the queue, which may have to start first, takes this rate.
+  bool isLimited(const std::string& rate) {
+    return support::waitFor([&] { return home.run({"limit", rate}).status == 0; });
   }
 
   bool isThere(const std::string& film) {
@@ -107,18 +120,19 @@ TEST_F(WindowTest, ASecondStartHandsItsArgumentsOver) {
 }
 
 TEST_F(WindowTest, UsesTheQueueOfACommandThatHasIt) {
-  Process get(home.startOptions({"get", offerSlow("a.avi")}));
+  Process get(home.startOptions({"get", "--limit-rate", kCrawl, offerLarge("a.avi")}));
   ASSERT_TRUE(get.waitForOutput("\"percent\":1")) << get.errors();
   const auto window = startWindow({offerQuick("b.avi")});
   EXPECT_TRUE(get.waitForOutput("b.avi")) << window->errors();
+  EXPECT_TRUE(isLimited("none"));
   EXPECT_EQ(get.wait(), 0);
   EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
 }
 
 TEST_F(WindowTest, GoesOnWithTheQueueWhenTheCommandThatHadItEnds) {
-  Process get(home.startOptions({"get", offerSlow("a.avi")}));
+  Process get(home.startOptions({"get", "--limit-rate", kCrawl, offerLarge("a.avi")}));
   ASSERT_TRUE(get.waitForOutput("\"percent\":1")) << get.errors();
-  const auto window = startWindow({offerSlow("b.avi")});
+  const auto window = startWindow({offerLarge("b.avi")});
   ASSERT_TRUE(get.waitForOutput("b.avi")) << window->errors();
   get.send(SIGINT);
   EXPECT_EQ(get.wait(), 130);
@@ -151,16 +165,17 @@ std::uint64_t sentBytes(const support::Nginx& server) {
 }
 
 TEST_F(WindowTest, AFilmThatIsWatchedWhileItArrivesIsFetchedOnce) {
-  support::Nginx server({.limitRate = "60k"});
-  const std::uint64_t size = fs::file_size(DEMO_FILM);
-  fs::copy_file(DEMO_FILM, server.root() / "life.mkv");
+  fs::copy_file(DEMO_FILM, quick.root() / "life.mkv");
   fs::create_directories(home.data());
   std::ofstream(home.data() / "window.ini") << "[Window]\nPlayAutomatically=true\n";
-  const auto window = startWindow({server.url("/life.mkv")});
+  const auto window = startWindow();
+  ASSERT_TRUE(isLimited("10K")) << window->errors();
+  ASSERT_EQ(home.run({"add", quick.url("/life.mkv")}).status, 0);
   // Written by the transfer, read by the player.
   EXPECT_TRUE(support::waitFor([&] { return openPartials(*window) > 1; })) << window->errors();
+  EXPECT_TRUE(isLimited("none"));
   EXPECT_TRUE(isThere("life.mkv")) << window->errors();
-  EXPECT_EQ(sentBytes(server), size) << server.accessLog();
+  EXPECT_EQ(sentBytes(quick), fs::file_size(DEMO_FILM)) << quick.accessLog();
 }
 
 }  // namespace
