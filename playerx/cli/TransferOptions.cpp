@@ -90,7 +90,9 @@ std::string refererOf(const std::string& text) {
 
 std::string netrcFile(const std::string& path) {
   std::error_code error;
-  if (std::filesystem::is_regular_file(path, error)) return std::filesystem::absolute(path);
+  if (std::filesystem::is_regular_file(path, error)) {
+    return std::filesystem::absolute(path, error);
+  }
   complain("There is no file " + printable(path) + " with user names and passwords.");
 }
 
@@ -100,8 +102,8 @@ std::string netrcOfUser() {
 }
 
 std::string cookieFile(const std::string& path) {
-  const std::filesystem::path file = std::filesystem::absolute(path);
   std::error_code error;
+  const std::filesystem::path file = std::filesystem::absolute(path, error);
   if (std::filesystem::is_directory(file.parent_path(), error) &&
       !std::filesystem::is_directory(file, error)) {
     return file;

@@ -117,6 +117,8 @@ TEST(OptionsTest, OnePlainSentenceNamesWhatIsAllowed) {
        "\"a/b\" is no file name; --media chooses the folder."},
       {{"get", "-o", "b.avi", "http://h/a.avi", "http://h/c.avi"},
        "The option \"--output\" needs one address, no more."},
+      {{"add", "--cookie-jar", "", "http://h/a.avi"},
+       "Cookies cannot be kept in : it is a folder, or lies in none."},
       {{"get", "--player"}, "The option \"--player\" needs a value."},
       {{"list", "--data"}, "The option \"--data\" needs a value."},
       {{"remove"}, "The argument \"N\" is missing; `playerx-cli remove --help` shows the usage."},
