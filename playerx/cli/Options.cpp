@@ -224,7 +224,7 @@ std::string advice(const std::string& typed, const std::vector<std::string>& nam
 
 /// One plain sentence on the first word that could not be read.
 std::string complaintOfWord(const CLI::App& app, const std::string& typed) {
-  const std::string word = "\"" + printable(splitCredentials(typed).address) + "\"";
+  const std::string word = "\"" + printable(withoutCredentials(typed)) + "\"";
   if (typed.starts_with("-")) {
     return "There is no option " + word +
            advice(typed, optionsOf(app), "`playerx-cli --help` names those that there are");

@@ -121,6 +121,12 @@ SplitAddress splitCredentials(const std::string& url) {
           unescaped(named.substr(std::min(colon + 1, named.size())))};
 }
 
+std::string withoutCredentials(const std::string& text) {
+  const std::string bare = splitCredentials(text).address;
+  const std::size_t at = bare.rfind('@');
+  return at == std::string::npos || parseAddress(bare) ? bare : "..." + bare.substr(at);
+}
+
 AddressFault faultOf(const std::string& urlUtf8) {
   if (!isWeb(urlUtf8)) return AddressFault::kNotWeb;
   CURLUcode error = CURLUE_OK;

@@ -32,6 +32,10 @@ struct SplitAddress {
 /// Takes user name and password out of an address, whatever else may be wrong with it.
 SplitAddress splitCredentials(const std::string& url);
 
+/// What may be shown of a text that was meant as an address: no user name and no password. Of one
+/// that cannot be read, nothing before its last "@", because a password may be anywhere there.
+std::string withoutCredentials(const std::string& text);
+
 /// What is wrong with a text that was meant as an address.
 enum class AddressFault {
   kNone,

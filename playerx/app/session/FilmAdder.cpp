@@ -132,7 +132,8 @@ void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply
   whilePaused(getsOptions, [&] {
     const inputs::AddResult result = inputs::addInput(input.text, session_.manager(), {},
                                                       [this] { return session_.takeMessages(); });
-    if (result.refusal) reply.refused.push_back({input.text, *result.refusal});
+    const std::string shown = input.isTicket ? input.text : withoutCredentials(input.text);
+    if (result.refusal) reply.refused.push_back({shown, *result.refusal});
     const std::vector<unsigned int> added = watch_.update();
     auto next = added.begin();
     for (const ItemState& item : watch_.queue()) {
