@@ -7,6 +7,7 @@
 #include <map>
 
 #include "playerx/app/inputs/Input.h"
+#include "playerx/app/model/FilmCheck.h"
 #include "playerx/cli/Suggestion.h"
 #include "playerx/cli/TerminalText.h"
 #include "playerx/cli/TransferOptions.h"
@@ -59,9 +60,7 @@ Request::Direction directionOf(const std::string& text) {
 }
 
 std::string nameOf(const std::string& text) {
-  const bool isName =
-      !text.empty() && text != "." && text != ".." && text.find('/') == std::string::npos;
-  if (isName) return text;
+  if (model::isFilmName(text)) return text;
   complain("\"" + printable(text) + "\" is no file name; --media chooses the folder.");
 }
 

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "playerx/app/model/FilmCheck.h"
 #include "playerx/app/model/JsonMembers.h"
 #include "playerx/app/session/FilmOptionsJson.h"
 
@@ -73,7 +74,8 @@ bool isOfItem(const QueueEvent& event) {
 /// The object that a line holds; any other value for a line that holds none.
 Json objectOf(const QByteArray& line) {
   Json value = Json::parse(line.begin(), line.end(), nullptr, false);
-  return value.is_object() ? value : Json();
+  if (!value.is_object()) return {};
+  return value;  // moved: a copy recurses as deep as the text nests
 }
 
 Json jsonOf(const ItemState& item) {
@@ -298,6 +300,7 @@ std::optional<Request> readRequest(const QByteArray& line) {
   members.take("position", request.position);
   members.takeEach("inputs", request.inputs, textOf);
   members.take("name", request.name);
+  if (!request.name.empty() && !model::isFilmName(request.name)) members.fail();
   members.take("starts", request.starts);
   members.take("again", request.again);
   members.take("plays", request.plays);

@@ -1,5 +1,6 @@
 #include "playerx/app/model/FilmCheck.h"
 
+#include <algorithm>
 #include <limits>
 
 #include "playerx/app/model/TextFormat.h"
@@ -41,6 +42,13 @@ std::uint64_t spaceNeededFor(std::uint64_t size) {
   constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
   const std::uint64_t extra = size / 7168;
   return size > (kMost - extra) / 2 ? kMost : 2 * size + extra;
+}
+
+bool isFilmName(const std::string& name) {
+  const bool isPlain = std::all_of(name.begin(), name.end(), [](unsigned char byte) {
+    return byte >= ' ' && byte != 0x7f && byte != '/';
+  });
+  return isPlain && !name.empty() && name != "." && name != "..";
 }
 
 }  // namespace playerx::model

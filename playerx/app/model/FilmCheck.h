@@ -16,4 +16,8 @@ std::string findOddity(const ItemState& film, const std::filesystem::path& media
 /// fetches a film of `size` bytes. All bits set when the number does not fit. Pure.
 std::uint64_t spaceNeededFor(std::uint64_t size);
 
+/// Whether a text (UTF-8) can be the name of a film in its folder: one plain name without control
+/// characters. Pure.
+bool isFilmName(const std::string& name);
+
 }  // namespace playerx::model

@@ -110,6 +110,7 @@ TEST(ProtocolTest, WhatIsNoMessageIsNotRead) {
                            "{\"action\":\"add\",\"options\":{\"headers\":[1]}}",
                            "{\"action\":\"limit\",\"rateLimit\":-5}",
                            "{\"action\":\"add\",\"inputs\":[7]}",
+                           "{\"action\":\"add\",\"name\":\"../a.avi\"}",
                            "{\"action\":\"add\",\"again\":1}",
                            "{\"reply\":\"yes\"}",
                            "{\"event\":\"boom\"}",
@@ -126,6 +127,9 @@ TEST(ProtocolTest, WhatIsNoMessageIsNotRead) {
 
 TEST(ProtocolTest, DeepNestingIsNoMessage) {
   EXPECT_FALSE(readRequest(QByteArray(1'000'000, '[')));
+  constexpr int kDepth = 100'000;
+  const QByteArray objects = QByteArray("{\"a\":").repeated(kDepth) + "1";
+  EXPECT_FALSE(readRequest(objects + QByteArray(kDepth, '}')));
 }
 
 TEST(ProtocolTest, MembersOfLaterVersionsAreIgnored) {

@@ -61,5 +61,14 @@ TEST_F(FilmCheckTest, OfAFilmThatIsNowhereNothingIsKnown) {
   EXPECT_EQ(findOddity(filmAt("/former/film.avi", 4), "/elsewhere"), "");
 }
 
+TEST(FilmNameTest, IsOnePlainName) {
+  for (const char* name : {"a.avi", "grüße.mkv", ".a.avi", "a b.avi"}) {
+    EXPECT_TRUE(isFilmName(name)) << name;
+  }
+  for (const char* name : {"", ".", "..", "a/b.avi", "/a.avi", "a\nb.avi", "\x1b[31m.avi"}) {
+    EXPECT_FALSE(isFilmName(name)) << name;
+  }
+}
+
 }  // namespace
 }  // namespace playerx::model
