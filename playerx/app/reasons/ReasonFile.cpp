@@ -68,18 +68,20 @@ std::optional<Explanation> ReasonFile::find(const ItemState& item) const {
   return found == reasons_.end() ? std::nullopt : std::optional(found->second);
 }
 
-void ReasonFile::keep(const ItemState& failed, const Explanation& reason,
-                      const std::vector<ItemState>& queue) {
+void ReasonFile::note(const ItemState& failed, const Explanation& reason) {
+  reasons_[keyOf(failed)] = reason;
+}
+
+void ReasonFile::save(const std::vector<ItemState>& queue) {
   std::map<std::string, Explanation> present;
   for (const ItemState& item : queue) {
     if (auto known = find(item)) present[keyOf(item)] = *std::move(known);
   }
-  present[keyOf(failed)] = reason;
   reasons_ = std::move(present);
-  save();
+  write();
 }
 
-void ReasonFile::save() const {
+void ReasonFile::write() const {
   Json content = Json::array();
   for (const auto& [item, reason] : reasons_) {
     content.push_back({{"item", item},

@@ -22,13 +22,15 @@ class ReasonFile {
   /// The reason of a failed item; nullopt when it is not known or the item has not failed.
   std::optional<Explanation> find(const model::ItemState& item) const;
 
-  /// Saves the reason of an item, along with those of the other failed items of `queue`; reasons of
-  /// items that are no longer there, or are retried, are dropped.
-  void keep(const model::ItemState& failed, const Explanation& reason,
-            const std::vector<model::ItemState>& queue);
+  /// Notes the reason of an item that has failed; `save` makes it last.
+  void note(const model::ItemState& failed, const Explanation& reason);
+
+  /// Saves the reasons of the failed items of `queue`; those of items that are no longer there, or
+  /// are retried, are dropped. Writes the whole file, so it is called once for several notes.
+  void save(const std::vector<model::ItemState>& queue);
 
  private:
-  void save() const;
+  void write() const;
 
   const std::filesystem::path file_;
   std::map<std::string, Explanation> reasons_;  ///< by what names an item from run to run

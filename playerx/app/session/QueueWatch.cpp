@@ -107,8 +107,13 @@ void QueueWatch::tellRemoved(const ItemState& item) {
 }
 
 void QueueWatch::tellReasons() {
-  for (const reasons::ExplainedFailure& answer : explainer_.takeAnswers()) {
-    reasons_.keep(answer.item, answer.explanation, queue());
+  const std::vector<reasons::ExplainedFailure> answers = explainer_.takeAnswers();
+  if (answers.empty()) return;
+  for (const reasons::ExplainedFailure& answer : answers) {
+    reasons_.note(answer.item, answer.explanation);
+  }
+  reasons_.save(queue());
+  for (const reasons::ExplainedFailure& answer : answers) {
     listener_({Kind::kFailed, answer.item, {}, "", answer.explanation});
   }
 }

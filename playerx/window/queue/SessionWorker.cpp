@@ -31,6 +31,9 @@ constexpr int kRestMs = 250;
 /// How often the queue is looked at although nothing is said to have changed.
 constexpr int kClockMs = 500;
 
+/// Inputs that are handed over in one request: few enough for the queue to be looked at meanwhile.
+constexpr qsizetype kInputsAtOnce = 100;
+
 /// How often the free space is looked at.
 constexpr int kRoomMs = 10'000;
 
@@ -172,26 +175,32 @@ void SessionWorker::begin() {
 void SessionWorker::add(const QStringList& inputs) {
   InputReport report;
   added_.clear();
-  for (const QString& input : inputs) {
-    const Reply reply =
-        ask({.action = Action::kAdd, .inputs = {input.toStdString()}, .starts = false});
-    if (!end_ || !end_->problem().empty()) {
-      waiting_.append(input);
-      continue;
-    }
-    const bool isAnswered = reply.outcome != Reply::Outcome::kFailed;
-    if (isAnswered) report.alreadyThere += static_cast<int>(reply.notes.size());
-    if (!isAnswered && !reply.notes.empty()) take({.sentence = reply.notes.front()});
-    for (const session::Refusal& refusal : reply.refused) {
-      report.refused.append({input, QString::fromStdString(refusal.reason.code()),
-                             QString::fromStdString(refusal.reason.happened) + QLatin1Char('.')});
-    }
+  for (qsizetype first = 0; first < inputs.size(); first += kInputsAtOnce) {
+    addSome(inputs.mid(first, kInputsAtOnce), report);
     lookIfDue();
   }
   look();
   report.films = std::exchange(added_, {});
   report.added = static_cast<int>(report.films.size());
   Q_EMIT inputsTaken(report);
+}
+
+void SessionWorker::addSome(const QStringList& inputs, InputReport& report) {
+  Request request{.action = Action::kAdd, .starts = false};
+  for (const QString& input : inputs) request.inputs.push_back(input.toStdString());
+  const Reply reply = ask(request);
+  if (!end_ || !end_->problem().empty()) {
+    waiting_.append(inputs);
+    return;
+  }
+  const bool isAnswered = reply.outcome != Reply::Outcome::kFailed;
+  if (isAnswered) report.alreadyThere += static_cast<int>(reply.notes.size());
+  if (!isAnswered && !reply.notes.empty()) take({.sentence = reply.notes.front()});
+  for (const session::Refusal& refusal : reply.refused) {
+    report.refused.append({QString::fromStdString(refusal.input),
+                           QString::fromStdString(refusal.reason.code()),
+                           QString::fromStdString(refusal.reason.happened) + QLatin1Char('.')});
+  }
 }
 
 void SessionWorker::readTicket(const QString& path) {

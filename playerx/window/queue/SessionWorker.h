@@ -71,6 +71,7 @@ class SessionWorker : public QObject {
   void openThere(std::unique_ptr<door::QueueClient> client);
   void beginBook();
   void begin();
+  void addSome(const QStringList& inputs, InputReport& report);
   session::Reply ask(const session::Request& request);
   void askEach(const Ids& ids, session::Request request);
   void take(const session::QueueEvent& event);

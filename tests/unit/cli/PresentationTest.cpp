@@ -45,7 +45,9 @@ TEST_F(PresentationTest, AQueueIsPrintedInItsOrder) {
 TEST_F(PresentationTest, AFailedItemIsPrintedWithItsReason) {
   const model::ItemState failed = film(DownloadStatusFailed);
   const reasons::Explanation reason = reasons::explain(reasons::Reason::kUnsupportedType);
-  reasons::ReasonFile(folder_.path()).keep(failed, reason, {failed});
+  reasons::ReasonFile file(folder_.path());
+  file.note(failed, reason);
+  file.save({failed});
   printQueue({failed});
   EXPECT_THAT(out_.str(), HasSubstr(reason.sentence()));
 }

@@ -18,7 +18,9 @@ class ReasonFileTest : public testing::Test {
   }
 
   void keep(const ItemState& item, const std::vector<ItemState>& queue) {
-    ReasonFile(folder_.path()).keep(item, kReason, queue);
+    ReasonFile file(folder_.path());
+    file.note(item, kReason);
+    file.save(queue);
   }
 
   std::optional<Explanation> find(const ItemState& item) {
@@ -56,7 +58,8 @@ TEST_F(ReasonFileTest, OnlyTheOwnerCanReadTheFile) {
 }
 
 TEST_F(ReasonFileTest, NoPasswordIsKept) {
-  keep(failed("http://user:word@h/a.avi"), {});
+  const ItemState named = failed("http://user:word@h/a.avi");
+  keep(named, {named});
   EXPECT_EQ(support::readFile(folder_ / "failures.json").find("word"), std::string::npos);
   EXPECT_EQ(find(first_), kReason);
 }
