@@ -86,7 +86,7 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
   void setKept(Field& field, const Value& value);
   void reportKeyChange() const;
 
-  std::uint64_t version_;
+  std::atomic<std::uint64_t> version_;  // two threads may set different fields of the worker's copy
   std::atomic<bool>* keysChanged_ = nullptr;
   std::unique_ptr<DownloadItemImpl> impl_;
 };
