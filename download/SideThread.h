@@ -30,7 +30,7 @@ class SideThread : private kvpm::IRunnable {
   /// in its own time; what it holds is released at its end. One that throws has ended too.
   bool run(std::function<void()> call);
 
-  /// As `run`, with the answer of `call`; nullopt when there is none.
+  /// As `run`, with the answer of `call`; nullopt if absent.
   template <class Call>
   auto ask(Call call) {
     const auto answer = std::make_shared<std::optional<std::invoke_result_t<Call>>>();

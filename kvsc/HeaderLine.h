@@ -15,7 +15,7 @@ struct HeaderField {
 /// Whether the line counts as a status line: it contains "HTTP" anywhere, even in a header's value.
 bool isStatusLine(std::string_view line);
 
-/// The number that is the second word of a status line; nullopt when there is none.
+/// The number that is the second word of a status line; nullopt if absent.
 std::optional<int> statusCodeIn(std::string_view line);
 
 /// Name and value of a line with ":". The value begins two characters after the ":", whatever they

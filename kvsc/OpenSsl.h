@@ -58,7 +58,7 @@ CrlPtr newestCrlOf(X509_STORE* store, const X509_NAME* issuer);
 bool isCertificateFailure(unsigned long code);
 
 /// `ERR_get_error_line_data`: deprecated for a form that also names the function. Returns the code
-/// of the oldest error, which leaves the queue, and 0 when there is none.
+/// of the oldest error, which leaves the queue, and 0 if absent.
 unsigned long takeError(const char** file, int* line, const char** data, int* flags);
 
 /// `ERR_remove_state`: the state of a thread now ends with the thread. What remains is to leave no

@@ -73,7 +73,7 @@ class SSLConnect {
   /// contains "HTTP" anywhere, name and value when it contains ":".
   void parseHeaderLine(char* line, int length);
 
-  /// The value of the last response's header with exactly this name; empty when there is none.
+  /// The value of the last response's header with exactly this name; empty if absent.
   std::string getResponseValue(const std::string& name) const;
 
   /// Status code of the last response that had one, 0 before.

@@ -118,7 +118,7 @@ const Kind& socketKind() {
   return kind;
 }
 
-// The socket in a chain of BIOs, null when there is none.
+// The socket in a chain of BIOs, null if absent.
 Socket* socketIn(BIO* bio) {
   const int type = socketKind().type;
   BIO* socket = bio != nullptr && type != 0 ? BIO_find_type(bio, type) : nullptr;

@@ -14,7 +14,7 @@ class XmlAttributes {
   XmlAttributes(const unsigned char** attributes, int count)
       : attributes_(attributes), count_(count) {}
 
-  /// The value of the first attribute of this local name; nullopt when there is none.
+  /// The value of the first attribute of this local name; nullopt if absent.
   std::optional<std::string_view> find(std::string_view name) const;
 
  private:

@@ -23,7 +23,7 @@ class QueueIndex {
   using Item = VeskPlayerX::DownloadItemInterface;
   using Items = std::vector<std::unique_ptr<Item>>;
 
-  /// The item, null when there is none, or nullopt when only the queue itself can tell.
+  /// The item, null if absent, or nullopt when only the queue itself can tell.
   using Answer = std::optional<Item*>;
 
   void add(Item& item) noexcept;

@@ -56,7 +56,7 @@ class Helper {
 };
 
 /// The best plug-in that offers `I` under `interfaceId`, loaded when it has to be and held as long
-/// as the result lives. Null when there is none, when it cannot be loaded, and for a null
+/// as the result lives. Null if absent, when it cannot be loaded, and for a null
 /// `context`. May block while a library is loaded; safe on all threads.
 template <class I>
 std::unique_ptr<Helper<I>> load(Context* context, const std::string& interfaceId) {

@@ -118,7 +118,7 @@ class DownloadManagerInterface {
   /// Plays the first item with exactly this address.
   virtual bool resumePlaybackForUrl(const std::wstring& url) = 0;
 
-  /// The queue's own item; null when there is none.
+  /// The queue's own item; null if absent.
   virtual DownloadItemInterface* get(unsigned int id) = 0;
   virtual DownloadItemInterface* get(const std::wstring& url) = 0;
 };

@@ -24,14 +24,14 @@ class PathTools {
   /// the name has no ".".
   static std::wstring getExtension(const std::wstring& path);
 
-  /// The text before the last separator; empty when there is none, the separator itself for a file
+  /// The text before the last separator; empty if absent, the separator itself for a file
   /// in the root folder.
   static std::wstring getDirectory(const std::wstring& path);
 
   /// True when something of that name exists.
   static bool fileExists(const std::wstring& path);
 
-  /// Size of the file in bytes; 0 when there is none; `kUnknownSize` when it exists and its size
+  /// Size of the file in bytes; 0 if absent; `kUnknownSize` when it exists and its size
   /// cannot be learnt (a folder, for one).
   static std::uint64_t getFileSize(const std::wstring& path);
 

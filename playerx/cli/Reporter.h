@@ -20,7 +20,7 @@ struct Listing {
   model::ItemState item{};
   model::Progress progress{};                    ///< of an item that is arriving
   std::optional<reasons::Explanation> reason{};  ///< of a failed item, where it is known
-  std::string oddity{};                          ///< of a complete film; empty when there is none
+  std::string oddity{};                          ///< of a complete film; empty if absent
   bool isLong = false;                           ///< print the address as well
 };
 

@@ -26,7 +26,7 @@ using session::PlayerSession;
 
 constexpr int kUsualColumns = 80;
 
-/// Columns of a terminal; 0 when there is none, or when another program has it in the foreground.
+/// Columns of a terminal; 0 if absent, or when another program has it in the foreground.
 int terminalColumns(int terminal) {
   winsize size{};
   if (tcgetpgrp(terminal) != getpgrp() || ioctl(terminal, TIOCGWINSZ, &size) != 0) return 0;

@@ -33,7 +33,7 @@ std::int64_t modificationTime(const struct stat& status);
 /// Identifies the present boot of the machine; never `kOnDisk`.
 std::uint64_t presentBoot();
 
-/// The record of an open file; nullopt when there is none, or when the content was modified later:
+/// The record of an open file; nullopt if absent, or when the content was modified later:
 /// a file that another program has written is read as it is.
 std::optional<VersionRecord> readRecord(int file);
 

@@ -22,7 +22,7 @@ struct PlayingProgram {
 /// be called from any thread.
 class PlayerPlugin : public KPIM::Plugin, public VeskPlayerX::PlayerInterface {
  public:
-  /// Id of the download session of an address; 0 when there is none.
+  /// Id of the download session of an address; 0 if absent.
   using SessionLookup = std::function<unsigned long long(const std::string& address)>;
 
   /// `command` is the program with its arguments; empty for "mpv".

@@ -13,7 +13,7 @@ void setPreferenceOverride(const QString& key, const QString& value);
 
 void clearPreferenceOverrides();
 
-/// The value set for `key`; nullopt when there is none.
+/// The value set for `key`; nullopt if absent.
 std::optional<QString> preferenceOverride(const QString& key);
 
 }  // namespace playerx

@@ -34,7 +34,7 @@ std::string currentBoot();
 /// the file system has no extended attributes.
 int writeMark(int file, const FilmMark& mark);
 
-/// The mark on a file, which may be missing; nullopt when there is none. Follows no link.
+/// The mark on a file, which may be missing; nullopt if absent. Follows no link.
 std::optional<FilmMark> readMark(const std::filesystem::path& file);
 
 /// Takes the mark off, where there is one.

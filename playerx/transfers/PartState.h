@@ -32,7 +32,7 @@ struct PartState {
 std::string writeState(const PartState& state);
 std::optional<PartState> readState(std::string_view json);
 
-/// The state kept in a file; nullopt when there is none that can be read.
+/// The state kept in a file; nullopt if absent that can be read.
 std::optional<PartState> loadState(const std::filesystem::path& file);
 
 /// Puts a state in the place of the file, whole or not at all, readable by its owner alone. Returns

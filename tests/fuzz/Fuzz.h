@@ -23,7 +23,7 @@ class Fields {
  public:
   Fields(const std::uint8_t* data, std::size_t size);
 
-  /// The next field, empty when there is none left.
+  /// The next field, empty if absent left.
   std::string next();
 
   /// All that is left, separators included.

@@ -19,7 +19,7 @@ struct PlayerResult {
   std::string output;
   std::string errors;
 
-  /// The JSON lines of standard output; std::runtime_error when one is none or breaks
+  /// The JSON lines of standard output; std::runtime_error when a line is not JSON or breaks
   /// the schema of docs/json-output.schema.json.
   std::vector<Json> events() const;
 

@@ -51,7 +51,7 @@ std::string textAt(pid_t thread, std::uint64_t address) {
   return process_vm_readv(thread, &here, 1, &there, 1, 0) > 0 ? text.data() : "?";
 }
 
-/// The call that the thread is about to make; empty when it is none that is watched.
+/// The call that the thread is about to make; empty for a call that is not watched.
 std::string callOf(pid_t thread) {
   __ptrace_syscall_info info{};
   if (ptrace(static_cast<__ptrace_request>(PTRACE_GET_SYSCALL_INFO), thread, sizeof info, &info) <=

@@ -30,7 +30,7 @@ class FilmModel : public QAbstractListModel {
   /// The row of a film; -1 when it is not queued.
   int rowOf(FilmId id) const { return rows_.value(id, -1); }
 
-  /// The film of a row, or with an id; null when there is none. Valid until the next `apply`.
+  /// The film of a row, or with an id; null if absent. Valid until the next `apply`.
   const Film* filmAt(int row) const;
   const Film* film(FilmId id) const { return filmAt(rowOf(id)); }
 

@@ -30,7 +30,7 @@ class FakePlugin : public KPIM::Plugin {
 };
 
 /// The host's set of plug-ins: hands out fakes by interface id, and can be told to fail.
-/// Owner: the test; outlives whoever looks plug-ins up in it. Threads: any.
+/// Owner: the test; outlives every caller that looks plug-ins up in it. Threads: any.
 class FakeContext : public KPIM::Context {
  public:
   ~FakeContext() override {

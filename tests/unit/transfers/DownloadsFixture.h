@@ -51,7 +51,7 @@ class DownloadsFixture : public ::testing::Test {
 
   std::filesystem::path movies() const { return folder_ / "movies"; }
   std::filesystem::path parts() const { return folder_ / "parts"; }
-  /// Content of a finished film; empty when there is none.
+  /// Content of a finished film; empty if absent.
   std::string film(const std::string& name = "film.avi") const;
   /// Names of the files in a folder, sorted.
   static std::vector<std::string> filesIn(const std::filesystem::path& folder);
