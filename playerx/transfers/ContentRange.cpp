@@ -9,12 +9,6 @@ namespace {
 
 constexpr std::string_view kUnit = "bytes";
 
-std::string_view withoutBlanks(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r\n") + 1 - first);
-}
-
 std::optional<ContentRange::Bytes> parseBytes(std::string_view text) {
   const std::size_t dash = text.find('-');
   if (dash == std::string_view::npos) return std::nullopt;
@@ -26,6 +20,12 @@ std::optional<ContentRange::Bytes> parseBytes(std::string_view text) {
 
 }  // namespace
 
+std::string_view trimmed(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t\r\n") + 1 - first);
+}
+
 std::optional<std::uint64_t> parseNumber(std::string_view text) {
   std::uint64_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -34,10 +34,10 @@ std::optional<std::uint64_t> parseNumber(std::string_view text) {
 }
 
 std::optional<ContentRange> parseContentRange(std::string_view value) {
-  value = withoutBlanks(value);
+  value = trimmed(value);
   if (value.size() <= kUnit.size() || value[kUnit.size()] != ' ') return std::nullopt;
   if (strncasecmp(value.data(), kUnit.data(), kUnit.size()) != 0) return std::nullopt;
-  value = withoutBlanks(value.substr(kUnit.size()));
+  value = trimmed(value.substr(kUnit.size()));
   const std::size_t slash = value.find('/');
   if (slash == std::string_view::npos) return std::nullopt;
   const std::string_view range = value.substr(0, slash);

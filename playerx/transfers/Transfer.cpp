@@ -24,7 +24,8 @@ Transfer::Transfer(std::shared_ptr<Session> session, TransferContext& context)
     : session_(std::move(session)),
       context_(context),
       slot_(std::make_shared<Slot>()),
-      sha256_(session_->request.options.sha256) {}
+      sha256_(session_->request.options.sha256),
+      reports_(session_, context.delivery) {}
 
 // Quick work waits for its turn only while slow work of earlier sessions is pending. The slot
 // outlives the transfer as long as the files thread needs it; only `then` needs the transfer
@@ -56,23 +57,20 @@ void Transfer::onOpened() {
   const Opened& opened = slot_->opened;
   if (!opened.film.empty()) {
     std::error_code ignored;
-    return reportWhole(std::filesystem::file_size(opened.film, ignored));
+    reports_.whole(std::filesystem::file_size(opened.film, ignored));
+    return place();
   }
   if (!opened.part) return breakOff(opened.failure, opened.detail);
   session_->log.arrivesIn(part().paths().bytes());
   const std::uint64_t size = part().file().size();
-  if (part().isWhole()) return reportWhole(size);
-  if (size == 0) percent_ = PercentReporter(0);
+  if (part().isWhole()) {
+    reports_.whole(size);
+    return place();
+  }
+  reports_.found(size);
   retries_ = RetryCounter(size);
   synced_ = part().state().durable;
   request();
-}
-
-void Transfer::reportWhole(std::uint64_t size) {
-  session_->log.arrived(size, size);
-  reportBegan();
-  context_.delivery.percent(session_, 100);
-  place();
 }
 
 RangeRequest Transfer::nextRange() const {
@@ -100,21 +98,19 @@ void Transfer::request() {
   fetch_ = std::make_unique<Fetch>(specOf(session_->request.address.fetched, range), sink);
   needsWhole_ = false;
   isFirstRequest_ = false;
-  isTouched_ = false;
-  lastTouch_ = Clock::now();
-  saveAt_ = lastTouch_ + context_.tuning.saveAfter;
+  clock_ = RequestClock(Clock::now(), context_.tuning.saveAfter);
   context_.loop.add(*fetch_, sink);
 }
 
 bool Transfer::onHeaderLine(std::string_view line) {
-  isTouched_ = true;
+  clock_.touch();
   isContacted_ = true;
-  context_.delivery.header(session_, std::string(line));
+  reports_.header(line);
   return attempt_->headerLine(line);
 }
 
 bool Transfer::onBody(const char* data, std::size_t length) {
-  isTouched_ = true;
+  clock_.touch();
   return attempt_->body(data, length);
 }
 
@@ -122,14 +118,13 @@ void Transfer::onOver(const FetchOutcome& outcome) { endAttempt(outcome.failure,
 
 void Transfer::work(Clock::time_point now) {
   // A transfer that the rate limit holds back has not stalled.
-  const bool isKeptBack = fetch_ && fetch_->isKeptBack();
-  if (std::exchange(isTouched_, false) || isKeptBack) lastTouch_ = now;
+  clock_.settle(now, fetch_ && fetch_->isKeptBack());
   if (phase_ == Phase::kRequesting) {
     if (!attempt_->flush()) return endAttempt(TransferFailure::kNone, {});
     reportProgress();
     if (isSaveDue(now) && !save()) return;
     syncNowAndThen();
-    if (now - lastTouch_ >= stallTime()) {
+    if (now >= clock_.silentUntil(stallTime())) {
       endAttempt(TransferFailure::kStalled, "no byte came");
     }
   } else if (phase_ == Phase::kPausing && now >= wakeAt_) {
@@ -138,7 +133,7 @@ void Transfer::work(Clock::time_point now) {
 }
 
 void Transfer::retryNow(Clock::time_point now) {
-  if (phase_ == Phase::kRequesting && now - lastTouch_ >= kSilence) {
+  if (phase_ == Phase::kRequesting && now >= clock_.silentUntil(kSilence)) {
     endAttempt(TransferFailure::kStalled, "no byte came");
   }
   if (phase_ != Phase::kPausing || isAskedToWait_) return;
@@ -150,8 +145,8 @@ void Transfer::retryNow(Clock::time_point now) {
 std::optional<Transfer::Clock::time_point> Transfer::deadline() const {
   if (phase_ == Phase::kPausing) return wakeAt_;
   if (phase_ != Phase::kRequesting) return std::nullopt;
-  const Clock::time_point stalledAt = lastTouch_ + stallTime();
-  return isSaveDue(saveAt_) ? std::min(saveAt_, stalledAt) : stalledAt;
+  const Clock::time_point stalledAt = clock_.silentUntil(stallTime());
+  return isSaveDue(clock_.saveAt()) ? std::min(clock_.saveAt(), stalledAt) : stalledAt;
 }
 
 std::chrono::milliseconds Transfer::stallTime() const {
@@ -168,7 +163,7 @@ RetryRules Transfer::retryRules() const {
 
 // A later session can only go on from what is saved.
 bool Transfer::isSaveDue(Clock::time_point now) const {
-  return now >= saveAt_ && attempt_->isProven() && !part().isSaved();
+  return now >= clock_.saveAt() && attempt_->isProven() && !part().isSaved();
 }
 
 bool Transfer::save() {
@@ -179,20 +174,11 @@ bool Transfer::save() {
   return false;
 }
 
-void Transfer::reportBegan() {
-  if (!std::exchange(hasBegun_, true)) context_.delivery.began(session_);
-}
-
 void Transfer::reportProgress() {
   if (!attempt_->isProven()) return;
   const std::uint64_t size = part().file().size();
-  const std::optional<std::uint64_t> total = attempt_->total();
   retries_.arrived(size);
-  session_->log.arrived(size, total);
-  reportBegan();
-  if (const auto percent = percent_.next(size, total)) {
-    context_.delivery.percent(session_, *percent);
-  }
+  reports_.arrived(size, attempt_->total());
 }
 
 // Beside the transfer, so that little is left to do when the last byte has come.
@@ -315,15 +301,13 @@ void Transfer::onPlaced() {
   if (placed.kind == Placed::Kind::kCancelled) return;
   phase_ = Phase::kOver;
   state_ = State::kComplete;
-  session_->log.completed(placed.film);
-  context_.delivery.complete(session_);
+  reports_.complete(placed.film);
 }
 
 void Transfer::breakOff(TransferFailure failure, const std::string& detail) {
   release();
   state_ = State::kBroken;
-  session_->log.broke(failure, detail);
-  context_.delivery.broke(session_, static_cast<int>(failure));
+  reports_.broke(failure, detail);
 }
 
 void Transfer::stop() {

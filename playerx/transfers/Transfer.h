@@ -13,11 +13,12 @@
 #include "playerx/transfers/Fetch.h"
 #include "playerx/transfers/FetchLoop.h"
 #include "playerx/transfers/PartFinder.h"
-#include "playerx/transfers/PercentReporter.h"
 #include "playerx/transfers/Placement.h"
 #include "playerx/transfers/ReportDelivery.h"
+#include "playerx/transfers/RequestClock.h"
 #include "playerx/transfers/RetryPlan.h"
 #include "playerx/transfers/Session.h"
+#include "playerx/transfers/SessionReports.h"
 #include "playerx/transfers/Tuning.h"
 #include "playerx/transfers/WorkQueue.h"
 
@@ -41,7 +42,7 @@ struct TransferContext {
 /// thread. The partial belongs to one of the two at a time, but for the syncs beside a transfer.
 class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSink {
  public:
-  using Clock = std::chrono::steady_clock;
+  using Clock = RequestClock::Clock;
 
   enum class State { kRunning, kComplete, kBroken };
 
@@ -89,8 +90,6 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   RangeRequest nextRange() const;
   FetchSpec specOf(const std::string& url, const RangeRequest& range) const;
   void reportProgress();
-  void reportBegan();
-  void reportWhole(std::uint64_t size);
   std::chrono::milliseconds stallTime() const;
   RetryRules retryRules() const;
   bool isSaveDue(Clock::time_point now) const;
@@ -120,20 +119,17 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   std::unique_ptr<Attempt> attempt_;
   std::unique_ptr<ChecksumRequest> checksumRequest_;
   std::string sha256_;  ///< that the film must have; empty: any, or not known yet
-  PercentReporter percent_{std::nullopt};
+  SessionReports reports_;
+  RequestClock clock_;
   RetryCounter retries_{0};
   unsigned restarts_ = 0;
   bool needsWhole_ = false;  ///< the next request asks for the whole film
-  bool hasBegun_ = false;
   bool isContacted_ = false;
   bool isFirstRequest_ = true;
   bool isSyncing_ = false;
   std::uint64_t synced_ = 0;
   bool isAskedToWait_ = false;  ///< by the server
-  bool isTouched_ = false;      ///< something came since the last `work`
-  Clock::time_point lastTouch_;
-  Clock::time_point saveAt_;  ///< unless the film is complete by then
-  Clock::time_point wakeAt_;
+  Clock::time_point wakeAt_;    ///< end of a pause
 };
 
 }  // namespace playerx::transfers
