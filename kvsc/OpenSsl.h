@@ -46,8 +46,8 @@ X509* peerCertificateOf(const SSL* ssl);
 SSL* sslOf(X509_STORE_CTX* context);
 
 /// `X509_STORE_get_by_subject`: an `X509_OBJECT` can no longer live on the stack, and the look-up
-/// returned the list that was added first. Returns the newest list of that issuer, null when there
-/// is none.
+/// returned the list that was added first. Returns the newest list of that issuer, null
+/// when the store has no list of it.
 struct CrlFree {
   void operator()(X509_CRL* crl) const { X509_CRL_free(crl); }
 };

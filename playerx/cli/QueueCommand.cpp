@@ -49,10 +49,7 @@ OpenedQueue open(PlayerSession& session, Access access, WakeUp& wakeUp) {
 /// The request as it reads in a process with another working folder.
 Request withAbsolutePaths(Request request) {
   for (std::string& input : request.inputs) {
-    if (!inputs::isTicketPath(input)) continue;
-    const bool isQuoted = input.size() > 1 && input.front() == '"' && input.back() == '"';
-    const std::string bare = isQuoted ? input.substr(1, input.size() - 2) : input;
-    input = std::filesystem::absolute(bare);
+    if (inputs::isTicketPath(input)) input = std::filesystem::absolute(inputs::unquoted(input));
   }
   return request;
 }

@@ -20,7 +20,7 @@ using LibraryHandle = std::unique_ptr<void, LibraryCloser>;
 /// Makes plug-ins; what `getPlugin` of a library does.
 using PluginFactory = std::function<KPIM::GetPluginFunction>;
 
-/// A new plug-in and what its code needs to stay in memory, or the reason why there is none.
+/// A new plug-in and what its code needs to stay in memory, or the reason why it could not be made.
 struct CreatedPlugin {
   LibraryHandle library;           ///< null for a plug-in that is part of the program
   KPIM::Plugin* plugin = nullptr;  ///< with the hold of its creation; null on failure

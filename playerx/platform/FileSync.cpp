@@ -8,9 +8,9 @@
 #include <system_error>
 
 #include "playerx/platform/FileVersions.h"
-#include "playerx/platform/FinishedFiles.h"
 #include "playerx/platform/GuardMutex.h"
 #include "playerx/platform/SyncBatcher.h"
+#include "playerx/platform/UnsyncedFiles.h"
 
 namespace playerx {
 namespace {
@@ -74,7 +74,7 @@ void syncToDisk(const SyncBatcher::Files& files) {
   for (const fs::path& file : files) {
     if (const auto versions = savedFiles().find(file)) versions->sync();
   }
-  syncFinishedFiles();
+  syncUnsyncedFiles();
   if (isEnding) savedFiles().release();
 }
 
@@ -112,7 +112,7 @@ void syncSoon(const fs::path& file) { batcher().request(absolutePath(file)); }
 
 void syncFinishedSoon(const fs::path& file) {
   const fs::path path = absolutePath(file);
-  addFinishedFile(path);
+  addUnsyncedFile(path);
   syncSoon(path);
 }
 

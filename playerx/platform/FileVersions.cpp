@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "playerx/platform/FileIo.h"
-#include "playerx/platform/FinishedFiles.h"
+#include "playerx/platform/UnsyncedFiles.h"
 #include "playerx/platform/VersionRecord.h"
 
 namespace playerx {
@@ -173,7 +173,7 @@ void FileVersions::learnSequence() {
 bool FileVersions::record(FileVersion& version) {
   const auto status = stateOf(version.file.descriptor());
   if (!status) return false;
-  const std::uint64_t flags = (areFinishedFilesOnDisk() ? 0 : VersionRecord::kReliesOnOthers) |
+  const std::uint64_t flags = (areAllFilesOnDisk() ? 0 : VersionRecord::kReliesOnOthers) |
                               (isNew_ ? VersionRecord::kIsNew : 0);
   version.sequence = ++*sequence_;
   version.inode = status->st_ino;
@@ -208,7 +208,7 @@ int FileVersions::sync() {
   }
   // Only now, because the version saved last may mention a file that was finished after the one
   // before. The record is changed before the sync, so that it reaches the disk with the content.
-  syncFinishedFiles();
+  syncUnsyncedFiles();
   changeRecord(*version, [](VersionRecord& record) { record.flags = 0; });
   int error = ::fsync(version->file.descriptor()) == 0 ? 0 : errno;
   if (error == 0) error = syncFolderOf(target_);

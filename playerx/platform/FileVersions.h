@@ -12,7 +12,7 @@
 //     WholeVersion      opens the newest complete version after a power cut
 //   FileSync            the versions of all files of the process; syncs each soon after a change
 //     SyncBatcher       the thread that does so
-//     FinishedFiles     films, which reach the disk before a version that may mention them
+//     UnsyncedFiles     films, which reach the disk before a version that may mention them
 
 #include <sys/types.h>
 
@@ -78,7 +78,7 @@ class FileVersions {
   /// Returns 0 or an error number; then the present one stays.
   int publish(const std::shared_ptr<FileVersion>& version);
 
-  /// Syncs the present version before it returns, after the finished files (`FinishedFiles.h`) that
+  /// Syncs the present version before it returns, after the unsynced files (`UnsyncedFiles.h`) that
   /// it may mention. Returns 0 or an error number.
   int sync();
 

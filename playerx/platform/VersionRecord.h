@@ -19,7 +19,7 @@ struct VersionRecord {
 
   std::uint64_t flags = 0;  ///< any of the following, for a version that is not on the disk
 
-  /// Files that the content may mention (`FinishedFiles.h`) are not known to be on the disk.
+  /// Files that the content may mention (`UnsyncedFiles.h`) are not known to be on the disk.
   static constexpr std::uint64_t kReliesOnOthers = 1;
   /// No version of the file is known to be on the disk.
   static constexpr std::uint64_t kIsNew = 2;

@@ -11,7 +11,7 @@ namespace {
 using testing::HasSubstr;
 
 /// An account as those of services are.
-constexpr char kHomeless[] = "user:x:0:0::/:/bin/sh\n";
+constexpr char kAccountWithoutHome[] = "user:x:0:0::/:/bin/sh\n";
 
 /// A user without HOME, whose account is the root of a namespace.
 class HomeTest : public testing::Test {
@@ -45,14 +45,14 @@ TEST_F(HomeTest, TheAccountNamesTheHomeFolder) {
 }
 
 TEST_F(HomeTest, WithoutAnyTheFoldersAreAskedFor) {
-  haveAccounts(kHomeless);
+  haveAccounts(kAccountWithoutHome);
   const PlayerResult result = home.run({"get"});
   EXPECT_EQ(result.status, 2);
   EXPECT_THAT(result.errors, HasSubstr("name the folders with --data and --media."));
 }
 
 TEST_F(HomeTest, FoldersThatAreNamedAreEnough) {
-  haveAccounts(kHomeless);
+  haveAccounts(kAccountWithoutHome);
   home.addOptions({"--data", folder / "data", "--media", folder / "media"});
   EXPECT_EQ(home.run({"get"}).status, 0);
 }

@@ -33,10 +33,9 @@ AddResult addAddress(const std::string& address, DownloadManagerInterface& manag
 
 AddResult addTicket(const std::string& path, DownloadManagerInterface& manager,
                     const TakeMessages& takeMessages) {
-  const std::wstring wide = StringTools::stringToWString(path);
-  const auto refusal = refusalOfTicket(StringTools::stripBeginingAndEndChar(wide, L'"'));
+  const auto refusal = refusalOfTicket(StringTools::stringToWString(unquoted(path)));
   if (refusal) return refused(*refusal);
-  if (!manager.addTicket(wide, false).empty()) return {};
+  if (!manager.addTicket(StringTools::stringToWString(path), false).empty()) return {};
   const std::vector<std::string> words = takeMessages();
   if (words.empty()) return refused(reasons::explain(Reason::kEmptyTicket));
   return refused(reasons::explain(Reason::kServicesSaid, {.words = words.back()}));
@@ -51,15 +50,18 @@ bool isTakenForSecure(const std::string& address) {
 
 }  // namespace
 
+std::string unquoted(const std::string& input) {
+  const std::wstring wide = StringTools::stringToWString(input);
+  return StringTools::wStringToString(StringTools::stripBeginingAndEndChar(wide, L'"'));
+}
+
 std::string cleaned(const std::string& input) {
   const QString text = QString::fromStdString(input);
   return text.contains("://") ? text.trimmed().toStdString() : input;
 }
 
 bool isTicketPath(const std::string& argument) {
-  const QString text = QString::fromStdString(argument);
-  const bool isQuoted = text.size() > 1 && text.startsWith('"') && text.endsWith('"');
-  const QString bare = isQuoted ? text.mid(1, text.size() - 2) : text;
+  const QString bare = QString::fromStdString(unquoted(argument));
   return !bare.contains("://") && bare.endsWith(".tix", Qt::CaseInsensitive);
 }
 

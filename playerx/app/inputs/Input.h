@@ -18,6 +18,10 @@ namespace playerx::inputs {
 /// it aside, and is not an address.
 bool isTicketPath(const std::string& argument);
 
+/// A path or an address without the double quotes around it, which came along from a shell or a
+/// file manager.
+std::string unquoted(const std::string& input);
+
 /// An address without the white space around it, which came along when it was copied. Everything
 /// else, such as the path of a ticket, as it is.
 std::string cleaned(const std::string& input);

@@ -8,6 +8,7 @@
 #include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
 #include "persistence/ClearTicket.h"
+#include "playerx/app/inputs/Input.h"
 #include "playerx/app/inputs/TicketFile.h"
 #include "playerx/app/model/FilmCheck.h"
 
@@ -130,8 +131,7 @@ std::vector<TicketFinding> examineTicket(const std::string& ticket,
   if (ticket.find("://") != std::string::npos) {
     return {problem(0, "This is an address, not a ticket file.")};
   }
-  const std::wstring path =
-      StringTools::stripBeginingAndEndChar(StringTools::stringToWString(ticket), L'"');
+  const std::wstring path = StringTools::stringToWString(unquoted(ticket));
   if (const auto refusal = refusalOfTicket(path)) return {problem(0, refusal->sentence())};
   const std::vector<TicketFinding> films =
       services != nullptr ? protectedFilms(path, *services) : std::vector<TicketFinding>{};

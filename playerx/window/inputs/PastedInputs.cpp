@@ -4,6 +4,8 @@
 #include <QSet>
 #include <QUrl>
 
+#include "playerx/app/inputs/Input.h"
+
 namespace playerx::window {
 
 namespace {
@@ -17,12 +19,6 @@ bool isTicketPath(const QString& text) {
   return text.endsWith(QLatin1String(".tix"), Qt::CaseInsensitive);
 }
 
-QString unquoted(const QString& text) {
-  const bool isQuoted =
-      text.size() > 1 && text.startsWith(QLatin1Char('"')) && text.endsWith(QLatin1Char('"'));
-  return isQuoted ? text.mid(1, text.size() - 2) : text;
-}
-
 QString localTicket(const QString& text) {
   const QUrl url(text);
   return url.isLocalFile() ? url.toLocalFile() : text;
@@ -31,7 +27,7 @@ QString localTicket(const QString& text) {
 class Collector {
  public:
   void takeLine(const QString& line) {
-    const QString text = unquoted(line.trimmed());
+    const QString text = QString::fromStdString(inputs::unquoted(line.trimmed().toStdString()));
     if (text.isEmpty() || text.startsWith(QLatin1Char('#'))) return;
     if (!isWebAddress(text) && isTicketPath(text)) return take(localTicket(text));
     bool found = false;

@@ -11,7 +11,7 @@
 #include "kvpm/File.h"
 #include "playerx/platform/FileIo.h"
 #include "playerx/platform/FileVersions.h"
-#include "playerx/platform/FinishedFiles.h"
+#include "playerx/platform/UnsyncedFiles.h"
 #include "playerx/platform/VersionRecord.h"
 #include "tests/support/TempDir.h"
 #include "tests/unit/platform/FileFixture.h"
@@ -127,38 +127,38 @@ TEST_F(WholeVersion, IsTheNewestOfSeveral) {
 
 TEST_F(WholeVersion, IsNotTrustedBeforeTheFilesThatItMentionsAreOnTheDisk) {
   saveAndSync("downloading");
-  playerx::addFinishedFile(folder_.write("film.avi", "film"));
+  playerx::addUnsyncedFile(folder_.write("film.avi", "film"));
   save("complete");
   startMachineAnew();
   EXPECT_EQ(content(), "downloading");
-  playerx::syncFinishedFiles();
+  playerx::syncUnsyncedFiles();
 }
 
 TEST_F(WholeVersion, IsTrustedOnceTheFilesThatItMentionsAreOnTheDisk) {
   saveAndSync("downloading");
-  playerx::addFinishedFile(folder_.write("film.avi", "film"));
+  playerx::addUnsyncedFile(folder_.write("film.avi", "film"));
   saveAndSync("complete");
   startMachineAnew();
   EXPECT_EQ(content(), "complete");
 }
 
 TEST_F(WholeVersion, IsNotANewOneThatMentionsFilesNotOnTheDisk) {
-  playerx::addFinishedFile(folder_.write("film.avi", "film"));
+  playerx::addUnsyncedFile(folder_.write("film.avi", "film"));
   save("complete");
   startMachineAnew();
   File file;
   EXPECT_EQ(open(file), ENOENT);
-  playerx::syncFinishedFiles();
+  playerx::syncUnsyncedFiles();
 }
 
 TEST_F(WholeVersion, IsAnyCompleteOneWhereAllOthersAreLost) {
   saveAndSync("downloading");
-  playerx::addFinishedFile(folder_.write("film.avi", "film"));
+  playerx::addUnsyncedFile(folder_.write("film.avi", "film"));
   save("complete");
   startMachineAnew();
   for (const fs::path& hidden : hiddenBeside(path_)) fs::remove(hidden);
   EXPECT_EQ(content(), "complete");
-  playerx::syncFinishedFiles();
+  playerx::syncUnsyncedFiles();
 }
 
 TEST_F(WholeVersion, IsNeverOneThatWasDeleted) {

@@ -2,8 +2,8 @@
 //
 //     fetch_program PARTS MOVIES {URL NAME}...
 //
-// fetches one after the other, prints a line for everything that is reported, lets go of each once
-// it is over, and ends with 1 when one broke. With "--keep" in front it lets go of none and never
+// fetches one after the other, prints a line for everything that is reported, releases each once it
+// is over, and ends with 1 when one broke. With "--keep" in front it releases none and never
 // ends by itself.
 
 #include <condition_variable>

@@ -15,7 +15,7 @@ class FinishedTest : public DownloadsFixture {
  protected:
   FinishedTest() : server_(filmOf(kSize)) {}
 
-  /// A process of its own fetches the film and is killed before anybody lets go of the session.
+  /// A process of its own fetches the film and is killed before the session is released.
   void fetchAndDie(const std::string& url, const std::string& name = "film.avi") {
     Process process({VESK_FETCH_PROGRAM, "--keep", parts(), movies(), url, name});
     ASSERT_TRUE(process.waitForOutput("complete"));

@@ -1,4 +1,4 @@
-#include "playerx/platform/FinishedFiles.h"
+#include "playerx/platform/UnsyncedFiles.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -56,17 +56,17 @@ void syncAll(const Paths& files) {
 
 }  // namespace
 
-void addFinishedFile(const fs::path& file) {
+void addUnsyncedFile(const fs::path& file) {
   const GuardLock lock(unsynced().mutex);
   unsynced().files.insert(file);
 }
 
-bool areFinishedFilesOnDisk() {
+bool areAllFilesOnDisk() {
   const GuardLock lock(unsynced().mutex);
   return unsynced().files.empty() && !unsynced().isSyncing;
 }
 
-void syncFinishedFiles() {
+void syncUnsyncedFiles() {
   const GuardLock one(unsynced().syncing);
   Paths files;
   {

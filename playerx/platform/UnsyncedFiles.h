@@ -9,12 +9,12 @@ namespace playerx {
 ///
 /// All operations may be called from any thread. A file that cannot be synced stays as it is.
 
-void addFinishedFile(const std::filesystem::path& absolute);
+void addUnsyncedFile(const std::filesystem::path& absolute);
 
 /// Whether all added files are on the disk.
-bool areFinishedFilesOnDisk();
+bool areAllFilesOnDisk();
 
 /// Waits until all files added before, and their names, are on the disk.
-void syncFinishedFiles();
+void syncUnsyncedFiles();
 
 }  // namespace playerx
