@@ -12,9 +12,19 @@ Gate::Gate() : event_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   if (!event_) throw std::runtime_error("cannot make an event");
 }
 
-void Gate::open() { eventfd_write(event_.get(), 1); }
+void Gate::open() {
+  const std::lock_guard<std::mutex> lock(opening_);
+  eventfd_write(event_.get(), 1);
+}
 
 bool Gate::wait(std::chrono::milliseconds deadline) const {
+  if (!poll(deadline)) return false;
+  // Until `open` has done with the descriptor.
+  const std::lock_guard<std::mutex> lock(opening_);
+  return true;
+}
+
+bool Gate::poll(std::chrono::milliseconds deadline) const {
   const auto end = std::chrono::steady_clock::now() + deadline;
   for (;;) {
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(

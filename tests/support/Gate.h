@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <mutex>
 
 #include "tests/support/UniqueFd.h"
 #include "tests/support/WaitFor.h"
@@ -8,7 +9,8 @@
 namespace support {
 
 /// A gate that is opened once and stays open: how a test and a scripted server keep step.
-/// Owner: the test; it must outlive the server that uses it. Threads: any.
+/// Owner: the test, which may destroy it once a `wait` has seen it open; it must outlive a server
+/// that polls it. Threads: any.
 class Gate {
  public:
   Gate();
@@ -22,6 +24,9 @@ class Gate {
   int fd() const { return event_.get(); }
 
  private:
+  bool poll(std::chrono::milliseconds deadline) const;
+
+  mutable std::mutex opening_;
   UniqueFd event_;
 };
 

@@ -107,9 +107,9 @@ TEST_F(ShutdownTest, MayReleaseTheLastReference) {
     ~Watched() override { gone_ = true; }
     bool& gone_;
   };
-  given("A1");
   bool gone = false;
   auto* const watched = new Watched(&context_, gone);
+  ASSERT_NE(watched->add(L"http://h/a.avi", L"A", L""), nullptr);
   transferOf("A");
   EXPECT_EQ(watched->kpimRelease(), 1);
   EXPECT_FALSE(gone);
