@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "KPX/KPXPreferences.h"
+#include "playerx/platform/ThreadGate.h"
 #include "tests/support/Gate.h"
 #include "tests/support/LockWaiter.h"
 #include "tests/unit/plugin/ManagerFixture.h"
@@ -107,9 +108,11 @@ TEST_F(ShutdownTest, MayReleaseTheLastReference) {
     ~Watched() override { gone_ = true; }
     bool& gone_;
   };
+  given("A1");
   bool gone = false;
+  playerx::ThreadGate::close();  // no thread may use it before it is fully built
   auto* const watched = new Watched(&context_, gone);
-  ASSERT_NE(watched->add(L"http://h/a.avi", L"A", L""), nullptr);
+  playerx::ThreadGate::open();
   transferOf("A");
   EXPECT_EQ(watched->kpimRelease(), 1);
   EXPECT_FALSE(gone);
