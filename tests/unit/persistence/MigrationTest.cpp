@@ -80,5 +80,12 @@ TEST_F(Migration, WithoutAnEarlierFileDoesNotWaitForTheDisk) {
   EXPECT_EQ(content().size(), 56U);
 }
 
+TEST_F(Migration, IsNotHeldUpByAFolderThatHasTheEarlierFilesName) {
+  std::filesystem::create_directory(legacy());
+  EXPECT_THAT(migrate(), IsEmpty());
+  EXPECT_EQ(content().size(), 56U);
+  EXPECT_TRUE(std::filesystem::is_directory(legacy()));
+}
+
 }  // namespace
 }  // namespace persistence
