@@ -53,14 +53,15 @@ class BodyReader {
   explicit BodyReader(ClearTicket& ticket) : ticket_(ticket) {}
 
   void read(const Line& line) {
-    // The format trims a line twice; the second pass may remove what the first one exposed.
+    // The format trims a line twice, and no more: the second pass may remove what the first one
+    // exposed. To split a line trims it the second time.
     const std::wstring_view text = trimTicketText(line.text);
     if (text == kTicketStart) {
       open(line.number);
     } else if (text == kTicketEnd) {
       close(line.number);
     } else if (film_) {
-      set(splitTicketLine(text));
+      set(splitTicketLine(line.text));
     }
   }
 

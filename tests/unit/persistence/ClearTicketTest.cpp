@@ -169,7 +169,7 @@ TEST_F(ClearTicket, TheLastValueOfAKeyCounts) {
 }
 
 TEST_F(ClearTicket, AValueOfMixedBlanksEmptiesItsField) {
-  const std::string blanks = "\t \t \t ";  // trimmed twice, some of them are left
+  const std::string blanks = "\t \t ";  // trimmed twice, one of them is left
   EXPECT_THAT(read(block("url=http://h/a\ntitle=T\ncontentProvider=P\ntitle=" + blanks +
                          "\ncontentProvider=" + blanks)),
               ElementsAre(film(L"http://h/a", L"a", L"h")));
