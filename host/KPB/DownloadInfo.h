@@ -42,6 +42,7 @@ class DownloadInfo {
   const std::string& getTitle() const { return title_; }
   void setTitle(const std::string& title) { title_ = title; }
 
+  /// Whether all fields are equal.
   bool operator==(const DownloadInfo&) const = default;
 
  private:

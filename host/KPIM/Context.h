@@ -27,6 +27,7 @@ class Context {
   /// Accepts the plug-ins that offer one interface; ids are compared exactly.
   class PluginInterfaceFilter : public PluginFilter {
    public:
+    /// For the interface of this id.
     explicit PluginInterfaceFilter(std::string interfaceId);
     bool accepts(const PluginInfo& info) const override;
 

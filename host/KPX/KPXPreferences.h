@@ -28,6 +28,7 @@ class KPXPreferences {
   static T getPreferenceHelper(const QString& key, const T& defaultValue, bool unused);
 };
 
+/// The same for text, the one kind of value that the player's libraries read.
 template <>
 QString KPXPreferences::getPreferenceHelper<QString>(const QString& key,
                                                      const QString& defaultValue, bool unused);

@@ -8,12 +8,13 @@ namespace VeskPlayerX {
 
 /// Which state a queued item is in.
 struct QueuedVersion {
-  unsigned int id = 0;
+  unsigned int id = 0;  ///< as `DownloadItemInterface::getId` has it
 
   /// Another one after every change of what a view shows, unlike that of any other item; 0 for an
   /// item that does not tell.
   unsigned long long version = 0;
 
+  /// Whether it is the same item in the same state.
   bool operator==(const QueuedVersion&) const = default;
 };
 

@@ -32,6 +32,7 @@ class KVPM_CAPABILITY("critical section") CritSection {
 /// Holds a `CritSection` for the length of a scope.
 class KVPM_SCOPED_CAPABILITY CritLock {
  public:
+  /// Waits for the section; `section` outlives the lock.
   explicit CritLock(CritSection& section) KVPM_ACQUIRE(section) : section_(section) {
     section_.enter();
   }

@@ -29,6 +29,7 @@ class KVPM_CAPABILITY("mutex") Mutex {
 /// Holds a `Mutex` for the length of a scope.
 class KVPM_SCOPED_CAPABILITY MutexLock {
  public:
+  /// Waits for the mutex, which outlives the lock.
   explicit MutexLock(Mutex& mutex) KVPM_ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }
   MutexLock(const MutexLock&) = delete;
   MutexLock& operator=(const MutexLock&) = delete;
