@@ -2,9 +2,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <QTemporaryDir>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -34,15 +34,10 @@ class Queue {
 /// A folder of its own, on the disk that holds the present folder.
 class Folder {
  public:
-  Folder() {
-    std::string name = "bench-storage-XXXXXX";
-    path_ = ::mkdtemp(name.data());
-  }
-  ~Folder() { std::filesystem::remove_all(path_); }
-  std::string operator/(const char* name) const { return path_ / name; }
+  std::string operator/(const char* name) const { return folder_.filePath(name).toStdString(); }
 
  private:
-  std::filesystem::path path_;
+  const QTemporaryDir folder_{QStringLiteral("bench-storage-XXXXXX")};
 };
 
 template <class Save>
