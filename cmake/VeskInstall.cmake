@@ -1,6 +1,6 @@
 # `cmake --install`, and the Debian packages that `cpack` makes of it:
-# module (the download manager with the libraries that it stands on), dev (what a host compiles
-# against), player (window and command line).
+# module (the download manager with the libraries that it stands on, the download library among
+# them), dev (what a host compiles against), player (window and command line).
 include(GNUInstallDirs)
 set(VESK_LIBDIR lib/playerx)
 set(VESK_PLUGIN_INSTALL_DIR ${VESK_LIBDIR}/plugins)
@@ -11,8 +11,10 @@ set_target_properties(downloadmanager KPB OnlineServices KPXPlayerPlugin PROPERT
 set_target_properties(playerx playerx-cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${VESK_LIBDIR}")
 
 install(TARGETS kvpm KPIM KPXLibrary LIBRARY DESTINATION ${VESK_LIBDIR} COMPONENT module)
-install(TARGETS downloadmanager LIBRARY DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT module)
-install(FILES plugin/downloadmanager.json DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT module)
+install(TARGETS downloadmanager KPB
+  LIBRARY DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT module)
+install(FILES plugin/downloadmanager.json playerx/transfers/KPB.json
+  DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT module)
 
 install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/playerx COMPONENT dev
   FILES_MATCHING PATTERN "*.h")
@@ -30,10 +32,9 @@ install(FILES ${CMAKE_BINARY_DIR}/VeskHostConfig.cmake
   DESTINATION ${package_folder} COMPONENT dev)
 
 install(TARGETS playerx playerx-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT player)
-install(TARGETS KPB OnlineServices KPXPlayerPlugin
+install(TARGETS OnlineServices KPXPlayerPlugin
   LIBRARY DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT player)
-install(FILES playerx/transfers/KPB.json playerx/services/OnlineServices.json
-  playerx/player/Player.json
+install(FILES playerx/services/OnlineServices.json playerx/player/Player.json
   DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT player)
 install(FILES packaging/playerx-cli.bash-completion RENAME playerx-cli
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT player)
