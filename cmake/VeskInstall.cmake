@@ -13,7 +13,7 @@ set_target_properties(playerx playerx-cli PROPERTIES INSTALL_RPATH "$ORIGIN/../$
 install(TARGETS kvpm KPIM KPXLibrary LIBRARY DESTINATION ${VESK_LIBDIR} COMPONENT module)
 install(TARGETS downloadmanager KPB
   LIBRARY DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT module)
-install(FILES plugin/downloadmanager.json playerx/transfers/KPB.json
+install(FILES ${VESK_PLUGIN_DIR}/downloadmanager.json ${VESK_PLUGIN_DIR}/KPB.json
   DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT module)
 
 install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/playerx COMPONENT dev
@@ -34,7 +34,7 @@ install(FILES ${CMAKE_BINARY_DIR}/VeskHostConfig.cmake
 install(TARGETS playerx playerx-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT player)
 install(TARGETS OnlineServices KPXPlayerPlugin
   LIBRARY DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT player)
-install(FILES playerx/services/OnlineServices.json playerx/player/Player.json
+install(FILES ${VESK_PLUGIN_DIR}/OnlineServices.json ${VESK_PLUGIN_DIR}/Player.json
   DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT player)
 install(FILES packaging/playerx-cli.bash-completion RENAME playerx-cli
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT player)
@@ -46,6 +46,12 @@ install(FILES packaging/desktop/com.vesk.playerx.metainfo.xml
   DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT player)
 install(FILES playerx/window/icons/playerx.svg
   DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT player)
+
+foreach(package IN ITEMS module=playerx-download-manager dev=playerx-dev player=playerx)
+  string(REGEX MATCH "^(.*)=(.*)$" pair ${package})
+  install(FILES packaging/copyright CHANGELOG.md
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CMAKE_MATCH_2} COMPONENT ${CMAKE_MATCH_1})
+endforeach()
 
 # Manuals are what the programs say of themselves.
 foreach(program IN ITEMS playerx playerx-cli)

@@ -126,7 +126,7 @@ TEST(Module, IsDescribedBesideItself) {
   std::ifstream in(VESK_MODULE_DESCRIPTION);
   const auto description = nlohmann::json::parse(in);
   EXPECT_EQ(description["id"], "com.vesk.playerX.plugin.DownloadManager");
-  EXPECT_EQ(description["version"], "1.0");
+  EXPECT_EQ(description["version"], VESK_VERSION);
   EXPECT_EQ(description["interfaces"], (std::vector<std::string>{VeskPlayerX::DIN_DownloadManager,
                                                                  VeskPlayerX::DIN_Shutdown}));
   EXPECT_EQ(description["library"], "libdownloadmanager.so");
