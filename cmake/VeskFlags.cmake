@@ -16,6 +16,11 @@ add_library(vesk_flags INTERFACE)
 target_compile_features(vesk_flags INTERFACE cxx_std_20)
 target_compile_options(vesk_flags INTERFACE -Wall -Wextra -Werror)
 target_compile_definitions(vesk_flags INTERFACE QT_NO_KEYWORDS)
+# A release does not know where it was built, so that it is the same from everywhere.
+foreach(folder IN ITEMS ${PROJECT_SOURCE_DIR}/= ${PROJECT_BINARY_DIR}/=build/)
+  target_compile_options(vesk_flags INTERFACE
+    $<$<CONFIG:RelWithDebInfo>:-ffile-prefix-map=${folder}>)
+endforeach()
 if(VESK_SANITIZE)
   target_compile_options(vesk_flags INTERFACE -fsanitize=${VESK_SANITIZE} -fno-omit-frame-pointer)
   target_link_options(vesk_flags INTERFACE -fsanitize=${VESK_SANITIZE})
