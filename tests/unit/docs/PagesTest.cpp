@@ -19,9 +19,9 @@ namespace fs = std::filesystem;
 const fs::path kProject = VESK_PROJECT;
 
 /// The folders of the sources, which a path in a page begins with.
-const std::vector<std::string> kFolders = {"host",     "kvsc",   "item", "persistence",
-                                           "download", "plugin", "demo", "playerx",
-                                           "tests",    "bench",  "docs", "credentials"};
+const std::vector<std::string> kFolders = {
+    "host",    "kvsc",  "item",  "persistence", "download", "plugin",      "demo",
+    "playerx", "tests", "bench", "docs",        "examples", "credentials", "packaging"};
 
 std::string textOf(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
@@ -29,7 +29,8 @@ std::string textOf(const fs::path& file) {
 }
 
 std::vector<fs::path> pages() {
-  std::vector<fs::path> pages = {kProject / "README.md", kProject / "credentials/README.md"};
+  std::vector<fs::path> pages = {kProject / "README.md", kProject / "CHANGELOG.md",
+                                 kProject / "credentials/README.md"};
   for (const auto& entry : fs::directory_iterator(kProject / "docs")) {
     if (entry.path().extension() == ".md") pages.push_back(entry.path());
   }
@@ -100,6 +101,65 @@ TEST(PagesTest, EachPartOfTheHouseIsAFileOfTheSources) {
   const std::set<std::string> parts = findAll(page, "`([A-Z][a-z]+[A-Z][A-Za-z]+)(::[a-z][^`]*)?`");
   EXPECT_GT(parts.size(), 20U);
   for (const std::string& part : parts) EXPECT_TRUE(names.contains(part)) << part;
+}
+
+/// All sources of the tests in one text.
+std::string testSources() {
+  std::string text;
+  for (const auto& entry : fs::recursive_directory_iterator(kProject / "tests")) {
+    if (entry.path().extension() == ".cpp") text += textOf(entry.path());
+  }
+  return text;
+}
+
+TEST(PagesTest, EachTestThatPinsADecisionIsThere) {
+  const std::string sources = testSources();
+  const auto named =
+      findAll(kProject / "docs/decisions.md", R"(`([A-Z][A-Za-z]+\.[A-Z][A-Za-z0-9]+)`)");
+  EXPECT_GT(named.size(), 25U);
+  for (const std::string& name : named) {
+    const std::size_t dot = name.find('.');
+    const std::string head = "(" + name.substr(0, dot) + ", " + name.substr(dot + 1);
+    const bool isThere = sources.find(head) != std::string::npos;
+    EXPECT_TRUE(isThere) << name;
+  }
+}
+
+/// The operations that a header declares virtual, in its order, as the page lists them.
+std::string slotsOf(const std::string& header) {
+  std::string slots;
+  const std::string text = textOf(kProject / "host" / header);
+  const std::regex expression(R"(virtual [^;~\n(]*?(\w+)\()");
+  for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end;
+       ++match) {
+    slots += (slots.empty() ? "" : ", ") + (*match)[1].str();
+  }
+  return slots;
+}
+
+TEST(PagesTest, TheSlotsOfTheHostPageAreThoseOfTheHeaders) {
+  const std::string page =
+      std::regex_replace(textOf(kProject / "docs/hosting.md"), std::regex("\n +"), " ");
+  for (const char* name : {"KPIM/Plugin", "KPB/DownloadInterface", "KPB/DownloadCallback",
+                           "VeskPlayerX/DownloadManagerInterface", "VeskPlayerX/ShutdownInterface",
+                           "VeskPlayerX/DownloadManagerViewInterface",
+                           "VeskPlayerX/ZPSServicesInterface", "VeskPlayerX/PlayerInterface"}) {
+    const std::string interface = fs::path(name).filename();
+    const std::string slots = slotsOf(std::string(name) + ".h");
+    const bool isListed = page.find("- `" + interface + "`: " + slots + "\n") != std::string::npos;
+    EXPECT_TRUE(isListed) << interface << ": " << slots;
+  }
+}
+
+TEST(PagesTest, TheLatestReleaseIsTheVersionOfTheProject) {
+  const std::regex heading(R"(\n## ([0-9.]+) \(([0-9-]+)\))");
+  const std::string changes = textOf(kProject / "CHANGELOG.md");
+  std::smatch latest;
+  ASSERT_TRUE(std::regex_search(changes, latest, heading));
+  EXPECT_EQ(latest[1], VESK_VERSION);
+  EXPECT_THAT(textOf(kProject / "packaging/desktop/com.vesk.playerx.metainfo.xml"),
+              testing::HasSubstr("<releases>\n    <release version=\"" + latest[1].str() +
+                                 "\" date=\"" + latest[2].str() + "\"/>"));
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <QCoreApplication>
 
-#include "EmbeddingExample.h"
+#include "HostingExample.h"
 #include "playerx/framework/PluginContext.h"
 #include "playerx/settings/Folders.h"
 #include "tests/support/TempDir.h"
@@ -10,7 +10,7 @@
 
 namespace {
 
-TEST(EmbeddingTest, TheExampleOfThePageQueuesAFilm) {
+TEST(HostingTest, TheExampleOfThePageQueuesAFilm) {
   int count = 1;
   char name[] = "docs_test";
   char* arguments[] = {name, nullptr};
