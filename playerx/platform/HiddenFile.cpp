@@ -91,7 +91,7 @@ HiddenFile HiddenFile::create(const fs::path& target, const std::optional<struct
   const fs::path start = folderOf(target) / prefixOf(target);
   while (true) {
     fs::path name = start.native() + randomDigits() + kSuffix;
-    Descriptor file(::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, old ? 0600 : 0666));
+    Descriptor file(::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     error = file ? 0 : errno;
     if (error != 0 && error != EEXIST && error != EINTR) return {};
     if (!file || !lockAgainstRemoval(file.get())) continue;

@@ -21,8 +21,8 @@ class HiddenFile {
   HiddenFile() = default;
 
   /// Creates and locks an empty file, open for reading and writing. It gets the owner, group and
-  /// permissions of `old` as far as that is allowed, or those of any new file. Without a descriptor
-  /// when it cannot be created; then the error number is stored.
+  /// permissions of `old` as far as that is allowed; without one it is the user's alone. Without a
+  /// descriptor when it cannot be created; then the error number is stored.
   static HiddenFile create(const std::filesystem::path& target,
                            const std::optional<struct stat>& old, int& error);
 

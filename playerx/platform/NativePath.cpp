@@ -1,5 +1,6 @@
 #include "playerx/platform/NativePath.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -30,6 +31,19 @@ std::filesystem::path followLinks(std::filesystem::path path, int& error) {
   }
   error = ELOOP;
   return path;
+}
+
+int makePrivateFolders(const std::filesystem::path& folder) {
+  std::error_code failure;
+  if (std::filesystem::is_directory(folder, failure)) return 0;
+  const std::filesystem::path above = folder.parent_path();
+  if (!above.empty() && above != folder) {
+    if (const int error = makePrivateFolders(above); error != 0) return error;
+  }
+  if (::mkdir(folder.c_str(), S_IRWXU) == 0) return 0;
+  if (errno != EEXIST) return errno;
+  // Another process may have made it a moment ago.
+  return std::filesystem::is_directory(folder, failure) ? 0 : ENOTDIR;
 }
 
 std::filesystem::path nearestExisting(std::filesystem::path path) {

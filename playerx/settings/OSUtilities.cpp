@@ -1,26 +1,13 @@
 #include "KPX/OSUtilities.h"
 
 #include <QStandardPaths>
-#include <filesystem>
-#include <system_error>
 
 #include "kvpm/PathTools.h"
+#include "playerx/platform/NativePath.h"
 #include "playerx/settings/Folders.h"
 
 namespace VeskPlayerX {
 namespace {
-
-namespace fs = std::filesystem;
-
-// A new folder is readable by the user alone: what is downloaded is private.
-void ensureFolder(const QString& path) {
-  const fs::path folder(path.toStdString());
-  std::error_code failure;
-  if (fs::exists(folder, failure)) return;
-  if (fs::create_directories(folder, failure)) {
-    fs::permissions(folder, fs::perms::owner_all, failure);
-  }
-}
 
 QString applicationDataPath() {
   const QString chosen = playerx::chosenApplicationDataPath();
@@ -32,7 +19,8 @@ QString applicationDataPath() {
 
 QString OSUtilities::getApplicationDataPath() {
   const QString folder = applicationDataPath();
-  ensureFolder(folder);
+  // Whoever opens a file there finds out when it cannot be made.
+  playerx::makePrivateFolders(folder.toStdString());
   return folder;
 }
 

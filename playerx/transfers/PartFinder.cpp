@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "playerx/platform/NativePath.h"
 #include "playerx/transfers/FileNames.h"
 #include "playerx/transfers/SystemError.h"
 
@@ -23,11 +24,14 @@ Opened failed(TransferFailure failure, const fs::path& where, int error) {
   return {nullptr, {}, failureOfError(error, failure), describeError(where, error)};
 }
 
-bool makeFolder(const fs::path& folder, int& error) {
+int makeFolders(const fs::path& folder) {
   std::error_code failure;
   fs::create_directories(folder, failure);
-  error = failure.value();
-  if (error == 0 && !fs::is_directory(folder, failure)) error = ENOTDIR;
+  if (failure) return failure.value();
+  return fs::is_directory(folder, failure) ? 0 : ENOTDIR;
+}
+
+bool canWrite(const fs::path& folder, int& error) {
   if (error == 0 && ::access(folder.c_str(), W_OK | X_OK) != 0) error = errno;
   return error == 0;
 }
@@ -112,11 +116,13 @@ std::unique_ptr<Part> claimNew(const DownloadRequest& request, const std::string
 }  // namespace
 
 Opened openPart(const DownloadRequest& request) {
-  int error = 0;
-  if (!makeFolder(request.downloads, error)) {
+  int error = makePrivateFolders(request.downloads);
+  if (!canWrite(request.downloads, error)) {
     return failed(TransferFailure::kTempFolder, request.downloads, error);
   }
-  if (const fs::path folder = request.path().parent_path(); !makeFolder(folder, error)) {
+  const fs::path folder = request.path().parent_path();
+  error = makeFolders(folder);
+  if (!canWrite(folder, error)) {
     return failed(TransferFailure::kMediaFolder, folder, error);
   }
   if (auto film = findPlacedFilm(request)) {

@@ -1,10 +1,13 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <set>
 
+#include "tests/support/Nginx.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/system/BigFile.h"
 #include "tests/system/PlayerHome.h"
+#include "tests/system/TracedPlayer.h"
 
 namespace system_test {
 namespace {
@@ -151,11 +154,23 @@ TEST_F(QueueSavingTest, NobodyElseReadsTheFilesOfThePlayer) {
   }
 }
 
-TEST_F(QueueSavingTest, ANewQueueIsItsOwnersAlone) {
+TEST_F(QueueSavingTest, NothingIsOpenToOthersAtAnyMoment) {
   std::filesystem::permissions(home.data(), std::filesystem::perms(0755));
-  EXPECT_EQ(home.run({"add", "http://127.0.0.1:1/c.avi"}).status, 0);
-  const auto mode = std::filesystem::status(home.queueFile()).permissions();
-  EXPECT_EQ(static_cast<unsigned>(mode), 0600U);
+  const support::Nginx server;
+  writeDistinctFile(server.root() / "a.avi", 6'000'000);
+  std::set<std::string> open;
+  const auto look = [&](const std::string&) {
+    std::error_code gone;
+    for (const auto& entry : std::filesystem::directory_iterator(home.data(), gone)) {
+      const auto mode = static_cast<unsigned>(entry.status(gone).permissions());
+      if (!gone && (mode & 077U) != 0) open.insert(entry.path());
+    }
+    return false;
+  };
+  TracedPlayer player(home.startOptions({"get", "--header", "A: b", server.url("/a.avi")}));
+  player.run(look);
+  EXPECT_EQ(player.process().wait(), 0) << player.process().errors();
+  EXPECT_THAT(open, IsEmpty());
 }
 
 TEST_F(QueueSavingTest, NothingIsSaidOfAQueueThatIsSaved) {

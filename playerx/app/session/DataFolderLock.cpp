@@ -6,13 +6,13 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
+
+#include "playerx/platform/NativePath.h"
 
 namespace playerx::session {
 
 DataFolderLock::DataFolderLock(const std::string& folder) {
-  std::error_code error;
-  std::filesystem::create_directories(folder, error);
+  makePrivateFolders(folder);
   const std::string file = folder + "/player.lock";
   descriptor_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (descriptor_ < 0) {

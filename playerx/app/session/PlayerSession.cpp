@@ -158,7 +158,6 @@ void PlayerSession::close() {
   settings_.reset();
   manager_.reset();
   plugins_.shutdown();
-  if (lock_ && saved_) saved_->keepToOwner();
   ThreadGate::open();
   lock_.reset();
 }

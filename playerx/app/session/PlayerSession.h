@@ -116,10 +116,6 @@ class PlayerSession {
   /// thread once `start` has returned.
   std::optional<TransferReport> findTransfer(const std::string& address) const;
 
-  /// Takes the queue file from everybody but its owner; to be called now and then, because the
-  /// manager may create it at any time.
-  void keepQueueToOwner() { saved_->keepToOwner(); }
-
   /// Whether the queue file lacks changes, although it was written once more.
   std::string unsavedChanges() { return saved_->unsavedChanges(manager()); }
 

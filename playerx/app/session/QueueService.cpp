@@ -90,7 +90,6 @@ Reply QueueService::handle(const Request& request) {
 
 void QueueService::update() {
   watch_.update();
-  session_.keepQueueToOwner();
   holdAgain();
   if (mayHaveLeftovers_) deleteLeftovers();
 }

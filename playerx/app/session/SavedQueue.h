@@ -55,8 +55,8 @@ class SavedQueue {
   /// does with one that it cannot read. To be called before the manager is loaded.
   void setAsideEmptyFile() const;
 
-  /// Takes the file from everybody but its owner: the manager creates it like any other file. Those
-  /// that replace it are as it is.
+  /// Takes a file that was open to others from everybody but its owner. Those that replace it are
+  /// as it is.
   void keepToOwner() const;
 
   /// Once the manager is loaded: whether it has read what the file holds.

@@ -56,12 +56,15 @@ TEST(FileReplacing, TheNewContentIsNeverMoreOpenThanTheOldFile) {
   }
 }
 
-TEST(FileReplacing, ANewFileFollowsTheUmask) {
+TEST(FileReplacing, ANewFileIsTheUsersAloneFromItsCreationOn) {
   const TempDir folder;
-  const mode_t before = ::umask(0027);
-  EXPECT_EQ(replace(folder / "queue.xml", "new"), 0);
-  ::umask(before);
-  EXPECT_EQ(fs::status(folder / "queue.xml").permissions(), fs::perms(0640));
+  File file;
+  ASSERT_EQ(file.open((folder / "queue.xml").wstring(), kvpm::FileOpenWrite), 0);
+  for (const auto& entry : fs::directory_iterator(folder.path())) {
+    EXPECT_EQ(entry.status().permissions(), fs::perms(0600));
+  }
+  ASSERT_EQ(file.close(), 0);
+  EXPECT_EQ(fs::status(folder / "queue.xml").permissions(), fs::perms(0600));
 }
 
 TEST(FileReplacing, ALinkIsKeptAndItsTargetReplaced) {

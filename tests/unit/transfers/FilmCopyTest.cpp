@@ -32,6 +32,12 @@ TEST_F(FilmCopyTest, TheCopyHasTheBytesAndTheMark) {
   EXPECT_TRUE(fs::exists(film_)) << "the caller's to delete";
 }
 
+TEST_F(FilmCopyTest, TheCopyIsOpenToWhomTheFilmIs) {
+  fs::permissions(film_, fs::perms(0644));
+  EXPECT_EQ(copy(folder_ / "film.avi"), 0);
+  EXPECT_EQ(fs::status(folder_ / "film.avi").permissions(), fs::perms(0644));
+}
+
 TEST_F(FilmCopyTest, ATakenNameStaysAsItIs) {
   folder_.write("film.avi", "mine");
   EXPECT_EQ(copy(folder_ / "film.avi"), EEXIST);
