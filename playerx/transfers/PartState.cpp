@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "playerx/transfers/SmallFile.h"
+#include "playerx/platform/SmallFile.h"
 
 namespace playerx::transfers {
 namespace {

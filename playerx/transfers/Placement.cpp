@@ -12,9 +12,9 @@
 #include "playerx/platform/FileSync.h"
 #include "playerx/platform/HiddenFile.h"
 #include "playerx/platform/Rename.h"
+#include "playerx/platform/SmallFile.h"
 #include "playerx/transfers/FileNames.h"
 #include "playerx/transfers/FilmCopy.h"
-#include "playerx/transfers/SmallFile.h"
 #include "playerx/transfers/SystemError.h"
 
 namespace playerx::transfers {

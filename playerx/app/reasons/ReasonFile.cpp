@@ -1,9 +1,9 @@
 #include "playerx/app/reasons/ReasonFile.h"
 
-#include <QFile>
-#include <QSaveFile>
 #include <nlohmann/json.hpp>
 #include <utility>
+
+#include "playerx/platform/SmallFile.h"
 
 namespace playerx::reasons {
 
@@ -12,24 +12,14 @@ using Json = nlohmann::json;
 
 namespace {
 
-constexpr char kFileName[] = "failures.json";
-
 /// More than a queue of failed films needs.
-constexpr qint64 kMostBytes = qint64{64} << 20;
+constexpr std::size_t kMostBytes = std::size_t{64} << 20U;
 
 /// The ids of the queue are those of one run. A protected item may have no address.
 std::string keyOf(const ItemState& item) {
   if (item.url.empty()) return item.provider + "\n" + item.title;
   const std::optional<Address> address = parseAddress(item.url);
   return address ? address->remembered : item.url;
-}
-
-Json readJson(const std::filesystem::path& path) {
-  std::error_code error;
-  QFile file(QString::fromStdString(path.string()));
-  if (!std::filesystem::is_regular_file(path, error) || !file.open(QIODevice::ReadOnly)) return {};
-  const QByteArray content = file.read(kMostBytes);
-  return Json::parse(content.begin(), content.end(), nullptr, /*allow_exceptions=*/false);
 }
 
 std::string textOf(const Json& object, const char* name) {
@@ -48,7 +38,8 @@ std::optional<Explanation> explanationOf(const Json& entry) {
 
 std::map<std::string, Explanation> readReasons(const std::filesystem::path& file) {
   std::map<std::string, Explanation> reasons;
-  const Json content = readJson(file);
+  const Json content =
+      Json::parse(readSmallFile(file, kMostBytes), nullptr, /*allow_exceptions=*/false);
   if (!content.is_array()) return reasons;
   for (const Json& entry : content) {
     if (!entry.is_object()) continue;
@@ -89,13 +80,8 @@ void ReasonFile::write() const {
                        {"happened", reason.happened},
                        {"advice", reason.advice}});
   }
-  QSaveFile file(QString::fromStdString(file_.string()));
-  if (!file.open(QIODevice::WriteOnly)) return;
-  file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
   // Titles and words of servers may hold bytes that are not UTF-8.
-  const std::string text = content.dump(1, ' ', false, Json::error_handler_t::replace);
-  file.write(text.data(), static_cast<qint64>(text.size()));
-  file.commit();
+  replaceSmallFile(file_, content.dump(1, ' ', false, Json::error_handler_t::replace));
 }
 
 }  // namespace playerx::reasons

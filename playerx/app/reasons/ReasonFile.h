@@ -16,6 +16,8 @@ namespace playerx::reasons {
 /// reasons. Used by one thread.
 class ReasonFile {
  public:
+  static constexpr char kFileName[] = "failures.json";
+
   /// Reads the file of this data folder, if there is one.
   explicit ReasonFile(const std::filesystem::path& dataFolder);
 

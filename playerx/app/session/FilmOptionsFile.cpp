@@ -1,11 +1,11 @@
 #include "playerx/app/session/FilmOptionsFile.h"
 
-#include <QFile>
-#include <QSaveFile>
 #include <set>
+#include <sstream>
 
 #include "playerx/app/model/JsonMembers.h"
 #include "playerx/app/session/FilmOptionsJson.h"
+#include "playerx/platform/SmallFile.h"
 #include "playerx/transfers/Address.h"
 
 namespace playerx::session {
@@ -14,25 +14,20 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-constexpr char kFileName[] = "film-options.jsonl";
-
 /// More than a queue of films needs.
-constexpr qint64 kMostBytes = qint64{64} << 20;
-
-constexpr auto kOwnerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+constexpr std::size_t kMostBytes = std::size_t{64} << 20U;
 
 std::string keyOf(const std::string& url) {
   const std::optional<Address> address = parseAddress(url);
   return address ? address->remembered : url;
 }
 
-QByteArray lineOf(const std::string& address, const FilmOptions& options) {
+std::string lineOf(const std::string& address, const FilmOptions& options) {
   const Json object{{"address", address}, {"options", jsonOf(options)}};
-  return QByteArray::fromStdString(object.dump(-1, ' ', false, Json::error_handler_t::replace)) +
-         '\n';
+  return object.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
-void readLine(const QByteArray& line, std::map<std::string, FilmOptions>& all) {
+void readLine(const std::string& line, std::map<std::string, FilmOptions>& all) {
   const Json object = Json::parse(line.begin(), line.end(), nullptr, false);
   model::JsonMembers members(object);
   std::string address;
@@ -44,10 +39,8 @@ void readLine(const QByteArray& line, std::map<std::string, FilmOptions>& all) {
 /// A later line of an address replaces an earlier one; a line that a crash cut off is passed over.
 std::map<std::string, FilmOptions> read(const std::filesystem::path& path) {
   std::map<std::string, FilmOptions> all;
-  std::error_code error;
-  QFile file(QString::fromStdString(path.string()));
-  if (!std::filesystem::is_regular_file(path, error) || !file.open(QIODevice::ReadOnly)) return all;
-  for (const QByteArray& line : file.read(kMostBytes).split('\n')) readLine(line, all);
+  std::istringstream content(readSmallFile(path, kMostBytes));
+  for (std::string line; std::getline(content, line);) readLine(line, all);
   return all;
 }
 
@@ -90,23 +83,19 @@ void FilmOptionsFile::prune(const std::vector<model::ItemState>& queue) {
 
 // A list of many films adds to the file at each of them.
 void FilmOptionsFile::append(const std::string& address, const FilmOptions& options) const {
-  QFile file(QString::fromStdString(file_.string()));
-  if (!file.open(QIODevice::WriteOnly | QIODevice::Append, kOwnerOnly)) return;
-  // Behind a line that was cut off.
-  file.write("\n" + lineOf(address, options));
+  // The line before may have been cut off.
+  appendToSmallFile(file_, "\n" + lineOf(address, options));
 }
 
 void FilmOptionsFile::save() const {
-  const QString name = QString::fromStdString(file_.string());
-  if (options_.empty()) {
-    QFile::remove(name);
-    return;
+  std::error_code error;
+  std::string content;
+  for (const auto& [address, options] : options_) content += lineOf(address, options);
+  if (content.empty()) {
+    std::filesystem::remove(file_, error);
+  } else {
+    replaceSmallFile(file_, content);
   }
-  QSaveFile file(name);
-  if (!file.open(QIODevice::WriteOnly)) return;
-  file.setPermissions(kOwnerOnly);
-  for (const auto& [address, options] : options_) file.write(lineOf(address, options));
-  file.commit();
 }
 
 }  // namespace playerx::session

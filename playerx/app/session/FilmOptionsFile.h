@@ -15,6 +15,8 @@ namespace playerx::session {
 /// over, and what cannot be written is lost with the run. Used by one thread.
 class FilmOptionsFile {
  public:
+  static constexpr char kFileName[] = "film-options.jsonl";
+
   /// Reads the file of this data folder, if there is one.
   explicit FilmOptionsFile(const std::filesystem::path& dataFolder);
 
