@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "tests/support/Nginx.h"
 #include "tests/support/TempDir.h"
@@ -26,6 +27,16 @@ class HostileQueueTest : public testing::Test {
       if (entry.is_regular_file() && support::readFile(entry.path()) == content) return true;
     }
     return false;
+  }
+
+  /// Each command says what is wrong with the queue file, and changes nothing.
+  void expectRefused(const std::string& kind) {
+    for (const char* command : {"list", "get", "clear"}) {
+      const PlayerResult result = home.run({command});
+      EXPECT_EQ(result.status, 1) << command;
+      EXPECT_THAT(result.errors,
+                  testing::HasSubstr(home.queueFile().string() + " is " + kind + "; nothing"));
+    }
   }
 
   void expectDownloadsAllTheSame() {
@@ -70,6 +81,44 @@ TEST_F(HostileQueueTest, HostileTextInOneItemLeavesTheOthersAlone) {
       "<DownloadItem title=\"\xF0\x9F\x8E\xAC &lt;b&gt; &quot;x&quot;\" status=\"99\" "
       "fileSize=\"-5\" percentDownloaded=\"9999999999\"/></DownloadQueue>\n");
   expectDownloadsAllTheSame();
+}
+
+TEST_F(HostileQueueTest, WhatIsNoQueueFileIsNamedInsteadOfWaitedFor) {
+  ASSERT_EQ(mkfifo(home.queueFile().c_str(), 0600), 0);
+  expectRefused("not a file but a pipe or a device");
+  std::filesystem::remove(home.queueFile());
+  std::filesystem::create_symlink("/dev/zero", home.queueFile());
+  expectRefused("not a file but a pipe or a device");
+}
+
+TEST_F(HostileQueueTest, APlantedLinkIsNotWrittenThrough) {
+  const support::TempDir elsewhere;
+  std::filesystem::create_symlink(elsewhere / "victim", home.queueFile());
+  expectRefused("a link that leads nowhere");
+  EXPECT_FALSE(std::filesystem::exists(elsewhere / "victim"));
+}
+
+TEST_F(HostileQueueTest, AQueueThatTheUserKeepsElsewhereGoesOn) {
+  expectDownloadsAllTheSame();
+  const support::TempDir elsewhere;
+  std::filesystem::rename(home.queueFile(), elsewhere / "queue.xml");
+  std::filesystem::create_symlink(elsewhere / "queue.xml", home.queueFile());
+  server.serve("b.avi", distinctBytes(5000));
+  EXPECT_EQ(home.run({"get", server.url("/b.avi")}).status, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(home.queueFile()));
+  EXPECT_EQ(home.queue().size(), 2u);
+}
+
+TEST_F(HostileQueueTest, APipeInThePlaceOfAnotherFileHoldsNothingUp) {
+  for (const char* name : {"failures.json", "film-options.jsonl"}) {
+    ASSERT_EQ(mkfifo((home.data() / name).c_str(), 0600), 0);
+  }
+  const PlayerResult result =
+      home.run({"get", "--tries", "2", server.url("/none.avi"), server.url("/a.avi")});
+  EXPECT_EQ(result.status, 1) << result.output << result.errors;
+  EXPECT_THAT(home.films(), ElementsAre("a.avi"));
+  EXPECT_THAT(result.errors, testing::AllOf(testing::HasSubstr("failures.json is forgotten"),
+                                            testing::HasSubstr("film-options.jsonl is forgotten")));
 }
 
 TEST_F(HostileQueueTest, ANewQueueSurvivesARestart) {

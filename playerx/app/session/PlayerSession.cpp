@@ -7,6 +7,7 @@
 #include "VeskPlayerX/InterfaceIds.h"
 #include "kvpm/StringTools.h"
 #include "playerx/app/model/ItemState.h"
+#include "playerx/app/reasons/ReasonFile.h"
 #include "playerx/platform/ThreadGate.h"
 #include "playerx/settings/Folders.h"
 #include "playerx/settings/TrustedAuthorities.h"
@@ -58,6 +59,10 @@ std::string PlayerSession::openForChange(Access access) {
   if (!problem.empty()) return problem;
   manager().setViewInterface(&view_);
   filmOptions_ = std::make_unique<FilmOptionsFile>(places_.data);
+  for (const std::string& sentence :
+       saved_->companionProblems({FilmOptionsFile::kFileName, reasons::ReasonFile::kFileName})) {
+    messages_.tellUser(sentence);
+  }
   for (const std::string& file : saved_->filesSetAside()) {
     messages_.tellUser("The queue could not be read; it was set aside as " + file + ".");
   }

@@ -60,6 +60,17 @@ void writeAgain(DownloadManagerInterface& manager, const std::vector<ItemState>&
   manager.setPlayable(queue.back().id, queue.back().playable);
 }
 
+/// What lies in the place of a file, when it is none; empty for a file, and where nothing is.
+std::string wrongKind(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0) {
+    if (S_ISREG(status.st_mode)) return {};
+    return S_ISDIR(status.st_mode) ? "a folder" : "not a file but a pipe or a device";
+  }
+  const bool isDangling = errno == ENOENT && ::lstat(path.c_str(), &status) == 0;
+  return isDangling ? "a link that leads nowhere" : "";
+}
+
 /// The error number (`errno` values) with which reading the whole file fails; 0 when it can be read
 /// or is not there.
 int readError(const std::string& path) {
@@ -117,11 +128,29 @@ SavedQueue::SavedQueue(const std::string& folder)
     : folder_(folder), file_(folder + "/" + kQueueFile), setAsideBefore_(unreadableFiles()) {}
 
 std::string SavedQueue::readProblem() const {
+  for (const char* const name : {kQueueFile, kLegacyFile}) {
+    const std::string kind = wrongKind(folder_ + "/" + name);
+    if (kind.empty()) continue;
+    return "The queue file " + folder_ + "/" + name + " is " + kind +
+           "; nothing was changed. Move it away, or choose another folder with --data.";
+  }
   const int error = readError(file_);
   if (error == 0) return {};
   return "The queue file " + file_ + " cannot be read (" + wordsOf(error) +
          "); nothing was changed. Try again, make it readable, or choose another folder with "
          "--data.";
+}
+
+std::vector<std::string> SavedQueue::companionProblems(
+    const std::vector<std::string>& names) const {
+  std::vector<std::string> problems;
+  for (const std::string& name : names) {
+    const std::string kind = wrongKind(folder_ + "/" + name);
+    if (kind.empty()) continue;
+    problems.push_back("What belongs into " + folder_ + "/" + name +
+                       " is forgotten at the end of this run: it is " + kind + ". Move that away.");
+  }
+  return problems;
 }
 
 std::string SavedQueue::copyTo(const std::string& folder) const {

@@ -45,6 +45,10 @@ class SavedQueue {
   /// an empty queue.
   std::string readProblem() const;
 
+  /// One sentence for each of these files beside the queue that is no file, so that it can neither
+  /// be read nor written.
+  std::vector<std::string> companionProblems(const std::vector<std::string>& names) const;
+
   /// Copies the file, and that of an earlier release, to another folder. Why not; empty otherwise.
   std::string copyTo(const std::string& folder) const;
 
