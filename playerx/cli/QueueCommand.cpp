@@ -156,6 +156,7 @@ int watch(const Options& options, PlayerSession& session, Reporter& reporter, Wa
       reporter.note("Nothing is being downloaded; `get` begins.");
       return kExitDone;
     case QueueClient::Met::kStranger:
+    case QueueClient::Met::kBusy:
       return complainOf(client.problem(), reporter, kExitFailed);
     case QueueClient::Met::kQueue:
       break;

@@ -17,6 +17,9 @@ namespace {
 /// How long the end of the server waits for a visitor to read what was sent to it.
 constexpr int kFarewellMilliseconds = 1000;
 
+/// Visitors that the system lets wait until they are looked at.
+constexpr int kMostWaiting = 1024;
+
 bool isOfThisUser(const QLocalSocket& socket) {
   ucred peer{};
   socklen_t length = sizeof peer;
@@ -30,12 +33,13 @@ bool isOfThisUser(const QLocalSocket& socket) {
 /// The part of the server that lives on its thread.
 class DoorServer::Porter : public QObject {
  public:
-  Porter(DoorServer& server, QByteArray greeting)
-      : server_(server), greeting_(std::move(greeting)) {}
+  Porter(DoorServer& server, QByteArray greeting, QByteArray refusal)
+      : server_(server), greeting_(std::move(greeting)), refusal_(std::move(refusal)) {}
 
   QString listen(const QString& path) {
     listener_ = std::make_unique<QLocalServer>();
     listener_->setSocketOptions(QLocalServer::UserAccessOption);
+    listener_->setListenBacklogSize(kMostWaiting);
     QObject::connect(listener_.get(), &QLocalServer::newConnection, this, [this] { greet(); });
     QLocalServer::removeServer(path);
     return listener_->listen(path) ? QString() : listener_->errorString();
@@ -65,12 +69,19 @@ class DoorServer::Porter : public QObject {
   void greet() {
     while (QLocalSocket* const socket = listener_->nextPendingConnection()) {
       socket->setParent(nullptr);
-      if (!isOfThisUser(*socket) || sockets_.size() >= kMostVisitors) {
-        delete socket;
-        continue;
+      const bool isFull = sockets_.size() >= kMostVisitors;
+      if (isOfThisUser(*socket) && !isFull) {
+        admit(*socket);
+      } else {
+        refuse(*socket, isFull);
       }
-      admit(*socket);
     }
+  }
+
+  void refuse(QLocalSocket& socket, bool isFull) {
+    if (isFull && isOfThisUser(socket)) socket.write(refusal_ + '\n');
+    socket.flush();
+    delete &socket;
   }
 
   void admit(QLocalSocket& socket) {
@@ -106,13 +117,15 @@ class DoorServer::Porter : public QObject {
 
   DoorServer& server_;
   const QByteArray greeting_;
+  const QByteArray refusal_;
   std::unique_ptr<QLocalServer> listener_;
   std::map<Visitor, QLocalSocket*> sockets_;
   Visitor lastVisitor_ = 0;
 };
 
-DoorServer::DoorServer(QByteArray greeting, std::function<void()> wake)
-    : wake_(std::move(wake)), porter_(std::make_unique<Porter>(*this, std::move(greeting))) {
+DoorServer::DoorServer(QByteArray greeting, QByteArray refusal, std::function<void()> wake)
+    : wake_(std::move(wake)),
+      porter_(std::make_unique<Porter>(*this, std::move(greeting), std::move(refusal))) {
   porter_->moveToThread(&thread_);
   thread_.setObjectName("door");
   thread_.start();

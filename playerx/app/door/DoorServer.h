@@ -32,9 +32,10 @@ class DoorServer {
     QByteArray text;  ///< without its line feed
   };
 
-  /// `greeting` is a line without its line feed. `wake` is called on the server's thread when there
+  /// `greeting` is a line without its line feed, and so is `refusal`, which a visitor gets for whom
+  /// there is no room. `wake` is called on the server's thread when there
   /// is something to take, and must not wait.
-  DoorServer(QByteArray greeting, std::function<void()> wake);
+  DoorServer(QByteArray greeting, QByteArray refusal, std::function<void()> wake);
   DoorServer(const DoorServer&) = delete;
   DoorServer& operator=(const DoorServer&) = delete;
 

@@ -229,10 +229,12 @@ std::optional<QueueEvent> eventOf(Members members) {
 }  // namespace
 
 QByteArray write(const Greeting& greeting) {
-  return lineOf({{"queue", "playerx"},
-                 {"protocol", greeting.protocol},
-                 {"version", greeting.version},
-                 {"pid", greeting.pid}});
+  Json object{{"queue", "playerx"},
+              {"protocol", greeting.protocol},
+              {"version", greeting.version},
+              {"pid", greeting.pid}};
+  if (greeting.isBusy) object["busy"] = true;
+  return lineOf(object);
 }
 
 QByteArray write(const Request& request) {
@@ -288,6 +290,7 @@ std::optional<Greeting> readGreeting(const QByteArray& line) {
   members.take("protocol", greeting.protocol);
   members.take("version", greeting.version);
   members.take("pid", greeting.pid);
+  members.take("busy", greeting.isBusy);
   return members.isGood() && queue == "playerx" ? std::optional(greeting) : std::nullopt;
 }
 

@@ -11,12 +11,15 @@ using session::Reply;
 namespace {
 
 constexpr char kGone[] = "The player that held the queue has ended.";
+constexpr char kBusy[] =
+    "The player that holds the queue talks with as many others as it can; try again later.";
 constexpr char kNotUnderstood[] =
     "What the player that holds the queue says is not understood; close it, then try again.";
 constexpr char kSilent[] =
     "The player that holds the queue does not answer; it may be stopped: continue or close it.";
 
 std::string problemOf(const Greeting& greeting) {
+  if (greeting.isBusy) return kBusy;
   if (greeting.protocol == kProtocol) return {};
   return "The queue is held by another version of the player (" + greeting.version + ", process " +
          std::to_string(greeting.pid) + "); close it, or use that version.";
@@ -31,6 +34,7 @@ QueueClient::Met QueueClient::connect(const std::string& dataFolder,
   if (line) {
     const std::optional<Greeting> greeting = readGreeting(*line);
     problem_ = greeting ? problemOf(*greeting) : kNotUnderstood;
+    if (greeting && greeting->isBusy) return Met::kBusy;
   } else {
     problem_ = kSilent;
   }

@@ -15,6 +15,7 @@ class QueueClient {
   enum class Met {
     kQueue,     ///< requests may be sent
     kNobody,    ///< nobody serves the queue
+    kBusy,      ///< somebody does, for as many others as it can: later perhaps; `problem` says so
     kStranger,  ///< somebody does, with whom this program cannot talk: `problem` says why
   };
 

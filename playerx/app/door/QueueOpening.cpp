@@ -29,7 +29,9 @@ OpenedQueue openQueue(session::PlayerSession& session, session::PlayerSession::A
     const Met met = client->connect(session.places().data, kLongestGreeting);
     if (met == Met::kQueue) return {Where::kThere, std::move(client)};
     if (met == Met::kStranger) return {Where::kNowhere, nullptr, client->problem()};
-    if (deadline.hasExpired()) return {Where::kNowhere, nullptr, problem};
+    if (deadline.hasExpired()) {
+      return {Where::kNowhere, nullptr, met == Met::kBusy ? client->problem() : problem};
+    }
     if (!rest(kPause)) return {};
   }
 }

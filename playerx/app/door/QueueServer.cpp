@@ -13,15 +13,18 @@ using session::Request;
 
 namespace {
 
-QByteArray greeting() {
+QByteArray greeting(bool isBusy) {
   return write(Greeting{.version = QCoreApplication::applicationVersion().toStdString(),
-                        .pid = QCoreApplication::applicationPid()});
+                        .pid = QCoreApplication::applicationPid(),
+                        .isBusy = isBusy});
 }
 
 }  // namespace
 
 QueueServer::QueueServer(session::QueueService& service, std::function<void()> wake, Show show)
-    : service_(service), show_(std::move(show)), door_(greeting(), std::move(wake)) {}
+    : service_(service),
+      show_(std::move(show)),
+      door_(greeting(false), greeting(true), std::move(wake)) {}
 
 std::string QueueServer::listen(const std::string& dataFolder) {
   return door_.listen(doorPath(dataFolder));

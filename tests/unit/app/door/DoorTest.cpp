@@ -48,7 +48,7 @@ class DoorTest : public ::testing::Test {
   }
 
   support::TempDir folder_;
-  std::unique_ptr<DoorServer> server_ = std::make_unique<DoorServer>("welcome", [] {});
+  std::unique_ptr<DoorServer> server_ = std::make_unique<DoorServer>("welcome", "full", [] {});
 };
 
 TEST_F(DoorTest, AVisitorsLinesArriveInOrder) {
@@ -121,10 +121,11 @@ TEST_F(DoorTest, MoreVisitorsThanThereIsRoomForAreTurnedAway) {
   std::vector<std::unique_ptr<DoorClient>> clients;
   for (int i = 0; i < kMostVisitors; ++i) clients.push_back(visit());
   DoorClient late;
-  EXPECT_EQ(late.connect(path(), kPatience), std::nullopt);
+  EXPECT_EQ(late.connect(path(), kPatience), "full");
+  EXPECT_EQ(late.receive(kPatience), std::nullopt);
   clients.pop_back();
   EXPECT_TRUE(
-      support::waitFor([&] { return DoorClient().connect(path(), kPatience).has_value(); }));
+      support::waitFor([&] { return DoorClient().connect(path(), kPatience) == "welcome"; }));
 }
 
 TEST_F(DoorTest, WhatWasSentIsReadAfterTheServersEnd) {
@@ -152,13 +153,13 @@ TEST_F(DoorTest, ASocketLeftByADeadProcessIsReplaced) {
   ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
   ::close(socket);
   EXPECT_EQ(DoorClient().connect(left, kPatience), std::nullopt);
-  DoorServer server("again", [] {});
+  DoorServer server("again", "", [] {});
   EXPECT_EQ(server.listen(left), "");
   EXPECT_EQ(DoorClient().connect(left, kPatience), "again");
 }
 
 TEST_F(DoorTest, AFolderThatIsNotThereIsSaid) {
-  DoorServer server("welcome", [] {});
+  DoorServer server("welcome", "", [] {});
   EXPECT_NE(server.listen(folder_.path().string() + "/none/door"), "");
   EXPECT_NE(server.listen(""), "");
 }
@@ -194,7 +195,7 @@ TEST_F(DoorPathTest, ALongDataFolderWithoutRuntimeFolderHasItsDoorAmongTheTempor
   std::filesystem::create_directory(deep);
   const std::string path = doorPath(deep);
   EXPECT_LT(path.size(), 90u);
-  DoorServer server("welcome", [] {});
+  DoorServer server("welcome", "", [] {});
   EXPECT_EQ(server.listen(path), "");
 }
 

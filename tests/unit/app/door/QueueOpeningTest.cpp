@@ -50,7 +50,7 @@ TEST_F(QueueOpeningTest, AQueueThatNobodyHasIsOpenedHere) {
 
 TEST_F(QueueOpeningTest, AQueueThatIsServedIsFoundThere) {
   const session::DataFolderLock lock(folder_ / "data");
-  DoorServer server(write(Greeting{}), [] {});
+  DoorServer server(write(Greeting{}), "", [] {});
   ASSERT_EQ(server.listen(doorPath(folder_ / "data")), "");
   EXPECT_EQ(open(0ms).where, Where::kThere);
 }
@@ -78,9 +78,22 @@ TEST_F(QueueOpeningTest, AUserThatGivesUpIsHeeded) {
   EXPECT_EQ(opened.problem, "");
 }
 
+TEST_F(QueueOpeningTest, APlayerThatIsBusyIsAskedAgainThenSaid) {
+  const session::DataFolderLock lock(folder_ / "data");
+  std::optional<DoorServer> server(std::in_place, write(Greeting{.isBusy = true}), "", [] {});
+  ASSERT_EQ(server->listen(doorPath(folder_ / "data")), "");
+  EXPECT_THAT(open(0ms).problem, HasSubstr("as many others as it can"));
+  const OpenedQueue opened = open(1h, [&] {
+    server.reset();
+    server.emplace(write(Greeting{}), "", [] {});
+    return server->listen(doorPath(folder_ / "data")).empty();
+  });
+  EXPECT_EQ(opened.where, Where::kThere);
+}
+
 TEST_F(QueueOpeningTest, APlayerOfAnotherVersionIsNotWaitedFor) {
   const session::DataFolderLock lock(folder_ / "data");
-  DoorServer server(write(Greeting{.protocol = 2, .version = "9.9"}), [] {});
+  DoorServer server(write(Greeting{.protocol = 2, .version = "9.9"}), "", [] {});
   ASSERT_EQ(server.listen(doorPath(folder_ / "data")), "");
   EXPECT_THAT(open(1h).problem, HasSubstr("another version"));
 }

@@ -118,7 +118,7 @@ class StrangerTest : public testing::Test {
   static void SetUpTestSuite() { needApplication(); }
 
   void serve(const QByteArray& greeting) {
-    server_.emplace(greeting, [] {});
+    server_.emplace(greeting, "", [] {});
     EXPECT_EQ(server_->listen(doorPath(folder_.path())), "");
   }
 
