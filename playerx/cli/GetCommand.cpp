@@ -92,7 +92,7 @@ bool GetCommand::addOne(const std::string& input) {
   std::erase_if(reply.notes,
                 [this](const std::string& note) { return !notes_.insert(note).second; });
   present(reply, reporter_);
-  return reply.refused.empty();
+  return reply.outcome != Reply::Outcome::kWrongUse;
 }
 
 int GetCommand::workUntilDone(int refused) {

@@ -96,7 +96,7 @@ void RemoteGet::mindSilence() {
 
 void RemoteGet::beginToWait(const Reply& reply) {
   present(reply, reporter_);
-  somethingRefused_ = !reply.refused.empty();
+  somethingRefused_ = reply.outcome == Reply::Outcome::kWrongUse;
   for (const model::ItemState& item : reply.items) {
     // One that has failed is still to be told of; others of the whole queue are not our own.
     const bool isOwn = options_.command == Options::kGet || model::isUnfinished(item.status);

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string_view>
 
+#include "playerx/app/inputs/OptionFault.h"
 #include "playerx/cli/TerminalText.h"
 
 namespace playerx::cli {
@@ -18,14 +19,7 @@ using session::Request;
 namespace {
 
 constexpr double kHighestRate = 1e15;
-constexpr unsigned kNoLimitOfTries = 1'000'000'000;
-constexpr unsigned kLongestTimeout = 24 * 3600;  // seconds
-constexpr std::size_t kSumDigits = 64;
 constexpr char kSumKind[] = "sha-256";
-
-/// Headers that the download library sets itself: others would break the transfer.
-constexpr std::string_view kOwnHeaders[] = {"range",      "if-range",       "accept-encoding",
-                                            "connection", "content-length", "transfer-encoding"};
 
 [[noreturn]] void complain(const std::string& sentence) { throw CLI::ValidationError(sentence); }
 
@@ -44,71 +38,39 @@ std::string lowered(std::string text) {
 }
 
 unsigned triesOf(const std::string& text) {
-  if (text == "0" || text == "inf") return kNoLimitOfTries;
+  if (text == "0" || text == "inf") return inputs::kMostTries;
   const auto tries = numberIn<unsigned>(text);
-  if (tries && *tries <= kNoLimitOfTries) return *tries;
-  complain("\"" + printable(text) + "\" is no number of tries; give 1 or more, or inf.");
+  if (tries && *tries <= inputs::kMostTries) return *tries;
+  complain("\"" + printable(text) +
+           "\" is no number of tries; give 1 or more, or 0 or inf for no limit.");
 }
 
 std::chrono::seconds timeoutOf(const std::string& text) {
   const auto seconds = numberIn<double>(text);
-  if (seconds && *seconds > 0 && *seconds <= kLongestTimeout) {
+  if (seconds && *seconds > 0 && *seconds <= inputs::kLongestTimeout.count()) {
     return std::chrono::seconds(static_cast<std::int64_t>(std::ceil(*seconds)));
   }
   complain("\"" + printable(text) + "\" is no time limit; give seconds, from 1 to " +
-           std::to_string(kLongestTimeout) + ".");
+           std::to_string(inputs::kLongestTimeout.count()) + ".");
 }
 
-bool isToken(std::string_view name) {
-  return !name.empty() && std::all_of(name.begin(), name.end(), [](unsigned char c) {
-    return std::isalnum(c) != 0 ||
-           std::string_view("!#$%&'*+-.^_`|~").find(char(c)) != std::string_view::npos;
-  });
+/// The value when nothing is wrong with it.
+std::string checked(std::string value, std::string (*faultOf)(const std::string&)) {
+  const std::string fault = faultOf(value);
+  if (!fault.empty()) complain(printable(fault));
+  return value;
 }
 
-/// Does not repeat the header in its complaints: it may hold a password.
-std::string headerOf(const std::string& line) {
-  const std::size_t colon = line.find(':');
-  const bool isControlled =
-      std::any_of(line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; });
-  if (colon == std::string::npos || !isToken(line.substr(0, colon)) || isControlled) {
-    complain("A header reads \"Name: value\", on one line.");
-  }
-  const std::string name = lowered(line.substr(0, colon));
-  const bool isOwn =
-      std::find(std::begin(kOwnHeaders), std::end(kOwnHeaders), name) != std::end(kOwnHeaders);
-  if (isOwn) complain("The header \"" + name + "\" is set by the player itself.");
-  return line;
-}
-
-std::string refererOf(const std::string& text) {
-  const bool isLine =
-      std::none_of(text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; });
-  if (isLine && !text.empty()) return text;
-  complain("The referer is an address, on one line.");
-}
-
-std::string netrcFile(const std::string& path) {
+/// As it is written, where it cannot be made absolute: the complaint names it then.
+std::string absolute(const std::string& path) {
   std::error_code error;
-  if (std::filesystem::is_regular_file(path, error)) {
-    return std::filesystem::absolute(path, error);
-  }
-  complain("There is no file " + printable(path) + " with user names and passwords.");
+  const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+  return error ? path : absolute.string();
 }
 
 std::string netrcOfUser() {
   const char* const home = std::getenv("HOME");
-  return netrcFile(std::string(home != nullptr ? home : "") + "/.netrc");
-}
-
-std::string cookieFile(const std::string& path) {
-  std::error_code error;
-  const std::filesystem::path file = std::filesystem::absolute(path, error);
-  if (std::filesystem::is_directory(file.parent_path(), error) &&
-      !std::filesystem::is_directory(file, error)) {
-    return file;
-  }
-  complain("Cookies cannot be kept in " + printable(path) + ": it is a folder, or lies in none.");
+  return checked(std::string(home != nullptr ? home : "") + "/.netrc", inputs::faultOfNetrcFile);
 }
 
 /// "sha-256=HEX", or "sha-256" for the sum that a file beside the film names.
@@ -116,14 +78,9 @@ void takeChecksum(const std::string& text, FilmOptions& options) {
   const std::size_t equals = std::min(text.find('='), text.size());
   const std::string kind = lowered(text.substr(0, equals));
   const std::string sum = text.substr(std::min(equals + 1, text.size()));
-  const bool isHex =
-      std::all_of(sum.begin(), sum.end(), [](unsigned char c) { return std::isxdigit(c) != 0; });
   const bool asksForFile = equals == text.size();
-  if (kind != kSumKind || (!asksForFile && (sum.size() != kSumDigits || !isHex))) {
-    complain(
-        "A checksum reads sha-256=DIGITS, with 64 hexadecimal digits, or sha-256 for the sum in "
-        "the .sha256 file beside the film.");
-  }
+  // Another kind of sum is refused like one without digits.
+  if (kind != kSumKind || !asksForFile) checked(kind == kSumKind ? sum : "", inputs::faultOfSum);
   options.sha256 = sum;
   options.hasChecksumFile = asksForFile;
 }
@@ -165,9 +122,10 @@ void addRateLimit(CLI::App& command, Request& request) {
 void addTransferOptions(CLI::App& command, Request& request) {
   addRateLimit(command, request);
   FilmOptions& options = request.options;
-  addText(command, "--tries", "Tries in a row without progress; inf for no limit",
+  addText(command, "--tries", "Tries in a row without progress; 0 or inf for no limit",
           [&options](const std::string& text) { options.tries = triesOf(text); });
-  addText(command, "--timeout", "Seconds to connect, and without a byte, that end a try",
+  addText(command, "--timeout",
+          "Seconds to connect, and without a byte, that end a try of the film itself",
           [&options](const std::string& text) { options.timeout = timeoutOf(text); });
   addText(command, "--checksum",
           "sha-256=DIGITS that the film must have; sha-256 for those of FILM.sha256 beside it",
@@ -175,23 +133,29 @@ void addTransferOptions(CLI::App& command, Request& request) {
   command.add_flag_callback(
       "--netrc", [&options] { options.netrcFile = netrcOfUser(); },
       "Take user names and passwords from ~/.netrc");
-  addText(command, "--netrc-file", "Take them from this file",
-          [&options](const std::string& text) { options.netrcFile = netrcFile(text); });
+  addText(command, "--netrc-file", "Take them from this file", [&options](const std::string& text) {
+    options.netrcFile = checked(absolute(text), inputs::faultOfNetrcFile);
+  });
   // Not joined: each is one header.
   command
       .add_option_function<std::vector<std::string>>(
           "--header",
           [&options](const std::vector<std::string>& lines) {
-            for (const std::string& line : lines) options.headers.push_back(headerOf(line));
+            for (const std::string& line : lines) {
+              options.headers.push_back(checked(line, inputs::faultOfHeader));
+            }
           },
           "Further header of the requests, \"Name: value\"; may be repeated")
       ->take_all()
       ->expected(1)
       ->allow_extra_args(false);
-  addText(command, "--referer", "Page that names the film",
-          [&options](const std::string& text) { options.referer = refererOf(text); });
+  addText(command, "--referer", "Page that names the film", [&options](const std::string& text) {
+    options.referer = checked(text, inputs::faultOfReferer);
+  });
   addText(command, "--cookie-jar", "Read cookies from this file, and keep them there",
-          [&options](const std::string& text) { options.cookieFile = cookieFile(text); });
+          [&options](const std::string& text) {
+            options.cookieFile = checked(absolute(text), inputs::faultOfCookieFile);
+          });
 }
 
 }  // namespace playerx::cli

@@ -50,6 +50,8 @@ constexpr Row kRows[] = {
      "An address that begins with http:// but has \"https\" further on is not supported",
      "give one that begins with https://, or one without that word"},
     {T::kBadName, "bad_name", "No file can be named like this film",
+    {Reason::kUserNotText, "unsupported_url",
+     "User name and password of the address are not text in UTF-8"},
      "ask the provider for another address"},
 
     {Reason::kNoTicketFile, "bad_ticket", "There is no file {place}"},

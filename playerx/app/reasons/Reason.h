@@ -22,6 +22,7 @@ enum class Reason : std::int32_t {
   kUnsupportedType = 44,
   kNumericHost6 = 45,    ///< an IP address of version 6
   kMisplacedHttps = 46,  ///< "https" behind http://, which the download manager takes as the scheme
+  kUserNotText = 47,     ///< a user name or password that is not UTF-8
 
   // A ticket.
   kNoTicketFile = 50,

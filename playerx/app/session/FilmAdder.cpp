@@ -10,6 +10,7 @@
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "kvpm/StringTools.h"
 #include "playerx/app/inputs/Input.h"
+#include "playerx/app/inputs/OptionFault.h"
 #include "playerx/app/session/KnownFilm.h"
 #include "playerx/platform/Descriptor.h"
 #include "playerx/transfers/Address.h"
@@ -40,6 +41,8 @@ void makeCookieFile(const std::string& path) {
 }  // namespace
 
 Reply FilmAdder::add(const Request& request) {
+  const std::string fault = inputs::faultOf(request.options);
+  if (!fault.empty()) return {Reply::Outcome::kWrongUse, {fault}};
   const bool staysPaused = !request.starts && session_.manager().isPaused();
   Reply reply;
   bool isMoreCarried = false;
@@ -77,6 +80,10 @@ FilmAdder::Input FilmAdder::readInput(const std::string& text, const FilmOptions
 }
 
 void FilmAdder::addInput(const Input& input, const Request& request, Reply& reply) {
+  if (!inputs::faultOfUser(input.options).empty()) {
+    reply.refused.push_back({input.text, reasons::explain(reasons::Reason::kUserNotText)});
+    return;
+  }
   const bool hasOptions = input.options != FilmOptions{};
   if (hasOptions && !input.isTicket) session_.addFilmOptions(input.text, input.options);
   if (!goOnWith(input, request, reply)) addAnew(input, request, reply);

@@ -40,6 +40,7 @@ std::optional<FilmOptions> filmOptionsOf(const Json& object) {
   forEachText(options,
               [&members](const char* name, std::string& text) { members.take(name, text); });
   members.take("tries", options.tries);
+  if (members.has("tries") && options.tries == 0) members.fail();
   members.take("timeoutSeconds", seconds);
   members.takeEach("headers", options.headers, [](const Json& value) {
     return value.is_string() ? std::optional(value.get<std::string>()) : std::nullopt;

@@ -118,7 +118,9 @@ TEST(OptionsTest, OnePlainSentenceNamesWhatIsAllowed) {
       {{"get", "-o", "b.avi", "http://h/a.avi", "http://h/c.avi"},
        "The option \"--output\" needs one address, no more."},
       {{"add", "--cookie-jar", "", "http://h/a.avi"},
-       "Cookies cannot be kept in : it is a folder, or lies in none."},
+       "Cookies cannot be kept in \"\"; name a file in a folder that exists."},
+      {{"get", "--tries", "-1"},
+       "\"-1\" is no number of tries; give 1 or more, or 0 or inf for no limit."},
       {{"get", "--player"}, "The option \"--player\" needs a value."},
       {{"list", "--data"}, "The option \"--data\" needs a value."},
       {{"remove"}, "The argument \"N\" is missing; `playerx-cli remove --help` shows the usage."},
@@ -190,7 +192,9 @@ TEST(OptionsTest, TriesAndTimeLimitAreNumbers) {
       parse({"get", "--tries", "3", "--timeout", "0.5"}).options->request.options;
   EXPECT_EQ(options.tries, 3u);
   EXPECT_EQ(options.timeout, std::chrono::seconds(1));
-  EXPECT_GT(parse({"get", "--tries", "inf"}).options->request.options.tries, 1'000'000u);
+  for (const char* noLimit : {"0", "inf"}) {
+    EXPECT_GT(parse({"get", "--tries", noLimit}).options->request.options.tries, 1'000'000u);
+  }
 }
 
 }  // namespace

@@ -1,0 +1,118 @@
+#include "playerx/app/inputs/OptionFault.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <string_view>
+
+#include "playerx/platform/Text.h"
+
+namespace playerx::inputs {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kSumDigits = 64;
+
+/// Headers that the download library sets itself: others would break the transfer.
+constexpr std::string_view kOwnHeaders[] = {"range",      "if-range",       "accept-encoding",
+                                            "connection", "content-length", "transfer-encoding"};
+
+bool isControl(unsigned char byte) { return byte < ' ' || byte == 0x7f; }
+
+/// What JSON cannot carry would be kept as another text.
+bool isUtf8(const std::string& text) { return !decodeUtf8(text).malformed; }
+
+bool isOneLine(const std::string& text) {
+  return std::none_of(text.begin(), text.end(), isControl) && isUtf8(text);
+}
+
+bool isToken(std::string_view name) {
+  constexpr std::string_view kMarks = "!#$%&'*+-.^_`|~";
+  return !name.empty() && std::all_of(name.begin(), name.end(), [&](unsigned char c) {
+    return std::isalnum(c) != 0 || kMarks.find(static_cast<char>(c)) != std::string_view::npos;
+  });
+}
+
+std::string lowered(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+
+std::string firstOf(std::initializer_list<std::string> faults) {
+  const auto* const found =
+      std::find_if(faults.begin(), faults.end(), [](const auto& fault) { return !fault.empty(); });
+  return found == faults.end() ? "" : *found;
+}
+
+std::string faultOfNumbers(const FilmOptions& options) {
+  if (options.tries > kMostTries) return "So many tries cannot be counted.";
+  if (options.timeout > kLongestTimeout) return "A time limit is a day at most.";
+  return {};
+}
+
+template <class Check>
+std::string faultIfSet(const std::string& value, Check check) {
+  return value.empty() ? std::string() : check(value);
+}
+
+}  // namespace
+
+std::string faultOfHeader(const std::string& line) {
+  const std::size_t colon = line.find(':');
+  if (colon == std::string::npos || !isToken(line.substr(0, colon)) || !isOneLine(line)) {
+    return "A header reads \"Name: value\", on one line of UTF-8.";
+  }
+  const std::string name = lowered(line.substr(0, colon));
+  const bool isOwn =
+      std::find(std::begin(kOwnHeaders), std::end(kOwnHeaders), name) != std::end(kOwnHeaders);
+  return isOwn ? "The header \"" + name + "\" is set by the player itself." : "";
+}
+
+std::string faultOfReferer(const std::string& referer) {
+  if (!referer.empty() && isOneLine(referer)) return {};
+  return "The referer is an address, on one line of UTF-8.";
+}
+
+std::string faultOfNetrcFile(const std::string& path) {
+  std::error_code error;
+  if (fs::path(path).is_absolute() && isUtf8(path) && fs::is_regular_file(path, error)) return {};
+  return "There is no file \"" + path + "\" with user names and passwords.";
+}
+
+std::string faultOfCookieFile(const std::string& path) {
+  std::error_code error;
+  const fs::path file = path;
+  const bool isPlace = file.is_absolute() && isUtf8(path) &&
+                       fs::is_directory(file.parent_path(), error) &&
+                       (!fs::exists(file, error) || fs::is_regular_file(file, error));
+  if (isPlace) return {};
+  return "Cookies cannot be kept in \"" + path + "\"; name a file in a folder that exists.";
+}
+
+std::string faultOfSum(const std::string& sha256) {
+  const bool isHex = std::all_of(sha256.begin(), sha256.end(),
+                                 [](unsigned char c) { return std::isxdigit(c) != 0; });
+  if (isHex && sha256.size() == kSumDigits) return {};
+  return "A checksum reads sha-256=DIGITS, with 64 hexadecimal digits, or sha-256 for the sum in "
+         "the .sha256 file beside the film.";
+}
+
+std::string faultOfUser(const FilmOptions& options) {
+  if (isOneLine(options.username) && isOneLine(options.password)) return {};
+  return "User name and password are text in UTF-8, each on one line.";
+}
+
+std::string faultOf(const FilmOptions& options) {
+  for (const std::string& header : options.headers) {
+    if (std::string fault = faultOfHeader(header); !fault.empty()) return fault;
+  }
+  return firstOf(
+      {faultOfUser(options), faultOfNumbers(options), faultIfSet(options.referer, faultOfReferer),
+       faultIfSet(options.netrcFile, faultOfNetrcFile),
+       faultIfSet(options.cookieFile, faultOfCookieFile), faultIfSet(options.sha256, faultOfSum)});
+}
+
+}  // namespace playerx::inputs
