@@ -46,9 +46,10 @@ OpenedQueue open(PlayerSession& session, Access access, WakeUp& wakeUp) {
                          });
 }
 
-/// The request as it reads in a process with another working folder.
-Request withAbsolutePaths(Request request) {
+/// The request as it reads in a process with another working folder, in UTF-8.
+Request forAnotherProcess(Request request) {
   for (std::string& input : request.inputs) {
+    input = inputs::cleaned(input);
     if (inputs::isTicketPath(input)) input = std::filesystem::absolute(inputs::unquoted(input));
   }
   return request;
@@ -80,7 +81,7 @@ int get(Options options, PlayerSession& session, Reporter& reporter, WakeUp& wak
       const int status = getHere(options, session, reporter, wakeUp);
       return status == kExitDone ? before : status;
     }
-    options.request = withAbsolutePaths(options.request);
+    options.request = forAnotherProcess(options.request);
     RemoteGet remote(options, *opened.client, reporter, wakeUp);
     if (const auto status = remote.run()) return *status == kExitDone ? before : *status;
     if (remote.status() != kExitDone) before = remote.status();
@@ -116,7 +117,7 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
       return complainOf(session.unsavedChanges(), reporter, status);
     }
     const std::optional<Reply> reply =
-        opened.client->ask(withAbsolutePaths(options.request), kLongestAnswer);
+        opened.client->ask(forAnotherProcess(options.request), kLongestAnswer);
     if (reply) {
       for (const model::ItemState& item : reply->items) reporter.added(item);
       return present(*reply, reporter);
@@ -155,8 +156,8 @@ int watch(const Options& options, PlayerSession& session, Reporter& reporter, Wa
     case QueueClient::Met::kNobody:
       reporter.note("Nothing is being downloaded; `get` begins.");
       return kExitDone;
-    case QueueClient::Met::kStranger:
     case QueueClient::Met::kBusy:
+    case QueueClient::Met::kStranger:
       return complainOf(client.problem(), reporter, kExitFailed);
     case QueueClient::Met::kQueue:
       break;

@@ -27,9 +27,13 @@ std::string partOf(CURLU* url, CURLUPart part, unsigned flags = 0) {
 
 bool isControl(unsigned char byte) { return byte < 0x20 || byte == 0x7f; }
 
-std::string escapedByte(unsigned char byte) {
+void appendEscapedIf(bool isUnsafe, unsigned char byte, std::string& text) {
   constexpr char kDigits[] = "0123456789ABCDEF";
-  return {'%', kDigits[byte >> 4U], kDigits[byte & 15U]};
+  if (isUnsafe) {
+    text.append({'%', kDigits[byte >> 4U], kDigits[byte & 15U]});
+  } else {
+    text += static_cast<char>(byte);
+  }
 }
 
 /// Where the host begins in an http or https address; npos in every other text.
@@ -49,8 +53,7 @@ std::string escapeBehindHost(const std::string& url) {
   std::string escaped = url.substr(0, end);
   for (const char character : std::string_view(url).substr(end)) {
     const auto byte = static_cast<unsigned char>(character);
-    const bool unsafe = byte <= 0x20 || byte >= 0x7f;
-    escaped += unsafe ? escapedByte(byte) : std::string(1, character);
+    appendEscapedIf(byte <= 0x20 || byte >= 0x7f, byte, escaped);
   }
   return escaped;
 }
@@ -102,6 +105,15 @@ std::optional<Address> parseAddress(const std::string& urlUtf8) {
   curl_url_set(url.get(), CURLUPART_QUERY, nullptr, 0);
   address.place = partOf(url.get(), CURLUPART_URL, CURLU_NO_DEFAULT_PORT);
   return address;
+}
+
+std::string escapedBeyondAscii(const std::string& text) {
+  std::string escaped;
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    appendEscapedIf(byte > 0x7f, byte, escaped);
+  }
+  return escaped;
 }
 
 std::string fileNameOf(const Address& address) {

@@ -20,6 +20,9 @@ struct Address {
 /// escaped. Returns nullopt for everything else, above all for text with control characters.
 std::optional<Address> parseAddress(const std::string& urlUtf8);
 
+/// A text with every byte beyond ASCII escaped, as "%FF".
+std::string escapedBeyondAscii(const std::string& text);
+
 /// The last name of the address's path, without escapes; may be empty.
 std::string fileNameOf(const Address& address);
 

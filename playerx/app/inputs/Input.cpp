@@ -6,6 +6,7 @@
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "kvpm/StringTools.h"
 #include "playerx/app/inputs/TicketFile.h"
+#include "playerx/platform/Text.h"
 #include "playerx/transfers/Address.h"
 
 namespace playerx::inputs {
@@ -56,8 +57,10 @@ std::string unquoted(const std::string& input) {
 }
 
 std::string cleaned(const std::string& input) {
-  const QString text = QString::fromStdString(input);
-  return text.contains("://") ? text.trimmed().toStdString() : input;
+  if (input.find("://") == std::string::npos) return input;
+  const bool isText = !decodeUtf8(input).malformed;
+  const std::string text = isText ? input : escapedBeyondAscii(input);
+  return QString::fromStdString(text).trimmed().toStdString();
 }
 
 bool isTicketPath(const std::string& argument) {

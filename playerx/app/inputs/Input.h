@@ -22,8 +22,9 @@ bool isTicketPath(const std::string& argument);
 /// file manager.
 std::string unquoted(const std::string& input);
 
-/// An address without the white space around it, which came along when it was copied. Everything
-/// else, such as the path of a ticket, as it is.
+/// An address without the white space around it, which came along when it was copied, and, where it
+/// is not UTF-8, with the bytes beyond ASCII escaped. Everything else, such as the path of a
+/// ticket, as it is.
 std::string cleaned(const std::string& input);
 
 /// Why the player does not take this address; nullopt when it does, whatever the download manager

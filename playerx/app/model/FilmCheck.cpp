@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "playerx/app/model/TextFormat.h"
+#include "playerx/platform/Text.h"
 
 namespace playerx::model {
 
@@ -48,7 +49,7 @@ bool isFilmName(const std::string& name) {
   const bool isPlain = std::all_of(name.begin(), name.end(), [](unsigned char byte) {
     return byte >= ' ' && byte != 0x7f && byte != '/';
   });
-  return isPlain && !name.empty() && name != "." && name != "..";
+  return isPlain && !decodeUtf8(name).malformed && !name.empty() && name != "." && name != "..";
 }
 
 }  // namespace playerx::model

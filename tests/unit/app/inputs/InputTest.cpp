@@ -75,6 +75,11 @@ TEST_F(AddInputTest, WhiteSpaceAroundAnAddressIsDropped) {
   EXPECT_EQ(cleaned(" a.tix "), " a.tix ");
 }
 
+TEST(InputTest, BytesThatAreNotUtf8AreEscaped) {
+  EXPECT_EQ(cleaned("http://h/\xff\xC3\xA4.avi "), "http://h/%FF%C3%A4.avi");
+  EXPECT_EQ(cleaned("http://h/\xC3\xA4.avi"), "http://h/\xC3\xA4.avi");
+}
+
 TEST_F(AddInputTest, AnAddressThatWaitsAlreadyIsNotAddedAgain) {
   DownloadItem& item = module_.put("http://h/a.avi");
   EXPECT_EQ(add("http://h/a.avi").outcome, AddResult::kAlreadyQueued);
