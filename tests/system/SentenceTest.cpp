@@ -105,6 +105,36 @@ TEST_F(SentenceTest, AServerThatWantsAPasswordEvenForTheSizeIsSaid) {
   EXPECT_THAT(failureOf(url), AllOf(HasSubstr("HEAD"), Not(HasSubstr("secret"))));
 }
 
+TEST_F(SentenceTest, AServerThatSendsThePlayerOnToNoFilmIsNamed) {
+  const Nginx last({.serverSnippet = "location / { return 302 file:///etc/passwd; }"});
+  const Nginx first({.serverSnippet = "location / { return 302 " + last.url("/b.avi") + "; }"});
+  const std::string sentence = failureOf(first.url("/a.avi"));
+  EXPECT_THAT(sentence, AllOf(HasSubstr("localhost sends the player on to where no film is"),
+                              Not(HasSubstr("file:"))));
+}
+
+TEST_F(SentenceTest, ARedirectThatNamesNoPlaceIsSaid) {
+  ScriptedServer server;
+  server.always(
+      Script().readRequest().send("HTTP/1.1 302 Found\r\nContent-Length: 0\r\n\r\n").close());
+  EXPECT_THAT(failureOf(server.url("/a.avi")), HasSubstr("without saying where to (302)"));
+}
+
+TEST_F(SentenceTest, AnAddressThatIsNotUtf8IsFetchedAsItIs) {
+  const Nginx server;
+  server.serve("\xE9t\xE9.avi", distinctBytes(5000));
+  EXPECT_EQ(home.run({"get", server.url("/\xE9t\xE9.avi")}).status, 0);
+  EXPECT_EQ(home.films().size(), 1u);
+}
+
+TEST_F(SentenceTest, AUserNameOrHeaderThatIsNotUtf8IsRefused) {
+  EXPECT_THAT(refusalOf("http://\xFF:b@h/a.avi"), HasSubstr("not text in UTF-8"));
+  EXPECT_THAT(refusalOf("http://a:%FF@h/a.avi"), HasSubstr("not text in UTF-8"));
+  const PlayerResult result = home.run({"add", "--header", "A: \xFF", "http://h/a.avi"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.errors, HasSubstr("on one line of UTF-8"));
+}
+
 TEST_F(SentenceTest, AMissingModuleNamesTheFoldersSearched) {
   const PlayerResult result = home.run({"--plugins", folder.path(), "add", "http://h/a.avi"});
   EXPECT_EQ(result.status, 1);

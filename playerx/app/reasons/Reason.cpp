@@ -27,6 +27,7 @@ struct Row {
 };
 
 /// Statuses without a row of their own are explained by one of these.
+constexpr int kAnyRedirect = 300;
 constexpr int kAnyRefusal = 400;
 constexpr int kAnyServerError = 500;
 
@@ -49,9 +50,9 @@ constexpr Row kRows[] = {
     {Reason::kMisplacedHttps, "unsupported_url",
      "An address that begins with http:// but has \"https\" further on is not supported",
      "give one that begins with https://, or one without that word"},
-    {T::kBadName, "bad_name", "No file can be named like this film",
     {Reason::kUserNotText, "unsupported_url",
      "User name and password of the address are not text in UTF-8"},
+    {T::kBadName, "bad_name", "No file can be named like this film",
      "ask the provider for another address"},
 
     {Reason::kNoTicketFile, "bad_ticket", "There is no file {place}"},
@@ -160,6 +161,8 @@ constexpr Row kRows[] = {
      "ask the provider for a direct address"},
     {410, "{host} no longer has this film ({status})", "ask the provider for a new address"},
     {429, "{host} is asked too often ({status})", "try again later"},
+    {kAnyRedirect, "{host} sends the player on without saying where to ({status})",
+     "ask the provider"},
     {kAnyRefusal, "{host} refused the film ({status})"},
     {kAnyServerError, "{host} has trouble of its own ({status})", "try again later"},
 
@@ -187,6 +190,11 @@ constexpr Row kRows[] = {
 
 int statusOf(Reason reason) { return statusOfFailure(static_cast<TransferFailure>(reason)); }
 
+bool isRedirect(int status) {
+  constexpr int kNotModified = 304;
+  return status >= kAnyRedirect && status < kAnyRefusal && status != kNotModified;
+}
+
 const Row* findRow(Reason reason) {
   const Row* row = std::find_if(std::begin(kRows), std::end(kRows),
                                 [reason](const Row& each) { return each.reason == reason; });
@@ -197,7 +205,8 @@ const Row& rowOf(Reason reason) {
   if (const Row* row = findRow(reason)) return *row;
   const int status = statusOf(reason);
   if (status == 0) return *findRow(reasonOf(T::kInternal));
-  return *findRow(reasonOfStatus(status >= kAnyServerError ? kAnyServerError : kAnyRefusal));
+  if (status >= kAnyServerError) return *findRow(reasonOfStatus(kAnyServerError));
+  return *findRow(reasonOfStatus(isRedirect(status) ? kAnyRedirect : kAnyRefusal));
 }
 
 /// `text` with the facts in the places of their names.

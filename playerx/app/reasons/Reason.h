@@ -67,7 +67,7 @@ enum class Reason : std::int32_t {
 /// The reason why a transfer broke.
 constexpr Reason reasonOf(TransferFailure failure) { return static_cast<Reason>(failure); }
 
-/// The reason for an HTTP status of 400 and above.
+/// The reason for an HTTP status of 300 and above, after redirects that could be followed.
 constexpr Reason reasonOfStatus(long status) {
   return reasonOf(failureOfStatus(static_cast<int>(status)));
 }

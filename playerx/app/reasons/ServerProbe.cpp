@@ -51,6 +51,18 @@ std::string textOf(CURL* curl, CURLINFO info) {
   return text == nullptr ? "" : text;
 }
 
+/// Where the answers come from. Redirects to what is not the web are refused without an answer.
+struct Sender {
+  CURL* curl;
+  std::string& address;
+};
+
+std::size_t noteSender(char*, std::size_t, std::size_t length, void* context) {
+  const auto& sender = *static_cast<Sender*>(context);
+  sender.address = textOf(sender.curl, CURLINFO_EFFECTIVE_URL);
+  return length;
+}
+
 bool isWebPage(const std::string& type) {
   constexpr std::string_view kPage = "text/html";
   return strncasecmp(type.c_str(), kPage.data(), kPage.size()) == 0;
@@ -68,6 +80,9 @@ ProbeResult probeServer(const std::string& address, const TrustedAuthorities& au
   setUp(curl.get(), address, authorities);
   setStop(curl.get(), stop);
   curl_easy_setopt(curl.get(), CURLOPT_ERRORBUFFER, words.data());
+  Sender sender{curl.get(), result.last};
+  curl_easy_setopt(curl.get(), CURLOPT_HEADERFUNCTION, noteSender);
+  curl_easy_setopt(curl.get(), CURLOPT_HEADERDATA, &sender);
 
   result.end = curlEndOf(curl.get(), curl_easy_perform(curl.get()));
   result.words = wordsOf(result.end.code, words.data());
@@ -76,7 +91,8 @@ ProbeResult probeServer(const std::string& address, const TrustedAuthorities& au
   curl_easy_getinfo(curl.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   result.length = length;
   result.type = textOf(curl.get(), CURLINFO_CONTENT_TYPE);
-  result.last = textOf(curl.get(), CURLINFO_EFFECTIVE_URL);
+  const std::string asked = textOf(curl.get(), CURLINFO_EFFECTIVE_URL);
+  if (parseAddress(asked)) result.last = asked;
   return result;
 }
 
@@ -99,7 +115,7 @@ std::optional<Explanation> explainProbe(const ProbeResult& probe) {
   const std::string host = hostOf(address);
   if (report.failure != TransferFailure::kNone) return explainTransfer(report, address);
   if (probe.status == 407) return explainProxyLogin(address);
-  if (probe.status >= 400) return explain(reasonOfStatus(probe.status), {.host = host});
+  if (probe.status >= 300) return explain(reasonOfStatus(probe.status), {.host = host});
   if (isWebPage(probe.type)) return explain(reasonOf(TransferFailure::kWebPage), {.host = host});
   if (probe.length == 0) return explain(Reason::kEmptyFile, {.host = host});
   if (probe.length < 0) return explain(Reason::kNoLength, {.host = host});

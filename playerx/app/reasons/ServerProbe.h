@@ -20,7 +20,7 @@ struct ProbeResult {
   long status = 0;           ///< HTTP status of the last answer; 0 when there was none
   std::int64_t length = -1;  ///< announced bytes; -1 when none were announced
   std::string type{};        ///< announced media type ("text/html; charset=utf-8"); may be empty
-  std::string last{};        ///< address of the last answer, after redirects; may be empty
+  std::string last{};        ///< web address asked last, after redirects; may be empty
 };
 
 /// Looks at the server behind an address (UTF-8). Blocks for the network, less long when a stop is

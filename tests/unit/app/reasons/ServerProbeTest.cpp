@@ -49,6 +49,11 @@ TEST(ServerProbeTest, TheServerBehindARedirectIsNamed) {
   EXPECT_EQ(explainProbe(result)->happened, "cdn.test has no film at this address (404)");
 }
 
+TEST(ServerProbeTest, ARedirectWithoutAPlaceIsSaid) {
+  EXPECT_EQ(explainProbe(probed({CURLE_OK}, 302, 0))->sentence(),
+            "films.test sends the player on without saying where to (302); ask the provider.");
+}
+
 TEST(ServerProbeTest, AServerThatRefusesTheQuestionForTheSizeIsNamed) {
   for (const int status : {405, 501}) {
     const auto explanation = explainProbe(probed({CURLE_OK}, status));
