@@ -27,9 +27,11 @@ std::string bytesPart(const ItemState& item, const Progress& progress) {
 }
 
 /// How fast, or for how long nothing has come.
-std::string speedPart(const Progress& progress) {
+std::string speedPart(const ItemState& item, const Progress& progress) {
   if (progress.silentSeconds > 0) {
-    const std::string silence = "no byte for " + model::formatDuration(progress.silentSeconds);
+    const bool isAsked = item.status != DownloadStatusDownloading;
+    const std::string silence = (isAsked ? "no answer for " : "no byte for ") +
+                                model::formatDuration(progress.silentSeconds);
     return progress.isRetrying ? silence + ", trying again" : silence;
   }
   return progress.bytesPerSecond > 0 ? formatBytes(progress.bytesPerSecond) + "/s" : "";
@@ -69,7 +71,7 @@ std::string liveLine(const ItemState& item, const Progress& progress, const Queu
   const std::size_t titleRoom = kGap + std::min(columnsOf(title), kLeastOfTitle);
   const std::size_t taken = percent.size() + titleRoom;
   std::string bytes = bytesPart(item, progress);
-  std::string speed = speedPart(progress);
+  std::string speed = speedPart(item, progress);
   std::string time = timePart(item, progress);
   std::string total = queuePart(queue);
   dropWhatDoesNotFit({&time, &speed, &bytes, &total}, columns > taken ? columns - taken : 0);

@@ -119,7 +119,8 @@ class LiveReporter : public LineReporter {
     const int columns = columns_();
     const bool isArriving =
         item.status == DownloadStatusDownloading || item.status == DownloadStatusStarting;
-    if (!isArriving || columns < 2) return;
+    const bool isAsked = progress.silentSeconds > 0;
+    if ((!isArriving && !isAsked) || columns < 2) return;
     // A character in the last column has some terminals begin another line.
     const auto room = static_cast<std::size_t>(columns - 1);
     out_ << "\r\033[K" << liveLine(item, progress, queue_, room) << std::flush;

@@ -113,6 +113,14 @@ TEST_F(TerminalTest, ASilenceIsSaidWhileItLasts) {
   EXPECT_TRUE(terminal.waitFor("no byte for 6 s")) << terminal.take();
 }
 
+TEST_F(TerminalTest, AServerThatDoesNotSayHowLongTheFilmIsIsSaidToBeSilent) {
+  support::ScriptedServer silent;
+  silent.always(support::Script().readRequest().stall());
+  Terminal terminal(home_.commandLine({"get", silent.url("/film.avi")}), home_.environment(), 80);
+  EXPECT_TRUE(terminal.waitFor("no answer for 5 s")) << terminal.take();
+  EXPECT_TRUE(terminal.waitFor("no answer for 6 s")) << terminal.take();
+}
+
 TEST_F(TerminalTest, WideTitlesKeepThePercentageOnOneLine) {
   const std::string name = "\u6620\u753b\u306e\u540d\u524d \u05e1\u05e8\u05d8.avi";
   server_.serve(name, distinctBytes(400'000));

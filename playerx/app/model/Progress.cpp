@@ -9,9 +9,6 @@ namespace {
 
 using std::chrono::seconds;
 
-/// A pause of this length between two bytes is nothing to speak of.
-constexpr seconds kSilence(5);
-
 constexpr double kTolerance = 0.1;
 
 /// Differences below this are those of rounding.

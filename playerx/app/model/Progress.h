@@ -11,6 +11,9 @@
 
 namespace playerx::model {
 
+/// A pause shorter than this is nothing to speak of.
+constexpr std::chrono::seconds kSilence(5);
+
 /// The progress of one download, by the player's own clock.
 struct Progress {
   std::optional<std::uint64_t> arrived{};      ///< bytes; nullopt when not known

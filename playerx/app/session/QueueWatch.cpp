@@ -41,8 +41,11 @@ std::vector<unsigned int> QueueWatch::update() {
 }
 
 void QueueWatch::measure() {
+  const ItemState* const asked = askedItem();
+  if (asked == nullptr) asked_ = 0;
   for (const ItemState& item : queue()) {
-    if (const auto progress = measure(item)) listener_({Kind::kChanged, item, *progress});
+    const auto progress = &item == asked ? measureSilence(item) : measure(item);
+    if (progress) listener_({Kind::kChanged, item, *progress});
   }
 }
 
@@ -133,6 +136,26 @@ void QueueWatch::tell(const QueueChange& change) {
     case QueueChange::kFailed:
       return explainer_.explain(item, session_.takeNotices(item.id), std::exchange(lastWords_, {}));
   }
+}
+
+/// The item whose server is being asked for the size, or whose services for leave: the manager is
+/// at work on it, but its transfer has not begun. Null when there is none.
+const ItemState* QueueWatch::askedItem() const {
+  if (!session_.isStarted() || session_.manager().isPaused()) return nullptr;
+  const auto first = std::find_if(queue().begin(), queue().end(), [](const ItemState& item) {
+    return model::isUnfinished(item.status);
+  });
+  const bool isAsked = first != queue().end() && first->status != DownloadStatusDownloading;
+  return isAsked ? &*first : nullptr;
+}
+
+/// Nullopt while that takes no longer than usual.
+std::optional<model::Progress> QueueWatch::measureSilence(const ItemState& item) {
+  const auto now = model::ProgressMeter::Clock::now();
+  if (std::exchange(asked_, item.id) != item.id) askedSince_ = now;
+  const auto silence = std::chrono::floor<std::chrono::seconds>(now - askedSince_);
+  if (silence < model::kSilence) return std::nullopt;
+  return model::Progress{.silentSeconds = static_cast<std::uint64_t>(silence.count())};
 }
 
 /// Nullopt when the item is not being transferred, or how far it has come is not known.

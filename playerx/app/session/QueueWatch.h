@@ -58,6 +58,8 @@ class QueueWatch {
   void tellReasons();
   void tell(const model::QueueChange& change);
   std::optional<model::Progress> measure(const model::ItemState& item);
+  const model::ItemState* askedItem() const;
+  std::optional<model::Progress> measureSilence(const model::ItemState& item);
   void playIfReady(const model::ItemState& item);
   void note(const std::string& sentence);
 
@@ -69,6 +71,8 @@ class QueueWatch {
   model::QueueTracker tracker_;
   std::vector<unsigned int> order_;  ///< ids, as they were told last
   std::map<unsigned int, model::ProgressMeter> meters_;
+  unsigned int asked_ = 0;  ///< the item whose server was being asked when last looked
+  model::ProgressMeter::Clock::time_point askedSince_{};
   std::set<unsigned int> toPlay_;
   std::string lastWords_;  ///< said since the last outcome
 };

@@ -55,6 +55,12 @@ TEST_F(LiveLineTest, WhatIsNotKnownIsNotMadeUp) {
   EXPECT_THAT(line(100), testing::Not(HasSubstr("B")));
 }
 
+TEST_F(LiveLineTest, AServerThatDoesNotSayTheSizeIsSaid) {
+  item_.status = DownloadStatusQueued;
+  progress_ = {.silentSeconds = 12};
+  EXPECT_THAT(line(100), HasSubstr("no answer for 12 s"));
+}
+
 TEST_F(LiveLineTest, ASilenceIsSaid) {
   progress_ = {294'000'000, 0, std::nullopt, 12, true};
   EXPECT_THAT(line(100), HasSubstr("no byte for 12 s, trying again"));
