@@ -140,6 +140,22 @@ TEST_F(WindowTest, GoesOnWithTheQueueWhenTheCommandThatHadItEnds) {
   EXPECT_TRUE(isThere("b.avi")) << window->errors();
 }
 
+TEST_F(WindowTest, ALongListOfAddressesKeepsNobodyWaiting) {
+  std::vector<std::string> inputs;
+  for (int i = 0; i < 5000; ++i) {
+    inputs.push_back("http://127.0.0.1:1/" + std::to_string(i) + ".avi");
+  }
+  const auto window = startWindow(inputs);
+  ASSERT_TRUE(isListed("0.avi")) << window->errors();
+  EXPECT_EQ(home.run({"add", "http://127.0.0.1:1/between.avi"}).status, 0);
+  window->send(SIGTERM);
+  EXPECT_EQ(window->wait(), 0) << window->errors();
+  const auto added = static_cast<int>(home.queue().size()) - 1;
+  EXPECT_LT(added, 5000) << "the end came in between";
+  EXPECT_THAT(window->errors(),
+              HasSubstr(std::to_string(5000 - added) + " of the inputs were not added."));
+}
+
 TEST_F(WindowTest, WhatHasArrivedIsKeptWhenItEnds) {
   auto window = startWindow({offerSlow("a.avi")});
   ASSERT_TRUE(isListed("a.avi"));

@@ -109,6 +109,8 @@ SessionWorker::~SessionWorker() {
   end_.reset();
   const std::string problem = wasHere ? session_->unsavedChanges() : "";
   if (!problem.empty()) std::cerr << "playerx: " << problem << std::endl;
+  const qsizetype left = toAdd_.size() + waiting_.size();
+  if (left > 0) std::cerr << "playerx: " << left << " of the inputs were not added." << std::endl;
 }
 
 void SessionWorker::open(bool staysPaused) {
@@ -173,16 +175,26 @@ void SessionWorker::begin() {
 }
 
 void SessionWorker::add(const QStringList& inputs) {
-  InputReport report;
-  added_.clear();
-  for (qsizetype first = 0; first < inputs.size(); first += kInputsAtOnce) {
-    addSome(inputs.mid(first, kInputsAtOnce), report);
-    lookIfDue();
+  const bool isAdding = !toAdd_.isEmpty();
+  if (!isAdding) added_.clear();
+  toAdd_.append(inputs);
+  if (!isAdding) addNext();
+}
+
+/// A long list is added piece by piece: requests at the door and the end of the window come in
+/// between.
+void SessionWorker::addNext() {
+  addSome(toAdd_.mid(0, kInputsAtOnce), report_);
+  toAdd_ = toAdd_.mid(kInputsAtOnce);
+  lookIfDue();
+  if (!toAdd_.isEmpty()) {
+    QMetaObject::invokeMethod(this, &SessionWorker::addNext, Qt::QueuedConnection);
+    return;
   }
   look();
-  report.films = std::exchange(added_, {});
-  report.added = static_cast<int>(report.films.size());
-  Q_EMIT inputsTaken(report);
+  report_.films = std::exchange(added_, {});
+  report_.added = static_cast<int>(report_.films.size());
+  Q_EMIT inputsTaken(std::exchange(report_, {}));
 }
 
 void SessionWorker::addSome(const QStringList& inputs, InputReport& report) {

@@ -41,6 +41,8 @@ class SessionWorker : public QObject {
   /// process is in the way.
   void open(bool staysPaused);
 
+  /// Adds the inputs, a long list little by little; `inputsTaken` says when it is done. Those that
+  /// are left when the worker is destroyed are counted on standard error.
   void add(const QStringList& inputs);
   void readTicket(const QString& path);
   void pauseAll();
@@ -71,6 +73,7 @@ class SessionWorker : public QObject {
   void openThere(std::unique_ptr<door::QueueClient> client);
   void beginBook();
   void begin();
+  void addNext();
   void addSome(const QStringList& inputs, InputReport& report);
   session::Reply ask(const session::Request& request);
   void askEach(const Ids& ids, session::Request request);
@@ -90,6 +93,8 @@ class SessionWorker : public QObject {
   std::atomic<bool> isAnswerDue_{false};
   bool staysPaused_ = false;
   QSet<FilmId> playWishes_;  // films to be played as soon as enough of them is there
+  QStringList toAdd_;        // inputs whose turn has not come yet
+  InputReport report_;       // of those whose turn has come
   Ids added_;                // since adding began
   QStringList waiting_;      // inputs that no queue could be told of yet
   FilmId firstId_ = 0;       // films of the present queue are numbered from above it on
