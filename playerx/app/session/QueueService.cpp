@@ -210,9 +210,11 @@ Reply QueueService::retry(const ItemState& item) {
 Reply QueueService::retryAll() {
   std::vector<ItemState> queue = watch_.queue();
   std::erase_if(queue, [](const ItemState& item) { return item.status != DownloadStatusFailed; });
-  // Each goes to the top: the last one first keeps their order.
+  // Each goes to the top: the last one first keeps their order. One that was at the top is queued
+  // again by what passes it, and would stay behind.
   std::for_each(queue.rbegin(), queue.rend(), [this](const ItemState& item) {
     session_.manager().retry(item.id);
+    session_.manager().moveToTop(item.id);
     watch_.expectOutcome(item.id);
   });
   watch_.update();

@@ -92,7 +92,8 @@ TEST_F(QueueServiceTest, RetryOfAllKeepsTheOrder) {
   fake_.module.put("http://h/b.avi", DownloadStatusCompleted);
   const DownloadItem& last = fake_.module.put("http://h/c.avi", DownloadStatusFailed);
   EXPECT_EQ(ask(Action::kRetry).outcome, Outcome::kDone);
-  EXPECT_THAT(log_.lines(), ElementsAre(call("retry", last), call("retry", first)));
+  EXPECT_THAT(log_.lines(), ElementsAre(call("retry", last), call("moveToTop", last),
+                                        call("retry", first), call("moveToTop", first)));
 }
 
 TEST_F(QueueServiceTest, EachDirectionIsAMoveOfItsOwn) {
