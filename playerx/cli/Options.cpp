@@ -223,12 +223,16 @@ std::string advice(const std::string& typed, const std::vector<std::string>& nam
 
 /// One plain sentence on the first word that could not be read.
 std::string complaintOfWord(const CLI::App& app, const std::string& typed) {
-  const std::string word = "\"" + printable(withoutCredentials(typed)) + "\"";
   if (typed.starts_with("-")) {
-    return "There is no option " + word +
-           advice(typed, optionsOf(app), "`playerx-cli --help` names those that there are");
+    // The value may be secret.
+    const std::string name = typed.substr(0, typed.find('='));
+    return "There is no option \"" + printable(name) + "\"" +
+           advice(name, optionsOf(app), "`playerx-cli --help` names those that there are");
   }
+  const std::string word = "\"" + printable(withoutCredentials(typed)) + "\"";
   if (app.get_subcommands().empty()) {
+    const bool isInput = inputs::isTicketPath(typed) || typed.find("://") != std::string::npos;
+    if (isInput) return "A command is missing before " + word + "; `playerx-cli get` downloads it.";
     return "There is no command " + word +
            advice(typed, commandNames(app), "the commands are " + commandsOf(app));
   }

@@ -1,11 +1,56 @@
 #include "playerx/cli/Suggestion.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace playerx::cli {
 
 namespace {
+
+/// Words that other download programs have for what is meant here by the last one.
+constexpr std::string_view kSynonyms[][2] = {{"-P", "--media"},
+                                             {"-d", "--media"},
+                                             {"--dir", "--media"},
+                                             {"--directory-prefix", "--media"},
+                                             {"--output-dir", "--media"},
+                                             {"-O", "--output"},
+                                             {"--out", "--output"},
+                                             {"--output-document", "--output"},
+                                             {"-H", "--header"},
+                                             {"-e", "--referer"},
+                                             {"-b", "--cookie-jar"},
+                                             {"--load-cookies", "--cookie-jar"},
+                                             {"-n", "--netrc"},
+                                             {"-u", "--netrc"},
+                                             {"--user", "--netrc"},
+                                             {"--http-user", "--netrc"},
+                                             {"--password", "--netrc"},
+                                             {"-k", "--cacert"},
+                                             {"--insecure", "--cacert"},
+                                             {"--no-check-certificate", "--cacert"},
+                                             {"-t", "--tries"},
+                                             {"--retry", "--tries"},
+                                             {"--max-tries", "--tries"},
+                                             {"--connect-timeout", "--timeout"},
+                                             {"-s", "--quiet"},
+                                             {"--silent", "--quiet"},
+                                             {"rm", "remove"},
+                                             {"delete", "remove"},
+                                             {"ls", "list"},
+                                             {"status", "list"},
+                                             {"download", "get"},
+                                             {"fetch", "get"},
+                                             {"start", "get"},
+                                             {"stop", "pause"},
+                                             {"unpause", "resume"}};
+
+std::string nameOfSynonym(std::string_view word) {
+  for (const auto& [synonym, name] : kSynonyms) {
+    if (synonym == word) return std::string(name);
+  }
+  return {};
+}
 
 /// Damerau's distance: each row is computed from the two above it.
 std::size_t errorsBetween(const std::string& typed, const std::string& meant) {
@@ -32,6 +77,8 @@ std::size_t errorsBetween(const std::string& typed, const std::string& meant) {
 std::string nearestTo(const std::string& word, const std::vector<std::string>& candidates) {
   constexpr std::size_t kLongestWord = 100;
   if (word.size() > kLongestWord) return "";
+  const std::string known = nameOfSynonym(word);
+  if (std::find(candidates.begin(), candidates.end(), known) != candidates.end()) return known;
   std::string nearest;
   std::size_t fewest = word.size() / 3 + 1;
   for (const std::string& candidate : candidates) {

@@ -20,6 +20,12 @@ TEST(SuggestionTest, AnotherWordSuggestsNothing) {
   EXPECT_EQ(nearestTo(std::string(1000, 'x'), kNames), "");
 }
 
+TEST(SuggestionTest, WordsOfOtherProgramsAreKnown) {
+  EXPECT_EQ(nearestTo("-P", kNames), "--media");
+  EXPECT_EQ(nearestTo("ls", kNames), "list");
+  EXPECT_EQ(nearestTo("rm", kNames), "") << "no remove here";
+}
+
 TEST(SuggestionTest, TheNearestOfSeveralIsSuggested) {
   EXPECT_EQ(nearestTo("--dta", {"--dote", "--data"}), "--data");
 }
