@@ -116,6 +116,12 @@ void syncFinishedSoon(const fs::path& file) {
   syncSoon(path);
 }
 
+void syncNameSoon(const fs::path& file) {
+  const fs::path path = absolutePath(file);
+  addUnsyncedName(path);
+  syncSoon(path);
+}
+
 void flushFileSyncs() { batcher().flush(); }
 
 }  // namespace playerx

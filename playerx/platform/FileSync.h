@@ -30,7 +30,10 @@ void syncSoon(const std::filesystem::path& file);
 /// reaches the disk later, so it may mention the file.
 void syncFinishedSoon(const std::filesystem::path& file);
 
-/// Waits until all earlier requests of the two functions above are done.
+/// The same for a film that was synced before it got its name: only the name is left.
+void syncNameSoon(const std::filesystem::path& file);
+
+/// Waits until all earlier requests of the functions above are done.
 void flushFileSyncs();
 
 }  // namespace playerx

@@ -20,7 +20,8 @@ struct Unsynced {
   GuardMutex syncing;  ///< locked before `mutex`, for the whole of a sync
   GuardMutex mutex;
   Paths files KVPM_GUARDED_BY(mutex);
-  bool isSyncing KVPM_GUARDED_BY(mutex) = false;  ///< files removed from `files` are being synced
+  Paths folders KVPM_GUARDED_BY(mutex);           ///< with names that are to be synced
+  bool isSyncing KVPM_GUARDED_BY(mutex) = false;  ///< what was removed from both is being synced
 };
 
 // Never destroyed: files are synced until the process ends.
@@ -29,8 +30,8 @@ Unsynced& unsynced() {
   return instance;
 }
 
-Descriptor openPath(const fs::path& path, int flags = 0) {
-  return Descriptor(::open(path.c_str(), flags | O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+Descriptor openPath(const fs::path& path) {
+  return Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
 }
 
 // The first `fsync` then flushes the disk for nearly all of them.
@@ -41,15 +42,9 @@ void startWriting(const Paths& files) {
   }
 }
 
-void syncAll(const Paths& files) {
-  Paths folders;
-  for (const fs::path& file : files) {
-    const Descriptor opened = openPath(file);
-    if (opened) ::fsync(opened.get());
-    folders.insert(file.parent_path());
-  }
-  for (const fs::path& folder : folders) {
-    const Descriptor opened = openPath(folder, O_DIRECTORY);
+void syncAll(const Paths& paths) {
+  for (const fs::path& path : paths) {
+    const Descriptor opened = openPath(path);
     if (opened) ::fsync(opened.get());
   }
 }
@@ -59,23 +54,31 @@ void syncAll(const Paths& files) {
 void addUnsyncedFile(const fs::path& file) {
   const GuardLock lock(unsynced().mutex);
   unsynced().files.insert(file);
+  unsynced().folders.insert(file.parent_path());
+}
+
+void addUnsyncedName(const fs::path& file) {
+  const GuardLock lock(unsynced().mutex);
+  unsynced().folders.insert(file.parent_path());
 }
 
 bool areAllFilesOnDisk() {
   const GuardLock lock(unsynced().mutex);
-  return unsynced().files.empty() && !unsynced().isSyncing;
+  return unsynced().folders.empty() && !unsynced().isSyncing;
 }
 
 void syncUnsyncedFiles() {
   const GuardLock one(unsynced().syncing);
-  Paths files;
+  Paths files, folders;
   {
     const GuardLock lock(unsynced().mutex);
     files = std::exchange(unsynced().files, {});
+    folders = std::exchange(unsynced().folders, {});
     unsynced().isSyncing = true;
   }
   startWriting(files);
   syncAll(files);
+  syncAll(folders);
   const GuardLock lock(unsynced().mutex);
   unsynced().isSyncing = false;
 }

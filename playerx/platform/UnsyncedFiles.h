@@ -11,6 +11,9 @@ namespace playerx {
 
 void addUnsyncedFile(const std::filesystem::path& absolute);
 
+/// Adds a file whose content is on the disk, but perhaps not its name.
+void addUnsyncedName(const std::filesystem::path& absolute);
+
 /// Whether all added files are on the disk.
 bool areAllFilesOnDisk();
 

@@ -77,8 +77,9 @@ class Placing {
   }
 
   Placed done(const fs::path& target) const {
-    // On the disk before what is then saved of the completion: see docs/durability.md.
-    syncFinishedSoon(target);
+    // On the disk before what is then saved of the completion: see docs/durability.md. The content
+    // is there already, whether the film was renamed or copied.
+    syncNameSoon(target);
     if (const int error = placeRights(target); error != 0) {
       return failed(rightsOf(target), error, TransferFailure::kMediaFolder);
     }

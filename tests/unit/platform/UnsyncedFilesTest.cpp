@@ -18,6 +18,16 @@ TEST(UnsyncedFilesTest, AFileIsNotChanged) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
 }
 
+TEST(UnsyncedFilesTest, ANameIsOnTheDiskOnceItIsSynced) {
+  const support::TempDir folder;
+  syncUnsyncedFiles();
+  EXPECT_TRUE(areAllFilesOnDisk());
+  addUnsyncedName(folder.write("film.avi", "film"));
+  EXPECT_FALSE(areAllFilesOnDisk());
+  syncUnsyncedFiles();
+  EXPECT_TRUE(areAllFilesOnDisk());
+}
+
 TEST(UnsyncedFilesTest, AMissingFileDoesNoHarm) {
   const support::TempDir folder;
   syncFinishedSoon(folder / "missing/film.avi");
