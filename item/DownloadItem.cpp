@@ -1,7 +1,6 @@
 #include "item/DownloadItem.h"
 
 #include <cstdint>
-#include <typeinfo>
 #include <utility>
 
 namespace {
@@ -80,11 +79,6 @@ DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : D
 }
 
 DownloadItem::~DownloadItem() = default;
-
-std::uint64_t DownloadItem::versionOf(const VeskPlayerX::DownloadItemInterface& item) {
-  if (typeid(item) != typeid(DownloadItem)) return 0;
-  return static_cast<const DownloadItem&>(item).version();
-}
 
 unsigned long long DownloadItem::getUID() const { return impl_->uid; }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <typeinfo>
 
 #include "VeskPlayerX/DownloadItemInterface.h"
 #include "VeskPlayerX/DownloadStatus.h"
@@ -32,7 +33,12 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
 
   /// The version of any item; 0 for one of another class, derived ones included: it could answer
   /// with fields that are not the item's.
-  static std::uint64_t versionOf(const VeskPlayerX::DownloadItemInterface& item);
+  ///
+  /// Inline because every save asks each item of the queue.
+  static std::uint64_t versionOf(const VeskPlayerX::DownloadItemInterface& item) {
+    if (typeid(item) != typeid(DownloadItem)) return 0;
+    return static_cast<const DownloadItem&>(item).version();
+  }
 
   /// Has `changed` set, from now on, whenever the id or the address of this item is set, on the
   /// thread that does so. Copies do not report. Not owned; outlives the item.
