@@ -9,10 +9,17 @@
 #include "playerx/platform/FileSync.h"
 
 namespace playerx {
+namespace {
+
+// The outcome of an attempt that is dropped.
+constexpr int kUnfinished = ECANCELED;
+
+}  // namespace
 
 std::unique_ptr<FileSave> FileSave::begin(const std::filesystem::path& target, int& error) {
   std::shared_ptr<FileVersions> versions = versionsOf(target);
   std::shared_ptr<FileVersion> version = versions->begin(error);
+  versions->noteOutcome(version ? kUnfinished : error);
   if (!version) return nullptr;
   return std::unique_ptr<FileSave>(new FileSave(std::move(versions), std::move(version)));
 }
@@ -72,13 +79,19 @@ int FileSave::sync() {
 }
 
 int FileSave::finish() {
-  const int file = version_->file.descriptor();
-  if (version_->size > position_ && ::ftruncate(file, position_) != 0) return errno;
-  version_->blocks = std::move(blocks_);
-  if (const int error = versions_->publish(version_); error != 0) return error;
+  const int error = publish();
+  versions_->noteOutcome(error);
+  if (error != 0) return error;
   if (isSyncing_) return versions_->sync();
   syncSoon(versions_->target());
   return 0;
+}
+
+int FileSave::publish() {
+  const int file = version_->file.descriptor();
+  if (version_->size > position_ && ::ftruncate(file, position_) != 0) return errno;
+  version_->blocks = std::move(blocks_);
+  return versions_->publish(version_);
 }
 
 }  // namespace playerx

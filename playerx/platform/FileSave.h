@@ -37,6 +37,7 @@ class FileSave {
   FileSave(std::shared_ptr<FileVersions> versions, std::shared_ptr<FileVersion> version);
   void addPiece(const char* bytes, std::size_t begin, std::size_t length, bool isWhole);
   IoResult put(const char* bytes, std::size_t begin, std::size_t end) const;
+  int publish();
 
   const std::shared_ptr<FileVersions> versions_;
   const std::shared_ptr<FileVersion> version_;

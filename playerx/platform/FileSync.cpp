@@ -103,6 +103,11 @@ std::shared_ptr<FileVersions> versionsOf(const fs::path& file) {
   return savedFiles().findOrAdd(absolutePath(file));
 }
 
+int lastSaveError(const fs::path& file) {
+  const auto versions = savedFiles().find(absolutePath(file));
+  return versions ? versions->lastOutcome() : 0;
+}
+
 void forgetVersions(const fs::path& file) {
   if (const auto versions = savedFiles().find(absolutePath(file))) versions->forget();
   removeLeftovers(file);

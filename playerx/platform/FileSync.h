@@ -17,6 +17,10 @@ class FileVersions;
 /// The versions of one file; the same object for the same path as long as it is in use.
 std::shared_ptr<FileVersions> versionsOf(const std::filesystem::path& file);
 
+/// How this process's last attempt to replace a file ended: 0 or an error number; ECANCELED for one
+/// that was dropped. 0 when there was none that is remembered.
+int lastSaveError(const std::filesystem::path& file);
+
 /// Removes the hidden versions of a file that has been deleted or moved away, including those of
 /// dead processes.
 void forgetVersions(const std::filesystem::path& file);

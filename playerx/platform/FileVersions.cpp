@@ -197,6 +197,16 @@ void FileVersions::recordForeign() {
   writeRecord(file.get(), {++*sequence_, modificationTime(*status), presentBoot(), seed, *hash, 0});
 }
 
+void FileVersions::noteOutcome(int error) {
+  const GuardLock lock(mutex_);
+  lastOutcome_ = error;
+}
+
+int FileVersions::lastOutcome() {
+  const GuardLock lock(mutex_);
+  return lastOutcome_;
+}
+
 int FileVersions::sync() {
   const GuardLock one(syncing_);
   Version version;

@@ -78,6 +78,12 @@ class FileVersions {
   /// Returns 0 or an error number; then the present one stays.
   int publish(const std::shared_ptr<FileVersion>& version);
 
+  /// Remembers how an attempt to replace the file ended: 0 or an error number.
+  void noteOutcome(int error);
+
+  /// That of the last attempt; 0 when there was none.
+  int lastOutcome();
+
   /// Syncs the present version before it returns, after the unsynced files (`UnsyncedFiles.h`) that
   /// it may mention. Returns 0 or an error number.
   int sync();
@@ -109,6 +115,7 @@ class FileVersions {
   Version present_ KVPM_GUARDED_BY(mutex_);     // null unless this process wrote it
   bool isNew_ KVPM_GUARDED_BY(mutex_) = false;  // no version is on the disk
   bool isPresentOnDisk_ KVPM_GUARDED_BY(mutex_) = false;
+  int lastOutcome_ KVPM_GUARDED_BY(mutex_) = 0;
   std::vector<Version> hidden_ KVPM_GUARDED_BY(mutex_);
   std::optional<std::uint64_t> sequence_ KVPM_GUARDED_BY(mutex_);  // the latest given to a version
 };

@@ -116,8 +116,8 @@ class PlayerSession {
   /// thread once `start` has returned.
   std::optional<TransferReport> findTransfer(const std::string& address) const;
 
-  /// Whether the queue file lacks changes, although it was written once more.
-  std::string unsavedChanges() { return saved_->unsavedChanges(manager()); }
+  /// Whether the queue file lacks changes, although it was saved once more.
+  std::string unsavedChanges() { return saved_->unsavedChanges(manager(), reader()); }
 
  private:
   std::string openForChange(Access access);

@@ -10,18 +10,22 @@
 #include <cerrno>
 #include <filesystem>
 #include <iterator>
+#include <memory>
 #include <system_error>
 
 #include "VeskPlayerX/DownloadManagerInterface.h"
+#include "VeskPlayerX/QueueReaderInterface.h"
 #include "kvpm/File.h"
 #include "playerx/platform/Descriptor.h"
 #include "playerx/platform/FileIo.h"
+#include "playerx/platform/FileSync.h"
 #include "playerx/platform/HiddenFile.h"
+#include "playerx/platform/NativePath.h"
 
 namespace playerx::session {
 
-using model::ItemState;
 using VeskPlayerX::DownloadManagerInterface;
+using VeskPlayerX::QueueReaderInterface;
 
 namespace {
 
@@ -32,32 +36,24 @@ constexpr char kUnreadableMark[] = ".unreadable";
 /// Bytes that the next change may add to the file.
 constexpr std::size_t kRoomToGrow = 4096;
 
-SavedItem itemOf(const QXmlStreamAttributes& attributes) {
-  // Negative percentages are written as unsigned numbers of 64 bits.
-  return {attributes.value("status").toInt(),
-          static_cast<int>(attributes.value("percentDownloaded").toULongLong()),
-          attributes.value("fileSize").toULongLong(),
-          attributes.value("url").toUtf8().toStdString()};
-}
-
-bool isPlain(const std::string& text) {
-  return std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < '\x7f'; });
-}
-
-bool isSame(const SavedItem& saved, const ItemState& item) {
-  return saved.status == item.status && saved.percent == item.percent && saved.size == item.size &&
-         (!isPlain(item.url) || saved.url == item.url);
-}
-
 std::string wordsOf(int error) {
   return error == 0 ? "writing failed" : std::generic_category().message(error);
 }
 
-/// Setting a field to its own value has the manager write the queue like any change; letting a
-/// queue without items go on does the same.
-void writeAgain(DownloadManagerInterface& manager, const std::vector<ItemState>& queue) {
+/// Setting a field to its own value has the manager save the queue like any change; letting a
+/// queue without items go on does the same. It writes only what the file does not hold already.
+void saveOnceMore(DownloadManagerInterface& manager, QueueReaderInterface& reader) {
+  const std::vector<VeskPlayerX::QueuedVersion> queue = reader.getVersions();
   if (queue.empty()) return manager.resume();
-  manager.setPlayable(queue.back().id, queue.back().playable);
+  const std::unique_ptr<VeskPlayerX::DownloadItemInterface> last(reader.getCopy(queue.back().id));
+  if (last) manager.setPlayable(last->getId(), last->getReadyForProgressivePlayback());
+}
+
+/// Whether a queue file with this content names any item.
+bool namesItems(const QByteArray& content) {
+  QXmlStreamReader reader(content);
+  return reader.readNextStartElement() && reader.name() == u"DownloadQueue" &&
+         reader.readNextStartElement();
 }
 
 /// What lies in the place of a file, when it is none; empty for a file, and where nothing is.
@@ -107,22 +103,6 @@ int copyContent(const std::string& from, const std::string& to) {
 }
 
 }  // namespace
-
-std::optional<std::vector<SavedItem>> savedItems(const QByteArray& content) {
-  std::vector<SavedItem> items;
-  QXmlStreamReader reader(content);
-  if (!reader.readNextStartElement() || reader.name() != u"DownloadQueue") return std::nullopt;
-  while (reader.readNextStartElement()) {
-    if (reader.name() == u"DownloadItem") items.push_back(itemOf(reader.attributes()));
-    reader.skipCurrentElement();
-  }
-  if (reader.hasError()) return std::nullopt;
-  return items;
-}
-
-bool holds(const std::vector<SavedItem>& saved, const std::vector<ItemState>& queue) {
-  return std::equal(saved.begin(), saved.end(), queue.begin(), queue.end(), isSame);
-}
 
 SavedQueue::SavedQueue(const std::string& folder)
     : folder_(folder), file_(folder + "/" + kQueueFile), setAsideBefore_(unreadableFiles()) {}
@@ -193,8 +173,7 @@ std::string SavedQueue::loadProblem(DownloadManagerInterface& manager) const {
   if (manager.getNumberOfVideosInQueue() > 0) return {};
   QFile file(QString::fromStdString(file_));
   if (!file.open(QIODevice::ReadOnly)) return readProblem();
-  const auto saved = savedItems(file.readAll());
-  if (!saved || saved->empty()) return {};
+  if (!namesItems(file.readAll())) return {};
   return "The queue file " + file_ +
          " could not be read a moment ago; nothing was changed. Try again.";
 }
@@ -206,19 +185,12 @@ std::string SavedQueue::writeProblem() const {
          "); free some space or make it writable, or choose another folder with --data.";
 }
 
-std::string SavedQueue::unsavedChanges(DownloadManagerInterface& manager) const {
-  // The manager may still be moving the last item; once two looks at the queue agree, what they
-  // show has either been written or cannot be.
-  std::vector<ItemState> queue = model::snapshotOf(manager);
-  for (;;) {
-    if (holdsNow(queue)) return {};
-    writeAgain(manager, queue);
-    if (holdsNow(queue)) return {};
-    std::vector<ItemState> later = model::snapshotOf(manager);
-    if (later == queue) break;
-    queue = std::move(later);
-  }
-  return "The queue file " + file_ + " does not hold the last changes (" + wordsOf(tryToReplace()) +
+std::string SavedQueue::unsavedChanges(DownloadManagerInterface& manager,
+                                       QueueReaderInterface& reader) const {
+  saveOnceMore(manager, reader);
+  const int error = saveError();
+  if (error == 0) return {};
+  return "The queue file " + file_ + " does not hold the last changes (" + wordsOf(error) +
          "); free some space or make it writable, then run the command again.";
 }
 
@@ -251,11 +223,13 @@ std::set<std::string> SavedQueue::unreadableFiles() const {
   return files;
 }
 
-bool SavedQueue::holdsNow(const std::vector<ItemState>& queue) const {
-  QFile file(QString::fromStdString(file_));
-  if (!file.open(QIODevice::ReadOnly)) return false;
-  const auto saved = savedItems(file.readAll());
-  return saved && holds(*saved, queue);
+/// The error number (`errno` values) with which saving the file has failed; 0 when it did not.
+int SavedQueue::saveError() const {
+  int error = 0;
+  const std::filesystem::path target = followLinks(file_, error);
+  if (error == 0) error = lastSaveError(target);
+  struct stat status {};
+  return error == 0 && ::stat(target.c_str(), &status) != 0 ? errno : error;
 }
 
 }  // namespace playerx::session

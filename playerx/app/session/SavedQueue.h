@@ -1,36 +1,15 @@
 #pragma once
 
-#include <QByteArray>
-#include <cstdint>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "playerx/app/model/ItemState.h"
-
 namespace VeskPlayerX {
 class DownloadManagerInterface;
-}
+class QueueReaderInterface;
+}  // namespace VeskPlayerX
 
 namespace playerx::session {
-
-/// What the queue file says of one item, as far as the player compares it.
-struct SavedItem {
-  int status = 0;
-  int percent = 0;
-  std::uint64_t size = 0;  ///< bytes
-  std::string url;
-
-  bool operator==(const SavedItem&) const = default;
-};
-
-/// The items of a queue file with this content; nullopt when it is not a queue file.
-std::optional<std::vector<SavedItem>> savedItems(const QByteArray& content);
-
-/// Whether they are these items, in this order. Addresses are compared where they are plain text;
-/// others may be spelt in another way in the file.
-bool holds(const std::vector<SavedItem>& saved, const std::vector<model::ItemState>& queue);
 
 /// Watches over the queue file: the download manager says nothing when it cannot read or write it.
 ///
@@ -69,9 +48,10 @@ class SavedQueue {
   /// Whether a new queue file can be written. Tries it, and leaves nothing behind.
   std::string writeProblem() const;
 
-  /// Whether the file holds the queue. Has the manager, to which a view is attached, write it once
-  /// more when it does not.
-  std::string unsavedChanges(VeskPlayerX::DownloadManagerInterface& manager) const;
+  /// Has the manager, to which a view is attached, save the queue once more. Whether the file holds
+  /// it now. `reader` reads the same manager.
+  std::string unsavedChanges(VeskPlayerX::DownloadManagerInterface& manager,
+                             VeskPlayerX::QueueReaderInterface& reader) const;
 
   /// Paths of the files that the manager has set aside as unreadable since this object was built.
   std::vector<std::string> filesSetAside() const;
@@ -82,7 +62,7 @@ class SavedQueue {
  private:
   std::set<std::string> unreadableFiles() const;
   int tryToReplace() const;
-  bool holdsNow(const std::vector<model::ItemState>& queue) const;
+  int saveError() const;
 
   const std::string folder_;
   const std::string file_;

@@ -68,6 +68,21 @@ TEST_F(FileVersions, OverwriteSpareOnes) {
   EXPECT_LE(filesIn(folder_), 4U);
 }
 
+TEST_F(FileVersions, RememberHowTheLastSaveEnded) {
+  EXPECT_EQ(playerx::lastSaveError(path_), 0);
+  fs::create_directories(path_);
+  EXPECT_EQ(replace(path_, "new"), EISDIR);
+  EXPECT_EQ(playerx::lastSaveError(path_), EISDIR);
+  fs::remove(path_);
+  save("new");
+  EXPECT_EQ(playerx::lastSaveError(path_), 0);
+  {
+    File dropped;
+    EXPECT_EQ(dropped.open(wide(path_), kvpm::FileOpenWrite), 0);
+  }
+  EXPECT_EQ(playerx::lastSaveError(path_), ECANCELED);
+}
+
 TEST_F(FileVersions, OnlyBlocksThatDifferAreWritten) {
   std::string content(1'000'000, 'q');
   for (int version = 0; version < 8; ++version) {
