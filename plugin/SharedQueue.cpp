@@ -61,7 +61,7 @@ std::vector<VeskPlayerX::QueuedVersion> SharedQueue::versions() {
     versions.reserve(queue.size());
     for (std::size_t i = 0; i < queue.size(); ++i) {
       const Item& item = *queue.at(i);
-      versions.push_back({item.getId(), DownloadItem::versionOf(item)});
+      versions.push_back({item.getId(), DownloadItem::versionOf(item), item.getStatus()});
     }
     return versions;
   });

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "VeskPlayerX/DownloadItemInterface.h"
+#include "VeskPlayerX/DownloadStatus.h"
 
 namespace VeskPlayerX {
 
@@ -13,6 +14,8 @@ struct QueuedVersion {
   /// Another one after every change of what a view shows, unlike that of any other item; 0 for an
   /// item that does not tell.
   unsigned long long version = 0;
+
+  DownloadStatusEnumType status = DownloadStatusQueued;
 
   /// Whether it is the same item in the same state.
   bool operator==(const QueuedVersion&) const = default;

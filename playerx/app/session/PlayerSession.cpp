@@ -106,8 +106,9 @@ void PlayerSession::takeFilmsBack() {
   if (!recovery) return;
   const std::string folder = VeskPlayerX::OSUtilities::getTempPath().toStdString();
   for (const VeskPlayerX::QueuedVersion& each : reader().getVersions()) {
+    if (each.status == DownloadStatusCompleted) continue;
     const std::unique_ptr<VeskPlayerX::DownloadItemInterface> item(reader().getCopy(each.id));
-    if (item == nullptr || item->getStatus() == DownloadStatusCompleted) continue;
+    if (item == nullptr) continue;
     const std::string path = kvpm::StringTools::wStringToString(item->getPath());
     if (path.empty()) {
       const std::string address = kvpm::StringTools::wStringToString(item->getUrl());

@@ -60,7 +60,9 @@ void FakeModule::deleteCopyOfQueue(std::vector<Item*>* copy) {
 std::vector<VeskPlayerX::QueuedVersion> FakeModule::getVersions() {
   takeStep();
   std::vector<VeskPlayerX::QueuedVersion> versions;
-  for (const auto& item : items_) versions.push_back({item->getId(), item->version()});
+  for (const auto& item : items_) {
+    versions.push_back({item->getId(), item->version(), item->getStatus()});
+  }
   return versions;
 }
 
