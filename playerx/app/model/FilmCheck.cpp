@@ -27,12 +27,12 @@ std::string findOddity(const ItemState& film, const fs::path& mediaFolder) {
   std::error_code error;
   const fs::path place = film.path;
   const fs::path instead = mediaFolder / place.filename();
-  if (!fs::exists(place, error)) {
+  const std::uintmax_t size = fs::file_size(place, error);
+  if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) {
     return fs::exists(instead, error)
                ? film.title + " lies at " + instead.string() + ", in the present media folder."
                : "";
   }
-  const std::uintmax_t size = fs::file_size(place, error);
   if (error || film.size == 0 || size == film.size) return "";
   return film.title + " has " + describeDifference(size, film.size) +
          (size < film.size ? "; should it end early, remove it and get it again."
