@@ -14,8 +14,6 @@ using VeskPlayerX::DownloadItemInterface;
 using VeskPlayerX::QueuedVersion;
 using VeskPlayerX::QueueReaderInterface;
 
-bool hasId(const ItemState& state, const QueuedVersion& version) { return state.id == version.id; }
-
 ItemState unseen(unsigned int id) {
   ItemState state;
   state.id = id;
@@ -33,16 +31,29 @@ void replace(std::vector<T>& all, std::size_t first, std::size_t last, std::vect
 
 }  // namespace
 
-QueueTracker::News QueueTracker::update(QueueReaderInterface& reader) {
-  News news;
+// One item at a time: copies of all of a long queue would take as much memory as the queue.
+QueueTracker::QueueTracker(QueueReaderInterface& reader) : reader_(reader) {
   const Versions versions = reader.getVersions();
-  rearrange(versions, news.removed);
+  queue_.reserve(versions.size());
+  seen_.reserve(versions.size());
+  for (const QueuedVersion& version : versions) {
+    const std::unique_ptr<DownloadItemInterface> item(reader.getCopy(version.id));
+    if (item == nullptr) continue;
+    queue_.push_back(stateOf(*item));
+    seen_.push_back({version.id, version.version});
+  }
+}
+
+QueueTracker::News QueueTracker::update() {
+  News news;
+  const Versions versions = reader_.getVersions();
+  rearrange(versions, news);
   for (std::size_t i = 0; i < versions.size(); ++i) {
     const auto version = versions[i].version;
-    if (seen_[i] == version && version != 0) continue;
-    const std::unique_ptr<DownloadItemInterface> item(reader.getCopy(versions[i].id));
+    if (seen_[i].version == version && version != 0) continue;
+    const std::unique_ptr<DownloadItemInterface> item(reader_.getCopy(versions[i].id));
     if (item == nullptr) continue;  // removed meanwhile: the next look tells of it
-    const bool isNew = !std::exchange(seen_[i], version);
+    const bool isNew = !std::exchange(seen_[i].version, version);
     const ItemState before = std::exchange(queue_[i], stateOf(*item));
     appendChanges(news.changes, isNew ? nullptr : &before, queue_[i]);
   }
@@ -57,29 +68,61 @@ void QueueTracker::expectOutcome(unsigned int id) {
 
 /// Brings what is known into the order of `versions`. What stands before and behind the places that
 /// differ, as a rule nearly everything, is not touched.
-void QueueTracker::rearrange(const Versions& versions, std::vector<ItemState>& removed) {
+void QueueTracker::rearrange(const Versions& versions, News& news) {
+  const auto hasSameId = [](const Seen& seen, const QueuedVersion& version) {
+    return seen.id == version.id;
+  };
   const auto [front, firstNew] =
-      std::mismatch(queue_.begin(), queue_.end(), versions.begin(), versions.end(), hasId);
+      std::mismatch(seen_.begin(), seen_.end(), versions.begin(), versions.end(), hasSameId);
+  news.isRearranged = front != seen_.end() || firstNew != versions.end();
+  if (!news.isRearranged) return;
   const auto [back, lastNew] =
-      std::mismatch(queue_.rbegin(), std::reverse_iterator(front), versions.rbegin(),
-                    std::reverse_iterator(firstNew), hasId);
-  const auto first = static_cast<std::size_t>(front - queue_.begin());
-  const auto last = static_cast<std::size_t>(back.base() - queue_.begin());
-  std::unordered_map<unsigned int, std::size_t> places;
-  for (std::size_t i = first; i < last; ++i) places.emplace(queue_[i].id, i);
+      std::mismatch(seen_.rbegin(), std::reverse_iterator(front), versions.rbegin(),
+                    std::reverse_iterator(firstNew), hasSameId);
+  const auto first = static_cast<std::size_t>(front - seen_.begin());
+  const auto last = static_cast<std::size_t>(back.base() - seen_.begin());
 
   std::vector<ItemState> states;
-  std::vector<std::optional<unsigned long long>> seen;
-  for (auto version = firstNew; version != lastNew.base(); ++version) {
-    const auto known = places.extract(version->id);
-    states.push_back(known ? std::move(queue_[known.mapped()]) : unseen(version->id));
-    seen.push_back(known ? seen_[known.mapped()] : std::nullopt);
+  std::vector<Seen> seen;
+  std::vector<bool> isKept(last - first);
+  const Range changed(firstNew, lastNew.base());
+  const std::vector<std::optional<std::size_t>> places = placesOf(changed, first, last);
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    const auto place = places[i];
+    if (place) isKept[*place - first] = true;
+    states.push_back(place ? std::move(queue_[*place]) : unseen(changed[i].id));
+    seen.push_back(place ? seen_[*place] : Seen{changed[i].id, std::nullopt});
   }
-  for (std::size_t i = first; i < last && !places.empty(); ++i) {
-    if (places.erase(queue_[i].id) > 0 && seen_[i]) removed.push_back(std::move(queue_[i]));
+  for (std::size_t i = first; i < last; ++i) {
+    if (!isKept[i - first] && seen_[i].version) news.removed.push_back(std::move(queue_[i]));
   }
   replace(queue_, first, last, states);
   replace(seen_, first, last, seen);
+}
+
+/// Where each of `versions` stands in [first, last); nullopt for a new one. Both are gone through
+/// side by side, so that only an item that has moved is looked for, not those that it has passed.
+std::vector<std::optional<std::size_t>> QueueTracker::placesOf(Range versions, std::size_t first,
+                                                               std::size_t last) const {
+  std::vector<std::optional<std::size_t>> places;
+  std::unordered_map<unsigned int, std::size_t> others;
+  const auto holds = [&](std::size_t place, unsigned int id) {
+    return place < last && seen_[place].id == id;
+  };
+  std::size_t next = first;
+  for (const auto& [id, version, status] : versions) {
+    if (!holds(next, id) && holds(next + 1, id)) {
+      others.emplace(seen_[next].id, next);
+      ++next;
+    }
+    places.push_back(holds(next, id) ? std::optional(next++) : std::nullopt);
+  }
+  for (; next < last; ++next) others.emplace(seen_[next].id, next);
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    if (places[i]) continue;
+    if (const auto found = others.extract(versions[i].id)) places[i] = found.mapped();
+  }
+  return places;
 }
 
 }  // namespace playerx::model

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "VeskPlayerX/QueueReaderInterface.h"
@@ -9,8 +10,8 @@
 
 namespace playerx::model {
 
-/// Follows a queue from look to look, and asks for those items only that have changed. Used by one
-/// thread.
+/// Follows a queue, which outlives it, from look to look, and asks for those items only that have
+/// changed. Used by one thread.
 class QueueTracker {
  public:
   /// What happened since the last look.
@@ -19,9 +20,14 @@ class QueueTracker {
 
     /// In the present queue's order. A new place is no change.
     std::vector<QueueChange> changes;
+
+    bool isRearranged = false;  ///< the queue holds other items, or the same in another order
   };
 
-  News update(VeskPlayerX::QueueReaderInterface& reader);
+  /// Follows a queue from now on: what it holds already is no news.
+  explicit QueueTracker(VeskPlayerX::QueueReaderInterface& reader);
+
+  News update();
 
   /// Takes an item for one that waits, so that its next outcome is news even when it is the same as
   /// its last one. Nothing for an unknown id.
@@ -33,10 +39,23 @@ class QueueTracker {
  private:
   using Versions = std::vector<VeskPlayerX::QueuedVersion>;
 
-  void rearrange(const Versions& versions, std::vector<ItemState>& removed);
+  struct Seen {
+    unsigned int id;
+    std::optional<unsigned long long> version;  ///< nullopt: none yet
+  };
 
+  using Range = std::span<const VeskPlayerX::QueuedVersion>;
+
+  void rearrange(const Versions& versions, News& news);
+  std::vector<std::optional<std::size_t>> placesOf(Range versions, std::size_t first,
+                                                   std::size_t last) const;
+
+  VeskPlayerX::QueueReaderInterface& reader_;
   std::vector<ItemState> queue_;
-  std::vector<std::optional<unsigned long long>> seen_;  ///< the version of each; nullopt: none yet
+
+  /// The version of each that `queue_` holds. A vector of its own because each look goes through
+  /// all of it.
+  std::vector<Seen> seen_;
 };
 
 }  // namespace playerx::model

@@ -28,10 +28,8 @@ QueueWatch::QueueWatch(PlayerSession& session, std::function<void()> wake, reaso
           std::move(wake),
           [&session](const std::string& address) { return session.findTransfer(address); },
           std::move(probe)),
-      reasons_(session.places().data) {
-  tracker_.update(session.reader());
-  for (const ItemState& item : queue()) order_.push_back(item.id);
-}
+      reasons_(session.places().data),
+      tracker_(session.reader()) {}
 
 std::vector<unsigned int> QueueWatch::update() {
   tellMessages();
@@ -83,24 +81,17 @@ void QueueWatch::tellMessages() {
 }
 
 std::vector<unsigned int> QueueWatch::tellChanges() {
-  const model::QueueTracker::News news = tracker_.update(session_.reader());
+  const model::QueueTracker::News news = tracker_.update();
   for (const ItemState& item : news.removed) tellRemoved(item);
   std::vector<unsigned int> added;
   for (const QueueChange& change : news.changes) {
     if (change.kind == QueueChange::kAdded) added.push_back(change.item.id);
     tell(change);
   }
-  tellMoves(!news.removed.empty() || !added.empty());
+  // A new order is told with no item: each that one climbs past has another place.
+  const bool isOtherwiseKnown = !news.removed.empty() || !added.empty();
+  if (news.isRearranged && !isOtherwiseKnown) listener_({Kind::kMoved});
   return added;
-}
-
-/// Where items stand is told with none of them: each that one climbs past has another place.
-void QueueWatch::tellMoves(bool isOtherwiseKnown) {
-  std::vector<unsigned int> order;
-  order.reserve(queue().size());
-  for (const ItemState& item : queue()) order.push_back(item.id);
-  const bool isSame = order == std::exchange(order_, order);
-  if (!isSame && !isOtherwiseKnown) listener_({Kind::kMoved});
 }
 
 void QueueWatch::tellRemoved(const ItemState& item) {

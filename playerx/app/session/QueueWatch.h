@@ -53,7 +53,6 @@ class QueueWatch {
  private:
   void tellMessages();
   std::vector<unsigned int> tellChanges();
-  void tellMoves(bool isOtherwiseKnown);
   void tellRemoved(const model::ItemState& item);
   void tellReasons();
   void tell(const model::QueueChange& change);
@@ -69,7 +68,6 @@ class QueueWatch {
   reasons::ReasonFile reasons_;
 
   model::QueueTracker tracker_;
-  std::vector<unsigned int> order_;  ///< ids, as they were told last
   std::map<unsigned int, model::ProgressMeter> meters_;
   unsigned int asked_ = 0;  ///< the item whose server was being asked when last looked
   model::ProgressMeter::Clock::time_point askedSince_{};

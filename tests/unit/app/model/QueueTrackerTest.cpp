@@ -14,7 +14,7 @@ class QueueTrackerTest : public testing::Test {
  protected:
   std::vector<QueueChange::Kind> kindsOfChanges() {
     std::vector<QueueChange::Kind> kinds;
-    news_ = tracker_.update(module_);
+    news_ = tracker_.update();
     for (const QueueChange& change : news_.changes) kinds.push_back(change.kind);
     return kinds;
   }
@@ -23,7 +23,7 @@ class QueueTrackerTest : public testing::Test {
 
   support::EventLog log_;
   FakeModule module_{log_};
-  QueueTracker tracker_;
+  QueueTracker tracker_{module_};
   QueueTracker::News news_;
 };
 
@@ -94,6 +94,45 @@ TEST_F(QueueTrackerTest, AnItemThatIsRemovedAfterTheLookIsToldByTheNext) {
   EXPECT_THAT(news_.removed, IsEmpty()) << "it was never told";
   ASSERT_EQ(tracker_.queue().size(), 1u);
   EXPECT_EQ(tracker_.queue()[0].id, id);
+}
+
+TEST_F(QueueTrackerTest, WhatItFindsAtItsBeginningIsNoNews) {
+  module_.put("http://h/a", DownloadStatusFailed);
+  QueueTracker tracker(module_);
+  EXPECT_EQ(tracker.queue(), snapshotOf(module_));
+  const QueueTracker::News news = tracker.update();
+  EXPECT_THAT(news.changes, IsEmpty());
+  EXPECT_FALSE(news.isRearranged);
+}
+
+TEST_F(QueueTrackerTest, TellsWhetherTheOrderIsAnother) {
+  DownloadItem& item = module_.put("http://h/a");
+  module_.put("http://h/b");
+  kindsOfChanges();
+  EXPECT_TRUE(news_.isRearranged);
+  item.setPercentDownloaded(1);
+  kindsOfChanges();
+  EXPECT_FALSE(news_.isRearranged);
+  module_.moveToEnd(0);
+  kindsOfChanges();
+  EXPECT_TRUE(news_.isRearranged);
+  module_.drop(1);
+  kindsOfChanges();
+  EXPECT_TRUE(news_.isRearranged);
+}
+
+TEST_F(QueueTrackerTest, FollowsEveryOrderOfItsItems) {
+  for (const char* const url : {"http://h/a", "http://h/b", "http://h/c", "http://h/d"}) {
+    module_.put(url);
+  }
+  kindsOfChanges();
+  for (const std::size_t moved : {0, 2, 1, 0, 0, 1, 2, 2, 1, 0}) {
+    module_.moveToEnd(moved);
+    if (moved == 2) module_.moveToEnd(0);
+    EXPECT_THAT(kindsOfChanges(), IsEmpty());
+    EXPECT_THAT(news_.removed, IsEmpty());
+    expectTheSameAsANewSnapshot();
+  }
 }
 
 TEST_F(QueueTrackerTest, ANewPlaceIsNoChange) {
