@@ -79,7 +79,7 @@ class JsonReporter : public Reporter {
     add(listing.progress, object);
     if (listing.reason) object["reason"] = describe(*listing.reason);
     if (!listing.oddity.empty()) object["oddity"] = listing.oddity;
-    print(object);
+    out_ << lineOf(object);  // `listedAll` flushes
   }
 
   void listedAll(const QueueProgress& queue) override { queueProgress(queue); }
@@ -97,9 +97,11 @@ class JsonReporter : public Reporter {
   void note(const std::string& sentence) override { notes_ << sentence << std::endl; }
 
  private:
-  void print(const Json& object) {
+  void print(const Json& object) { out_ << lineOf(object) << std::flush; }
+
+  static std::string lineOf(const Json& object) {
     // Bytes that are not UTF-8 become U+FFFD: every line is valid JSON whatever a title holds.
-    out_ << object.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
+    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
   }
 
   std::ostream& out_;

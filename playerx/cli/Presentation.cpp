@@ -1,22 +1,12 @@
 #include "playerx/cli/Presentation.h"
 
 #include "playerx/app/model/FilmCheck.h"
-#include "playerx/app/reasons/ReasonFile.h"
 #include "playerx/cli/Reporter.h"
 
 namespace playerx::cli {
 
 using session::QueueEvent;
 using session::Reply;
-
-namespace {
-
-model::Progress progressOf(const model::ItemState& item, const ProgressOfItems& progress) {
-  const auto found = progress.find(item.id);
-  return found == progress.end() ? model::Progress{} : found->second;
-}
-
-}  // namespace
 
 void present(const QueueEvent& event, Reporter& reporter) {
   switch (event.kind) {
@@ -46,21 +36,23 @@ int present(const Reply& reply, Reporter& reporter) {
   return static_cast<int>(reply.outcome);
 }
 
-void print(const std::vector<model::ItemState>& queue, const ProgressOfItems& progress,
-           const session::Places& places, bool isLong, Reporter& reporter) {
-  const reasons::ReasonFile reasons(places.data);
-  int position = 0;
-  for (const model::ItemState& item : queue) {
-    const bool isComplete = item.status == DownloadStatusCompleted;
-    reporter.listed({.position = ++position,
-                     .item = item,
-                     .progress = progressOf(item, progress),
-                     .reason = reasons.find(item),
-                     .oddity = isComplete ? findOddity(item, places.media) : "",
-                     .isLong = isLong});
-  }
-  if (queue.empty()) return reporter.note("The queue is empty.");
-  reporter.listedAll(model::progressOf(queue));
+QueuePrint::QueuePrint(const session::Places& places, bool isLong, Reporter& reporter)
+    : places_(places), isLong_(isLong), reporter_(reporter), reasons_(places.data) {}
+
+void QueuePrint::add(const model::ItemState& item, const model::Progress& progress) {
+  sum_.add(item);
+  const bool isComplete = item.status == DownloadStatusCompleted;
+  reporter_.listed({.position = static_cast<int>(sum_.items),
+                    .item = item,
+                    .progress = progress,
+                    .reason = reasons_.find(item),
+                    .oddity = isComplete ? model::findOddity(item, places_.media) : "",
+                    .isLong = isLong_});
+}
+
+void QueuePrint::end() {
+  if (sum_.items == 0) return reporter_.note("The queue is empty.");
+  reporter_.listedAll(sum_);
 }
 
 }  // namespace playerx::cli

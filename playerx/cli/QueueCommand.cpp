@@ -1,6 +1,7 @@
 #include "playerx/cli/QueueCommand.h"
 
 #include <filesystem>
+#include <memory>
 
 #include "playerx/app/door/QueueOpening.h"
 #include "playerx/app/inputs/Input.h"
@@ -132,8 +133,25 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
 int printReply(const Reply& reply, const Options& options, const PlayerSession& session,
                Reporter& reporter) {
   const bool isQueue = reply.notes.empty();
-  if (isQueue) print(reply.items, reply.progress, session.places(), options.isLong, reporter);
+  if (!isQueue) return present(reply, reporter);
+  QueuePrint print(session.places(), options.isLong, reporter);
+  for (const model::ItemState& item : reply.items) {
+    const auto progress = reply.progress.find(item.id);
+    print.add(item, progress == reply.progress.end() ? model::Progress{} : progress->second);
+  }
+  print.end();
   return present(reply, reporter);
+}
+
+/// Prints the queue of this session. A copy of all of a long one would take as much memory again.
+void printSaved(const Options& options, PlayerSession& session, Reporter& reporter) {
+  QueuePrint print(session.places(), options.isLong, reporter);
+  for (const VeskPlayerX::QueuedVersion& version : session.reader().getVersions()) {
+    const std::unique_ptr<VeskPlayerX::DownloadItemInterface> item(
+        session.reader().getCopy(version.id));
+    if (item) print.add(model::stateOf(*item));
+  }
+  print.end();
 }
 
 /// Prints the queue of the process that has it, or else the saved one as it lies there.
@@ -146,7 +164,7 @@ int list(const Options& options, PlayerSession& session, Reporter& reporter) {
   const std::string problem = session.open(Access::kLook);
   if (!problem.empty()) return complainOf(problem, reporter, kExitFailed);
   noteMessages(session, reporter);
-  print(model::snapshotOf(session.manager()), {}, session.places(), options.isLong, reporter);
+  printSaved(options, session, reporter);
   return kExitDone;
 }
 

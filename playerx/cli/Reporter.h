@@ -44,7 +44,7 @@ class Reporter {
   /// An argument of the command line that cannot be downloaded.
   virtual void refused(const std::string& argument, const reasons::Explanation& reason) = 0;
 
-  /// One item of a printed queue.
+  /// One item of a printed queue; need not appear before `listedAll` or the end of the program.
   virtual void listed(const Listing& listing) = 0;
 
   /// How far the whole queue has come, after the items of a printed one.

@@ -41,6 +41,8 @@ bool isSafe(char32_t character) {
   return !isControl && !breaksLine && !turnsDirection(character) && character != kReplacement;
 }
 
+bool isPlain(char byte) { return byte >= ' ' && byte < '\x7f'; }
+
 /// Inside a `WideLocale`.
 std::size_t widthOf(char32_t character) {
   if (character == kEmojiPresentation) return 1;
@@ -57,6 +59,8 @@ std::size_t widthOf(const QString& text) {
 }  // namespace
 
 std::string printable(const std::string& text) {
+  // Most texts of a long queue are plain.
+  if (std::all_of(text.begin(), text.end(), isPlain)) return text;
   std::u32string clean;
   for (const char32_t character : QString::fromStdString(text).toUcs4()) {
     clean += isSafe(character) ? character : U'?';

@@ -76,7 +76,7 @@ class LineReporter : public Reporter {
     if (listing.reason) out_ << "\n   " << printable(listing.reason->sentence());
     if (!listing.oddity.empty()) out_ << "\n   " << printable(listing.oddity);
     if (listing.isLong && !item.url.empty()) out_ << "\n   " << printable(item.url);
-    out_ << std::endl;
+    out_ << '\n';  // `listedAll` flushes
   }
 
   void listedAll(const QueueProgress& queue) override { out_ << sentenceOf(queue) << std::endl; }

@@ -73,14 +73,17 @@ void ProgressMeter::estimate(std::uint64_t total) {
   }
 }
 
+void QueueProgress::add(const ItemState& item) {
+  ++items;
+  completed += item.status == DownloadStatusCompleted ? 1 : 0;
+  unknownSizes += item.size == 0 ? 1 : 0;
+  total += item.size;
+  arrived += arrivedOf(item);
+}
+
 QueueProgress progressOf(const std::vector<ItemState>& queue) {
-  QueueProgress progress{.items = queue.size()};
-  for (const ItemState& item : queue) {
-    progress.completed += item.status == DownloadStatusCompleted ? 1 : 0;
-    progress.unknownSizes += item.size == 0 ? 1 : 0;
-    progress.total += item.size;
-    progress.arrived += arrivedOf(item);
-  }
+  QueueProgress progress;
+  for (const ItemState& item : queue) progress.add(item);
   return progress;
 }
 

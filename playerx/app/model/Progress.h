@@ -61,6 +61,7 @@ struct QueueProgress {
   std::uint64_t total = 0;       ///< bytes of the items whose size is known
   std::size_t unknownSizes = 0;  ///< items whose size is not known
 
+  void add(const ItemState& item);
   bool operator==(const QueueProgress&) const = default;
 };
 

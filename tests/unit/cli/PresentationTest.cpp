@@ -19,7 +19,10 @@ class PresentationTest : public testing::Test {
   int tell(const Reply& reply) { return present(reply, *reporter_); }
 
   void printQueue(const std::vector<model::ItemState>& queue) {
-    print(queue, {}, {folder_.path(), folder_.path()}, false, *reporter_);
+    const session::Places places{folder_.path(), folder_.path()};
+    QueuePrint print(places, false, *reporter_);
+    for (const model::ItemState& item : queue) print.add(item);
+    print.end();
   }
 
   static model::ItemState film(DownloadStatusEnumType status) {
