@@ -1,5 +1,6 @@
 #include "persistence/QueueElement.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "persistence/DownloadManagerPersistence.h"
@@ -10,12 +11,18 @@
 namespace persistence {
 namespace {
 
+bool isAscii(wchar_t c) { return c >= 0 && c < 0x80; }
+
 /// Writes each field as the value of an attribute.
 class ValueWriter : public FieldSink {
  public:
   ValueWriter(std::string& document, std::size_t limit) : document_(document), limit_(limit) {}
 
   void takeText(const std::wstring& text) override {
+    // Most texts are ASCII, which is the same in both.
+    if (std::all_of(text.begin(), text.end(), isAscii)) {
+      return takeBytes({text.begin(), text.end()});
+    }
     const std::unique_ptr<unsigned char[]> bytes(
         DownloadManagerPersistence::wstringToUtf8(carriedByXml(text, limit_)));
     appendEscaped(document_, reinterpret_cast<const char*>(bytes.get()));

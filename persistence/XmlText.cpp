@@ -102,13 +102,13 @@ std::size_t longestValueFor(const std::vector<std::size_t>& lengths) {
 }
 
 void appendEscaped(std::string& document, std::string_view text) {
-  for (const char c : text) {
-    const std::string_view escape = escapeOf(c);
-    if (escape.empty()) {
-      document += c;
-    } else {
-      document += escape;
-    }
+  while (!text.empty()) {
+    const auto special =
+        std::find_if(text.begin(), text.end(), [](char c) { return !escapeOf(c).empty(); });
+    document.append(text.begin(), special);
+    if (special == text.end()) return;
+    document += escapeOf(*special);
+    text.remove_prefix(static_cast<std::size_t>(special - text.begin()) + 1);
   }
 }
 
