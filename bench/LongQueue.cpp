@@ -221,9 +221,10 @@ void latencies(const fs::path& home, const char* kind, const std::string& rate, 
   player.add(one);
   player.add(two);
   std::vector<double> pauses, resumes, cancels, moves;
-  const auto queue = [&] { return playerx::model::snapshotOf(player.manager()); };
   const auto waitForTransfer = [&] {
-    player.waitUntil([&] { return queue().front().status == DownloadStatusDownloading; });
+    player.waitUntil([&] {
+      return player.session().reader().getVersions().front().status == DownloadStatusDownloading;
+    });
   };
   for (int i = 0; i < count; ++i) {
     waitForTransfer();

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
 #include "bench/CompletedFilms.h"
 #include "persistence/DownloadManagerPersistence.h"
@@ -85,7 +86,10 @@ void Player::waitUntilIdle() {
 }
 
 void Player::waitUntil(const std::function<bool()>& condition) {
-  for (service_->update(); !condition(); service_->update()) waitForWake();
+  service_->update();
+  while (!condition()) {
+    if (waitForWake()) service_->update();
+  }
 }
 
 std::uint64_t Player::arrived(const std::string& url) const {
@@ -99,10 +103,11 @@ void Player::wake() {
   changed_.notify_one();
 }
 
-void Player::waitForWake() {
+/// False when there is nothing to look at.
+bool Player::waitForWake() {
   std::unique_lock lock(mutex_);
   changed_.wait_for(lock, kLongestWait, [this] { return isWoken_; });
-  isWoken_ = false;
+  return std::exchange(isWoken_, false);
 }
 
 }  // namespace bench

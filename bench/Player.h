@@ -42,7 +42,7 @@ class Player {
 
  private:
   void wake();
-  void waitForWake();
+  bool waitForWake();
 
   std::string queueFile_;
   playerx::session::PlayerSession session_;
