@@ -123,17 +123,20 @@ bool write(const std::wstring& path, const Items& items, Durability durability)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
   try {
     if (!mayReplace(path)) return false;
-    const Holder earlier = std::exchange(holder, {});
+    Holder earlier = std::exchange(holder, {});
     const bool isChanged = queueText.update(items);
     const bool isKnown = isHolder(earlier, path);
     if (isChanged || durability == Durability::kOnDisk) {
       return replace(path, durability, isKnown ? std::optional(queueText.change()) : std::nullopt);
     }
     // Many announcements concern fields that the file does not hold.
-    if (!isKnown && !persistence::holdsExactly(path, queueText.text())) {
+    if (isKnown) {
+      holder = std::move(earlier);
+    } else if (persistence::holdsExactly(path, queueText.text())) {
+      holder = {path, kvpm::PathTools::getFileVersion(path)};
+    } else {
       return replace(path, durability, std::nullopt);
     }
-    holder = {path, kvpm::PathTools::getFileVersion(path)};
     return true;
   } catch (const std::exception&) {
     return false;
