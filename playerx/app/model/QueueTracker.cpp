@@ -20,6 +20,24 @@ ItemState unseen(unsigned int id) {
   return state;
 }
 
+/// Whether these are the places [first, last) with the first one at the end, as when a film is
+/// complete.
+bool isRotated(const std::vector<std::optional<std::size_t>>& places, std::size_t first,
+               std::size_t last) {
+  if (places.size() != last - first || places.back() != first) return false;
+  for (std::size_t i = 0; i + 1 < places.size(); ++i) {
+    if (places[i] != first + i + 1) return false;
+  }
+  return true;
+}
+
+/// Moves the first element of [first, last) to its end.
+template <class T>
+void rotate(std::vector<T>& all, std::size_t first, std::size_t last) {
+  const auto begin = all.begin() + static_cast<std::ptrdiff_t>(first);
+  std::rotate(begin, begin + 1, begin + static_cast<std::ptrdiff_t>(last - first));
+}
+
 /// Puts `elements` in the place of those in [first, last).
 template <class T>
 void replace(std::vector<T>& all, std::size_t first, std::size_t last, std::vector<T>& elements) {
@@ -34,7 +52,8 @@ void replace(std::vector<T>& all, std::size_t first, std::size_t last, std::vect
 // One item at a time: copies of all of a long queue would take as much memory as the queue.
 QueueTracker::QueueTracker(QueueReaderInterface& reader) : reader_(reader) {
   const Versions versions = reader.getVersions();
-  queue_.reserve(versions.size());
+  // With room for more, because a long queue that grows would be there twice for a moment.
+  queue_.reserve(versions.size() + versions.size() / 8);
   seen_.reserve(versions.size());
   for (const QueuedVersion& version : versions) {
     const std::unique_ptr<DownloadItemInterface> item(reader.getCopy(version.id));
@@ -81,17 +100,24 @@ void QueueTracker::rearrange(const Versions& versions, News& news) {
                     std::reverse_iterator(firstNew), hasSameId);
   const auto first = static_cast<std::size_t>(front - seen_.begin());
   const auto last = static_cast<std::size_t>(back.base() - seen_.begin());
+  rearrange({firstNew, lastNew.base()}, first, last, news);
+}
 
+/// Brings what stands in [first, last) into the order of `versions`.
+void QueueTracker::rearrange(Range versions, std::size_t first, std::size_t last, News& news) {
+  const Places places = placesOf(versions, first, last);
+  if (isRotated(places, first, last)) {
+    rotate(queue_, first, last);
+    return rotate(seen_, first, last);
+  }
   std::vector<ItemState> states;
   std::vector<Seen> seen;
   std::vector<bool> isKept(last - first);
-  const Range changed(firstNew, lastNew.base());
-  const std::vector<std::optional<std::size_t>> places = placesOf(changed, first, last);
   for (std::size_t i = 0; i < places.size(); ++i) {
     const auto place = places[i];
     if (place) isKept[*place - first] = true;
-    states.push_back(place ? std::move(queue_[*place]) : unseen(changed[i].id));
-    seen.push_back(place ? seen_[*place] : Seen{changed[i].id, std::nullopt});
+    states.push_back(place ? std::move(queue_[*place]) : unseen(versions[i].id));
+    seen.push_back(place ? seen_[*place] : Seen{versions[i].id, std::nullopt});
   }
   for (std::size_t i = first; i < last; ++i) {
     if (!isKept[i - first] && seen_[i].version) news.removed.push_back(std::move(queue_[i]));
@@ -102,9 +128,9 @@ void QueueTracker::rearrange(const Versions& versions, News& news) {
 
 /// Where each of `versions` stands in [first, last); nullopt for a new one. Both are gone through
 /// side by side, so that only an item that has moved is looked for, not those that it has passed.
-std::vector<std::optional<std::size_t>> QueueTracker::placesOf(Range versions, std::size_t first,
-                                                               std::size_t last) const {
-  std::vector<std::optional<std::size_t>> places;
+QueueTracker::Places QueueTracker::placesOf(Range versions, std::size_t first,
+                                            std::size_t last) const {
+  Places places;
   std::unordered_map<unsigned int, std::size_t> others;
   const auto holds = [&](std::size_t place, unsigned int id) {
     return place < last && seen_[place].id == id;

@@ -45,10 +45,11 @@ class QueueTracker {
   };
 
   using Range = std::span<const VeskPlayerX::QueuedVersion>;
+  using Places = std::vector<std::optional<std::size_t>>;
 
   void rearrange(const Versions& versions, News& news);
-  std::vector<std::optional<std::size_t>> placesOf(Range versions, std::size_t first,
-                                                   std::size_t last) const;
+  void rearrange(Range versions, std::size_t first, std::size_t last, News& news);
+  Places placesOf(Range versions, std::size_t first, std::size_t last) const;
 
   VeskPlayerX::QueueReaderInterface& reader_;
   std::vector<ItemState> queue_;

@@ -135,6 +135,21 @@ TEST_F(QueueTrackerTest, FollowsEveryOrderOfItsItems) {
   }
 }
 
+TEST_F(QueueTrackerTest, AnItemMayMoveToTheEndWhileItChangesAndAnotherComes) {
+  DownloadItem& first = module_.put("http://h/a");
+  module_.put("http://h/b");
+  module_.put("http://h/c");
+  kindsOfChanges();
+  first.setStatus(DownloadStatusCompleted);
+  module_.moveToEnd(0);
+  EXPECT_THAT(kindsOfChanges(), ElementsAre(QueueChange::kFinished));
+  expectTheSameAsANewSnapshot();
+  module_.moveToEnd(0);
+  module_.put("http://h/d");
+  EXPECT_THAT(kindsOfChanges(), ElementsAre(QueueChange::kAdded));
+  expectTheSameAsANewSnapshot();
+}
+
 TEST_F(QueueTrackerTest, ANewPlaceIsNoChange) {
   for (const char* const url : {"http://h/a", "http://h/b", "http://h/c"}) module_.put(url);
   kindsOfChanges();
