@@ -156,11 +156,9 @@ class FoundQueue {
  public:
   explicit FoundQueue(std::int64_t size) {
     const bench::CompletedFilms films(size);
-    for (const auto* const film : films.items()) {
-      queue_.add(std::make_unique<DownloadItem>(film));
-    }
-    items_ = queue_.items();
-    queue_.find(1);  // builds the index
+    // Adding one at a time looks for its place among the completed ones each time.
+    for (const auto* const film : films.items()) items_.push_back(new DownloadItem(film));
+    queue_.assign(items_);
   }
 
   const plugin::DownloadQueue& queue() const { return queue_; }
