@@ -21,6 +21,19 @@ foreach(folder IN ITEMS ${PROJECT_SOURCE_DIR}/= ${PROJECT_BINARY_DIR}/=build/)
   target_compile_options(vesk_flags INTERFACE
     $<$<CONFIG:RelWithDebInfo>:-ffile-prefix-map=${folder}>)
 endforeach()
+
+# What makes a fault hard to use. What changes the code is for the builds that are installed: glibc
+# refuses to check code that is not optimised, and a sanitizer sees such faults itself.
+target_link_options(vesk_flags INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug" AND NOT VESK_SANITIZE)
+  include(CheckPIESupported)
+  check_pie_supported()
+  set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+  target_compile_options(vesk_flags INTERFACE -fstack-protector-strong
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE>
+    $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
+endif()
+
 if(VESK_SANITIZE)
   target_compile_options(vesk_flags INTERFACE -fsanitize=${VESK_SANITIZE} -fno-omit-frame-pointer)
   target_link_options(vesk_flags INTERFACE -fsanitize=${VESK_SANITIZE})
