@@ -11,7 +11,8 @@
 namespace system_test {
 
 /// A real terminal with a program in its foreground.
-/// Owner: the test, on the thread that made it. Failure: std::runtime_error when the machine has none to give.
+/// Owner: the test, on the thread that made it. Failure: std::runtime_error when the machine has
+/// none to give.
 class Terminal {
  public:
   Terminal(const std::vector<std::string>& arguments,
