@@ -4,6 +4,7 @@
 #include <exception>
 #include <map>
 #include <memory>
+#include <set>
 #include <utility>
 
 #include "kvpm/PathTools.h"
@@ -37,6 +38,9 @@ Holder holder KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 std::map<std::wstring, std::wstring> protectedFiles
     KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 
+/// Files that were read and are no queues: kept under another name before they are replaced.
+std::set<std::wstring> refusedFiles KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
+
 /// More than a conversion to or from UTF-8 ever needs.
 constexpr std::size_t kBytesPerCharacter = 10;
 constexpr std::size_t kCharactersPerByte = 10;
@@ -69,18 +73,14 @@ void protect(const std::wstring& path, const std::wstring& source)
   }
 }
 
-bool mayReplace(const std::wstring& path)
-    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  const auto found = protectedFiles.find(path);
-  if (found == protectedFiles.end()) return true;
-  if (persistence::isThere(found->second)) return false;
-  protectedFiles.erase(found);
-  return true;
-}
-
 /// Reads a file, and protects it as long as it cannot be read.
 Loaded load(const std::wstring& path) KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  Loaded loaded = tryToLoad([&] { return persistence::readQueueFile(path); });
+  Loaded loaded = tryToLoad([&] {
+    QueueReading reading = persistence::readQueueFile(path);
+    if (reading.outcome == QueueOutcome::kRefused) refusedFiles.insert(path);
+    return reading;
+  });
+  if (loaded.outcome != QueueOutcome::kRefused) refusedFiles.erase(path);
   if (loaded.outcome == QueueOutcome::kUnavailable) {
     protect(path, path);
   } else {
@@ -89,18 +89,23 @@ Loaded load(const std::wstring& path) KVPM_REQUIRES(DownloadManagerPersistence::
   return loaded;
 }
 
-/// As `load`; a file that is no queue is set aside, and protected where that fails.
-Loaded loadOrSetAside(const std::wstring& path)
+/// Returns whether nothing that was refused has this name any more.
+bool setAsideRefused(const std::wstring& path)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  Loaded loaded = load(path);
-  if (loaded.outcome != QueueOutcome::kRefused) return loaded;
-  try {
-    if (persistence::setAside(path)) return loaded;
-  } catch (const std::exception&) {
-    // As if it could not be moved.
-  }
-  protect(path, path);
-  return loaded;
+  if (!refusedFiles.contains(path)) return true;
+  if (persistence::isThere(path) && !persistence::setAside(path)) return false;
+  refusedFiles.erase(path);
+  return true;
+}
+
+/// Whether the name may get a new file, or none. A refused file has another name then.
+bool mayReplace(const std::wstring& path)
+    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
+  const auto found = protectedFiles.find(path);
+  if (found == protectedFiles.end()) return setAsideRefused(path);
+  if (persistence::isThere(found->second)) return false;
+  protectedFiles.erase(found);
+  return true;
 }
 
 /// Whether the file is the one that was found to hold `queueText`, and has not changed since.
@@ -156,20 +161,16 @@ Items DownloadManagerPersistence::readDownloadQueue(const std::wstring& path) {
   return load(path).items;
 }
 
-Items DownloadManagerPersistence::loadDownloadQueue(const std::wstring& path) {
-  const kvpm::CritLock lock(persistenceLock);
-  return loadOrSetAside(path).items;
-}
-
 Items DownloadManagerPersistence::migrateDownloadQueue(const std::wstring& legacy,
                                                        const std::wstring& current) {
   const kvpm::CritLock lock(persistenceLock);
-  Loaded loaded = loadOrSetAside(legacy);
+  Loaded loaded = load(legacy);
   if (loaded.outcome == QueueOutcome::kUnavailable) {
     protect(current, legacy);
   } else if (!persistence::isThere(legacy)) {
     write(current, loaded.items, Durability::kWritten);
   } else if (write(current, loaded.items, Durability::kOnDisk) && mayReplace(legacy)) {
+    // One that was refused has been moved instead.
     kvpm::PathTools::deleteFile(legacy);
   }
   return std::move(loaded.items);

@@ -14,8 +14,11 @@
 /// that cannot be written stays as it was.
 ///
 /// A file that could not be read (for lack of a descriptor, a permission or memory) may still hold
-/// a queue. Such a file is protected: it is not replaced until it has been read or is gone. The
-/// lock guards the list of these files and the text that was written last.
+/// a queue. Such a file is protected: it is not replaced until it has been read or is gone. One
+/// that was read and is no queue is moved before it is replaced, to a new name in its folder:
+/// '<path>.unreadable', or '<path>.unreadable.2' and so on where that name is taken; it is not
+/// replaced when it cannot be moved. The lock guards the lists of these files and the text that was
+/// written last.
 class DownloadManagerPersistence {
  public:
   using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
@@ -31,12 +34,7 @@ class DownloadManagerPersistence {
   /// missing, empty, unreadable or of no known format.
   static Items readDownloadQueue(const std::wstring& path);
 
-  /// As `readDownloadQueue`, except that a file that was read and is no queue is moved to a new
-  /// name in its folder: '<path>.unreadable', or '<path>.unreadable.2' and so on where that name is
-  /// taken. It is protected when it cannot be moved.
-  static Items loadDownloadQueue(const std::wstring& path);
-
-  /// Imports the queue of an earlier release: loads it from the file `legacy`, writes it to
+  /// Imports the queue of an earlier release: reads it from the file `legacy`, writes it to
   /// `current`, and deletes `legacy` once the new file is on the disk. Nothing is written to
   /// `current` as long as `legacy` is there and could not be read. Blocks as long as the disk
   /// takes.

@@ -27,10 +27,7 @@ QueueFiles::Items QueueFiles::readQueue() const {
   if (!fileExists(current_)) {
     return DownloadManagerPersistence::migrateDownloadQueue(legacy_, current_);
   }
-  Items items = DownloadManagerPersistence::loadDownloadQueue(current_);
-  // One that was set aside is replaced at once, or the next start would take it for a first one.
-  if (!fileExists(current_)) DownloadManagerPersistence::writeDownloadQueue(current_, items);
-  return items;
+  return DownloadManagerPersistence::readDownloadQueue(current_);
 }
 
 }  // namespace plugin

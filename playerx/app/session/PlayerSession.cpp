@@ -57,7 +57,6 @@ std::string PlayerSession::openForChange(Access access) {
   saved_->keepToOwner();
   if (problem.empty()) problem = loadManager();
   if (!problem.empty()) return problem;
-  manager().setViewInterface(&view_);
   filmOptions_ = std::make_unique<FilmOptionsFile>(places_.data);
   for (const std::string& sentence :
        saved_->companionProblems({FilmOptionsFile::kFileName, reasons::ReasonFile::kFileName})) {
@@ -82,6 +81,7 @@ std::string PlayerSession::openCopy() {
   saved_ = std::make_unique<SavedQueue>(folder.path().toStdString());
   setApplicationDataPath(folder.path());
   problem = loadManager();
+  if (manager_) manager().setViewInterface(nullptr);
   setApplicationDataPath(QString::fromStdString(places_.data));
   return saved_->filesSetAside().empty() ? problem : original.contentProblem();
 }
@@ -151,7 +151,10 @@ std::string PlayerSession::loadManager() {
   ThreadGate::close();
   manager_ = KPIM::load<DownloadManagerInterface>(&plugins_, VeskPlayerX::DIN_DownloadManager);
   if (manager_) reader_ = dynamic_cast<VeskPlayerX::QueueReaderInterface*>(manager_->get());
-  if (reader_ != nullptr) return saved_->loadProblem(manager());
+  if (reader_ != nullptr) {
+    manager().setViewInterface(&view_);
+    return saved_->loadProblem(manager());
+  }
   std::string problem = "The download manager cannot be loaded from " + searchedFolders_ + ".";
   for (const std::string& each : plugins_.problems()) problem += " " + each;
   return problem;

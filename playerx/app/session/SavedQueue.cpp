@@ -171,6 +171,8 @@ void SavedQueue::keepToOwner() const {
 
 std::string SavedQueue::loadProblem(DownloadManagerInterface& manager) const {
   if (manager.getNumberOfVideosInQueue() > 0) return {};
+  // Saves, as `saveOnceMore` does: a file that the manager has refused is set aside now.
+  manager.resume();
   QFile file(QString::fromStdString(file_));
   if (!file.open(QIODevice::ReadOnly)) return readProblem();
   if (!namesItems(file.readAll())) return {};

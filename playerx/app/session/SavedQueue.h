@@ -42,7 +42,8 @@ class SavedQueue {
   /// as it is.
   void keepToOwner() const;
 
-  /// Once the manager is loaded: whether it has read what the file holds.
+  /// Once the manager is loaded and has a view: whether it has read what the file holds. Has one
+  /// without items save them, so that it sets a file aside that is no queue.
   std::string loadProblem(VeskPlayerX::DownloadManagerInterface& manager) const;
 
   /// Whether a new queue file can be written. Tries it, and leaves nothing behind.

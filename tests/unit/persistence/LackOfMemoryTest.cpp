@@ -48,7 +48,7 @@ class LackOfMemory : public QueueFileFixture {
       put(content);
       DownloadManagerPersistence::Items items;
       hasFailed = runFailing(allocations,
-                             [&] { items = DownloadManagerPersistence::loadDownloadQueue(name); });
+                             [&] { items = DownloadManagerPersistence::readDownloadQueue(name); });
       const auto loaded = takeFields(items);
       ASSERT_TRUE(loaded == queue || (hasFailed && loaded.empty())) << allocations;
       ASSERT_EQ(this->content(), content) << allocations;

@@ -34,9 +34,6 @@ class QueueFileFixture : public testing::Test {
     put(content);
     return read();
   }
-  std::vector<Fields> load() const {
-    return takeFields(DownloadManagerPersistence::loadDownloadQueue(path()));
-  }
 
   /// Saves the queue and returns the content of the file.
   std::string written(const std::vector<Fields>& queue) const {

@@ -14,20 +14,21 @@ class SetAside : public QueueFileFixture {
   static constexpr const char* kSecond = "downloadmanager.xml.unreadable.2";
   static constexpr const char* kThird = "downloadmanager.xml.unreadable.3";
 
-  /// Loads a file of this content, which must then lie under the first name.
+  /// Reads a file of this content, which the next save must move to the first name.
   void expectSetAside(const std::string& content) const {
-    put(content);
-    EXPECT_THAT(load(), IsEmpty());
-    EXPECT_FALSE(exists("downloadmanager.xml"));
+    EXPECT_THAT(readOf(content), IsEmpty());
+    EXPECT_EQ(this->content(), content);
+    EXPECT_FALSE(exists(kFirst));
+    EXPECT_EQ(written({}), queueHolding(""));
     ASSERT_TRUE(exists(kFirst));
     EXPECT_EQ(support::readFile(folder() / kFirst), content);
     std::filesystem::remove(folder() / kFirst);
   }
 
-  void expectLeftInPlace(const std::string& content) const {
-    put(content);
-    load();
-    EXPECT_EQ(this->content(), content);
+  void expectReplaced(const std::string& content) const {
+    readOf(content);
+    written({titled(L"another")});
+    EXPECT_NE(this->content(), content);
     EXPECT_FALSE(exists(kFirst));
   }
 };
@@ -64,39 +65,47 @@ TEST_F(SetAside, ALegacyFileOfAnotherVersionIs) {
   support::LegacyQueueFile legacy;
   legacy.item().text("title", L"one");
   std::string text = legacy.document();
-  expectLeftInPlace(text);
+  expectReplaced(text);
   text.replace(text.find("version=\"1\""), 11, "version=\"2\"");
   expectSetAside(text);
   expectSetAside(legacy.document().substr(0, 120));
 }
 
 TEST_F(SetAside, AMissingFileIsNot) {
-  EXPECT_THAT(load(), IsEmpty());
+  EXPECT_THAT(read(), IsEmpty());
+  written({});
   EXPECT_FALSE(exists(kFirst));
 }
 
 TEST_F(SetAside, AFileThatHoldsNothingIsNot) {
-  expectLeftInPlace("");
-  expectLeftInPlace(written({}));
+  expectReplaced("");
+  expectReplaced(written({}));
 }
 
 TEST_F(SetAside, AReadableFileIsNot) {
   const std::string text = written({titled(L"one")});
-  EXPECT_THAT(load(), ElementsAre(titled(L"one")));
-  expectLeftInPlace(text);
-  expectLeftInPlace(queueHolding(std::string(100, ' ')));
+  EXPECT_THAT(read(), ElementsAre(titled(L"one")));
+  expectReplaced(text);
+  expectReplaced(queueHolding(std::string(100, ' ')));
 }
 
-TEST_F(SetAside, ReadingAloneMovesNothing) {
-  put("something else");
-  EXPECT_THAT(read(), IsEmpty());
-  EXPECT_EQ(content(), "something else");
+TEST_F(SetAside, AFileThatIsGoneBeforeTheSaveIsNot) {
+  readOf("something else");
+  std::filesystem::remove(file());
+  EXPECT_EQ(written({}), queueHolding(""));
+  EXPECT_FALSE(exists(kFirst));
+}
+
+TEST_F(SetAside, AFileThatWasMendedAndReadAgainIsNot) {
+  readOf("something else");
+  readOf(queueHolding(std::string(100, ' ')));
+  written({});
+  EXPECT_FALSE(exists(kFirst));
 }
 
 TEST_F(SetAside, AnEarlierCopyIsNeverOverwritten) {
   for (const char* content : {"first", "second", "third"}) {
-    put(content);
-    load();
+    readOf(content);
     written({});
   }
   EXPECT_EQ(support::readFile(folder() / kFirst), "first");
@@ -106,15 +115,15 @@ TEST_F(SetAside, AnEarlierCopyIsNeverOverwritten) {
 
 TEST_F(SetAside, AFolderOfThatNameIsSkipped) {
   std::filesystem::create_directory(folder() / kFirst);
-  put("something else");
-  load();
+  readOf("something else");
+  written({});
   EXPECT_EQ(support::readFile(folder() / kSecond), "something else");
 }
 
 TEST_F(SetAside, ALinkThatLeadsNowhereIsNotOverwritten) {
   std::filesystem::create_symlink("nowhere", folder() / kFirst);
-  put("something else");
-  load();
+  readOf("something else");
+  written({});
   EXPECT_TRUE(std::filesystem::is_symlink(folder() / kFirst));
   EXPECT_FALSE(exists("nowhere"));
   EXPECT_EQ(support::readFile(folder() / kSecond), "something else");

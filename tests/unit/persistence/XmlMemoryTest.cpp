@@ -55,7 +55,7 @@ TEST_P(XmlMemory, AQueueIsReadCompletelyOrLeftAlone) {
     std::vector<Fields> loaded;
     {
       const FailingXmlMemory memory(allocations, GetParam());
-      loaded = load();
+      loaded = read();
       hasFailed = FailingXmlMemory::hasFailed();
     }
     // The library can do without some allocations.

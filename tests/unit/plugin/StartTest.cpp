@@ -53,6 +53,7 @@ TEST_F(StartTest, AnUnreadableQueueIsKeptBesideTheOneThatReplacesIt) {
   support::writeFile(queueFile(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?><DownloadQueue><Do");
   startAsleep();
   EXPECT_EQ(queue(), "");
+  EXPECT_FALSE(fs::exists(queueFile().string() + ".unreadable"));
   manager().add(L"http://h/a.avi", L"A", L"P");
   EXPECT_EQ(written(), "A1");
   EXPECT_EQ(support::readFile(queueFile().string() + ".unreadable"),
