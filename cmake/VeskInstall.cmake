@@ -18,7 +18,10 @@ install(FILES ${VESK_PLUGIN_DIR}/downloadmanager.json ${VESK_PLUGIN_DIR}/KPB.jso
 
 install(DIRECTORY host/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/playerx COMPONENT dev
   FILES_MATCHING PATTERN "*.h")
-install(FILES docs/hosting.md DESTINATION ${CMAKE_INSTALL_DOCDIR}-dev COMPONENT dev)
+set(dev_pages ${CMAKE_INSTALL_DATADIR}/doc/playerx-dev)
+install(FILES docs/hosting.md docs/threads.md docs/queue-file.md docs/tickets.md
+  DESTINATION ${dev_pages} COMPONENT dev)
+install(DIRECTORY examples DESTINATION ${dev_pages} COMPONENT dev)
 set(package_folder lib/cmake/VeskHost)
 include(CMakePackageConfigHelpers)
 configure_package_config_file(cmake/VeskHostConfig.cmake.in

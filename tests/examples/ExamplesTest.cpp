@@ -31,7 +31,7 @@ class ExamplesTest : public testing::Test {
   std::string build(const std::string& host) const {
     const std::string build = folder_ / "build";
     const std::string sanitizers = SANITIZERS;
-    run({CMAKE, "-S", VESK_PROJECT "/examples", "-B", build, "-G", "Ninja",
+    run({CMAKE, "-S", installed() + "/share/doc/playerx-dev/examples", "-B", build, "-G", "Ninja",
          "-DCMAKE_PREFIX_PATH=" + installed(), "-DCMAKE_CXX_COMPILER=" COMPILER,
          "-DCMAKE_CXX_FLAGS=" + (sanitizers.empty() ? "" : "-fsanitize=" + sanitizers)});
     run({CMAKE, "--build", build, "--target", host});
