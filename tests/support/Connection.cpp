@@ -64,11 +64,14 @@ void Connection::startTls() {
 }
 
 void Connection::renegotiate() {
-  if (!channel_.renegotiate()) throw PeerGone();
+  const bool done = channel_.renegotiate();
   update_([&](ConnectionRecord& record) {
+    record.handshakeError = channel_.handshakeError();
+    if (!done) return;
     ++record.renegotiations;
     record.clientSubject = subjectOf(channel_.ssl());
   });
+  if (!done) throw PeerGone();
 }
 
 void Connection::present(const Identity& identity) {

@@ -107,9 +107,13 @@ bool TlsChannel::startTls(SSL_CTX* context, void* appData) {
     const int result = SSL_accept(ssl_.get());
     if (result == 1) return true;
     if (waitAfter(result)) continue;
-    handshakeError_ = ERR_peek_last_error() != 0 ? libraryText() : "the peer went away";
+    noteFailure();
     return false;
   }
+}
+
+void TlsChannel::noteFailure() {
+  handshakeError_ = ERR_peek_last_error() != 0 ? libraryText() : "the peer went away";
 }
 
 bool TlsChannel::renegotiate() {
@@ -121,7 +125,9 @@ bool TlsChannel::renegotiate() {
   char unused = 0;
   while (SSL_renegotiate_pending(ssl_.get()) == 1) {
     result = SSL_peek(ssl_.get(), &unused, 1);
-    if (result <= 0 && SSL_renegotiate_pending(ssl_.get()) == 1 && !waitAfter(result)) return false;
+    if (result > 0 || SSL_renegotiate_pending(ssl_.get()) != 1 || waitAfter(result)) continue;
+    noteFailure();
+    return false;
   }
   return true;
 }

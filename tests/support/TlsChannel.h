@@ -53,7 +53,7 @@ class TlsChannel {
   const std::string& handshakeError() const { return handshakeError_; }
   SSL* ssl() const { return ssl_.get(); }
   /// Whether the peer goes through another handshake (TLS 1.2), in which it is asked for a
-  /// certificate.
+  /// certificate; else `handshakeError` has the library's text.
   bool renegotiate();
 
   /// At most `size` bytes; "" when the peer has ended its stream.
@@ -82,6 +82,7 @@ class TlsChannel {
     void operator()(SSL* ssl) const { SSL_free(ssl); }
   };
 
+  void noteFailure();
   void waitFor(short events);
   bool waitAfter(int result);
   std::size_t writeSome(std::string_view bytes);

@@ -69,6 +69,8 @@ TEST_F(RenegotiationTest, AServerThatTurnsIntoAnotherHostIsRefused) {
   };
   EXPECT_EQ(getAfter(answerAfter(1, turn)).result, kvsc::HTTP_ERROR_FAILED);
   EXPECT_EQ(server_.ended().renegotiations, 0);
+  EXPECT_EQ(server_.ended().handshakeError,
+            "error:0A000410:SSL routines::sslv3 alert handshake failure");
 }
 
 }  // namespace
