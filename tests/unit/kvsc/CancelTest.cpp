@@ -181,7 +181,10 @@ TEST(CancelTest, ACancelBeforeTheExchangeIsNotLost) {
   kvsc::CancelToken token;
   client.session().setCancelToken(&token);
   token.cancel();
-  EXPECT_EQ(client.get(urlOf("http", server.port())).result, HTTP_ERROR_CANCELLED);
+  EXPECT_EQ(client.get(urlOf("http", server.port())),
+            (Outcome{HTTP_ERROR_CANCELLED,
+                     "\n connecting error:8000007D:system library::Operation canceled\n"}));
+  EXPECT_EQ(server.connectionCount(), 0u);
   token.reset();
   EXPECT_EQ(client.get(urlOf("http", server.port())), kSuccess);
 }

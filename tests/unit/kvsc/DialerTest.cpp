@@ -14,6 +14,7 @@
 #include "kvsc/Waiter.h"
 #include "tests/support/Gate.h"
 #include "tests/support/Loopback.h"
+#include "tests/support/WaitFor.h"
 
 namespace kvsc {
 namespace {
@@ -200,6 +201,23 @@ TEST_F(DialerTest, ACancelEndsAHangingConnect) {
   other.join();
   EXPECT_EQ(waiter_.outcome(), Waiter::Outcome::kCancelled);
   EXPECT_NE(takeErrorText().find("Operation canceled"), std::string::npos);
+}
+
+TEST_F(DialerTest, ACancelIsTheReasonEvenAfterARefusal) {
+  const support::SilentPort silent;
+  const std::string port = std::to_string(silent.port());
+  const auto refusingFirst = [](const std::string&) {
+    return std::make_unique<ListedLookup>(numericAddress("127.0.0.2"), numericAddress("127.0.0.1"));
+  };
+  std::thread other([&] {
+    support::waitFor([&] { return support::isConnecting(silent.port()); });
+    token_.cancel();
+  });
+  EXPECT_FALSE(dial("two.example", port, refusingFirst));
+  other.join();
+  EXPECT_EQ(takeErrorText(), "connecting to two.example:" + port +
+                                 " error:8000007D:system library::Operation canceled");
+  EXPECT_EQ(takeErrorText(), "");
 }
 
 TEST_F(DialerTest, ACancelEndsAHangingLookup) {
