@@ -1,4 +1,6 @@
 // When a connection is closed, and by whom; and servers that are gone.
+#include <sys/socket.h>
+
 #include <chrono>
 
 #include "kvsc/OpenSsl.h"
@@ -17,6 +19,13 @@ class HttpConnectionTest : public Exchange {
  protected:
   kvsc::HttpErrorIds send(const std::string& url) {
     return client_.sendRequest(url, 0, "GET", &session_, "", "", "");
+  }
+
+  /// Sends until the system takes no more.
+  static void fill(int fd) {
+    const std::string bytes(1 << 20, 'x');
+    while (::send(fd, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL) > 0) {
+    }
   }
 
   void expectClosed() {
@@ -52,6 +61,17 @@ TEST_F(HttpConnectionTest, AnotherHostLeavesTheConnectionToTheCallersClose) {
   EXPECT_NE(session_.getSsl(), nullptr);
   client_.close(&session_);
   expectClosed();
+}
+
+TEST_F(HttpConnectionTest, AClosingMessageThatDoesNotFitIsDropped) {
+  ScriptedServer deaf(TlsSettings{.identity = support::pki::selfSigned()});
+  deaf.next(Script().readRequest().send(support::okResponse("film")).stall());
+  ASSERT_EQ(send(deaf.url()), kvsc::HTTP_ERROR_NONE);
+  fill(static_cast<int>(BIO_get_fd(session_.getConnect(), nullptr)));
+  const auto begin = std::chrono::steady_clock::now();
+  client_.close(&session_);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin,
+            std::chrono::milliseconds(session_.getWaitTimeout() / 2));
 }
 
 TEST_F(HttpConnectionTest, AGoneServerIsTriedTenTimesThenReported) {
