@@ -289,6 +289,10 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
   addGet(app, options);
   addQueueCommands(app, options);
   addExplain(app, options);
+  for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    command->footer(
+        "`playerx-cli help` shows the options that all commands have, those of the folders too.");
+  }
   app.footer("Films are files that end in .vesk, .xvid, .avi or .mkv.");
   app.set_version_flag("--version", "playerx-cli " PLAYERX_VERSION, "Print the version");
   if (const CLI::App* subject = subjectOfHelp(app, argc, argv)) {

@@ -149,6 +149,10 @@ TEST(OptionsTest, HelpIsAlsoAWord) {
   EXPECT_EQ(parse({"help", "nonsense"}).status, kExitUsage);
 }
 
+TEST(OptionsTest, TheHelpOfACommandNamesThatOfAll) {
+  EXPECT_NE(parse({"get", "--help"}).output.find("`playerx-cli help` shows"), std::string::npos);
+}
+
 TEST(OptionsTest, TheVersionIsThatOfTheProject) {
   const Parsed parsed = parse({"--version"});
   EXPECT_FALSE(parsed.options);
