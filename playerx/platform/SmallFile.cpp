@@ -18,7 +18,7 @@ constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 // Opening a pipe would wait for its other end.
 Descriptor openRegular(const std::filesystem::path& file, int flags, struct stat& status,
                        int& error) {
-  Descriptor opened(::open(file.c_str(), flags | O_CLOEXEC | O_NONBLOCK, kOwnerOnly));
+  Descriptor opened(::open(file.c_str(), flags | O_CLOEXEC | O_NONBLOCK));
   error = opened && ::fstat(opened.get(), &status) == 0 ? 0 : errno;
   if (error == 0 && !S_ISREG(status.st_mode)) error = EINVAL;
   return error == 0 ? std::move(opened) : Descriptor();
@@ -39,7 +39,9 @@ int replaceSmallFile(const std::filesystem::path& file, std::string_view content
 int appendToSmallFile(const std::filesystem::path& file, std::string_view content) {
   int error = 0;
   struct stat status {};
-  const Descriptor opened = openRegular(file, O_WRONLY | O_APPEND | O_CREAT, status, error);
+  const Descriptor opened = openRegular(file, O_WRONLY | O_APPEND, status, error);
+  // Creating it by its name would follow a link that leads nowhere.
+  if (error == ENOENT) return replaceSmallFile(file, content);
   return error == 0 ? writeFully(opened.get(), content.data(), content.size()).error : error;
 }
 

@@ -98,6 +98,19 @@ TEST_F(HostileQueueTest, APlantedLinkIsNotWrittenThrough) {
   EXPECT_FALSE(std::filesystem::exists(elsewhere / "victim"));
 }
 
+TEST_F(HostileQueueTest, NoPlantedLinkOfAnyFileIsWrittenThrough) {
+  const support::TempDir elsewhere;
+  for (const char* name : {"failures.json", "film-options.jsonl"}) {
+    std::filesystem::create_symlink(elsewhere / name, home.data() / name);
+  }
+  EXPECT_EQ(home.run({"get", "--tries", "2", server.url("/none.avi")}).status, 1);
+  EXPECT_TRUE(std::filesystem::is_regular_file(home.data() / "failures.json"));
+  std::filesystem::remove(home.data() / "player.lock");
+  std::filesystem::create_symlink(elsewhere / "lock", home.data() / "player.lock");
+  EXPECT_EQ(home.run({"get"}).status, 1);
+  EXPECT_TRUE(std::filesystem::is_empty(elsewhere.path()));
+}
+
 TEST_F(HostileQueueTest, AQueueThatTheUserKeepsElsewhereGoesOn) {
   expectDownloadsAllTheSame();
   const support::TempDir elsewhere;

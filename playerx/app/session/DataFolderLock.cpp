@@ -14,7 +14,7 @@ namespace playerx::session {
 DataFolderLock::DataFolderLock(const std::string& folder) {
   makePrivateFolders(folder);
   const std::string file = folder + "/player.lock";
-  descriptor_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  descriptor_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (descriptor_ < 0) {
     problem_ = "The data folder " + folder + " cannot be written (" + std::strerror(errno) +
                "); choose another with --data.";

@@ -126,7 +126,9 @@ std::vector<std::string> SavedQueue::companionProblems(
   std::vector<std::string> problems;
   for (const std::string& name : names) {
     const std::string kind = wrongKind(folder_ + "/" + name);
-    if (kind.empty()) continue;
+    std::error_code error;
+    // A link that leads nowhere is replaced.
+    if (kind.empty() || !std::filesystem::exists(folder_ + "/" + name, error)) continue;
     problems.push_back("What belongs into " + folder_ + "/" + name +
                        " is forgotten at the end of this run: it is " + kind + ". Move that away.");
   }
