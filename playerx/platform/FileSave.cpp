@@ -62,6 +62,7 @@ IoResult FileSave::write(const char* bytes, std::size_t length) {
     if (isThere && result.error == 0) begin = end;
   }
   if (result.error == 0) result = put(bytes, begin, length);
+  if (result.error != 0) versions_->noteOutcome(result.error);
   result.bytes += begin;
   position_ += static_cast<std::int64_t>(result.bytes);
   return result;

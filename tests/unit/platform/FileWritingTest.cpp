@@ -8,6 +8,7 @@
 #include <string>
 
 #include "kvpm/File.h"
+#include "playerx/platform/FileSync.h"
 #include "tests/support/TempDir.h"
 #include "tests/unit/platform/FileFixture.h"
 
@@ -54,6 +55,20 @@ TEST(FileWriting, PutsTheContentUnderItsNameAtClose) {
   EXPECT_EQ(file.close(), 0);
   EXPECT_EQ(readFile(path), "abcde");
   EXPECT_EQ(filesIn(folder), 1U);
+}
+
+TEST(FileWriting, RemembersWhyTheLastContentCouldNotBeWritten) {
+  const TempDir folder;
+  const fs::path path = folder.write("queue.xml", "old");
+  {
+    const FileSizeLimit full(1000);
+    File file;
+    ASSERT_EQ(file.open(path.wstring(), kvpm::FileOpenWrite), 0);
+    EXPECT_LT(write(file, std::string(2000, 'x')), 2000);
+  }
+  EXPECT_EQ(playerx::lastSaveError(path), EFBIG);
+  ASSERT_EQ(replace(path, "new"), 0);
+  EXPECT_EQ(playerx::lastSaveError(path), 0);
 }
 
 TEST(FileWriting, ReplacesALongerContentCompletely) {
