@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <thread>
 
 #include "bench/Measure.h"
@@ -209,6 +210,17 @@ void printTimes(const char* what, const std::vector<double>& seconds) {
               1e3 * median(seconds), 1e3 * quantile(seconds, 0.99), 1e3 * quantile(seconds, 1));
 }
 
+/// Whether the library is at work on the first item. The item itself keeps its status between two
+/// transfers.
+bool isFirstArriving(playerx::session::PlayerSession& session) {
+  const VeskPlayerX::QueuedVersion first = session.reader().getVersions().front();
+  const std::unique_ptr<VeskPlayerX::DownloadItemInterface> item(
+      session.reader().getCopy(first.id));
+  const auto transfer = session.findTransfer(playerx::model::stateOf(*item).url);
+  return first.status == DownloadStatusDownloading && transfer &&
+         transfer->phase == playerx::TransferPhase::kArriving;
+}
+
 /// Interrupts the transfer of the first item again and again, beside 10,000 others.
 void latencies(const fs::path& home, const char* kind, const std::string& rate, int count) {
   const support::Nginx server({.limitRate = rate});
@@ -222,9 +234,7 @@ void latencies(const fs::path& home, const char* kind, const std::string& rate, 
   player.add(two);
   std::vector<double> pauses, resumes, cancels, moves;
   const auto waitForTransfer = [&] {
-    player.waitUntil([&] {
-      return player.session().reader().getVersions().front().status == DownloadStatusDownloading;
-    });
+    player.waitUntil([&] { return isFirstArriving(player.session()); });
   };
   for (int i = 0; i < count; ++i) {
     waitForTransfer();
