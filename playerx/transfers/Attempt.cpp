@@ -127,7 +127,8 @@ bool Attempt::end(AttemptEnd::Kind kind, TransferFailure failure, std::string de
 }
 
 AttemptEnd Attempt::finish(TransferFailure transport, const std::string& detail) {
-  if (stage_ == Stage::kHead && transport == TransferFailure::kNone) judge();
+  // An end within the head counts as a proper one to libcurl.
+  if (stage_ == Stage::kHead && transport == TransferFailure::kNone && head_.isWhole()) judge();
   flush();
   if (stage_ == Stage::kOver) return end_;
   if (stage_ == Stage::kRest) return endOfBody(transport, detail);

@@ -50,14 +50,22 @@ void ResponseHead::addField(std::string_view name, std::string_view value) {
                 {"Last-Modified", fields_.lastModified},
                 {"Date", fields_.date},
                 {"Retry-After", fields_.retryAfter}};
+  const std::string length = fields_.contentLength;
   for (const auto& field : wanted) {
     if (sameName(name, field.name)) field.value = value;
   }
+  if (!length.empty() && fields_.contentLength != length) fields_.lengthsDiffer = true;
 }
 
 std::optional<std::uint64_t> ResponseHead::bodyLength() const {
   if (!fields_.transferEncoding.empty()) return std::nullopt;
   return parseNumber(fields_.contentLength);
+}
+
+bool ResponseHead::hasImpossibleLength() const {
+  const std::string& length = fields_.contentLength;
+  const bool isNumber = length.find_first_not_of("0123456789") == std::string::npos;
+  return fields_.lengthsDiffer || (!length.empty() && isNumber && !parseNumber(length));
 }
 
 bool ResponseHead::isWebPage() const {

@@ -19,8 +19,12 @@ class ResponseHead {
 
   /// 0 before the first status line.
   int status() const { return fields_.status; }
+  /// False until the blank line behind the fields: a line that broke off may have been the next.
+  bool isWhole() const { return fields_.ended; }
   /// Bytes of the body; nullopt when not told or when the body comes in chunks.
   std::optional<std::uint64_t> bodyLength() const;
+  /// True when two lengths are told, or one that no file can have.
+  bool hasImpossibleLength() const;
   /// True when the body is said to be a page for a browser, such as one to log in.
   bool isWebPage() const;
   /// True when the body has a content coding, such as compression.
@@ -39,6 +43,7 @@ class ResponseHead {
   struct Fields {
     int status = 0;
     bool ended = false;
+    bool lengthsDiffer = false;
     std::string contentLength, contentRange, contentEncoding, contentType, transferEncoding;
     std::string etag, lastModified, date, retryAfter;
   };

@@ -12,7 +12,7 @@ Verdict broken(TransferFailure failure) { return {Step::kBreak, std::nullopt, fa
 Verdict askForWhole() { return {Step::kAskForWhole, std::nullopt, TransferFailure::kNone}; }
 
 Verdict judgeWhole(const ResponseHead& head) {
-  if (head.isEncoded()) return broken(TransferFailure::kBadAnswer);
+  if (head.isEncoded() || head.hasImpossibleLength()) return broken(TransferFailure::kBadAnswer);
   if (head.isWebPage()) return broken(TransferFailure::kWebPage);
   return {Step::kReplace, head.bodyLength(), TransferFailure::kNone};
 }

@@ -63,6 +63,19 @@ TEST_F(AttemptTest, TheWholeFileComesInAnyPieces) {
   }
 }
 
+TEST_F(AttemptTest, AHeadThatBreaksOffIsNoFilm) {
+  const AttemptEnd end = take({"HTTP/1.1 200 OK", "Content-Le"}, "");
+  EXPECT_EQ(end.kind, Kind::kInterrupted);
+  EXPECT_EQ(end.failure, TransferFailure::kDropped);
+}
+
+TEST_F(AttemptTest, TwoLengthsAreNonsense) {
+  const AttemptEnd end =
+      take({"HTTP/1.1 200 OK", "Content-Length: 1000", "Content-Length: 5", ""}, content_);
+  EXPECT_EQ(end.kind, Kind::kBroken);
+  EXPECT_EQ(end.failure, TransferFailure::kBadAnswer);
+}
+
 TEST_F(AttemptTest, TheRestComesInAnyPieces) {
   for (std::size_t piece = 1; piece <= kSize; piece += piece < 120 ? 1 : 110) {
     leave(kThere);

@@ -27,6 +27,23 @@ TEST(ResponseHeadTest, ReadsStatusAndFields) {
   EXPECT_EQ(head.retryAfter(), "7");
 }
 
+TEST(ResponseHeadTest, IsWholeWithItsBlankLine) {
+  EXPECT_FALSE(headOf({"HTTP/1.1 200 OK\r\n", "Content-Le"}).isWhole());
+  EXPECT_TRUE(headOf({"HTTP/1.1 200 OK\r\n", "\r\n"}).isWhole());
+  EXPECT_FALSE(headOf({"HTTP/1.1 302 No\r\n", "\r\n", "HTTP/1.1 200 OK\r\n"}).isWhole());
+}
+
+TEST(ResponseHeadTest, LengthsThatCannotBeAreNoticed) {
+  const auto isImpossible = [](std::initializer_list<const char*> lines) {
+    return headOf(lines).hasImpossibleLength();
+  };
+  EXPECT_FALSE(isImpossible({"HTTP/1.1 200 OK\r\n"}));
+  EXPECT_FALSE(isImpossible({"Content-Length: 5\r\n", "content-length: 5\r\n"}));
+  EXPECT_FALSE(isImpossible({"Content-Length: 18446744073709551615\r\n"}));
+  EXPECT_TRUE(isImpossible({"Content-Length: 5\r\n", "Content-Length: 6\r\n"}));
+  EXPECT_TRUE(isImpossible({"Content-Length: 18446744073709551616\r\n"}));
+}
+
 TEST(ResponseHeadTest, AStatusLineWithoutReasonIsRead) {
   EXPECT_EQ(headOf({"HTTP/2 200 \r\n"}).status(), 200);
   EXPECT_EQ(headOf({"HTTP/1.0 404\r\n"}).status(), 404);
