@@ -132,6 +132,7 @@ DoorServer::DoorServer(QByteArray greeting, QByteArray refusal, std::function<vo
 }
 
 DoorServer::~DoorServer() {
+  if (!thread_.isRunning()) return;
   QMetaObject::invokeMethod(
       porter_.get(), [this] { porter_->close(); }, Qt::BlockingQueuedConnection);
   thread_.quit();
@@ -140,6 +141,7 @@ DoorServer::~DoorServer() {
 
 std::string DoorServer::listen(const std::string& path) {
   if (path.empty()) return "There is no place for the socket of the queue.";
+  if (!thread_.isRunning()) return "No thread can be started for the socket of the queue.";
   QString problem;
   QMetaObject::invokeMethod(
       porter_.get(), [&] { problem = porter_->listen(QFile::decodeName(path.c_str())); },
