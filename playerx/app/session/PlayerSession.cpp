@@ -8,6 +8,7 @@
 #include "kvpm/StringTools.h"
 #include "playerx/app/model/ItemState.h"
 #include "playerx/app/reasons/ReasonFile.h"
+#include "playerx/app/session/Resources.h"
 #include "playerx/platform/ThreadGate.h"
 #include "playerx/settings/Folders.h"
 #include "playerx/settings/TrustedAuthorities.h"
@@ -42,7 +43,8 @@ PlayerSession::PlayerSession(const SessionOptions& options, SessionListener list
 PlayerSession::~PlayerSession() { close(); }
 
 std::string PlayerSession::open(Access access) {
-  const std::string problem = access == Access::kLook ? openCopy() : openForChange(access);
+  std::string problem = lackOfResources();
+  if (problem.empty()) problem = access == Access::kLook ? openCopy() : openForChange(access);
   if (!problem.empty() && !isTaken_) close();
   return problem;
 }

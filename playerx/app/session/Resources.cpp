@@ -1,0 +1,61 @@
+#include "playerx/app/session/Resources.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <future>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "playerx/platform/QuietThread.h"
+
+namespace playerx::session {
+
+namespace {
+
+// A download takes about 20 files and 8 threads; what is asked for leaves room for other processes
+// at the door.
+constexpr rlim_t kFiles = 32;
+constexpr std::size_t kThreads = 12;
+
+/// How many files may be open at once.
+rlim_t raiseFileLimit() {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= kFiles) return kFiles;
+  limit.rlim_cur = std::min(limit.rlim_max, kFiles);
+  ::setrlimit(RLIMIT_NOFILE, &limit);
+  return limit.rlim_cur;
+}
+
+/// The system tells how many threads there may be in more places than a process can look at.
+bool mayStartThreads() {
+  std::promise<void> end;
+  const std::shared_future<void> ended = end.get_future().share();
+  std::vector<std::thread> threads;
+  try {
+    while (threads.size() < kThreads)
+      threads.push_back(startQuietThread([ended] { ended.wait(); }));
+  } catch (const std::system_error&) {
+  }
+  end.set_value();
+  for (std::thread& thread : threads) thread.join();
+  return threads.size() == kThreads;
+}
+
+}  // namespace
+
+std::string lackOfResources() {
+  const rlim_t files = raiseFileLimit();
+  if (files < kFiles) {
+    return "Only " + std::to_string(files) + " files may be open at once, and " +
+           std::to_string(kFiles) + " are needed; raise the limit (ulimit -n) and try again.";
+  }
+  if (!mayStartThreads()) {
+    return "The system lets no more threads be started; end other programs or raise the limit "
+           "(ulimit -u), and try again.";
+  }
+  return {};
+}
+
+}  // namespace playerx::session
