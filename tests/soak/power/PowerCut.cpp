@@ -4,18 +4,15 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <iostream>
 #include <stdexcept>
 
+#include "tests/soak/Count.h"
 #include "tests/soak/power/MountedDisk.h"
 
 namespace power_test {
 
-int cutsToTry() {
-  const char* wanted = std::getenv("VESK_POWER_CUTS");
-  return wanted == nullptr ? 30 : std::atoi(wanted);
-}
+int cutsToTry() { return soak::countOr(30); }
 
 bool mayMount() {
   const std::string obstacle = obstacleToMounting();

@@ -17,7 +17,7 @@ inline constexpr std::int64_t kSecond = 1'000'000'000;  // nanoseconds
 inline const std::map<std::string, std::string> kBeforeTheCut = {
     {"VESK_BOOT_ID", "before the power cut"}};
 
-/// 30, or what the environment variable VESK_POWER_CUTS says.
+/// 30, or what `./dev soak` was told.
 int cutsToTry();
 
 /// Whether this machine lets the process mount disks; says so when it does not.
