@@ -1,0 +1,127 @@
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <thread>
+
+#include "KPIM/Plugin.h"
+#include "VeskPlayerX/DownloadManagerInterface.h"
+#include "VeskPlayerX/InterfaceIds.h"
+#include "VeskPlayerX/ShutdownInterface.h"
+#include "tests/soak/Count.h"
+#include "tests/support/ScriptedServer.h"
+#include "tests/unit/plugin/ManagerFixture.h"
+
+namespace soak {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using VeskPlayerX::DownloadManagerInterface;
+
+/// What the process holds.
+struct Holdings {
+  long descriptors = 0;
+  long threads = 0;
+  long kilobytes = 0;
+};
+
+long entriesOf(const char* folder) {
+  const std::filesystem::directory_iterator entries(folder);
+  return std::distance(begin(entries), end(entries));
+}
+
+Holdings holdings() {
+  std::ifstream status("/proc/self/status");
+  std::string line;
+  while (std::getline(status, line) && !line.starts_with("VmRSS:")) {
+  }
+  return {entriesOf("/proc/self/fd"), entriesOf("/proc/self/task"), std::stol(line.substr(6))};
+}
+
+/// A host that loads the module, lets it work, and gives it up in the midst of it.
+class Unload : public ManagerFixture {
+ protected:
+  Unload() {
+    silent_.always(support::Script().readRequest().stall());
+    library_.whileStarting([this](unsigned long long uid) { library_.progress(uid, 7); });
+  }
+
+  void cycle() {
+    log_.clear();
+    given("A1 B4 C1 D6", [this](Item& item) {
+      item.setEncrypted(random_() % 2 == 0);
+      if (!item.getEncrypted()) item.setUrl(silentUrl());
+    });
+    void* const module = ::dlopen(VESK_MODULE, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(module, nullptr) << ::dlerror();
+    auto* const getPlugin =
+        reinterpret_cast<KPIM::GetPluginFunction*>(::dlsym(module, "getPlugin"));
+    void* out = nullptr;
+    ASSERT_EQ(getPlugin(&context_, &out), 0);
+    auto* const plugin = static_cast<KPIM::Plugin*>(out);
+    work(*face<DownloadManagerInterface>(plugin, VeskPlayerX::DIN_DownloadManager));
+    end(plugin);
+    EXPECT_EQ(::dlclose(module), 0);
+  }
+
+  template <class I>
+  I* face(KPIM::Plugin* plugin, const char* id) {
+    void* out = nullptr;
+    EXPECT_EQ(plugin->kpimGetInterface(id, &out), 0);
+    return static_cast<I*>(out);
+  }
+
+  void work(DownloadManagerInterface& queue) {
+    queue.setViewInterface(&view_);
+    queue.add(silentUrl(), L"Film", L"");
+    if (random_() % 2 == 0) queue.retry(queue.get(silentUrl())->getId());
+    if (random_() % 4 == 0) queue.pause();
+    std::this_thread::sleep_for(milliseconds(random_() % 20));
+  }
+
+  std::wstring silentUrl() const {
+    return kvpm::StringTools::stringToWString(silent_.url("/film.avi", "127.0.0.1"));
+  }
+
+  void end(KPIM::Plugin* plugin) {
+    const auto start = steady_clock::now();
+    face<VeskPlayerX::ShutdownInterface>(plugin, VeskPlayerX::DIN_Shutdown)->Shutdown();
+    const auto took = std::chrono::duration_cast<milliseconds>(steady_clock::now() - start);
+    longest_ = std::max(longest_, took);
+    EXPECT_EQ(plugin->kpimRelease(), 0);
+    EXPECT_FALSE(library_.hasCallback());
+  }
+
+  support::ScriptedServer silent_;
+  milliseconds longest_{0};
+  std::mt19937 random_{std::random_device{}()};
+};
+
+TEST_F(Unload, InTheMidstOfWorkLeavesNothingBehind) {
+  constexpr int kWarmUp = 30;
+  for (int i = 0; i < kWarmUp; ++i) cycle();
+  const Holdings before = holdings();
+  for (int i = 0; i < countOr(60) && !HasFailure(); ++i) cycle();
+  // The last save is synced in the background, which takes a thread and three files.
+  Holdings after;
+  EXPECT_TRUE(support::waitFor([&] {
+    after = holdings();
+    return after.descriptors <= before.descriptors + 3 && after.threads <= before.threads + 1;
+  })) << before.descriptors
+      << " descriptors became " << after.descriptors << ", " << before.threads << " threads "
+      << after.threads;
+  EXPECT_LT(after.kilobytes, before.kilobytes + before.kilobytes / 20);
+  EXPECT_LT(longest_, milliseconds(500));
+  std::cout << before.kilobytes << " KB became " << after.kilobytes << "; longest shutdown "
+            << longest_.count() << " ms" << std::endl;
+}
+
+}  // namespace
+}  // namespace soak
