@@ -36,10 +36,23 @@ std::optional<Explanation> explanationOf(const Json& entry) {
   return explanation;
 }
 
-std::map<std::string, Explanation> readReasons(const std::filesystem::path& file) {
-  std::map<std::string, Explanation> reasons;
-  const Json content =
-      Json::parse(readSmallFile(file, kMostBytes), nullptr, /*allow_exceptions=*/false);
+}  // namespace
+
+std::string writeReasons(const ReasonMap& reasons) {
+  Json content = Json::array();
+  for (const auto& [item, reason] : reasons) {
+    content.push_back({{"item", item},
+                       {"reason", static_cast<std::int32_t>(reason.reason)},
+                       {"happened", reason.happened},
+                       {"advice", reason.advice}});
+  }
+  // Titles and words of servers may hold bytes that are not UTF-8.
+  return content.dump(1, ' ', false, Json::error_handler_t::replace);
+}
+
+ReasonMap readReasons(const std::string& json) {
+  ReasonMap reasons;
+  const Json content = Json::parse(json, nullptr, /*allow_exceptions=*/false);
   if (!content.is_array()) return reasons;
   for (const Json& entry : content) {
     if (!entry.is_object()) continue;
@@ -48,10 +61,8 @@ std::map<std::string, Explanation> readReasons(const std::filesystem::path& file
   return reasons;
 }
 
-}  // namespace
-
 ReasonFile::ReasonFile(const std::filesystem::path& dataFolder)
-    : file_(dataFolder / kFileName), reasons_(readReasons(file_)) {}
+    : file_(dataFolder / kFileName), reasons_(readReasons(readSmallFile(file_, kMostBytes))) {}
 
 std::optional<Explanation> ReasonFile::find(const ItemState& item) const {
   if (item.status != DownloadStatusFailed) return std::nullopt;
@@ -64,7 +75,7 @@ void ReasonFile::note(const ItemState& failed, const Explanation& reason) {
 }
 
 void ReasonFile::save(const std::vector<ItemState>& queue) {
-  std::map<std::string, Explanation> present;
+  ReasonMap present;
   for (const ItemState& item : queue) {
     if (auto known = find(item)) present[keyOf(item)] = *std::move(known);
   }
@@ -73,15 +84,7 @@ void ReasonFile::save(const std::vector<ItemState>& queue) {
 }
 
 void ReasonFile::write() const {
-  Json content = Json::array();
-  for (const auto& [item, reason] : reasons_) {
-    content.push_back({{"item", item},
-                       {"reason", static_cast<std::int32_t>(reason.reason)},
-                       {"happened", reason.happened},
-                       {"advice", reason.advice}});
-  }
-  // Titles and words of servers may hold bytes that are not UTF-8.
-  replaceSmallFile(file_, content.dump(1, ' ', false, Json::error_handler_t::replace));
+  replaceSmallFile(file_, writeReasons(reasons_));
 }
 
 }  // namespace playerx::reasons

@@ -11,6 +11,13 @@
 
 namespace playerx::reasons {
 
+/// Reasons by what names an item from run to run.
+using ReasonMap = std::map<std::string, Explanation>;
+
+/// The reasons as JSON text, and back: what of the text is none is left out.
+std::string writeReasons(const ReasonMap& reasons);
+ReasonMap readReasons(const std::string& json);
+
 /// Why items failed, kept in a file beside the queue, which has no room for it. Only its owner can
 /// read the file; one that is damaged counts as empty, and one that cannot be written only loses
 /// reasons. Used by one thread.
@@ -35,7 +42,7 @@ class ReasonFile {
   void write() const;
 
   const std::filesystem::path file_;
-  std::map<std::string, Explanation> reasons_;  ///< by what names an item from run to run
+  ReasonMap reasons_;
 };
 
 }  // namespace playerx::reasons
