@@ -41,6 +41,9 @@ std::map<std::wstring, std::wstring> protectedFiles
 /// Files that were read and are no queues: kept under another name before they are replaced.
 std::set<std::wstring> refusedFiles KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 
+/// There was no memory to note a protected file; until a file could be read, each is.
+bool isEveryFileProtected KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock) = false;
+
 /// More than a conversion to or from UTF-8 ever needs.
 constexpr std::size_t kBytesPerCharacter = 10;
 constexpr std::size_t kCharactersPerByte = 10;
@@ -69,7 +72,7 @@ void protect(const std::wstring& path, const std::wstring& source)
   try {
     protectedFiles[path] = source;
   } catch (const std::exception&) {
-    // There is no memory to write a queue either.
+    isEveryFileProtected = true;
   }
 }
 
@@ -85,6 +88,7 @@ Loaded load(const std::wstring& path) KVPM_REQUIRES(DownloadManagerPersistence::
     protect(path, path);
   } else {
     std::erase_if(protectedFiles, [&](const auto& entry) { return entry.second == path; });
+    isEveryFileProtected = false;
   }
   return loaded;
 }
@@ -101,6 +105,7 @@ bool setAsideRefused(const std::wstring& path)
 /// Whether the name may get a new file, or none. A refused file has another name then.
 bool mayReplace(const std::wstring& path)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
+  if (isEveryFileProtected) return false;
   const auto found = protectedFiles.find(path);
   if (found == protectedFiles.end()) return setAsideRefused(path);
   if (persistence::isThere(found->second)) return false;
