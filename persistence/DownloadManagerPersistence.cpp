@@ -76,20 +76,28 @@ void protect(const std::wstring& path, const std::wstring& source)
   }
 }
 
+/// Notes what has become known of a file that was read.
+void noteRefusal(const std::wstring& path, bool isRefused)
+    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
+  refusedFiles.erase(path);
+  if (!isRefused) return;
+  try {
+    refusedFiles.insert(path);
+  } catch (const std::exception&) {
+    isEveryFileProtected = true;
+  }
+}
+
 /// Reads a file, and protects it as long as it cannot be read.
 Loaded load(const std::wstring& path) KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  Loaded loaded = tryToLoad([&] {
-    QueueReading reading = persistence::readQueueFile(path);
-    if (reading.outcome == QueueOutcome::kRefused) refusedFiles.insert(path);
-    return reading;
-  });
-  if (loaded.outcome != QueueOutcome::kRefused) refusedFiles.erase(path);
+  Loaded loaded = tryToLoad([&] { return persistence::readQueueFile(path); });
   if (loaded.outcome == QueueOutcome::kUnavailable) {
     protect(path, path);
-  } else {
-    std::erase_if(protectedFiles, [&](const auto& entry) { return entry.second == path; });
-    isEveryFileProtected = false;
+    return loaded;
   }
+  std::erase_if(protectedFiles, [&](const auto& entry) { return entry.second == path; });
+  isEveryFileProtected = false;
+  noteRefusal(path, loaded.outcome == QueueOutcome::kRefused);
   return loaded;
 }
 
@@ -97,7 +105,11 @@ Loaded load(const std::wstring& path) KVPM_REQUIRES(DownloadManagerPersistence::
 bool setAsideRefused(const std::wstring& path)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
   if (!refusedFiles.contains(path)) return true;
-  if (persistence::isThere(path) && !persistence::setAside(path)) return false;
+  try {
+    if (persistence::isThere(path) && !persistence::setAside(path)) return false;
+  } catch (const std::exception&) {
+    return false;  // as if it could not be moved
+  }
   refusedFiles.erase(path);
   return true;
 }
