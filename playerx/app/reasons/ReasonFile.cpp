@@ -83,8 +83,6 @@ void ReasonFile::save(const std::vector<ItemState>& queue) {
   write();
 }
 
-void ReasonFile::write() const {
-  replaceSmallFile(file_, writeReasons(reasons_));
-}
+void ReasonFile::write() const { replaceSmallFile(file_, writeReasons(reasons_)); }
 
 }  // namespace playerx::reasons
