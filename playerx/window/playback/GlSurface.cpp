@@ -96,7 +96,9 @@ void GlSurface::render(int framebuffer, const QSize& size) {
 
 bool canUseOpenGl() {
   QOpenGLContext context;
-  return context.create();
+  if (!context.create()) return false;
+  // What libmpv draws with at least.
+  return context.isOpenGLES() || context.format().version() >= qMakePair(2, 1);
 }
 
 }  // namespace playerx::window

@@ -31,8 +31,8 @@ class GlSurface : public VideoSurface {
   QPointer<Canvas> canvas_;  // owned by its parent once it has one
 };
 
-/// Whether an OpenGL context can be made here; asked before any OpenGL widget is, since one without
-/// a context ends the program.
+/// Whether an OpenGL context that libmpv can use can be made here; asked before any OpenGL widget
+/// is made, since one without a context ends the program.
 bool canUseOpenGl();
 
 }  // namespace playerx::window
