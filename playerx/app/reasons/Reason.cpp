@@ -247,6 +247,14 @@ std::string codeOf(Reason reason) {
   return code.empty() ? "http_" + std::to_string(statusOf(reason)) : code;
 }
 
+std::string sentenceForm(Reason reason) { return rowOf(reason).happened; }
+
+std::vector<std::string> sentenceForms() {
+  std::vector<std::string> forms;
+  for (const Row& row : kRows) forms.emplace_back(row.happened);
+  return forms;
+}
+
 std::string Explanation::sentence() const {
   const std::string text = advice.empty() ? happened : happened + "; " + advice;
   return text.ends_with('.') ? text : text + '.';

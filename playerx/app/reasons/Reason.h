@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "playerx/transfers/Address.h"
 #include "playerx/transfers/TransferFailure.h"
@@ -78,6 +79,13 @@ Reason reasonOf(AddressFault fault);
 /// The stable word of a reason, listed in docs/json-output.md: "no_such_host", "http_404". Reasons
 /// that a program need not tell apart share one; "internal" for a number that is not a reason.
 std::string codeOf(Reason reason);
+
+/// What happened, as the table has it, with the names of its facts in braces: "{host} has no film
+/// at this address ({status})". A face that speaks another language looks its translation up by it.
+std::string sentenceForm(Reason reason);
+
+/// The forms of all reasons.
+std::vector<std::string> sentenceForms();
 
 /// What the sentence of a reason may mention.
 struct Facts {

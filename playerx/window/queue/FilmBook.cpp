@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "playerx/window/model/ReasonText.h"
+
 namespace playerx::window {
 
 namespace {
@@ -35,8 +37,7 @@ FilmState stateOf(DownloadStatusEnumType status) {
 constexpr int kWatchablePercent = 5;
 
 FilmFailure failureOf(const reasons::Explanation& reason) {
-  return {QString::fromStdString(reason.code()),
-          QString::fromStdString(reason.happened) + QLatin1Char('.')};
+  return {QString::fromStdString(reason.code()), reasonSentence(reason)};
 }
 
 bool canBeWatched(const Film& film) {

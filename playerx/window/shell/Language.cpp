@@ -18,6 +18,9 @@ Language::Language(const QLocale& locale) {
   if (own_.load(locale, QStringLiteral("playerx"), QStringLiteral("_"), own)) {
     QCoreApplication::installTranslator(&own_);
   }
+  if (reasons_.load(locale, QStringLiteral("reasons"), QStringLiteral("_"), own)) {
+    QCoreApplication::installTranslator(&reasons_);
+  }
   const QString folder = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
   if (toolkit_.load(locale, QStringLiteral("qtbase"), QStringLiteral("_"), folder)) {
     QCoreApplication::installTranslator(&toolkit_);
@@ -25,7 +28,7 @@ Language::Language(const QLocale& locale) {
 }
 
 Language::~Language() {
-  for (QTranslator* const each : {&toolkit_, &own_, &english_}) {
+  for (QTranslator* const each : {&toolkit_, &reasons_, &own_, &english_}) {
     QCoreApplication::removeTranslator(each);
   }
 }

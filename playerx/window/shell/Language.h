@@ -17,6 +17,7 @@ class Language {
  private:
   QTranslator english_;
   QTranslator own_;
+  QTranslator reasons_;
   QTranslator toolkit_;
 };
 

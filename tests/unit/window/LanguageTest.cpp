@@ -4,11 +4,13 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QRegularExpression>
+#include <QSet>
 #include <QXmlStreamReader>
 
 #include "playerx/window/actions/ActionSet.h"
 #include "playerx/window/dialogs/AddAddressesDialog.h"
 #include "playerx/window/model/FilmText.h"
+#include "playerx/window/model/ReasonText.h"
 #include "playerx/window/shell/Language.h"
 #include "playerx/window/shell/Menus.h"
 
@@ -41,7 +43,7 @@ QList<Message> messagesOf(const char* name) {
 
 QStringList placesIn(const QString& text) {
   QStringList places;
-  static const QRegularExpression kPlace(QStringLiteral("%[1-9n]"));
+  static const QRegularExpression kPlace(QStringLiteral("%[1-9n](?!\\d)|\\{[a-z]+\\}"));
   for (auto match = kPlace.globalMatch(text); match.hasNext();) places << match.next().captured();
   places.sort();
   places.removeDuplicates();
@@ -49,7 +51,7 @@ QStringList placesIn(const QString& text) {
 }
 
 TEST(LanguageTest, EveryTextIsTranslatedWithThePlacesOfItsSource) {
-  for (const char* const name : {"playerx_de.ts", "playerx_en.ts"}) {
+  for (const char* const name : {"playerx_de.ts", "playerx_en.ts", "reasons_de.ts"}) {
     const QList<Message> messages = messagesOf(name);
     EXPECT_GT(messages.size(), 8);
     for (const Message& message : messages) {
@@ -62,6 +64,40 @@ TEST(LanguageTest, EveryTextIsTranslatedWithThePlacesOfItsSource) {
       }
     }
   }
+}
+
+TEST(LanguageTest, EveryReasonIsTranslatedAndNothingElse) {
+  QSet<QString> translated = {QStringLiteral("{words}")};  // those of the online services
+  for (const Message& message : messagesOf("reasons_de.ts")) translated.insert(message.source);
+  QSet<QString> forms;
+  for (const std::string& form : reasons::sentenceForms()) forms << QString::fromStdString(form);
+  EXPECT_EQ(translated, forms);
+}
+
+TEST(LanguageTest, AReasonIsSaidInTheLanguageOfTheUserWithItsFacts) {
+  const reasons::Explanation missing =
+      reasons::explain(reasons::reasonOfStatus(404), {.host = "films.example"});
+  const reasons::Explanation strange = {reasons::reasonOfStatus(404), "Said by a later version"};
+  EXPECT_EQ(reasonSentence(missing),
+            QStringLiteral("films.example has no film at this address (404)."));
+  const Language german(QLocale(QLocale::German));
+  EXPECT_EQ(reasonSentence(missing),
+            QStringLiteral("Auf films.example gibt es unter dieser Adresse keinen Film (404)."));
+  EXPECT_EQ(reasonSentence(strange), QStringLiteral("Said by a later version."));
+}
+
+TEST(LanguageTest, TheWordsInBracketsOfAReasonStayWhereTheyAre) {
+  const Language german(QLocale(QLocale::German));
+  const reasons::Reason network = reasons::reasonOf(TransferFailure::kNetwork);
+  EXPECT_EQ(reasonSentence(reasons::explain(network, {.host = "a.example", .words = "no (route)"})),
+            QStringLiteral("a.example war nicht erreichbar (no (route))."));
+  EXPECT_EQ(reasonSentence(reasons::explain(network, {.host = "a.example"})),
+            QStringLiteral("a.example war nicht erreichbar."));
+}
+
+TEST(LanguageTest, WordsThatEndWithAFullStopGetNoSecondOne) {
+  EXPECT_EQ(reasonSentence(reasons::explain(reasons::Reason::kServicesSaid, {.words = "Not now."})),
+            QStringLiteral("Not now."));
 }
 
 TEST(LanguageTest, PluralsFollowTheNumber) {
