@@ -5,14 +5,13 @@
 #include <iostream>
 #include <utility>
 
-#include "VeskPlayerX/InterfaceIds.h"
-#include "VeskPlayerX/ZPSServicesInterface.h"
 #include "playerx/app/door/QueueOpening.h"
-#include "playerx/app/inputs/TicketContents.h"
-#include "playerx/app/model/FilmCheck.h"
 #include "playerx/app/reasons/ReasonFile.h"
+#include "playerx/window/queue/FilmRequests.h"
+#include "playerx/window/queue/InputReports.h"
 #include "playerx/window/queue/OtherQueue.h"
 #include "playerx/window/queue/OwnQueue.h"
+#include "playerx/window/queue/QueueNotices.h"
 #include "playerx/window/queue/QueuePlaces.h"
 
 namespace playerx::window {
@@ -25,12 +24,6 @@ using Action = Request::Action;
 
 namespace {
 
-/// Between two looks at the queue: what changes more often is seen together.
-constexpr int kRestMs = 250;
-
-/// How often the queue is looked at although nothing is said to have changed.
-constexpr int kClockMs = 500;
-
 /// Inputs that are handed over in one request: few enough for the queue to be looked at meanwhile.
 constexpr qsizetype kInputsAtOnce = 100;
 
@@ -41,15 +34,6 @@ constexpr int kRoomMs = 10'000;
 /// looked for again after this pause.
 constexpr std::chrono::seconds kLongestOpening(3);
 constexpr int kRetryMs = 3000;
-
-/// A look without the network: the ticket's own words are enough to know whether it is doubtful.
-reasons::ProbeResult notAsked(const std::string& address, const std::stop_token&) {
-  reasons::ProbeResult result;
-  result.address = address;
-  result.status = 200;
-  result.length = 1;
-  return result;
-}
 
 bool isEnding() { return QThread::currentThread()->isInterruptionRequested(); }
 
@@ -65,12 +49,6 @@ bool isAnyRunning(const std::vector<ItemState>& queue) {
   });
 }
 
-bool isRefusedByServices(reasons::Reason reason) {
-  using reasons::Reason;
-  return reason == Reason::kServicesSaid || reason == Reason::kNotAuthorized ||
-         reason == Reason::kNoAuthorization || reason == Reason::kAccessExpired;
-}
-
 QStringList inputsOf(const std::vector<std::string>& inputs) {
   QStringList list;
   for (const std::string& input : inputs) list.append(QString::fromStdString(input));
@@ -82,21 +60,16 @@ QStringList inputsOf(const std::vector<std::string>& inputs) {
 SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& slotDesk)
     : slotDesk_(slotDesk),
       player_([this](const QString& location) { Q_EMIT playRequested(0, location); }) {
-  clock_.setInterval(kClockMs);
-  rest_.setInterval(kRestMs);
-  rest_.setSingleShot(true);
   roomClock_.setInterval(kRoomMs);
   retry_.setSingleShot(true);
-  connect(&clock_, &QTimer::timeout, this, [this] {
+  connect(&clock_, &LookClock::due, this, &SessionWorker::look);
+  connect(&clock_, &LookClock::ticked, this, [this] {
     if (own_ == nullptr || isAnyRunning(end_->queue())) look();
   });
   connect(&roomClock_, &QTimer::timeout, this, &SessionWorker::tellRoom);
-  connect(&rest_, &QTimer::timeout, this, [this] {
-    if (isLookDue_) look();
-  });
   connect(&retry_, &QTimer::timeout, this, &SessionWorker::tryToOpen);
   session::SessionListener listener;
-  listener.wake = [this] { lookSoon(); };
+  listener.wake = [this] { clock_.lookSoon(); };
   listener.askForSlot = [this](const std::string& title) { return slotDesk_.choose(title); };
   session_ = std::make_unique<session::PlayerSession>(options, std::move(listener));
   player_.offerTo(session_->plugins());
@@ -139,7 +112,7 @@ void SessionWorker::tryToOpen() {
 
 void SessionWorker::openHere() {
   OwnQueue::Links links;
-  links.wake = [this] { lookSoon(); };
+  links.wake = [this] { clock_.lookSoon(); };
   links.wakeServer = [this] { answerSoon(); };
   links.listener = [this](const QueueEvent& event) { take(event); };
   links.show = [this](const std::vector<std::string>& inputs) { Q_EMIT shown(inputsOf(inputs)); };
@@ -186,7 +159,7 @@ void SessionWorker::add(const QStringList& inputs) {
 void SessionWorker::addNext() {
   addSome(toAdd_.mid(0, kInputsAtOnce), report_);
   toAdd_ = toAdd_.mid(kInputsAtOnce);
-  lookIfDue();
+  clock_.lookIfRested();
   if (!toAdd_.isEmpty()) {
     QMetaObject::invokeMethod(this, &SessionWorker::addNext, Qt::QueuedConnection);
     return;
@@ -205,66 +178,36 @@ void SessionWorker::addSome(const QStringList& inputs, InputReport& report) {
     waiting_.append(inputs);
     return;
   }
-  const bool isAnswered = reply.outcome != Reply::Outcome::kFailed;
-  if (isAnswered) report.alreadyThere += static_cast<int>(reply.notes.size());
-  if (!isAnswered && !reply.notes.empty()) take({.sentence = reply.notes.front()});
-  for (const session::Refusal& refusal : reply.refused) {
-    report.refused.append({QString::fromStdString(refusal.input),
-                           QString::fromStdString(refusal.reason.code()),
-                           QString::fromStdString(refusal.reason.happened) + QLatin1Char('.')});
+  if (reply.outcome == Reply::Outcome::kFailed && !reply.notes.empty()) {
+    take({.sentence = reply.notes.front()});
   }
+  addReply(reply, report);
 }
 
 void SessionWorker::readTicket(const QString& path) {
-  using Services = VeskPlayerX::ZPSServicesInterface;
-  const auto services = KPIM::load<Services>(&session_->plugins(), VeskPlayerX::DIN_ZPSServices);
-  TicketReport report;
-  report.path = path;
-  for (const inputs::TicketFinding& finding :
-       inputs::examineTicket(path.toStdString(), services ? services->get() : nullptr, notAsked)) {
-    if (finding.isFilm) {
-      ++report.films;
-      report.lines.append({finding.line, QString::fromStdString(finding.title), false});
-    } else {
-      report.isDoubtful = true;
-      report.lines.append({finding.line, QString::fromStdString(finding.note), true});
-    }
-  }
-  Q_EMIT ticketRead(report);
+  Q_EMIT ticketRead(reportOnTicket(path, session_->plugins()));
 }
 
 void SessionWorker::pauseAll() { ask({.action = Action::kPause}); }
 
 void SessionWorker::resumeAll() { ask({.action = Action::kResume}); }
 
-void SessionWorker::stop(const Ids& ids) { askEach(ids, {.action = Action::kPause}); }
+void SessionWorker::stop(const Ids& ids) { askAll(FilmRequests(firstId_).stop(ids)); }
 
-void SessionWorker::goOn(const Ids& ids) { askEach(ids, {.action = Action::kResume}); }
+void SessionWorker::goOn(const Ids& ids) { askAll(FilmRequests(firstId_).goOn(ids)); }
 
-void SessionWorker::retry(const Ids& ids) {
-  // The one that is retried last goes first; so the first of them is.
-  askEach(Ids(ids.crbegin(), ids.crend()), {.action = Action::kRetry});
-}
+void SessionWorker::retry(const Ids& ids) { askAll(FilmRequests(firstId_).retry(ids)); }
 
 void SessionWorker::remove(const Ids& ids, bool withFiles) {
-  askEach(ids, {.action = Action::kRemove, .withFilm = withFiles});
+  askAll(FilmRequests(firstId_).remove(ids, withFiles));
 }
 
 void SessionWorker::move(const Ids& ids, Move where) {
-  using Direction = Request::Direction;
-  static constexpr Direction kDirections[] = {Direction::kUp, Direction::kDown, Direction::kTop,
-                                              Direction::kBottom};
-  const bool isForward = where == Move::kUp || where == Move::kToBottom;
-  askEach(isForward ? ids : Ids(ids.crbegin(), ids.crend()),
-          {.action = Action::kMove, .direction = kDirections[static_cast<int>(where)]});
+  askAll(FilmRequests(firstId_).move(ids, where));
 }
 
 void SessionWorker::moveBefore(const Ids& ids, FilmId before) {
-  if (before == 0) return move(ids, Move::kToBottom);
-  if (ids.contains(before) || before <= firstId_) return;
-  askEach(ids, {.action = Action::kMove,
-                .direction = Request::Direction::kBefore,
-                .before = before - firstId_});
+  askAll(FilmRequests(firstId_).moveBefore(ids, before));
 }
 
 void SessionWorker::play(FilmId film) {
@@ -290,20 +233,18 @@ void SessionWorker::setPreferences(const QueuePreferences& preferences) {
 Reply SessionWorker::ask(const Request& request) {
   if (!end_) return {Reply::Outcome::kFailed};
   const Reply reply = end_->ask(request);
-  lookSoon();
+  clock_.lookSoon();
   return reply;
 }
 
-/// Asks for the same with each of the films; says what could not be done, once.
-void SessionWorker::askEach(const Ids& ids, Request request) {
+/// Says what could not be done, once.
+void SessionWorker::askAll(const std::vector<Request>& requests) {
   std::string problem;
-  for (const FilmId film : ids) {
-    if (film <= firstId_) continue;
-    request.id = film - firstId_;
+  for (const Request& request : requests) {
     const Reply reply = ask(request);
     const bool hasFailed = reply.outcome == Reply::Outcome::kFailed && !reply.notes.empty();
     if (hasFailed) problem = reply.notes.front();
-    lookIfDue();
+    clock_.lookIfRested();
   }
   if (!problem.empty()) take({.sentence = problem});
   look();
@@ -314,44 +255,11 @@ void SessionWorker::take(const QueueEvent& event) {
   book_->note(event);
   if (event.kind == Kind::kAdded) added_.append(firstId_ + event.item.id);
   if (event.kind == Kind::kFinished) tellRoom();
-  if (event.kind == Kind::kFailed) tellFailure(event);
-  if (event.sentence.empty()) return;
-  Q_EMIT noticed({.film = filmOf(event), .text = QString::fromStdString(event.sentence)});
-}
-
-void SessionWorker::tellFailure(const QueueEvent& event) {
-  if (event.reason.code() == "no_space") return tellNoSpace(filmOf(event), event.item.size);
-  if (!isRefusedByServices(event.reason.reason)) return;
-  Q_EMIT noticed({.kind = Notice::kNotAuthorized,
-                  .film = filmOf(event),
-                  .text = QString::fromStdString(event.reason.happened) + QLatin1Char('.')});
-}
-
-/// The films' folder may be on another disk than the one for unfinished films.
-void SessionWorker::tellNoSpace(FilmId film, quint64 size) {
-  const quint64 needed = model::spaceNeededFor(size);
-  QString folder = partialFolder();
-  if (freeSpace(folder) >= needed) folder = mediaFolder();
-  Q_EMIT noticed({.kind = Notice::kNoSpace,
-                  .film = film,
-                  .text = folder,
-                  .needed = needed,
-                  .free = freeSpace(folder)});
+  if (const auto notice = noticeOf(event, filmOf(event))) Q_EMIT noticed(*notice);
 }
 
 FilmId SessionWorker::filmOf(const QueueEvent& event) const {
   return event.item.id == 0 ? 0 : firstId_ + event.item.id;
-}
-
-/// Called on any thread.
-void SessionWorker::lookSoon() {
-  if (isLookDue_.exchange(true)) return;
-  QMetaObject::invokeMethod(
-      this,
-      [this] {
-        if (!rest_.isActive()) look();
-      },
-      Qt::QueuedConnection);
 }
 
 /// Called on any thread.
@@ -366,16 +274,9 @@ void SessionWorker::answerSoon() {
       Qt::QueuedConnection);
 }
 
-/// The timer stands still during a long deed.
-void SessionWorker::lookIfDue() {
-  if (looked_.hasExpired(kRestMs)) look();
-}
-
 void SessionWorker::look() {
   if (!end_) return;
-  isLookDue_ = false;
-  rest_.start();
-  looked_.start();
+  clock_.rest();
   end_->update();
   if (!end_->problem().empty()) {
     clock_.stop();

@@ -1,15 +1,16 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QSet>
 #include <QTimer>
 #include <atomic>
 #include <memory>
+#include <vector>
 
 #include "playerx/app/door/QueueClient.h"
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/window/queue/FilmBook.h"
+#include "playerx/window/queue/LookClock.h"
 #include "playerx/window/queue/QueueClient.h"
 #include "playerx/window/queue/QueueEnd.h"
 #include "playerx/window/queue/QueueMessages.h"
@@ -76,20 +77,15 @@ class SessionWorker : public QObject {
   void addNext();
   void addSome(const QStringList& inputs, InputReport& report);
   session::Reply ask(const session::Request& request);
-  void askEach(const Ids& ids, session::Request request);
+  void askAll(const std::vector<session::Request>& requests);
   void take(const session::QueueEvent& event);
-  void tellFailure(const session::QueueEvent& event);
-  void tellNoSpace(FilmId film, quint64 size);
   FilmId filmOf(const session::QueueEvent& event) const;
-  void lookSoon();
   void answerSoon();
   void look();
-  void lookIfDue();
   void playWhatIsReady(const QueueUpdate& update);
   void tellRoom();
 
   SlotDesk& slotDesk_;
-  std::atomic<bool> isLookDue_{false};
   std::atomic<bool> isAnswerDue_{false};
   bool staysPaused_ = false;
   QSet<FilmId> playWishes_;  // films to be played as soon as enough of them is there
@@ -99,9 +95,7 @@ class SessionWorker : public QObject {
   QStringList waiting_;      // inputs that no queue could be told of yet
   FilmId firstId_ = 0;       // films of the present queue are numbered from above it on
   FilmId lastId_ = 0;
-  QElapsedTimer looked_;
-  QTimer clock_;
-  QTimer rest_;
+  LookClock clock_;
   QTimer roomClock_;
   QTimer retry_;
   WindowPlayer player_;

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+#include <atomic>
+
+namespace playerx::window {
+
+/// Decides when the queue is looked at: soon after something has changed, yet no more than four
+/// times a second. Lives on the thread that looks.
+class LookClock : public QObject {
+  Q_OBJECT
+
+ public:
+  LookClock();
+
+  /// Begins to tick; ends it.
+  void start() { ticks_.start(); }
+  void stop() { ticks_.stop(); }
+
+  /// Something has changed: `due` follows once the rest after the last look is over. Any thread.
+  void lookSoon();
+
+  /// Emits `due` when that rest is over; for a long operation, during which timers stand still.
+  void lookIfRested();
+
+  /// The queue is being looked at now.
+  void rest();
+
+ Q_SIGNALS:
+  void due();
+
+  /// Time for a look although nothing is said to have changed.
+  void ticked();
+
+ private:
+  std::atomic<bool> isDue_{false};
+  QElapsedTimer looked_;
+  QTimer rest_;
+  QTimer ticks_;
+};
+
+}  // namespace playerx::window
