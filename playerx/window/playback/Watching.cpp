@@ -1,5 +1,7 @@
 #include "playerx/window/playback/Watching.h"
 
+#include <QDesktopServices>
+#include <QUrl>
 #include <cmath>
 
 #include "playerx/window/model/FilmModel.h"
@@ -58,6 +60,16 @@ void Watching::play(const QString& location) {
   (isAddress ? source.address : source.file) = location;
   source.isComplete = true;
   start(source);
+}
+
+void Watching::playAlone(const Film& film) {
+  const bool isIdle = player_ != nullptr && !player_->state().isOpen;
+  if (isIdle && memory_.preferences().playsAutomatically) play(film.id);
+}
+
+void Watching::openWithDesktop() const {
+  const bool isLocal = !source_.file.isEmpty();
+  QDesktopServices::openUrl(isLocal ? QUrl::fromLocalFile(source_.file) : QUrl(source_.address));
 }
 
 void Watching::start(const FilmSource& source) {

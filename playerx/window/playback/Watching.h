@@ -24,6 +24,12 @@ class Watching : public QObject {
   /// Plays a path or an address.
   void play(const QString& location);
 
+  /// Plays a film that has become playable, when the user wants that and nothing else is played.
+  void playAlone(const Film& film);
+
+  /// Hands over what is played to the desktop's own player.
+  void openWithDesktop() const;
+
   /// The film that is played; 0 for none of the queue.
   FilmId film() const { return source_.film; }
   const FilmSource& source() const { return source_; }

@@ -8,7 +8,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
-#include <QStackedWidget>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -31,8 +30,10 @@
 #include "playerx/window/shell/FilterBar.h"
 #include "playerx/window/shell/Menus.h"
 #include "playerx/window/shell/QueueQuestions.h"
+#include "playerx/window/shell/WindowClosing.h"
 #include "playerx/window/shell/WindowDialogs.h"
 #include "playerx/window/shell/WindowMemory.h"
+#include "playerx/window/shell/WindowPages.h"
 #include "playerx/window/view/EmptyState.h"
 #include "playerx/window/view/FilmView.h"
 #include "playerx/window/view/Icons.h"
@@ -66,14 +67,16 @@ MainWindow::MainWindow(const Parts& parts)
       status_(new StatusStrip(this)),
       filterBar_(new FilterBar(*filter_, this)),
       toolBar_(new QToolBar(tr("Tools"), this)),
-      pages_(new QStackedWidget(this)),
       commands_(new FilmCommands({queue_, *films_, *filter_, downloads_->view(), *strip_}, this)),
       questions_(new QueueQuestions(queue_, *films_, *strip_, this)),
       dialogs_(new WindowDialogs(*this)),
       miniPlayer_(new MiniPlayer(player_, this)),
+      pages_(
+          new WindowPages({*this, *downloads_, *watchingPage_, *miniPlayer_, *toolBar_, *status_})),
       news_(new FilmNews(*films_, this)),
       desktopNews_(new DesktopNews(*news_, parts.desktop, this)),
-      tray_(new Tray(*actions_, this)) {
+      tray_(new Tray(*actions_, this)),
+      closing_(new WindowClosing(*this, *dialogs_, memory_, *tray_)) {
   build();
   connectQueue();
   connectActions();
@@ -90,40 +93,18 @@ void MainWindow::build() {
   setWindowTitle(QApplication::applicationDisplayName());
   setWindowIcon(applicationIcon());
   fillMenuBar(*menuBar(), *actions_);
-  buildToolBar();
-  pages_->addWidget(downloads_);
-  pages_->addWidget(watchingPage_);
+  addToolBar(toolBar_);
+  fillToolBar(*toolBar_, *actions_, filterBar_);
   auto* const middle = new QWidget(this);
   auto* const column = new QVBoxLayout(middle);
   column->setContentsMargins(0, 0, 0, 0);
   column->setSpacing(0);
   column->addWidget(strip_);
-  column->addWidget(pages_, 1);
+  column->addWidget(pages_->widget(), 1);
   column->addWidget(miniPlayer_);
   column->addWidget(status_);
   setCentralWidget(middle);
   actions_->attach(*this, downloads_->view());
-}
-
-void MainWindow::buildToolBar() {
-  QToolBar* const bar = toolBar_;
-  addToolBar(bar);
-  bar->setObjectName(QStringLiteral("tools"));
-  bar->setMovable(false);
-  const int side = fontMetrics().height() + 4;
-  bar->setIconSize({side, side});
-  bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-  bar->setContextMenuPolicy(Qt::PreventContextMenu);
-  // Tools begin where the rows' text does.
-  auto* const indent = new QWidget(bar);
-  indent->setFixedWidth(4);
-  bar->addWidget(indent);
-  bar->addAction(actions_->of(Verb::kAddAddresses));
-  bar->addAction(actions_->of(Verb::kAddTickets));
-  bar->addSeparator();
-  bar->addAction(actions_->of(Verb::kPauseAll));
-  bar->addAction(actions_->of(Verb::kResumeAll));
-  bar->addWidget(filterBar_);
 }
 
 void MainWindow::connectQueue() {
@@ -162,12 +143,8 @@ void MainWindow::connectViews() {
   connect(filterBar_, &FilterBar::changed, this, &MainWindow::refreshActions);
   connect(filterBar_, &FilterBar::left, downloads_, [this] { downloads_->setFocus(); });
   connect(watching_, &Watching::started, this, &MainWindow::onStarted);
-  connect(watchingPage_, &WatchingPage::backWanted, this,
-          [this] { isFullScreen() ? setFullScreen(false) : showDownloads(); });
-  connect(watchingPage_, &WatchingPage::desktopPlayerWanted, this, &MainWindow::playWithDesktop);
-  connect(miniPlayer_, &MiniPlayer::pictureWanted, this, &MainWindow::showWatching);
-  connect(watchingPage_, &WatchingPage::fullScreenToggled, this,
-          [this] { setFullScreen(!isFullScreen()); });
+  connect(watchingPage_, &WatchingPage::desktopPlayerWanted, watching_, &Watching::openWithDesktop);
+  connect(pages_, &WindowPages::turned, this, &MainWindow::refreshActions);
 }
 
 void MainWindow::connectDesktop(Desktop& desktop) {
@@ -178,13 +155,12 @@ void MainWindow::connectDesktop(Desktop& desktop) {
   });
   connect(&desktop, &Desktop::notificationUsed, this, &MainWindow::comeToFront);
   connect(tray_, &Tray::windowWanted, this, &MainWindow::comeToFront);
-  connect(news_, &FilmNews::becamePlayable, this, &MainWindow::playAlone);
+  connect(news_, &FilmNews::becamePlayable, watching_, &Watching::playAlone);
   connect(news_, &FilmNews::advanced, status_,
           [this](const Film& film) { status_->announce(accessibleText(film)); });
   connect(dialogs_, &WindowDialogs::inputsGiven, commands_, &FilmCommands::add);
   connect(dialogs_, &WindowDialogs::preferencesGiven, this, &MainWindow::setPreferences);
   connect(dialogs_, &WindowDialogs::deletionConfirmed, commands_, &FilmCommands::removeWithFiles);
-  connect(dialogs_, &WindowDialogs::closingChosen, this, &MainWindow::onClosingChosen);
 }
 
 void MainWindow::take(const QStringList& inputs) {
@@ -201,27 +177,12 @@ void MainWindow::comeToFront() {
 
 bool MainWindow::wasPaused() const { return memory_.value(kPaused).toBool(); }
 
-void MainWindow::showDownloads() {
-  if (isFullScreen()) setFullScreen(false);
-  pages_->setCurrentWidget(downloads_);
-  miniPlayer_->setShown(true);
-  toolBar_->show();
-  status_->show();
-  downloads_->setFocus();
-  refreshActions();
-}
+void MainWindow::showDownloads() { pages_->showDownloads(); }
 
-void MainWindow::showWatching() {
-  pages_->setCurrentWidget(watchingPage_);
-  miniPlayer_->setShown(false);
-  toolBar_->hide();
-  status_->hide();
-  watchingPage_->setFocus();
-  refreshActions();
-}
+void MainWindow::showWatching() { pages_->showWatching(); }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-  if (!mayClose()) return event->ignore();
+  if (!closing_->mayClose(QueueTotals::of(films_->films()).isRunning)) return event->ignore();
   remember();
   commands_->finish();
   if (player_ != nullptr) player_->close();
@@ -250,8 +211,8 @@ void MainWindow::refreshActions() {
   const QMimeData* const data = QApplication::clipboard()->mimeData();
   now.clipboardHasInputs = data != nullptr && !inputsInData(*data).inputs.isEmpty();
   actions_->update(now);
-  actions_->of(Verb::kShowDownloads)->setChecked(pages_->currentWidget() == downloads_);
-  actions_->of(Verb::kShowWatching)->setChecked(pages_->currentWidget() == watchingPage_);
+  actions_->of(Verb::kShowDownloads)->setChecked(!pages_->isWatching());
+  actions_->of(Verb::kShowWatching)->setChecked(pages_->isWatching());
   actions_->of(Verb::kFullScreen)->setChecked(isFullScreen());
 }
 
@@ -272,7 +233,7 @@ void MainWindow::carryOut(Verb verb) {
     case Verb::kShowWatching:
       return showWatching();
     case Verb::kFullScreen:
-      return setFullScreen(!isFullScreen());
+      return pages_->setFullScreen(!isFullScreen());
     case Verb::kPreferences:
       return askForPreferences();
     case Verb::kAbout:
@@ -309,31 +270,11 @@ void MainWindow::setPreferences(const QueuePreferences& queue, const WindowPrefe
   if (queue != preferences_) queue_.setPreferences(queue);
 }
 
-void MainWindow::playAlone(const Film& film) {
-  const bool isIdle = player_ != nullptr && !player_->state().isOpen;
-  if (isIdle && memory_.preferences().playsAutomatically) watching_->play(film.id);
-}
-
-void MainWindow::playWithDesktop() {
-  const FilmSource& source = watching_->source();
-  const bool isLocal = !source.file.isEmpty();
-  QDesktopServices::openUrl(isLocal ? QUrl::fromLocalFile(source.file) : QUrl(source.address));
-}
-
 void MainWindow::showFilmMenu(const QPoint& place) {
   auto* const menu = new QMenu(this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
   fillFilmMenu(*menu, *actions_);
   menu->popup(downloads_->view().viewport()->mapToGlobal(place));
-}
-
-void MainWindow::setFullScreen(bool isFull) {
-  if (isFull && pages_->currentWidget() != watchingPage_) showWatching();
-  menuBar()->setVisible(!isFull);
-  setWindowState(isFull ? windowState() | Qt::WindowFullScreen
-                        : windowState() & ~Qt::WindowFullScreen);
-  watchingPage_->setFullScreen(isFull);
-  refreshActions();
 }
 
 void MainWindow::restore() {
@@ -342,39 +283,12 @@ void MainWindow::restore() {
 }
 
 void MainWindow::remember() {
-  if (isFullScreen()) setFullScreen(false);
+  if (isFullScreen()) pages_->setFullScreen(false);
   memory_.keep(kGeometry, saveGeometry());
   memory_.keep(kGroup, filterBar_->group());
   memory_.keep(kPaused, isPaused_);
 }
 
-/// Asks, unless the user has said before what closing means while films arrive.
-bool MainWindow::mayClose() {
-  const bool isBusy = QueueTotals::of(films_->films()).isRunning;
-  if (isQuitting_ || !isBusy) return true;
-  const WindowPreferences::Closing closing = memory_.preferences().closing;
-  if (closing == WindowPreferences::kGoOnInTray && tray_->isThere()) {
-    hide();
-    return false;
-  }
-  if (closing == WindowPreferences::kQuit) return true;
-  dialogs_->askAboutClosing(tray_->isThere());
-  return false;
-}
-
-void MainWindow::onClosingChosen(WindowPreferences::Closing closing, bool isRemembered) {
-  if (isRemembered) {
-    WindowPreferences preferences = memory_.preferences();
-    preferences.closing = closing;
-    memory_.keepPreferences(preferences);
-  }
-  if (closing == WindowPreferences::kQuit) return quit();
-  hide();
-}
-
-void MainWindow::quit() {
-  isQuitting_ = true;
-  close();
-}
+void MainWindow::quit() { closing_->quit(); }
 
 }  // namespace playerx::window

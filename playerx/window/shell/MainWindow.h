@@ -8,7 +8,6 @@
 #include "playerx/window/playback/FilmPlayer.h"
 #include "playerx/window/queue/QueueMessages.h"
 
-class QStackedWidget;
 class QToolBar;
 
 namespace playerx::window {
@@ -30,8 +29,10 @@ class StatusStrip;
 class Tray;
 class Watching;
 class WatchingPage;
+class WindowClosing;
 class WindowDialogs;
 class WindowMemory;
+class WindowPages;
 
 /// The player's window: the list of downloads, the film that is watched, and what is done with
 /// them. Used on the UI thread.
@@ -87,7 +88,6 @@ class MainWindow : public QMainWindow {
 
  private:
   void build();
-  void buildToolBar();
   void connectQueue();
   void connectActions();
   void connectViews();
@@ -101,13 +101,8 @@ class MainWindow : public QMainWindow {
   void showFilmMenu(const QPoint& place);
   void askForPreferences();
   void setPreferences(const QueuePreferences& queue, const WindowPreferences& window);
-  void playAlone(const Film& film);
-  void playWithDesktop();
-  void setFullScreen(bool isFullScreen);
   void restore();
   void remember();
-  bool mayClose();
-  void onClosingChosen(WindowPreferences::Closing closing, bool isRemembered);
 
   QueueClient& queue_;
   WindowMemory& memory_;
@@ -124,17 +119,17 @@ class MainWindow : public QMainWindow {
   StatusStrip* const status_;
   FilterBar* const filterBar_;
   QToolBar* const toolBar_;
-  QStackedWidget* const pages_;
   FilmCommands* const commands_;
   QueueQuestions* const questions_;
   WindowDialogs* const dialogs_;
   MiniPlayer* const miniPlayer_;
+  WindowPages* const pages_;
   FilmNews* const news_;
   DesktopNews* const desktopNews_;
   Tray* const tray_;
+  WindowClosing* const closing_;
   QueuePreferences preferences_;
   bool isPaused_ = false;
-  bool isQuitting_ = false;
 };
 
 }  // namespace playerx::window

@@ -2,6 +2,8 @@
 
 class QMenu;
 class QMenuBar;
+class QToolBar;
+class QWidget;
 
 namespace playerx::window {
 
@@ -12,5 +14,8 @@ void fillMenuBar(QMenuBar& bar, const ActionSet& actions);
 
 /// Fills the menu of a film in the list.
 void fillFilmMenu(QMenu& menu, const ActionSet& actions);
+
+/// Fills the tool bar with what is done most, and with `end`, which it owns from then on.
+void fillToolBar(QToolBar& bar, const ActionSet& actions, QWidget* end);
 
 }  // namespace playerx::window
