@@ -84,7 +84,7 @@ MainWindow::MainWindow(const Parts& parts)
   connectDesktop(parts.desktop);
   restore();
   showDownloads();
-  refreshActions();
+  readClipboard();
 }
 
 MainWindow::~MainWindow() = default;
@@ -126,7 +126,7 @@ void MainWindow::connectActions() {
   connect(commands_, &FilmCommands::otherFolderWanted, this, &MainWindow::askForPreferences);
   connect(commands_, &FilmCommands::deletionAsked, this, &MainWindow::askAboutDeletion);
   connect(questions_, &QueueQuestions::otherFolderWanted, this, &MainWindow::askForPreferences);
-  connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &MainWindow::refreshActions);
+  connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &MainWindow::readClipboard);
 }
 
 void MainWindow::connectViews() {
@@ -206,10 +206,16 @@ void MainWindow::apply(const QueueUpdate& update) {
   Q_EMIT queueShown();
 }
 
+/// Once for each change: another program may have to hand its text over.
+void MainWindow::readClipboard() {
+  const QMimeData* const data = QApplication::clipboard()->mimeData();
+  clipboardHasInputs_ = data != nullptr && !inputsInData(*data).inputs.isEmpty();
+  refreshActions();
+}
+
 void MainWindow::refreshActions() {
   Situation now = commands_->situation(isPaused_);
-  const QMimeData* const data = QApplication::clipboard()->mimeData();
-  now.clipboardHasInputs = data != nullptr && !inputsInData(*data).inputs.isEmpty();
+  now.clipboardHasInputs = clipboardHasInputs_;
   actions_->update(now);
   actions_->of(Verb::kShowDownloads)->setChecked(!pages_->isWatching());
   actions_->of(Verb::kShowWatching)->setChecked(pages_->isWatching());

@@ -93,6 +93,7 @@ class MainWindow : public QMainWindow {
   void connectViews();
   void connectDesktop(Desktop& desktop);
   void apply(const QueueUpdate& update);
+  void readClipboard();
   void refreshActions();
   void carryOut(Verb verb);
   void play(FilmId film);
@@ -130,6 +131,7 @@ class MainWindow : public QMainWindow {
   WindowClosing* const closing_;
   QueuePreferences preferences_;
   bool isPaused_ = false;
+  bool clipboardHasInputs_ = false;
 };
 
 }  // namespace playerx::window

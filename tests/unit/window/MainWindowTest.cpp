@@ -192,6 +192,35 @@ TEST_F(MainWindowTest, TheClipboardIsOfferedWhenItHoldsAddresses) {
   EXPECT_FALSE(action(Verb::kPaste).isEnabled());
 }
 
+/// A text that counts how often it is fetched.
+class CountedText : public QMimeData {
+ public:
+  explicit CountedText(int& count) : count_(count) {}
+
+ protected:
+  bool hasFormat(const QString& type) const override { return type == QLatin1String("text/plain"); }
+  QStringList formats() const override { return {QStringLiteral("text/plain")}; }
+  QVariant retrieveData(const QString&, QMetaType) const override {
+    ++count_;
+    return QStringLiteral("https://a.example/1.avi");
+  }
+
+ private:
+  int& count_;
+};
+
+TEST_F(MainWindowTest, TheClipboardIsFetchedOnlyWhenItChanges) {
+  int count = 0;
+  QApplication::clipboard()->setMimeData(new CountedText(count));
+  EXPECT_TRUE(action(Verb::kPaste).isEnabled());
+  const int once = count;
+  queue({film(1), film(2)});
+  select({1});
+  select({2});
+  EXPECT_EQ(count, once);
+  QApplication::clipboard()->clear();
+}
+
 TEST_F(MainWindowTest, TicketsAreReadBeforeTheyAreQueued) {
   window_.take({QStringLiteral("/t/good.tix"), QStringLiteral("https://a.example/1.avi")});
   EXPECT_EQ(queue_.take(), QStringList({"readTicket /t/good.tix", "add https://a.example/1.avi"}));
