@@ -10,6 +10,13 @@
 
 namespace playerx::window {
 
+namespace {
+
+/// With the tool bar's own margin, as far from the edge as the text of the rows.
+constexpr int kEnd = 12;
+
+}  // namespace
+
 FilterBar::FilterBar(FilmFilter& films, QWidget* parent)
     : QWidget(parent), films_(films), groups_(new QComboBox(this)), words_(new QLineEdit(this)) {
   groups_->addItem(tr("All"), FilmFilter::kAll);
@@ -25,11 +32,12 @@ FilterBar::FilterBar(FilmFilter& films, QWidget* parent)
   words_->setMaximumWidth(28 * fontMetrics().averageCharWidth());
   words_->installEventFilter(this);
   auto* const row = new QHBoxLayout(this);
-  row->setContentsMargins(0, 0, 8, 0);
+  row->setContentsMargins(0, 0, 0, 0);
   row->setSpacing(8);
   row->addStretch(1);
   row->addWidget(groups_);
   row->addWidget(words_);
+  row->addSpacing(kEnd);
   connect(words_, &QLineEdit::textChanged, this, [this](const QString& text) {
     films_.setText(text);
     Q_EMIT changed();

@@ -273,6 +273,17 @@ TEST_F(MainWindowTest, TheFilterTakesTheKeysAndGivesThemBack) {
   EXPECT_EQ(QApplication::focusWidget(), &view());
 }
 
+TEST_F(MainWindowTest, TheFilterStandsAboveTheEndOfTheRows) {
+  for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+    window_.setLayoutDirection(direction);
+    QApplication::processEvents();
+    const QWidget& words = *window_.filterBar().findChild<QLineEdit*>();
+    const int left = words.mapTo(&window_, QPoint(0, 0)).x();
+    const int gap = direction == Qt::RightToLeft ? left : window_.width() - left - words.width();
+    EXPECT_EQ(gap, 16);
+  }
+}
+
 TEST_F(MainWindowTest, FilmsThatCameBackIntoSightAreNotMovedWhileFiltered) {
   queue({film(1), film(2)});
   window_.filterBar().setGroup(1);
