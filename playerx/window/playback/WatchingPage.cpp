@@ -2,11 +2,11 @@
 
 #include <QKeyEvent>
 #include <QLabel>
-#include <QPushButton>
 
 #include "playerx/window/model/FilmText.h"
 #include "playerx/window/model/Numbers.h"
 #include "playerx/window/playback/ControlBar.h"
+#include "playerx/window/view/TextButton.h"
 
 namespace playerx::window {
 
@@ -21,7 +21,7 @@ WatchingPage::WatchingPage(FilmPlayer* player, QWidget* parent)
     : QWidget(parent),
       player_(player),
       notice_(new QLabel(this)),
-      handOver_(new QPushButton(tr("Open with the desktop's player"), this)),
+      handOver_(new TextButton(tr("Open with the desktop's player"), this)),
       controls_(new ControlBar(this)) {
   setFocusPolicy(Qt::StrongFocus);
   setMouseTracking(true);

@@ -4,12 +4,12 @@
 #include <QDragEnterEvent>
 #include <QLabel>
 #include <QMimeData>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 #include "playerx/window/inputs/PastedInputs.h"
 #include "playerx/window/view/Icons.h"
 #include "playerx/window/view/Shades.h"
+#include "playerx/window/view/TextButton.h"
 
 namespace playerx::window {
 
@@ -25,7 +25,7 @@ EmptyState::EmptyState(QAction* add, QWidget* parent)
       picture_(new QLabel(this)),
       title_(new QLabel(this)),
       hint_(new QLabel(this)),
-      button_(new QPushButton(this)) {
+      button_(new TextButton(this)) {
   setAcceptDrops(true);
   setAutoFillBackground(true);
   setBackgroundRole(QPalette::Base);

@@ -5,13 +5,13 @@
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QPushButton>
 #include <QSpinBox>
 #include <QToolButton>
 #include <utility>
 
 #include "playerx/window/view/Icons.h"
 #include "playerx/window/view/Shades.h"
+#include "playerx/window/view/TextButton.h"
 
 namespace playerx::window {
 
@@ -95,7 +95,7 @@ void MessageStrip::showLast() {
   more_->setVisible(messages_.size() > 1);
   more_->setText(tr("%n more", nullptr, static_cast<int>(messages_.size()) - 1));
   for (qsizetype i = 0; i < message.answers.size(); ++i) {
-    auto* const button = new QPushButton(message.answers[i].text, this);
+    auto* const button = new TextButton(message.answers[i].text, this);
     connect(button, &QPushButton::clicked, this, [this, i] { answer(static_cast<int>(i)); });
     row_->insertWidget(3 + static_cast<int>(i), button);
     buttons_.append(button);

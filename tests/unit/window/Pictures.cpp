@@ -16,6 +16,7 @@
 #include "playerx/window/actions/FilmCommands.h"
 #include "playerx/window/dialogs/AddAddressesDialog.h"
 #include "playerx/window/dialogs/PreferencesDialog.h"
+#include "playerx/window/model/ReasonText.h"
 #include "playerx/window/playback/WatchingPage.h"
 #include "playerx/window/shell/DownloadsPage.h"
 #include "playerx/window/shell/Language.h"
@@ -60,20 +61,22 @@ QList<Film> someFilms() {
           garden};
 }
 
+Film failedFor(FilmId id, const char* title, const reasons::Explanation& reason) {
+  return titled(failed(id, QString::fromStdString(reason.code()), reasonSentence(reason)),
+                QString::fromUtf8(title), QStringLiteral("films.example"));
+}
+
 QList<Film> failures() {
-  QList<Film> films = {
+  using reasons::Reason;
+  return {
       titled(arriving(1, 42), QStringLiteral("The Long Road"), QStringLiteral("films.example")),
-      titled(failed(2, QStringLiteral("http_404"),
-                    QStringLiteral("films.example has no film at this address (404).")),
-             QStringLiteral("Broken Film"), QStringLiteral("films.example")),
-      titled(failed(3, QStringLiteral("no_space"),
-                    QStringLiteral("There is too little free space at /home/mia/Videos.")),
-             QStringLiteral("Cartographers"), QStringLiteral("archive.example")),
-      titled(failed(4, QStringLiteral("certificate"),
-                    QStringLiteral("The certificate of old.example cannot be trusted.")),
-             QStringLiteral("A House by the Lake"), QStringLiteral("old.example")),
+      failedFor(2, "Broken Film",
+                reasons::explain(reasons::reasonOfStatus(404), {.host = "films.example"})),
+      failedFor(3, "Cartographers",
+                reasons::explain(Reason::kTooLittleSpace, {.place = "/home/mia/Videos"})),
+      failedFor(4, "A House by the Lake",
+                reasons::explain(Reason::kExpired, {.host = "films.example"})),
   };
-  return films;
 }
 
 QList<Film> fromRightToLeft() {
@@ -236,7 +239,7 @@ QPixmap largeFont() {
 QPixmap german() {
   QLocale::setDefault(QLocale(QLocale::German));
   static Language language(QLocale{QLocale::German});
-  return list(someFilms(), {1});
+  return list(failures(), {1});
 }
 
 QPixmap rightToLeft() {
