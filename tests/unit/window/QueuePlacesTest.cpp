@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <QTemporaryDir>
-
-#include "KPX/KPXPreferences.h"
-#include "playerx/settings/PreferenceOverrides.h"
 #include "playerx/settings/UserSettings.h"
 #include "playerx/window/queue/QueuePlaces.h"
+#include "tests/unit/window/OwnSettings.h"
 
 namespace playerx::window {
 namespace {
@@ -14,15 +11,11 @@ namespace {
 class QueuePlacesTest : public testing::Test {
  protected:
   QueuePlacesTest() {
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder_.path());
-    delete std::exchange(KPXPreferences::userSettings, nullptr);
     qputenv("http_proxy", "http://of.the.system:1");
     qputenv("all_proxy", "http://of.the.system:2");
   }
 
   ~QueuePlacesTest() override {
-    delete std::exchange(KPXPreferences::userSettings, nullptr);
-    clearPreferenceOverrides();
     for (const char* const name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy"}) {
       qunsetenv(name);
     }
@@ -37,7 +30,7 @@ class QueuePlacesTest : public testing::Test {
     return qgetenv("http_proxy") + ' ' + qgetenv("all_proxy");
   }
 
-  QTemporaryDir folder_;
+  OwnSettings settings_;
 };
 
 TEST_F(QueuePlacesTest, WhatIsStoredIsReadAgain) {

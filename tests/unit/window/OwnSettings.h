@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QSettings>
+#include <QTemporaryDir>
+#include <utility>
+
+#include "KPX/KPXPreferences.h"
+#include "playerx/settings/PreferenceOverrides.h"
+
+namespace playerx::window {
+
+/// Preferences in a file of the test's own, in place of those of the user who runs it.
+class OwnSettings {
+ public:
+  OwnSettings() {
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder_.path());
+    forget();
+  }
+  OwnSettings(const OwnSettings&) = delete;
+  OwnSettings& operator=(const OwnSettings&) = delete;
+  ~OwnSettings() { forget(); }
+
+ private:
+  static void forget() {
+    delete std::exchange(KPXPreferences::userSettings, nullptr);
+    clearPreferenceOverrides();
+  }
+
+  QTemporaryDir folder_;
+};
+
+}  // namespace playerx::window
