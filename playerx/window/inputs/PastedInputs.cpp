@@ -11,8 +11,10 @@ namespace playerx::window {
 namespace {
 
 bool isWebAddress(const QString& text) {
-  return text.startsWith(QLatin1String("http://"), Qt::CaseInsensitive) ||
-         text.startsWith(QLatin1String("https://"), Qt::CaseInsensitive);
+  for (const QLatin1String scheme : {QLatin1String("http://"), QLatin1String("https://")}) {
+    if (text.startsWith(scheme, Qt::CaseInsensitive)) return text.size() > scheme.size();
+  }
+  return false;
 }
 
 bool isTicketPath(const QString& text) {
