@@ -36,7 +36,9 @@ class WindowTest : public testing::Test {
 
   std::unique_ptr<Process> startWindow(const std::vector<std::string>& inputs = {}) {
     support::ProcessOptions options = home.startOptions(inputs);
-    options.arguments[0] = PLAYERX;
+    for (std::string& argument : options.arguments) {
+      if (argument.ends_with("/playerx-cli")) argument = PLAYERX;
+    }
     std::erase(options.arguments, "--json");
     return std::make_unique<Process>(options);
   }
@@ -192,6 +194,22 @@ TEST_F(WindowTest, AFilmThatIsWatchedWhileItArrivesIsFetchedOnce) {
   EXPECT_TRUE(isLimited("none"));
   EXPECT_TRUE(isThere("life.mkv")) << window->errors();
   EXPECT_EQ(sentBytes(quick), fs::file_size(DEMO_FILM)) << quick.accessLog();
+}
+
+TEST_F(WindowTest, AFullDiskEndsTheFilmAndNotTheWindow) {
+  const std::string lack = lackOfNamespaces();
+  ASSERT_EQ(lack, "");
+  fs::create_directories(home.media());
+  home.mountFirst("mount -t tmpfs -o size=1m films \"$0\"", home.media());
+  const auto window = startWindow({offerLarge("a.avi")});
+  EXPECT_TRUE(support::waitFor([&] {
+    return home.run({"list"}).output.find("\"no_space\"") != std::string::npos;
+  })) << window->errors();
+  ASSERT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);
+  EXPECT_TRUE(support::waitFor([&] {
+    return home.run({"list"}).output.find("\"status\":\"completed\"") != std::string::npos;
+  })) << "a film for which there is room is downloaded";
+  EXPECT_TRUE(window->running());
 }
 
 }  // namespace
