@@ -15,6 +15,42 @@
 namespace playerx::window {
 namespace {
 
+/// What a taskbar on a bus is told about the player's icon.
+class Taskbar : public QObject {
+  Q_OBJECT
+
+ public:
+  explicit Taskbar(QDBusConnection bus) {
+    EXPECT_TRUE(bus.connect(QString(), QString(),
+                            QStringLiteral("com.canonical.Unity.LauncherEntry"),
+                            QStringLiteral("Update"), this, SLOT(take(QString, QVariantMap))));
+    // What was said before on the same connection has been done when this is answered.
+    EXPECT_TRUE(bus.interface()->serviceOwner(QStringLiteral("org.freedesktop.DBus")).isValid());
+  }
+
+  /// Whether the icon of this program comes to show this.
+  bool shows(const QString& program, double progress, bool isVisible) {
+    return QTest::qWaitFor(
+        [&] {
+          return program_ == program && isVisible_ == isVisible &&
+                 (!isVisible || progress_ == progress);
+        },
+        10'000);
+  }
+
+ public Q_SLOTS:
+  void take(const QString& program, const QVariantMap& properties) {
+    program_ = program;
+    progress_ = properties[QStringLiteral("progress")].toDouble();
+    isVisible_ = properties[QStringLiteral("progress-visible")].toBool();
+  }
+
+ private:
+  QString program_;
+  double progress_ = -1;
+  bool isVisible_ = false;
+};
+
 /// A bus of the test's own, which serves as the session's and the system's.
 class BusDesktopTest : public testing::Test {
  protected:
@@ -106,6 +142,19 @@ TEST_F(BusDesktopTest, KeepsTheMachineAwakeUntilItMaySleep) {
   EXPECT_TRUE(QTest::qWaitFor([this] { return !isAwake(); }));
 }
 
+TEST_F(BusDesktopTest, ShowsProgressOnTheIconInTheTaskbar) {
+  connection_ = QDBusConnection::connectToBus(address_, address_);
+  Taskbar taskbar(connection_);
+  BusDesktop desktop(addresses());
+  const QString icon = QStringLiteral("application://playerx.desktop");
+  desktop.showProgress(0.25);
+  EXPECT_TRUE(taskbar.shows(icon, 0.25, true));
+  desktop.showProgress(0.5);
+  EXPECT_TRUE(taskbar.shows(icon, 0.5, true));
+  desktop.showProgress(-1);
+  EXPECT_TRUE(taskbar.shows(icon, 0, false));
+}
+
 TEST_F(BusDesktopTest, SaysWhenNoFileManagerCanShowAFile) {
   BusDesktop desktop(addresses());
   QSignalSpy missing(&desktop, &Desktop::folderNotShown);
@@ -158,3 +207,5 @@ TEST(BusDesktopWithoutBusTest, DoesWithoutABus) {
 
 }  // namespace
 }  // namespace playerx::window
+
+#include "BusDesktopTest.moc"
