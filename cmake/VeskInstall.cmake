@@ -2,12 +2,13 @@
 # module (the download manager with the libraries that it stands on, the download library among
 # them), dev (what a host compiles against), player (window and command line).
 include(GNUInstallDirs)
-set(VESK_LIBDIR lib/playerx)
-set(VESK_PLUGIN_INSTALL_DIR ${VESK_LIBDIR}/plugins)
+# Two folders down, so that CPack does not take the libraries for ones that ldconfig has to know.
+set(VESK_LIBDIR lib/playerx/host)
+set(VESK_PLUGIN_INSTALL_DIR lib/playerx/plugins)
 
 set_target_properties(kvpm KPIM KPXLibrary PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(downloadmanager KPB OnlineServices KPXPlayerPlugin PROPERTIES
-  INSTALL_RPATH "$ORIGIN/..")
+  INSTALL_RPATH "$ORIGIN/../host")
 set_target_properties(playerx playerx-cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${VESK_LIBDIR}")
 
 install(TARGETS kvpm KPIM KPXLibrary LIBRARY DESTINATION ${VESK_LIBDIR} COMPONENT module)
@@ -59,13 +60,31 @@ endforeach()
 # Manuals are what the programs say of themselves.
 foreach(program IN ITEMS playerx playerx-cli)
   set(manual ${CMAKE_BINARY_DIR}/${program}.1)
-  add_custom_command(OUTPUT ${manual}
+  add_custom_command(OUTPUT ${manual}.gz
     COMMAND ${PROJECT_SOURCE_DIR}/packaging/make-manual $<TARGET_FILE:${program}> ${manual}
+    COMMAND gzip -9nf ${manual}
     DEPENDS ${program} packaging/make-manual VERBATIM)
-  list(APPEND manuals ${manual})
+  list(APPEND manuals ${manual}.gz)
 endforeach()
 add_custom_target(manuals ALL DEPENDS ${manuals})
 install(FILES ${manuals} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT player)
+
+set(CPACK_DEBIAN_MODULE_PACKAGE_NAME playerx-download-manager)
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME playerx-dev)
+set(CPACK_DEBIAN_PLAYER_PACKAGE_NAME playerx)
+
+# Each package says what has changed, as Debian wants it.
+configure_file(packaging/changelog.in ${CMAKE_BINARY_DIR}/changelog @ONLY)
+add_custom_command(OUTPUT ${CMAKE_BINARY_DIR}/changelog.gz
+  COMMAND gzip -9nkf ${CMAKE_BINARY_DIR}/changelog
+  DEPENDS ${CMAKE_BINARY_DIR}/changelog VERBATIM)
+add_custom_target(package_changelog ALL DEPENDS ${CMAKE_BINARY_DIR}/changelog.gz)
+foreach(component IN ITEMS module dev player)
+  string(TOUPPER ${component} upper)
+  install(FILES ${CMAKE_BINARY_DIR}/changelog.gz
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}
+    COMPONENT ${component})
+endforeach()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR Vesk)
@@ -77,21 +96,18 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
-set(CPACK_DEBIAN_MODULE_PACKAGE_NAME playerx-download-manager)
-set(CPACK_DEBIAN_DEV_PACKAGE_NAME playerx-dev)
-set(CPACK_DEBIAN_PLAYER_PACKAGE_NAME playerx)
 set(CPACK_DEBIAN_MODULE_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_PLAYER_PACKAGE_SECTION video)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "playerx-download-manager (= ${PROJECT_VERSION}), qt6-base-dev")
 set(CPACK_DEBIAN_PLAYER_PACKAGE_DEPENDS "playerx-download-manager (= ${PROJECT_VERSION}), qt6-svg-plugins | libqt6svg6")
 set(CPACK_COMPONENT_MODULE_DESCRIPTION "Download manager of a media player
- A plug-in that keeps an ordered queue of films and downloads one after the
- other, with the libraries that it stands on.")
+A plug-in that keeps an ordered queue of films and downloads one after the
+other, with the libraries that it stands on.")
 set(CPACK_COMPONENT_DEV_DESCRIPTION "Headers to load the download manager into a player
- Interfaces between a media player and the download manager, with a CMake
- package that finds them.")
+Interfaces between a media player and the download manager, with a CMake
+package that finds them.")
 set(CPACK_COMPONENT_PLAYER_DESCRIPTION "Media player that downloads films
- A window and a command line that share one queue of films. A film can be
- watched while it arrives.")
+A window and a command line that share one queue of films. A film can be
+watched while it arrives.")
 include(CPack)
