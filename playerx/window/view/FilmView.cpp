@@ -58,7 +58,10 @@ void FilmView::selectFilms(const QList<FilmId>& ids) {
   for (const FilmId id : ids) {
     const QModelIndex index = films_->indexOf(id);
     if (!index.isValid()) continue;
-    selection.select(index, index);
+    // Thousands of films that were added are one range, not thousands.
+    const bool isNext = !selection.isEmpty() && selection.last().bottom() + 1 == index.row();
+    const QModelIndex begin = isNext ? QModelIndex(selection.takeLast().topLeft()) : index;
+    selection.append(QItemSelectionRange(begin, index));
     if (!first.isValid()) first = index;
   }
   if (first.isValid()) selectionModel()->setCurrentIndex(first, QItemSelectionModel::NoUpdate);

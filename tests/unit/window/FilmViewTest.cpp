@@ -121,6 +121,13 @@ TEST_F(FilmViewTest, SelectionAndPlaceSurviveANewOrder) {
   EXPECT_EQ(view().selectedFilms(), QList<FilmId>({2}));
 }
 
+TEST_F(FilmViewTest, FilmsSideBySideAreSelectedAsOneRange) {
+  queue({film(1), film(2), film(3), film(4), film(5)});
+  select({1, 2, 3, 5});
+  EXPECT_EQ(view().selectionModel()->selection().size(), 2);
+  EXPECT_EQ(view().selectedFilms(), QList<FilmId>({1, 2, 3, 5}));
+}
+
 TEST_F(FilmViewTest, EveryStateOffersWhatCanBeDone) {
   EXPECT_EQ(rowButtonsOf(film(1)), QList<Verb>({Verb::kStop}));
   EXPECT_EQ(rowButtonsOf(arriving(1, 40)), QList<Verb>({Verb::kPlay, Verb::kStop}));
