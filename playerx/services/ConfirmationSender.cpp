@@ -1,6 +1,7 @@
 #include "playerx/services/ConfirmationSender.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "playerx/platform/QuietThread.h"
@@ -14,25 +15,39 @@ constexpr std::chrono::milliseconds kLongestPause(60'000);
 }  // namespace
 
 ConfirmationSender::ConfirmationSender(Send send, std::chrono::milliseconds firstPause)
-    : send_(std::move(send)),
-      firstPause_(firstPause),
-      thread_(startQuietThread([this] { run(); })) {}
+    : send_(std::move(send)), firstPause_(firstPause) {}
 
 ConfirmationSender::~ConfirmationSender() {
+  std::thread ending;
   {
     const GuardLock lock(mutex_);
     isEnding_ = true;
+    ending.swap(thread_);
   }
   wake_.notifyAll();
-  thread_.join();
+  if (ending.joinable()) {
+    ending.join();
+  } else {
+    run();
+  }
 }
 
 void ConfirmationSender::enqueue(std::string request) {
   {
     const GuardLock lock(mutex_);
     requests_.push_back(std::move(request));
+    ensureThread();
   }
   wake_.notifyAll();
+}
+
+void ConfirmationSender::ensureThread() {
+  if (isEnding_ || thread_.joinable()) return;
+  try {
+    thread_ = startQuietThread([this] { run(); });
+  } catch (const std::system_error&) {
+    // The next request tries again, at last the destructor.
+  }
 }
 
 void ConfirmationSender::run() {

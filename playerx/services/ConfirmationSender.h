@@ -10,13 +10,14 @@
 
 namespace playerx {
 
-/// Sends confirmations of downloads in their order on a thread of its own, so that neither a
-/// transfer nor the user waits for the online services. A confirmation that fails is tried again
-/// after growing pauses. The destructor tries each remaining one once more.
+/// Sends confirmations of downloads in their order on a thread of its own, which the first of them
+/// starts, so that neither a transfer nor the user waits for the online services. A confirmation
+/// that fails is tried again after growing pauses. The destructor tries each remaining one once
+/// more.
 class ConfirmationSender {
  public:
-  /// Sends one request; returns whether it arrived. Called on the sender's thread, without a lock:
-  /// it may call `enqueue`.
+  /// Sends one request; returns whether it arrived. Called on the sender's thread, where none could
+  /// be started by the destructor, without a lock: it may call `enqueue`.
   using Send = std::function<bool(const std::string& request)>;
 
   /// `firstPause` is the pause after the first failure in a row; each further one doubles it, up to
@@ -36,6 +37,7 @@ class ConfirmationSender {
     bool isLast = false;
   };
 
+  void ensureThread() KVPM_REQUIRES(mutex_);
   void run();
   bool waitForRequest(Try& next);
   void pauseFor(std::chrono::milliseconds pause);
@@ -47,8 +49,7 @@ class ConfirmationSender {
   Condition wake_;
   std::deque<std::string> requests_ KVPM_GUARDED_BY(mutex_);  ///< the one being sent is the first
   bool isEnding_ KVPM_GUARDED_BY(mutex_) = false;
-
-  std::thread thread_;  // last: runs over the rest
+  std::thread thread_ KVPM_GUARDED_BY(mutex_);
 };
 
 }  // namespace playerx
