@@ -70,7 +70,7 @@ class QueueKill : public testing::Test {
   fs::path queueFile() const { return folder_ / "downloadmanager.xml"; }
 
   std::string savedState() const {
-    const auto items = DownloadManagerPersistence::loadDownloadQueue(queueFile().wstring());
+    const auto items = DownloadManagerPersistence::readDownloadQueue(queueFile().wstring());
     const std::string state = stateOf(items);
     for (const auto* const item : items) delete item;
     return state;

@@ -37,7 +37,7 @@ class QueueMemory : public QueueFileFixture {
       bool hasFailed = false;
       {
         const FailingMalloc failing(passed, lasting);
-        items = DownloadManagerPersistence::loadDownloadQueue(name);
+        items = DownloadManagerPersistence::readDownloadQueue(name);
         hasFailed = failing.hasFailed();
       }
       const std::vector<Fields> loaded = takeFields(items);

@@ -89,16 +89,15 @@ class Text : public QueueFileFixture {
     return legacy.document();
   }
 
-  /// Whether a file was moved to the name of those that cannot be read, as it was.
+  /// Whether the next save moves a file to the name of those that cannot be read, as it was.
   bool isSetAside(const std::string& content) const {
-    return !std::filesystem::exists(file()) &&
+    return this->content() == content && written({}) != content &&
            support::readFile(file().string() + ".unreadable") == content;
   }
 
   std::vector<Fields> loadOf(const std::string& content) const {
     std::filesystem::remove(file().string() + ".unreadable");
-    put(content);
-    return load();
+    return readOf(content);
   }
 
   void expectEveryPrefixWholeOrRefused(const std::string& content) const {
