@@ -12,15 +12,17 @@ class GlSurface::Canvas : public QOpenGLWidget {
  public:
   explicit Canvas(GlSurface& surface) : surface_(&surface) {}
 
+  /// The context lives on for a moment, when this is no canvas any more.
+  ~Canvas() override {
+    if (context() != nullptr) disconnect(context(), nullptr, this, nullptr);
+    leaveContext();
+  }
+
  protected:
   void initializeGL() override {
     if (!surface_) return;
     // The context goes when the widget gets another window; what libmpv holds in it goes before.
-    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
-      makeCurrent();
-      if (surface_) surface_->release();
-      doneCurrent();
-    });
+    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] { leaveContext(); });
     surface_->begin();
   }
 
@@ -31,6 +33,10 @@ class GlSurface::Canvas : public QOpenGLWidget {
   }
 
  private:
+  void leaveContext() {
+    if (surface_) surface_->release();
+  }
+
   QPointer<GlSurface> surface_;
 };
 
