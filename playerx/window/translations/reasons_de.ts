@@ -24,6 +24,14 @@
         <translation>Eine Adresse mit Benutzername oder Passwort wird nicht unterstützt</translation>
     </message>
     <message>
+        <source>User name and password of the address are not text in UTF-8</source>
+        <translation>Benutzername und Passwort der Adresse sind kein Text in UTF-8</translation>
+    </message>
+    <message>
+        <source>{host} sends the player on without saying where to ({status})</source>
+        <translation>{host} verweist weiter, ohne zu sagen wohin ({status})</translation>
+    </message>
+    <message>
         <source>This file type is not supported</source>
         <translation>Dieser Dateityp wird nicht unterstützt</translation>
     </message>
