@@ -59,7 +59,7 @@ class ExamplesTest : public testing::Test {
 
   void removeLibrariesOfThePlayer() const {
     for (const char* name : {"libkvpm.so", "libKPIM.so", "libKPXLibrary.so"}) {
-      EXPECT_TRUE(fs::remove(fs::path(installed()) / "lib/playerx" / name)) << name;
+      EXPECT_TRUE(fs::remove(fs::path(installed()) / "lib/playerx/host" / name)) << name;
     }
   }
 
