@@ -172,10 +172,10 @@ void SavedQueue::keepToOwner() const {
 }
 
 std::string SavedQueue::loadProblem(DownloadManagerInterface& manager) const {
-  if (manager.getNumberOfVideosInQueue() > 0) return {};
+  QFile file(QString::fromStdString(file_));
+  if (manager.getNumberOfVideosInQueue() > 0 || !file.exists()) return {};
   // Saves, as `saveOnceMore` does: a file that the manager has refused is set aside now.
   manager.resume();
-  QFile file(QString::fromStdString(file_));
   if (!file.open(QIODevice::ReadOnly)) return readProblem();
   if (!namesItems(file.readAll())) return {};
   return "The queue file " + file_ +

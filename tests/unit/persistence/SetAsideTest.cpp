@@ -10,6 +10,7 @@ using testing::IsEmpty;
 
 class SetAside : public QueueFileFixture {
  protected:
+  const std::string kEmptyQueue = kDeclaration + "<DownloadQueue/>\n";
   static constexpr const char* kFirst = "downloadmanager.xml.unreadable";
   static constexpr const char* kSecond = "downloadmanager.xml.unreadable.2";
   static constexpr const char* kThird = "downloadmanager.xml.unreadable.3";
@@ -19,7 +20,7 @@ class SetAside : public QueueFileFixture {
     EXPECT_THAT(readOf(content), IsEmpty());
     EXPECT_EQ(this->content(), content);
     EXPECT_FALSE(exists(kFirst));
-    EXPECT_EQ(written({}), queueHolding(""));
+    EXPECT_EQ(written({}), kEmptyQueue);
     ASSERT_TRUE(exists(kFirst));
     EXPECT_EQ(support::readFile(folder() / kFirst), content);
     std::filesystem::remove(folder() / kFirst);
@@ -92,7 +93,7 @@ TEST_F(SetAside, AReadableFileIsNot) {
 TEST_F(SetAside, AFileThatIsGoneBeforeTheSaveIsNot) {
   readOf("something else");
   std::filesystem::remove(file());
-  EXPECT_EQ(written({}), queueHolding(""));
+  EXPECT_EQ(written({}), kEmptyQueue);
   EXPECT_FALSE(exists(kFirst));
 }
 
