@@ -39,9 +39,11 @@ int replaceSmallFile(const std::filesystem::path& file, std::string_view content
 int appendToSmallFile(const std::filesystem::path& file, std::string_view content) {
   int error = 0;
   struct stat status {};
-  const Descriptor opened = openRegular(file, O_WRONLY | O_APPEND, status, error);
+  const Descriptor opened = openRegular(file, O_WRONLY | O_APPEND | O_NOFOLLOW, status, error);
   // Creating it by its name would follow a link that leads nowhere.
-  if (error == ENOENT) return replaceSmallFile(file, content);
+  if (error == ENOENT || error == ELOOP) return replaceSmallFile(file, content);
+  // One of an earlier release, or made by hand, may be open to others.
+  if (error == 0 && ::fchmod(opened.get(), kOwnerOnly) != 0) errno = 0;
   return error == 0 ? writeFully(opened.get(), content.data(), content.size()).error : error;
 }
 

@@ -133,8 +133,15 @@ SplitAddress splitCredentials(const std::string& url) {
           unescaped(named.substr(std::min(colon + 1, named.size())))};
 }
 
+/// An address without the end of its host: what stands in the place of a port may be a password.
+std::string withoutPort(const std::string& url) {
+  const std::size_t end = url.find_first_of("/?#", url.find("://") + 3);
+  return url.substr(0, url.rfind(':', end) + 1) + "...";
+}
+
 std::string withoutCredentials(const std::string& text) {
   const std::string bare = splitCredentials(text).address;
+  if (faultOf(bare) == AddressFault::kBadPort) return withoutPort(bare);
   const std::size_t at = bare.rfind('@');
   return at == std::string::npos || parseAddress(bare) ? bare : "..." + bare.substr(at);
 }

@@ -14,17 +14,21 @@ namespace playerx::session {
 
 namespace {
 
-// A download takes about 20 files and 8 threads; what is asked for leaves room for other processes
-// at the door.
+// A download takes about 20 files and 8 threads.
 constexpr rlim_t kFiles = 32;
 constexpr std::size_t kThreads = 12;
+
+/// Room for all the processes that may stand at the door, too; without it the door is shut.
+constexpr rlim_t kFilesWithVisitors = 192;
 
 /// How many files may be open at once.
 rlim_t raiseFileLimit() {
   rlimit limit{};
-  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= kFiles) return kFiles;
-  limit.rlim_cur = std::min(limit.rlim_max, kFiles);
-  ::setrlimit(RLIMIT_NOFILE, &limit);
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return kFiles;
+  if (limit.rlim_cur < kFilesWithVisitors) {
+    limit.rlim_cur = std::min(limit.rlim_max, kFilesWithVisitors);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+  }
   return limit.rlim_cur;
 }
 
