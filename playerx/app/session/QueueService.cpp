@@ -210,8 +210,8 @@ Reply QueueService::retry(const ItemState& item) {
 Reply QueueService::retryAll() {
   std::vector<ItemState> queue = watch_.queue();
   std::erase_if(queue, [](const ItemState& item) { return item.status != DownloadStatusFailed; });
-  // Each goes to the top: the last one first keeps their order. One that was at the top is queued
-  // again by what passes it, and would stay behind.
+  // Each goes to the top, so the last one first keeps their order. The manager itself queues a head
+  // that another item passes: no retry moves that one any more.
   std::for_each(queue.rbegin(), queue.rend(), [this](const ItemState& item) {
     session_.manager().retry(item.id);
     session_.manager().moveToTop(item.id);

@@ -20,8 +20,11 @@ FilmRequests::Requests FilmRequests::goOn(const Ids& ids) const {
   return forEach(ids, {.action = Action::kResume});
 }
 
-/// The one that is retried last goes first; so the first of them is.
-FilmRequests::Requests FilmRequests::retry(const Ids& ids) const {
+// Each goes to the top, so the last one is asked for first. All of them are one request, because
+// the manager queues a failed head as soon as another film passes it: asked for by itself, it would
+// stay behind.
+FilmRequests::Requests FilmRequests::retry(const Ids& ids, qsizetype failed) const {
+  if (ids.size() == failed) return {{.action = Action::kRetry}};
   return forEach(backwards(ids), {.action = Action::kRetry});
 }
 

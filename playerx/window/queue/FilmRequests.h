@@ -19,7 +19,10 @@ class FilmRequests {
 
   Requests stop(const Ids& ids) const;
   Requests goOn(const Ids& ids) const;
-  Requests retry(const Ids& ids) const;
+
+  /// `failed` is how many films of the queue have failed.
+  Requests retry(const Ids& ids, qsizetype failed) const;
+
   Requests remove(const Ids& ids, bool withFiles) const;
   Requests move(const Ids& ids, Move where) const;
 

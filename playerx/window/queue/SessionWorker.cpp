@@ -158,7 +158,7 @@ void SessionWorker::add(const QStringList& inputs) {
 /// between.
 void SessionWorker::addNext() {
   addSome(toAdd_.mid(0, kInputsAtOnce), report_);
-  toAdd_ = toAdd_.mid(kInputsAtOnce);
+  toAdd_.remove(0, std::min<qsizetype>(kInputsAtOnce, toAdd_.size()));
   clock_.lookIfRested();
   if (!toAdd_.isEmpty()) {
     QMetaObject::invokeMethod(this, &SessionWorker::addNext, Qt::QueuedConnection);
@@ -196,7 +196,13 @@ void SessionWorker::stop(const Ids& ids) { askAll(FilmRequests(firstId_).stop(id
 
 void SessionWorker::goOn(const Ids& ids) { askAll(FilmRequests(firstId_).goOn(ids)); }
 
-void SessionWorker::retry(const Ids& ids) { askAll(FilmRequests(firstId_).retry(ids)); }
+void SessionWorker::retry(const Ids& ids) {
+  if (!end_) return;
+  const auto failed =
+      std::count_if(end_->queue().begin(), end_->queue().end(),
+                    [](const ItemState& item) { return item.status == DownloadStatusFailed; });
+  askAll(FilmRequests(firstId_).retry(ids, failed));
+}
 
 void SessionWorker::remove(const Ids& ids, bool withFiles) {
   askAll(FilmRequests(firstId_).remove(ids, withFiles));
