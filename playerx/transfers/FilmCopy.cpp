@@ -17,10 +17,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-int copyPermissions(int from, int to) {
+// A file system without permissions keeps its own.
+void copyPermissions(int from, int to) {
   struct stat status {};
-  if (::fstat(from, &status) != 0) return errno;
-  return ::fchmod(to, status.st_mode & 0777U) == 0 ? 0 : errno;
+  if (::fstat(from, &status) != 0 || ::fchmod(to, status.st_mode & 0777U) != 0) errno = 0;
 }
 
 }  // namespace
@@ -37,7 +37,7 @@ int copyFilm(const fs::path& from, const fs::path& to, const FilmMark& mark,
   // Without extended attributes the film does without its mark.
   if (const int unmarked = writeMark(copy.descriptor(), mark); unmarked != 0) errno = 0;
   error = copyRest(source.get(), copy.descriptor(), isCancelled);
-  if (error == 0) error = copyPermissions(source.get(), copy.descriptor());
+  copyPermissions(source.get(), copy.descriptor());
   if (error == 0 && ::fsync(copy.descriptor()) != 0) error = errno;
   return error == 0 ? copy.claim(to) : error;
 }
