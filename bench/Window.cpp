@@ -15,10 +15,10 @@
 
 #include "bench/Measure.h"
 #include "bench/Player.h"
+#include "playerx/window/model/WindowMemory.h"
 #include "playerx/window/queue/SessionQueue.h"
 #include "playerx/window/shell/DownloadsPage.h"
 #include "playerx/window/shell/MainWindow.h"
-#include "playerx/window/shell/WindowMemory.h"
 #include "playerx/window/view/FilmView.h"
 #include "tests/support/Nginx.h"
 #include "tests/support/Process.h"

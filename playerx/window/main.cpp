@@ -10,6 +10,7 @@
 #include "KPX/OSUtilities.h"
 #include "playerx/app/session/Places.h"
 #include "playerx/window/desktop/BusDesktop.h"
+#include "playerx/window/model/WindowMemory.h"
 #include "playerx/window/playback/FilmPlayer.h"
 #include "playerx/window/queue/HandOver.h"
 #include "playerx/window/queue/QueuePlaces.h"
@@ -17,7 +18,6 @@
 #include "playerx/window/shell/Language.h"
 #include "playerx/window/shell/MainWindow.h"
 #include "playerx/window/shell/StopSignals.h"
-#include "playerx/window/shell/WindowMemory.h"
 #include "playerx/window/view/Icons.h"
 
 namespace playerx::window {

@@ -2,8 +2,8 @@
 
 #include <QString>
 
-#include "playerx/window/actions/Verb.h"
 #include "playerx/window/model/Film.h"
+#include "playerx/window/model/Verb.h"
 
 namespace playerx::window {
 

@@ -4,8 +4,8 @@
 #include <QStringList>
 #include <QTimer>
 
-#include "playerx/window/dialogs/WindowPreferences.h"
 #include "playerx/window/model/Film.h"
+#include "playerx/window/model/WindowPreferences.h"
 
 namespace playerx::window {
 

@@ -2,7 +2,7 @@
 
 #include <QDialog>
 
-#include "playerx/window/dialogs/WindowPreferences.h"
+#include "playerx/window/model/WindowPreferences.h"
 #include "playerx/window/queue/QueueMessages.h"
 
 class QCheckBox;

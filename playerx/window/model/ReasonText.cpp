@@ -41,8 +41,8 @@ QString filled(const QString& form, const QRegularExpressionMatch& facts) {
 
 }  // namespace
 
-/// The reason may come from another process or an earlier run: its facts are known from its
-/// sentence only.
+/// A reason from another process or an earlier run carries its facts only inside its English
+/// sentence.
 QString reasonSentence(const reasons::Explanation& reason) {
   QString text = QString::fromStdString(reason.happened);
   const std::string english = reasons::sentenceForm(reason.reason);

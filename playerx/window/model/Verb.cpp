@@ -1,4 +1,4 @@
-#include "playerx/window/actions/Verb.h"
+#include "playerx/window/model/Verb.h"
 
 #include <QCoreApplication>
 

@@ -1,4 +1,4 @@
-#include "playerx/window/shell/WindowMemory.h"
+#include "playerx/window/model/WindowMemory.h"
 
 #include <QCryptographicHash>
 

@@ -6,7 +6,7 @@
 #include <QThreadPool>
 #include <QVariant>
 
-#include "playerx/window/dialogs/WindowPreferences.h"
+#include "playerx/window/model/WindowPreferences.h"
 
 namespace playerx::window {
 

@@ -12,7 +12,7 @@ class GlSurface::Canvas : public QOpenGLWidget {
  public:
   explicit Canvas(GlSurface& surface) : surface_(&surface) {}
 
-  /// The context lives on for a moment, when this is no canvas any more.
+  /// The context outlives the canvas for a moment, and must not call back into it.
   ~Canvas() override {
     if (context() != nullptr) disconnect(context(), nullptr, this, nullptr);
     leaveContext();

@@ -6,7 +6,7 @@
 
 #include "playerx/window/model/FilmModel.h"
 #include "playerx/window/model/FilmText.h"
-#include "playerx/window/shell/WindowMemory.h"
+#include "playerx/window/model/WindowMemory.h"
 
 namespace playerx::window {
 

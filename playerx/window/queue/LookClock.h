@@ -15,14 +15,14 @@ class LookClock : public QObject {
  public:
   LookClock();
 
-  /// Begins to tick; ends it.
+  /// Start and stop the ticks.
   void start() { ticks_.start(); }
   void stop() { ticks_.stop(); }
 
   /// Something has changed: `due` follows once the rest after the last look is over. Any thread.
   void lookSoon();
 
-  /// Emits `due` when that rest is over; for a long operation, during which timers stand still.
+  /// Emits `due` when that rest is over; for long operations, during which no timer fires.
   void lookIfRested();
 
   /// The queue is being looked at now.

@@ -2,9 +2,9 @@
 
 #include <QMainWindow>
 
-#include "playerx/window/actions/Verb.h"
-#include "playerx/window/dialogs/WindowPreferences.h"
 #include "playerx/window/model/UpdateBatcher.h"
+#include "playerx/window/model/Verb.h"
+#include "playerx/window/model/WindowPreferences.h"
 #include "playerx/window/playback/FilmPlayer.h"
 #include "playerx/window/queue/QueueMessages.h"
 

@@ -3,8 +3,8 @@
 #include <QWidget>
 
 #include "playerx/window/desktop/Tray.h"
+#include "playerx/window/model/WindowMemory.h"
 #include "playerx/window/shell/WindowDialogs.h"
-#include "playerx/window/shell/WindowMemory.h"
 
 namespace playerx::window {
 

@@ -2,7 +2,7 @@
 
 #include <QObject>
 
-#include "playerx/window/dialogs/WindowPreferences.h"
+#include "playerx/window/model/WindowPreferences.h"
 
 class QWidget;
 

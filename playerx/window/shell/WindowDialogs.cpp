@@ -8,9 +8,9 @@
 #include <QMimeData>
 #include <QPushButton>
 
-#include "playerx/window/actions/Verb.h"
 #include "playerx/window/dialogs/AddAddressesDialog.h"
 #include "playerx/window/dialogs/PreferencesDialog.h"
+#include "playerx/window/model/Verb.h"
 #include "playerx/window/view/Icons.h"
 
 namespace playerx::window {

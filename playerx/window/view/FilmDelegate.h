@@ -5,7 +5,7 @@
 #include <QStyledItemDelegate>
 #include <optional>
 
-#include "playerx/window/actions/Verb.h"
+#include "playerx/window/model/Verb.h"
 #include "playerx/window/view/BarGrowth.h"
 #include "playerx/window/view/RowLayout.h"
 

@@ -8,9 +8,9 @@
 
 #include "playerx/app/session/DataFolderLock.h"
 #include "playerx/window/model/FilmModel.h"
+#include "playerx/window/model/WindowMemory.h"
 #include "playerx/window/queue/SessionQueue.h"
 #include "playerx/window/shell/MainWindow.h"
-#include "playerx/window/shell/WindowMemory.h"
 #include "tests/support/Nginx.h"
 #include "tests/unit/window/FakeDesktop.h"
 #include "tests/unit/window/FakePlayer.h"

@@ -158,7 +158,7 @@ class RandomActionsTest : public testing::Test {
  protected:
   static quint32 seed() { return qEnvironmentVariable("PLAYERX_RANDOM_SEED", "1").toUInt(); }
 
-  /// Has the monkey act for so many actions, or for the time that was asked for.
+  /// Acts so many times, or for the time that was asked for.
   template <class Advance>
   void rage(MainWindow& window, Monkey& monkey, int actions, Advance advance) {
     const qint64 longest = qEnvironmentVariableIntValue("PLAYERX_RANDOM_SECONDS") * 1000;

@@ -3,8 +3,8 @@
 #include <QTemporaryDir>
 
 #include "playerx/window/model/FilmModel.h"
+#include "playerx/window/model/WindowMemory.h"
 #include "playerx/window/playback/Watching.h"
-#include "playerx/window/shell/WindowMemory.h"
 #include "tests/unit/window/FakePlayer.h"
 #include "tests/unit/window/Films.h"
 

@@ -3,7 +3,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "playerx/window/shell/WindowMemory.h"
+#include "playerx/window/model/WindowMemory.h"
 
 namespace playerx::window {
 namespace {
