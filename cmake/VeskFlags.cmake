@@ -16,7 +16,7 @@ add_library(vesk_flags INTERFACE)
 target_compile_features(vesk_flags INTERFACE cxx_std_20)
 target_compile_options(vesk_flags INTERFACE -Wall -Wextra -Werror)
 target_compile_definitions(vesk_flags INTERFACE QT_NO_KEYWORDS)
-# A release does not know where it was built, so that it is the same from everywhere.
+# Without the build folder in it a release is the same wherever it is built.
 foreach(folder IN ITEMS ${PROJECT_SOURCE_DIR}/= ${PROJECT_BINARY_DIR}/=build/)
   target_compile_options(vesk_flags INTERFACE
     $<$<CONFIG:RelWithDebInfo>:-ffile-prefix-map=${folder}>)
