@@ -115,7 +115,7 @@ void forgetVersions(const fs::path& file) {
 
 void syncSoon(const fs::path& file) { batcher().request(absolutePath(file)); }
 
-void syncFinishedSoon(const fs::path& file) {
+void syncFileSoon(const fs::path& file) {
   const fs::path path = absolutePath(file);
   addUnsyncedFile(path);
   syncSoon(path);

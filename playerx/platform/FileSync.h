@@ -32,7 +32,7 @@ void syncSoon(const std::filesystem::path& file);
 /// Requests the sync of a file that is written once, such as a film, and of its name, within a
 /// second. Does not wait for the disk. Any version of another file that is saved from now on
 /// reaches the disk later, so it may mention the file.
-void syncFinishedSoon(const std::filesystem::path& file);
+void syncFileSoon(const std::filesystem::path& file);
 
 /// The same for a film that was synced before it got its name: only the name is left.
 void syncNameSoon(const std::filesystem::path& file);

@@ -5,7 +5,7 @@
 namespace playerx {
 
 /// The files of this process that were written once, do not change any more, and are not known to
-/// be on the disk. Callers add one with `syncFinishedSoon` (`FileSync.h`).
+/// be on the disk. Callers use `syncFileSoon` and `syncNameSoon` (`FileSync.h`).
 ///
 /// All operations may be called from any thread. A file that cannot be synced stays as it is.
 

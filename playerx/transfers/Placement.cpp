@@ -98,7 +98,7 @@ class Placing {
     const std::string_view content(reinterpret_cast<const char*>(request_.rights.data()),
                                    request_.rights.size());
     const int error = replaceSmallFile(place, content);
-    if (error == 0) syncFinishedSoon(place);
+    if (error == 0) syncFileSoon(place);
     return error;
   }
 

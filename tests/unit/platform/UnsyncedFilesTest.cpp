@@ -30,7 +30,7 @@ TEST(UnsyncedFilesTest, ANameIsOnTheDiskOnceItIsSynced) {
 
 TEST(UnsyncedFilesTest, AMissingFileDoesNoHarm) {
   const support::TempDir folder;
-  syncFinishedSoon(folder / "missing/film.avi");
+  syncFileSoon(folder / "missing/film.avi");
   addUnsyncedFile(folder / "film.avi");
   syncUnsyncedFiles();
   flushFileSyncs();
