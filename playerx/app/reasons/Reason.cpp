@@ -133,7 +133,7 @@ constexpr Row kRows[] = {
     {T::kChecksum, "checksum", "The film from {host} is not the one that its checksum describes",
      "it was deleted; check the checksum, or ask the provider"},
     {T::kNoChecksum, "no_checksum", "{host} has no checksum file of the film{detail}",
-     "ask the provider, or download the film without --checksum"},
+     "ask the provider, or remove the film from the queue and download it without --checksum"},
     {Reason::kEmptyFile, "empty_file", "The film at {host} is empty (0 bytes)", "ask the provider"},
     {Reason::kNoLength, "no_length",
      "{host} does not say how long the film is, so it cannot be downloaded",

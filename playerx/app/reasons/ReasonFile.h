@@ -11,10 +11,10 @@
 
 namespace playerx::reasons {
 
-/// Reasons by what names an item from run to run.
+/// Reasons by the item's key, which stays the same from run to run.
 using ReasonMap = std::map<std::string, Explanation>;
 
-/// The reasons as JSON text, and back: what of the text is none is left out.
+/// The reasons as JSON text, and back; entries that are not reasons are left out.
 std::string writeReasons(const ReasonMap& reasons);
 ReasonMap readReasons(const std::string& json);
 
