@@ -14,11 +14,11 @@
 
 namespace kvsc {
 
-// What OpenSSL 3 no longer offers, or defines differently. All functions are safe on any thread; an
-// error stays in the calling thread's error queue.
+// What the secure client needs of OpenSSL 3 where its interface is not enough. All functions are
+// safe on any thread; an error stays in the calling thread's error queue.
 
-/// `SSL_library_init` and `SSL_load_error_strings`: one call now, which the library would also make
-/// by itself.
+/// `SSL_library_init` and `SSL_load_error_strings`: one call, which the library would also make by
+/// itself.
 void startCryptoLibrary();
 
 /// `SSLv2_method` to `TLSv1_method`: there is one method for all versions, and the context's bounds
@@ -31,43 +31,44 @@ SslContextPtr newClientContext(SSLMethodProtocolType family);
 inline constexpr int kMostRenegotiations = 3;
 void allowRenegotiations(SSL* ssl);
 
-/// A verify depth of one issuer: the count used to include the issuer itself, now only the
-/// certificates between it and the server's.
+/// A verify depth of one issuer: the library counts only the certificates between it and the
+/// server's.
 inline constexpr int kVerifyDepthOfOneIssuer = 0;
 
 /// `PEM_read_bio_RSAPrivateKey`: `RSA` objects are deprecated. Keys of other kinds are refused.
 KeyPtr readRsaKey(BIO* pem, pem_password_cb* callback, void* userData);
 
-/// `SSL_get_peer_certificate`: the form that counts a reference was renamed. Null without one.
+/// `SSL_get_peer_certificate`: the peer's certificate, without a reference. Null when
+/// there is no certificate.
 X509* peerCertificateOf(const SSL* ssl);
 
-/// Application data 0 of the store context: it is empty now, the TLS object has another index. Null
+/// Application data 0 of the store context: it is empty; the TLS object has another index. Null
 /// outside a handshake.
 SSL* sslOf(X509_STORE_CTX* context);
 
-/// `X509_STORE_get_by_subject`: an `X509_OBJECT` can no longer live on the stack, and the look-up
-/// returned the list that was added first. Returns the newest list of that issuer, null
-/// when the store has no list of it.
+/// `X509_STORE_get_by_subject`: an `X509_OBJECT` cannot live on the stack, and a look-up returns
+/// the list that was added first. Returns the newest list of that issuer, null when the store has
+/// no list of it.
 struct CrlFree {
   void operator()(X509_CRL* crl) const { X509_CRL_free(crl); }
 };
 using CrlPtr = std::unique_ptr<X509_CRL, CrlFree>;
 CrlPtr newestCrlOf(X509_STORE* store, const X509_NAME* issuer);
 
-/// The packed code 0x14090086: function codes are gone, library and reason remain.
+/// The packed code 0x14090086: there are no function codes; library and reason decide.
 bool isCertificateFailure(unsigned long code);
 
 /// `ERR_get_error_line_data`: deprecated for a form that also names the function. Returns the code
 /// of the oldest error, which leaves the queue, and 0 if absent.
 unsigned long takeError(const char** file, int* line, const char** data, int* flags);
 
-/// `ERR_remove_state`: the state of a thread now ends with the thread. What remains is to leave no
+/// `ERR_remove_state`: the state of a thread ends with the thread. What remains is to leave no
 /// entry on a thread that lives on; `OPENSSL_thread_stop` would also discard the state of the
 /// host's own use of the library.
 void releaseThreadErrors();
 
-/// `CRYPTO_num_locks`, and the bit that requests a lock: today's macros are hidden among the
-/// deprecated ones. `CRYPTO_set_locking_callback` and the like compile to nothing.
+/// `CRYPTO_num_locks`, and the bit that requests a lock: the macros are hidden among the deprecated
+/// ones. `CRYPTO_set_locking_callback` and the like compile to nothing.
 inline constexpr int kCryptoLocks = 1;
 inline constexpr int kCryptoLockBit = 1;
 

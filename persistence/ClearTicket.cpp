@@ -53,8 +53,8 @@ class BodyReader {
   explicit BodyReader(ClearTicket& ticket) : ticket_(ticket) {}
 
   void read(const Line& line) {
-    // The format trims a line twice, and no more: the second pass may remove what the first one
-    // exposed. To split a line trims it the second time.
+    // The format trims a line exactly twice: the second pass may remove what the first exposed.
+    // `splitTicketLine` is the second.
     const std::wstring_view text = trimTicketText(line.text);
     if (text == kTicketStart) {
       open(line.number);

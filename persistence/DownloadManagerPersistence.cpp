@@ -41,7 +41,8 @@ std::map<std::wstring, std::wstring> protectedFiles
 /// Files that were read and are no queues: kept under another name before they are replaced.
 std::set<std::wstring> refusedFiles KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 
-/// There was no memory to note a protected file; until a file could be read, each is.
+/// Set when there was no memory to note a protected file: then every file is protected, until one
+/// has been read.
 bool isEveryFileProtected KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock) = false;
 
 /// More than a conversion to or from UTF-8 ever needs.
@@ -76,7 +77,7 @@ void protect(const std::wstring& path, const std::wstring& source)
   }
 }
 
-/// Notes what has become known of a file that was read.
+/// Notes whether a file that was read is no queue.
 void noteRefusal(const std::wstring& path, bool isRefused)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
   refusedFiles.erase(path);
@@ -101,7 +102,7 @@ Loaded load(const std::wstring& path) KVPM_REQUIRES(DownloadManagerPersistence::
   return loaded;
 }
 
-/// Returns whether nothing that was refused has this name any more.
+/// Moves a refused file to a free name beside it. Returns false when that fails.
 bool setAsideRefused(const std::wstring& path)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
   if (!refusedFiles.contains(path)) return true;
@@ -114,8 +115,8 @@ bool setAsideRefused(const std::wstring& path)
   return true;
 }
 
-/// Whether the name may get a new file, or none. A refused file has another name then.
-bool mayReplace(const std::wstring& path)
+/// Moves a refused file out of the way. Returns false when `path` must not be replaced or deleted.
+bool prepareToReplace(const std::wstring& path)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
   if (isEveryFileProtected) return false;
   const auto found = protectedFiles.find(path);
@@ -144,7 +145,7 @@ bool replace(const std::wstring& path, Durability durability,
 bool write(const std::wstring& path, const Items& items, Durability durability)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
   try {
-    if (!mayReplace(path)) return false;
+    if (!prepareToReplace(path)) return false;
     Holder earlier = std::exchange(holder, {});
     const bool isChanged = queueText.update(items);
     const bool isKnown = isHolder(earlier, path);
@@ -186,8 +187,8 @@ Items DownloadManagerPersistence::migrateDownloadQueue(const std::wstring& legac
     protect(current, legacy);
   } else if (!persistence::isThere(legacy)) {
     write(current, loaded.items, Durability::kWritten);
-  } else if (write(current, loaded.items, Durability::kOnDisk) && mayReplace(legacy)) {
-    // One that was refused has been moved instead.
+  } else if (write(current, loaded.items, Durability::kOnDisk) && prepareToReplace(legacy)) {
+    // A refused file is not deleted: it has been moved by now.
     kvpm::PathTools::deleteFile(legacy);
   }
   return std::move(loaded.items);

@@ -21,8 +21,8 @@ constexpr std::size_t kLongestRun = 64;
 /// Each edit may move all the text behind it. The last one takes everything that is left.
 constexpr int kMostEdits = 8;
 
-/// Items in front of the one that is compared. They lie far apart, and their memory answers late.
-constexpr std::size_t kAhead = 16;
+/// How many items ahead memory is prefetched: they lie far apart in it.
+constexpr std::size_t kPrefetchDistance = 16;
 
 /// Bytes of an element beside its texts, with some to spare for a text that grows.
 constexpr std::size_t kMarkup = 320;
@@ -137,7 +137,7 @@ std::optional<bool> QueueText::updateElements(const Items& items) {
   for (int edits = 1; at < items.size() || at < elements_.size(); ++edits) {
     for (; at < items.size() && at < elements_.size() && elements_[at].isOf(*items[at]); ++at) {
       begin += elements_[at].length;
-      __builtin_prefetch(items[std::min(at + kAhead, items.size() - 1)]);
+      __builtin_prefetch(items[std::min(at + kPrefetchDistance, items.size() - 1)]);
     }
     EditWriter writer(*this, at, begin, edits < kMostEdits ? kLongestRun : items.size());
     while (at < items.size() && !writer.isDone()) {

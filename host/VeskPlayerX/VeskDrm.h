@@ -21,7 +21,7 @@ struct VeskDrmDownloadAuthorization {
   std::int32_t errorCode = 0;   ///< meaningful when `success` is false
   std::wstring errorDetails;    ///< for people; meaningful when `success` is false
   std::string tempUsername;     ///< credentials for the content server
-  std::string tempPassword;     ///< valid for a short time, as the name is
+  std::string tempPassword;     ///< valid for a short time, like `tempUsername`
   std::string url;              ///< where the content is, UTF-8
   std::int32_t ticketId = 0;    ///< above 0: the download must be confirmed
   std::uint64_t totalSize = 0;  ///< bytes

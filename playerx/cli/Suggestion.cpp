@@ -8,7 +8,7 @@ namespace playerx::cli {
 
 namespace {
 
-/// Words that other download programs have for what is meant here by the last one.
+/// Names that other programs use (left) for what has the right-hand name here.
 constexpr std::string_view kSynonyms[][2] = {{"-P", "--media"},
                                              {"-d", "--media"},
                                              {"--dir", "--media"},

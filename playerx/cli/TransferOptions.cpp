@@ -61,7 +61,7 @@ std::string checked(std::string value, std::string (*faultOf)(const std::string&
   return value;
 }
 
-/// As it is written, where it cannot be made absolute: the complaint names it then.
+/// `path` itself when it cannot be made absolute: the complaint then names it as it was given.
 std::string absolute(const std::string& path) {
   std::error_code error;
   const std::filesystem::path absolute = std::filesystem::absolute(path, error);

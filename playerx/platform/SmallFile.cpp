@@ -30,7 +30,7 @@ int replaceSmallFile(const std::filesystem::path& file, std::string_view content
   int error = 0;
   HiddenFile fresh = HiddenFile::create(file, error);
   if (error != 0) return error;
-  // One that is replaced may have been open to others.
+  // It has the permissions of the file that it replaces, which may have been open to others.
   if (::fchmod(fresh.descriptor(), kOwnerOnly) != 0) errno = 0;
   error = writeFully(fresh.descriptor(), content.data(), content.size()).error;
   return error == 0 ? fresh.replace(file) : error;

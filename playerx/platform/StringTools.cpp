@@ -90,7 +90,7 @@ std::wstring StringTools::uStringToWstring(const std::basic_string<unsigned char
 std::string StringTools::wStringToString(const std::wstring& text) {
   const bool isAscii =
       std::all_of(text.begin(), text.end(), [](wchar_t c) { return c >= 0 && c < 0x80; });
-  // Most texts are, and a long queue has many.
+  // Most texts are ASCII, and a long queue has many.
   return isAscii ? std::string(text.begin(), text.end()) : playerx::toQString(text).toStdString();
 }
 

@@ -15,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 using Paths = std::set<fs::path>;
 
-/// The finished files of the process that are not known to be on the disk.
+/// The files of the process that are not known to be on the disk.
 struct Unsynced {
   GuardMutex syncing;  ///< locked before `mutex`, for the whole of a sync
   GuardMutex mutex;

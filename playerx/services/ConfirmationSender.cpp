@@ -46,7 +46,7 @@ void ConfirmationSender::ensureThread() {
   try {
     thread_ = startQuietThread([this] { run(); });
   } catch (const std::system_error&) {
-    // The next request tries again, at last the destructor.
+    // The next request tries again; failing that, the destructor sends what is left.
   }
 }
 

@@ -16,8 +16,8 @@ namespace playerx {
 /// more.
 class ConfirmationSender {
  public:
-  /// Sends one request; returns whether it arrived. Called on the sender's thread, where none could
-  /// be started by the destructor, without a lock: it may call `enqueue`.
+  /// Sends one request; returns whether it arrived. Called without a lock on the sender's thread,
+  /// or in the destructor when that thread could not be started. May call `enqueue`.
   using Send = std::function<bool(const std::string& request)>;
 
   /// `firstPause` is the pause after the first failure in a row; each further one doubles it, up to

@@ -19,7 +19,7 @@ QString applicationDataPath() {
 
 QString OSUtilities::getApplicationDataPath() {
   const QString folder = applicationDataPath();
-  // Whoever opens a file there finds out when it cannot be made.
+  // A folder that cannot be made shows when a file in it is opened.
   playerx::makePrivateFolders(folder.toStdString());
   return folder;
 }

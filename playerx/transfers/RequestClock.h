@@ -15,8 +15,7 @@ class RequestClock {
   RequestClock(Clock::time_point start, Clock::duration saveAfter)
       : lastTouch_(start), saveAt_(start + saveAfter) {}
 
-  /// Something came; that is dated by the next `settle`, so that no chunk costs a look at the
-  /// clock.
+  /// Something came. Dated by the next `settle`, so that a chunk costs no look at the clock.
   void touch() { isTouched_ = true; }
 
   /// Begins the silence anew when something came, or when what may come is kept back here.
@@ -24,10 +23,10 @@ class RequestClock {
     if (std::exchange(isTouched_, false) || isKeptBack) lastTouch_ = now;
   }
 
-  /// When a silence of `longest` will be over.
+  /// When the silence will have lasted for `longest`.
   Clock::time_point silentUntil(Clock::duration longest) const { return lastTouch_ + longest; }
 
-  /// Earlier, the film may be complete before a save is worth its time.
+  /// When a save is due: a film that takes less time may be complete before.
   Clock::time_point saveAt() const { return saveAt_; }
 
  private:

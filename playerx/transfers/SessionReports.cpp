@@ -11,7 +11,7 @@ void SessionReports::header(std::string_view line) {
   delivery_.header(session_, std::string(line));
 }
 
-// The receiver takes 0 % for granted, but not what an earlier session has left.
+// The receiver assumes 0 %, so that is not reported; what an earlier session left is.
 void SessionReports::found(std::uint64_t bytes) {
   if (bytes == 0) percent_ = PercentReporter(0);
 }

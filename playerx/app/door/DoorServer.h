@@ -32,9 +32,9 @@ class DoorServer {
     QByteArray text;  ///< without its line feed
   };
 
-  /// `greeting` is a line without its line feed, and so is `refusal`, which a visitor gets for whom
-  /// there is no room. `wake` is called on the server's thread when there
-  /// is something to take, and must not wait.
+  /// `greeting` and `refusal` are lines without their line feed; a visitor for whom there is no
+  /// room gets `refusal` and is disconnected. `wake` is called on the server's thread when there is
+  /// something to take, and must not wait.
   DoorServer(QByteArray greeting, QByteArray refusal, std::function<void()> wake);
   DoorServer(const DoorServer&) = delete;
   DoorServer& operator=(const DoorServer&) = delete;

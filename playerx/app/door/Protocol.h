@@ -17,7 +17,7 @@ struct Greeting {
   int protocol = kProtocol;
   std::string version{};  ///< of the program
   long long pid = 0;
-  bool isBusy = false;  ///< it talks with as many as it can, and ends the connection
+  bool isBusy = false;  ///< no room for another connection: this one is closed
 
   bool operator==(const Greeting&) const = default;
 };

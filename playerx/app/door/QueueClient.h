@@ -14,9 +14,9 @@ class QueueClient {
  public:
   enum class Met {
     kQueue,     ///< requests may be sent
-    kNobody,    ///< nobody serves the queue
-    kBusy,      ///< somebody does, for as many others as it can: later perhaps; `problem` says so
-    kStranger,  ///< somebody does, with whom this program cannot talk: `problem` says why
+    kNobody,    ///< no process serves the queue
+    kBusy,      ///< a process does, and has no room for more now: `problem` says so
+    kStranger,  ///< a process does, but speaks another protocol: `problem` says why
   };
 
   /// Looks for the process that holds the queue of this folder, `longest` at most. Once.

@@ -20,7 +20,7 @@ std::string faultOfNetrcFile(const std::string& path);
 std::string faultOfCookieFile(const std::string& path);
 std::string faultOfSum(const std::string& sha256);
 
-/// The same of user name and password, which come from an address.
+/// The same for user name and password, which come from an address.
 std::string faultOfUser(const FilmOptions& options);
 
 /// The first fault of all options that are set, whichever way they came.

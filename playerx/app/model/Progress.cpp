@@ -45,7 +45,7 @@ void ProgressMeter::feed(Clock::time_point now, std::uint64_t arrived, std::uint
 Progress ProgressMeter::progress() const {
   if (!arrived_) return {};
   const auto silence = std::chrono::floor<seconds>(now_ - lastByte_);
-  if (silence >= kSilence) {
+  if (silence >= kShortestSilence) {
     return {.arrived = arrived_, .silentSeconds = static_cast<std::uint64_t>(silence.count())};
   }
   Progress progress{.arrived = arrived_, .bytesPerSecond = shownSpeed_};

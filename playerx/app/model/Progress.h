@@ -11,8 +11,8 @@
 
 namespace playerx::model {
 
-/// A pause shorter than this is nothing to speak of.
-constexpr std::chrono::seconds kSilence(5);
+/// Silence shorter than this is not shown.
+constexpr std::chrono::seconds kShortestSilence(5);
 
 /// The progress of one download, by the player's own clock.
 struct Progress {

@@ -10,8 +10,8 @@
 
 namespace playerx::model {
 
-/// Follows a queue, which outlives it, from look to look, and asks for those items only that have
-/// changed. Used by one thread.
+/// Follows a queue from look to look, and asks only for items that have changed. The reader
+/// outlives it. Used by one thread.
 class QueueTracker {
  public:
   /// What happened since the last look.

@@ -88,7 +88,7 @@ std::vector<unsigned int> QueueWatch::tellChanges() {
     if (change.kind == QueueChange::kAdded) added.push_back(change.item.id);
     tell(change);
   }
-  // A new order is told with no item: each that one climbs past has another place.
+  // A new order is one event without an item: a single move changes the places of many.
   const bool isOtherwiseKnown = !news.removed.empty() || !added.empty();
   if (news.isRearranged && !isOtherwiseKnown) listener_({Kind::kMoved});
   return added;
@@ -129,8 +129,8 @@ void QueueWatch::tell(const QueueChange& change) {
   }
 }
 
-/// The item whose server is being asked for the size, or whose services for leave: the manager is
-/// at work on it, but its transfer has not begun. Null when there is none.
+/// The item that the manager is preparing: its server is asked for the size, or its services for
+/// permission. Null when nothing is being prepared.
 const ItemState* QueueWatch::askedItem() const {
   if (!session_.isStarted() || session_.manager().isPaused()) return nullptr;
   const auto first = std::find_if(queue().begin(), queue().end(), [](const ItemState& item) {
@@ -140,12 +140,12 @@ const ItemState* QueueWatch::askedItem() const {
   return isAsked ? &*first : nullptr;
 }
 
-/// Nullopt while that takes no longer than usual.
+/// Nullopt until the silence is worth showing.
 std::optional<model::Progress> QueueWatch::measureSilence(const ItemState& item) {
   const auto now = model::ProgressMeter::Clock::now();
   if (std::exchange(asked_, item.id) != item.id) askedSince_ = now;
   const auto silence = std::chrono::floor<std::chrono::seconds>(now - askedSince_);
-  if (silence < model::kSilence) return std::nullopt;
+  if (silence < model::kShortestSilence) return std::nullopt;
   return model::Progress{.silentSeconds = static_cast<std::uint64_t>(silence.count())};
 }
 

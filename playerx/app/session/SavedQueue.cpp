@@ -56,7 +56,7 @@ bool namesItems(const QByteArray& content) {
          reader.readNextStartElement();
 }
 
-/// What lies in the place of a file, when it is none; empty for a file, and where nothing is.
+/// What stands in the place of a regular file; empty for a regular file, and for nothing at all.
 std::string wrongKind(const std::string& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) == 0) {

@@ -28,7 +28,8 @@ class SavedQueue {
   /// be read nor written.
   std::vector<std::string> companionProblems(const std::vector<std::string>& names) const;
 
-  /// Copies the file, and that of an earlier release, to another folder. Why not; empty otherwise.
+  /// Copies the file, and that of an earlier release, to another folder. Returns why it
+  /// could not, else "".
   std::string copyTo(const std::string& folder) const;
 
   /// What to say when the file turns out to be no queue.
@@ -42,15 +43,15 @@ class SavedQueue {
   /// as it is.
   void keepToOwner() const;
 
-  /// Once the manager is loaded and has a view: whether it has read what the file holds. Has one
-  /// without items save them, so that it sets a file aside that is no queue.
+  /// Once the manager is loaded and has a view: why its queue is empty although the file is not,
+  /// else "". Has an empty queue saved, which sets a file aside that is no queue.
   std::string loadProblem(VeskPlayerX::DownloadManagerInterface& manager) const;
 
   /// Whether a new queue file can be written. Tries it, and leaves nothing behind.
   std::string writeProblem() const;
 
-  /// Has the manager, to which a view is attached, save the queue once more. Whether the file holds
-  /// it now. `reader` reads the same manager.
+  /// Has the manager, to which a view is attached, save the queue once more. Returns one sentence
+  /// when the file still lacks changes, else "". `reader` reads the same manager.
   std::string unsavedChanges(VeskPlayerX::DownloadManagerInterface& manager,
                              VeskPlayerX::QueueReaderInterface& reader) const;
 
