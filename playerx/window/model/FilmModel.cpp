@@ -102,7 +102,7 @@ void FilmModel::removeMissing(const Order& order) {
       rows_.remove(films_[static_cast<std::size_t>(row)].id);
     }
     films_.erase(films_.begin() + first, films_.begin() + last + 1);
-    reindexFrom(first);
+    reindex(first, rowCount());
     endRemoveRows();
     last = first;
   }
@@ -125,7 +125,7 @@ void FilmModel::insertNew(const Order& order, const Fresh& fresh) {
     if (run.empty()) continue;
     beginInsertRows({}, row, row + static_cast<int>(run.size()) - 1);
     films_.insert(films_.begin() + row, run.begin(), run.end());
-    reindexFrom(row);
+    reindex(row, rowCount());
     endInsertRows();
     row += static_cast<int>(run.size());
   }
@@ -169,7 +169,7 @@ void FilmModel::arrangeAtOnce(const Order& order) {
   for (const FilmId id : order)
     films.push_back(std::move(films_[static_cast<std::size_t>(rowOf(id))]));
   films_ = std::move(films);
-  reindexFrom(0);
+  reindex(0, rowCount());
   QModelIndexList after;
   for (const FilmId id : ids) after.append(index(rowOf(id)));
   changePersistentIndexList(before, after);
@@ -184,7 +184,7 @@ void FilmModel::moveRow(int from, int to) {
   } else {
     std::rotate(begin + to, begin + from, begin + from + 1);
   }
-  reindexFrom(std::min(from, to));
+  reindex(std::min(from, to), std::max(from, to) + 1);
   endMoveRows();
 }
 
@@ -205,8 +205,8 @@ void FilmModel::replaceChanged(const Fresh& fresh) {
   }
 }
 
-void FilmModel::reindexFrom(int row) {
-  for (int i = row; i < rowCount(); ++i) rows_.insert(films_[static_cast<std::size_t>(i)].id, i);
+void FilmModel::reindex(int first, int last) {
+  for (int i = first; i < last; ++i) rows_.insert(films_[static_cast<std::size_t>(i)].id, i);
 }
 
 QList<FilmId> draggedFilms(const QMimeData& data) {

@@ -54,7 +54,7 @@ class FilmModel : public QAbstractListModel {
   void arrangeAtOnce(const Order& order);
   void moveRow(int from, int to);
   void replaceChanged(const Fresh& fresh);
-  void reindexFrom(int row);
+  void reindex(int first, int last);
 
   std::vector<Film> films_;
   QHash<FilmId, int> rows_;
