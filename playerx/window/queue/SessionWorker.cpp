@@ -247,6 +247,7 @@ Reply SessionWorker::ask(const Request& request) {
 void SessionWorker::askAll(const std::vector<Request>& requests) {
   std::string problem;
   for (const Request& request : requests) {
+    if (isEnding()) break;
     const Reply reply = ask(request);
     const bool hasFailed = reply.outcome == Reply::Outcome::kFailed && !reply.notes.empty();
     if (hasFailed) problem = reply.notes.front();
