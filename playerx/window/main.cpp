@@ -4,6 +4,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QUrl>
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 
@@ -74,6 +75,21 @@ QString dataFolder(const session::SessionOptions& options) {
   return QDir::current().absoluteFilePath(QString::fromStdString(options.dataFolder));
 }
 
+/// Whether the toolkit has something to draw on; without it, it would abort.
+bool hasScreen() {
+  const auto isSet = [](const char* name) { return !qEnvironmentVariableIsEmpty(name); };
+  return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
+}
+
+/// Whether the program only has to print something about itself.
+bool isAboutItself(int argc, char** argv) {
+  const QStringList words = {QStringLiteral("--help"), QStringLiteral("-h"),
+                             QStringLiteral("--version"), QStringLiteral("-v")};
+  return std::any_of(argv, argv + argc, [&](const char* argument) {
+    return words.contains(QString::fromLocal8Bit(argument));
+  });
+}
+
 int run(const QApplication& application) {
   const Language language{QLocale()};
   const Arguments arguments = parse(application);
@@ -98,6 +114,13 @@ int run(const QApplication& application) {
 int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);        // a write beyond the limit of file sizes fails instead
   qputenv("DBUS_FATAL_WARNINGS", "0");  // a bus that dies at a bad moment does not end the player
+  if (!playerx::window::hasScreen()) {
+    if (!playerx::window::isAboutItself(argc, argv)) {
+      std::cerr << "playerx: there is no screen; `playerx-cli` works without one." << std::endl;
+      return 1;
+    }
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+  }
   playerx::session::setHome();
   QApplication::setOrganizationName(QStringLiteral("Vesk"));
   QApplication::setApplicationName(QStringLiteral("VeskPlayerX"));

@@ -43,6 +43,15 @@ class WindowTest : public testing::Test {
     return std::make_unique<Process>(options);
   }
 
+  /// The window's program where there is nothing to draw on; its exit status.
+  static int runWithoutScreen(const std::string& argument, std::string& printed) {
+    Process process({.arguments = {PLAYERX, argument},
+                     .removed = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}});
+    const int status = process.wait().value_or(-1);
+    printed = process.output() + process.errors();
+    return status;
+  }
+
   std::string offerSlow(const std::string& name) {
     writeDistinctFile(slow.root() / name, kSize);
     return slow.url("/" + name);
@@ -94,6 +103,15 @@ class WindowTest : public testing::Test {
   support::Nginx quick;
   PlayerHome home;
 };
+
+TEST_F(WindowTest, WithoutAScreenTheProgramSaysSo) {
+  std::string printed;
+  EXPECT_EQ(runWithoutScreen("http://films.example/a.avi", printed), 1);
+  EXPECT_EQ(printed, "playerx: there is no screen; `playerx-cli` works without one.\n");
+  EXPECT_EQ(runWithoutScreen("--version", printed), 0);
+  EXPECT_THAT(printed, HasSubstr("1.0.0"));
+  EXPECT_EQ(runWithoutScreen("--help", printed), 0);
+}
 
 TEST_F(WindowTest, DownloadsWhatItIsStartedWith) {
   const auto window = startWindow({offerQuick("a.avi")});
