@@ -141,9 +141,9 @@ std::string withoutPort(const std::string& url) {
 
 std::string withoutCredentials(const std::string& text) {
   const std::string bare = splitCredentials(text).address;
-  if (faultOf(bare) == AddressFault::kBadPort) return withoutPort(bare);
   const std::size_t at = bare.rfind('@');
-  return at == std::string::npos || parseAddress(bare) ? bare : "..." + bare.substr(at);
+  if (at != std::string::npos) return parseAddress(bare) ? bare : "..." + bare.substr(at);
+  return faultOf(bare) == AddressFault::kBadPort ? withoutPort(bare) : bare;
 }
 
 AddressFault faultOf(const std::string& urlUtf8) {
