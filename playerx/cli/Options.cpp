@@ -300,6 +300,11 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
     *status = kExitDone;
     return std::nullopt;
   }
+  if (argc == 3 && std::string(argv[1]) == "help") {
+    std::cerr << "playerx-cli: " << complaintOfWord(app, argv[2]) << std::endl;
+    *status = kExitUsage;
+    return std::nullopt;
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -146,7 +146,9 @@ TEST(OptionsTest, HelpIsAlsoAWord) {
   EXPECT_EQ(parsed.status, kExitDone);
   EXPECT_EQ(parsed.output, parse({"--help"}).output);
   EXPECT_EQ(parse({"help", "move"}).output, parse({"move", "--help"}).output);
-  EXPECT_EQ(parse({"help", "nonsense"}).status, kExitUsage);
+  const Parsed unknown = parse({"help", "nonsense"});
+  EXPECT_EQ(unknown.status, kExitUsage);
+  EXPECT_NE(unknown.errors.find("There is no command \"nonsense\""), std::string::npos);
 }
 
 TEST(OptionsTest, TheHelpOfACommandNamesThatOfAll) {
