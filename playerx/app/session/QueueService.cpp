@@ -134,6 +134,9 @@ Reply QueueService::editAll(const Request& request) {
   switch (request.action) {
     case Action::kPause:
       if (watch_.isIdle()) return done("Nothing is waiting to be downloaded.");
+      if (!session_.isStarted()) {
+        return failed("Nothing is being downloaded; `pause N` keeps an item from it.");
+      }
       manager.pause();
       break;
     case Action::kResume:
@@ -218,6 +221,7 @@ Reply QueueService::retryAll() {
     watch_.expectOutcome(item.id);
   });
   watch_.update();
+  if (queue.empty()) return done("No item has failed.");
   return done("Queued again: " + std::to_string(queue.size()) + ".");
 }
 

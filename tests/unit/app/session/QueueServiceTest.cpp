@@ -151,6 +151,20 @@ TEST_F(QueueServiceTest, NothingIsStoppedForAnItemThatWaits) {
   EXPECT_THAT(log_.lines(), ElementsAre(call("remove", second)));
 }
 
+TEST_F(QueueServiceTest, WithoutADownloadThereIsNothingToPause) {
+  fake_.module.put("http://h/a.avi", DownloadStatusQueued);
+  const Reply reply = ask(Action::kPause);
+  EXPECT_EQ(reply.outcome, Outcome::kFailed);
+  EXPECT_THAT(reply.notes,
+              ElementsAre("Nothing is being downloaded; `pause N` keeps an item from it."));
+  EXPECT_THAT(log_.lines(), testing::IsEmpty());
+}
+
+TEST_F(QueueServiceTest, WithoutAFailureThereIsNothingToRetry) {
+  fake_.module.put("http://h/a.avi", DownloadStatusQueued);
+  EXPECT_THAT(ask(Action::kRetry).notes, ElementsAre("No item has failed."));
+}
+
 TEST_F(QueueServiceTest, APausedItemIsPassedOverUntilItIsResumed) {
   fake_.session().start();
   DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
