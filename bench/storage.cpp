@@ -37,7 +37,7 @@ class Folder {
   std::string operator/(const char* name) const { return folder_.filePath(name).toStdString(); }
 
  private:
-  const QTemporaryDir folder_{QStringLiteral("bench-storage-XXXXXX")};
+  const QTemporaryDir folder_{QStringLiteral("bench-storage-")};
 };
 
 template <class Save>
