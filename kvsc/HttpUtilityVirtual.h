@@ -67,7 +67,7 @@ class HttpUtilityVirtual {
   /// Becomes the owner of the array and frees the one before.
   void setUTF8Data(UTF8Data data) { utf8Data_.set(Collected(data.data, data.length)); }
 
-  /// A copy of the collected bytes that the caller frees with `release`; null when there are none.
+  /// A copy of the collected bytes that the caller frees with `release`; null without any.
   unsigned char* getBuffer(int* length) const;
   /// Becomes the owner of the array and frees the one before.
   void setBuffer(unsigned char* data, int length) { buffer_.set(Collected(data, length)); }
@@ -114,7 +114,7 @@ class HttpUtilityVirtual {
 
   /// Client callback that relays progress: the bytes of earlier transfers are added, and the total
   /// is the owner's, because the transfer itself knows none. Returns what the progress callback
-  /// returns; -1, which cancels the transfer, when there is none.
+  /// returns; -1, which cancels the transfer, without a callback.
   static int progressFunction(void* utility, double downloadTotal, double downloadNow,
                               double uploadTotal, double uploadNow);
 

@@ -22,11 +22,11 @@ class QueueFiles {
   /// Where the queue is kept.
   const std::wstring& current() const { return current_; }
 
-  /// The queue in the current file. When there is none yet, the queue of an earlier release, which
-  /// becomes the current one: its file is deleted once the current file is on the disk. A file that
-  /// is no queue gives no items, and is kept under another name once it is replaced or deleted. One
-  /// that cannot be read now gives none either, and the current file is then not written until it
-  /// could be read. The items belong to the caller.
+  /// The queue in the current file. Where that file is missing, the queue of an earlier release,
+  /// which becomes the current one: its file is deleted once the current file is on the disk. A
+  /// file that is no queue gives no items, and is kept under another name once it is replaced or
+  /// deleted. One that cannot be read now gives none either, and the current file is then not
+  /// written until it could be read. The items belong to the caller.
   Items readQueue() const;
 
  private:

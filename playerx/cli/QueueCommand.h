@@ -16,7 +16,7 @@ int runOnQueue(const Options& options, session::PlayerSession& session, Reporter
 /// Passes on what plug-ins and session have told the user.
 void noteMessages(session::PlayerSession& session, Reporter& reporter);
 
-/// Prints a problem; the exit status for it, or `status` when there is none.
+/// Prints a problem; the exit status for it, or `status` without a problem.
 int complainOf(const std::string& problem, Reporter& reporter, int status);
 
 }  // namespace playerx::cli

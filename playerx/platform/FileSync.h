@@ -18,7 +18,7 @@ class FileVersions;
 std::shared_ptr<FileVersions> versionsOf(const std::filesystem::path& file);
 
 /// How this process's last attempt to replace a file ended: 0 or an error number; ECANCELED for one
-/// that was dropped. 0 when there was none that is remembered.
+/// that was dropped. 0 when no attempt is remembered.
 int lastSaveError(const std::filesystem::path& file);
 
 /// Removes the hidden versions of a file that has been deleted or moved away, including those of

@@ -18,7 +18,7 @@ std::string checksumAddress(const std::string& film);
 
 /// The sum that a checksum file gives for a film of this file name, or the only sum in it: lines as
 /// sha256sum writes them, plain or tagged ("SHA256 (name) = sum"), or the bare sum. Nullopt when
-/// there is none.
+/// it gives no such sum.
 std::optional<std::string> sumIn(const std::string& content, const std::string& name);
 
 /// Asks for a checksum file. On the engine's thread; breaks off when it is destroyed.

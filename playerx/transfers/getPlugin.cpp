@@ -9,7 +9,7 @@ namespace {
 /// report. Threads: as the interfaces that it offers say.
 class TransfersPlugin : public KPIM::Plugin {
  public:
-  /// Starts the library's threads; throws when there are none to be had.
+  /// Starts the library's threads; throws when the system refuses one.
   explicit TransfersPlugin(KPIM::Context* context) : Plugin(context) {}
 
   KPIM::VESK_RESULT kpimGetInterface(std::string id, void** out) override {

@@ -53,7 +53,7 @@ class AttackedSocketTest : public testing::Test {
         send(visitor.get(), text.data(), text.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
   }
 
-  /// The next reply, behind whatever else is said; all that was said when there is none.
+  /// The next reply, behind whatever else is said; all that was said when no reply comes.
   static std::string hear(const support::UniqueFd& visitor) {
     std::string said;
     char piece[4096];

@@ -47,7 +47,7 @@ class KilledTest : public testing::Test {
   std::set<std::string> instants;
 
   /// Runs the command and kills it at the first instant that is not among those seen. False when
-  /// there is none: the player has come to its end.
+  /// all have been seen: the player has come to its end.
   bool killAtNewInstant(const PlayerHome& home, const std::vector<std::string>& arguments) {
     TracedPlayer player(home.startOptions(arguments));
     std::map<std::string, int> counts;

@@ -22,7 +22,8 @@ class Desktop : public QObject {
   /// Shows progress, 0..1, on the player's icon; below 0 takes it away.
   virtual void showProgress(double part) = 0;
 
-  /// Has the file manager show this file; `folderNotShown` when the desktop has none that can.
+  /// Has the file manager show this file; `folderNotShown` when the desktop has no file manager
+  /// that can.
   virtual void showInFolder(const QString& path) = 0;
 
  Q_SIGNALS:

@@ -6,7 +6,8 @@
 namespace playerx::window {
 
 /// Has a window that serves the queue of this folder come to the front and add the inputs. False
-/// when there is none, or it does not answer within a moment. Waits; needs no event loop.
+/// when no window serves it, or when that does not answer within a moment. Waits; needs no event
+/// loop.
 bool handOver(const QString& dataFolder, const QStringList& inputs);
 
 }  // namespace playerx::window

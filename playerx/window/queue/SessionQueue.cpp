@@ -33,7 +33,7 @@ void SessionQueue::open(bool staysPaused) {
       &gate_, [this, staysPaused] { begin(staysPaused); }, Qt::QueuedConnection);
 }
 
-/// Does this with the worker, on its thread, unless there is none.
+/// Does this with the worker, on its thread, if it is running.
 template <class Deed>
 void SessionQueue::post(Deed deed) {
   QMetaObject::invokeMethod(

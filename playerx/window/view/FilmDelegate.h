@@ -27,7 +27,7 @@ class FilmDelegate : public QStyledItemDelegate {
   /// The button of a row that is pressed with the mouse; -1 for none.
   void setPressedButton(const QModelIndex& index, int button);
 
-  /// The button at a place in the row; nullopt where there is none.
+  /// The button at a place in the row; nullopt outside the buttons.
   std::optional<int> buttonAt(const QStyleOptionViewItem& option, const QModelIndex& index,
                               const QPoint& place) const;
 

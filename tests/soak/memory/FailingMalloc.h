@@ -2,7 +2,7 @@
 
 namespace soak {
 
-/// While one exists, an allocation of its thread fails, whoever makes it: this program, the C++
+/// While one exists, an allocation of its thread fails, no matter from where: this program, the C++
 /// library, a library of others.
 class FailingMalloc {
  public:
