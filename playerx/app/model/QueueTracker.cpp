@@ -67,6 +67,7 @@ QueueTracker::News QueueTracker::update() {
   News news;
   const Versions versions = reader_.getVersions();
   rearrange(versions, news);
+  std::vector<QueueChange> others;
   for (std::size_t i = 0; i < versions.size(); ++i) {
     const auto version = versions[i].version;
     if (seen_[i].version == version && version != 0) continue;
@@ -74,8 +75,11 @@ QueueTracker::News QueueTracker::update() {
     if (item == nullptr) continue;  // removed meanwhile: the next look tells of it
     const bool isNew = !std::exchange(seen_[i].version, version);
     const ItemState before = std::exchange(queue_[i], stateOf(*item));
-    appendChanges(news.changes, isNew ? nullptr : &before, queue_[i]);
+    const bool hasEnded = !isNew && !isUnfinished(queue_[i].status);
+    appendChanges(hasEnded ? news.changes : others, isNew ? nullptr : &before, queue_[i]);
   }
+  news.changes.insert(news.changes.end(), std::make_move_iterator(others.begin()),
+                      std::make_move_iterator(others.end()));
   return news;
 }
 

@@ -18,7 +18,8 @@ class QueueTracker {
   struct News {
     std::vector<ItemState> removed;  ///< as they were
 
-    /// In the present queue's order. A new place is no change.
+    /// In the present queue's order, but for the known items that are worked on no longer: those
+    /// come first, because one transfer ends before the next one begins. A new place is no change.
     std::vector<QueueChange> changes;
 
     bool isRearranged = false;  ///< the queue holds other items, or the same in another order

@@ -34,6 +34,18 @@ TEST_F(QueueTrackerTest, TellsAnItemThatCameAndFailedBetweenTwoLooks) {
   expectTheSameAsANewSnapshot();
 }
 
+TEST_F(QueueTrackerTest, TellsTheEndOfAFilmBeforeTheStartOfTheNext) {
+  DownloadItem& first = module_.put("http://h/a.avi", DownloadStatusDownloading);
+  DownloadItem& second = module_.put("http://h/b.avi");
+  kindsOfChanges();
+  first.setStatus(DownloadStatusCompleted);
+  module_.moveToEnd(0);
+  second.setStatus(DownloadStatusDownloading);
+  EXPECT_THAT(kindsOfChanges(), ElementsAre(QueueChange::kFinished, QueueChange::kChanged));
+  EXPECT_EQ(news_.changes[0].item.url, "http://h/a.avi");
+  expectTheSameAsANewSnapshot();
+}
+
 TEST_F(QueueTrackerTest, NoticesEveryFieldThatChanges) {
   DownloadItem& item = module_.put("http://h/a.avi");
   kindsOfChanges();
