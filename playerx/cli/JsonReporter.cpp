@@ -94,6 +94,9 @@ class JsonReporter : public Reporter {
                {"unknownSizes", queue.unknownSizes}});
   }
 
+  // The exit status says it to programs.
+  void done(const std::string& sentence) override { note(sentence); }
+
   void note(const std::string& sentence) override { notes_ << sentence << std::endl; }
 
  private:

@@ -67,7 +67,7 @@ void dropWhatDoesNotFit(const std::vector<std::string*>& byRank, std::size_t col
 std::string liveLine(const ItemState& item, const Progress& progress, const QueueProgress& queue,
                      std::size_t columns) {
   const std::string percent = percentPart(item.percent);
-  const std::string title = printable(item.title.empty() ? item.url : item.title);
+  const std::string title = printable(displayName(item));
   const std::size_t titleRoom = kGap + std::min(columnsOf(title), kLeastOfTitle);
   const std::size_t taken = percent.size() + titleRoom;
   std::string bytes = bytesPart(item, progress);

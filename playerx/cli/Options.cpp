@@ -35,7 +35,7 @@ void addGlobalOptions(CLI::App& app, Options& options) {
       ->check(CLI::ExistingDirectory);
   app.add_flag("--diagnostics", options.diagnostics,
                "Print the module's own diagnostics on standard error");
-  app.add_flag("-q,--quiet", options.quiet, "Print failures and sentences alone, no progress");
+  app.add_flag("-q,--quiet", options.quiet, "Print failures and advice alone, no progress");
   app.add_flag("--json", options.json, "One JSON object per line on standard output");
 }
 

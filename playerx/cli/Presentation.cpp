@@ -33,6 +33,7 @@ int present(const Reply& reply, Reporter& reporter) {
     reporter.refused(refusal.input, refusal.reason);
   }
   for (const std::string& sentence : reply.notes) reporter.note(sentence);
+  for (const std::string& sentence : reply.results) reporter.done(sentence);
   return static_cast<int>(reply.outcome);
 }
 

@@ -53,6 +53,9 @@ class Reporter {
   /// How far the whole queue has come, when that changes while films are downloaded.
   virtual void queueProgress(const model::QueueProgress& queue) = 0;
 
+  /// What a command has done to the queue, in one sentence.
+  virtual void done(const std::string& sentence) = 0;
+
   /// A sentence about the run as a whole.
   virtual void note(const std::string& sentence) = 0;
 };

@@ -17,9 +17,7 @@ using reasons::Explanation;
 
 namespace {
 
-std::string nameOf(const ItemState& item) {
-  return printable(item.title.empty() ? item.url : item.title);
-}
+std::string nameOf(const ItemState& item) { return printable(displayName(item)); }
 
 std::string sizeNote(const ItemState& item) {
   return item.size == 0 ? "" : " (" + formatBytes(item.size) + ")";
@@ -82,6 +80,8 @@ class LineReporter : public Reporter {
   void listedAll(const QueueProgress& queue) override { out_ << sentenceOf(queue) << std::endl; }
 
   void queueProgress(const QueueProgress&) override {}
+
+  void done(const std::string& sentence) override { out_ << printable(sentence) << std::endl; }
 
   void note(const std::string& sentence) override { notes_ << printable(sentence) << std::endl; }
 

@@ -72,7 +72,8 @@ TEST_F(CommandLineTest, AllThatFailedIsRetriedInItsOrder) {
   EXPECT_EQ(home.run({"get", first, second}).status, 1);
   offer("a.avi");
   offer("b.avi");
-  EXPECT_THAT(home.run({"retry", "all"}).errors, HasSubstr("Queued again: 2."));
+  EXPECT_THAT(home.run({"retry", "all"}).errors,
+              HasSubstr("Queued again: 2 items; `get` downloads them."));
   EXPECT_EQ(home.queue().at(0)["url"], first);
   EXPECT_EQ(home.run({"get"}).status, 0);
   EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
@@ -84,6 +85,20 @@ TEST_F(CommandLineTest, WhatIsRemovedWithItsFilmIsGone) {
   EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
   EXPECT_EQ(home.run({"remove", "--with-film", "1"}).status, 0);
   EXPECT_THAT(home.films(), ElementsAre("a.avi"));
+}
+
+TEST_F(CommandLineTest, ACommandSaysWhatItHasDone) {
+  EXPECT_EQ(home.run({"add", offer("a.avi"), offer("b.avi")}).status, 0);
+  const auto output = [this](const std::vector<std::string>& arguments) {
+    return home.runForPeople(arguments).output;
+  };
+  EXPECT_EQ(output({"move", "2", "top"}), "b.avi is now item 1 of 2.\n");
+  EXPECT_EQ(output({"pause", "1"}), "Paused: b.avi.\n");
+  EXPECT_EQ(output({"resume", "1"}), "Resumed: b.avi; `get` downloads it.\n");
+  EXPECT_EQ(output({"--quiet", "remove", "1"}), "");
+  EXPECT_EQ(output({"remove", "1"}), "Removed: a.avi.\n");
+  EXPECT_EQ(output({"clear"}), "No item is complete.\n");
+  EXPECT_EQ(output({"--json", "clear"}), "");
 }
 
 TEST_F(CommandLineTest, EveryLineForProgramsNamesItsVersion) {

@@ -192,6 +192,7 @@ std::optional<Reply> replyOf(Members members) {
   members.take("reply", reply.outcome);
   members.take("paused", reply.isPaused);
   members.takeEach("notes", reply.notes, textOf);
+  members.takeEach("results", reply.results, textOf);
   members.takeEach("refused", reply.refused, refusalOf);
   members.takeEach("items", reply.items, [&reply](const Json& object) {
     const std::optional<ItemState> item = itemOf(object);
@@ -259,6 +260,7 @@ QByteArray write(const Request& request) {
 QByteArray write(const Reply& reply) {
   Json object{{"reply", reply.outcome}};
   if (!reply.notes.empty()) object["notes"] = reply.notes;
+  if (!reply.results.empty()) object["results"] = reply.results;
   for (const Refusal& refusal : reply.refused) {
     object["refused"].push_back({{"input", refusal.input}, {"reason", jsonOf(refusal.reason)}});
   }

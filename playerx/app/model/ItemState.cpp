@@ -35,6 +35,10 @@ std::vector<ItemState> snapshotOf(VeskPlayerX::DownloadManagerInterface& manager
   return states;
 }
 
+std::string displayName(const ItemState& item) {
+  return item.title.empty() ? item.url : item.title;
+}
+
 const char* statusWord(DownloadStatusEnumType status) {
   switch (status) {
     case DownloadStatusPaused:

@@ -35,6 +35,9 @@ ItemState stateOf(const VeskPlayerX::DownloadItemInterface& item);
 /// The whole queue in its order. May be called from any thread that may call the manager.
 std::vector<ItemState> snapshotOf(VeskPlayerX::DownloadManagerInterface& manager);
 
+/// What people know an item by: its title, or else its address.
+std::string displayName(const ItemState& item);
+
 /// One word for a status: "paused", "queued", "starting", "downloading", "completed", "stopped",
 /// "failed", "held"; "unknown" for any other value.
 const char* statusWord(DownloadStatusEnumType status);

@@ -19,6 +19,10 @@ std::string formatBytes(std::uint64_t bytes) {
   return text.data();
 }
 
+std::string formatCount(std::size_t count, const std::string& noun) {
+  return count == 1 ? "one " + noun : std::to_string(count) + " " + noun + "s";
+}
+
 std::string formatDuration(std::uint64_t seconds) {
   if (seconds == 0) return "";
   std::array<char, 48> text{};

@@ -70,11 +70,12 @@ struct Reply {
   enum class Outcome { kDone = 0, kFailed = 1, kWrongUse = 2 };
 
   Outcome outcome = Outcome::kDone;
-  std::vector<std::string> notes{};       ///< sentences for people
+  std::vector<std::string> notes{};       ///< sentences for people: why not, or what to know
   std::vector<Refusal> refused{};         ///< inputs
   std::vector<model::ItemState> items{};  ///< the queue, or the items that adding leaves to fetch
   std::map<unsigned int, model::Progress> progress{};  ///< of those that arrive, by id
   bool isPaused = false;                               ///< the whole queue; with the queue only
+  std::vector<std::string> results{};                  ///< sentences for people on what was done
 
   bool operator==(const Reply&) const = default;
 };

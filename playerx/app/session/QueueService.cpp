@@ -23,17 +23,13 @@ std::filesystem::path partialFolder() {
   return VeskPlayerX::OSUtilities::getTempPath().toStdString();
 }
 
-Reply done(std::string note = "") {
+Reply done(std::string result) {
   Reply reply;
-  if (!note.empty()) reply.notes.push_back(std::move(note));
+  reply.results.push_back(std::move(result));
   return reply;
 }
 
-Reply failed(std::string note) {
-  Reply reply = done(std::move(note));
-  reply.outcome = Outcome::kFailed;
-  return reply;
-}
+Reply failed(std::string why) { return {Outcome::kFailed, {std::move(why)}}; }
 
 const ItemState* find(const std::vector<ItemState>& queue, const Request& request) {
   if (request.id) {
@@ -46,20 +42,31 @@ const ItemState* find(const std::vector<ItemState>& queue, const Request& reques
   return index < queue.size() ? &queue[index] : nullptr;
 }
 
-/// A film and the record of its rights beside it.
-Reply removeFilm(const std::string& film) {
+/// Deletes the film of a removed item, with the record of its rights beside it.
+Reply removeFilm(const std::string& film, const std::string& removed) {
+  if (film.empty()) return done(removed + "; it had no film.");
   std::error_code error;
   std::filesystem::remove(film + transfers::kRightsSuffix, error);
-  if (std::filesystem::remove(film, error)) return done();
-  return failed("The film " + film + " could not be removed (" + error.message() + ").");
+  if (std::filesystem::remove(film, error)) return done(removed + "; " + film + " was deleted.");
+  return failed(removed + "; its film " + film + " could not be deleted (" + error.message() +
+                ").");
 }
 
 Reply refuseUnknown(const Request& request, std::size_t length) {
-  Reply reply = done(request.id ? "The item is not in the queue any more."
-                                : "There is no item " + std::to_string(request.position) +
-                                      "; the queue holds " + std::to_string(length) + ".");
-  reply.outcome = Outcome::kWrongUse;
-  return reply;
+  return {Outcome::kWrongUse,
+          {request.id ? "The item is not in the queue any more."
+                      : "There is no item " + std::to_string(request.position) +
+                            "; the queue holds " + std::to_string(length) + "."}};
+}
+
+std::size_t countIf(const std::vector<ItemState>& queue, bool (*isCounted)(const ItemState&)) {
+  return static_cast<std::size_t>(std::count_if(queue.begin(), queue.end(), isCounted));
+}
+
+bool isComplete(const ItemState& item) { return item.status == DownloadStatusCompleted; }
+
+bool isPaused(const ItemState& item) {
+  return item.status == DownloadStatusPaused || item.status == DownloadStatusStopped;
 }
 
 }  // namespace
@@ -75,7 +82,7 @@ QueueService::QueueService(PlayerSession& session, std::function<void()> wake, r
 }
 
 Reply QueueService::handle(const Request& request) {
-  if (request.action == Action::kPing) return done();
+  if (request.action == Action::kPing) return {};
   if (request.rateLimit) session_.setRateLimit(*request.rateLimit);
   if (request.action == Action::kAdd) return adder_.add(request);
   watch_.update();
@@ -114,11 +121,11 @@ Reply QueueService::clean(bool dryRun) {
     const std::string name = leftover.address.empty() ? leftover.key : leftover.address;
     const bool isGone = !dryRun && deleteLeftover(partialFolder(), leftover);
     if (!dryRun && !isGone) continue;
-    reply.notes.push_back((dryRun ? "Would delete what is left of " : "Deleted what was left of ") +
-                          name + " (" + model::formatBytes(leftover.bytes) + ").");
+    reply.results.push_back(
+        (dryRun ? "Would delete what is left of " : "Deleted what was left of ") + name + " (" +
+        model::formatBytes(leftover.bytes) + ").");
   }
-  if (reply.notes.empty()) reply.notes.push_back("Nothing is left over.");
-  return reply;
+  return reply.results.empty() ? done("Nothing is left over.") : reply;
 }
 
 Reply QueueService::list() {
@@ -130,23 +137,15 @@ Reply QueueService::list() {
 }
 
 Reply QueueService::editAll(const Request& request) {
-  VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
   switch (request.action) {
     case Action::kPause:
-      if (watch_.isIdle()) return done("Nothing is waiting to be downloaded.");
-      if (!session_.isStarted()) {
-        return failed("Nothing is being downloaded; `pause N` keeps an item from it.");
-      }
-      manager.pause();
-      break;
+      return pauseAll();
     case Action::kResume:
       return resumeAll();
     case Action::kRetry:
       return retryAll();
     case Action::kClear:
-      manager.clearCompletedDownloads();
-      mayHaveLeftovers_ = true;
-      break;
+      return clear();
     case Action::kClean:
       return clean(request.dryRun);
     case Action::kLimit:
@@ -159,8 +158,25 @@ Reply QueueService::editAll(const Request& request) {
     default:
       return list();
   }
+}
+
+Reply QueueService::pauseAll() {
+  if (watch_.isIdle()) return done("Nothing is waiting to be downloaded.");
+  if (!session_.isStarted()) {
+    return failed("Nothing is being downloaded; `pause N` keeps an item from it.");
+  }
+  session_.manager().pause();
   update();
-  return done();
+  return done("The queue is paused; `resume` lets it go on.");
+}
+
+Reply QueueService::clear() {
+  const std::size_t completed = countIf(watch_.queue(), isComplete);
+  session_.manager().clearCompletedDownloads();
+  mayHaveLeftovers_ = true;
+  update();
+  if (completed == 0) return done("No item is complete.");
+  return done("Removed " + model::formatCount(completed, "completed item") + ".");
 }
 
 /// The limit itself is set with every request that has one.
@@ -196,8 +212,9 @@ Reply QueueService::remove(const ItemState& item, bool withFilm) {
   whileStopped(item, [&] { isRemoved = session_.manager().remove(item.id); });
   if (!isRemoved) return failed("The item could not be removed.");
   mayHaveLeftovers_ = true;
-  const std::string film = withFilm ? findFilm(item, session_.places().media) : "";
-  return film.empty() ? done() : removeFilm(film);
+  const std::string removed = "Removed: " + displayName(item);
+  if (!withFilm) return done(removed + ".");
+  return removeFilm(findFilm(item, session_.places().media), removed);
 }
 
 Reply QueueService::retry(const ItemState& item) {
@@ -207,7 +224,7 @@ Reply QueueService::retry(const ItemState& item) {
   }
   session_.manager().retry(item.id);
   watch_.expectOutcome(item.id);
-  return done(session_.isStarted() ? "Queued again." : "Queued again; `get` downloads it.");
+  return done("Queued again: " + displayName(item) + whatNext("it"));
 }
 
 Reply QueueService::retryAll() {
@@ -222,7 +239,7 @@ Reply QueueService::retryAll() {
   });
   watch_.update();
   if (queue.empty()) return done("No item has failed.");
-  return done("Queued again: " + std::to_string(queue.size()) + ".");
+  return done("Queued again: " + model::formatCount(queue.size(), "item") + whatNext("them"));
 }
 
 Reply QueueService::move(const ItemState& item, Direction direction) {
@@ -244,7 +261,16 @@ Reply QueueService::move(const ItemState& item, Direction direction) {
     case Direction::kBefore:
       break;
   }
-  return isMoved ? done() : failed("The item cannot move any further.");
+  return isMoved ? tellPlace(item) : failed("The item cannot move any further.");
+}
+
+Reply QueueService::tellPlace(const ItemState& item) {
+  watch_.update();
+  const std::vector<ItemState>& queue = watch_.queue();
+  const ItemState* const moved = find(queue, {.id = item.id});
+  if (moved == nullptr) return refuseUnknown({.id = item.id}, queue.size());
+  return done(displayName(item) + " is now item " + std::to_string(moved - queue.data() + 1) +
+              " of " + std::to_string(queue.size()) + ".");
 }
 
 /// One step at a time, because the manager knows no other way to a place in between.
@@ -258,7 +284,7 @@ Reply QueueService::moveBefore(const ItemState& item, unsigned int before) {
   bool isMoved = true;
   for (; steps < 0 && isMoved; ++steps) isMoved = manager.moveUp(item.id);
   for (; steps > 1 && isMoved; --steps) isMoved = manager.moveDown(item.id);
-  return isMoved ? done() : failed("The item cannot move that far.");
+  return isMoved ? tellPlace(item) : failed("The item cannot move that far.");
 }
 
 /// The manager knows no paused item but the first; a stopped one is passed over in the same way.
@@ -269,7 +295,7 @@ Reply QueueService::pause(const ItemState& item) {
   }
   held_.insert(item.id);
   whileStopped(item, [&] { session_.manager().updateStatus(item.id, DownloadStatusStopped); });
-  return done();
+  return done("Paused: " + displayName(item) + ".");
 }
 
 void QueueService::letGoOn(unsigned int id) {
@@ -292,17 +318,26 @@ Reply QueueService::resume(const ItemState& item) {
                   std::string(model::statusWord(item.status)) + ".");
   }
   letGoOn(item.id);
-  return done();
+  return done("Resumed: " + displayName(item) + whatNext("it"));
 }
 
 Reply QueueService::resumeAll() {
+  const std::size_t paused = countIf(watch_.queue(), isPaused);
+  const bool hasEffect = paused > 0 || session_.manager().isPaused();
   for (const ItemState& item : watch_.queue()) {
     if (item.status == DownloadStatusStopped) letGoOn(item.id);
   }
   held_.clear();
   session_.manager().resume();
   update();
-  return done();
+  if (!hasEffect) return done("Nothing is paused.");
+  if (session_.isStarted()) return done("The queue goes on.");
+  return done("Resumed " + model::formatCount(paused, "item") + whatNext("them"));
+}
+
+/// The end of a sentence on what waits again.
+std::string QueueService::whatNext(const std::string& what) const {
+  return session_.isStarted() ? "." : "; `get` downloads " + what + ".";
 }
 
 /// Whether the manager may be at work on an item: on the first one that is unfinished, whatever its

@@ -46,17 +46,21 @@ class QueueService {
  private:
   Reply list();
   Reply editAll(const Request& request);
+  Reply pauseAll();
+  Reply clear();
   Reply editItem(const Request& request, const model::ItemState& item);
   Reply remove(const model::ItemState& item, bool withFilm);
   Reply retry(const model::ItemState& item);
   Reply retryAll();
   Reply move(const model::ItemState& item, Request::Direction direction);
   Reply moveBefore(const model::ItemState& item, unsigned int before);
+  Reply tellPlace(const model::ItemState& item);
   Reply pause(const model::ItemState& item);
   Reply resume(const model::ItemState& item);
   void letGoOn(unsigned int id);
   void holdAgain();
   Reply resumeAll();
+  std::string whatNext(const std::string& what) const;
   Reply clean(bool dryRun);
   Reply limited(const Request& request) const;
   std::vector<Leftover> leftovers() const;

@@ -36,6 +36,7 @@ class LoggingReporter : public Reporter {
   void listed(const Listing&) override {}
   void listedAll(const model::QueueProgress&) override {}
   void queueProgress(const model::QueueProgress&) override {}
+  void done(const std::string& sentence) override { lines.push_back(sentence); }
   void note(const std::string& sentence) override { lines.push_back(sentence); }
 };
 

@@ -72,6 +72,14 @@ TEST_F(PresentationTest, AFailedRequestHasItsSentenceWithItsStatus) {
   EXPECT_EQ(notes_.str(), "It cannot.\n");
 }
 
+TEST_F(PresentationTest, WhatWasDoneIsTheOutput) {
+  Reply reply;
+  reply.results = {"Removed: film."};
+  EXPECT_EQ(tell(reply), kExitDone);
+  EXPECT_EQ(out_.str(), "Removed: film.\n");
+  EXPECT_EQ(notes_.str(), "");
+}
+
 TEST_F(PresentationTest, ARefusedInputIsWrongUse) {
   const reasons::Explanation reason = reasons::explain(reasons::Reason::kUnsupportedType);
   const Reply reply{Reply::Outcome::kWrongUse, {}, {{"http://h/a.mp4", reason}}};

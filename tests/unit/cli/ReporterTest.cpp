@@ -68,10 +68,12 @@ TEST_F(ReporterTest, JsonStaysValidWhateverATitleHolds) {
   EXPECT_EQ(onlyLine()["title"], "a\"\n\xEF\xBF\xBD\033b");
 }
 
-TEST_F(ReporterTest, JsonNotesStayOffStandardOutput) {
-  makeJsonReporter(out, notes)->note("Hello.");
+TEST_F(ReporterTest, JsonSentencesStayOffStandardOutput) {
+  const auto reporter = makeJsonReporter(out, notes);
+  reporter->note("Hello.");
+  reporter->done("Removed: Film.");
   EXPECT_EQ(out.str(), "");
-  EXPECT_EQ(notes.str(), "Hello.\n");
+  EXPECT_EQ(notes.str(), "Hello.\nRemoved: Film.\n");
 }
 
 TEST_F(ReporterTest, LinesAppearOncePerState) {

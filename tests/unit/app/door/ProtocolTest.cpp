@@ -72,6 +72,7 @@ TEST(ProtocolTest, AnAnswerComesBackAsItWent) {
   expectSameAfterTheSocket(Reply{});
   expectSameAfterTheSocket(
       Reply{Reply::Outcome::kWrongUse, {"One."}, {{"http://h/a.mp4", reason}}, {film()}});
+  expectSameAfterTheSocket(Reply{.results = {"Removed: a film."}});
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kChanged, film()});
   const model::Progress progress{1ULL << 50, 5000, 7, 3, true, "/partial/a"};
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kChanged, film(), progress});

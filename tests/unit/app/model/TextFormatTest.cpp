@@ -15,6 +15,12 @@ TEST(TextFormatTest, BytesHaveUnitsOfAThousand) {
   EXPECT_EQ(formatBytes(~std::uint64_t{0}), "18.4 EB");
 }
 
+TEST(TextFormatTest, ACountIsInTheRightNumber) {
+  EXPECT_EQ(formatCount(0, "film"), "0 films");
+  EXPECT_EQ(formatCount(1, "film"), "one film");
+  EXPECT_EQ(formatCount(12, "item"), "12 items");
+}
+
 TEST(TextFormatTest, DurationsNameTheirTwoLargestUnits) {
   EXPECT_EQ(formatDuration(0), "");
   EXPECT_EQ(formatDuration(5), "5 s");

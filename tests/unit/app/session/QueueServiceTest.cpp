@@ -83,7 +83,8 @@ TEST_F(QueueServiceTest, OnlyAFailedItemIsRetried) {
   EXPECT_THAT(ask(Action::kRetry, 1).notes,
               ElementsAre("Only a failed item can be retried; this one is queued."));
   item.setStatus(DownloadStatusFailed);
-  EXPECT_EQ(ask(Action::kRetry, 1).outcome, Outcome::kDone);
+  EXPECT_THAT(ask(Action::kRetry, 1).results,
+              ElementsAre("Queued again: film; `get` downloads it."));
   EXPECT_THAT(log_.lines(), ElementsAre(call("retry", item)));
 }
 
@@ -98,7 +99,8 @@ TEST_F(QueueServiceTest, RetryOfAllKeepsTheOrder) {
 
 TEST_F(QueueServiceTest, EachDirectionIsAMoveOfItsOwn) {
   const DownloadItem& item = fake_.module.put("http://h/a.avi");
-  EXPECT_EQ(ask(Action::kMove, 1, Direction::kTop).outcome, Outcome::kDone);
+  EXPECT_THAT(ask(Action::kMove, 1, Direction::kTop).results,
+              ElementsAre("film is now item 1 of 1."));
   EXPECT_EQ(ask(Action::kMove, 1, Direction::kBottom).outcome, Outcome::kDone);
   EXPECT_EQ(ask(Action::kMove, 1, Direction::kUp).outcome, Outcome::kFailed);
   EXPECT_THAT(ask(Action::kMove, 1, Direction::kDown).notes,
@@ -131,8 +133,28 @@ TEST_F(QueueServiceTest, ThereIsNoWindowToShow) {
 }
 
 TEST_F(QueueServiceTest, ClearDropsWhatIsComplete) {
-  EXPECT_EQ(ask(Action::kClear).outcome, Outcome::kDone);
-  EXPECT_THAT(log_.lines(), ElementsAre("manager.clearCompletedDownloads"));
+  EXPECT_THAT(ask(Action::kClear).results, ElementsAre("No item is complete."));
+  putFilm(DownloadStatusCompleted);
+  EXPECT_THAT(ask(Action::kClear).results, ElementsAre("Removed one completed item."));
+  putFilm(DownloadStatusCompleted);
+  EXPECT_THAT(ask(Action::kClear).results, ElementsAre("Removed 2 completed items."));
+  EXPECT_EQ(log_.lines("manager.clearCompletedDownloads").size(), 3u);
+}
+
+TEST_F(QueueServiceTest, APauseSaysHowItEnds) {
+  fake_.session().start();
+  fake_.module.put("http://h/a.avi");
+  EXPECT_THAT(ask(Action::kPause).results,
+              ElementsAre("The queue is paused; `resume` lets it go on."));
+}
+
+TEST_F(QueueServiceTest, WhatIsResumedIsCounted) {
+  EXPECT_THAT(ask(Action::kResume).results, ElementsAre("Nothing is paused."));
+  fake_.module.put("http://h/a.avi", DownloadStatusStopped);
+  fake_.module.put("http://h/b.avi", DownloadStatusPaused);
+  EXPECT_THAT(ask(Action::kResume).results, ElementsAre("Resumed 2 items; `get` downloads them."));
+  fake_.session().start();
+  EXPECT_THAT(ask(Action::kResume).results, ElementsAre("The queue goes on."));
 }
 
 TEST_F(QueueServiceTest, ATransferEndsBeforeItsItemIsRemoved) {
@@ -162,20 +184,20 @@ TEST_F(QueueServiceTest, WithoutADownloadThereIsNothingToPause) {
 
 TEST_F(QueueServiceTest, WithoutAFailureThereIsNothingToRetry) {
   fake_.module.put("http://h/a.avi", DownloadStatusQueued);
-  EXPECT_THAT(ask(Action::kRetry).notes, ElementsAre("No item has failed."));
+  EXPECT_THAT(ask(Action::kRetry).results, ElementsAre("No item has failed."));
 }
 
 TEST_F(QueueServiceTest, APausedItemIsPassedOverUntilItIsResumed) {
   fake_.session().start();
   DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
   const std::string update = call("updateStatus", item);
-  ask(Action::kPause, 1);
+  EXPECT_THAT(ask(Action::kPause, 1).results, ElementsAre("Paused: film."));
   std::vector<std::string> lines = log_.lines();
   lines.resize(3);  // the item, which keeps its status here, is held again afterwards
   EXPECT_THAT(lines, ElementsAre("manager.pause", update + " 5", "manager.resume"));
   item.setStatus(DownloadStatusStopped);
   EXPECT_EQ(ask(Action::kPause, 1).outcome, Outcome::kFailed);
-  ask(Action::kResume, 1);
+  EXPECT_THAT(ask(Action::kResume, 1).results, ElementsAre("Resumed: film."));
   EXPECT_EQ(log_.lines().back(), update + " 1");
 }
 
@@ -254,10 +276,13 @@ TEST_F(QueueServiceTest, AFailedAddressIsRetried) {
 TEST_F(QueueServiceTest, AFilmGoesWithItsItemOnDemand) {
   putFilm(DownloadStatusCompleted);
   const std::filesystem::path film = fake_.folder.write("a.avi", "film");
-  ask(Action::kRemove, 1);
+  EXPECT_THAT(ask(Action::kRemove, 1).results, ElementsAre("Removed: film."));
   EXPECT_TRUE(std::filesystem::exists(film));
-  service().handle({.action = Action::kRemove, .position = 1, .withFilm = true});
+  const Request withFilm{.action = Action::kRemove, .position = 1, .withFilm = true};
+  EXPECT_THAT(service().handle(withFilm).results,
+              ElementsAre("Removed: film; " + film.string() + " was deleted."));
   EXPECT_FALSE(std::filesystem::exists(film));
+  EXPECT_THAT(service().handle(withFilm).results, ElementsAre("Removed: film; it had no film."));
 }
 
 }  // namespace
