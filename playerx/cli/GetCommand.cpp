@@ -120,7 +120,7 @@ void GetCommand::tell(const QueueEvent& event) {
 }
 
 void GetCommand::tellQueue() {
-  const model::QueueProgress progress = model::progressOf(service_.watch().queue());
+  const model::QueueProgress progress = service_.progress();
   if (progress == std::exchange(told_, progress)) return;
   tell({.kind = QueueEvent::Kind::kQueue, .queue = progress});
 }

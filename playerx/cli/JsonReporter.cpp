@@ -91,7 +91,8 @@ class JsonReporter : public Reporter {
                {"completed", queue.completed},
                {"arrived", queue.arrived},
                {"total", queue.total},
-               {"unknownSizes", queue.unknownSizes}});
+               {"unknownSizes", queue.unknownSizes},
+               {"paused", queue.isPaused}});
   }
 
   // The exit status says it to programs.

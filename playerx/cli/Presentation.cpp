@@ -51,8 +51,9 @@ void QueuePrint::add(const model::ItemState& item, const model::Progress& progre
                     .isLong = isLong_});
 }
 
-void QueuePrint::end() {
+void QueuePrint::end(bool isPaused) {
   if (sum_.items == 0) return reporter_.note("The queue is empty.");
+  sum_.isPaused = isPaused;
   reporter_.listedAll(sum_);
 }
 

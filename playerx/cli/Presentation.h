@@ -24,7 +24,8 @@ class QueuePrint {
   /// `progress` is that of an item that arrives.
   void add(const model::ItemState& item, const model::Progress& progress = {});
 
-  void end();
+  /// `isPaused` says that the whole queue waits.
+  void end(bool isPaused = false);
 
  private:
   const session::Places& places_;

@@ -139,7 +139,7 @@ int printReply(const Reply& reply, const Options& options, const PlayerSession& 
     const auto progress = reply.progress.find(item.id);
     print.add(item, progress == reply.progress.end() ? model::Progress{} : progress->second);
   }
-  print.end();
+  print.end(reply.isPaused);
   return present(reply, reporter);
 }
 

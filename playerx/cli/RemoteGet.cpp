@@ -79,7 +79,7 @@ bool RemoteGet::takeAnswers() {
 
 void RemoteGet::take(const Reply& reply) {
   const bool isToWatch = ++replies_ == 1;
-  if (isToWatch) reporter_.queueProgress(model::progressOf(reply.items));
+  if (isToWatch) reporter_.queueProgress(model::progressOf(reply.items, reply.isPaused));
   const bool isAwaited = replies_ == (options_.command == Options::kGet ? 2 : 1);
   if (isAwaited) beginToWait(reply);
 }

@@ -38,7 +38,7 @@ std::string sentenceOf(const QueueProgress& queue) {
   if (queue.unknownSizes > 1) {
     text += " without " + std::to_string(queue.unknownSizes) + " films of unknown size";
   }
-  return text;
+  return queue.isPaused ? text + "; the queue is paused" : text;
 }
 
 class LineReporter : public Reporter {

@@ -105,6 +105,8 @@ TEST_F(ServedQueueTest, APausedQueueGoesOnWhenItIsResumed) {
   const auto first = startSlow("a.avi");
   EXPECT_EQ(home.run({"pause"}).status, 0);
   EXPECT_EQ(home.queue().at(0)["status"], "paused");
+  EXPECT_EQ(home.run({"list"}).events("queue").at(0)["paused"], true);
+  EXPECT_TRUE(first->waitForOutput("\"paused\":true")) << first->output();
   EXPECT_TRUE(first->running());
   EXPECT_EQ(home.run({"resume"}).status, 0);
   EXPECT_EQ(first->wait(), 0) << first->errors();

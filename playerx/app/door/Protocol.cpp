@@ -135,11 +135,8 @@ std::optional<Progress> progressOf(const Json& object) {
 }
 
 Json jsonOf(const QueueProgress& queue) {
-  return {{"items", queue.items},
-          {"completed", queue.completed},
-          {"arrived", queue.arrived},
-          {"total", queue.total},
-          {"unknownSizes", queue.unknownSizes}};
+  return {{"items", queue.items}, {"completed", queue.completed},       {"arrived", queue.arrived},
+          {"total", queue.total}, {"unknownSizes", queue.unknownSizes}, {"paused", queue.isPaused}};
 }
 
 std::optional<QueueProgress> queueProgressOf(const Json& object) {
@@ -150,6 +147,7 @@ std::optional<QueueProgress> queueProgressOf(const Json& object) {
   members.take("arrived", queue.arrived);
   members.take("total", queue.total);
   members.take("unknownSizes", queue.unknownSizes);
+  members.take("paused", queue.isPaused);
   return members.isGood() ? std::optional(queue) : std::nullopt;
 }
 

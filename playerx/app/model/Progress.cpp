@@ -81,9 +81,10 @@ void QueueProgress::add(const ItemState& item) {
   arrived += arrivedOf(item);
 }
 
-QueueProgress progressOf(const std::vector<ItemState>& queue) {
+QueueProgress progressOf(const std::vector<ItemState>& queue, bool isPaused) {
   QueueProgress progress;
   for (const ItemState& item : queue) progress.add(item);
+  progress.isPaused = isPaused;
   return progress;
 }
 

@@ -60,11 +60,12 @@ struct QueueProgress {
   std::uint64_t arrived = 0;     ///< bytes
   std::uint64_t total = 0;       ///< bytes of the items whose size is known
   std::size_t unknownSizes = 0;  ///< items whose size is not known
+  bool isPaused = false;         ///< nothing is downloaded until it is resumed
 
   void add(const ItemState& item);
   bool operator==(const QueueProgress&) const = default;
 };
 
-QueueProgress progressOf(const std::vector<ItemState>& queue);
+QueueProgress progressOf(const std::vector<ItemState>& queue, bool isPaused);
 
 }  // namespace playerx::model

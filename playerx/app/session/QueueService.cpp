@@ -101,6 +101,10 @@ void QueueService::update() {
   if (mayHaveLeftovers_) deleteLeftovers();
 }
 
+model::QueueProgress QueueService::progress() const {
+  return model::progressOf(watch_.queue(), session_.manager().isPaused());
+}
+
 void QueueService::deleteLeftovers() {
   mayHaveLeftovers_ = false;
   session_.pruneFilmOptions();

@@ -34,6 +34,9 @@ class QueueService {
   QueueWatch& watch() { return watch_; }
   const QueueWatch& watch() const { return watch_; }
 
+  /// How far the queue has come that `watch` has last seen.
+  model::QueueProgress progress() const;
+
   /// Deletes what was left of films that are not in the queue, as far as no transfer is at work on
   /// it: the rest goes with a later `update`. Nothing is deleted while an unreadable queue lies set
   /// aside, whose films these may be.

@@ -42,7 +42,7 @@ void OwnQueue::update() {
     measured_.restart();
     service_.watch().measure();
   }
-  const model::QueueProgress progress = model::progressOf(queue());
+  const model::QueueProgress progress = service_.progress();
   if (progress == std::exchange(told_, progress)) return;
   tell({.kind = QueueEvent::Kind::kQueue, .queue = progress});
 }

@@ -7,8 +7,8 @@ namespace {
 
 using Json = nlohmann::json;
 
-const Json kQueue = {{"version", 1}, {"event", "queue"}, {"items", 2},       {"completed", 1},
-                     {"arrived", 5}, {"total", 9},       {"unknownSizes", 0}};
+const Json kQueue = {{"version", 1}, {"event", "queue"}, {"items", 2},        {"completed", 1},
+                     {"arrived", 5}, {"total", 9},       {"unknownSizes", 0}, {"paused", false}};
 
 std::string faultsWith(const char* member, const Json& value) {
   Json line = kQueue;

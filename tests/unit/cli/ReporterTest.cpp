@@ -124,14 +124,15 @@ TEST_F(ReporterTest, JsonListsAFailedItemWithItsReason) {
 }
 
 TEST_F(ReporterTest, JsonTellsTheProgressOfTheWholeQueue) {
-  makeJsonReporter(out, notes)->listedAll({7, 2, 1300, 4000, 1});
+  makeJsonReporter(out, notes)->listedAll({7, 2, 1300, 4000, 1, true});
   EXPECT_EQ(onlyLine(), (nlohmann::json{{"version", 1},
                                         {"event", "queue"},
                                         {"items", 7},
                                         {"completed", 2},
                                         {"arrived", 1300},
                                         {"total", 4000},
-                                        {"unknownSizes", 1}}));
+                                        {"unknownSizes", 1},
+                                        {"paused", true}}));
 }
 
 TEST_F(ReporterTest, AListedItemHasItsPosition) {
@@ -155,9 +156,11 @@ TEST_F(ReporterTest, AListEndsWithTheProgressOfTheWholeQueue) {
   const auto reporter = makeLiveReporter(out, notes, [] { return 80; });
   reporter->listedAll({7, 2, 1'300'000'000, 4'000'000'000, 0});
   reporter->listedAll({7, 2, 0, 0, 1});
+  reporter->listedAll({1, 0, 0, 2000, 0, true});
   EXPECT_EQ(out.str(),
             "2 of 7 complete, 1.3 GB of 4.0 GB\n"
-            "2 of 7 complete, 0 B of 0 B without one film of unknown size\n");
+            "2 of 7 complete, 0 B of 0 B without one film of unknown size\n"
+            "0 of 1 complete, 0 B of 2.0 kB; the queue is paused\n");
 }
 
 TEST_F(ReporterTest, TheLiveLineFollowsTheWidthOfTheWindow) {

@@ -79,8 +79,8 @@ TEST(ProtocolTest, AnAnswerComesBackAsItWent) {
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFinished, film(), {}, "It is odd."});
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kFailed, film(), {}, "", reason});
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kNote, {}, {}, "Hello."});
-  expectSameAfterTheSocket(
-      QueueEvent{.kind = QueueEvent::Kind::kQueue, .queue = {7, 2, 1ULL << 50, 1ULL << 51, 3}});
+  expectSameAfterTheSocket(QueueEvent{.kind = QueueEvent::Kind::kQueue,
+                                      .queue = {7, 2, 1ULL << 50, 1ULL << 51, 3, true}});
   expectSameAfterTheSocket(QueueEvent{.kind = QueueEvent::Kind::kMoved});
   expectSameAfterTheSocket(Reply{.items = {film()}, .progress = {{film().id, progress}}});
   expectSameAfterTheSocket(Reply{.items = {film()}, .isPaused = true});

@@ -96,8 +96,9 @@ ItemState film(DownloadStatusEnumType status, std::uint64_t size, int percent) {
 TEST(QueueProgressTest, CountsItemsWithTheirBytes) {
   const QueueProgress progress = progressOf(
       {film(DownloadStatusCompleted, 3000, 100), film(DownloadStatusDownloading, 2000, 50),
-       film(DownloadStatusFailed, 1000, 20), film(DownloadStatusQueued, 0, 0)});
-  EXPECT_EQ(progress, (QueueProgress{4, 1, 4200, 6000, 1}));
+       film(DownloadStatusFailed, 1000, 20), film(DownloadStatusQueued, 0, 0)},
+      true);
+  EXPECT_EQ(progress, (QueueProgress{4, 1, 4200, 6000, 1, true}));
 }
 
 }  // namespace
