@@ -30,13 +30,15 @@ std::string paceNote(const Progress& progress) {
   return text;
 }
 
-/// "2 of 7 complete, 1.3 GB of 4.0 GB"
+/// "2 of 7 complete, 1.3 GB of 4.0 GB and one film of unknown size"
 std::string sentenceOf(const QueueProgress& queue) {
-  std::string text = std::to_string(queue.completed) + " of " + std::to_string(queue.items) +
-                     " complete, " + formatBytes(queue.arrived) + " of " + formatBytes(queue.total);
-  if (queue.unknownSizes == 1) text += " without one film of unknown size";
-  if (queue.unknownSizes > 1) {
-    text += " without " + std::to_string(queue.unknownSizes) + " films of unknown size";
+  std::string text =
+      std::to_string(queue.completed) + " of " + std::to_string(queue.items) + " complete";
+  const bool isAnyKnown = queue.total > 0;
+  if (isAnyKnown) text += ", " + formatBytes(queue.arrived) + " of " + formatBytes(queue.total);
+  if (queue.unknownSizes > 0) {
+    text += (isAnyKnown ? " and " : ", ") + model::formatCount(queue.unknownSizes, "film") +
+            " of unknown size";
   }
   return queue.isPaused ? text + "; the queue is paused" : text;
 }

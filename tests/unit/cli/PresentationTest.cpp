@@ -42,7 +42,7 @@ TEST_F(PresentationTest, AQueueIsPrintedInItsOrder) {
   printQueue({film(DownloadStatusQueued), film(DownloadStatusFailed)});
   EXPECT_EQ(out_.str(),
             "1. queued 0 % film\n2. failed 0 % film\n"
-            "0 of 2 complete, 0 B of 0 B without 2 films of unknown size\n");
+            "0 of 2 complete, 2 films of unknown size\n");
 }
 
 TEST_F(PresentationTest, AFailedItemIsPrintedWithItsReason) {

@@ -156,10 +156,12 @@ TEST_F(ReporterTest, AListEndsWithTheProgressOfTheWholeQueue) {
   const auto reporter = makeLiveReporter(out, notes, [] { return 80; });
   reporter->listedAll({7, 2, 1'300'000'000, 4'000'000'000, 0});
   reporter->listedAll({7, 2, 0, 0, 1});
+  reporter->listedAll({7, 2, 1000, 2000, 2});
   reporter->listedAll({1, 0, 0, 2000, 0, true});
   EXPECT_EQ(out.str(),
             "2 of 7 complete, 1.3 GB of 4.0 GB\n"
-            "2 of 7 complete, 0 B of 0 B without one film of unknown size\n"
+            "2 of 7 complete, one film of unknown size\n"
+            "2 of 7 complete, 1.0 kB of 2.0 kB and 2 films of unknown size\n"
             "0 of 1 complete, 0 B of 2.0 kB; the queue is paused\n");
 }
 
