@@ -92,6 +92,7 @@ bool GetCommand::addOne(const std::string& input) {
   std::erase_if(reply.notes,
                 [this](const std::string& note) { return !notes_.insert(note).second; });
   present(reply, reporter_);
+  for (const model::ItemState& item : reply.items) own_.insert(item.id);
   return reply.outcome != Reply::Outcome::kWrongUse;
 }
 
@@ -109,12 +110,16 @@ int GetCommand::workUntilDone(int refused) {
     if (reason == WakeReason::kTimeout) service_.watch().measure();
   }
   service_.update();  // what the player said of the last film
-  if (somethingFailed_) return kExitFailed;
+  const auto isLeft = [this](unsigned int id) {
+    return (options_.request.inputs.empty() || own_.contains(id)) && !failed_.contains(id);
+  };
+  noteWhatIsLeft(service_.watch().queue(), isLeft, reporter_);
+  if (!failed_.empty()) return kExitFailed;
   return refused > 0 ? kExitUsage : kExitDone;
 }
 
 void GetCommand::tell(const QueueEvent& event) {
-  if (event.kind == QueueEvent::Kind::kFailed) somethingFailed_ = true;
+  if (event.kind == QueueEvent::Kind::kFailed) failed_.insert(event.item.id);
   present(event, reporter_);
   server_.publish(event);
 }

@@ -39,9 +39,10 @@ class GetCommand {
   session::PlayerSession& session_;
   Reporter& reporter_;
   WakeUp& wakeUp_;
-  bool somethingFailed_ = false;
-  std::set<std::string> notes_;  ///< that have been told of inputs
-  model::QueueProgress told_;    ///< of the whole queue
+  std::set<unsigned int> own_;     ///< items that the inputs have become
+  std::set<unsigned int> failed_;  ///< items that have failed in this run
+  std::set<std::string> notes_;    ///< that have been told of inputs
+  model::QueueProgress told_;      ///< of the whole queue
   session::QueueService service_;
   door::QueueServer server_;
 };

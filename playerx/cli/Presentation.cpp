@@ -37,6 +37,29 @@ int present(const Reply& reply, Reporter& reporter) {
   return static_cast<int>(reply.outcome);
 }
 
+void noteWhatIsLeft(const std::vector<model::ItemState>& queue,
+                    const std::function<bool(unsigned int)>& isMeant, Reporter& reporter) {
+  std::vector<std::string> paused;
+  std::vector<std::string> failed;
+  for (std::size_t i = 0; i < queue.size(); ++i) {
+    if (!isMeant(queue[i].id)) continue;
+    const std::string position = std::to_string(i + 1);
+    if (queue[i].status == DownloadStatusStopped) paused.push_back(position);
+    if (queue[i].status == DownloadStatusFailed) failed.push_back(position);
+  }
+  if (paused.size() == 1) {
+    reporter.note("One film stays paused; `resume " + paused[0] + "` lets it go on.");
+  } else if (!paused.empty()) {
+    reporter.note(std::to_string(paused.size()) + " films stay paused; `resume` lets them go on.");
+  }
+  if (failed.size() == 1) {
+    reporter.note("One film has failed before; `retry " + failed[0] + "` queues it again.");
+  } else if (!failed.empty()) {
+    reporter.note(std::to_string(failed.size()) +
+                  " films have failed before; `retry all` queues them again.");
+  }
+}
+
 QueuePrint::QueuePrint(const session::Places& places, bool isLong, Reporter& reporter)
     : places_(places), isLong_(isLong), reporter_(reporter), reasons_(places.data) {}
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <functional>
+#include <vector>
+
 #include "playerx/app/reasons/ReasonFile.h"
 #include "playerx/app/session/Places.h"
 #include "playerx/app/session/QueueRequest.h"
@@ -13,6 +16,11 @@ void present(const session::QueueEvent& event, Reporter& reporter);
 
 /// Tells the user what became of a request, without its items. Returns the program's exit status.
 int present(const session::Reply& reply, Reporter& reporter);
+
+/// Says which items of a queue a command has left as they were, because they are paused or had
+/// failed before; of those alone for which `isMeant` holds, given their ids.
+void noteWhatIsLeft(const std::vector<model::ItemState>& queue,
+                    const std::function<bool(unsigned int)>& isMeant, Reporter& reporter);
 
 /// Prints a queue of these places, item by item: why its items failed, what is odd about its films,
 /// and with `isLong` their addresses.

@@ -35,7 +35,10 @@ std::optional<int> RemoteGet::run() {
   bool isThere = sendRequests();
   while (isThere) {
     isThere = takeAnswers();
-    if (isDone()) return status();
+    if (isDone()) {
+      tellWhatIsLeft();
+      return status();
+    }
     if (!isThere) break;
     const WakeReason reason = wakeUp_.wait(kSilence, client_.descriptor());
     if (reason == WakeReason::kInterrupt) return interrupted();
@@ -63,7 +66,7 @@ Request RemoteGet::remainder() const {
 }
 
 int RemoteGet::status() const {
-  if (somethingFailed_) return kExitFailed;
+  if (!lost_.empty()) return kExitFailed;
   return somethingRefused_ ? kExitUsage : kExitDone;
 }
 
@@ -133,12 +136,22 @@ void RemoteGet::show(const QueueEvent& event) {
     reporter_.note(event.item.title + " was taken out of the queue.");
   }
   const bool isLost = event.kind == Kind::kFailed || event.kind == Kind::kRemoved;
-  if (isLost && left_.contains(event.item.id)) somethingFailed_ = true;
+  if (isLost && left_.contains(event.item.id)) lost_.insert(event.item.id);
   if (isOutcome(event)) left_.erase(event.item.id);
 }
 
 bool RemoteGet::isDone() const {
   return options_.command == Options::kGet && replies_ >= 2 && left_.empty();
+}
+
+void RemoteGet::tellWhatIsLeft() {
+  const std::optional<Reply> reply = client_.ask({.action = Request::Action::kList}, kSilence);
+  if (!reply) return;
+  const bool isMeantForAll = options_.request.inputs.empty();
+  const auto isLeft = [&](unsigned int id) {
+    return (isMeantForAll || own_.contains(id)) && !lost_.contains(id);
+  };
+  noteWhatIsLeft(reply->items, isLeft, reporter_);
 }
 
 int RemoteGet::interrupted() {

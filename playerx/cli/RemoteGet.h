@@ -41,6 +41,7 @@ class RemoteGet {
   void beginToWait(const session::Reply& reply);
   bool isOwn(const session::QueueEvent& event) const;
   bool isDone() const;
+  void tellWhatIsLeft();
   int interrupted();
 
   const Options& options_;
@@ -54,8 +55,8 @@ class RemoteGet {
   std::vector<session::QueueEvent> early_;  ///< before it was known which films are our own
   std::set<unsigned int> own_;              ///< films that the request was about
   std::map<unsigned int, std::string>
-      left_;  ///< those that have not come yet, with their addresses
-  bool somethingFailed_ = false;
+      left_;                     ///< those that have not come yet, with their addresses
+  std::set<unsigned int> lost_;  ///< those of them that have failed, or left the queue
   bool somethingRefused_ = false;
 };
 

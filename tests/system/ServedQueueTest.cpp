@@ -112,6 +112,15 @@ TEST_F(ServedQueueTest, APausedQueueGoesOnWhenItIsResumed) {
   EXPECT_EQ(first->wait(), 0) << first->errors();
 }
 
+TEST_F(ServedQueueTest, AGetWhoseFilmIsPausedSaysSo) {
+  const auto first = startSlow("a.avi");
+  Process second(home.startOptions({"get", offerSlow("b.avi")}));
+  ASSERT_TRUE(second.waitForOutput("\"added\"")) << second.errors();
+  EXPECT_EQ(home.run({"pause", "2"}).status, 0);
+  EXPECT_EQ(second.wait(), 0) << second.errors();
+  EXPECT_THAT(second.errors(), HasSubstr("One film stays paused; `resume 2` lets it go on."));
+}
+
 TEST_F(ServedQueueTest, RemovingWhatRunsLetsTheNextBegin) {
   const auto first = startSlow("a.avi");
   EXPECT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);

@@ -70,6 +70,34 @@ TEST_F(GetCommandTest, AnEmptyQueueIsDoneAtOnce) {
   EXPECT_THAT(reporter_.lines, IsEmpty());
 }
 
+TEST_F(GetCommandTest, WhatStaysPausedIsSaid) {
+  module_.put("http://h/a.avi", DownloadStatusStopped);
+  EXPECT_EQ(run({}), kExitDone);
+  EXPECT_THAT(reporter_.lines, ElementsAre("One film stays paused; `resume 1` lets it go on."));
+}
+
+TEST_F(GetCommandTest, WhatHadFailedBeforeIsSaid) {
+  module_.put("http://h/a.avi", DownloadStatusFailed);
+  module_.put("http://h/b.avi", DownloadStatusFailed);
+  DownloadItem& film = module_.put("http://h/c.avi");
+  module_.atNextLooks({[] {}, set(film, DownloadStatusFailed)});
+  EXPECT_EQ(run({}), kExitFailed);
+  EXPECT_THAT(
+      reporter_.lines,
+      ElementsAre("failed http_404", "2 films have failed before; `retry all` queues them again."));
+}
+
+TEST_F(GetCommandTest, NothingIsSaidOfFilmsThatWereNotNamed) {
+  module_.put("http://h/a.avi", DownloadStatusStopped);
+  DownloadItem& film = module_.put("http://h/b.avi");
+  module_.atEachLook([&] {
+    const bool isAdded = reporter_.lines.size() == 1;
+    if (isAdded) film.setStatus(DownloadStatusCompleted);
+  });
+  EXPECT_EQ(run({"http://h/b.avi"}), kExitDone);
+  EXPECT_THAT(reporter_.lines, ElementsAre(HasSubstr("is in the queue already"), "finished"));
+}
+
 TEST_F(GetCommandTest, EveryStepOfAFilmIsReported) {
   DownloadItem& film = module_.put("http://h/a.avi");
   module_.atNextLooks(

@@ -60,6 +60,21 @@ TEST_F(PresentationTest, AnEmptyQueueIsSaidToBeEmpty) {
   EXPECT_EQ(notes_.str(), "The queue is empty.\n");
 }
 
+TEST_F(PresentationTest, WhatIsLeftIsNamedWithItsRemedy) {
+  std::vector<model::ItemState> queue = {film(DownloadStatusCompleted), film(DownloadStatusFailed),
+                                         film(DownloadStatusStopped), film(DownloadStatusStopped)};
+  for (unsigned int i = 0; i < queue.size(); ++i) queue[i].id = i + 1;
+  noteWhatIsLeft(
+      queue, [](unsigned int) { return true; }, *reporter_);
+  EXPECT_EQ(notes_.str(),
+            "2 films stay paused; `resume` lets them go on.\n"
+            "One film has failed before; `retry 2` queues it again.\n");
+  notes_.str("");
+  noteWhatIsLeft(
+      queue, [](unsigned int id) { return id == 4; }, *reporter_);
+  EXPECT_EQ(notes_.str(), "One film stays paused; `resume 4` lets it go on.\n");
+}
+
 TEST_F(PresentationTest, TheItemsOfAReplyAreNotPrinted) {
   Reply reply;
   reply.items = {film(DownloadStatusQueued)};
