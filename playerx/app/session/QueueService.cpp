@@ -74,7 +74,10 @@ bool isPaused(const ItemState& item) {
 QueueService::QueueService(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
                            QueueWatch::Listener listener)
     : session_(session),
-      watch_(session, std::move(wake), std::move(probe), std::move(listener)),
+      watch_(session, std::move(wake), std::move(probe),
+             [this, listener = std::move(listener)](const QueueEvent& event) {
+               if (!isHeldAgain(event)) listener(event);
+             }),
       adder_(session, watch_, [this](unsigned int id) { letGoOn(id); }) {
   for (const ItemState& item : watch_.queue()) {
     if (item.status == DownloadStatusStopped) held_.insert(item.id);
@@ -313,6 +316,12 @@ void QueueService::holdAgain() {
     if (!held_.contains(item.id) || !model::isUnfinished(item.status)) continue;
     whileStopped(item, [&] { session_.manager().updateStatus(item.id, DownloadStatusStopped); });
   }
+}
+
+/// Whether an event is about the moment in which the manager has queued an item that is held.
+bool QueueService::isHeldAgain(const QueueEvent& event) const {
+  return event.kind == QueueEvent::Kind::kChanged && held_.contains(event.item.id) &&
+         model::isUnfinished(event.item.status);
 }
 
 Reply QueueService::resume(const ItemState& item) {

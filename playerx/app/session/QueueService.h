@@ -66,14 +66,15 @@ class QueueService {
   std::string whatNext(const std::string& what) const;
   Reply clean(bool dryRun);
   Reply limited(const Request& request) const;
+  bool isHeldAgain(const QueueEvent& event) const;
   std::vector<Leftover> leftovers() const;
   bool isTransferred(const model::ItemState& item) const;
   void whileStopped(const model::ItemState& item, const std::function<void()>& change);
 
   PlayerSession& session_;
+  std::set<unsigned int> held_;  ///< items that wait until they are resumed
   QueueWatch watch_;
   FilmAdder adder_;
-  std::set<unsigned int> held_;  ///< items that wait until they are resumed
   bool mayHaveLeftovers_ = false;
 };
 

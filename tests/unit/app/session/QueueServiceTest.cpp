@@ -33,7 +33,7 @@ class QueueServiceTest : public testing::Test {
           [](const std::string& address, const std::stop_token&) {
             return reasons::ProbeResult{address, {}, "", 404, 5};
           },
-          [](const QueueEvent&) {});
+          [this](const QueueEvent& event) { events_.push_back(event); });
     }
     return *service_;
   }
@@ -50,6 +50,7 @@ class QueueServiceTest : public testing::Test {
 
   FakeSession fake_;
   support::EventLog& log_ = fake_.log;
+  std::vector<QueueEvent> events_;
   std::optional<QueueService> service_;
 };
 
@@ -207,6 +208,7 @@ TEST_F(QueueServiceTest, AnItemThatTheManagerQueuesAgainStaysPaused) {
   item.setStatus(DownloadStatusQueued);
   service().update();
   EXPECT_THAT(log_.lines(), ElementsAre(call("updateStatus", item) + " 5"));
+  EXPECT_THAT(events_, IsEmpty());
   ask(Action::kResume);
   service().update();
   EXPECT_EQ(log_.lines("manager.updateStatus").size(), 1u);
