@@ -89,13 +89,14 @@ TEST_F(QueueServiceTest, OnlyAFailedItemIsRetried) {
   EXPECT_THAT(log_.lines(), ElementsAre(call("retry", item)));
 }
 
-TEST_F(QueueServiceTest, RetryOfAllKeepsTheOrder) {
+TEST_F(QueueServiceTest, RetryOfAllMovesNothing) {
   const DownloadItem& first = fake_.module.put("http://h/a.avi", DownloadStatusFailed);
   fake_.module.put("http://h/b.avi", DownloadStatusCompleted);
   const DownloadItem& last = fake_.module.put("http://h/c.avi", DownloadStatusFailed);
-  EXPECT_EQ(ask(Action::kRetry).outcome, Outcome::kDone);
-  EXPECT_THAT(log_.lines(), ElementsAre(call("retry", last), call("moveToTop", last),
-                                        call("retry", first), call("moveToTop", first)));
+  EXPECT_THAT(ask(Action::kRetry).results,
+              ElementsAre("Queued again: 2 items; `get` downloads them."));
+  EXPECT_THAT(log_.lines(),
+              ElementsAre(call("updateStatus", first) + " 1", call("updateStatus", last) + " 1"));
 }
 
 TEST_F(QueueServiceTest, EachDirectionIsAMoveOfItsOwn) {
