@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <QTimer>
 #include <algorithm>
 #include <map>
 #include <utility>
@@ -16,6 +17,9 @@ namespace {
 
 /// How long the end of the server waits for a visitor to read what was sent to it.
 constexpr int kFarewellMilliseconds = 1000;
+
+/// How often the door is looked at: it may have closed by itself.
+constexpr int kLookMilliseconds = 1000;
 
 /// Visitors that the system lets wait until they are looked at.
 constexpr int kMostWaiting = 1024;
@@ -41,8 +45,14 @@ class DoorServer::Porter : public QObject {
     listener_->setSocketOptions(QLocalServer::UserAccessOption);
     listener_->setListenBacklogSize(kMostWaiting);
     QObject::connect(listener_.get(), &QLocalServer::newConnection, this, [this] { greet(); });
-    QLocalServer::removeServer(path);
-    return listener_->listen(path) ? QString() : listener_->errorString();
+    if (!open(path)) return listener_->errorString();
+    look_ = std::make_unique<QTimer>();
+    QObject::connect(look_.get(), &QTimer::timeout, this, [this, path] {
+      // It closes when the system has no descriptor for a visitor, and does not say so.
+      if (!listener_->isListening()) open(path);
+    });
+    look_->start(kLookMilliseconds);
+    return {};
   }
 
   void send(Visitor visitor, const QByteArray& line) {
@@ -55,6 +65,7 @@ class DoorServer::Porter : public QObject {
   }
 
   void close() {
+    look_.reset();
     listener_.reset();
     for (const auto& [visitor, socket] : std::exchange(sockets_, {})) {
       socket->disconnect(this);
@@ -66,6 +77,11 @@ class DoorServer::Porter : public QObject {
   }
 
  private:
+  bool open(const QString& path) {
+    QLocalServer::removeServer(path);
+    return listener_->listen(path);
+  }
+
   void greet() {
     while (QLocalSocket* const socket = listener_->nextPendingConnection()) {
       socket->setParent(nullptr);
@@ -119,6 +135,7 @@ class DoorServer::Porter : public QObject {
   const QByteArray greeting_;
   const QByteArray refusal_;
   std::unique_ptr<QLocalServer> listener_;
+  std::unique_ptr<QTimer> look_;
   std::map<Visitor, QLocalSocket*> sockets_;
   Visitor lastVisitor_ = 0;
 };

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -11,6 +12,7 @@
 #include "playerx/app/door/DoorClient.h"
 #include "playerx/app/door/DoorPath.h"
 #include "playerx/app/door/DoorServer.h"
+#include "playerx/platform/Descriptor.h"
 #include "tests/support/Gate.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/WaitFor.h"
@@ -22,6 +24,13 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kPatience = 10s;
+
+sockaddr_un addressOf(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  return address;
+}
 
 class DoorTest : public ::testing::Test {
  protected:
@@ -128,6 +137,37 @@ TEST_F(DoorTest, MoreVisitorsThanThereIsRoomForAreTurnedAway) {
       support::waitFor([&] { return DoorClient().connect(path(), kPatience) == "welcome"; }));
 }
 
+/// Takes from this process the descriptors that it does not have yet. Lives on one thread.
+class NoMoreDescriptors {
+ public:
+  NoMoreDescriptors() {
+    ::getrlimit(RLIMIT_NOFILE, &before_);
+    const int next = ::dup(0);
+    rlimit none = before_;
+    none.rlim_cur = static_cast<rlim_t>(next);
+    ::close(next);
+    ::setrlimit(RLIMIT_NOFILE, &none);
+  }
+  ~NoMoreDescriptors() { ::setrlimit(RLIMIT_NOFILE, &before_); }
+  NoMoreDescriptors(const NoMoreDescriptors&) = delete;
+  NoMoreDescriptors& operator=(const NoMoreDescriptors&) = delete;
+
+ private:
+  rlimit before_{};
+};
+
+TEST_F(DoorTest, ADoorThatClosesForWantOfDescriptorsOpensAgain) {
+  const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+  const sockaddr_un address = addressOf(path());
+  {
+    const NoMoreDescriptors none;
+    ASSERT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+              0);
+    EXPECT_TRUE(support::waitFor([&] { return !std::filesystem::exists(path()); }));
+  }
+  EXPECT_TRUE(support::waitFor([&] { return DoorClient().connect(path(), 1s) == "welcome"; }));
+}
+
 TEST_F(DoorTest, WhatWasSentIsReadAfterTheServersEnd) {
   const auto client = visit();
   client->send("hello");
@@ -147,10 +187,8 @@ TEST_F(DoorTest, TheSocketIsItsOwnersAlone) {
 TEST_F(DoorTest, ASocketLeftByADeadProcessIsReplaced) {
   const std::string left = folder_.path().string() + "/left";
   const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  left.copy(address.sun_path, sizeof address.sun_path - 1);
-  ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  const sockaddr_un address = addressOf(left);
+  ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
   ::close(socket);
   EXPECT_EQ(DoorClient().connect(left, kPatience), std::nullopt);
   DoorServer server("again", "", [] {});
