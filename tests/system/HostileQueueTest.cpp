@@ -54,6 +54,12 @@ TEST_F(HostileQueueTest, AnEmptyQueueFileIsSetAside) {
   expectDownloadsAllTheSame();
 }
 
+TEST_F(HostileQueueTest, AQueueThatAKilledPlayerSetAsideIsSaidOnce) {
+  support::writeFile(home.queueFile().string() + ".unreadable", "precious");
+  EXPECT_THAT(home.run({"get"}).errors, testing::HasSubstr("set aside as "));
+  EXPECT_EQ(home.run({"get"}).errors, "");
+}
+
 TEST_F(HostileQueueTest, ATornQueueFileIsSetAside) {
   const std::string torn =
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue><DownloadItem title=\"precious";

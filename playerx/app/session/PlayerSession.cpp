@@ -164,6 +164,7 @@ std::string PlayerSession::loadManager() {
 
 void PlayerSession::close() {
   if (manager_) pruneFilmOptions();
+  if (filmOptions_) saved_->noteAllTold();
   if (manager_) manager().setViewInterface(nullptr);
   transfers_.reset();
   settings_.reset();

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iterator>
 #include <memory>
+#include <sstream>
 #include <system_error>
 
 #include "VeskPlayerX/DownloadManagerInterface.h"
@@ -21,6 +22,7 @@
 #include "playerx/platform/FileSync.h"
 #include "playerx/platform/HiddenFile.h"
 #include "playerx/platform/NativePath.h"
+#include "playerx/platform/SmallFile.h"
 
 namespace playerx::session {
 
@@ -32,6 +34,9 @@ namespace {
 constexpr char kQueueFile[] = "downloadmanager.xml";
 constexpr char kLegacyFile[] = "DownloadQueue.dlq";
 constexpr char kUnreadableMark[] = ".unreadable";
+
+/// Names the files set aside of which the user has been told, one a line.
+constexpr char kToldFile[] = "set-aside.txt";
 
 /// Bytes that the next change may add to the file.
 constexpr std::size_t kRoomToGrow = 4096;
@@ -105,7 +110,7 @@ int copyContent(const std::string& from, const std::string& to) {
 }  // namespace
 
 SavedQueue::SavedQueue(const std::string& folder)
-    : folder_(folder), file_(folder + "/" + kQueueFile), setAsideBefore_(unreadableFiles()) {}
+    : folder_(folder), file_(folder + "/" + kQueueFile), told_(filesTold()) {}
 
 std::string SavedQueue::readProblem() const {
   for (const char* const name : {kQueueFile, kLegacyFile}) {
@@ -211,9 +216,32 @@ int SavedQueue::tryToReplace() const {
 std::vector<std::string> SavedQueue::filesSetAside() const {
   const std::set<std::string> now = unreadableFiles();
   std::vector<std::string> added;
-  std::set_difference(now.begin(), now.end(), setAsideBefore_.begin(), setAsideBefore_.end(),
+  std::set_difference(now.begin(), now.end(), told_.begin(), told_.end(),
                       std::back_inserter(added));
   return added;
+}
+
+void SavedQueue::noteAllTold() const {
+  const std::string record = folder_ + "/" + kToldFile;
+  std::string lines;
+  for (const std::string& file : unreadableFiles()) lines += file + '\n';
+  if (lines == readSmallFile(record)) return;
+  std::error_code error;
+  if (lines.empty()) {
+    std::filesystem::remove(record, error);
+  } else {
+    replaceSmallFile(record, lines);
+  }
+}
+
+/// Without files that have gone: another one may be set aside under the name of theirs.
+std::set<std::string> SavedQueue::filesTold() const {
+  std::set<std::string> files = unreadableFiles();
+  std::set<std::string> told;
+  std::istringstream lines(readSmallFile(folder_ + "/" + kToldFile));
+  for (std::string line; std::getline(lines, line);) told.insert(line);
+  std::erase_if(files, [&told](const std::string& file) { return !told.contains(file); });
+  return files;
 }
 
 std::set<std::string> SavedQueue::unreadableFiles() const {

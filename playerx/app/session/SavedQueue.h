@@ -55,20 +55,26 @@ class SavedQueue {
   std::string unsavedChanges(VeskPlayerX::DownloadManagerInterface& manager,
                              VeskPlayerX::QueueReaderInterface& reader) const;
 
-  /// Paths of the files that the manager has set aside as unreadable since this object was built.
+  /// Paths of the files that the manager has set aside as unreadable, now or in an earlier run, and
+  /// of which the user has not been told.
   std::vector<std::string> filesSetAside() const;
+
+  /// Notes, in a file beside the queue, that the user has been told of all files set aside. To be
+  /// called at the end of a run: one that is cut off may not have told it.
+  void noteAllTold() const;
 
   /// Whether any such file lies in the folder, from whatever time.
   bool hasFileSetAside() const { return !unreadableFiles().empty(); }
 
  private:
   std::set<std::string> unreadableFiles() const;
+  std::set<std::string> filesTold() const;
   int tryToReplace() const;
   int saveError() const;
 
   const std::string folder_;
   const std::string file_;
-  const std::set<std::string> setAsideBefore_;
+  const std::set<std::string> told_;  ///< files set aside that the user knows of
 };
 
 }  // namespace playerx::session

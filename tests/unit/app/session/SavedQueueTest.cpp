@@ -18,6 +18,7 @@ const char kOneItem[] =
 TEST(SavedQueueTest, AFileOfNoBytesIsSetAside) {
   const support::TempDir folder;
   folder.write("downloadmanager.xml.unreadable", "older");
+  SavedQueue(folder.path()).noteAllTold();
   folder.write("downloadmanager.xml", "");
   const SavedQueue saved(folder.path());
   saved.setAsideEmptyFile();
@@ -147,13 +148,25 @@ TEST_F(SavingTest, LinksInACircleHoldNothing) {
   EXPECT_THAT(unsaved(), testing::HasSubstr("Too many levels"));
 }
 
-TEST(SavedQueueTest, OnlyFilesSetAsideSinceTheStartAreNamed) {
+TEST(SavedQueueTest, AFileSetAsideIsNamedUntilTheUserHasBeenTold) {
   const support::TempDir folder;
-  folder.write("downloadmanager.xml.unreadable", "x");
+  const std::filesystem::path first = folder.write("downloadmanager.xml.unreadable", "x");
+  EXPECT_EQ(SavedQueue(folder.path()).filesSetAside(), std::vector<std::string>{first});
+  SavedQueue(folder.path()).noteAllTold();
   const SavedQueue saved(folder.path());
   EXPECT_TRUE(saved.filesSetAside().empty());
-  const std::filesystem::path next = folder.write("downloadmanager.xml.unreadable2", "x");
+  const std::filesystem::path next = folder.write("downloadmanager.xml.unreadable.2", "x");
   EXPECT_EQ(saved.filesSetAside(), std::vector<std::string>{next});
+}
+
+TEST(SavedQueueTest, AFileSetAsideUnderAnOldNameIsNamedAnew) {
+  const support::TempDir folder;
+  const std::filesystem::path file = folder.write("downloadmanager.xml.unreadable", "x");
+  SavedQueue(folder.path()).noteAllTold();
+  std::filesystem::remove(file);
+  SavedQueue(folder.path()).noteAllTold();
+  folder.write("downloadmanager.xml.unreadable", "y");
+  EXPECT_EQ(SavedQueue(folder.path()).filesSetAside(), std::vector<std::string>{file});
 }
 
 }  // namespace
