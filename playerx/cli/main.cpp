@@ -74,7 +74,7 @@ int run(const Options& options, bool hasHome) {
   StandardOutput output(options.diagnostics ? StandardOutput::Diagnostics::kToStandardError
                                             : StandardOutput::Diagnostics::kDropped);
   const std::unique_ptr<Reporter> reporter = makeReporter(options, output);
-  std::string problem = session::dataFolderProblem(options.session.dataFolder);
+  std::string problem = session::folderProblem(options.session);
   if (problem.empty() && !hasHome) {
     problem = missingHomeProblem(options.session, std::getenv("XDG_DATA_HOME"));
   }

@@ -139,6 +139,15 @@ TEST_F(FailureTest, ADataFolderThatCannotBeUsedIsSaid) {
   EXPECT_THAT(result.errors, HasSubstr("is not a folder"));
 }
 
+TEST_F(FailureTest, AFolderThatIsNotNamedInUtf8IsSaid) {
+  const support::TempDir folder;
+  const std::filesystem::path data = folder / "\xFF";
+  const PlayerResult result = home.run({"--data", data, "add", "http://127.0.0.1/a.avi"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.errors, HasSubstr("the name is not text in UTF-8"));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
 TEST_F(FailureTest, ASizeThatIsNoneIsNoLackOfSpace) {
   ScriptedServer server;
   server.always(Script::answer("HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\n"));

@@ -6,11 +6,13 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <cstdlib>
+#include <utility>
 
 #include "KPX/KPXPreferences.h"
 #include "KPX/OSUtilities.h"
 #include "playerx/platform/MoviesFolder.h"
 #include "playerx/platform/NativePath.h"
+#include "playerx/platform/Text.h"
 #include "playerx/settings/Folders.h"
 #include "playerx/settings/PreferenceKeys.h"
 #include "playerx/settings/PreferenceOverrides.h"
@@ -82,10 +84,16 @@ std::string missingHomeProblem(const SessionOptions& options, const char* dataHo
          missing + ".";
 }
 
-std::string dataFolderProblem(const std::string& dataFolder) {
+std::string folderProblem(const SessionOptions& options) {
   namespace fs = std::filesystem;
-  if (dataFolder.empty()) return {};
-  const fs::path folder = absolute(dataFolder).toStdString();
+  const std::pair<const char*, std::string> named[] = {{"--data", options.dataFolder},
+                                                       {"--media", options.mediaFolder}};
+  for (const auto& [option, name] : named) {
+    if (!decodeUtf8(name).malformed) continue;
+    return std::string(option) + " cannot be " + name + ": the name is not text in UTF-8.";
+  }
+  if (options.dataFolder.empty()) return {};
+  const fs::path folder = absolute(options.dataFolder).toStdString();
   std::error_code error;
   const fs::path existing = nearestExisting(folder);
   if (!fs::is_directory(existing, error)) {

@@ -43,8 +43,9 @@ bool setHome();
 /// name all. `dataHome` is XDG_DATA_HOME, which may be null.
 std::string missingHomeProblem(const SessionOptions& options, const char* dataHome);
 
-/// Why `dataFolder`, as the options name it, is no folder and cannot become one, in one sentence;
-/// empty when it can be used or none is named. Creates nothing.
-std::string dataFolderProblem(const std::string& dataFolder);
+/// Why a folder that the options name cannot be used, in one sentence: its name is not text in
+/// UTF-8, or the data folder is no folder and cannot become one. Empty when all can be used.
+/// Creates nothing.
+std::string folderProblem(const SessionOptions& options);
 
 }  // namespace playerx::session

@@ -18,6 +18,17 @@ TEST(PlacesTest, TheRootOfAllFilesIsNobodysHome) {
   EXPECT_EQ(homeFolder(nullptr, nullptr), std::nullopt);
 }
 
+TEST(PlacesTest, AFolderThatIsNotNamedInUtf8IsRefused) {
+  SessionOptions options;
+  options.dataFolder = "/tmp/\xE9t\xE9";
+  EXPECT_EQ(folderProblem(options),
+            "--data cannot be /tmp/\xE9t\xE9: the name is not text in UTF-8.");
+  options.dataFolder = "/tmp/\xC3\xA9t\xC3\xA9";
+  EXPECT_EQ(folderProblem(options), "");
+  options.mediaFolder = "\xFF";
+  EXPECT_EQ(folderProblem(options), "--media cannot be \xFF: the name is not text in UTF-8.");
+}
+
 TEST(PlacesTest, WhatIsMissingIsAskedFor) {
   const std::string start =
       "There is no home folder: HOME is not set, and the account has none; name the folders with ";
