@@ -22,9 +22,10 @@ void PlayerPlugin::openMedia(const QString& location) {
   const std::optional<QStringList> program = playerProgram(command_, location);
   const long long pid = program ? startProgram(*program) : 0;
   if (pid == 0) {
-    return withMessages([](UserMessages& messages) {
-      messages.tellUser("No player program could be started; name one with --player.");
-    });
+    const QString sentence = programName(command_) +
+                             " could not be started; install it, or name another program with "
+                             "--player.";
+    return withMessages([&](UserMessages& messages) { messages.tellUser(sentence.toStdString()); });
   }
   {
     const GuardLock lock(mutex_);

@@ -13,10 +13,15 @@ constexpr char kDefaultProgram[] = "mpv";
 
 }  // namespace
 
+QString programName(const QString& command) {
+  const QStringList parts = QProcess::splitCommand(command);
+  return parts.isEmpty() ? QString(kDefaultProgram) : parts.first();
+}
+
 std::optional<QStringList> playerProgram(const QString& command, const QString& location) {
   QStringList parts = QProcess::splitCommand(command);
   const bool isDefault = parts.isEmpty();
-  if (isDefault) parts = {kDefaultProgram};
+  if (isDefault) parts = {programName(command)};
   const QString found = QStandardPaths::findExecutable(parts.first());
   if (found.isEmpty()) return std::nullopt;
   parts.first() = found;

@@ -11,6 +11,9 @@ namespace playerx {
 /// for an option. Nullopt when the program cannot be found.
 std::optional<QStringList> playerProgram(const QString& command, const QString& location);
 
+/// The first word of `command`; the default program's name without one.
+QString programName(const QString& command);
+
 /// Starts it in a session of its own, so that a Ctrl-C in the terminal does not reach it. Returns
 /// its process id, 0 on failure.
 long long startProgram(const QStringList& program);

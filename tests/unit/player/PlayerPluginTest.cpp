@@ -69,8 +69,10 @@ TEST_F(PlayerPluginTest, MediaIsOpenedInTheUsersProgramThatIsNamed) {
 }
 
 TEST_F(PlayerPluginTest, AMissingProgramIsSaid) {
-  playerOf("no-such-player-program")->openMedia("/films/a.avi");
-  EXPECT_THAT(messages.sentences, ElementsAre(HasSubstr("--player")));
+  playerOf("no-such-player-program -x")->openMedia("/films/a.avi");
+  EXPECT_THAT(messages.sentences,
+              ElementsAre("no-such-player-program could not be started; install it, or name "
+                          "another program with --player."));
 }
 
 TEST_F(PlayerPluginTest, TheMediaIdIsThatOfTheAddressWhileTheProgramRuns) {
