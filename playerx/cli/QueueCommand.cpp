@@ -172,7 +172,7 @@ int watch(const Options& options, PlayerSession& session, Reporter& reporter, Wa
   QueueClient client;
   switch (client.connect(session.places().data, kLongestList)) {
     case QueueClient::Met::kNobody:
-      reporter.note("Nothing is being downloaded; `get` begins.");
+      reporter.note("Nothing is being downloaded; `get` starts a download.");
       return kExitDone;
     case QueueClient::Met::kBusy:
     case QueueClient::Met::kStranger:

@@ -193,7 +193,8 @@ Reply QueueService::limited(const Request& request) const {
   }
   if (!request.rateLimit) return failed("The request names no limit.");
   if (*request.rateLimit == 0) return done("There is no limit of the rate any more.");
-  return done("At most " + model::formatBytes(*request.rateLimit) + " per second from now on.");
+  return done("At most " + std::to_string(*request.rateLimit) + " bytes (" +
+              model::formatBytes(*request.rateLimit) + ") per second from now on.");
 }
 
 Reply QueueService::editItem(const Request& request, const ItemState& item) {

@@ -143,6 +143,14 @@ TEST_F(QueueServiceTest, ClearDropsWhatIsComplete) {
   EXPECT_EQ(log_.lines("manager.clearCompletedDownloads").size(), 3u);
 }
 
+TEST_F(QueueServiceTest, ALimitIsSaidInBytes) {
+  fake_.session().start();
+  EXPECT_THAT(service().handle({.action = Action::kLimit, .rateLimit = 20 * 1024}).results,
+              ElementsAre("At most 20480 bytes (20.5 kB) per second from now on."));
+  EXPECT_THAT(service().handle({.action = Action::kLimit, .rateLimit = 0}).results,
+              ElementsAre("There is no limit of the rate any more."));
+}
+
 TEST_F(QueueServiceTest, APauseSaysHowItEnds) {
   fake_.session().start();
   fake_.module.put("http://h/a.avi");
