@@ -72,7 +72,9 @@ class LineReporter : public Reporter {
     out_ << listing.position << ". " << model::statusWord(item.status) << ' ' << item.percent
          << " % " << nameOf(item) << sizeNote(item) << paceNote(listing.progress);
     if (!item.provider.empty()) out_ << ", " << printable(item.provider);
-    if (!item.path.empty()) out_ << " -> " << printable(item.path);
+    // A film that has failed is not at the place that was chosen for it.
+    const bool hasPlace = !item.path.empty() && item.status != DownloadStatusFailed;
+    if (hasPlace) out_ << " -> " << printable(item.path);
     if (listing.reason) out_ << "\n   " << printable(listing.reason->sentence());
     if (!listing.oddity.empty()) out_ << "\n   " << printable(listing.oddity);
     if (listing.isLong && !item.url.empty()) out_ << "\n   " << printable(item.url);

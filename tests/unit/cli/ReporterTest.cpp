@@ -148,7 +148,7 @@ TEST_F(ReporterTest, AListedItemSaysWhyItFailedWithItsAddressWhenAsked) {
                 .oddity = "It is odd.",
                 .isLong = true});
   EXPECT_EQ(out.str(),
-            "1. failed 0 % Film (2.0 MB), h -> /m/film.avi\n"
+            "1. failed 0 % Film (2.0 MB), h\n"
             "   It is not there.\n   It is odd.\n   http://h/film.avi\n");
 }
 
