@@ -20,6 +20,9 @@ constexpr std::size_t kWidestBar = 24;
 constexpr std::size_t kNarrowestBar = 8;
 constexpr std::size_t kLeastOfTitle = 10;
 
+/// The bar leaves that much of a title.
+constexpr std::size_t kTitleBesideBar = 30;
+
 std::string bytesPart(const ItemState& item, const Progress& progress) {
   if (item.size == 0) return progress.arrived ? formatBytes(*progress.arrived) : "";
   const std::string size = formatBytes(item.size);
@@ -38,14 +41,15 @@ std::string speedPart(const ItemState& item, const Progress& progress) {
 }
 
 std::string timePart(const ItemState& item, const Progress& progress) {
-  if (item.status != DownloadStatusDownloading || progress.silentSeconds > 0) return "";
+  const bool isArriving = item.status == DownloadStatusDownloading && item.percent < 100;
+  if (!isArriving || progress.silentSeconds > 0) return "";
   return progress.secondsLeft ? model::formatDuration(*progress.secondsLeft) + " left"
                               : "time left unknown";
 }
 
 std::string queuePart(const QueueProgress& queue) {
   if (queue.items < 2) return "";
-  return std::to_string(queue.completed) + " of " + std::to_string(queue.items);
+  return std::to_string(queue.completed) + " of " + std::to_string(queue.items) + " films";
 }
 
 std::string percentPart(int percent) {
@@ -80,7 +84,8 @@ std::string liveLine(const ItemState& item, const Progress& progress, const Queu
   for (const std::string* part : {&bytes, &speed, &time, &total}) {
     if (!part->empty()) numbers += std::string(kGap, ' ') + *part;
   }
-  const std::size_t used = taken + columnsOf(numbers) + kGap;
+  const std::size_t besideBar = kGap + std::min(columnsOf(title), kTitleBesideBar);
+  const std::size_t used = percent.size() + columnsOf(numbers) + besideBar + kGap;
   const std::size_t bar = columns > used ? std::min(columns - used, kWidestBar) : 0;
   std::string line = percent;
   if (bar >= kNarrowestBar) {

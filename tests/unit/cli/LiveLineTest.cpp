@@ -32,7 +32,20 @@ TEST_F(LiveLineTest, AWideTerminalShowsEverything) {
   queue_ = {7, 2, 0, 0, 0};
   EXPECT_EQ(line(120),
             " 42 %  [#########             ]  294.0 MB of 700.0 MB  5.2 MB/s  1 min 18 s left  "
-            "2 of 7  Film");
+            "2 of 7 films  Film");
+}
+
+TEST_F(LiveLineTest, ATitleIsNotCutForTheSakeOfTheBar) {
+  item_.title = "counting-to-a-million.mkv";
+  EXPECT_THAT(line(84), testing::EndsWith("  counting-to-a-million.mkv"));
+  EXPECT_THAT(line(84), testing::Not(HasSubstr("#")));
+  EXPECT_THAT(line(120), HasSubstr("#"));
+}
+
+TEST_F(LiveLineTest, AFilmThatIsWholeHasNoTimeLeft) {
+  item_.percent = 100;
+  progress_.secondsLeft.reset();
+  EXPECT_THAT(line(120), testing::Not(HasSubstr("left")));
 }
 
 TEST_F(LiveLineTest, EveryWidthKeepsThePercentageOnOneLine) {
