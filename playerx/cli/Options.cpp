@@ -26,13 +26,19 @@ constexpr int kMostItems = 1'000'000;
 void addGlobalOptions(CLI::App& app, Options& options) {
   app.option_defaults()->take_last();
   app.add_option("--data", options.session.dataFolder,
-                 "Folder of the queue and of unfinished files");
-  app.add_option("--media", options.session.mediaFolder, "Folder that receives the films");
+                 "Folder of the queue and of unfinished files")
+      ->type_name("DIR");
+  app.add_option("--media", options.session.mediaFolder, "Folder that receives the films")
+      ->type_name("DIR");
+  // Without their descriptions, which the help would print behind the types.
   app.add_option("--cacert", options.session.caFile, "PEM file of certificate authorities to trust")
-      ->check(CLI::ExistingFile);
-  app.add_option("--services", options.session.services, "Address of the online services");
+      ->check(CLI::ExistingFile.description(""))
+      ->type_name("FILE");
+  app.add_option("--services", options.session.services, "Address of the online services")
+      ->type_name("ADDRESS");
   app.add_option("--plugins", options.session.pluginFolder, "Folder of the plug-ins")
-      ->check(CLI::ExistingDirectory);
+      ->check(CLI::ExistingDirectory.description(""))
+      ->type_name("DIR");
   app.add_flag("--diagnostics", options.diagnostics,
                "Print the module's own diagnostics on standard error");
   app.add_flag("-q,--quiet", options.quiet, "Print failures and advice alone, no progress");
@@ -66,13 +72,19 @@ std::string nameOf(const std::string& text) {
 
 /// Arguments and options of the commands that add films.
 void addInputs(CLI::App& command, Options& options) {
-  command.add_option("input", options.request.inputs,
-                     "Addresses (http, https) or ticket files (.tix)");
-  command.add_option("-i,--input-file", options.inputFile,
-                     "List of more of them, one a line; - for standard input");
-  command.add_option_function<std::string>(
-      "-o,--output", [&options](const std::string& text) { options.request.name = nameOf(text); },
-      "File name of the film, for one address");
+  command
+      .add_option("input", options.request.inputs, "Addresses (http, https) or ticket files (.tix)")
+      ->type_name("");
+  command
+      .add_option("-i,--input-file", options.inputFile,
+                  "List of more of them, one a line; - for standard input")
+      ->type_name("FILE");
+  command
+      .add_option_function<std::string>(
+          "-o,--output",
+          [&options](const std::string& text) { options.request.name = nameOf(text); },
+          "File name of the film, for one address")
+      ->type_name("NAME");
   command.add_flag("--again", options.request.again, "Fetch anew what is there already");
   addTransferOptions(command, options.request);
 }
@@ -81,7 +93,8 @@ void addGet(CLI::App& app, Options& options) {
   CLI::App* get = app.add_subcommand("get", "Add films, then download until nothing is left");
   addInputs(*get, options);
   get->add_flag("--play", options.request.plays, "Play each film as soon as enough of it is there");
-  get->add_option("--player", options.session.player, "Program that plays; mpv unless told");
+  get->add_option("--player", options.session.player, "Program that plays; mpv unless told")
+      ->type_name("PROGRAM");
   get->callback([&options] {
     options.command = Options::kGet;
     options.request.action = Action::kAdd;
@@ -91,7 +104,7 @@ void addGet(CLI::App& app, Options& options) {
 /// A required argument; `take` reads it.
 void addArgument(CLI::App& command, const char* name, const char* help,
                  const std::function<void(const std::string&)>& take) {
-  command.add_option_function<std::string>(name, take, help)->required();
+  command.add_option_function<std::string>(name, take, help)->required()->type_name("");
 }
 
 /// A command that is a request to the queue.
@@ -113,12 +126,14 @@ void addPosition(CLI::App& command, Options& options) {
 
 /// A position, or all items.
 CLI::Option* addPositionOrAll(CLI::App& command, Options& options) {
-  return command.add_option_function<std::string>(
-      "N",
-      [&options](const std::string& text) {
-        options.request.position = text == "all" ? 0 : positionOf(text);
-      },
-      "Position as `list` prints it, or all");
+  return command
+      .add_option_function<std::string>(
+          "N",
+          [&options](const std::string& text) {
+            options.request.position = text == "all" ? 0 : positionOf(text);
+          },
+          "Position as `list` prints it, or all")
+      ->type_name("");
 }
 
 void addEdits(CLI::App& app, Options& options) {
@@ -166,7 +181,9 @@ void addQueueCommands(CLI::App& app, Options& options) {
 
 void addExplain(CLI::App& app, Options& options) {
   CLI::App* explain = app.add_subcommand("explain", "Say what a ticket would download");
-  explain->add_option("ticket", options.request.inputs, "Ticket files (.tix)")->required();
+  explain->add_option("ticket", options.request.inputs, "Ticket files (.tix)")
+      ->required()
+      ->type_name("");
   explain->callback([&options] { options.command = Options::kExplain; });
 }
 
@@ -292,8 +309,12 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
   for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
     command->footer(
         "`playerx-cli help` shows the options that all commands have, those of the folders too.");
+    command->group("Commands");
   }
-  app.footer("Films are files that end in .vesk, .xvid, .avi or .mkv.");
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.footer(
+      "`playerx-cli help COMMAND` shows what a command takes. The address of a film ends in .vesk, "
+      ".xvid, .avi or .mkv; a ticket may name any file.");
   app.set_version_flag("--version", "playerx-cli " PLAYERX_VERSION, "Print the version");
   if (const CLI::App* subject = subjectOfHelp(app, argc, argv)) {
     std::cout << subject->help(subject == &app ? "" : app.get_name()) << std::flush;

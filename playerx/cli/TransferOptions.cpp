@@ -85,10 +85,10 @@ void takeChecksum(const std::string& text, FilmOptions& options) {
   options.hasChecksumFile = asksForFile;
 }
 
-/// An option whose value `take` reads.
-CLI::Option* addText(CLI::App& command, const char* name, const char* help,
-                     const std::function<void(const std::string&)>& take) {
-  return command.add_option_function<std::string>(name, take, help);
+/// An option whose value, of which the help says the type, `take` reads.
+void addText(CLI::App& command, const char* name, const char* type, const char* help,
+             const std::function<void(const std::string&)>& take) {
+  command.add_option_function<std::string>(name, take, help)->type_name(type);
 }
 
 }  // namespace
@@ -115,27 +115,28 @@ std::uint64_t rateOf(const std::string& text) {
 }
 
 void addRateLimit(CLI::App& command, Request& request) {
-  addText(command, "--limit-rate", "Most bytes per second of all films (500K, 2M, none)",
+  addText(command, "--limit-rate", "RATE", "Most bytes per second of all films (500K, 2M, none)",
           [&request](const std::string& text) { request.rateLimit = rateOf(text); });
 }
 
 void addTransferOptions(CLI::App& command, Request& request) {
   addRateLimit(command, request);
   FilmOptions& options = request.options;
-  addText(command, "--tries", "Tries in a row without progress; 0 or inf for no limit",
+  addText(command, "--tries", "N", "Tries in a row without progress; 0 or inf for no limit",
           [&options](const std::string& text) { options.tries = triesOf(text); });
-  addText(command, "--timeout",
+  addText(command, "--timeout", "SECONDS",
           "Seconds to connect, and without a byte, that end a try of the film itself",
           [&options](const std::string& text) { options.timeout = timeoutOf(text); });
-  addText(command, "--checksum",
+  addText(command, "--checksum", "SUM",
           "sha-256=DIGITS that the film must have; sha-256 for those of FILM.sha256 beside it",
           [&options](const std::string& text) { takeChecksum(text, options); });
   command.add_flag_callback(
       "--netrc", [&options] { options.netrcFile = netrcOfUser(); },
       "Take user names and passwords from ~/.netrc");
-  addText(command, "--netrc-file", "Take them from this file", [&options](const std::string& text) {
-    options.netrcFile = checked(absolute(text), inputs::faultOfNetrcFile);
-  });
+  addText(command, "--netrc-file", "FILE", "Take them from this file",
+          [&options](const std::string& text) {
+            options.netrcFile = checked(absolute(text), inputs::faultOfNetrcFile);
+          });
   // Not joined: each is one header.
   command
       .add_option_function<std::vector<std::string>>(
@@ -148,11 +149,13 @@ void addTransferOptions(CLI::App& command, Request& request) {
           "Further header of the requests, \"Name: value\"; may be repeated")
       ->take_all()
       ->expected(1)
+      ->type_name("LINE")
       ->allow_extra_args(false);
-  addText(command, "--referer", "Page that names the film", [&options](const std::string& text) {
-    options.referer = checked(text, inputs::faultOfReferer);
-  });
-  addText(command, "--cookie-jar", "Read cookies from this file, and keep them there",
+  addText(command, "--referer", "ADDRESS", "Page that names the film",
+          [&options](const std::string& text) {
+            options.referer = checked(text, inputs::faultOfReferer);
+          });
+  addText(command, "--cookie-jar", "FILE", "Read cookies from this file, and keep them there",
           [&options](const std::string& text) {
             options.cookieFile = checked(absolute(text), inputs::faultOfCookieFile);
           });

@@ -151,6 +151,17 @@ TEST(OptionsTest, HelpIsAlsoAWord) {
   EXPECT_NE(unknown.errors.find("There is no command \"nonsense\""), std::string::npos);
 }
 
+TEST(OptionsTest, TheHelpNamesValuesByWhatTheyAre) {
+  for (const std::string& help : {parse({"--help"}).output, parse({"get", "--help"}).output,
+                                  parse({"move", "--help"}).output}) {
+    EXPECT_EQ(help.find("TEXT"), std::string::npos) << help;
+  }
+  const std::string help = parse({"--help"}).output;
+  EXPECT_NE(help.find("[OPTIONS] COMMAND\n"), std::string::npos) << help;
+  EXPECT_NE(help.find("--cacert FILE "), std::string::npos) << help;
+  EXPECT_NE(help.find("--plugins DIR "), std::string::npos) << help;
+}
+
 TEST(OptionsTest, TheHelpOfACommandNamesThatOfAll) {
   EXPECT_NE(parse({"get", "--help"}).output.find("`playerx-cli help` shows"), std::string::npos);
 }

@@ -180,7 +180,7 @@ TEST(CommandLinePage, EachCommandOfTheProgramIsInThePage) {
   const std::string page = support::readFile(kDocs / "cli.md");
   const std::string help = helpOf({});
   const std::regex command("\n  ([a-z]+) {2,}[A-Z]");
-  const std::string commands = help.substr(help.find("Subcommands:"));
+  const std::string commands = help.substr(help.find("Commands:"));
   for (std::sregex_iterator match(commands.begin(), commands.end(), command), end; match != end;
        ++match) {
     EXPECT_THAT(page, testing::ContainsRegex("\n[|][^|]*`" + (*match)[1].str() + "`"));
