@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "VeskPlayerX/DownloadManagerInterface.h"
+#include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
 #include "playerx/app/inputs/TicketFile.h"
 #include "playerx/platform/Text.h"
@@ -21,6 +22,18 @@ AddResult refused(reasons::Explanation explanation) {
   return {AddResult::kRefused, std::move(explanation)};
 }
 
+/// The name of an address's file without its escapes, as people read it; empty, so that the manager
+/// takes the name as it stands, when there are none or they stand for what is no printable text.
+std::wstring readableTitle(const std::wstring& address) {
+  const std::wstring name = kvpm::PathTools::getFileName(address);
+  const QByteArray bytes = QByteArray::fromPercentEncoding(QString::fromStdWString(name).toUtf8());
+  const WideText title = decodeUtf8({bytes.data(), static_cast<std::size_t>(bytes.size())});
+  const bool isPrintable =
+      !title.malformed && std::all_of(title.characters.begin(), title.characters.end(),
+                                      [](wchar_t c) { return c >= L' '; });
+  return isPrintable && title.characters != name ? title.characters : L"";
+}
+
 AddResult addAddress(const std::string& address, DownloadManagerInterface& manager,
                      const std::vector<model::ItemState>& queue) {
   if (const auto reason = refusalOfAddress(address)) return refused(reasons::explain(*reason));
@@ -28,7 +41,8 @@ AddResult addAddress(const std::string& address, DownloadManagerInterface& manag
     return item.url == address && model::isUnfinished(item.status);
   });
   if (isQueued) return {AddResult::kAlreadyQueued};
-  const bool isAdded = manager.add(StringTools::stringToWString(address), L"", L"") != nullptr;
+  const std::wstring wide = StringTools::stringToWString(address);
+  const bool isAdded = manager.add(wide, readableTitle(wide), L"") != nullptr;
   return isAdded ? AddResult{} : refused(reasons::explain(Reason::kUnsupportedType));
 }
 

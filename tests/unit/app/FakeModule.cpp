@@ -24,7 +24,10 @@ DownloadItem& FakeModule::put(const std::string& url, DownloadStatusEnumType sta
 FakeModule::Item* FakeModule::add(const std::wstring& url, const std::wstring& title,
                                   const std::wstring& provider) {
   FakeManager::add(url, title, provider);
-  return url.ends_with(L".avi") ? &put(StringTools::wStringToString(url)) : nullptr;
+  if (!url.ends_with(L".avi")) return nullptr;
+  DownloadItem& item = put(StringTools::wStringToString(url));
+  if (!title.empty()) item.setTitle(title);
+  return &item;
 }
 
 std::vector<FakeModule::Item*> FakeModule::addTicket(const std::wstring& ticketPath, bool) {

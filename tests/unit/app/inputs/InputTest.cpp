@@ -69,6 +69,18 @@ TEST_F(AddInputTest, AnAddressIsHandedToTheManager) {
   EXPECT_THAT(log_.lines(), ElementsAre("manager.add http://h/a.avi"));
 }
 
+TEST_F(AddInputTest, ATitleIsReadWithoutEscapes) {
+  const auto titleOf = [this](const std::string& address) {
+    add(address);
+    return module_.all().back()->getTitle();
+  };
+  EXPECT_EQ(titleOf("http://h/game%20of%20life.avi"), L"game of life.avi");
+  EXPECT_EQ(titleOf("http://h/%C3%A9t%C3%A9.avi"), L"\u00E9t\u00E9.avi");
+  EXPECT_EQ(titleOf("http://h/plain.avi"), L"film");  // left to the manager
+  EXPECT_EQ(titleOf("http://h/%FF.avi"), L"film");
+  EXPECT_EQ(titleOf("http://h/%0Aa.avi"), L"film");
+}
+
 TEST_F(AddInputTest, WhiteSpaceAroundAnAddressIsDropped) {
   EXPECT_EQ(add(" \thttp://h/a.avi \r\n").outcome, AddResult::kAdded);
   EXPECT_THAT(log_.lines(), ElementsAre("manager.add http://h/a.avi"));
