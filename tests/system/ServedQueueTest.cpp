@@ -161,6 +161,25 @@ TEST_F(ServedQueueTest, WhatIsLeftOfALostQueueIsNamedBeforeItIsCleaned) {
   EXPECT_THAT(home.partials(), IsEmpty());
 }
 
+TEST_F(ServedQueueTest, WhatIsLeftOfALostQueueGoesWithTheNextGet) {
+  const auto first = startSlow("a.avi");
+  first->send(SIGKILL);
+  first->wait();
+  EXPECT_THAT(home.partials(), testing::Not(IsEmpty()));
+  std::filesystem::remove(home.queueFile());
+  EXPECT_EQ(home.run({"get", offerQuick("b.avi")}).status, 0);
+  EXPECT_THAT(home.partials(), IsEmpty());
+}
+
+TEST_F(ServedQueueTest, WhatHasFailedIsRetriedBesideWhatRuns) {
+  Process first(home.startOptions({"get", quick.url("/late.avi"), offerSlow("a.avi")}));
+  ASSERT_TRUE(first.waitForOutput("\"percent\":1")) << first.errors();
+  offerQuick("late.avi");
+  EXPECT_EQ(home.run({"retry", "all"}).status, 0);
+  EXPECT_EQ(first.wait(), 1) << "it has failed once";
+  EXPECT_THAT(home.films(), ElementsAre("a.avi", "late.avi"));
+}
+
 TEST_F(ServedQueueTest, WatchShowsWhatAnotherDownloads) {
   const auto first = startSlow("a.avi");
   const PlayerResult watch = home.run({"watch"});

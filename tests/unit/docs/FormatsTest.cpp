@@ -176,6 +176,13 @@ TEST(CommandLinePage, EachOptionOfTheProgramIsInThePage) {
   }
 }
 
+TEST(CommandLinePage, TheFileTypesAreInTheReadme) {
+  const std::string readme = support::readFile(kDocs / "../README.md");
+  for (const char* type : {"`.vesk`", "`.xvid`", "`.avi`", "`.mkv`"}) {
+    EXPECT_THAT(readme, HasSubstr(type));
+  }
+}
+
 TEST(CommandLinePage, EachCommandOfTheProgramIsInThePage) {
   const std::string page = support::readFile(kDocs / "cli.md");
   const std::string help = helpOf({});

@@ -2,11 +2,15 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/un.h>
+#include <unistd.h>
 
 #include <QLocalSocket>
+#include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "playerx/app/door/DoorClient.h"
@@ -182,6 +186,26 @@ TEST_F(DoorTest, TheSocketIsItsOwnersAlone) {
   struct stat status {};
   ASSERT_EQ(::stat(path().c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & (S_IRWXG | S_IRWXO), 0u);
+}
+
+TEST_F(DoorTest, AnotherUserIsTurnedAway) {
+  // Root alone can become another user; everybody else's visitor is the owner, and is let in.
+  const bool isRoot = ::geteuid() == 0;
+  ::chmod(folder_.path().c_str(), 0777);
+  ::chmod(path().c_str(), 0777);
+  const sockaddr_un address = addressOf(path());
+  std::string heard(16, '\0');
+  std::jthread visitor([&] {
+    // The call itself, because setresuid(2) of the library is for all threads.
+    if (isRoot) ::syscall(SYS_setresuid, -1, 65534, -1);
+    const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+    EXPECT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+              0);
+    const auto count = ::recv(socket.get(), heard.data(), heard.size(), 0);
+    heard.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+  });
+  visitor.join();
+  EXPECT_EQ(heard, isRoot ? "" : "welcome\n");
 }
 
 TEST_F(DoorTest, ASocketLeftByADeadProcessIsReplaced) {
