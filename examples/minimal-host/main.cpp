@@ -1,14 +1,17 @@
-// A whole host of the download manager: downloads what it is given, says what happens, exits with 0
-// when every film is there. Needs the headers of the development package and the libraries behind
-// them, nothing else of the player.
+// A whole host of the download manager: downloads what it is given and what its queue still holds,
+// says what happens, exits with 0 when all films of this run are there. Needs the headers of the
+// development package and the libraries behind them, nothing else of the player.
 
 #include <dlfcn.h>
 
 #include <QCoreApplication>
-#include <condition_variable>
+#include <algorithm>
+#include <atomic>
 #include <iostream>
 #include <list>
 #include <mutex>
+#include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,12 +31,11 @@ using VeskPlayerX::DownloadItemInterface;
 using VeskPlayerX::DownloadManagerInterface;
 
 std::string utf8(const std::wstring& text) { return kvpm::StringTools::wStringToString(text); }
+void say(const std::wstring& text) { std::cerr << utf8(text) + '\n'; }
 
 /// The plug-ins of this host. Each is loaded when it is first wanted, and stays until the end.
 class Plugins : public KPIM::Context {
  public:
-  Plugins(const Plugins&) = delete;
-  Plugins() = default;
   ~Plugins() override { shutdown(); }
 
   void add(KPIM::PluginInfo info, std::string library) {
@@ -45,8 +47,7 @@ class Plugins : public KPIM::Context {
                                       KPIM::Plugin** out) override {
     // Re-entrant: a plug-in may ask for others while it is made.
     const std::lock_guard lock(mutex_);
-    Entry* best = find(filter, selector, true);
-    if (best == nullptr && mayLoad) best = find(filter, selector, false);
+    Entry* const best = find(filter, selector, mayLoad);
     if (best == nullptr) return KPIM::kNoSuchPlugin;
     if (best->plugin == nullptr && !load(*best)) return KPIM::kLoadFailed;
     best->plugin->kpimRetain();
@@ -76,10 +77,10 @@ class Plugins : public KPIM::Context {
     KPIM::Plugin* plugin = nullptr;  // with the reference of its creation
   };
 
-  Entry* find(const PluginFilter& filter, const PluginInfoSelector& selector, bool isLoaded) {
+  Entry* find(const PluginFilter& filter, const PluginInfoSelector& selector, bool mayLoad) {
     Entry* best = nullptr;
     for (Entry& entry : entries_) {
-      if ((entry.plugin != nullptr) != isLoaded || !filter.accepts(entry.info)) continue;
+      if ((entry.plugin == nullptr && !mayLoad) || !filter.accepts(entry.info)) continue;
       if (best == nullptr || selector.less(best->info, entry.info)) best = &entry;
     }
     return best;
@@ -108,9 +109,8 @@ class View : public VeskPlayerX::DownloadManagerViewInterface {
  public:
   /// Waits for a change that no earlier call has returned for.
   void waitForChange() {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return hasChanged_; });
-    hasChanged_ = false;
+    changes_.wait(seen_);
+    seen_ = changes_;
   }
 
   void downloadListChanged() override { wake(); }
@@ -119,48 +119,50 @@ class View : public VeskPlayerX::DownloadManagerViewInterface {
   bool keepsRunningWhenFinished() override { return true; }
   int chooseSlot(const std::wstring&, const VeskDrmDownloadAuthorization&) override { return -1; }
   void showAuthorizationError(const VeskDrmDownloadAuthorization& answer) override {
-    std::cerr << "not authorised: " + utf8(answer.errorDetails) + '\n';
+    say(L"not authorised: " + answer.errorDetails);
   }
-  void notEnoughSpace(const std::wstring& path) override {
-    std::cerr << "no space at " + utf8(path) + '\n';
-  }
-  void downloadUrlFailed(const std::wstring& url) override {
-    std::cerr << "cannot start " + utf8(url) + '\n';
-  }
-  void downloadBroken(const std::wstring& path) override {
-    std::cerr << "broken: " + utf8(path) + '\n';
-  }
+  void notEnoughSpace(const std::wstring& path) override { say(L"no space at " + path); }
+  void downloadUrlFailed(const std::wstring& url) override { say(L"cannot start " + url); }
+  void downloadBroken(const std::wstring& path) override { say(L"broken: " + path); }
   void refreshItem(unsigned int) override { wake(); }
 
  private:
   void wake() {
-    {
-      const std::lock_guard lock(mutex_);
-      hasChanged_ = true;
-    }
-    changed_.notify_one();
+    ++changes_;
+    changes_.notify_one();
   }
 
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool hasChanged_ = false;
+  std::atomic<unsigned int> changes_ = 0;
+  unsigned int seen_ = 0;  // of them, by the main thread
 };
 
-/// Whether all items are complete or failed. Items of the queue itself belong to other threads too;
-/// a copy does not.
-bool isFinished(DownloadManagerInterface& downloads, bool& succeeded) {
+bool hasEnded(const DownloadItemInterface& item) {
+  return item.getStatus() == DownloadStatusCompleted || item.getStatus() == DownloadStatusFailed;
+}
+
+/// Items of the queue itself belong to other threads too; a copy does not.
+template <class Use>
+void forEachCopy(DownloadManagerInterface& downloads, Use use) {
   std::vector<DownloadItemInterface*>* const copy = downloads.getCopyofQueue();
-  bool finished = true;
-  succeeded = true;
-  for (const DownloadItemInterface* item : *copy) {
-    std::cout << utf8(item->getTitle()) << ": " << item->getPercentDownloaded() << " %, status "
-              << item->getStatus() << ", " << utf8(item->getPath()) << std::endl;
-    succeeded = succeeded && item->getStatus() == DownloadStatusCompleted;
-    finished = finished && (item->getStatus() == DownloadStatusCompleted ||
-                            item->getStatus() == DownloadStatusFailed);
-  }
+  for (const DownloadItemInterface* item : *copy) use(*item);
   downloads.deleteCopyOfQueue(copy);
-  return finished;
+}
+
+/// Prints what was not printed yet. Returns whether all films are there once all have ended.
+std::optional<bool> print(DownloadManagerInterface& downloads, std::set<std::string>& printed) {
+  constexpr const char* kWords[] = {"paused",  "queued", "starting", "downloading", "completed",
+                                    "stopped", "failed", "held",     "unknown"};
+  bool allEnded = true;
+  bool succeeded = true;
+  forEachCopy(downloads, [&](const DownloadItemInterface& item) {
+    const std::string line =
+        utf8(item.getTitle()) + ": " + kWords[std::min<std::size_t>(item.getStatus(), 8)] + ", " +
+        std::to_string(item.getPercentDownloaded()) + " %, " + utf8(item.getPath());
+    if (printed.insert(line).second) std::cout << line << std::endl;
+    allEnded = allEnded && hasEnded(item);
+    succeeded = succeeded && item.getStatus() == DownloadStatusCompleted;
+  });
+  return allEnded ? std::optional(succeeded) : std::nullopt;
 }
 
 }  // namespace
@@ -168,7 +170,7 @@ bool isFinished(DownloadManagerInterface& downloads, bool& succeeded) {
 int main(int count, char** arguments) {
   QCoreApplication application(count, arguments);
   QCoreApplication::setOrganizationName("Vesk");  // the data folder and the preferences
-  QCoreApplication::setApplicationName("MinimalHost");
+  QCoreApplication::setApplicationName(HOST_NAME);
 
   View view;  // outlives the manager
   Plugins plugins;
@@ -180,14 +182,18 @@ int main(int count, char** arguments) {
   if (manager == nullptr) return 2;
   DownloadManagerInterface& downloads = *manager->get();
   downloads.setViewInterface(&view);
-  for (const QString& url : QCoreApplication::arguments().mid(1)) {
-    if (downloads.add(url.toStdWString(), L"", L"") == nullptr) {
-      std::cerr << "not a film: " << url.toStdString() << '\n';
-    }
+  // What ended in an earlier run is that run's affair.
+  forEachCopy(downloads, [&downloads](const DownloadItemInterface& item) {
+    if (hasEnded(item)) downloads.remove(item.getId());
+  });
+  for (const QString& argument : QCoreApplication::arguments().mid(1)) {
+    const std::wstring url = argument.toStdWString();
+    if (downloads.add(url, L"", L"") == nullptr) say(L"not a film: " + url);
   }
-  bool succeeded = false;
-  while (!isFinished(downloads, succeeded)) view.waitForChange();
+  std::set<std::string> printed;
+  std::optional<bool> succeeded;
+  while (!(succeeded = print(downloads, printed))) view.waitForChange();
   downloads.setViewInterface(nullptr);
   plugins.shutdown();
-  return succeeded ? 0 : 1;
+  return *succeeded ? 0 : 1;
 }

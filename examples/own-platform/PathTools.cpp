@@ -92,7 +92,7 @@ bool PathTools::moveFile(const std::wstring& from, const std::wstring& to) {
 bool PathTools::deleteFile(const std::wstring& path) { return ::unlink(native(path).c_str()) == 0; }
 
 std::wstring PathTools::getVeskMoviesFolder() {
-  return QStandardPaths::writableLocation(QStandardPaths::MoviesLocation).toStdWString();
+  return QStandardPaths::writableLocation(QStandardPaths::MoviesLocation).toStdWString() + L"/Vesk";
 }
 
 std::uint64_t PathTools::getSpaceAvailable(const std::wstring& directory) {
