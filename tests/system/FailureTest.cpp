@@ -116,7 +116,7 @@ TEST_F(FailureTest, PeopleReadOneSentencePerFailure) {
 }
 
 TEST_F(FailureTest, AnUnsupportedTypeIsRefusedAtOnce) {
-  const PlayerResult result = home.run({"get", "http://127.0.0.1/film.mp4"});
+  const PlayerResult result = home.run({"get", "http://127.0.0.1/film.txt"});
   EXPECT_EQ(result.status, 2);
   ASSERT_EQ(result.events("refused").size(), 1u);
   EXPECT_EQ(result.events("refused")[0]["reason"]["code"], "unsupported_type");

@@ -146,9 +146,9 @@ TEST_F(GetCommandTest, AFilmOfAnotherLengthIsSaidWithItsOutcome) {
 
 TEST_F(GetCommandTest, NothingButRefusedInputsIsWrongUsage) {
   module_.put("http://h/waiting.avi");
-  EXPECT_EQ(run({"film.avi", "http://h/a.mp4"}), kExitUsage);
+  EXPECT_EQ(run({"film.avi", "http://h/a.txt"}), kExitUsage);
   EXPECT_THAT(reporter_.lines, ElementsAre("refused film.avi unsupported_url",
-                                           "refused http://h/a.mp4 unsupported_type"));
+                                           "refused http://h/a.txt unsupported_type"));
 }
 
 TEST_F(GetCommandTest, ARefusedInputLeavesTheOthersAlone) {

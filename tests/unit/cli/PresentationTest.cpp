@@ -97,9 +97,9 @@ TEST_F(PresentationTest, WhatWasDoneIsTheOutput) {
 
 TEST_F(PresentationTest, ARefusedInputIsWrongUse) {
   const reasons::Explanation reason = reasons::explain(reasons::Reason::kUnsupportedType);
-  const Reply reply{Reply::Outcome::kWrongUse, {}, {{"http://h/a.mp4", reason}}};
+  const Reply reply{Reply::Outcome::kWrongUse, {}, {{"http://h/a.txt", reason}}};
   EXPECT_EQ(tell(reply), kExitUsage);
-  EXPECT_THAT(notes_.str(), HasSubstr("http://h/a.mp4: "));
+  EXPECT_THAT(notes_.str(), HasSubstr("http://h/a.txt: "));
 }
 
 }  // namespace

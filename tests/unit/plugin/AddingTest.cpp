@@ -25,7 +25,7 @@ TEST_F(AddingTest, AddingAnnouncesTheListTwiceThenTheAdding) {
 
 TEST_F(AddingTest, AnUnsupportedTypeIsNullAndChangesNothing) {
   begin("A1");
-  EXPECT_EQ(manager().add(L"http://films.example/dir/movie.mp4", L"", L""), nullptr);
+  EXPECT_EQ(manager().add(L"http://films.example/dir/movie.txt", L"", L""), nullptr);
   EXPECT_EQ(queue(), "A1");
   EXPECT_TRUE(log_.lines().empty());
   EXPECT_FALSE(isWritten());

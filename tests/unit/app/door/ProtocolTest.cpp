@@ -71,7 +71,7 @@ TEST(ProtocolTest, AnAnswerComesBackAsItWent) {
   const reasons::Explanation reason = reasons::explain(reasons::Reason::kUnsupportedType);
   expectSameAfterTheSocket(Reply{});
   expectSameAfterTheSocket(
-      Reply{Reply::Outcome::kWrongUse, {"One."}, {{"http://h/a.mp4", reason}}, {film()}});
+      Reply{Reply::Outcome::kWrongUse, {"One."}, {{"http://h/a.txt", reason}}, {film()}});
   expectSameAfterTheSocket(Reply{.results = {"Removed: a film."}});
   expectSameAfterTheSocket(QueueEvent{QueueEvent::Kind::kChanged, film()});
   const model::Progress progress{1ULL << 50, 5000, 7, 3, true, "/partial/a"};

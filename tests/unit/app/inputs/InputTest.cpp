@@ -101,7 +101,7 @@ TEST_F(AddInputTest, AnAddressThatWaitsAlreadyIsNotAddedAgain) {
 }
 
 TEST_F(AddInputTest, WhatTheManagerDoesNotTakeIsRefused) {
-  EXPECT_EQ(refusalOf("http://h/a.mp4"), "unsupported_type");
+  EXPECT_EQ(refusalOf("http://h/a.txt"), "unsupported_type");
   EXPECT_EQ(refusalOf("film.avi"), "unsupported_url");
 }
 

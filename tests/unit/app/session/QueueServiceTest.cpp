@@ -231,7 +231,7 @@ TEST_F(QueueServiceTest, AnAddedAddressIsLeftToBeFetched) {
 }
 
 TEST_F(QueueServiceTest, ARefusedInputIsNamedWithItsReason) {
-  const Reply reply = add("http://h/a.mp4");
+  const Reply reply = add("http://h/a.txt");
   EXPECT_EQ(reply.outcome, Outcome::kWrongUse);
   ASSERT_EQ(reply.refused.size(), 1u);
   EXPECT_EQ(reply.refused[0].reason.code(), "unsupported_type");
