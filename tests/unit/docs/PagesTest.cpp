@@ -103,6 +103,24 @@ TEST(PagesTest, EachPartOfTheHouseIsAFileOfTheSources) {
   for (const std::string& part : parts) EXPECT_TRUE(names.contains(part)) << part;
 }
 
+TEST(PagesTest, EachPlaceThatNamesTheTypesOfFilmsNamesThemAll) {
+  const std::string source = textOf(kProject / "plugin/NewDownload.cpp");
+  const std::size_t list = source.find("kSupportedTypes{");
+  ASSERT_NE(list, std::string::npos);
+  const std::string types = source.substr(list, source.find(';', list) - list);
+  const std::regex type("\"([.][a-z0-9]+)\"");
+  EXPECT_GT(std::distance(std::sregex_iterator(types.begin(), types.end(), type), {}), 3);
+  for (const char* place :
+       {"README.md", "docs/json-output.md", "host/VeskPlayerX/DownloadManagerInterface.h",
+        "plugin/NewDownload.h", "playerx/app/reasons/Reason.cpp", "playerx/cli/Options.cpp"}) {
+    const std::string text = textOf(kProject / place);
+    for (std::sregex_iterator match(types.begin(), types.end(), type), end; match != end; ++match) {
+      const std::string each = (*match)[1];
+      EXPECT_NE(text.find(each), std::string::npos) << each << " is missing in " << place;
+    }
+  }
+}
+
 /// All sources of the tests in one text.
 std::string testSources() {
   std::string text;
