@@ -7,6 +7,7 @@
 #include <QString>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <regex>
 #include <string>
 #include <vector>
@@ -15,25 +16,35 @@
 #include "kvpm/StringTools.h"
 #include "persistence/DownloadManagerPersistence.h"
 #include "persistence/TicketParser.h"
+#include "playerx/app/door/Protocol.h"
 #include "playerx/cli/Options.h"
 #include "tests/support/TempDir.h"
 
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 const std::filesystem::path kDocs = VESK_PROJECT "/docs";
 
+/// What `expression` finds in a text: of each match the group of this number.
+std::vector<std::string> findAll(const std::string& text, const std::string& expression,
+                                 int group = 1) {
+  std::vector<std::string> found;
+  const std::regex pattern(expression);
+  for (std::sregex_iterator match(text.begin(), text.end(), pattern), end; match != end; ++match) {
+    found.push_back((*match)[static_cast<std::size_t>(group)]);
+  }
+  return found;
+}
+
+/// Whether a page holds these words; it is too long to be printed by a failure.
+bool holds(const std::string& page, const std::string& words) {
+  return page.find(words) != std::string::npos;
+}
+
 /// The code blocks of a page, in its order, without the line that opens and the one that closes.
 std::vector<std::string> blocksOf(const std::string& page) {
-  const std::string text = support::readFile(kDocs / page);
-  const std::regex block("```[a-z]*\n([^`]*)```");
-  std::vector<std::string> blocks;
-  for (std::sregex_iterator match(text.begin(), text.end(), block), end; match != end; ++match) {
-    blocks.push_back((*match)[1]);
-  }
-  return blocks;
+  return findAll(support::readFile(kDocs / page), "```[a-z]*\n([^`]*)```");
 }
 
 /// Items that a reader of files has found; deletes them.
@@ -106,11 +117,11 @@ TEST_F(FormatsTest, TheQueueOfThePageHasTheFieldsThatThePageNames) {
 TEST_F(FormatsTest, EachAttributeThatIsWrittenIsInTheTableOfThePage) {
   const std::string page = support::readFile(kDocs / "queue-file.md");
   const std::string file = written(queueOf(blocksOf("queue-file.md").at(0)));
-  const std::regex attribute(" ([A-Za-z]+)=\"");
-  const std::string first = file.substr(file.find("<DownloadItem"));
-  for (std::sregex_iterator match(first.begin(), first.end(), attribute), end; match != end;
-       ++match) {
-    EXPECT_THAT(page, HasSubstr("\n| `" + (*match)[1].str() + "` |"));
+  const std::vector<std::string> attributes =
+      findAll(file.substr(file.find("<DownloadItem")), " ([A-Za-z]+)=\"");
+  EXPECT_GT(attributes.size(), 10U);
+  for (const std::string& attribute : attributes) {
+    EXPECT_TRUE(holds(page, "\n| `" + attribute + "` |")) << attribute;
   }
 }
 
@@ -138,7 +149,7 @@ std::string helpOf(std::vector<const char*> arguments) {
   return testing::internal::GetCapturedStdout();
 }
 
-bool isUnderstood(const std::string& line) {
+std::optional<playerx::cli::Options> parse(const std::string& line) {
   std::vector<std::string> words;
   for (const QString& word : QProcess::splitCommand(QString::fromStdString(line))) {
     words.push_back(word.toStdString());
@@ -146,33 +157,51 @@ bool isUnderstood(const std::string& line) {
   std::vector<const char*> arguments;
   for (const std::string& word : words) arguments.push_back(word.c_str());
   int status = -1;
-  return playerx::cli::parseOptions(static_cast<int>(arguments.size()), arguments.data(), &status)
-      .has_value();
+  return playerx::cli::parseOptions(static_cast<int>(arguments.size()), arguments.data(), &status);
+}
+
+/// The command lines in the code blocks of a page.
+std::vector<std::string> commandLinesOf(const std::string& page) {
+  std::vector<std::string> lines;
+  for (const std::string& block : blocksOf(page)) {
+    for (std::string& line : findAll(block, "playerx-cli [^#\n]*", 0)) lines.push_back(line);
+  }
+  return lines;
+}
+
+/// The names of all commands.
+std::vector<std::string> commands() {
+  const std::string help = helpOf({});
+  return findAll(help.substr(help.find("Subcommands:")), "\n  ([a-z]+) {2,}[A-Z]");
 }
 
 TEST(CommandLinePage, EachCommandOfAPageIsUnderstood) {
   for (const char* page : {"cli.md", "../README.md"}) {
-    int commands = 0;
-    for (const std::string& block : blocksOf(page)) {
-      const std::regex command("playerx-cli [^#\n]*");
-      for (std::sregex_iterator match(block.begin(), block.end(), command), end; match != end;
-           ++match, ++commands) {
-        EXPECT_TRUE(isUnderstood(match->str())) << match->str();
-      }
+    const std::vector<std::string> lines = commandLinesOf(page);
+    EXPECT_GT(lines.size(), 3U) << page;
+    for (const std::string& line : lines) EXPECT_TRUE(parse(line)) << line;
+  }
+}
+
+TEST(CommandLinePage, EachCommandIsTakenByAProcessThatHasTheQueueAsItWasGiven) {
+  const std::string page = support::readFile(kDocs / "queue-protocol.md");
+  for (const std::string& line : commandLinesOf("cli.md")) {
+    const auto options = parse(line);
+    if (!options || options->command != playerx::cli::Options::kRequest) continue;
+    const QByteArray sent = playerx::door::write(options->request);
+    EXPECT_EQ(playerx::door::readRequest(sent), options->request) << line;
+    for (const std::string& word : findAll(sent.toStdString(), "\"action\":\"([a-z]+)\"")) {
+      EXPECT_TRUE(holds(page, "`" + word + "`")) << word;
     }
-    EXPECT_GT(commands, 3) << page;
   }
 }
 
 TEST(CommandLinePage, EachOptionOfTheProgramIsInThePage) {
   const std::string page = support::readFile(kDocs / "cli.md");
-  const std::regex option("(--[a-z][a-z-]*)");
-  for (const std::string& help : {helpOf({}), helpOf({"get"}), helpOf({"add"}), helpOf({"list"}),
-                                  helpOf({"remove"}), helpOf({"clean"})}) {
-    EXPECT_FALSE(help.empty());
-    for (std::sregex_iterator match(help.begin(), help.end(), option), end; match != end; ++match) {
-      EXPECT_THAT(page, HasSubstr("`" + (*match)[1].str()));
-    }
+  std::string help = helpOf({});
+  for (const std::string& command : commands()) help += helpOf({command.c_str()});
+  for (const std::string& option : findAll(help, "(--[a-z][a-z-]*)")) {
+    EXPECT_TRUE(holds(page, "`" + option)) << option;
   }
 }
 
@@ -183,14 +212,13 @@ TEST(CommandLinePage, TheFileTypesAreInTheReadme) {
   }
 }
 
-TEST(CommandLinePage, EachCommandOfTheProgramIsInThePage) {
+TEST(CommandLinePage, EachCommandOfTheProgramIsInThePageWithAnExample) {
   const std::string page = support::readFile(kDocs / "cli.md");
-  const std::string help = helpOf({});
-  const std::regex command("\n  ([a-z]+) {2,}[A-Z]");
-  const std::string commands = help.substr(help.find("Commands:"));
-  for (std::sregex_iterator match(commands.begin(), commands.end(), command), end; match != end;
-       ++match) {
-    EXPECT_THAT(page, testing::ContainsRegex("\n[|][^|]*`" + (*match)[1].str() + "`"));
+  EXPECT_GT(commands().size(), 10U);
+  for (const std::string& command : commands()) {
+    EXPECT_FALSE(findAll(page, "\n[|]([^|]*`" + command + "`)").empty()) << command;
+    EXPECT_FALSE(findAll(page, "\nplayerx-cli ((--[a-z]+ )*" + command + ")").empty())
+        << "no example of " << command;
   }
 }
 
