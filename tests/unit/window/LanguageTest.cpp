@@ -3,8 +3,10 @@
 #include <QFile>
 #include <QMenu>
 #include <QMenuBar>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
+#include <QTemporaryDir>
 #include <QXmlStreamReader>
 
 #include "playerx/window/actions/ActionSet.h"
@@ -23,8 +25,10 @@ struct Message {
   bool isUnfinished = false;
 };
 
-QList<Message> messagesOf(const char* name) {
-  QFile file(QStringLiteral(TRANSLATIONS "/") + QString::fromLatin1(name));
+const QString kTranslations = QStringLiteral(TRANSLATIONS "/");
+
+QList<Message> messagesOf(const QString& name, const QString& folder = kTranslations) {
+  QFile file(folder + name);
   EXPECT_TRUE(file.open(QIODevice::ReadOnly));
   QXmlStreamReader reader(&file);
   QList<Message> messages;
@@ -52,7 +56,7 @@ QStringList placesIn(const QString& text) {
 
 TEST(LanguageTest, EveryTextIsTranslatedWithThePlacesOfItsSource) {
   for (const char* const name : {"playerx_de.ts", "playerx_en.ts", "reasons_de.ts"}) {
-    const QList<Message> messages = messagesOf(name);
+    const QList<Message> messages = messagesOf(QString::fromLatin1(name));
     EXPECT_GT(messages.size(), 8);
     for (const Message& message : messages) {
       const std::string source = message.source.toStdString();
@@ -66,9 +70,26 @@ TEST(LanguageTest, EveryTextIsTranslatedWithThePlacesOfItsSource) {
   }
 }
 
+TEST(LanguageTest, EveryTextOfTheSourcesIsInTheTranslation) {
+  const QTemporaryDir folder;
+  const QString name = QStringLiteral("playerx_de.ts");
+  const QString copy = folder.filePath(name);
+  ASSERT_TRUE(QFile::copy(kTranslations + name, copy));
+  const QString root = kTranslations + QStringLiteral("../../..");
+  ASSERT_EQ(QProcess::execute(QStringLiteral(LUPDATE), {"-silent", "-locations", "none", "-I", root,
+                                                        kTranslations + "..", "-ts", copy}),
+            0);
+  const QList<Message> messages = messagesOf(copy, {});
+  EXPECT_EQ(messages.size(), messagesOf(name).size()) << "run " TRANSLATIONS "/update";
+  for (const Message& message : messages) {
+    EXPECT_FALSE(message.isUnfinished) << message.source.toStdString();
+  }
+}
+
 TEST(LanguageTest, EveryReasonIsTranslatedAndNothingElse) {
   QSet<QString> translated = {QStringLiteral("{words}")};  // those of the online services
-  for (const Message& message : messagesOf("reasons_de.ts")) translated.insert(message.source);
+  for (const Message& message : messagesOf(QStringLiteral("reasons_de.ts")))
+    translated.insert(message.source);
   QSet<QString> forms;
   for (const std::string& form : reasons::sentenceForms()) forms << QString::fromStdString(form);
   EXPECT_EQ(translated, forms);
