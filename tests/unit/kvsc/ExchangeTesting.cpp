@@ -54,6 +54,14 @@ int GoneDialer::dial(const std::string&, const std::string&, kvsc::Waiter&) {
   return ends[0];
 }
 
+std::string CollectingUtility::collected() const {
+  int length = 0;
+  unsigned char* const bytes = getBuffer(&length);
+  const std::string text(reinterpret_cast<char*>(bytes), static_cast<std::size_t>(length));
+  release(bytes);
+  return text;
+}
+
 Exchange::Exchange() {
   client_.setHeaderCallback(keepLine);
   client_.setBodyCallback(keepPiece);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kvsc/Dialer.h"
+#include "kvsc/HttpUtilityVirtual.h"
 #include "kvsc/SSLClient.h"
 #include "tests/support/ScriptedServer.h"
 
@@ -25,6 +26,18 @@ struct Received {
 class GoneDialer : public kvsc::Dialer {
  public:
   int dial(const std::string& host, const std::string& port, kvsc::Waiter& waiter) override;
+};
+
+/// A caller's utility that only collects what is written to it.
+class CollectingUtility : public kvsc::HttpUtilityVirtual {
+ public:
+  kvsc::HttpErrorIds get(const std::string&) override { return kvsc::HTTP_ERROR_NONE; }
+  kvsc::HttpErrorIds post(const std::string&, const std::string&) override {
+    return kvsc::HTTP_ERROR_NONE;
+  }
+  std::string parseResponse(const unsigned char*, int) override { return ""; }
+
+  std::string collected() const;
 };
 
 /// A client whose callbacks are recorded, its session, and a plain server that follows a script.

@@ -7,16 +7,17 @@ namespace {
 /// Moves during a transfer.
 class MovesOfRunningTest : public ManagerFixture {
  protected:
-  void begin(const std::string& queue) {
-    given(queue);
-    start();
+  /// Starts with A queued on top and waits until it is transferred; its session.
+  unsigned long long runFirst(const std::string& queue) {
+    start(queue);
+    const auto session = transferOf("A");
+    await("A3" + queue.substr(2));
+    return session;
   }
 };
 
 TEST_F(MovesOfRunningTest, MoveUpOfTheSecondItemStopsTheTransferAndStartsTheOther) {
-  begin("A1 B1");
-  const auto uid = transferOf("A");
-  await("A3 B1");
+  const auto uid = runFirst("A1 B1");
   EXPECT_TRUE(manager().moveUp(id("B")));
   EXPECT_EQ(stoppedSessions(), Uids{uid});
   transferOf("B");
@@ -24,9 +25,7 @@ TEST_F(MovesOfRunningTest, MoveUpOfTheSecondItemStopsTheTransferAndStartsTheOthe
 }
 
 TEST_F(MovesOfRunningTest, MoveDownOfTheHeadStopsTheTransferAndStartsTheOther) {
-  begin("A1 B1");
-  const auto uid = transferOf("A");
-  await("A3 B1");
+  const auto uid = runFirst("A1 B1");
   EXPECT_TRUE(manager().moveDown(id("A")));
   EXPECT_EQ(stoppedSessions(), Uids{uid});
   transferOf("B");
@@ -34,9 +33,7 @@ TEST_F(MovesOfRunningTest, MoveDownOfTheHeadStopsTheTransferAndStartsTheOther) {
 }
 
 TEST_F(MovesOfRunningTest, BothItemsAreQueuedWhenTheMoveIsAnnounced) {
-  begin("A1 B1");
-  transferOf("A");
-  await("A3 B1");
+  runFirst("A1 B1");
   std::string seen;
   view_.onEvent([&, host = std::this_thread::get_id()](const std::string& line) {
     if (line == "view.listChanged" && std::this_thread::get_id() == host) seen = queue();
@@ -47,18 +44,14 @@ TEST_F(MovesOfRunningTest, BothItemsAreQueuedWhenTheMoveIsAnnounced) {
 }
 
 TEST_F(MovesOfRunningTest, AMoveOfTheHeadStopsItsOwnSession) {
-  begin("A1 B1");
-  const auto uid = transferOf("A");
-  await("A3 B1");
+  const auto uid = runFirst("A1 B1");
   item("A").setUID(77);
   manager().moveUp(id("B"));
   EXPECT_EQ(stoppedSessions(), (Uids{77, uid})) << "its own, then whatever runs";
 }
 
 TEST_F(MovesOfRunningTest, MovesOfThePausedHeadStopNothing) {
-  begin("A1 B1");
-  transferOf("A");
-  await("A3 B1");
+  runFirst("A1 B1");
   manager().pause();
   item("A").setUID(77);
   const Uids before = library_.stopped();
@@ -69,9 +62,7 @@ TEST_F(MovesOfRunningTest, MovesOfThePausedHeadStopNothing) {
 }
 
 TEST_F(MovesOfRunningTest, MoveToBottomOfTheRunningItemStartsTheNextOnce) {
-  begin("A1 B1 C1");
-  transferOf("A");
-  await("A3 B1 C1");
+  runFirst("A1 B1 C1");
   manager().moveToBottom(id("A"));
   transferOf("B");
   await("B3 C1 A1");
@@ -79,9 +70,7 @@ TEST_F(MovesOfRunningTest, MoveToBottomOfTheRunningItemStartsTheNextOnce) {
 }
 
 TEST_F(MovesOfRunningTest, MovesFartherDownLeaveTheTransferAlone) {
-  begin("A1 B1 C1");
-  transferOf("A");
-  await("A3 B1 C1");
+  runFirst("A1 B1 C1");
   manager().moveUp(id("C"));
   manager().moveDown(id("C"));
   EXPECT_TRUE(stoppedSessions().empty());
@@ -89,9 +78,7 @@ TEST_F(MovesOfRunningTest, MovesFartherDownLeaveTheTransferAlone) {
 }
 
 TEST_F(MovesOfRunningTest, AMoveThatCannotMoveLeavesTheTransferAlone) {
-  begin("A1 B4");
-  transferOf("A");
-  await("A3 B4");
+  runFirst("A1 B4");
   EXPECT_FALSE(manager().moveDown(id("A")));
   EXPECT_FALSE(manager().moveUp(id("A")));
   EXPECT_TRUE(stoppedSessions().empty());
@@ -99,9 +86,7 @@ TEST_F(MovesOfRunningTest, AMoveThatCannotMoveLeavesTheTransferAlone) {
 }
 
 TEST_F(MovesOfRunningTest, MoveToTopOfAnyItemStartsItAtOnce) {
-  begin("A1 B1 C1");
-  transferOf("A");
-  await("A3 B1 C1");
+  runFirst("A1 B1 C1");
   manager().moveToTop(id("C"));
   transferOf("C");
   await("C3 A1 B1");

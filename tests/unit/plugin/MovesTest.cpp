@@ -1,3 +1,5 @@
+#include <map>
+
 #include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
@@ -56,22 +58,15 @@ TEST_F(MovesTest, MoveUpWhilePausedPastAnyStatus) {
   }
 }
 
-TEST_F(MovesTest, MoveUpOfAFailedSecondItemQueuesItAnew) {
-  begin("A1 B6");
-  EXPECT_TRUE(manager().moveUp(id("B")));
-  EXPECT_EQ(queue(), "B1 A1");
-}
-
-TEST_F(MovesTest, MoveUpPastACompletedHeadLeavesItCompleted) {
-  begin("A4 B1");
-  EXPECT_TRUE(manager().moveUp(id("B")));
-  EXPECT_EQ(queue(), "B1 A4");
-}
-
-TEST_F(MovesTest, MoveUpOfACompletedSecondItemLeavesItCompleted) {
-  begin("A1 B4");
-  EXPECT_TRUE(manager().moveUp(id("B")));
-  EXPECT_EQ(queue(), "B4 A1");
+TEST_F(MovesTest, MoveUpOfTheSecondItemQueuesWhatIsNotCompleted) {
+  const std::map<std::string, std::string> after = {
+      {"A1 B6", "B1 A1"}, {"A4 B1", "B1 A4"}, {"A1 B4", "B4 A1"}};
+  for (const auto& [before, wanted] : after) {
+    begin(before);
+    EXPECT_TRUE(manager().moveUp(id("B")));
+    EXPECT_EQ(queue(), wanted) << before;
+    shutDown();
+  }
 }
 
 TEST_F(MovesTest, MoveUpKnowsNoBottom) {
