@@ -205,13 +205,6 @@ TEST(CommandLinePage, EachOptionOfTheProgramIsInThePage) {
   }
 }
 
-TEST(CommandLinePage, TheFileTypesAreInTheReadme) {
-  const std::string readme = support::readFile(kDocs / "../README.md");
-  for (const char* type : {"`.vesk`", "`.xvid`", "`.avi`", "`.mkv`"}) {
-    EXPECT_THAT(readme, HasSubstr(type));
-  }
-}
-
 TEST(CommandLinePage, EachCommandOfTheProgramIsInThePageWithAnExample) {
   const std::string page = support::readFile(kDocs / "cli.md");
   EXPECT_GT(commands().size(), 10U);
