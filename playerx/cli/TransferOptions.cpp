@@ -1,5 +1,6 @@
 #include "playerx/cli/TransferOptions.h"
 
+#include <QByteArray>
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -29,12 +30,6 @@ std::optional<Number> numberIn(std::string_view text) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   const bool isWhole = error == std::errc() && end == text.data() + text.size();
   return isWhole ? std::optional(number) : std::nullopt;
-}
-
-std::string lowered(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return text;
 }
 
 unsigned triesOf(const std::string& text) {
@@ -76,11 +71,11 @@ std::string netrcOfUser() {
 /// "sha-256=HEX", or "sha-256" for the sum that a file beside the film names.
 void takeChecksum(const std::string& text, FilmOptions& options) {
   const std::size_t equals = std::min(text.find('='), text.size());
-  const std::string kind = lowered(text.substr(0, equals));
+  const bool isSum = QByteArray::fromStdString(text.substr(0, equals)).toLower() == kSumKind;
   const std::string sum = text.substr(std::min(equals + 1, text.size()));
   const bool asksForFile = equals == text.size();
   // Another kind of sum is refused like one without digits.
-  if (kind != kSumKind || !asksForFile) checked(kind == kSumKind ? sum : "", inputs::faultOfSum);
+  if (!isSum || !asksForFile) checked(isSum ? sum : "", inputs::faultOfSum);
   options.sha256 = sum;
   options.hasChecksumFile = asksForFile;
 }

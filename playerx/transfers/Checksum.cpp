@@ -1,7 +1,7 @@
 #include "playerx/transfers/Checksum.h"
 
+#include <QByteArray>
 #include <algorithm>
-#include <cctype>
 #include <set>
 #include <sstream>
 
@@ -12,9 +12,6 @@ constexpr std::size_t kDigits = 64;
 constexpr std::size_t kLongestFile = std::size_t{1} << 20;
 constexpr long kLongestTime = 60;  // seconds
 constexpr long kStatusOk = 200;
-
-bool isHexDigit(unsigned char character) { return std::isxdigit(character) != 0; }
-char lowered(unsigned char character) { return static_cast<char>(std::tolower(character)); }
 
 struct Entry {
   std::string sum;
@@ -46,12 +43,10 @@ std::optional<Entry> plainEntry(const std::string& line) {
 }  // namespace
 
 std::optional<std::string> normalSum(const std::string& text) {
-  if (text.size() != kDigits || !std::all_of(text.begin(), text.end(), isHexDigit)) {
-    return std::nullopt;
-  }
-  std::string sum = text;
-  std::transform(sum.begin(), sum.end(), sum.begin(), lowered);
-  return sum;
+  const QByteArray sum = QByteArray::fromStdString(text).toLower();
+  // What is no digit is left out of the bytes.
+  const bool isSum = text.size() == kDigits && QByteArray::fromHex(sum).toHex() == sum;
+  return isSum ? std::optional(sum.toStdString()) : std::nullopt;
 }
 
 std::string checksumAddress(const std::string& film) {

@@ -1,5 +1,6 @@
 #include "playerx/app/inputs/OptionFault.h"
 
+#include <QByteArray>
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
@@ -35,12 +36,6 @@ bool isToken(std::string_view name) {
   });
 }
 
-std::string lowered(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return text;
-}
-
 std::string firstOf(std::initializer_list<std::string> faults) {
   const auto* const found =
       std::find_if(faults.begin(), faults.end(), [](const auto& fault) { return !fault.empty(); });
@@ -65,7 +60,7 @@ std::string faultOfHeader(const std::string& line) {
   if (colon == std::string::npos || !isToken(line.substr(0, colon)) || !isOneLine(line)) {
     return "A header reads \"Name: value\", on one line of UTF-8.";
   }
-  const std::string name = lowered(line.substr(0, colon));
+  const std::string name = QByteArray::fromStdString(line.substr(0, colon)).toLower().toStdString();
   const bool isOwn =
       std::find(std::begin(kOwnHeaders), std::end(kOwnHeaders), name) != std::end(kOwnHeaders);
   return isOwn ? "The header \"" + name + "\" is set by the player itself." : "";
