@@ -15,7 +15,7 @@ struct QueuedVersion {
   /// item that does not tell.
   unsigned long long version = 0;
 
-  DownloadStatusEnumType status = DownloadStatusQueued;
+  DownloadStatusEnumType status = DownloadStatusQueued;  ///< as of this version
 
   /// Whether it is the same item in the same state.
   bool operator==(const QueuedVersion&) const = default;
