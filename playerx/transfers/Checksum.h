@@ -1,12 +1,7 @@
 #pragma once
 
-#include <functional>
-#include <memory>
 #include <optional>
 #include <string>
-
-#include "playerx/transfers/Fetch.h"
-#include "playerx/transfers/FetchLoop.h"
 
 namespace playerx::transfers {
 
@@ -20,28 +15,5 @@ std::string checksumAddress(const std::string& film);
 /// sha256sum writes them, plain or tagged ("SHA256 (name) = sum"), or the bare sum. Nullopt when
 /// it gives no such sum.
 std::optional<std::string> sumIn(const std::string& content, const std::string& name);
-
-/// Asks for a checksum file. On the engine's thread; breaks off when it is destroyed.
-class ChecksumRequest : private FetchSink {
- public:
-  /// Either the content of the file, or what went wrong.
-  using Then = std::function<void(std::optional<std::string> content, const std::string& problem)>;
-
-  /// The loop outlives the request. `then` is called once, within the loop, and may destroy it.
-  ChecksumRequest(const FetchSpec& spec, FetchLoop& loop, Then then);
-  ChecksumRequest(const ChecksumRequest&) = delete;
-  ChecksumRequest& operator=(const ChecksumRequest&) = delete;
-  ~ChecksumRequest() override;
-
- private:
-  bool onHeaderLine(std::string_view) override { return true; }
-  bool onBody(const char* data, std::size_t length) override;
-  void onOver(const FetchOutcome& outcome) override;
-
-  FetchLoop& loop_;
-  const Then then_;
-  std::string content_;
-  std::unique_ptr<Fetch> fetch_;
-};
 
 }  // namespace playerx::transfers

@@ -4,6 +4,7 @@
 
 #include "playerx/settings/CurlTrust.h"
 #include "playerx/transfers/CurlFailure.h"
+#include "playerx/transfers/OwnHeaders.h"
 
 namespace playerx::transfers {
 namespace {
@@ -82,7 +83,8 @@ void Fetch::setRange(const RangeRequest& range) {
 void Fetch::setOptions(const FilmOptions& options) {
   CURL* const handle = handle_.get();
   for (const std::string& line : options.headers) {
-    if (std::none_of(line.begin(), line.end(), isControl)) addHeader(line);
+    const bool isOwn = isOwnHeader(line.substr(0, line.find(':')));
+    if (!isOwn && std::none_of(line.begin(), line.end(), isControl)) addHeader(line);
   }
   if (!options.referer.empty()) {
     curl_easy_setopt(handle, CURLOPT_REFERER, options.referer.c_str());

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "playerx/transfers/Checksum.h"
 #include "playerx/transfers/SystemError.h"
 
 namespace playerx::transfers {

@@ -9,7 +9,7 @@
 
 #include "playerx/settings/TrustedAuthorities.h"
 #include "playerx/transfers/Attempt.h"
-#include "playerx/transfers/Checksum.h"
+#include "playerx/transfers/ChecksumRequest.h"
 #include "playerx/transfers/Fetch.h"
 #include "playerx/transfers/FetchLoop.h"
 #include "playerx/transfers/PartFinder.h"

@@ -51,9 +51,9 @@ class TransferSettings {
   virtual void setRateLimit(std::uint64_t bytesPerSecond) = 0;
 
   /// How the film of this address is fetched by sessions started from now on. Header lines with
-  /// control characters are left out. A checksum is verified before the film gets its name; with
-  /// another one, the session breaks with `kChecksum`. False, without effect, for a text that is no
-  /// address or no checksum.
+  /// control characters, and of headers that the library sets itself, are left out. A checksum is
+  /// verified before the film gets its name; with another one, the session breaks with `kChecksum`.
+  /// False, without effect, for a text that is no address or no checksum.
   virtual bool setFilmOptions(const std::string& urlUtf8, const FilmOptions& options) = 0;
 };
 

@@ -1,24 +1,19 @@
 #include "playerx/app/inputs/OptionFault.h"
 
-#include <QByteArray>
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <string_view>
 
 #include "playerx/platform/Text.h"
+#include "playerx/transfers/Checksum.h"
+#include "playerx/transfers/OwnHeaders.h"
 
 namespace playerx::inputs {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::size_t kSumDigits = 64;
-
-/// Headers that the download library sets itself: others would break the transfer.
-constexpr std::string_view kOwnHeaders[] = {"range",      "if-range",       "accept-encoding",
-                                            "connection", "content-length", "transfer-encoding"};
 
 bool isControl(unsigned char byte) { return byte < ' ' || byte == 0x7f; }
 
@@ -60,10 +55,9 @@ std::string faultOfHeader(const std::string& line) {
   if (colon == std::string::npos || !isToken(line.substr(0, colon)) || !isOneLine(line)) {
     return "A header reads \"Name: value\", on one line of UTF-8.";
   }
-  const std::string name = QByteArray::fromStdString(line.substr(0, colon)).toLower().toStdString();
-  const bool isOwn =
-      std::find(std::begin(kOwnHeaders), std::end(kOwnHeaders), name) != std::end(kOwnHeaders);
-  return isOwn ? "The header \"" + name + "\" is set by the player itself." : "";
+  const std::string name = line.substr(0, colon);
+  return transfers::isOwnHeader(name) ? "The header \"" + name + "\" is set by the player itself."
+                                      : "";
 }
 
 std::string faultOfReferer(const std::string& referer) {
@@ -88,9 +82,7 @@ std::string faultOfCookieFile(const std::string& path) {
 }
 
 std::string faultOfSum(const std::string& sha256) {
-  const bool isHex = std::all_of(sha256.begin(), sha256.end(),
-                                 [](unsigned char c) { return std::isxdigit(c) != 0; });
-  if (isHex && sha256.size() == kSumDigits) return {};
+  if (transfers::normalSum(sha256)) return {};
   return "A checksum reads sha-256=DIGITS, with 64 hexadecimal digits, or sha-256 for the sum in "
          "the .sha256 file beside the film.";
 }

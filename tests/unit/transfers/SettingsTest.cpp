@@ -79,6 +79,12 @@ TEST_F(SettingsTest, HeadersAndRefererAreSent) {
   EXPECT_EQ(server_.requests()[0].find("X-Worse"), std::string::npos);
 }
 
+TEST_F(SettingsTest, AHeaderThatTheLibrarySetsItselfIsLeftOut) {
+  downloads_->setFilmOptions(server_.url(), {.headers = {"RANGE: bytes=5-"}});
+  EXPECT_TRUE(fetch(server_.url()).complete);
+  EXPECT_EQ(film(), filmBytes(kSize));
+}
+
 TEST_F(SettingsTest, OptionsHoldForTheRetryToo) {
   downloads_->setFilmOptions(server_.url(), {.headers = {"X-Club: films"}});
   server_.cutNext(kSize / 2);

@@ -28,7 +28,7 @@ TEST(OptionFaultTest, AHeaderIsOneLineOfUtf8) {
   for (const char* line : {"", "none", ": b", "A B: c", "A: b\r\nC: d", "A: \xff", "A: \x7f"}) {
     EXPECT_THAT(faultOfHeader(line), HasSubstr("\"Name: value\"")) << line;
   }
-  EXPECT_THAT(faultOfHeader("RANGE: bytes=0-"), HasSubstr("\"range\" is set by the player"));
+  EXPECT_THAT(faultOfHeader("RANGE: bytes=0-"), HasSubstr("\"RANGE\" is set by the player"));
 }
 
 TEST(OptionFaultTest, FilesAreWhereTheySayTheyAre) {
