@@ -6,7 +6,10 @@
 
 namespace playerx {
 
-/// Conversions that the platform's text, path and file code share. Pure.
+/// What several rooms need to know of text. Pure.
+
+/// Whether a byte is a control character of ASCII.
+constexpr bool isControl(unsigned char byte) { return byte < 0x20 || byte == 0x7f; }
 
 struct WideText {
   std::wstring characters;

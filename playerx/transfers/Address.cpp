@@ -7,6 +7,8 @@
 #include <memory>
 #include <string_view>
 
+#include "playerx/platform/Text.h"
+
 namespace playerx {
 namespace {
 
@@ -24,8 +26,6 @@ std::string partOf(CURLU* url, CURLUPart part, unsigned flags = 0) {
   const std::unique_ptr<char, CurlTextFree> owned(text);
   return text;
 }
-
-bool isControl(unsigned char byte) { return byte < 0x20 || byte == 0x7f; }
 
 void appendEscapedIf(bool isUnsafe, unsigned char byte, std::string& text) {
   constexpr char kDigits[] = "0123456789ABCDEF";

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "playerx/platform/Text.h"
 #include "playerx/settings/CurlTrust.h"
 #include "playerx/transfers/CurlFailure.h"
 #include "playerx/transfers/OwnHeaders.h"
@@ -13,8 +14,6 @@ constexpr long kBufferSize = 512L << 10;
 constexpr long kMostRedirects = 10;
 constexpr char kProtocols[] = "http,https";
 constexpr char kUserAgent[] = "VeskPlayerX/1.0";
-
-bool isControl(unsigned char byte) { return byte < 0x20 || byte == 0x7f; }
 
 std::size_t passHeaderLine(char* data, std::size_t size, std::size_t count, void* sink) {
   const std::size_t length = size * count;

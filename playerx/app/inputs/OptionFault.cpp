@@ -15,8 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool isControl(unsigned char byte) { return byte < ' ' || byte == 0x7f; }
-
 /// What JSON cannot carry would be kept as another text.
 bool isUtf8(const std::string& text) { return !decodeUtf8(text).malformed; }
 

@@ -46,9 +46,8 @@ std::uint64_t spaceNeededFor(std::uint64_t size) {
 }
 
 bool isFilmName(const std::string& name) {
-  const bool isPlain = std::all_of(name.begin(), name.end(), [](unsigned char byte) {
-    return byte >= ' ' && byte != 0x7f && byte != '/';
-  });
+  const bool isPlain =
+      std::none_of(name.begin(), name.end(), isControl) && name.find('/') == std::string::npos;
   return isPlain && !decodeUtf8(name).malformed && !name.empty() && name != "." && name != "..";
 }
 
