@@ -13,6 +13,12 @@ char32_t scalarValue(wchar_t character) {
 
 }  // namespace
 
+std::string_view trimmed(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t\r\n") + 1 - first);
+}
+
 WideText decodeUtf8(std::string_view bytes) {
   // A byte-order mark is a character like any other here.
   QStringDecoder decoder(QStringDecoder::Utf8,

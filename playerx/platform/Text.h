@@ -11,6 +11,9 @@ namespace playerx {
 /// Whether a byte is a control character of ASCII.
 constexpr bool isControl(unsigned char byte) { return byte < 0x20 || byte == 0x7f; }
 
+/// `text` without the blanks and line ends around it.
+std::string_view trimmed(std::string_view text);
+
 struct WideText {
   std::wstring characters;
   bool malformed = false;  ///< at least one byte became U+FFFD

@@ -4,6 +4,8 @@
 
 #include <charconv>
 
+#include "playerx/platform/Text.h"
+
 namespace playerx::transfers {
 namespace {
 
@@ -19,12 +21,6 @@ std::optional<ContentRange::Bytes> parseBytes(std::string_view text) {
 }
 
 }  // namespace
-
-std::string_view trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t\r\n");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r\n") + 1 - first);
-}
 
 std::optional<std::uint64_t> parseNumber(std::string_view text) {
   std::uint64_t number = 0;

@@ -10,9 +10,6 @@ namespace playerx::transfers {
 /// bits.
 std::optional<std::uint64_t> parseNumber(std::string_view text);
 
-/// `text` without the blanks and line ends around it.
-std::string_view trimmed(std::string_view text);
-
 /// What a Content-Range field says.
 struct ContentRange {
   struct Bytes {

@@ -2,6 +2,7 @@
 
 #include <strings.h>
 
+#include "playerx/platform/Text.h"
 #include "playerx/transfers/ContentRange.h"
 
 namespace playerx::transfers {
