@@ -15,9 +15,6 @@ using Kind = QueueEvent::Kind;
 
 namespace {
 
-/// After so long without a word the other process is asked whether it is still there.
-constexpr std::chrono::seconds kSilence(5);
-
 bool isOutcome(const QueueEvent& event) {
   const bool isPassedOver =
       event.kind == Kind::kChanged && event.item.status == DownloadStatusStopped;
@@ -40,7 +37,7 @@ std::optional<int> RemoteGet::run() {
       return status();
     }
     if (!isThere) break;
-    const WakeReason reason = wakeUp_.wait(kSilence, client_.descriptor());
+    const WakeReason reason = wakeUp_.wait(door::QueueClient::kSilence, client_.descriptor());
     if (reason == WakeReason::kInterrupt) return interrupted();
     if (reason == WakeReason::kTimeout) mindSilence();
   }
@@ -92,8 +89,7 @@ void RemoteGet::mindSilence() {
   if (!std::exchange(isAsked_, true)) {
     client_.send({.action = Request::Action::kPing});
   } else if (!std::exchange(isSaidSilent_, true)) {
-    reporter_.note(
-        "The player that has the queue does not answer; it may be stopped: continue or close it.");
+    reporter_.note(door::QueueClient::kSilent);
   }
 }
 

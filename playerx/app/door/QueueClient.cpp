@@ -15,8 +15,6 @@ constexpr char kBusy[] =
     "The player that holds the queue talks with as many others as it can; try again later.";
 constexpr char kNotUnderstood[] =
     "What the player that holds the queue says is not understood; close it, then try again.";
-constexpr char kSilent[] =
-    "The player that holds the queue does not answer; it may be stopped: continue or close it.";
 
 std::string problemOf(const Greeting& greeting) {
   if (greeting.isBusy) return kBusy;

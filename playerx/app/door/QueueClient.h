@@ -12,6 +12,13 @@ namespace playerx::door {
 /// The queue of another process. Used by one thread; needs no event loop.
 class QueueClient {
  public:
+  /// After so long without a word the other process is asked whether it is still there.
+  static constexpr std::chrono::milliseconds kSilence{5000};
+
+  /// The sentence on a process that does not answer even then.
+  static constexpr char kSilent[] =
+      "The player that holds the queue does not answer; it may be stopped: continue or close it.";
+
   enum class Met {
     kQueue,     ///< requests may be sent
     kNobody,    ///< no process serves the queue

@@ -16,12 +16,6 @@ namespace {
 /// Tickets may have the other process wait for the online services.
 constexpr std::chrono::seconds kLongestAnswer(60);
 
-/// After so long without a word the other process is asked whether it is still there.
-constexpr qint64 kSilenceMs = 5000;
-
-constexpr char kSilent[] =
-    "The player that has the queue does not answer; it may be stopped: continue or close it.";
-
 }  // namespace
 
 OtherQueue::OtherQueue(std::unique_ptr<door::QueueClient> client, Listener listener)
@@ -37,7 +31,7 @@ Reply OtherQueue::ask(const Request& request) {
     std::optional<Reply> reply = receive(std::chrono::milliseconds(deadline.remainingTime()));
     if (reply && awaited_ == 0) return std::move(*reply);
   }
-  return {Reply::Outcome::kFailed, {kSilent}};
+  return {Reply::Outcome::kFailed, {door::QueueClient::kSilent}};
 }
 
 void OtherQueue::update() {
@@ -46,7 +40,7 @@ void OtherQueue::update() {
     receive(std::chrono::milliseconds(0));
   } while (isAnswered_);
   if (isLookDue_) look(Request::Action::kList);
-  if (silence_.hasExpired(kSilenceMs)) mindSilence();
+  if (silence_.hasExpired(door::QueueClient::kSilence.count())) mindSilence();
 }
 
 /// Takes the next answer; returns it when it is a reply.
@@ -96,7 +90,7 @@ void OtherQueue::mindSilence() {
   if (awaited_ == 0) {
     if (client_->send({.action = Request::Action::kPing})) ++awaited_;
   } else if (!std::exchange(isSaidSilent_, true)) {
-    listener_({.sentence = kSilent});
+    listener_({.sentence = door::QueueClient::kSilent});
   }
 }
 
