@@ -6,6 +6,7 @@
 #include "VeskPlayerX/InterfaceIds.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
 #include "playerx/app/inputs/TicketContents.h"
+#include "playerx/app/model/JsonMembers.h"
 #include "playerx/app/model/TextFormat.h"
 #include "playerx/cli/Reporter.h"
 #include "playerx/cli/TerminalText.h"
@@ -46,7 +47,7 @@ void printJson(const std::string& ticket, const TicketFinding& finding, std::ost
     object["fits"] = finding.fits ? Json(*finding.fits) : Json();
   }
   object["note"] = finding.note;
-  out << object.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
+  out << model::dumped(object) << std::endl;
 }
 
 }  // namespace

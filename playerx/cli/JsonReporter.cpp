@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "playerx/app/model/JsonMembers.h"
 #include "playerx/cli/Reporter.h"
 
 namespace playerx::cli {
@@ -79,7 +80,7 @@ class JsonReporter : public Reporter {
     add(listing.progress, object);
     if (listing.reason) object["reason"] = describe(*listing.reason);
     if (!listing.oddity.empty()) object["oddity"] = listing.oddity;
-    out_ << lineOf(object);  // `listedAll` flushes
+    out_ << model::dumped(object) << '\n';  // `listedAll` flushes
   }
 
   void listedAll(const QueueProgress& queue) override { queueProgress(queue); }
@@ -101,12 +102,7 @@ class JsonReporter : public Reporter {
   void note(const std::string& sentence) override { notes_ << sentence << std::endl; }
 
  private:
-  void print(const Json& object) { out_ << lineOf(object) << std::flush; }
-
-  static std::string lineOf(const Json& object) {
-    // Bytes that are not UTF-8 become U+FFFD: every line is valid JSON whatever a title holds.
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
-  }
+  void print(const Json& object) { out_ << model::dumped(object) << std::endl; }
 
   std::ostream& out_;
   std::ostream& notes_;

@@ -62,9 +62,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-QByteArray lineOf(const Json& object) {
-  return QByteArray::fromStdString(object.dump(-1, ' ', false, Json::error_handler_t::replace));
-}
+QByteArray lineOf(const Json& object) { return QByteArray::fromStdString(model::dumped(object)); }
 
 bool isOfItem(const QueueEvent& event) {
   using Kind = QueueEvent::Kind;

@@ -10,6 +10,12 @@
 
 namespace playerx::model {
 
+/// One line of JSON, without a line feed. Bytes that are not UTF-8 become U+FFFD: titles and words
+/// of servers may hold any.
+inline std::string dumped(const nlohmann::ordered_json& json) {
+  return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
 /// Reads members of an object, which outlives it, and notes when one has another type. Members that
 /// are not there leave the values as they are.
 class JsonMembers {

@@ -24,7 +24,7 @@ std::string keyOf(const std::string& url) {
 
 std::string lineOf(const std::string& address, const FilmOptions& options) {
   const Json object{{"address", address}, {"options", jsonOf(options)}};
-  return object.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+  return model::dumped(object) + '\n';
 }
 
 void readLine(const std::string& line, std::map<std::string, FilmOptions>& all) {
