@@ -1,6 +1,7 @@
 #include "playerx/platform/FileIo.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -73,6 +74,10 @@ int copyRest(int from, int to, const std::atomic<bool>& isCancelled) {
     if (put.error != 0) return put.error;
   }
   return ECANCELED;
+}
+
+void setPermissions(int file, mode_t mode) {
+  if (::fchmod(file, mode) != 0) errno = 0;
 }
 
 int syncFolderOf(const std::filesystem::path& file) {

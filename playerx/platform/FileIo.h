@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -28,6 +30,9 @@ IoResult writeFullyAt(int file, const void* buffer, std::size_t length, std::int
 /// Copies the rest of one file to another, from the position of each. Returns 0 or an error number;
 /// ECANCELED once `isCancelled` is set by another thread.
 int copyRest(int from, int to, const std::atomic<bool>& isCancelled = false);
+
+/// Sets the permissions of a file; a file system without permissions keeps its own.
+void setPermissions(int file, mode_t mode);
 
 /// Syncs the folder that holds `file` before it returns. Returns 0 or an error number.
 int syncFolderOf(const std::filesystem::path& file);

@@ -17,7 +17,8 @@ namespace fs = std::filesystem;
 
 int copyModeAndTimes(const struct stat& from, int to) {
   const struct timespec times[] = {from.st_atim, from.st_mtim};
-  if (::fchmod(to, from.st_mode & 0777U) != 0 || ::futimens(to, times) != 0) errno = 0;
+  setPermissions(to, from.st_mode & 0777U);
+  if (::futimens(to, times) != 0) errno = 0;
   return ::fsync(to) == 0 ? 0 : errno;
 }
 

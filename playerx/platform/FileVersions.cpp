@@ -34,8 +34,8 @@ bool isVersion(const FileVersion& version, const struct stat& now) {
          now.st_size == version.size && modificationTime(now) == version.modified;
 }
 
-void setMode(int file, const struct stat& status, mode_t mode) {
-  if ((status.st_mode & 07777U) != mode && ::fchmod(file, mode) != 0) errno = 0;
+void changePermissions(int file, const struct stat& status, mode_t mode) {
+  if ((status.st_mode & 07777U) != mode) setPermissions(file, mode);
 }
 
 // The write lease is granted only when no other descriptor of the file is open. It is kept while
@@ -86,7 +86,7 @@ FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
     const auto status = stateOf(file);
     (*place)->isReusable = status && mayBeWrittenOver(**place, *status, old);
     if (!(*place)->isReusable || !takeWriteLease(file)) continue;
-    setMode(file, *status, old.st_mode & 07777U);
+    changePermissions(file, *status, old.st_mode & 07777U);
     const Version spare = *place;
     hidden_.erase(place);
     return spare;
@@ -147,7 +147,7 @@ void FileVersions::hidePresent(const fs::path& name) {
     old->file = HiddenFile(openPlainFile(name), name);
     old->isKept = true;
   }
-  if (isThere) setMode(old->file.descriptor(), status, kOwnerOnly);
+  if (isThere) changePermissions(old->file.descriptor(), status, kOwnerOnly);
   hidden_.push_back(std::move(old));
 }
 

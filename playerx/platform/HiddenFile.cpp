@@ -9,6 +9,7 @@
 #include <string>
 #include <system_error>
 
+#include "playerx/platform/FileIo.h"
 #include "playerx/platform/Rename.h"
 
 namespace playerx {
@@ -74,7 +75,7 @@ void copyPermissions(const struct stat& from, int file) {
       ::fchown(file, from.st_uid, from.st_gid) == 0 || ::fchown(file, kSameOwner, from.st_gid) == 0;
   const mode_t mode = from.st_mode & 07777U;
   const mode_t others = mode & 07U;
-  if (::fchmod(file, isGroupCopied ? mode : ((mode & ~070U) | (others << 3U))) != 0) errno = 0;
+  setPermissions(file, isGroupCopied ? mode : ((mode & ~070U) | (others << 3U)));
 }
 
 // Some file systems report a failed write only when a descriptor is closed.

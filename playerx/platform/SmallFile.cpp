@@ -31,7 +31,7 @@ int replaceSmallFile(const std::filesystem::path& file, std::string_view content
   HiddenFile fresh = HiddenFile::create(file, error);
   if (error != 0) return error;
   // It has the permissions of the file that it replaces, which may have been open to others.
-  if (::fchmod(fresh.descriptor(), kOwnerOnly) != 0) errno = 0;
+  setPermissions(fresh.descriptor(), kOwnerOnly);
   error = writeFully(fresh.descriptor(), content.data(), content.size()).error;
   return error == 0 ? fresh.replace(file) : error;
 }
@@ -43,7 +43,7 @@ int appendToSmallFile(const std::filesystem::path& file, std::string_view conten
   // Creating it by its name would follow a link that leads nowhere.
   if (error == ENOENT || error == ELOOP) return replaceSmallFile(file, content);
   // One of an earlier release, or made by hand, may be open to others.
-  if (error == 0 && ::fchmod(opened.get(), kOwnerOnly) != 0) errno = 0;
+  if (error == 0) setPermissions(opened.get(), kOwnerOnly);
   return error == 0 ? writeFully(opened.get(), content.data(), content.size()).error : error;
 }
 

@@ -15,16 +15,6 @@ namespace playerx::transfers {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-// A file system without permissions keeps its own.
-void copyPermissions(int from, int to) {
-  struct stat status {};
-  if (::fstat(from, &status) != 0 || ::fchmod(to, status.st_mode & 0777U) != 0) errno = 0;
-}
-
-}  // namespace
-
 int copyFilm(const fs::path& from, const fs::path& to, const FilmMark& mark,
              const std::atomic<bool>& isCancelled) {
   if (isTaken(to)) return EEXIST;
@@ -37,7 +27,10 @@ int copyFilm(const fs::path& from, const fs::path& to, const FilmMark& mark,
   // Without extended attributes the film does without its mark.
   if (const int unmarked = writeMark(copy.descriptor(), mark); unmarked != 0) errno = 0;
   error = copyRest(source.get(), copy.descriptor(), isCancelled);
-  copyPermissions(source.get(), copy.descriptor());
+  struct stat status {};
+  if (::fstat(source.get(), &status) == 0) {
+    setPermissions(copy.descriptor(), status.st_mode & 0777U);
+  }
   if (error == 0 && ::fsync(copy.descriptor()) != 0) error = errno;
   return error == 0 ? copy.claim(to) : error;
 }

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <utility>
 
+#include "playerx/platform/FileIo.h"
 #include "playerx/platform/HiddenFile.h"
 #include "playerx/transfers/Address.h"
 
@@ -68,7 +69,7 @@ mode_t readDefaultMode() {
 // A film is a file like others; only while it arrives it is the user's alone.
 void openToOthers(int file) {
   static const mode_t mode = readDefaultMode();
-  if (::fchmod(file, mode) != 0) errno = 0;
+  setPermissions(file, mode);
 }
 
 // How many bytes may be believed: 0 without an accepted response, and after a power cut only those
