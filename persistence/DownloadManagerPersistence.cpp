@@ -2,13 +2,12 @@
 
 #include <cstring>
 #include <exception>
-#include <map>
 #include <memory>
-#include <set>
 #include <utility>
 
 #include "kvpm/PathTools.h"
 #include "kvpm/Unicode.h"
+#include "persistence/ProtectedFiles.h"
 #include "persistence/QueueFile.h"
 #include "persistence/QueueText.h"
 #include "persistence/RFCBase64Codec.h"
@@ -33,17 +32,8 @@ struct Holder {
 };
 Holder holder KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 
-/// Files that must not be replaced, each with the file whose content would be lost: itself, or the
-/// one to be imported into it.
-std::map<std::wstring, std::wstring> protectedFiles
+persistence::ProtectedFiles protectedFiles
     KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
-
-/// Files that were read and are no queues: kept under another name before they are replaced.
-std::set<std::wstring> refusedFiles KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
-
-/// Set when there was no memory to note a protected file: then every file is protected, until one
-/// has been read.
-bool isEveryFileProtected KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock) = false;
 
 /// More than a conversion to or from UTF-8 ever needs.
 constexpr std::size_t kBytesPerCharacter = 10;
@@ -67,63 +57,15 @@ Loaded tryToLoad(Read read) {
   }
 }
 
-/// Protects `path` from being replaced as long as `source` exists.
-void protect(const std::wstring& path, const std::wstring& source)
-    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  try {
-    protectedFiles[path] = source;
-  } catch (const std::exception&) {
-    isEveryFileProtected = true;
-  }
-}
-
-/// Notes whether a file that was read is no queue.
-void noteRefusal(const std::wstring& path, bool isRefused)
-    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  refusedFiles.erase(path);
-  if (!isRefused) return;
-  try {
-    refusedFiles.insert(path);
-  } catch (const std::exception&) {
-    isEveryFileProtected = true;
-  }
-}
-
 /// Reads a file, and protects it as long as it cannot be read.
 Loaded load(const std::wstring& path) KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
   Loaded loaded = tryToLoad([&] { return persistence::readQueueFile(path); });
   if (loaded.outcome == QueueOutcome::kUnavailable) {
-    protect(path, path);
-    return loaded;
+    protectedFiles.protect(path, path);
+  } else {
+    protectedFiles.noteRead(path, loaded.outcome == QueueOutcome::kRefused);
   }
-  std::erase_if(protectedFiles, [&](const auto& entry) { return entry.second == path; });
-  isEveryFileProtected = false;
-  noteRefusal(path, loaded.outcome == QueueOutcome::kRefused);
   return loaded;
-}
-
-/// Moves a refused file to a free name beside it. Returns false when that fails.
-bool setAsideRefused(const std::wstring& path)
-    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  if (!refusedFiles.contains(path)) return true;
-  try {
-    if (persistence::isThere(path) && !persistence::setAside(path)) return false;
-  } catch (const std::exception&) {
-    return false;  // as if it could not be moved
-  }
-  refusedFiles.erase(path);
-  return true;
-}
-
-/// Moves a refused file out of the way. Returns false when `path` must not be replaced or deleted.
-bool prepareToReplace(const std::wstring& path)
-    KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
-  if (isEveryFileProtected) return false;
-  const auto found = protectedFiles.find(path);
-  if (found == protectedFiles.end()) return setAsideRefused(path);
-  if (persistence::isThere(found->second)) return false;
-  protectedFiles.erase(found);
-  return true;
 }
 
 /// Whether the file is the one that was found to hold `queueText`, and has not changed since.
@@ -145,7 +87,7 @@ bool replace(const std::wstring& path, Durability durability,
 bool write(const std::wstring& path, const Items& items, Durability durability)
     KVPM_REQUIRES(DownloadManagerPersistence::persistenceLock) {
   try {
-    if (!prepareToReplace(path)) return false;
+    if (!protectedFiles.prepareToReplace(path)) return false;
     Holder earlier = std::exchange(holder, {});
     const bool isChanged = queueText.update(items);
     const bool isKnown = isHolder(earlier, path);
@@ -184,10 +126,11 @@ Items DownloadManagerPersistence::migrateDownloadQueue(const std::wstring& legac
   const kvpm::CritLock lock(persistenceLock);
   Loaded loaded = load(legacy);
   if (loaded.outcome == QueueOutcome::kUnavailable) {
-    protect(current, legacy);
+    protectedFiles.protect(current, legacy);
   } else if (!persistence::isThere(legacy)) {
     write(current, loaded.items, Durability::kWritten);
-  } else if (write(current, loaded.items, Durability::kOnDisk) && prepareToReplace(legacy)) {
+  } else if (write(current, loaded.items, Durability::kOnDisk) &&
+             protectedFiles.prepareToReplace(legacy)) {
     // A refused file is not deleted: it has been moved by now.
     kvpm::PathTools::deleteFile(legacy);
   }
