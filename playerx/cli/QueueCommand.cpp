@@ -157,7 +157,7 @@ void printSaved(const Options& options, PlayerSession& session, Reporter& report
 /// Prints the queue of the process that has it, or else the saved one as it lies there.
 int list(const Options& options, PlayerSession& session, Reporter& reporter) {
   QueueClient client;
-  if (client.connect(session.places().data, kLongestList) == QueueClient::Met::kQueue) {
+  if (client.connect(session.places().data, kLongestList) == QueueClient::Outcome::kQueue) {
     const std::optional<Reply> reply = client.ask(options.request, kLongestList);
     if (reply) return printReply(*reply, options, session, reporter);
   }
@@ -171,13 +171,13 @@ int list(const Options& options, PlayerSession& session, Reporter& reporter) {
 int watch(const Options& options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
   QueueClient client;
   switch (client.connect(session.places().data, kLongestList)) {
-    case QueueClient::Met::kNobody:
+    case QueueClient::Outcome::kNoServer:
       reporter.note("Nothing is being downloaded; `get` starts a download.");
       return kExitDone;
-    case QueueClient::Met::kBusy:
-    case QueueClient::Met::kStranger:
+    case QueueClient::Outcome::kBusy:
+    case QueueClient::Outcome::kIncompatible:
       return complainOf(client.problem(), reporter, kExitFailed);
-    case QueueClient::Met::kQueue:
+    case QueueClient::Outcome::kQueue:
       break;
   }
   RemoteGet(options, client, reporter, wakeUp).run();

@@ -16,7 +16,7 @@ namespace playerx::door {
 namespace {
 
 /// How long the end of the server waits for a visitor to read what was sent to it.
-constexpr int kFarewellMilliseconds = 1000;
+constexpr int kDrainMilliseconds = 1000;
 
 /// How often the door is looked at: it may have closed by itself.
 constexpr int kLookMilliseconds = 1000;
@@ -35,16 +35,17 @@ bool isOfThisUser(const QLocalSocket& socket) {
 }  // namespace
 
 /// The part of the server that lives on its thread.
-class DoorServer::Porter : public QObject {
+class DoorServer::Connections : public QObject {
  public:
-  Porter(DoorServer& server, QByteArray greeting, QByteArray refusal)
+  Connections(DoorServer& server, QByteArray greeting, QByteArray refusal)
       : server_(server), greeting_(std::move(greeting)), refusal_(std::move(refusal)) {}
 
   QString listen(const QString& path) {
     listener_ = std::make_unique<QLocalServer>();
     listener_->setSocketOptions(QLocalServer::UserAccessOption);
     listener_->setListenBacklogSize(kMostWaiting);
-    QObject::connect(listener_.get(), &QLocalServer::newConnection, this, [this] { greet(); });
+    QObject::connect(listener_.get(), &QLocalServer::newConnection, this,
+                     [this] { acceptPending(); });
     if (!open(path)) return listener_->errorString();
     look_ = std::make_unique<QTimer>();
     QObject::connect(look_.get(), &QTimer::timeout, this, [this, path] {
@@ -69,7 +70,7 @@ class DoorServer::Porter : public QObject {
     listener_.reset();
     for (const auto& [visitor, socket] : std::exchange(sockets_, {})) {
       socket->disconnect(this);
-      while (socket->bytesToWrite() > 0 && socket->waitForBytesWritten(kFarewellMilliseconds)) {
+      while (socket->bytesToWrite() > 0 && socket->waitForBytesWritten(kDrainMilliseconds)) {
       }
       socket->abort();
       delete socket;
@@ -82,28 +83,29 @@ class DoorServer::Porter : public QObject {
     return listener_->listen(path);
   }
 
-  void greet() {
+  void acceptPending() {
     while (QLocalSocket* const socket = listener_->nextPendingConnection()) {
       socket->setParent(nullptr);
-      const bool isFull = sockets_.size() >= kMostVisitors;
-      if (isOfThisUser(*socket) && !isFull) {
-        admit(*socket);
+      if (!isOfThisUser(*socket)) {
+        delete socket;
+      } else if (sockets_.size() < kMostVisitors) {
+        accept(*socket);
       } else {
-        refuse(*socket, isFull);
+        refuse(*socket);
       }
     }
   }
 
-  void refuse(QLocalSocket& socket, bool isFull) {
-    if (isFull && isOfThisUser(socket)) socket.write(refusal_ + '\n');
+  void refuse(QLocalSocket& socket) {
+    socket.write(refusal_ + '\n');
     socket.flush();
     delete &socket;
   }
 
-  void admit(QLocalSocket& socket) {
+  void accept(QLocalSocket& socket) {
     const Visitor visitor = ++lastVisitor_;
     sockets_[visitor] = &socket;
-    server_.admit(visitor);
+    server_.add(visitor);
     QObject::connect(&socket, &QLocalSocket::readyRead, this, [this, visitor] { read(visitor); });
     QObject::connect(&socket, &QLocalSocket::disconnected, this,
                      [this, visitor] { leave(visitor); });
@@ -128,7 +130,7 @@ class DoorServer::Porter : public QObject {
     read(visitor);
     found->second->deleteLater();
     sockets_.erase(visitor);
-    server_.dismiss(visitor);
+    server_.remove(visitor);
   }
 
   DoorServer& server_;
@@ -142,8 +144,8 @@ class DoorServer::Porter : public QObject {
 
 DoorServer::DoorServer(QByteArray greeting, QByteArray refusal, std::function<void()> wake)
     : wake_(std::move(wake)),
-      porter_(std::make_unique<Porter>(*this, std::move(greeting), std::move(refusal))) {
-  porter_->moveToThread(&thread_);
+      connections_(std::make_unique<Connections>(*this, std::move(greeting), std::move(refusal))) {
+  connections_->moveToThread(&thread_);
   thread_.setObjectName("door");
   thread_.start();
 }
@@ -151,7 +153,7 @@ DoorServer::DoorServer(QByteArray greeting, QByteArray refusal, std::function<vo
 DoorServer::~DoorServer() {
   if (!thread_.isRunning()) return;
   QMetaObject::invokeMethod(
-      porter_.get(), [this] { porter_->close(); }, Qt::BlockingQueuedConnection);
+      connections_.get(), [this] { connections_->close(); }, Qt::BlockingQueuedConnection);
   thread_.quit();
   thread_.wait();
 }
@@ -161,7 +163,7 @@ std::string DoorServer::listen(const std::string& path) {
   if (!thread_.isRunning()) return "No thread can be started for the socket of the queue.";
   QString problem;
   QMetaObject::invokeMethod(
-      porter_.get(), [&] { problem = porter_->listen(QFile::decodeName(path.c_str())); },
+      connections_.get(), [&] { problem = connections_->listen(QFile::decodeName(path.c_str())); },
       Qt::BlockingQueuedConnection);
   return problem.isEmpty()
              ? std::string()
@@ -175,7 +177,8 @@ std::vector<DoorServer::Line> DoorServer::takeLines() {
 
 void DoorServer::send(Visitor visitor, const QByteArray& line) {
   QMetaObject::invokeMethod(
-      porter_.get(), [porter = porter_.get(), visitor, line] { porter->send(visitor, line); },
+      connections_.get(),
+      [connections = connections_.get(), visitor, line] { connections->send(visitor, line); },
       Qt::QueuedConnection);
 }
 
@@ -184,12 +187,12 @@ bool DoorServer::isThere(Visitor visitor) const {
   return std::find(visitors_.begin(), visitors_.end(), visitor) != visitors_.end();
 }
 
-void DoorServer::admit(Visitor visitor) {
+void DoorServer::add(Visitor visitor) {
   const GuardLock lock(mutex_);
   visitors_.push_back(visitor);
 }
 
-void DoorServer::dismiss(Visitor visitor) {
+void DoorServer::remove(Visitor visitor) {
   {
     const GuardLock lock(mutex_);
     std::erase(visitors_, visitor);

@@ -56,15 +56,15 @@ class DoorServer {
   bool isThere(Visitor visitor) const;
 
  private:
-  class Porter;
+  class Connections;
 
-  void admit(Visitor visitor);
-  void dismiss(Visitor visitor);
+  void add(Visitor visitor);
+  void remove(Visitor visitor);
   void receive(Line line);
 
   const std::function<void()> wake_;
   QThread thread_;
-  std::unique_ptr<Porter> porter_;  ///< lives on the thread
+  std::unique_ptr<Connections> connections_;  ///< lives on the thread
 
   mutable GuardMutex mutex_;
   std::vector<Line> lines_ KVPM_GUARDED_BY(mutex_);

@@ -25,18 +25,18 @@ std::string problemOf(const Greeting& greeting) {
 
 }  // namespace
 
-QueueClient::Met QueueClient::connect(const std::string& dataFolder,
-                                      std::chrono::milliseconds longest) {
+QueueClient::Outcome QueueClient::connect(const std::string& dataFolder,
+                                          std::chrono::milliseconds longest) {
   const std::optional<QByteArray> line = door_.connect(doorPath(dataFolder), longest);
-  if (!line && !door_.isConnected()) return Met::kNobody;
+  if (!line && !door_.isConnected()) return Outcome::kNoServer;
   if (line) {
     const std::optional<Greeting> greeting = readGreeting(*line);
     problem_ = greeting ? problemOf(*greeting) : kNotUnderstood;
-    if (greeting && greeting->isBusy) return Met::kBusy;
+    if (greeting && greeting->isBusy) return Outcome::kBusy;
   } else {
     problem_ = kSilent;
   }
-  return problem_.empty() ? Met::kQueue : Met::kStranger;
+  return problem_.empty() ? Outcome::kQueue : Outcome::kIncompatible;
 }
 
 std::optional<Answer> QueueClient::receive(std::chrono::milliseconds longest) {

@@ -19,15 +19,15 @@ class QueueClient {
   static constexpr char kSilent[] =
       "The player that holds the queue does not answer; it may be stopped: continue or close it.";
 
-  enum class Met {
-    kQueue,     ///< requests may be sent
-    kNobody,    ///< no process serves the queue
-    kBusy,      ///< a process does, and has no room for more now: `problem` says so
-    kStranger,  ///< a process does, but speaks another protocol: `problem` says why
+  enum class Outcome {
+    kQueue,         ///< requests may be sent
+    kNoServer,      ///< no process serves the queue
+    kBusy,          ///< a process does, and has no room for more now: `problem` says so
+    kIncompatible,  ///< a process does, but speaks another protocol: `problem` says why
   };
 
   /// Looks for the process that holds the queue of this folder, `longest` at most. Once.
-  Met connect(const std::string& dataFolder, std::chrono::milliseconds longest);
+  Outcome connect(const std::string& dataFolder, std::chrono::milliseconds longest);
 
   /// Sends a request; its reply is among the answers. False when the other end has gone.
   bool send(const session::Request& request) { return door_.send(write(request)); }

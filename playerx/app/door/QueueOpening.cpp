@@ -4,7 +4,7 @@
 
 namespace playerx::door {
 
-using Met = QueueClient::Met;
+using Outcome = QueueClient::Outcome;
 using Where = OpenedQueue::Where;
 
 namespace {
@@ -26,11 +26,11 @@ OpenedQueue openQueue(session::PlayerSession& session, session::PlayerSession::A
     if (problem.empty()) return {Where::kHere};
     if (!session.isTaken()) return {Where::kNowhere, nullptr, problem};
     auto client = std::make_unique<QueueClient>();
-    const Met met = client->connect(session.places().data, kLongestGreeting);
-    if (met == Met::kQueue) return {Where::kThere, std::move(client)};
-    if (met == Met::kStranger) return {Where::kNowhere, nullptr, client->problem()};
+    const Outcome outcome = client->connect(session.places().data, kLongestGreeting);
+    if (outcome == Outcome::kQueue) return {Where::kThere, std::move(client)};
+    if (outcome == Outcome::kIncompatible) return {Where::kNowhere, nullptr, client->problem()};
     if (deadline.hasExpired()) {
-      return {Where::kNowhere, nullptr, met == Met::kBusy ? client->problem() : problem};
+      return {Where::kNowhere, nullptr, outcome == Outcome::kBusy ? client->problem() : problem};
     }
     if (!rest(kPause)) return {};
   }

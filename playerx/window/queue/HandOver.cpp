@@ -16,7 +16,7 @@ constexpr std::chrono::milliseconds kLongestMoment(1000);
 
 bool handOver(const QString& dataFolder, const QStringList& inputs) {
   QueueClient client;
-  if (client.connect(dataFolder.toStdString(), kLongestMoment) != QueueClient::Met::kQueue) {
+  if (client.connect(dataFolder.toStdString(), kLongestMoment) != QueueClient::Outcome::kQueue) {
     return false;
   }
   Request request{.action = Request::Action::kShow};

@@ -39,7 +39,7 @@ class QueueServerTest : public testing::Test {
     std::atomic<bool> isDone = false;
     std::jthread client([&] {
       QueueClient client;
-      EXPECT_EQ(client.connect(data(), kPatience), QueueClient::Met::kQueue);
+      EXPECT_EQ(client.connect(data(), kPatience), QueueClient::Outcome::kQueue);
       work(client);
       isDone = true;
     });
@@ -100,7 +100,7 @@ TEST_F(QueueServerTest, WhatIsNoRequestIsSaid) {
 
 TEST_F(QueueServerTest, AServerThatEndsIsNoticed) {
   QueueClient client;
-  EXPECT_EQ(client.connect(data(), kPatience), QueueClient::Met::kQueue);
+  EXPECT_EQ(client.connect(data(), kPatience), QueueClient::Outcome::kQueue);
   server_.reset();
   EXPECT_FALSE(client.ask({.action = Action::kList}, kPatience));
   EXPECT_THAT(client.problem(), HasSubstr("has ended"));
@@ -109,7 +109,7 @@ TEST_F(QueueServerTest, AServerThatEndsIsNoticed) {
 
 TEST_F(QueueServerTest, NobodyIsMetWhereNobodyServes) {
   server_.reset();
-  EXPECT_EQ(QueueClient().connect(data(), kPatience), QueueClient::Met::kNobody);
+  EXPECT_EQ(QueueClient().connect(data(), kPatience), QueueClient::Outcome::kNoServer);
 }
 
 /// A server that is not this program's.
@@ -122,7 +122,7 @@ class StrangerTest : public testing::Test {
     EXPECT_EQ(server_->listen(doorPath(folder_.path())), "");
   }
 
-  QueueClient::Met meet() { return client_.connect(folder_.path(), kPatience); }
+  QueueClient::Outcome meet() { return client_.connect(folder_.path(), kPatience); }
 
   support::TempDir folder_;
   std::optional<DoorServer> server_;
@@ -131,7 +131,7 @@ class StrangerTest : public testing::Test {
 
 TEST_F(StrangerTest, AnotherVersionIsNamed) {
   serve(write(Greeting{.protocol = 2, .version = "9.9", .pid = 7}));
-  EXPECT_EQ(meet(), QueueClient::Met::kStranger);
+  EXPECT_EQ(meet(), QueueClient::Outcome::kIncompatible);
   EXPECT_EQ(client_.problem(),
             "The queue is held by another version of the player (9.9, process 7); close it, or use "
             "that version.");
@@ -139,13 +139,13 @@ TEST_F(StrangerTest, AnotherVersionIsNamed) {
 
 TEST_F(StrangerTest, AGreetingThatIsNoneIsSaid) {
   serve("Welcome!");
-  EXPECT_EQ(meet(), QueueClient::Met::kStranger);
+  EXPECT_EQ(meet(), QueueClient::Outcome::kIncompatible);
   EXPECT_THAT(client_.problem(), HasSubstr("not understood"));
 }
 
 TEST_F(StrangerTest, GarbageInPlaceOfAReplyIsSaid) {
   serve(write(Greeting{}));
-  ASSERT_EQ(meet(), QueueClient::Met::kQueue);
+  ASSERT_EQ(meet(), QueueClient::Outcome::kQueue);
   client_.send({.action = Action::kList});
   std::vector<DoorServer::Line> lines;
   ASSERT_TRUE(support::waitFor([&] {
@@ -159,7 +159,7 @@ TEST_F(StrangerTest, GarbageInPlaceOfAReplyIsSaid) {
 
 TEST_F(StrangerTest, SilenceIsSaid) {
   serve(write(Greeting{}));
-  ASSERT_EQ(meet(), QueueClient::Met::kQueue);
+  ASSERT_EQ(meet(), QueueClient::Outcome::kQueue);
   EXPECT_FALSE(client_.ask({.action = Action::kList}, 20ms));
   EXPECT_THAT(client_.problem(), HasSubstr("does not answer"));
   EXPECT_FALSE(client_.hasGone());
