@@ -31,9 +31,9 @@ int makeFolders(const fs::path& folder) {
   return fs::is_directory(folder, failure) ? 0 : ENOTDIR;
 }
 
-bool canWrite(const fs::path& folder, int& error) {
-  if (error == 0 && ::access(folder.c_str(), W_OK | X_OK) != 0) error = errno;
-  return error == 0;
+/// The error number (`errno` values) with which a file cannot be added to a folder; 0 when it can.
+int writeError(const fs::path& folder) {
+  return ::access(folder.c_str(), W_OK | X_OK) == 0 ? 0 : errno;
 }
 
 bool isSameFilm(const DownloadRequest& request, const FilmMark& mark) {
@@ -117,14 +117,12 @@ std::unique_ptr<Part> claimNew(const DownloadRequest& request, const std::string
 
 Opened openPart(const DownloadRequest& request) {
   int error = makePrivateFolders(request.downloads);
-  if (!canWrite(request.downloads, error)) {
-    return failed(TransferFailure::kTempFolder, request.downloads, error);
-  }
+  if (error == 0) error = writeError(request.downloads);
+  if (error != 0) return failed(TransferFailure::kTempFolder, request.downloads, error);
   const fs::path folder = request.path().parent_path();
   error = makeFolders(folder);
-  if (!canWrite(folder, error)) {
-    return failed(TransferFailure::kMediaFolder, folder, error);
-  }
+  if (error == 0) error = writeError(folder);
+  if (error != 0) return failed(TransferFailure::kMediaFolder, folder, error);
   if (auto film = findPlacedFilm(request)) {
     return {nullptr, *std::move(film), TransferFailure::kNone, {}};
   }
