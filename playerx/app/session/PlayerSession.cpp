@@ -60,8 +60,9 @@ std::string PlayerSession::openForChange(Access access) {
   if (problem.empty()) problem = loadManager();
   if (!problem.empty()) return problem;
   filmOptions_ = std::make_unique<FilmOptionsFile>(places_.data);
+  const std::string folder = places_.data + "/";
   for (const std::string& sentence :
-       saved_->companionProblems({FilmOptionsFile::kFileName, reasons::ReasonFile::kFileName})) {
+       problemsOf({folder + FilmOptionsFile::kFileName, folder + reasons::ReasonFile::kFileName})) {
     messages_.tellUser(sentence);
   }
   for (const std::string& file : saved_->filesSetAside()) {

@@ -126,20 +126,6 @@ std::string SavedQueue::readProblem() const {
          "--data.";
 }
 
-std::vector<std::string> SavedQueue::companionProblems(
-    const std::vector<std::string>& names) const {
-  std::vector<std::string> problems;
-  for (const std::string& name : names) {
-    const std::string kind = wrongKind(folder_ + "/" + name);
-    std::error_code error;
-    // A link that leads nowhere is replaced.
-    if (kind.empty() || !std::filesystem::exists(folder_ + "/" + name, error)) continue;
-    problems.push_back("What belongs into " + folder_ + "/" + name +
-                       " is forgotten at the end of this run: it is " + kind + ". Move that away.");
-  }
-  return problems;
-}
-
 std::string SavedQueue::copyTo(const std::string& folder) const {
   for (const char* const name : {kQueueFile, kLegacyFile}) {
     const std::string from = folder_ + "/" + name;
@@ -262,6 +248,19 @@ int SavedQueue::saveError() const {
   if (error == 0) error = lastSaveError(target);
   struct stat status {};
   return error == 0 && ::stat(target.c_str(), &status) != 0 ? errno : error;
+}
+
+std::vector<std::string> problemsOf(const std::vector<std::string>& files) {
+  std::vector<std::string> problems;
+  for (const std::string& file : files) {
+    const std::string kind = wrongKind(file);
+    std::error_code error;
+    // A link that leads nowhere is replaced.
+    if (kind.empty() || !std::filesystem::exists(file, error)) continue;
+    problems.push_back("What belongs into " + file +
+                       " is forgotten at the end of this run: it is " + kind + ". Move that away.");
+  }
+  return problems;
 }
 
 }  // namespace playerx::session

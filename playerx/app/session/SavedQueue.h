@@ -24,10 +24,6 @@ class SavedQueue {
   /// an empty queue.
   std::string readProblem() const;
 
-  /// One sentence for each of these files beside the queue that is no file, so that it can neither
-  /// be read nor written.
-  std::vector<std::string> companionProblems(const std::vector<std::string>& names) const;
-
   /// Copies the file, and that of an earlier release, to another folder. Returns why it
   /// could not, else "".
   std::string copyTo(const std::string& folder) const;
@@ -76,5 +72,9 @@ class SavedQueue {
   const std::string file_;
   const std::set<std::string> told_;  ///< files set aside that the user knows of
 };
+
+/// One sentence for each of these paths where something else than a file lies, so that it can
+/// neither be read nor written.
+std::vector<std::string> problemsOf(const std::vector<std::string>& files);
 
 }  // namespace playerx::session
