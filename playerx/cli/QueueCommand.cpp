@@ -63,7 +63,7 @@ int complainOfOpening(const OpenedQueue& opened, Reporter& reporter) {
 int getHere(const Options& options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
   noteMessages(session, reporter);
   const int status = GetCommand(options, session, reporter, wakeUp, probe()).run();
-  return complainOf(session.unsavedChanges(), reporter, status);
+  return complainOf(session.saveAgain(), reporter, status);
 }
 
 /// Removing must work on a full disk.
@@ -115,7 +115,7 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
     if (opened.where == Where::kHere) {
       noteMessages(session, reporter);
       const int status = requestHere(options.request, session, reporter);
-      return complainOf(session.unsavedChanges(), reporter, status);
+      return complainOf(session.saveAgain(), reporter, status);
     }
     const std::optional<Reply> reply =
         opened.client->ask(forAnotherProcess(options.request), kLongestAnswer);

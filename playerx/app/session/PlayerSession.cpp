@@ -156,6 +156,7 @@ std::string PlayerSession::loadManager() {
   if (manager_) reader_ = dynamic_cast<VeskPlayerX::QueueReaderInterface*>(manager_->get());
   if (reader_ != nullptr) {
     manager().setViewInterface(&view_);
+    saved_->setRefusedFileAside(manager());
     return saved_->loadProblem(manager());
   }
   std::string problem = "The download manager cannot be loaded from " + searchedFolders_ + ".";

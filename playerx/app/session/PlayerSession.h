@@ -47,7 +47,7 @@ struct SessionListener {
 ///     session.manager().add(...);
 ///     ...
 ///     session.manager().pause();
-///     problem = session.unsavedChanges();
+///     problem = session.saveAgain();
 class PlayerSession {
  public:
   /// What the session may do to the queue.
@@ -116,8 +116,8 @@ class PlayerSession {
   /// thread once `start` has returned.
   std::optional<TransferReport> findTransfer(const std::string& address) const;
 
-  /// Whether the queue file lacks changes, although it was saved once more.
-  std::string unsavedChanges() { return saved_->unsavedChanges(manager(), reader()); }
+  /// Saves the queue once more. Returns one sentence when the file still lacks changes, else "".
+  std::string saveAgain() { return saved_->saveAgain(manager(), reader()); }
 
  private:
   std::string openForChange(Access access);

@@ -162,11 +162,15 @@ void SavedQueue::keepToOwner() const {
   if (isOpen && ::chmod(file_.c_str(), status.st_mode & 0777U & ~kOthers) != 0) errno = 0;
 }
 
+void SavedQueue::setRefusedFileAside(DownloadManagerInterface& manager) const {
+  const bool isThere = QFile::exists(QString::fromStdString(file_));
+  // Saves, as in `saveOnceMore`.
+  if (manager.getNumberOfVideosInQueue() == 0 && isThere) manager.resume();
+}
+
 std::string SavedQueue::loadProblem(DownloadManagerInterface& manager) const {
   QFile file(QString::fromStdString(file_));
   if (manager.getNumberOfVideosInQueue() > 0 || !file.exists()) return {};
-  // Saves, as `saveOnceMore` does: a file that the manager has refused is set aside now.
-  manager.resume();
   if (!file.open(QIODevice::ReadOnly)) return readProblem();
   if (!namesItems(file.readAll())) return {};
   return "The queue file " + file_ +
@@ -180,8 +184,8 @@ std::string SavedQueue::writeProblem() const {
          "); free some space or make it writable, or choose another folder with --data.";
 }
 
-std::string SavedQueue::unsavedChanges(DownloadManagerInterface& manager,
-                                       QueueReaderInterface& reader) const {
+std::string SavedQueue::saveAgain(DownloadManagerInterface& manager,
+                                  QueueReaderInterface& reader) const {
   saveOnceMore(manager, reader);
   const int error = saveError();
   if (error == 0) return {};

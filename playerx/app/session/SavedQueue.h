@@ -39,8 +39,11 @@ class SavedQueue {
   /// as it is.
   void keepToOwner() const;
 
-  /// Once the manager is loaded and has a view: why its queue is empty although the file is not,
-  /// else "". Has an empty queue saved, which sets a file aside that is no queue.
+  /// Has the manager, once it is loaded and has a view, save an empty queue, which sets a file
+  /// aside that is no queue.
+  void setRefusedFileAside(VeskPlayerX::DownloadManagerInterface& manager) const;
+
+  /// Once the manager is loaded: why its queue is empty although the file is not; else "".
   std::string loadProblem(VeskPlayerX::DownloadManagerInterface& manager) const;
 
   /// Whether a new queue file can be written. Tries it, and leaves nothing behind.
@@ -48,8 +51,8 @@ class SavedQueue {
 
   /// Has the manager, to which a view is attached, save the queue once more. Returns one sentence
   /// when the file still lacks changes, else "". `reader` reads the same manager.
-  std::string unsavedChanges(VeskPlayerX::DownloadManagerInterface& manager,
-                             VeskPlayerX::QueueReaderInterface& reader) const;
+  std::string saveAgain(VeskPlayerX::DownloadManagerInterface& manager,
+                        VeskPlayerX::QueueReaderInterface& reader) const;
 
   /// Paths of the files that the manager has set aside as unreadable, now or in an earlier run, and
   /// of which the user has not been told.

@@ -80,7 +80,7 @@ SessionWorker::~SessionWorker() {
   own_ = nullptr;
   const bool wasHere = session_->isStarted();
   end_.reset();
-  const std::string problem = wasHere ? session_->unsavedChanges() : "";
+  const std::string problem = wasHere ? session_->saveAgain() : "";
   if (!problem.empty()) std::cerr << "playerx: " << problem << std::endl;
   const qsizetype left = toAdd_.size() + waiting_.size();
   if (left > 0) std::cerr << "playerx: " << left << " of the inputs were not added." << std::endl;

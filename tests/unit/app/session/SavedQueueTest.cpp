@@ -102,7 +102,7 @@ class SavingTest : public testing::Test {
     if (!isDropped_) file.close();
   }
 
-  std::string unsaved() { return SavedQueue(folder_.path()).unsavedChanges(manager_, manager_); }
+  std::string unsaved() { return SavedQueue(folder_.path()).saveAgain(manager_, manager_); }
 
   const support::TempDir folder_;
   const std::filesystem::path file_ = folder_ / "downloadmanager.xml";
