@@ -1,5 +1,9 @@
 #include "playerx/transfers/ChecksumRequest.h"
 
+#include <utility>
+
+#include "playerx/transfers/Checksum.h"
+
 namespace playerx::transfers {
 namespace {
 
@@ -9,8 +13,9 @@ constexpr long kStatusOk = 200;
 
 }  // namespace
 
-ChecksumRequest::ChecksumRequest(const FetchSpec& spec, FetchLoop& loop, Then then)
-    : loop_(loop), then_(std::move(then)) {
+ChecksumRequest::ChecksumRequest(const FetchSpec& spec, std::string film, FetchLoop& loop,
+                                 Then then)
+    : film_(std::move(film)), loop_(loop), then_(std::move(then)) {
   FetchSink& sink = *this;
   fetch_ = std::make_unique<Fetch>(spec, sink);
   curl_easy_setopt(fetch_->handle(), CURLOPT_TIMEOUT, kLongestTime);
@@ -30,7 +35,8 @@ void ChecksumRequest::onOver(const FetchOutcome& outcome) {
   long status = 0;
   curl_easy_getinfo(fetch_->handle(), CURLINFO_RESPONSE_CODE, &status);
   if (status != kStatusOk) return then(std::nullopt, "HTTP " + std::to_string(status));
-  then(content_, "");
+  const std::optional<std::string> sum = sumIn(content_, film_);
+  then(sum, sum ? "" : "it names no sum of the film");
 }
 
 }  // namespace playerx::transfers

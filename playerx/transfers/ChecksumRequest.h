@@ -10,14 +10,16 @@
 
 namespace playerx::transfers {
 
-/// Asks for a checksum file. On the engine's thread; breaks off when it is destroyed.
+/// Asks for the checksum file of a film. On the engine's thread; breaks off when it is destroyed.
 class ChecksumRequest : private FetchSink {
  public:
-  /// Either the content of the file, or what went wrong.
-  using Then = std::function<void(std::optional<std::string> content, const std::string& problem)>;
+  /// Either the sum, or what went wrong.
+  using Then =
+      std::function<void(const std::optional<std::string>& sum, const std::string& problem)>;
 
-  /// The loop outlives the request. `then` is called once, within the loop, and may destroy it.
-  ChecksumRequest(const FetchSpec& spec, FetchLoop& loop, Then then);
+  /// `spec` asks for the checksum file, `film` is the name of the film in it. The loop outlives the
+  /// request. `then` is called once, within the loop, and may destroy it.
+  ChecksumRequest(const FetchSpec& spec, std::string film, FetchLoop& loop, Then then);
   ChecksumRequest(const ChecksumRequest&) = delete;
   ChecksumRequest& operator=(const ChecksumRequest&) = delete;
   ~ChecksumRequest() override;
@@ -27,6 +29,7 @@ class ChecksumRequest : private FetchSink {
   bool onBody(const char* data, std::size_t length) override;
   void onOver(const FetchOutcome& outcome) override;
 
+  const std::string film_;
   FetchLoop& loop_;
   const Then then_;
   std::string content_;

@@ -262,23 +262,16 @@ void Transfer::place() {
 }
 
 void Transfer::askForChecksum() {
-  const std::string address = checksumAddress(session_->request.address.fetched);
-  const auto then = [this](const auto& content, const auto& problem) {
-    takeChecksum(content, problem);
+  const Address& address = session_->request.address;
+  const auto then = [this](const auto& sum, const std::string& problem) {
+    checksumRequest_.reset();
+    if (!sum) return breakOff(TransferFailure::kNoChecksum, problem);
+    sha256_ = *sum;
+    place();
   };
-  checksumRequest_ = std::make_unique<ChecksumRequest>(specOf(address, {}), context_.loop, then);
-}
-
-void Transfer::takeChecksum(const std::optional<std::string>& content, const std::string& problem) {
-  checksumRequest_.reset();
-  const std::filesystem::path film = session_->request.address.place;
-  const auto sum = content ? sumIn(*content, film.filename()) : std::nullopt;
-  if (!sum) {
-    return breakOff(TransferFailure::kNoChecksum,
-                    content ? "it names no sum of the film" : problem);
-  }
-  sha256_ = *sum;
-  place();
+  checksumRequest_ = std::make_unique<ChecksumRequest>(
+      specOf(checksumAddress(address.fetched), {}), std::filesystem::path(address.place).filename(),
+      context_.loop, then);
 }
 
 void Transfer::place(Waiting waiting) {

@@ -102,7 +102,6 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   void askForWhole();
   void pauseOrBreak(const AttemptEnd& end);
   void askForChecksum();
-  void takeChecksum(const std::optional<std::string>& content, const std::string& problem);
   void place();
   void place(Waiting waiting);
   void breakOff(TransferFailure failure, const std::string& detail);
