@@ -149,8 +149,8 @@ std::chrono::milliseconds Engine::timeToForget(Clock::time_point now) const {
 void Engine::beginSession(const std::shared_ptr<Session>& session) {
   forgetPlaceOf(session->request);
   if (session->stopped) return session->log.enter(TransferPhase::kStopped);
-  const auto transfer = std::make_shared<Transfer>(session, context_);
-  transfers_[session->uid] = transfer;
+  auto& transfer = transfers_[session->uid];
+  transfer = std::make_unique<Transfer>(session, context_);
   transfer->begin();
 }
 

@@ -31,7 +31,8 @@
 //       Transfer          one session at work, from its partial to its place    [engine]
 //         Fetch           the present request, a libcurl handle in the loop     [engine]
 //         Attempt         judges what it brings, appends to the partial         [engine]
-//         Part            the bytes and their state                             [engine or files]
+//         SessionFiles    hands the partial to the files thread and back        [engine]
+//           Part          the bytes and their state                             [engine or files]
 //
 // Session, with its SessionLog, is shared by all of them and outlives its transfer. On the way:
 // openPart -> Fetch -> Attempt -> Part -> placePart [engine, or files] -> ReportDelivery.
@@ -107,7 +108,7 @@ class Engine {
   FetchLoop loop_;
   NetworkWatch network_;
   std::optional<Clock::time_point> retryAt_;  ///< after news of the network
-  std::map<unsigned long long, std::shared_ptr<Transfer>> transfers_;
+  std::map<unsigned long long, std::unique_ptr<Transfer>> transfers_;
   std::deque<Finished> finished_;  ///< in the order of their completion
 
   WorkQueue files_;

@@ -19,7 +19,7 @@ namespace playerx::transfers {
 /// One request for a file, or for the rest of it. A record.
 struct FetchSpec {
   std::string url;
-  RangeRequest range;
+  RangeRequest range{};
   TrustedAuthorities trust;
   FilmOptions options;
   std::chrono::milliseconds connectTimeout{30'000};  ///< name, connection and handshake

@@ -14,6 +14,25 @@ namespace {
 /// A request that is silent for longer may have lost its connection with the network.
 constexpr std::chrono::seconds kSilence(5);
 
+std::chrono::milliseconds stallTime(const FilmOptions& options, const Tuning& tuning) {
+  return options.timeout.count() > 0 ? options.timeout : tuning.stall;
+}
+
+FetchSpec specOf(const std::string& url, const FilmOptions& options,
+                 const TransferContext& context) {
+  const bool hasTimeout = options.timeout.count() > 0;
+  return {.url = url,
+          .trust = context.trust(),
+          .options = options,
+          .connectTimeout = hasTimeout ? options.timeout : context.tuning.connectTimeout};
+}
+
+RetryRules retryRules(const FilmOptions& options, const Tuning& tuning) {
+  RetryRules rules = tuning.retry;
+  if (options.tries > 0) rules.retries = options.tries - 1;
+  return rules;
+}
+
 double randomJitter() {
   static thread_local std::minstd_rand engine{std::random_device()()};
   return std::uniform_real_distribution<double>(0.0, 1.0)(engine);
@@ -24,38 +43,19 @@ double randomJitter() {
 Transfer::Transfer(std::shared_ptr<Session> session, TransferContext& context)
     : session_(std::move(session)),
       context_(context),
-      slot_(std::make_shared<Slot>()),
+      files_(std::make_shared<SessionFiles>(session_, context.files, context.onEngine,
+                                            context.tuning.syncEvery)),
       sha256_(session_->request.options.sha256),
       reports_(session_, context.delivery) {}
 
-// Quick work waits for its turn only while slow work of earlier sessions is pending. The slot
-// outlives the transfer as long as the files thread needs it; only `then` needs the transfer
-// itself.
-void Transfer::perform(Cost cost, const Job& job, void (Transfer::*then)()) {
-  if (cost == Cost::kQuick && context_.files.isIdle()) {
-    job(*slot_, *session_);
-    return (this->*then)();
-  }
-  context_.files.post([job, then, slot = slot_, session = session_, self = weak_from_this(),
-                       onEngine = context_.onEngine] {
-    job(*slot, *session);
-    onEngine([then, self] {
-      if (const auto transfer = self.lock()) (transfer.get()->*then)();
-    });
-  });
-}
-
 void Transfer::begin() {
-  const auto open = [](Slot& slot, Session& session) {
-    if (!session.stopped) slot.opened = openPart(session.request);
-  };
-  perform(Cost::kQuick, open, &Transfer::onOpened);
+  files_->open([this] { onOpened(); });
 }
 
 void Transfer::onOpened() {
   // What was stopped before it was opened has neither partial nor failure; the stop is on its way.
-  if (phase_ != Phase::kOpening || session_->stopped) return;
-  const Opened& opened = slot_->opened;
+  if (session_->stopped) return;
+  const Opened& opened = files_->opened();
   if (!opened.film.empty()) {
     std::error_code ignored;
     reports_.whole(std::filesystem::file_size(opened.film, ignored));
@@ -70,33 +70,21 @@ void Transfer::onOpened() {
   }
   reports_.found(size);
   retries_ = RetryCounter(size);
-  synced_ = part().state().durable;
   request();
-}
-
-RangeRequest Transfer::nextRange() const {
-  if (needsWhole_) return {};
-  return planRequest(part().facts(), context_.tuning.overlap);
-}
-
-FetchSpec Transfer::specOf(const std::string& url, const RangeRequest& range) const {
-  const FilmOptions& options = session_->request.options;
-  const bool hasTimeout = options.timeout.count() > 0;
-  return {.url = url,
-          .range = range,
-          .trust = context_.trust(),
-          .options = options,
-          .connectTimeout = hasTimeout ? options.timeout : context_.tuning.connectTimeout,
-          .freshConnection = !isFirstRequest_};
 }
 
 void Transfer::request() {
   phase_ = Phase::kRequesting;
   session_->log.enter(TransferPhase::kArriving);
-  const RangeRequest range = nextRange();
+  const RangeRequest range =
+      needsWhole_ ? RangeRequest() : planRequest(part().facts(), context_.tuning.overlap);
   attempt_ = std::make_unique<Attempt>(part(), range);
+  const DownloadRequest& wanted = session_->request;
+  FetchSpec spec = specOf(wanted.address.fetched, wanted.options, context_);
+  spec.range = range;
+  spec.freshConnection = !isFirstRequest_;
   FetchSink& sink = *this;
-  fetch_ = std::make_unique<Fetch>(specOf(session_->request.address.fetched, range), sink);
+  fetch_ = std::make_unique<Fetch>(spec, sink);
   needsWhole_ = false;
   isFirstRequest_ = false;
   clock_ = RequestClock(Clock::now(), context_.tuning.saveAfter);
@@ -124,8 +112,8 @@ void Transfer::work(Clock::time_point now) {
     if (!attempt_->flush()) return endAttempt(TransferFailure::kNone, {});
     reportProgress();
     if (isSaveDue(now) && !save()) return;
-    syncNowAndThen();
-    if (now >= clock_.silentUntil(stallTime())) {
+    files_->syncIfDue();
+    if (now >= clock_.silentUntil(stallTime(session_->request.options, context_.tuning))) {
       endAttempt(TransferFailure::kStalled, "no byte came");
     }
   } else if (phase_ == Phase::kPausing && now >= wakeAt_) {
@@ -146,20 +134,9 @@ void Transfer::retryNow(Clock::time_point now) {
 std::optional<Transfer::Clock::time_point> Transfer::deadline() const {
   if (phase_ == Phase::kPausing) return wakeAt_;
   if (phase_ != Phase::kRequesting) return std::nullopt;
-  const Clock::time_point stalledAt = clock_.silentUntil(stallTime());
+  const Clock::time_point stalledAt =
+      clock_.silentUntil(stallTime(session_->request.options, context_.tuning));
   return isSaveDue(clock_.saveAt()) ? std::min(clock_.saveAt(), stalledAt) : stalledAt;
-}
-
-std::chrono::milliseconds Transfer::stallTime() const {
-  const std::chrono::seconds timeout = session_->request.options.timeout;
-  return timeout.count() > 0 ? timeout : context_.tuning.stall;
-}
-
-RetryRules Transfer::retryRules() const {
-  RetryRules rules = context_.tuning.retry;
-  const unsigned tries = session_->request.options.tries;
-  if (tries > 0) rules.retries = tries - 1;
-  return rules;
 }
 
 // A later session can only go on from what is saved.
@@ -182,20 +159,6 @@ void Transfer::reportProgress() {
   reports_.arrived(size, attempt_->total());
 }
 
-// Beside the transfer, so that little is left to do when the last byte has come.
-void Transfer::syncNowAndThen() {
-  const std::uint64_t size = part().file().size();
-  if (size < synced_) synced_ = 0;
-  if (isSyncing_ || size - synced_ < context_.tuning.syncEvery) return;
-  isSyncing_ = true;
-  synced_ = size;
-  const auto sync = [mark = part().mark()](Slot& slot, Session&) {
-    // A failing disk shows when the film is placed.
-    static_cast<void>(slot.opened.part->makeDurable(mark));
-  };
-  perform(Cost::kSlow, sync, &Transfer::onSynced);
-}
-
 void Transfer::endAttempt(TransferFailure transport, const std::string& detail) {
   const AttemptEnd end = attempt_->finish(transport, detail);
   context_.loop.remove(*fetch_);
@@ -214,7 +177,8 @@ void Transfer::follow(const AttemptEnd& end) {
     case AttemptEnd::Kind::kContinue:
       return request();
     case AttemptEnd::Kind::kAskForWhole:
-      return askForWhole();
+      needsWhole_ = true;
+      return mayStartOver() ? request() : void();
     case AttemptEnd::Kind::kInterrupted:
       if (!isWorthRetrying(end.failure, isContacted_)) return breakOff(end.failure, end.detail);
       return pauseOrBreak(end);
@@ -232,14 +196,8 @@ bool Transfer::mayStartOver() {
   return false;
 }
 
-void Transfer::askForWhole() {
-  if (!mayStartOver()) return;
-  needsWhole_ = true;
-  request();
-}
-
 void Transfer::pauseOrBreak(const AttemptEnd& end) {
-  const RetryRules rules = retryRules();
+  const RetryRules rules = retryRules(session_->request.options, context_.tuning);
   const std::optional<unsigned> number = retries_.failed(rules);
   if (!number) return breakOff(end.failure, end.detail);
   if (part().file().size() > 0 && !save()) return;
@@ -256,13 +214,12 @@ void Transfer::place() {
   session_->log.wentWell();
   session_->log.enter(TransferPhase::kPlacing);
   const bool isSumWanted = session_->request.options.hasChecksumFile && sha256_.empty();
-  if (isSumWanted && slot_->opened.part) return askForChecksum();
-  const bool tookLong = slot_->opened.part && part().isSaved();
-  place(tookLong ? Waiting::kAllowed : Waiting::kForbidden);
+  if (isSumWanted && files_->opened().part) return askForChecksum();
+  files_->place(sha256_, [this] { onPlaced(); });
 }
 
 void Transfer::askForChecksum() {
-  const Address& address = session_->request.address;
+  const DownloadRequest& wanted = session_->request;
   const auto then = [this](const auto& sum, const std::string& problem) {
     checksumRequest_.reset();
     if (!sum) return breakOff(TransferFailure::kNoChecksum, problem);
@@ -270,27 +227,12 @@ void Transfer::askForChecksum() {
     place();
   };
   checksumRequest_ = std::make_unique<ChecksumRequest>(
-      specOf(checksumAddress(address.fetched), {}), std::filesystem::path(address.place).filename(),
-      context_.loop, then);
-}
-
-void Transfer::place(Waiting waiting) {
-  const auto placing = [waiting, sum = sha256_](Slot& slot, Session& session) {
-    std::unique_ptr<Part>& part = slot.opened.part;
-    slot.placed = part
-                      ? placePart(*part, session.request, sum, session.stopped, waiting)
-                      : placeFilmAgain(slot.opened.film, session.request, session.stopped, waiting);
-    // The next session of the same film must not find the partial claimed.
-    const Placed::Kind kind = slot.placed.kind;
-    if (kind == Placed::Kind::kDone || kind == Placed::Kind::kFailed) part.reset();
-  };
-  perform(waiting == Waiting::kAllowed ? Cost::kSlow : Cost::kQuick, placing, &Transfer::onPlaced);
+      specOf(checksumAddress(wanted.address.fetched), wanted.options, context_),
+      std::filesystem::path(wanted.address.place).filename(), context_.loop, then);
 }
 
 void Transfer::onPlaced() {
-  if (phase_ != Phase::kPlacing) return;
-  const Placed& placed = slot_->placed;
-  if (placed.kind == Placed::Kind::kMustWait) return place(Waiting::kAllowed);
+  const Placed& placed = files_->placed();
   if (placed.kind == Placed::Kind::kFailed) return breakOff(placed.failure, placed.detail);
   if (placed.kind == Placed::Kind::kCancelled) return;
   phase_ = Phase::kOver;
@@ -316,7 +258,7 @@ void Transfer::release() {
   fetch_.reset();
   attempt_.reset();
   checksumRequest_.reset();
-  context_.files.post([slot = slot_] { slot->opened.part.reset(); });
+  files_->release();
 }
 
 }  // namespace playerx::transfers

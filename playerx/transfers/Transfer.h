@@ -12,12 +12,11 @@
 #include "playerx/transfers/ChecksumRequest.h"
 #include "playerx/transfers/Fetch.h"
 #include "playerx/transfers/FetchLoop.h"
-#include "playerx/transfers/PartFinder.h"
-#include "playerx/transfers/Placement.h"
 #include "playerx/transfers/ReportDelivery.h"
 #include "playerx/transfers/RequestClock.h"
 #include "playerx/transfers/RetryPlan.h"
 #include "playerx/transfers/Session.h"
+#include "playerx/transfers/SessionFiles.h"
 #include "playerx/transfers/SessionReports.h"
 #include "playerx/transfers/Tuning.h"
 #include "playerx/transfers/WorkQueue.h"
@@ -30,29 +29,24 @@ struct TransferContext {
   ReportDelivery& delivery;
   WorkQueue& files;
   FetchLoop& loop;
-  std::function<void(std::function<void()>)> onEngine;  ///< runs work on the engine's thread
-  std::function<TrustedAuthorities()> trust;            ///< as they are now
+  SessionFiles::OnEngine onEngine;
+  std::function<TrustedAuthorities()> trust;  ///< as they are now
 };
 
-/// One session at work: opens its partial, asks for what is missing as often as it takes, has the
-/// film placed, and reports.
-///
-/// Lives on the engine's thread, which does the quick work on files itself: a film of a moment is
-/// opened, written and placed there. What may have to wait for the disk is done on the files
-/// thread. The partial belongs to one of the two at a time, but for the syncs beside a transfer.
-class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSink {
+/// One session at work: asks for what its partial lacks as often as it takes, has the film placed,
+/// and reports. Lives on the engine's thread.
+class Transfer : private FetchSink {
  public:
   using Clock = RequestClock::Clock;
 
   enum class State { kRunning, kComplete, kBroken };
 
   Transfer(std::shared_ptr<Session> session, TransferContext& context);
-  ~Transfer() override = default;
 
   const std::shared_ptr<Session>& session() const { return session_; }
   State state() const { return state_; }
   /// Where a complete film lies.
-  const std::filesystem::path& film() const { return slot_->placed.film; }
+  const std::filesystem::path& film() const { return files_->placed().film; }
 
   void begin();
 
@@ -71,46 +65,30 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
 
  private:
   enum class Phase { kOpening, kRequesting, kPausing, kPlacing, kOver };
-  enum class Cost { kQuick, kSlow };
-  /// Handed back and forth between the two threads.
-  struct Slot {
-    Opened opened;
-    Placed placed;
-  };
-  using Job = std::function<void(Slot&, Session&)>;
 
   bool onHeaderLine(std::string_view line) override;
   bool onBody(const char* data, std::size_t length) override;
   void onOver(const FetchOutcome& outcome) override;
 
-  void perform(Cost cost, const Job& job, void (Transfer::*then)());
   void onOpened();
   void onPlaced();
   void request();
-  RangeRequest nextRange() const;
-  FetchSpec specOf(const std::string& url, const RangeRequest& range) const;
   void reportProgress();
-  std::chrono::milliseconds stallTime() const;
-  RetryRules retryRules() const;
   bool isSaveDue(Clock::time_point now) const;
   bool save();
-  void syncNowAndThen();
-  void onSynced() { isSyncing_ = false; }
   void endAttempt(TransferFailure transport, const std::string& detail);
   void follow(const AttemptEnd& end);
   bool mayStartOver();
-  void askForWhole();
   void pauseOrBreak(const AttemptEnd& end);
   void askForChecksum();
   void place();
-  void place(Waiting waiting);
   void breakOff(TransferFailure failure, const std::string& detail);
   void release();
-  Part& part() const { return *slot_->opened.part; }
+  Part& part() const { return files_->part(); }
 
   const std::shared_ptr<Session> session_;
   TransferContext& context_;
-  const std::shared_ptr<Slot> slot_;
+  const std::shared_ptr<SessionFiles> files_;
   State state_ = State::kRunning;
   Phase phase_ = Phase::kOpening;
 
@@ -125,8 +103,6 @@ class Transfer : public std::enable_shared_from_this<Transfer>, private FetchSin
   bool needsWhole_ = false;  ///< the next request asks for the whole film
   bool isContacted_ = false;
   bool isFirstRequest_ = true;
-  bool isSyncing_ = false;
-  std::uint64_t synced_ = 0;
   bool isAskedToWait_ = false;  ///< by the server
   Clock::time_point wakeAt_;    ///< end of a pause
 };
