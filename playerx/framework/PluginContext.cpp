@@ -97,19 +97,6 @@ const KPIM::PluginInfo* PluginContext::infoOf(const KPIM::Plugin& plugin) const 
   return impl_->registry.infoOf(plugin);
 }
 
-int PluginContext::unloadUnused() {
-  int unloaded = 0;
-  for (bool more = true; more;) {
-    more = false;
-    for (PluginEntry* entry : impl_->registry.loaded()) {
-      if (!impl_->registry.unloadIfUnused(*entry)) continue;
-      ++unloaded;
-      more = true;
-    }
-  }
-  return unloaded;
-}
-
 void PluginContext::shutdown() {
   PluginRegistry& registry = impl_->registry;
   registry.close();

@@ -12,8 +12,8 @@
 
 namespace playerx {
 
-/// The player's plug-ins: finds them by their descriptions, loads each at most once and only when
-/// it is wanted, and never unloads one that is held.
+/// The player's plug-ins: finds them by their descriptions, loads each at most once, only when it
+/// is wanted, and keeps it until `shutdown`. One that is held even then stays in memory.
 ///
 /// Owned by the player; outlives every plug-in that it loaded. The operations of the base may be
 /// called from any thread, also by plug-ins while they are made and destroyed; no lock is held
@@ -43,10 +43,6 @@ class PluginContext final : public KPIM::Context, public PluginDirectory {
                                       KPIM::Plugin** out) override;
 
   const KPIM::PluginInfo* infoOf(const KPIM::Plugin& plugin) const override;
-
-  /// Unloads the plug-ins that only this context holds, and then those that they held.
-  /// Returns how many. Not to be called by plug-ins.
-  int unloadUnused();
 
   /// Ends all plug-ins: calls `Shutdown` on those that offer `DIN_Shutdown`, one that was loaded
   /// earlier before those that it had loaded, then gives back the holds in the same order and

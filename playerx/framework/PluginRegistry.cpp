@@ -97,18 +97,6 @@ void PluginRegistry::retain(PluginEntry& entry, KPIM::Plugin** out) {
   *out = plugin;
 }
 
-bool PluginRegistry::unloadIfUnused(PluginEntry& entry) {
-  const GuardLock lock(mutex_);
-  if (entry.plugin == nullptr || entry.owner != kNoThread || entry.users > 0) return false;
-  setOwner(entry, std::this_thread::get_id());
-  mutex_.unlock();
-  const bool unused = entry.plugin->kpimHoldCount() == 1;
-  mutex_.lock();
-  if (unused) release(entry);
-  setOwner(entry, kNoThread);
-  return unused;
-}
-
 void PluginRegistry::unload(PluginEntry& entry) {
   const GuardLock lock(mutex_);
   while (entry.owner != kNoThread || entry.users > 0) changed_.wait(mutex_);

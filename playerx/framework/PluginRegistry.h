@@ -47,9 +47,6 @@ class PluginRegistry {
   /// The entry's plug-in with one more hold. Loads it first when that is allowed and necessary.
   KPIM::VESK_RESULT acquire(PluginEntry& entry, bool mayLoad, KPIM::Plugin** out);
 
-  /// Unloads the plug-in when the context's hold is the only one. Returns whether it did.
-  bool unloadIfUnused(PluginEntry& entry);
-
   /// Gives the context's hold back; the library stays in memory when others hold the plug-in.
   void unload(PluginEntry& entry);
 

@@ -206,26 +206,6 @@ TEST_F(PluginContextTest, FiltersSelectorsAndPluginsMayCallBack) {
   const Held held(plugin);
 }
 
-TEST_F(PluginContextTest, UnloadsWhatNobodyHolds) {
-  addRecording(context, log, "film");
-  addRecording(context, log, "sound");
-  const Held held = find(context, "film").plugin;
-  find(context, "sound");
-  EXPECT_EQ(context.unloadUnused(), 1);
-  EXPECT_EQ(log.events(), (Events{"made film", "made sound", "destroyed sound"}));
-  EXPECT_EQ(context.unloadUnused(), 0);
-}
-
-TEST_F(PluginContextTest, NeverUnloadsWhatHoldsItself) {
-  Behaviour behaviour;
-  behaviour.offersShutdown = true;
-  behaviour.holdsItself = true;
-  addRecording(context, log, "film", behaviour);
-  find(context, "film");
-  EXPECT_EQ(context.unloadUnused(), 0);
-  EXPECT_EQ(log.events(), Events{"made film"});
-}
-
 TEST_F(PluginContextTest, UnloadsWhatAnUnloadedOneHeld) {
   auto* inner = new Held;
   Behaviour behaviour;
@@ -236,16 +216,8 @@ TEST_F(PluginContextTest, UnloadsWhatAnUnloadedOneHeld) {
   addRecording(context, log, "sound");
   addRecording(context, log, "film", behaviour);
   find(context, "film");
-  EXPECT_EQ(context.unloadUnused(), 2);
+  context.shutdown();
   EXPECT_EQ(log.events(), (Events{"made film", "made sound", "destroyed film", "destroyed sound"}));
-}
-
-TEST_F(PluginContextTest, LoadsAnewWhatWasUnloaded) {
-  addRecording(context, log, "film");
-  find(context, "film");
-  context.unloadUnused();
-  EXPECT_EQ(find(context, "film").result, 0);
-  EXPECT_EQ(log.events(), (Events{"made film", "destroyed film", "made film"}));
 }
 
 TEST_F(PluginContextTest, APluginMayAskWhileItIsDestroyed) {
@@ -258,7 +230,9 @@ TEST_F(PluginContextTest, APluginMayAskWhileItIsDestroyed) {
   addRecording(context, log, "film", behaviour);
   addRecording(context, log, "sound");
   find(context, "film");
-  EXPECT_EQ(context.unloadUnused(), 2);
+  find(context, "sound");
+  context.shutdown();
+  EXPECT_EQ(log.events(), (Events{"made film", "made sound", "destroyed film", "destroyed sound"}));
 }
 
 class Throwing : public KPIM::Context::PluginFilter, public KPIM::Context::PluginInfoSelector {
