@@ -39,9 +39,9 @@ sigset_t interrupts() {
   return set;
 }
 
-int checked(int descriptor, const char* what) {
+Descriptor checked(int descriptor, const char* what) {
   if (descriptor < 0) throw std::system_error(errno, std::generic_category(), what);
-  return descriptor;
+  return Descriptor(descriptor);
 }
 
 }  // namespace
@@ -72,43 +72,38 @@ InterruptsExit::~InterruptsExit() {
   handleInterrupts(SIG_DFL);
 }
 
-WakeUp::WakeUp() : eventFd_(checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd")) {
+WakeUp::WakeUp() : event_(checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd")) {
   blockInterrupts();
   const sigset_t set = interrupts();
-  signalFd_ = checked(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC), "signalfd");
-}
-
-WakeUp::~WakeUp() {
-  close(signalFd_);
-  close(eventFd_);
+  signal_ = checked(signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC), "signalfd");
 }
 
 void WakeUp::raise() {
   const std::uint64_t one = 1;
   // Fails only when the counter is full: then the wait ends anyway.
-  [[maybe_unused]] const ssize_t written = write(eventFd_, &one, sizeof one);
+  [[maybe_unused]] const ssize_t written = write(event_.get(), &one, sizeof one);
 }
 
 WakeReason WakeUp::wait(std::chrono::milliseconds timeout, int descriptor) {
   std::array<pollfd, 3> watched = {
-      {{signalFd_, POLLIN, 0}, {eventFd_, POLLIN, 0}, {descriptor, POLLIN, 0}}};
+      {{signal_.get(), POLLIN, 0}, {event_.get(), POLLIN, 0}, {descriptor, POLLIN, 0}}};
   poll(watched.data(), watched.size(),
        timeout.count() < 0 ? -1 : static_cast<int>(timeout.count()));
   if (takeInterrupt()) return WakeReason::kInterrupt;
   std::uint64_t count = 0;
-  if (read(eventFd_, &count, sizeof count) == sizeof count) return WakeReason::kEvent;
+  if (read(event_.get(), &count, sizeof count) == sizeof count) return WakeReason::kEvent;
   return watched[2].revents != 0 ? WakeReason::kEvent : WakeReason::kTimeout;
 }
 
 WakeReason WakeUp::rest(std::chrono::milliseconds time) {
-  pollfd watched{signalFd_, POLLIN, 0};
+  pollfd watched{signal_.get(), POLLIN, 0};
   poll(&watched, 1, static_cast<int>(time.count()));
   return takeInterrupt() ? WakeReason::kInterrupt : WakeReason::kTimeout;
 }
 
 bool WakeUp::takeInterrupt() {
   signalfd_siginfo signal;
-  return read(signalFd_, &signal, sizeof signal) == sizeof signal;
+  return read(signal_.get(), &signal, sizeof signal) == sizeof signal;
 }
 
 }  // namespace playerx::cli

@@ -2,6 +2,8 @@
 
 #include <chrono>
 
+#include "playerx/platform/Descriptor.h"
+
 namespace playerx::cli {
 
 /// What ended a wait.
@@ -40,7 +42,6 @@ class WakeUp {
   WakeUp();
   WakeUp(const WakeUp&) = delete;
   WakeUp& operator=(const WakeUp&) = delete;
-  ~WakeUp();
 
   /// Ends the present or the next wait. Any thread.
   void raise();
@@ -57,8 +58,8 @@ class WakeUp {
   WakeReason rest(std::chrono::milliseconds time);
 
  private:
-  int eventFd_;
-  int signalFd_;
+  const Descriptor event_;
+  Descriptor signal_;
 };
 
 }  // namespace playerx::cli
