@@ -53,8 +53,8 @@ class BodyReader {
   explicit BodyReader(ClearTicket& ticket) : ticket_(ticket) {}
 
   void read(const Line& line) {
-    // The format trims a line exactly twice: the second pass may remove what the first exposed.
-    // `splitTicketLine` is the second.
+    // Once more in `splitTicketLine`: the format trims a line exactly twice, and the second time
+    // may remove what the first has exposed.
     const std::wstring_view text = trimTicketText(line.text);
     if (text == kTicketStart) {
       open(line.number);

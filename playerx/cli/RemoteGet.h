@@ -22,7 +22,7 @@ class RemoteGet {
 
   /// Hands the inputs over and shows what happens to their films until they have come, or to all
   /// films until the other process ends for `watch`. Returns the program's exit status; nullopt
-  /// when the other process has ended before: then somebody has to go on with `remainder`.
+  /// when the other process has ended before: then the caller goes on with `remainder`.
   std::optional<int> run();
 
   /// What is left to be done of the request.

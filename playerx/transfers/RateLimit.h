@@ -7,9 +7,9 @@
 
 namespace playerx::transfers {
 
-/// How many bytes may come now: a limit of their rate, met on average. Nobody has to wait longer
-/// because of what came within it before, and what could have come in an idle time is not made up
-/// for. Time comes from the caller. Used by one thread.
+/// How many bytes may come now: a limit of their rate, met on average. What has come within it
+/// makes no later wait longer, and what could have come in an idle time is not made up for. Time
+/// comes from the caller. Used by one thread.
 class RateLimit {
  public:
   using Clock = std::chrono::steady_clock;

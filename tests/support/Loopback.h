@@ -25,10 +25,11 @@ bool takenByPeer(int fd);
 std::string loopbackUrl(const std::string& scheme, const std::string& host, std::uint16_t port,
                         const std::string& path);
 
-/// Whether somebody on this machine is waiting for a connection to the loopback port.
+/// Whether a process of this machine is waiting for a connection to the loopback port.
 bool isConnecting(std::uint16_t port);
 
-/// A port that refuses every connection: bound, so that nobody else gets it, but without listener.
+/// A port that refuses every connection: bound, so that no other process gets it, but without
+/// listener.
 class RefusingPort {
  public:
   RefusingPort();

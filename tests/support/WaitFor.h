@@ -15,8 +15,8 @@ inline constexpr std::chrono::seconds kGenerousDeadline{30};
 bool waitFor(const std::function<bool()>& condition,
              std::chrono::milliseconds deadline = kGenerousDeadline);
 
-/// Waits until somebody accepts connections on the loopback port, or `hopeless` says that nobody
-/// ever will.
+/// Waits until connections to the loopback port are accepted, or `hopeless` says that they never
+/// will be.
 bool waitForPort(std::uint16_t port, const std::function<bool()>& hopeless = {});
 
 }  // namespace support

@@ -17,7 +17,7 @@ class DoorClient {
   DoorClient& operator=(const DoorClient&) = delete;
 
   /// Connects and waits for the greeting, `longest` in all. Returns the greeting without its line
-  /// feed; nullopt when nobody answers there.
+  /// feed; nullopt without an answer.
   std::optional<QByteArray> connect(const std::string& path, std::chrono::milliseconds longest);
 
   /// Sends a line, given without its line feed, and returns once the system has taken it. False

@@ -27,7 +27,7 @@ bool isSealedTicket(const std::wstring& text);
 /// the manager then makes of it. On the host's thread.
 std::optional<reasons::Explanation> refusalOfTicket(const std::wstring& path);
 
-/// The same of a ticket's text; `hasServices` when there are online services to read a protected
+/// The same for a ticket's text; `hasServices` when there are online services to read a protected
 /// one.
 std::optional<reasons::Explanation> refusalOfText(const std::wstring& text, bool hasServices);
 

@@ -14,8 +14,8 @@ class SpeedMeter {
   /// Reports come far more often than this while the process runs.
   static constexpr std::chrono::seconds kLongestPause{5};
 
-  /// `bytes` have arrived by `now`. Fewer bytes than before, and a pause between two reports in
-  /// which nobody looked (the process was stopped), begin a new measurement.
+  /// `bytes` have arrived by `now`. Fewer bytes than before, and a pause between two reports
+  /// (the process was stopped), begin a new measurement.
   void feed(Clock::time_point now, std::uint64_t bytes);
 
   /// Bytes per second over at most the last ten seconds; 0 until a quarter of a second

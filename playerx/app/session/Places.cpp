@@ -61,7 +61,7 @@ std::vector<std::filesystem::path> pluginFolders(const SessionOptions& options) 
 
 std::optional<std::string> homeFolder(const char* variable, const char* ofAccount) {
   if (isSet(variable)) return variable;
-  // The accounts of services name "/", which nobody can keep films in.
+  // The accounts of services name "/", where films cannot be kept.
   if (isSet(ofAccount) && std::string(ofAccount) != "/") return ofAccount;
   return std::nullopt;
 }

@@ -18,10 +18,10 @@ namespace {
 constexpr rlim_t kFiles = 32;
 constexpr std::size_t kThreads = 12;
 
-/// Room for all the processes that may stand at the door, too; without it the door is shut.
+/// With room for all processes that may use the queue of this one too.
 constexpr rlim_t kFilesWithVisitors = 192;
 
-/// How many files may be open at once.
+/// Raises the limit of open files as far as needed and allowed. Returns the limit.
 rlim_t raiseFileLimit() {
   rlimit limit{};
   if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return kFiles;

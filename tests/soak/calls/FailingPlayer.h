@@ -32,7 +32,7 @@ struct FailingRun {
 FailingRun runFailing(const system_test::PlayerHome& home, const std::vector<std::string>& command,
                       const Failure& failure = {});
 
-/// Every failure that makes sense of calls that are made so often, once and for ever.
+/// Every failure that makes sense of calls that are made so often, once or permanently.
 std::vector<Failure> failuresOf(const std::map<std::string, int>& calls);
 
 }  // namespace soak

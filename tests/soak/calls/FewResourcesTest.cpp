@@ -57,7 +57,7 @@ TEST_F(FewResources, TheFewestFilesThatAreAskedForAreEnough) {
   expectFilm(home);
 }
 
-// Whichever thread it is: either all goes well without it, or somebody is told.
+// Whichever thread it is: either all goes well without it, or the user is told.
 TEST_F(FewResources, AThreadThatCannotBeStartedIsNeverWaitedFor) {
   const PlayerHome whole;
   const int threads = runFailing(whole, {"get", url_}).calls["pthread_create"];

@@ -20,23 +20,23 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What a host has printed: the states that it acknowledged, and those on the way to each.
+/// What a host has printed: the states that it acknowledged, and those that it saved in between.
 struct Printed {
   explicit Printed(const std::string& text) {
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line) && !lines.eof();) {
       if (line.starts_with('~')) {
-        onTheWay.push_back(line.substr(1));
+        unacknowledged.push_back(line.substr(1));
       } else {
         acknowledged.push_back(line);
-        if (acknowledged.size() > 1) lastWay = std::exchange(onTheWay, {});
+        if (acknowledged.size() > 1) beforeLast = std::exchange(unacknowledged, {});
       }
     }
   }
 
   std::vector<std::string> acknowledged;
-  std::vector<std::string> onTheWay;  ///< to a state that was not acknowledged any more
-  std::vector<std::string> lastWay;   ///< to the last one that was
+  std::vector<std::string> unacknowledged;  ///< after the last acknowledged state
+  std::vector<std::string> beforeLast;  ///< between the last acknowledged state and the one before
 };
 
 /// Runs of one host after the other on one data folder, each killed at some instant.
@@ -80,7 +80,7 @@ class QueueKill : public testing::Test {
   std::vector<std::string> savedAfter(std::size_t count, const std::string& content,
                                       unsigned int seed) {
     support::writeFile(folder_ / "replay/downloadmanager.xml", content);
-    return runHost(folder_ / "replay", seed, std::to_string(count + 1)).lastWay;
+    return runHost(folder_ / "replay", seed, std::to_string(count + 1)).beforeLast;
   }
 
   std::vector<std::string> hiddenFiles() const {

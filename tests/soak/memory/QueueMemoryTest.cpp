@@ -16,9 +16,9 @@ using Lasting = FailingMalloc::Lasting;
 /// A queue file, used while memory is short.
 class QueueMemory : public QueueFileFixture {
  protected:
-  /// Calls `attempt` with each of the first allocations failing, once and for ever, until it needs
-  /// no more of them; with `COUNT` fewer, after the first ones in steps. `attempt` is told what
-  /// fails, and returns whether it got that far.
+  /// Calls `attempt` with each of the first allocations failing, once or permanently, until it
+  /// needs no more of them; with `COUNT` fewer, after the first ones in steps. `attempt` is told
+  /// what fails, and returns whether it got that far.
   static void failEach(const std::function<bool(long, Lasting)>& attempt) {
     for (const Lasting lasting : {Lasting::kOnce, Lasting::kForEver}) {
       const long most = soak::countOr(400);

@@ -42,7 +42,7 @@ fs::path attachLoopDevice(const UniqueFd& disk, UniqueFd& device) {
     config.fd = static_cast<unsigned>(disk.get());
     config.info.lo_flags = LO_FLAGS_AUTOCLEAR;
     if (::ioctl(device.get(), LOOP_CONFIGURE, &config) == 0) return name;
-    if (errno != EBUSY) fail(name);  // somebody else was faster
+    if (errno != EBUSY) fail(name);  // another process was faster
   }
 }
 
