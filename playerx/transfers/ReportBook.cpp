@@ -37,10 +37,6 @@ std::shared_ptr<Session> ReportBook::find(unsigned long long uid) const {
   return uid == 0 || found == sessions_.rend() ? nullptr : *found;
 }
 
-bool ReportBook::findByUid(unsigned long long uid, TransferReport* report) const {
-  return uid != 0 && findLatest([&](const TransferReport& one) { return one.uid == uid; }, report);
-}
-
 bool ReportBook::findByAddress(const std::string& urlUtf8, TransferReport* report) const {
   const auto address = parseAddress(urlUtf8);
   const std::string wanted = address ? address->remembered : urlUtf8;

@@ -20,7 +20,6 @@ class ReportBook : public TransferReports {
   /// The session `uid`, never a refused one; null when it is not remembered.
   std::shared_ptr<Session> find(unsigned long long uid) const;
 
-  bool findByUid(unsigned long long uid, TransferReport* report) const override;
   bool findByAddress(const std::string& urlUtf8, TransferReport* report) const override;
   bool findByPath(const std::string& pathUtf8, TransferReport* report) const override;
 

@@ -51,9 +51,6 @@ class TransferReports {
   TransferReports& operator=(const TransferReports&) = delete;
   virtual ~TransferReports() = default;
 
-  /// The session `uid`.
-  virtual bool findByUid(unsigned long long uid, TransferReport* report) const = 0;
-
   /// The latest session of this address, as it was given to `startSession`; also one that was
   /// refused there.
   virtual bool findByAddress(const std::string& urlUtf8, TransferReport* report) const = 0;

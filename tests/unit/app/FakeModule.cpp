@@ -78,17 +78,13 @@ FakeModule::Item* FakeModule::getCopy(unsigned int id) {
   return nullptr;
 }
 
-bool FakeReports::findByUid(unsigned long long, TransferReport* report) const {
+bool FakeReports::findByAddress(const std::string&, TransferReport* report) const {
   if (isThere) *report = last;
   return isThere;
 }
 
-bool FakeReports::findByAddress(const std::string&, TransferReport* report) const {
-  return findByUid(0, report);
-}
-
-bool FakeReports::findByPath(const std::string&, TransferReport* report) const {
-  return findByUid(0, report);
+bool FakeReports::findByPath(const std::string& path, TransferReport* report) const {
+  return findByAddress(path, report);
 }
 
 void needApplication() {

@@ -93,7 +93,6 @@ class FakeReports : public TransferReports {
   TransferReport last;
   bool isThere = false;
 
-  bool findByUid(unsigned long long, TransferReport* report) const override;
   bool findByAddress(const std::string&, TransferReport* report) const override;
   bool findByPath(const std::string&, TransferReport* report) const override;
 };

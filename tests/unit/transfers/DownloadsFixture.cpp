@@ -43,6 +43,7 @@ unsigned long long DownloadsFixture::start(const std::string& url, const KPB::Do
   unsigned long long uid = 0;
   EXPECT_EQ(downloads_->startSession(url, info, &uid), 1);
   EXPECT_NE(uid, 0u);
+  addresses_[uid] = url;
   return uid;
 }
 
@@ -61,7 +62,8 @@ void DownloadsFixture::fetchUntil(int percent, const std::string& url,
 
 TransferReport DownloadsFixture::report(unsigned long long uid) const {
   TransferReport report;
-  EXPECT_TRUE(downloads_->reports().findByUid(uid, &report));
+  EXPECT_TRUE(downloads_->reports().findByAddress(addresses_.at(uid), &report));
+  EXPECT_EQ(report.uid, uid) << "a later session has the same address";
   return report;
 }
 

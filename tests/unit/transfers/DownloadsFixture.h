@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -47,6 +48,7 @@ class DownloadsFixture : public ::testing::Test {
   /// Ends the library in an orderly way and begins anew, as the next run of the player does.
   void restart(const Tuning& tuning = shortTimes());
 
+  /// On the session, which must be the latest of its address.
   TransferReport report(unsigned long long uid) const;
 
   std::filesystem::path movies() const { return folder_ / "movies"; }
@@ -61,6 +63,9 @@ class DownloadsFixture : public ::testing::Test {
   support::TempDir folder_;
   Receiver receiver_;
   std::unique_ptr<Downloads> downloads_;
+
+ private:
+  std::map<unsigned long long, std::string> addresses_;  ///< of the sessions
 };
 
 /// A film of so many bytes, with everything that makes it easy to continue.

@@ -36,7 +36,7 @@ TEST_F(PluginTest, ItsReportsAndSettingsAreFoundByTheirOwnIds) {
   KPIM::Helper<TransferReports> reports(DIN_TransferReports);
   ASSERT_EQ(reports.loadPlugin(&context_, Filter(DIN_TransferReports), Selector(), true), 0);
   TransferReport report;
-  EXPECT_FALSE(reports->findByUid(1, &report));
+  EXPECT_FALSE(reports->findByAddress("http://localhost/", &report));
   KPIM::Helper<TransferSettings> settings(DIN_TransferSettings);
   ASSERT_EQ(settings.loadPlugin(&context_, Filter(DIN_TransferSettings), Selector(), true), 0);
   settings->setTrustFile("");
@@ -66,16 +66,15 @@ TEST_F(PluginTest, AnUnknownFaceIsRefused) {
 
 class ReportsTest : public DownloadsFixture {};
 
-TEST_F(ReportsTest, ASessionIsFoundByIdAddressAndPath) {
+TEST_F(ReportsTest, ASessionIsFoundByAddressAndPath) {
   FilmServer server(filmOf(100'000));
   server.stallNext(50'000);
   const auto uid = start(server.url());
   ASSERT_TRUE(receiver_.waitForPercent(uid, 50));
-  TransferReport byUid, byAddress, byPath;
-  ASSERT_TRUE(downloads_->reports().findByUid(uid, &byUid));
+  TransferReport byAddress, byPath;
   ASSERT_TRUE(downloads_->reports().findByAddress(server.url(), &byAddress));
   ASSERT_TRUE(downloads_->reports().findByPath(movies() / "film.avi", &byPath));
-  for (const TransferReport& one : {byUid, byAddress, byPath}) {
+  for (const TransferReport& one : {byAddress, byPath}) {
     EXPECT_EQ(one.uid, uid);
     EXPECT_EQ(one.address, server.url());
     EXPECT_EQ(one.requestedPath, (movies() / "film.avi").string());
@@ -100,8 +99,6 @@ TEST_F(ReportsTest, TheLatestOfAnAddressIsFound) {
 TEST_F(ReportsTest, WhatIsNotKnownLeavesTheReportAlone) {
   TransferReport report;
   report.detail = "untouched";
-  EXPECT_FALSE(downloads_->reports().findByUid(1, &report));
-  EXPECT_FALSE(downloads_->reports().findByUid(0, &report));
   EXPECT_FALSE(downloads_->reports().findByAddress("http://localhost/", &report));
   EXPECT_FALSE(downloads_->reports().findByPath("", &report));
   EXPECT_EQ(report.detail, "untouched");
