@@ -38,9 +38,9 @@ class PathTools {
   /// The answer of `getFileSize` for a size that cannot be learnt: all bits set.
   static constexpr std::uint64_t kUnknownSize = ~std::uint64_t{0};
 
-  /// Stands for what a file holds as far as that shows without reading it: once somebody has
-  /// written to the file, or put another one in its place, the answer is another. 0 when there is
-  /// none, or that cannot be learnt.
+  /// Stands for what a file holds as far as that shows without reading it: once the file has been
+  /// written to or replaced, the answer is another. 0 when there is no file, or that cannot be
+  /// learnt.
   static std::uint64_t getFileVersion(const std::wstring& path);
 
   /// Moves a file, across file systems too. Fails, and changes nothing, when the target exists.
