@@ -10,7 +10,7 @@
 #include "playerx/window/model/FilmFilter.h"
 #include "playerx/window/model/FilmModel.h"
 #include "playerx/window/model/FilmText.h"
-#include "playerx/window/queue/QueueClient.h"
+#include "playerx/window/queue/WindowQueue.h"
 #include "playerx/window/view/FilmView.h"
 #include "playerx/window/view/MessageStrip.h"
 
@@ -42,8 +42,8 @@ FilmCommands::FilmCommands(const Parts& parts, QObject* parent)
     parts_.strip.end(QStringLiteral("undo"));
     Q_EMIT situationChanged();
   });
-  connect(&parts_.queue, &QueueClient::inputsTaken, this, &FilmCommands::tellInputs);
-  connect(&parts_.queue, &QueueClient::ticketRead, this, &FilmCommands::tellTicket);
+  connect(&parts_.queue, &WindowQueue::inputsTaken, this, &FilmCommands::tellInputs);
+  connect(&parts_.queue, &WindowQueue::ticketRead, this, &FilmCommands::tellTicket);
 }
 
 bool FilmCommands::carryOut(Verb verb) { return carryOut(verb, parts_.view.selectedFilms()); }

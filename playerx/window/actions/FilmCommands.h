@@ -12,7 +12,7 @@ class FilmModel;
 class FilmView;
 class MessageStrip;
 class PendingRemoval;
-class QueueClient;
+class WindowQueue;
 
 /// Carries out what the user wants done with films, and tells what came of it in the strip. Used on
 /// the UI thread; the parts are not owned and outlive this.
@@ -21,7 +21,7 @@ class FilmCommands : public QObject {
 
  public:
   struct Parts {
-    QueueClient& queue;
+    WindowQueue& queue;
     FilmModel& films;
     FilmFilter& filter;
     FilmView& view;

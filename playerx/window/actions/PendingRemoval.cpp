@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "playerx/window/queue/QueueClient.h"
+#include "playerx/window/queue/WindowQueue.h"
 
 namespace playerx::window {
 
@@ -13,8 +13,8 @@ constexpr int kLeavingMs = 3000;
 
 }  // namespace
 
-PendingRemoval::PendingRemoval(QueueClient& client, QObject* parent)
-    : QObject(parent), client_(client) {
+PendingRemoval::PendingRemoval(WindowQueue& queue, QObject* parent)
+    : QObject(parent), queue_(queue) {
   timer_.setSingleShot(true);
   timer_.setInterval(kUndoMs);
   connect(&timer_, &QTimer::timeout, this, &PendingRemoval::commit);
@@ -28,7 +28,7 @@ void PendingRemoval::begin(const QList<Film>& films, bool withFiles) {
     if (isUnfinished(film.state) && film.state != FilmState::kStopped) stopped_.append(film.id);
   }
   withFiles_ = withFiles;
-  if (!stopped_.isEmpty()) client_.stop(stopped_);
+  if (!stopped_.isEmpty()) queue_.stop(stopped_);
   timer_.start();
   announce();
 }
@@ -37,7 +37,7 @@ void PendingRemoval::undo() {
   timer_.stop();
   films_.clear();
   const QList<FilmId> stopped = std::exchange(stopped_, {});
-  if (!stopped.isEmpty()) client_.goOn(stopped);
+  if (!stopped.isEmpty()) queue_.goOn(stopped);
   announce();
   Q_EMIT settled();
 }
@@ -47,7 +47,7 @@ void PendingRemoval::commit() {
   if (films_.isEmpty()) return;
   const QList<FilmId> films = std::exchange(films_, {});
   stopped_.clear();
-  client_.remove(films, withFiles_);
+  queue_.remove(films, withFiles_);
   for (const FilmId film : films) leaving_.insert(film);
   QTimer::singleShot(kLeavingMs, this, [this, films] {
     for (const FilmId film : films) leaving_.remove(film);

@@ -8,7 +8,7 @@
 
 namespace playerx::window {
 
-class QueueClient;
+class WindowQueue;
 
 /// Films that the user has removed and may still have back: out of sight and stopped at once, out
 /// of the queue when the time to undo is over. Used on the UI thread.
@@ -18,8 +18,8 @@ class PendingRemoval : public QObject {
  public:
   static constexpr int kUndoMs = 10'000;
 
-  /// The client is not owned and outlives this.
-  explicit PendingRemoval(QueueClient& client, QObject* parent = nullptr);
+  /// The queue is not owned and outlives this.
+  explicit PendingRemoval(WindowQueue& queue, QObject* parent = nullptr);
 
   /// Hides these films; an earlier removal becomes final. `withFiles` deletes complete films too.
   void begin(const QList<Film>& films, bool withFiles);
@@ -42,7 +42,7 @@ class PendingRemoval : public QObject {
  private:
   void announce();
 
-  QueueClient& client_;
+  WindowQueue& queue_;
   QTimer timer_;
   QList<FilmId> films_;
   QList<FilmId> stopped_;  // of films_, those that the removal has stopped

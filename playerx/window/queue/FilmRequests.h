@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "playerx/app/session/QueueRequest.h"
-#include "playerx/window/queue/QueueClient.h"
+#include "playerx/window/queue/WindowQueue.h"
 
 namespace playerx::window {
 

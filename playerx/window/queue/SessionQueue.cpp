@@ -7,7 +7,7 @@
 namespace playerx::window {
 
 SessionQueue::SessionQueue(const session::SessionOptions& options, QObject* parent)
-    : QueueClient(parent),
+    : WindowQueue(parent),
       options_(options),
       slotDesk_([this](const SlotQuestion& question) { Q_EMIT slotAsked(question); }) {
   thread_.setObjectName(QStringLiteral("session"));
@@ -47,15 +47,15 @@ void SessionQueue::post(Deed deed) {
 void SessionQueue::begin(bool staysPaused) {
   worker_ = std::make_unique<SessionWorker>(options_, slotDesk_);
   const SessionWorker* const worker = worker_.get();
-  connect(worker, &SessionWorker::changed, this, &QueueClient::changed);
-  connect(worker, &SessionWorker::inputsTaken, this, &QueueClient::inputsTaken);
-  connect(worker, &SessionWorker::ticketRead, this, &QueueClient::ticketRead);
-  connect(worker, &SessionWorker::noticed, this, &QueueClient::noticed);
-  connect(worker, &SessionWorker::shown, this, &QueueClient::shown);
-  connect(worker, &SessionWorker::playRequested, this, &QueueClient::playRequested);
-  connect(worker, &SessionWorker::preferencesRead, this, &QueueClient::preferencesRead);
-  connect(worker, &SessionWorker::roomKnown, this, &QueueClient::roomKnown);
-  connect(worker, &SessionWorker::lost, this, &QueueClient::lost);
+  connect(worker, &SessionWorker::changed, this, &WindowQueue::changed);
+  connect(worker, &SessionWorker::inputsTaken, this, &WindowQueue::inputsTaken);
+  connect(worker, &SessionWorker::ticketRead, this, &WindowQueue::ticketRead);
+  connect(worker, &SessionWorker::noticed, this, &WindowQueue::noticed);
+  connect(worker, &SessionWorker::shown, this, &WindowQueue::shown);
+  connect(worker, &SessionWorker::playRequested, this, &WindowQueue::playRequested);
+  connect(worker, &SessionWorker::preferencesRead, this, &WindowQueue::preferencesRead);
+  connect(worker, &SessionWorker::roomKnown, this, &WindowQueue::roomKnown);
+  connect(worker, &SessionWorker::lost, this, &WindowQueue::lost);
   worker_->open(staysPaused);
 }
 

@@ -4,15 +4,15 @@
 #include <memory>
 
 #include "playerx/app/session/Places.h"
-#include "playerx/window/queue/QueueClient.h"
 #include "playerx/window/queue/SlotDesk.h"
+#include "playerx/window/queue/WindowQueue.h"
 
 namespace playerx::window {
 
 class SessionWorker;
 
 /// The queue of this process: hands everything to a session on a thread of its own.
-class SessionQueue : public QueueClient {
+class SessionQueue : public WindowQueue {
   Q_OBJECT
 
  public:

@@ -11,11 +11,11 @@
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/window/queue/FilmBook.h"
 #include "playerx/window/queue/LookClock.h"
-#include "playerx/window/queue/QueueClient.h"
 #include "playerx/window/queue/QueueEnd.h"
 #include "playerx/window/queue/QueueMessages.h"
 #include "playerx/window/queue/SlotDesk.h"
 #include "playerx/window/queue/WindowPlayer.h"
+#include "playerx/window/queue/WindowQueue.h"
 
 namespace playerx::window {
 

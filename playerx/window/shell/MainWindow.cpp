@@ -26,7 +26,7 @@
 #include "playerx/window/playback/MiniPlayer.h"
 #include "playerx/window/playback/Watching.h"
 #include "playerx/window/playback/WatchingPage.h"
-#include "playerx/window/queue/QueueClient.h"
+#include "playerx/window/queue/WindowQueue.h"
 #include "playerx/window/shell/DownloadsPage.h"
 #include "playerx/window/shell/FilterBar.h"
 #include "playerx/window/shell/Menus.h"
@@ -108,13 +108,13 @@ void MainWindow::build() {
 }
 
 void MainWindow::connectQueue() {
-  connect(&queue_, &QueueClient::changed, batcher_, &UpdateBatcher::add);
+  connect(&queue_, &WindowQueue::changed, batcher_, &UpdateBatcher::add);
   connect(batcher_, &UpdateBatcher::ready, this, &MainWindow::apply);
-  connect(&queue_, &QueueClient::preferencesRead, this,
+  connect(&queue_, &WindowQueue::preferencesRead, this,
           [this](const QueuePreferences& preferences) { preferences_ = preferences; });
-  connect(&queue_, &QueueClient::shown, this, &MainWindow::take);
-  connect(&queue_, &QueueClient::roomKnown, status_, &StatusStrip::showRoom);
-  connect(&queue_, &QueueClient::playRequested, this, [this](FilmId film, const QString& location) {
+  connect(&queue_, &WindowQueue::shown, this, &MainWindow::take);
+  connect(&queue_, &WindowQueue::roomKnown, status_, &StatusStrip::showRoom);
+  connect(&queue_, &WindowQueue::playRequested, this, [this](FilmId film, const QString& location) {
     if (film == 0 || !watching_->play(film)) watching_->play(location);
   });
 }

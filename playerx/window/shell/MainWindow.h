@@ -23,7 +23,6 @@ class FilmNews;
 class FilterBar;
 class MessageStrip;
 class MiniPlayer;
-class QueueClient;
 class QueueQuestions;
 class StatusStrip;
 class Tray;
@@ -33,6 +32,7 @@ class WindowClosing;
 class WindowDialogs;
 class WindowMemory;
 class WindowPages;
+class WindowQueue;
 
 /// The player's window: the list of downloads, the film that is watched, and what is done with
 /// them. Used on the UI thread.
@@ -42,7 +42,7 @@ class MainWindow : public QMainWindow {
  public:
   /// Not owned; they outlive the window. `player` is null when this build cannot show films.
   struct Parts {
-    QueueClient& queue;
+    WindowQueue& queue;
     WindowMemory& memory;
     Desktop& desktop;
     FilmPlayer* player;
@@ -105,7 +105,7 @@ class MainWindow : public QMainWindow {
   void restore();
   void remember();
 
-  QueueClient& queue_;
+  WindowQueue& queue_;
   WindowMemory& memory_;
   FilmPlayer* const player_;
 

@@ -5,7 +5,7 @@
 #include "playerx/window/model/FilmModel.h"
 #include "playerx/window/model/FilmText.h"
 #include "playerx/window/model/Numbers.h"
-#include "playerx/window/queue/QueueClient.h"
+#include "playerx/window/queue/WindowQueue.h"
 #include "playerx/window/view/MessageStrip.h"
 
 namespace playerx::window {
@@ -23,13 +23,13 @@ QString noSpaceText(const Notice& notice) {
       .arg(folder, sizeText(notice.needed), sizeText(notice.free));
 }
 
-QueueQuestions::QueueQuestions(QueueClient& queue, const FilmModel& films, MessageStrip& strip,
+QueueQuestions::QueueQuestions(WindowQueue& queue, const FilmModel& films, MessageStrip& strip,
                                QObject* parent)
     : QObject(parent), queue_(queue), films_(films), strip_(strip) {
-  connect(&queue_, &QueueClient::noticed, this, &QueueQuestions::tell);
-  connect(&queue_, &QueueClient::slotAsked, this, &QueueQuestions::askForSlot);
-  connect(&queue_, &QueueClient::changed, this, [this] { strip_.end(QStringLiteral("lost")); });
-  connect(&queue_, &QueueClient::lost, this, [this](const QString& sentence) {
+  connect(&queue_, &WindowQueue::noticed, this, &QueueQuestions::tell);
+  connect(&queue_, &WindowQueue::slotAsked, this, &QueueQuestions::askForSlot);
+  connect(&queue_, &WindowQueue::changed, this, [this] { strip_.end(QStringLiteral("lost")); });
+  connect(&queue_, &WindowQueue::lost, this, [this](const QString& sentence) {
     strip_.show({.topic = QStringLiteral("lost"), .text = cleanText(sentence), .isWarning = true});
   });
 }

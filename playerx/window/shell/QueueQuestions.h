@@ -8,7 +8,7 @@ namespace playerx::window {
 
 class FilmModel;
 class MessageStrip;
-class QueueClient;
+class WindowQueue;
 
 /// Puts the queue's notices and questions into the strip, in words for people. Used on the UI
 /// thread; the arguments are not owned and outlive this.
@@ -16,7 +16,7 @@ class QueueQuestions : public QObject {
   Q_OBJECT
 
  public:
-  QueueQuestions(QueueClient& queue, const FilmModel& films, MessageStrip& strip,
+  QueueQuestions(WindowQueue& queue, const FilmModel& films, MessageStrip& strip,
                  QObject* parent = nullptr);
 
  Q_SIGNALS:
@@ -28,7 +28,7 @@ class QueueQuestions : public QObject {
   void askForSlot(const SlotQuestion& question);
   QString titleOf(FilmId film) const;
 
-  QueueClient& queue_;
+  WindowQueue& queue_;
   const FilmModel& films_;
   MessageStrip& strip_;
 };

@@ -118,7 +118,7 @@ TEST_F(BadInputTest, AFolderThatAnotherProcessHoldsIsWaitedForAndThenUsed) {
 TEST_F(BadInputTest, NoOperationWaitsForTheQueue) {
   LiveQueue live({.isHeld = true});
   SessionQueue& queue = live.queue();
-  QSignalSpy lost(&queue, &QueueClient::lost);
+  QSignalSpy lost(&queue, &WindowQueue::lost);
   queue.add({live.freshAddress()});
   queue.readTicket(QStringLiteral("/nowhere/one.tix"));
   queue.pauseAll();

@@ -2,12 +2,12 @@
 
 #include <QStringList>
 
-#include "playerx/window/queue/QueueClient.h"
+#include "playerx/window/queue/WindowQueue.h"
 
 namespace playerx::window {
 
 /// A queue that does nothing but write down what it is asked to do, as one line each.
-class RecordingQueue : public QueueClient {
+class RecordingQueue : public WindowQueue {
  public:
   void add(const QStringList& inputs) override { note("add", inputs.join(u' ')); }
   void readTicket(const QString& path) override { note("readTicket", path); }

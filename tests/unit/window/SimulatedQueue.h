@@ -4,7 +4,7 @@
 #include <QSet>
 #include <algorithm>
 
-#include "playerx/window/queue/QueueClient.h"
+#include "playerx/window/queue/WindowQueue.h"
 #include "tests/unit/window/Films.h"
 
 namespace playerx::window {
@@ -15,7 +15,7 @@ inline auto isOneOf(const QList<FilmId>& ids) {
 
 /// A queue that does what it is asked to do, at once and without transfers: `advance` lets films
 /// arrive, end and fail.
-class SimulatedQueue : public QueueClient {
+class SimulatedQueue : public WindowQueue {
  public:
   explicit SimulatedQueue(quint32 seed) : random_(seed) {}
 

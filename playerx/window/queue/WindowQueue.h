@@ -15,7 +15,7 @@ enum class Move { kUp, kDown, kToTop, kToBottom };
 ///
 /// Used on the UI thread. Every operation returns at once; what it did arrives with a signal, the
 /// first `changed` with the whole queue. Ids that are not queued are passed over.
-class QueueClient : public QObject {
+class WindowQueue : public QObject {
   Q_OBJECT
 
  public:
