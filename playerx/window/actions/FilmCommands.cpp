@@ -162,12 +162,8 @@ void FilmCommands::tellInputs(const InputReport& report) {
 }
 
 void FilmCommands::tellTicket(const TicketReport& report) {
-  if (!report.isDoubtful) return parts_.queue.add({report.path});
-  QStringList problems;
-  for (const TicketLine& line : report.lines) {
-    if (line.isProblem) problems << cleanText(line.text);
-  }
-  const QString first = problems.value(0);
+  if (report.problem.isEmpty()) return parts_.queue.add({report.path});
+  const QString problem = cleanText(report.problem);
   const QString path = report.path;
   StripMessage message;
   message.topic = QStringLiteral("ticket:") + path;
@@ -175,11 +171,11 @@ void FilmCommands::tellTicket(const TicketReport& report) {
   if (report.films == 0) {
     //: %1 is a path, %2 a sentence with the reason.
     message.text =
-        tr("The ticket %1 names no film that can be downloaded. %2").arg(cleanText(path), first);
+        tr("The ticket %1 names no film that can be downloaded. %2").arg(cleanText(path), problem);
   } else {
     message.text = tr("The ticket %1 names %n film(s), but something in it cannot be used. %2",
                       nullptr, report.films)
-                       .arg(cleanText(path), first);
+                       .arg(cleanText(path), problem);
     message.answers.append({tr("Add all the same"), [this, path] { parts_.queue.add({path}); }});
   }
   parts_.strip.show(message);

@@ -38,13 +38,9 @@ TicketReport reportOnTicket(const QString& path, PluginContext& plugins) {
   report.path = path;
   for (const inputs::TicketFinding& finding :
        inputs::examineTicket(path.toStdString(), services ? services->get() : nullptr, notAsked)) {
-    if (finding.isFilm) {
-      ++report.films;
-      report.lines.append({finding.line, QString::fromStdString(finding.title), false});
-    } else {
-      report.isDoubtful = true;
-      report.lines.append({finding.line, QString::fromStdString(finding.note), true});
-    }
+    if (finding.isFilm) ++report.films;
+    const bool isFirstProblem = !finding.isFilm && report.problem.isEmpty();
+    if (isFirstProblem) report.problem = QString::fromStdString(finding.note);
   }
   return report;
 }

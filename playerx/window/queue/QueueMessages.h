@@ -23,19 +23,11 @@ struct InputReport {
   QList<RefusedInput> refused;
 };
 
-/// A film that a ticket names, or a line that keeps one from being downloaded.
-struct TicketLine {
-  int line = 0;  ///< from 1 on; 0 for the ticket as a whole
-  QString text;  ///< the film's title or address, or a sentence
-  bool isProblem = false;
-};
-
 /// What a ticket says.
 struct TicketReport {
   QString path;
   int films = 0;
-  bool isDoubtful = false;  ///< something in it cannot be downloaded
-  QList<TicketLine> lines;
+  QString problem;  ///< the first sentence about what cannot be downloaded; empty when all can
 };
 
 /// Something the queue tells the user about a film that is being worked on.

@@ -35,7 +35,7 @@ class SimulatedQueue : public WindowQueue {
     TicketReport report;
     report.path = path;
     report.films = 1;
-    report.isDoubtful = chance(2);
+    if (chance(2)) report.problem = QStringLiteral("This film has no line \"end\".");
     Q_EMIT ticketRead(report);
   }
   void pauseAll() override { setPaused(true); }
