@@ -23,8 +23,8 @@ FilmRequests::Requests FilmRequests::goOn(const Ids& ids) const {
 // Each goes to the top, so the last one is asked for first. All of them are one request, because
 // the manager queues a failed head as soon as another film passes it: asked for by itself, it would
 // stay behind.
-FilmRequests::Requests FilmRequests::retry(const Ids& ids, qsizetype failed) const {
-  if (ids.size() == failed) return {{.action = Action::kRetry}};
+FilmRequests::Requests FilmRequests::retry(const Ids& ids) const {
+  if (ids.size() == failed_) return {{.action = Action::kRetry}};
   return forEach(backwards(ids), {.action = Action::kRetry});
 }
 

@@ -14,15 +14,14 @@ class FilmRequests {
   using Ids = QList<FilmId>;
   using Requests = std::vector<session::Request>;
 
-  /// The queue's items are the films numbered from above `firstId` on.
-  explicit FilmRequests(FilmId firstId) : firstId_(firstId) {}
+  /// The queue's items are the films numbered from above `firstId` on; `failed` of them have
+  /// failed.
+  explicit FilmRequests(FilmId firstId, qsizetype failed = 0)
+      : firstId_(firstId), failed_(failed) {}
 
   Requests stop(const Ids& ids) const;
   Requests goOn(const Ids& ids) const;
-
-  /// `failed` is how many films of the queue have failed.
-  Requests retry(const Ids& ids, qsizetype failed) const;
-
+  Requests retry(const Ids& ids) const;
   Requests remove(const Ids& ids, bool withFiles) const;
   Requests move(const Ids& ids, Move where) const;
 
@@ -33,6 +32,7 @@ class FilmRequests {
   Requests forEach(const Ids& ids, session::Request request) const;
 
   const FilmId firstId_;
+  const qsizetype failed_;
 };
 
 }  // namespace playerx::window

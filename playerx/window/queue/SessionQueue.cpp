@@ -6,6 +6,8 @@
 
 namespace playerx::window {
 
+using Action = session::Request::Action;
+
 SessionQueue::SessionQueue(const session::SessionOptions& options, QObject* parent)
     : WindowQueue(parent),
       options_(options),
@@ -44,6 +46,11 @@ void SessionQueue::post(Deed deed) {
       Qt::QueuedConnection);
 }
 
+template <class MakeRequests>
+void SessionQueue::ask(MakeRequests requests) {
+  post([requests](SessionWorker& worker) { worker.carryOut(requests); });
+}
+
 void SessionQueue::begin(bool staysPaused) {
   worker_ = std::make_unique<SessionWorker>(options_, slotDesk_);
   const SessionWorker* const worker = worker_.get();
@@ -68,35 +75,35 @@ void SessionQueue::readTicket(const QString& path) {
 }
 
 void SessionQueue::pauseAll() {
-  post([](SessionWorker& worker) { worker.pauseAll(); });
+  ask([](const FilmRequests&) { return FilmRequests::Requests{{.action = Action::kPause}}; });
 }
 
 void SessionQueue::resumeAll() {
-  post([](SessionWorker& worker) { worker.resumeAll(); });
+  ask([](const FilmRequests&) { return FilmRequests::Requests{{.action = Action::kResume}}; });
 }
 
 void SessionQueue::stop(const Ids& ids) {
-  post([ids](SessionWorker& worker) { worker.stop(ids); });
+  ask([ids](const FilmRequests& films) { return films.stop(ids); });
 }
 
 void SessionQueue::goOn(const Ids& ids) {
-  post([ids](SessionWorker& worker) { worker.goOn(ids); });
+  ask([ids](const FilmRequests& films) { return films.goOn(ids); });
 }
 
 void SessionQueue::retry(const Ids& ids) {
-  post([ids](SessionWorker& worker) { worker.retry(ids); });
+  ask([ids](const FilmRequests& films) { return films.retry(ids); });
 }
 
 void SessionQueue::remove(const Ids& ids, bool withFiles) {
-  post([ids, withFiles](SessionWorker& worker) { worker.remove(ids, withFiles); });
+  ask([ids, withFiles](const FilmRequests& films) { return films.remove(ids, withFiles); });
 }
 
 void SessionQueue::move(const Ids& ids, Move where) {
-  post([ids, where](SessionWorker& worker) { worker.move(ids, where); });
+  ask([ids, where](const FilmRequests& films) { return films.move(ids, where); });
 }
 
 void SessionQueue::moveBefore(const Ids& ids, FilmId before) {
-  post([ids, before](SessionWorker& worker) { worker.moveBefore(ids, before); });
+  ask([ids, before](const FilmRequests& films) { return films.moveBefore(ids, before); });
 }
 
 void SessionQueue::play(FilmId id) {

@@ -42,6 +42,8 @@ class SessionQueue : public WindowQueue {
  private:
   template <class Deed>
   void post(Deed deed);
+  template <class MakeRequests>
+  void ask(MakeRequests requests);
   void begin(bool staysPaused);
 
   const session::SessionOptions options_;

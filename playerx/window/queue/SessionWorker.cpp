@@ -7,7 +7,6 @@
 
 #include "playerx/app/door/QueueOpening.h"
 #include "playerx/app/reasons/ReasonFile.h"
-#include "playerx/window/queue/FilmRequests.h"
 #include "playerx/window/queue/InputReports.h"
 #include "playerx/window/queue/OtherQueue.h"
 #include "playerx/window/queue/OwnQueue.h"
@@ -23,9 +22,6 @@ using session::Request;
 using Action = Request::Action;
 
 namespace {
-
-/// Inputs that are handed over in one request: few enough for the queue to be looked at meanwhile.
-constexpr qsizetype kInputsAtOnce = 100;
 
 /// How often the free space is looked at.
 constexpr int kRoomMs = 10'000;
@@ -59,9 +55,15 @@ QStringList inputsOf(const std::vector<std::string>& inputs) {
 
 SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& slotDesk)
     : slotDesk_(slotDesk),
+      adder_([this](const Request& request) { return askReached(request); }),
       player_([this](const QString& location) { Q_EMIT playRequested(0, location); }) {
   roomClock_.setInterval(kRoomMs);
   retry_.setSingleShot(true);
+  connect(&adder_, &InputAdder::advanced, &clock_, &LookClock::lookIfRested);
+  connect(&adder_, &InputAdder::allAdded, this, &SessionWorker::look);
+  connect(&adder_, &InputAdder::failed, this,
+          [this](const std::string& sentence) { take({.sentence = sentence}); });
+  connect(&adder_, &InputAdder::reported, this, &SessionWorker::inputsTaken);
   connect(&clock_, &LookClock::due, this, &SessionWorker::look);
   connect(&clock_, &LookClock::ticked, this, [this] {
     if (own_ == nullptr || isAnyRunning(end_->queue())) look();
@@ -82,7 +84,7 @@ SessionWorker::~SessionWorker() {
   end_.reset();
   const std::string problem = wasHere ? session_->saveAgain() : "";
   if (!problem.empty()) std::cerr << "playerx: " << problem << std::endl;
-  const qsizetype left = toAdd_.size() + waiting_.size();
+  const qsizetype left = adder_.left();
   if (left > 0) std::cerr << "playerx: " << left << " of the inputs were not added." << std::endl;
 }
 
@@ -144,76 +146,29 @@ void SessionWorker::beginBook() {
 void SessionWorker::begin() {
   look();
   clock_.start();
-  if (!waiting_.isEmpty()) add(std::exchange(waiting_, {}));
-}
-
-void SessionWorker::add(const QStringList& inputs) {
-  const bool isAdding = !toAdd_.isEmpty();
-  if (!isAdding) added_.clear();
-  toAdd_.append(inputs);
-  if (!isAdding) addNext();
-}
-
-/// A long list is added piece by piece: requests at the door and the end of the window come in
-/// between.
-void SessionWorker::addNext() {
-  addSome(toAdd_.mid(0, kInputsAtOnce), report_);
-  toAdd_.remove(0, std::min<qsizetype>(kInputsAtOnce, toAdd_.size()));
-  clock_.lookIfRested();
-  if (!toAdd_.isEmpty()) {
-    QMetaObject::invokeMethod(this, &SessionWorker::addNext, Qt::QueuedConnection);
-    return;
-  }
-  look();
-  report_.films = std::exchange(added_, {});
-  report_.added = static_cast<int>(report_.films.size());
-  Q_EMIT inputsTaken(std::exchange(report_, {}));
-}
-
-void SessionWorker::addSome(const QStringList& inputs, InputReport& report) {
-  Request request{.action = Action::kAdd, .starts = false};
-  for (const QString& input : inputs) request.inputs.push_back(input.toStdString());
-  const Reply reply = ask(request);
-  if (!end_ || !end_->problem().empty()) {
-    waiting_.append(inputs);
-    return;
-  }
-  if (reply.outcome == Reply::Outcome::kFailed && !reply.notes.empty()) {
-    take({.sentence = reply.notes.front()});
-  }
-  addReply(reply, report);
+  adder_.addWaiting();
 }
 
 void SessionWorker::readTicket(const QString& path) {
   Q_EMIT ticketRead(reportOnTicket(path, session_->plugins()));
 }
 
-void SessionWorker::pauseAll() { ask({.action = Action::kPause}); }
-
-void SessionWorker::resumeAll() { ask({.action = Action::kResume}); }
-
-void SessionWorker::stop(const Ids& ids) { askAll(FilmRequests(firstId_).stop(ids)); }
-
-void SessionWorker::goOn(const Ids& ids) { askAll(FilmRequests(firstId_).goOn(ids)); }
-
-void SessionWorker::retry(const Ids& ids) {
+/// Says what could not be done, once.
+void SessionWorker::carryOut(const std::function<Requests(const FilmRequests&)>& requests) {
   if (!end_) return;
   const auto failed =
       std::count_if(end_->queue().begin(), end_->queue().end(),
                     [](const ItemState& item) { return item.status == DownloadStatusFailed; });
-  askAll(FilmRequests(firstId_).retry(ids, failed));
-}
-
-void SessionWorker::remove(const Ids& ids, bool withFiles) {
-  askAll(FilmRequests(firstId_).remove(ids, withFiles));
-}
-
-void SessionWorker::move(const Ids& ids, Move where) {
-  askAll(FilmRequests(firstId_).move(ids, where));
-}
-
-void SessionWorker::moveBefore(const Ids& ids, FilmId before) {
-  askAll(FilmRequests(firstId_).moveBefore(ids, before));
+  std::string problem;
+  for (const Request& request : requests(FilmRequests(firstId_, failed))) {
+    if (isEnding()) break;
+    const Reply reply = ask(request);
+    const bool hasFailed = reply.outcome == Reply::Outcome::kFailed && !reply.notes.empty();
+    if (hasFailed) problem = reply.notes.front();
+    clock_.lookIfRested();
+  }
+  if (!problem.empty()) take({.sentence = problem});
+  look();
 }
 
 void SessionWorker::play(FilmId film) {
@@ -243,24 +198,17 @@ Reply SessionWorker::ask(const Request& request) {
   return reply;
 }
 
-/// Says what could not be done, once.
-void SessionWorker::askAll(const std::vector<Request>& requests) {
-  std::string problem;
-  for (const Request& request : requests) {
-    if (isEnding()) break;
-    const Reply reply = ask(request);
-    const bool hasFailed = reply.outcome == Reply::Outcome::kFailed && !reply.notes.empty();
-    if (hasFailed) problem = reply.notes.front();
-    clock_.lookIfRested();
-  }
-  if (!problem.empty()) take({.sentence = problem});
-  look();
+/// Nullopt when the queue turned out not to be reachable any more.
+std::optional<Reply> SessionWorker::askReached(const Request& request) {
+  const Reply reply = ask(request);
+  const bool isReached = end_ && end_->problem().empty();
+  return isReached ? std::optional(reply) : std::nullopt;
 }
 
 void SessionWorker::take(const QueueEvent& event) {
   using Kind = QueueEvent::Kind;
   book_->note(event);
-  if (event.kind == Kind::kAdded) added_.append(firstId_ + event.item.id);
+  if (event.kind == Kind::kAdded) adder_.noteFilm(filmOf(event));
   if (event.kind == Kind::kFinished) tellRoom();
   if (const auto notice = noticeOf(event, filmOf(event))) Q_EMIT noticed(*notice);
 }

@@ -4,18 +4,20 @@
 #include <QSet>
 #include <QTimer>
 #include <atomic>
+#include <functional>
 #include <memory>
-#include <vector>
+#include <optional>
 
 #include "playerx/app/door/QueueClient.h"
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/window/queue/FilmBook.h"
+#include "playerx/window/queue/FilmRequests.h"
+#include "playerx/window/queue/InputAdder.h"
 #include "playerx/window/queue/LookClock.h"
 #include "playerx/window/queue/QueueEnd.h"
 #include "playerx/window/queue/QueueMessages.h"
 #include "playerx/window/queue/SlotDesk.h"
 #include "playerx/window/queue/WindowPlayer.h"
-#include "playerx/window/queue/WindowQueue.h"
 
 namespace playerx::window {
 
@@ -30,7 +32,7 @@ class SessionWorker : public QObject {
   Q_OBJECT
 
  public:
-  using Ids = QList<FilmId>;
+  using Requests = FilmRequests::Requests;
 
   /// `slotDesk` answers questions that the download manager waits for; not owned, outlives the
   /// worker.
@@ -44,16 +46,13 @@ class SessionWorker : public QObject {
 
   /// Adds the inputs, a long list little by little; `inputsTaken` says when it is done. Those that
   /// are left when the worker is destroyed are counted on standard error.
-  void add(const QStringList& inputs);
+  void add(const QStringList& inputs) { adder_.add(inputs); }
+
   void readTicket(const QString& path);
-  void pauseAll();
-  void resumeAll();
-  void stop(const Ids& ids);
-  void goOn(const Ids& ids);
-  void retry(const Ids& ids);
-  void remove(const Ids& ids, bool withFiles);
-  void move(const Ids& ids, Move where);
-  void moveBefore(const Ids& ids, FilmId before);
+
+  /// Has the queue do something with its films.
+  void carryOut(const std::function<Requests(const FilmRequests&)>& requests);
+
   void play(FilmId film);
   void setPreferences(const QueuePreferences& preferences);
 
@@ -74,10 +73,8 @@ class SessionWorker : public QObject {
   void openThere(std::unique_ptr<door::QueueClient> client);
   void beginBook();
   void begin();
-  void addNext();
-  void addSome(const QStringList& inputs, InputReport& report);
   session::Reply ask(const session::Request& request);
-  void askAll(const std::vector<session::Request>& requests);
+  std::optional<session::Reply> askReached(const session::Request& request);
   void take(const session::QueueEvent& event);
   FilmId filmOf(const session::QueueEvent& event) const;
   void answerSoon();
@@ -89,11 +86,8 @@ class SessionWorker : public QObject {
   std::atomic<bool> isAnswerDue_{false};
   bool staysPaused_ = false;
   QSet<FilmId> playWishes_;  // films to be played as soon as enough of them is there
-  QStringList toAdd_;        // inputs whose turn has not come yet
-  InputReport report_;       // of those whose turn has come
-  Ids added_;                // since adding began
-  QStringList waiting_;      // inputs that no queue could be told of yet
-  FilmId firstId_ = 0;       // films of the present queue are numbered from above it on
+  InputAdder adder_;
+  FilmId firstId_ = 0;  // films of the present queue are numbered from above it on
   FilmId lastId_ = 0;
   LookClock clock_;
   QTimer roomClock_;

@@ -24,11 +24,11 @@ TEST(FilmRequestsTest, FilmsThatMoveTogetherKeepTheirOrder) {
 }
 
 TEST(FilmRequestsTest, TheFirstOfTheRetriedFilmsIsTheFirstOfTheQueue) {
-  EXPECT_EQ(idsOf(FilmRequests(0).retry({4, 5, 6}, 4)), Ids({6, 5, 4}));
+  EXPECT_EQ(idsOf(FilmRequests(0, 4).retry({4, 5, 6})), Ids({6, 5, 4}));
 }
 
 TEST(FilmRequestsTest, AllFailedFilmsAreRetriedByOneRequest) {
-  const auto requests = FilmRequests(0).retry({4, 5, 6}, 3);
+  const auto requests = FilmRequests(0, 3).retry({4, 5, 6});
   ASSERT_EQ(requests.size(), 1u);
   EXPECT_EQ(requests.front().action, Request::Action::kRetry);
   EXPECT_FALSE(requests.front().id);

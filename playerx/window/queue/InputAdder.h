@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <functional>
+#include <optional>
+
+#include "playerx/app/session/QueueRequest.h"
+#include "playerx/window/queue/QueueMessages.h"
+
+namespace playerx::window {
+
+/// Adds inputs to the queue, a long list little by little: requests at the door and the end of the
+/// window come in between. Lives on the session's thread.
+class InputAdder : public QObject {
+  Q_OBJECT
+
+ public:
+  /// Carries a request out; nullopt when no queue can be reached.
+  using Ask = std::function<std::optional<session::Reply>(const session::Request&)>;
+
+  explicit InputAdder(Ask ask) : ask_(std::move(ask)) {}
+
+  /// `finished` follows; inputs that no queue could be told of wait for `addWaiting`.
+  void add(const QStringList& inputs);
+  void addWaiting();
+
+  /// The queue has this film since an input was added.
+  void noteFilm(FilmId film) { films_.append(film); }
+
+  /// Inputs that have not been added.
+  qsizetype left() const { return toAdd_.size() + waiting_.size(); }
+
+ Q_SIGNALS:
+  /// Some inputs have been handed over.
+  void advanced();
+
+  /// All of them have been; asks for the films that they brought before the report is made.
+  void allAdded();
+
+  /// None of some inputs could be added; one sentence says why.
+  void failed(const std::string& sentence);
+
+  void reported(const playerx::window::InputReport& report);
+
+ private:
+  void addNext();
+  void addSome(const QStringList& inputs);
+
+  const Ask ask_;
+  QStringList toAdd_;    // inputs whose turn has not come yet
+  QStringList waiting_;  // inputs that no queue could be told of yet
+  InputReport report_;   // of those whose turn has come
+  QList<FilmId> films_;  // since adding began
+};
+
+}  // namespace playerx::window
