@@ -10,6 +10,7 @@
 
 #include "KPX/OSUtilities.h"
 #include "playerx/app/session/Places.h"
+#include "playerx/app/session/Resources.h"
 #include "playerx/window/desktop/BusDesktop.h"
 #include "playerx/window/model/WindowMemory.h"
 #include "playerx/window/playback/FilmPlayer.h"
@@ -75,7 +76,7 @@ QString dataFolder(const session::SessionOptions& options) {
   return QDir::current().absoluteFilePath(QString::fromStdString(options.dataFolder));
 }
 
-/// Whether the toolkit has something to draw on; without it, it would abort.
+/// Whether the toolkit has something to draw on.
 bool hasScreen() {
   const auto isSet = [](const char* name) { return !qEnvironmentVariableIsEmpty(name); };
   return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
@@ -88,6 +89,12 @@ bool isAboutItself(int argc, char** argv) {
   return std::any_of(argv, argv + argc, [&](const char* argument) {
     return words.contains(QString::fromLocal8Bit(argument));
   });
+}
+
+/// Why no window can be opened, in one sentence; empty when one can. The toolkit would abort.
+std::string obstacleToWindow() {
+  if (!hasScreen()) return "there is no screen; `playerx-cli` works without one.";
+  return session::lackOfResources();
 }
 
 int run(const QApplication& application) {
@@ -114,12 +121,11 @@ int run(const QApplication& application) {
 int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);        // a write beyond the limit of file sizes fails instead
   qputenv("DBUS_FATAL_WARNINGS", "0");  // a bus that dies at a bad moment does not end the player
-  if (!playerx::window::hasScreen()) {
-    if (!playerx::window::isAboutItself(argc, argv)) {
-      std::cerr << "playerx: there is no screen; `playerx-cli` works without one." << std::endl;
-      return 1;
-    }
+  if (playerx::window::isAboutItself(argc, argv)) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+  } else if (const std::string obstacle = playerx::window::obstacleToWindow(); !obstacle.empty()) {
+    std::cerr << "playerx: " << obstacle << std::endl;
+    return 1;
   }
   playerx::session::setHome();
   QApplication::setOrganizationName(QStringLiteral("Vesk"));

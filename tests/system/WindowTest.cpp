@@ -113,6 +113,16 @@ TEST_F(WindowTest, WithoutAScreenTheProgramSaysSo) {
   EXPECT_EQ(runWithoutScreen("--help", printed), 0);
 }
 
+TEST_F(WindowTest, TooFewFilesAreSaidBeforeThereIsAWindow) {
+  for (const int most : {12, 20, 31}) {
+    Process window(
+        {.arguments = {"sh", "-c", "ulimit -n " + std::to_string(most) + "; exec \"$0\"", PLAYERX},
+         .environment = {{"QT_QPA_PLATFORM", "offscreen"}}});
+    EXPECT_EQ(window.wait(), 1) << most;
+    EXPECT_THAT(window.errors(), HasSubstr("Only " + std::to_string(most) + " files")) << most;
+  }
+}
+
 TEST_F(WindowTest, DownloadsWhatItIsStartedWith) {
   const auto window = startWindow({offerQuick("a.avi")});
   EXPECT_TRUE(isThere("a.avi")) << window->errors();
