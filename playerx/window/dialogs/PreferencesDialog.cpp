@@ -83,6 +83,14 @@ PreferencesDialog::PreferencesDialog(const QueuePreferences& queue, const Window
       complaint_(new QLabel(this)),
       buttons_(new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this)) {
   setWindowTitle(tr("Preferences"));
+  arrange();
+  load(queue, window);
+  connectParts();
+  check();
+  setMinimumWidth(68 * fontMetrics().averageCharWidth());
+}
+
+void PreferencesDialog::arrange() {
   auto* const tabs = new QTabWidget(this);
   tabs->addTab(makeDownloadsPage(), tr("D&ownloads"));
   tabs->addTab(makeNetworkPage(), tr("&Network"));
@@ -99,16 +107,16 @@ PreferencesDialog::PreferencesDialog(const QueuePreferences& queue, const Window
   column->addWidget(tabs, 1);
   column->addWidget(complaint_);
   column->addWidget(buttons_);
+}
+
+void PreferencesDialog::connectParts() {
   connect(buttons_, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons_, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  load(queue, window);
   for (QLineEdit* const edit : {folder_, proxyAddress_, services_}) {
     connect(edit, &QLineEdit::textChanged, this, &PreferencesDialog::check);
   }
   connect(proxy_, &QComboBox::currentIndexChanged, this, &PreferencesDialog::check);
   connect(limited_, &QCheckBox::toggled, limit_, &QWidget::setEnabled);
-  check();
-  setMinimumWidth(68 * fontMetrics().averageCharWidth());
 }
 
 QWidget* PreferencesDialog::makeDownloadsPage() {

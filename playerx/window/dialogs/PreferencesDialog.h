@@ -27,10 +27,12 @@ class PreferencesDialog : public QDialog {
   WindowPreferences windowPreferences() const;
 
  private:
+  void arrange();
   QWidget* makeDownloadsPage();
   QWidget* makeNetworkPage();
   QWidget* makeWindowPage();
   void load(const QueuePreferences& queue, const WindowPreferences& window);
+  void connectParts();
   void chooseFolder();
   void chooseAuthorities();
   void check();

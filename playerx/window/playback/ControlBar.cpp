@@ -64,6 +64,13 @@ ControlBar::ControlBar(QWidget* parent)
     button->setMenu(new QMenu(button));
     button->setPopupMode(QToolButton::InstantPopup);
   }
+  arrange();
+  connectParts();
+  setLook();
+  show(PlaybackState());
+}
+
+void ControlBar::arrange() {
   auto* const row = new QHBoxLayout(this);
   row->setContentsMargins(16, 8, 16, 8);
   row->setSpacing(8);
@@ -75,6 +82,9 @@ ControlBar::ControlBar(QWidget* parent)
        std::initializer_list<QWidget*>{mute_, volume_, sounds_, subtitles_, fullScreen_}) {
     row->addWidget(part);
   }
+}
+
+void ControlBar::connectParts() {
   connect(list_, &QToolButton::clicked, this, &ControlBar::listWanted);
   connect(play_, &QToolButton::clicked, this, &ControlBar::pauseToggled);
   connect(mute_, &QToolButton::clicked, this, &ControlBar::muteToggled);
@@ -85,8 +95,6 @@ ControlBar::ControlBar(QWidget* parent)
   connect(seek_, &SeekBar::chosen, this, [this](double part) {
     if (state_.duration) Q_EMIT seekWanted(part * *state_.duration);
   });
-  setLook();
-  show(PlaybackState());
 }
 
 void ControlBar::show(const PlaybackState& state) {

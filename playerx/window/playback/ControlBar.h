@@ -39,6 +39,8 @@ class ControlBar : public QWidget {
 
  private:
   QToolButton* makeButton(const QString& drawing, const QString& name);
+  void arrange();
+  void connectParts();
   void fillTracks(QMenu& menu, const QList<Track>& tracks, int chosen, bool canBeOff,
                   void (ControlBar::*signal)(int));
   void setLook();
