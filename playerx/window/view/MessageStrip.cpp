@@ -19,6 +19,28 @@ namespace {
 
 constexpr int kHighestNumber = 999;
 
+/// A text is cut here: laying out a long one takes long.
+constexpr qsizetype kLongestText = 500;
+constexpr qsizetype kLongestWord = 30;
+
+QString shortened(const QString& text) {
+  return text.size() <= kLongestText ? text : text.left(kLongestText) + QChar(0x2026);
+}
+
+/// The label breaks lines between words only, and would widen the window for a long address.
+QString breakable(const QString& text) {
+  constexpr char16_t kZeroWidthSpace = 0x200B;
+  QString result;
+  qsizetype word = 0;
+  for (const QChar c : text) {
+    word = c.isSpace() ? 0 : word + 1;
+    result += c;
+    const bool isWhole = !c.isHighSurrogate();
+    if (isWhole && word > 0 && word % kLongestWord == 0) result += QChar(kZeroWidthSpace);
+  }
+  return result;
+}
+
 qint64 nowMs() { return QDeadlineTimer::current().deadline(); }
 
 }  // namespace
@@ -58,6 +80,7 @@ MessageStrip::MessageStrip(QWidget* parent)
 void MessageStrip::show(StripMessage message) {
   if (!message.topic.isEmpty()) end(message.topic);
   deadlines_.append(message.lifetimeMs > 0 ? nowMs() + message.lifetimeMs : 0);
+  message.text = shortened(message.text);
   messages_.append(std::move(message));
   showLast();
   QAccessibleEvent alert(this, QAccessible::Alert);
@@ -75,7 +98,9 @@ void MessageStrip::end(const QString& topic) {
   }
 }
 
-QString MessageStrip::text() const { return messages_.isEmpty() ? QString() : text_->text(); }
+QString MessageStrip::text() const {
+  return messages_.isEmpty() ? QString() : messages_.last().text;
+}
 
 int MessageStrip::number() const { return number_->value(); }
 
@@ -89,7 +114,7 @@ void MessageStrip::showLast() {
   setVisible(!messages_.isEmpty());
   if (messages_.isEmpty()) return timer_.stop();
   const StripMessage& message = messages_.last();
-  text_->setText(message.text);
+  text_->setText(breakable(message.text));
   setAccessibleName(message.text);
   number_->setVisible(message.asksNumber);
   more_->setVisible(messages_.size() > 1);

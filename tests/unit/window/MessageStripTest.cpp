@@ -40,6 +40,14 @@ class MessageStripTest : public testing::Test {
   QStringList ended_;
 };
 
+TEST_F(MessageStripTest, AVeryLongWordNeitherFreezesNorWidensTheWindow) {
+  const QByteArray text = "Not added: https://" + QByteArray(1'000'000, 'x');
+  strip_.show(message("a", text.constData()));
+  EXPECT_TRUE(strip_.text().startsWith(QStringLiteral("Not added: https://xxx")));
+  EXPECT_LT(strip_.text().size(), 1000);
+  EXPECT_LE(strip_.minimumSizeHint().width(), 400);
+}
+
 TEST_F(MessageStripTest, IsHiddenWhileThereIsNothingToSay) {
   EXPECT_TRUE(strip_.isHidden());
   strip_.show(message("a", "Hello"));
