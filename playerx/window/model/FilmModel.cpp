@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kDraggedFilms[] = "application/x-playerx-films";
 
-/// From so many moves on a view is better told of a new layout than of each.
+/// From so many changes of the order on a view is better told of a new layout than of each.
 constexpr int kManyMoves = 64;
 
 }  // namespace
@@ -93,6 +93,7 @@ QMimeData* FilmModel::mimeData(const QModelIndexList& indexes) const {
 
 void FilmModel::removeMissing(const Order& order) {
   const QSet<FilmId> kept(order.begin(), order.end());
+  if (runsWithout(kept) > kManyMoves) putLast(kept);
   for (int last = rowCount() - 1; last >= 0; --last) {
     if (kept.contains(films_[static_cast<std::size_t>(last)].id)) continue;
     int first = last;
@@ -106,6 +107,25 @@ void FilmModel::removeMissing(const Order& order) {
     endRemoveRows();
     last = first;
   }
+}
+
+/// How many runs of films are not among the kept ones.
+int FilmModel::runsWithout(const QSet<FilmId>& kept) const {
+  int runs = 0;
+  bool wasKept = true;
+  for (const Film& film : films_) {
+    const bool isKept = kept.contains(film.id);
+    if (wasKept && !isKept) ++runs;
+    wasKept = isKept;
+  }
+  return runs;
+}
+
+/// Moves the films that are not kept behind the others, where they are a single run.
+void FilmModel::putLast(const QSet<FilmId>& kept) {
+  Order order, others;
+  for (const Film& film : films_) (kept.contains(film.id) ? order : others).append(film.id);
+  arrangeAtOnce(order + others);
 }
 
 /// Puts each run of new films behind the film that precedes it in the new order.

@@ -49,6 +49,8 @@ class FilmModel : public QAbstractListModel {
   using Fresh = QHash<FilmId, const Film*>;
 
   void removeMissing(const Order& order);
+  int runsWithout(const QSet<FilmId>& kept) const;
+  void putLast(const QSet<FilmId>& kept);
   void insertNew(const Order& order, const Fresh& fresh);
   void arrange(const Order& order);
   void arrangeAtOnce(const Order& order);

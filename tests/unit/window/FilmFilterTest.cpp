@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractItemModelTester>
+#include <QSignalSpy>
 
 #include "playerx/window/model/FilmFilter.h"
 #include "playerx/window/model/FilmModel.h"
@@ -30,6 +31,22 @@ class FilmFilterTest : public testing::Test {
   FilmFilter filter_;
   QAbstractItemModelTester tester_{&filter_, QAbstractItemModelTester::FailureReportingMode::Fatal};
 };
+
+TEST_F(FilmFilterTest, HidesScatteredFilmsAtOnce) {
+  QList<Film> films;
+  for (FilmId id = 1; id <= 1000; ++id) {
+    films << film(id, id % 2 == 0 ? FilmState::kDone : FilmState::kWaiting);
+  }
+  films_.apply(queueOf(films));
+  const QPersistentModelIndex kept = filter_.indexOf(11);
+  QSignalSpy removed(&filter_, &FilmFilter::rowsRemoved);
+  QSignalSpy arranged(&filter_, &FilmFilter::layoutChanged);
+  filter_.setGroup(FilmFilter::kUnfinished);
+  EXPECT_EQ(removed.size(), 0);
+  EXPECT_EQ(arranged.size(), 1);
+  EXPECT_EQ(shown().size(), 500);
+  EXPECT_EQ(kept.data(FilmModel::kIdRole).toUInt(), 11u);
+}
 
 TEST_F(FilmFilterTest, ShowsFilmsThatHoldEveryWordSomewhere) {
   filter_.setText(QStringLiteral("road LONG"));

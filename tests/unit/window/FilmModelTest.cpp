@@ -55,6 +55,21 @@ TEST_F(FilmModelTest, AnnouncesNeighboursThatChangeAsOneRange) {
   EXPECT_EQ(changed[1][0].toModelIndex().row(), 4);
 }
 
+TEST_F(FilmModelTest, ManyScatteredFilmsLeaveAtOnce) {
+  QList<FilmId> all, odd;
+  for (FilmId id = 1; id <= 1000; ++id) {
+    all << id;
+    if (id % 2 != 0) odd << id;
+  }
+  show(all);
+  const QPersistentModelIndex kept = films_.index(10);
+  QSignalSpy removed(&films_, &FilmModel::rowsRemoved);
+  show(odd);
+  EXPECT_EQ(removed.size(), 1);
+  EXPECT_EQ(order(), odd);
+  EXPECT_EQ(kept.data(FilmModel::kIdRole).toUInt(), 11u);
+}
+
 TEST_F(FilmModelTest, AnnouncesNothingWhenNothingChanged) {
   show({1, 2});
   QSignalSpy changed(&films_, &FilmModel::dataChanged);
