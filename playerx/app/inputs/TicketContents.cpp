@@ -42,6 +42,10 @@ TicketFinding problem(int line, const std::string& sentence) {
   return {.line = line, .note = sentence};
 }
 
+TicketFinding refusal(const reasons::Explanation& reason) {
+  return {.note = reason.sentence(), .reason = reason};
+}
+
 TicketFinding findingOf(const TicketFilm& film) {
   TicketFinding finding{.isFilm = true,
                         .line = static_cast<int>(film.line),
@@ -107,7 +111,7 @@ std::vector<TicketFinding> protectedFilms(const std::wstring& path,
 std::vector<TicketFinding> clearFilms(const std::wstring& path, const reasons::Probe& probe) {
   reasons::Explanation unreadable;
   const std::optional<std::wstring> text = readTicketText(path, &unreadable);
-  if (!text) return {problem(0, unreadable.sentence())};
+  if (!text) return {refusal(unreadable)};
   if (isSealedTicket(*text)) {
     return {problem(0, "The online services name no film for this protected ticket.")};
   }
@@ -132,7 +136,7 @@ std::vector<TicketFinding> examineTicket(const std::string& ticket,
     return {problem(0, "This is an address, not a ticket file.")};
   }
   const std::wstring path = StringTools::stringToWString(unquoted(ticket));
-  if (const auto refusal = refusalOfTicket(path)) return {problem(0, refusal->sentence())};
+  if (const auto reason = refusalOfTicket(path)) return {refusal(*reason)};
   const std::vector<TicketFinding> films =
       services != nullptr ? protectedFilms(path, *services) : std::vector<TicketFinding>{};
   return films.empty() ? clearFilms(path, probe) : films;

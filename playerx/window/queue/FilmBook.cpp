@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "playerx/window/model/ReasonText.h"
+#include "playerx/window/model/Sentences.h"
 
 namespace playerx::window {
 

@@ -4,7 +4,7 @@
 #include "VeskPlayerX/InterfaceIds.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
 #include "playerx/app/inputs/TicketContents.h"
-#include "playerx/window/model/ReasonText.h"
+#include "playerx/window/model/Sentences.h"
 
 namespace playerx::window {
 
@@ -17,6 +17,10 @@ reasons::ProbeResult notAsked(const std::string& address, const std::stop_token&
   result.status = 200;
   result.length = 1;
   return result;
+}
+
+QString sentenceOf(const inputs::TicketFinding& finding) {
+  return finding.reason ? reasonSentence(*finding.reason) : queueSentence(finding.note);
 }
 
 }  // namespace
@@ -40,7 +44,7 @@ TicketReport reportOnTicket(const QString& path, PluginContext& plugins) {
        inputs::examineTicket(path.toStdString(), services ? services->get() : nullptr, notAsked)) {
     if (finding.isFilm) ++report.films;
     const bool isFirstProblem = !finding.isFilm && report.problem.isEmpty();
-    if (isFirstProblem) report.problem = QString::fromStdString(finding.note);
+    if (isFirstProblem) report.problem = sentenceOf(finding);
   }
   return report;
 }

@@ -1,7 +1,7 @@
 #include "playerx/window/queue/QueueNotices.h"
 
 #include "playerx/app/model/FilmCheck.h"
-#include "playerx/window/model/ReasonText.h"
+#include "playerx/window/model/Sentences.h"
 #include "playerx/window/queue/QueuePlaces.h"
 
 namespace playerx::window {
@@ -39,7 +39,7 @@ std::optional<Notice> noticeOf(const QueueEvent& event, FilmId film) {
     }
   }
   if (event.sentence.empty()) return std::nullopt;
-  return Notice{.film = film, .text = QString::fromStdString(event.sentence)};
+  return Notice{.film = film, .text = queueSentence(event.sentence)};
 }
 
 }  // namespace playerx::window

@@ -7,6 +7,7 @@
 
 #include "playerx/app/door/QueueOpening.h"
 #include "playerx/app/reasons/ReasonFile.h"
+#include "playerx/window/model/Sentences.h"
 #include "playerx/window/queue/InputReports.h"
 #include "playerx/window/queue/OtherQueue.h"
 #include "playerx/window/queue/OwnQueue.h"
@@ -107,7 +108,7 @@ void SessionWorker::tryToOpen() {
       return openThere(std::move(opened.client));
     case Where::kNowhere:
       if (isEnding()) return;
-      Q_EMIT lost(QString::fromStdString(opened.problem));
+      Q_EMIT lost(queueSentence(opened.problem));
       if (session_->isTaken()) retry_.start(kRetryMs);
   }
 }

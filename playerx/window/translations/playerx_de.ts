@@ -13,6 +13,345 @@
     </message>
 </context>
 <context>
+    <name>Sentence</name>
+    <message>
+        <source>The ticket is empty.</source>
+        <translation>Das Ticket ist leer.</translation>
+    </message>
+    <message>
+        <source>A ticket begins with the line TixVeskVersion=1.0.</source>
+        <translation>Ein Ticket beginnt mit der Zeile TixVeskVersion=1.0.</translation>
+    </message>
+    <message>
+        <source>This ticket&apos;s version is {version}; only version 1.0 is known.</source>
+        <translation>Dieses Ticket hat die Version {version}; bekannt ist nur Version 1.0.</translation>
+    </message>
+    <message>
+        <source>There is no line &quot;start&quot;, so the ticket names no film.</source>
+        <translation>Die Zeile „start“ fehlt, daher nennt das Ticket keinen Film.</translation>
+    </message>
+    <message>
+        <source>This film has no line &quot;url=&quot;, so it cannot be fetched.</source>
+        <translation>Diesem Film fehlt die Zeile „url=“, daher kann er nicht geladen werden.</translation>
+    </message>
+    <message>
+        <source>This film has no line &quot;end&quot;.</source>
+        <translation>Diesem Film fehlt die Zeile „end“.</translation>
+    </message>
+    <message>
+        <source>This film has no line &quot;end&quot; before the next &quot;start&quot;.</source>
+        <translation>Diesem Film fehlt die Zeile „end“ vor dem nächsten „start“.</translation>
+    </message>
+    <message>
+        <source>There is an &quot;end&quot; without a &quot;start&quot;.</source>
+        <translation>Es gibt ein „end“ ohne „start“.</translation>
+    </message>
+    <message>
+        <source>The online services name no film for this protected ticket.</source>
+        <translation>Die Online-Dienste nennen zu diesem geschützten Ticket keinen Film.</translation>
+    </message>
+    <message>
+        <source>This is an address, not a ticket file.</source>
+        <translation>Das ist eine Adresse, keine Ticket-Datei.</translation>
+    </message>
+    <message>
+        <source>The online services answered with status {status}.</source>
+        <translation>Die Online-Dienste haben mit Status {status} geantwortet.</translation>
+    </message>
+    <message>
+        <source>The online services gave no proper answer; check their address (--services), or try again later.</source>
+        <translation>Die Online-Dienste haben keine brauchbare Antwort gegeben; ihre Adresse (--services) prüfen oder es später noch einmal versuchen.</translation>
+    </message>
+    <message>
+        <source>The address of the online services (--services) does not begin with http:// or https://.</source>
+        <translation>Die Adresse der Online-Dienste (--services) beginnt nicht mit http:// oder https://.</translation>
+    </message>
+    <message>
+        <source>The online services cannot be reached: {words}.</source>
+        <translation>Die Online-Dienste sind nicht erreichbar: {words}.</translation>
+    </message>
+    <message>
+        <source>There is too little memory to ask the online services.</source>
+        <translation>Der Speicher reicht nicht, um die Online-Dienste zu fragen.</translation>
+    </message>
+    <message>
+        <source>The online services cannot read this ticket.</source>
+        <translation>Die Online-Dienste können dieses Ticket nicht lesen.</translation>
+    </message>
+    <message>
+        <source>The online services refuse this download.</source>
+        <translation>Die Online-Dienste verweigern diesen Download.</translation>
+    </message>
+    <message>
+        <source>The online services gave no proper answer.</source>
+        <translation>Die Online-Dienste haben keine brauchbare Antwort gegeben.</translation>
+    </message>
+    <message>
+        <source>The online services gave an incomplete answer.</source>
+        <translation>Die Online-Dienste haben eine unvollständige Antwort gegeben.</translation>
+    </message>
+    <message>
+        <source>error {number}</source>
+        <translation>Fehler {number}</translation>
+    </message>
+    <message>
+        <source>error {number}: {words}</source>
+        <translation>Fehler {number}: {words}</translation>
+    </message>
+    <message>
+        <source>{needed} needed, {free} free</source>
+        <translation>{needed} nötig, {free} frei</translation>
+    </message>
+    <message>
+        <source>{needed} needed</source>
+        <translation>{needed} nötig</translation>
+    </message>
+    <message>
+        <source>{free} free</source>
+        <translation>{free} frei</translation>
+    </message>
+    <message>
+        <source>{title} lies at {place}, in the present media folder.</source>
+        <translation>{title} liegt unter {place}, im jetzigen Ordner für Filme.</translation>
+    </message>
+    <message>
+        <source>{title} has {size} bytes although its server had announced {announced}; should it end early, remove it and get it again.</source>
+        <translation>{title} hat {size} Bytes, obwohl der Server {announced} angekündigt hatte; falls der Film zu früh endet, ihn entfernen und noch einmal laden.</translation>
+    </message>
+    <message>
+        <source>{title} has {size} although its server had announced {announced}; should it end early, remove it and get it again.</source>
+        <translation>{title} hat {size}, obwohl der Server {announced} angekündigt hatte; falls der Film zu früh endet, ihn entfernen und noch einmal laden.</translation>
+    </message>
+    <message>
+        <source>{title} has {size} bytes although its server had announced {announced}; it is kept as it came.</source>
+        <translation>{title} hat {size} Bytes, obwohl der Server {announced} angekündigt hatte; der Film bleibt, wie er gekommen ist.</translation>
+    </message>
+    <message>
+        <source>{title} has {size} although its server had announced {announced}; it is kept as it came.</source>
+        <translation>{title} hat {size}, obwohl der Server {announced} angekündigt hatte; der Film bleibt, wie er gekommen ist.</translation>
+    </message>
+    <message>
+        <source>No player could be started for {title}.</source>
+        <translation>Für {title} konnte kein Abspielprogramm gestartet werden.</translation>
+    </message>
+    <message>
+        <source>The film {place} could not be removed ({words}).</source>
+        <translation>Der Film {place} konnte nicht gelöscht werden ({words}).</translation>
+    </message>
+    <message>
+        <source>The item could not be removed.</source>
+        <translation>Der Film konnte nicht entfernt werden.</translation>
+    </message>
+    <message>
+        <source>Only a failed item can be retried; this one is {state}.</source>
+        <translation>Nur ein fehlgeschlagener Film kann noch einmal versucht werden; dieser ist {state}.</translation>
+    </message>
+    <message>
+        <source>Only what waits or arrives can be paused; this one is {state}.</source>
+        <translation>Nur was wartet oder gerade kommt, kann angehalten werden; dieser Film ist {state}.</translation>
+    </message>
+    <message>
+        <source>Only a paused item can be resumed; this one is {state}.</source>
+        <translation>Nur ein angehaltener Film kann fortgesetzt werden; dieser ist {state}.</translation>
+    </message>
+    <message>
+        <source>paused</source>
+        <translation>angehalten</translation>
+    </message>
+    <message>
+        <source>queued</source>
+        <translation>eingereiht</translation>
+    </message>
+    <message>
+        <source>starting</source>
+        <translation>beim Verbinden</translation>
+    </message>
+    <message>
+        <source>downloading</source>
+        <translation>beim Laden</translation>
+    </message>
+    <message>
+        <source>completed</source>
+        <translation>fertig</translation>
+    </message>
+    <message>
+        <source>stopped</source>
+        <translation>gestoppt</translation>
+    </message>
+    <message>
+        <source>failed</source>
+        <translation>fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>held</source>
+        <translation>zurückgehalten</translation>
+    </message>
+    <message>
+        <source>The item cannot move any further.</source>
+        <translation>Der Film lässt sich nicht weiter verschieben.</translation>
+    </message>
+    <message>
+        <source>The item cannot move that far.</source>
+        <translation>Der Film lässt sich nicht so weit verschieben.</translation>
+    </message>
+    <message>
+        <source>The request was not understood.</source>
+        <translation>Die Anfrage wurde nicht verstanden.</translation>
+    </message>
+    <message>
+        <source>The queue could not be read; it was set aside as {place}.</source>
+        <translation>Die Warteschlange konnte nicht gelesen werden; sie liegt jetzt beiseite als {place}.</translation>
+    </message>
+    <message>
+        <source>The queue file {place} is {words}; nothing was changed. Move it away, or choose another folder with --data.</source>
+        <translation>Die Datei der Warteschlange {place} ist {words}; nichts wurde geändert. Sie wegräumen oder mit --data einen anderen Ordner wählen.</translation>
+    </message>
+    <message>
+        <source>a folder</source>
+        <translation>ein Ordner</translation>
+    </message>
+    <message>
+        <source>not a file but a pipe or a device</source>
+        <translation>keine Datei, sondern eine Pipe oder ein Gerät</translation>
+    </message>
+    <message>
+        <source>a link that leads nowhere</source>
+        <translation>ein Verweis, der ins Leere führt</translation>
+    </message>
+    <message>
+        <source>The queue file {place} cannot be read ({words}); nothing was changed. Try again, make it readable, or choose another folder with --data.</source>
+        <translation>Die Datei der Warteschlange {place} kann nicht gelesen werden ({words}); nichts wurde geändert. Es noch einmal versuchen, sie lesbar machen oder mit --data einen anderen Ordner wählen.</translation>
+    </message>
+    <message>
+        <source>What belongs into {place} is forgotten at the end of this run: it is {words}. Move that away.</source>
+        <translation>Was in {place} gehört, ist am Ende dieses Laufs vergessen: Das ist {words}. Es wegräumen.</translation>
+    </message>
+    <message>
+        <source>The queue file {place} could not be read a moment ago; nothing was changed. Try again.</source>
+        <translation>Die Datei der Warteschlange {place} konnte eben nicht gelesen werden; nichts wurde geändert. Es noch einmal versuchen.</translation>
+    </message>
+    <message>
+        <source>The queue file {place} cannot be written ({words}); free some space or make it writable, or choose another folder with --data.</source>
+        <translation>Die Datei der Warteschlange {place} kann nicht geschrieben werden ({words}); Platz schaffen, sie schreibbar machen oder mit --data einen anderen Ordner wählen.</translation>
+    </message>
+    <message>
+        <source>writing failed</source>
+        <translation>das Schreiben ist fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>The data folder {place} cannot be written ({words}); choose another with --data.</source>
+        <translation>Der Datenordner {place} kann nicht geschrieben werden ({words}); mit --data einen anderen wählen.</translation>
+    </message>
+    <message>
+        <source>Only {files} files may be open at once, and {needed} are needed; raise the limit (ulimit -n) and try again.</source>
+        <translation>Nur {files} Dateien dürfen gleichzeitig offen sein, nötig sind {needed}; die Grenze anheben (ulimit -n) und es noch einmal versuchen.</translation>
+    </message>
+    <message>
+        <source>The system lets no more threads be started; end other programs or raise the limit (ulimit -u), and try again.</source>
+        <translation>Das System lässt keine weiteren Threads zu; andere Programme beenden oder die Grenze anheben (ulimit -u) und es noch einmal versuchen.</translation>
+    </message>
+    <message>
+        <source>Another player is using the data folder {place}; close it, or choose another folder with --data.</source>
+        <translation>Ein anderer Player benutzt den Datenordner {place}; ihn schließen oder mit --data einen anderen Ordner wählen.</translation>
+    </message>
+    <message>
+        <source>The player that held the queue has ended.</source>
+        <translation>Der Player, der die Warteschlange hatte, ist beendet.</translation>
+    </message>
+    <message>
+        <source>The player that holds the queue talks with as many others as it can; try again later.</source>
+        <translation>Der Player, der die Warteschlange hat, spricht schon mit so vielen anderen, wie er kann; es später noch einmal versuchen.</translation>
+    </message>
+    <message>
+        <source>What the player that holds the queue says is not understood; close it, then try again.</source>
+        <translation>Was der Player sagt, der die Warteschlange hat, ist nicht zu verstehen; ihn schließen und es noch einmal versuchen.</translation>
+    </message>
+    <message>
+        <source>The player that holds the queue does not answer; it may be stopped: continue or close it.</source>
+        <translation>Der Player, der die Warteschlange hat, antwortet nicht; vielleicht ist er angehalten: ihn fortsetzen oder schließen.</translation>
+    </message>
+    <message>
+        <source>The queue is held by another version of the player ({version}, process {number}); close it, or use that version.</source>
+        <translation>Eine andere Version des Players hat die Warteschlange ({version}, Prozess {number}); sie schließen oder jene Version benutzen.</translation>
+    </message>
+    <message>
+        <source>{words} Other players cannot reach this queue.</source>
+        <translation>{words} Andere Player erreichen diese Warteschlange nicht.</translation>
+    </message>
+    <message>
+        <source>There is no place for the socket of the queue.</source>
+        <translation>Für den Socket der Warteschlange gibt es keinen Platz.</translation>
+    </message>
+    <message>
+        <source>No thread can be started for the socket of the queue.</source>
+        <translation>Für den Socket der Warteschlange kann kein Thread gestartet werden.</translation>
+    </message>
+    <message>
+        <source>The socket {place} cannot be opened ({words}).</source>
+        <translation>Der Socket {place} kann nicht geöffnet werden ({words}).</translation>
+    </message>
+    <message>
+        <source>The download manager cannot be loaded from {place}. Plug-in {words}</source>
+        <translation>Der Download-Manager kann nicht aus {place} geladen werden. Plug-in {words}</translation>
+    </message>
+    <message>
+        <source>The download manager cannot be loaded from {place}.</source>
+        <translation>Der Download-Manager kann nicht aus {place} geladen werden.</translation>
+    </message>
+    <message>
+        <source>description {place}: {words}</source>
+        <translation>Beschreibung {place}: {words}</translation>
+    </message>
+    <message>
+        <source>{name}: It cannot be loaded: {words}.</source>
+        <translation>{name}: Es kann nicht geladen werden: {words}.</translation>
+    </message>
+    <message>
+        <source>It cannot be read: {words}.</source>
+        <translation>Sie kann nicht gelesen werden: {words}.</translation>
+    </message>
+    <message>
+        <source>It is too large for a description.</source>
+        <translation>Sie ist zu groß für eine Beschreibung.</translation>
+    </message>
+    <message>
+        <source>It has no &quot;id&quot;.</source>
+        <translation>Ihr fehlt „id“.</translation>
+    </message>
+    <message>
+        <source>Its &quot;version&quot; is not made of numbers joined by dots.</source>
+        <translation>Ihre „version“ besteht nicht aus Zahlen mit Punkten dazwischen.</translation>
+    </message>
+    <message>
+        <source>Its &quot;interfaces&quot; are not a list of texts.</source>
+        <translation>Ihre „interfaces“ sind keine Liste von Texten.</translation>
+    </message>
+    <message>
+        <source>It has no &quot;library&quot;.</source>
+        <translation>Ihr fehlt „library“.</translation>
+    </message>
+    <message>
+        <source>It is not JSON: {words} at byte {number}.</source>
+        <translation>Sie ist kein JSON: {words} bei Byte {number}.</translation>
+    </message>
+    <message>
+        <source>It is not a JSON object.</source>
+        <translation>Sie ist kein JSON-Objekt.</translation>
+    </message>
+    <message>
+        <source>{name}: Its getPlugin made no plug-in (result {number}).</source>
+        <translation>{name}: Sein getPlugin hat kein Plug-in erzeugt (Ergebnis {number}).</translation>
+    </message>
+    <message>
+        <source>{name}: Its getPlugin failed: {words}.</source>
+        <translation>{name}: Sein getPlugin ist gescheitert: {words}.</translation>
+    </message>
+    <message>
+        <source>{name}: Its getPlugin failed.</source>
+        <translation>{name}: Sein getPlugin ist gescheitert.</translation>
+    </message>
+</context>
+<context>
     <name>Verb</name>
     <message>
         <source>&amp;Add addresses…</source>

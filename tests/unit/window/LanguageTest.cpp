@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QMenu>
 #include <QMenuBar>
@@ -8,11 +9,12 @@
 #include <QSet>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
+#include <algorithm>
 
 #include "playerx/window/actions/ActionSet.h"
 #include "playerx/window/dialogs/AddAddressesDialog.h"
 #include "playerx/window/model/FilmText.h"
-#include "playerx/window/model/ReasonText.h"
+#include "playerx/window/model/Sentences.h"
 #include "playerx/window/shell/Language.h"
 #include "playerx/window/shell/Menus.h"
 
@@ -93,6 +95,84 @@ TEST(LanguageTest, EveryReasonIsTranslatedAndNothingElse) {
   QSet<QString> forms;
   for (const std::string& form : reasons::sentenceForms()) forms << QString::fromStdString(form);
   EXPECT_EQ(translated, forms);
+}
+
+bool isOfTheCommandLine(const QFileInfo& source) {
+  static const QStringList kNames = {QStringLiteral("FilmAdder.cpp"), QStringLiteral("Places.cpp"),
+                                     QStringLiteral("OptionFault.cpp")};
+  return kNames.contains(source.fileName());
+}
+
+/// What the rooms say besides reasons, as pieces between the facts: literals of several words.
+QStringList sentencePiecesOf(const QString& folder) {
+  static const QRegularExpression kLiteral(QStringLiteral(
+      R"re("(?:\\.|[^"\\])*"(?:\s*"(?:\\.|[^"\\])*")*|//[^\n]*|'(?:\\.|[^'\\])')re"));
+  static const QRegularExpression kSeam(QStringLiteral(R"re("\s*"|^"|"$)re"));
+  static const QRegularExpression kWords(QStringLiteral("[a-z]{2} [a-z]"));
+  QStringList pieces;
+  for (const QFileInfo& source : QDir(folder).entryInfoList({QStringLiteral("*.cpp")})) {
+    if (isOfTheCommandLine(source)) continue;
+    QFile file(source.filePath());
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(file.readAll());
+    for (auto match = kLiteral.globalMatch(text); match.hasNext();) {
+      const QString literal = match.next().captured();
+      if (!literal.startsWith(u'"') || !literal.contains(kWords)) continue;
+      pieces << QString(literal).remove(kSeam).replace(QStringLiteral("\\\""),
+                                                       QStringLiteral("\""));
+    }
+  }
+  return pieces;
+}
+
+/// Said on the command line alone, or before there is a window.
+bool isNotShown(const QString& piece) {
+  static const QRegularExpression kPieces(QStringLiteral(
+      "`get`|`pause N`|--limit-rate|limit|left of |left over|per second|Nothing is waiting|"
+      "No item has failed|There is no item|the queue holds|not in the queue any more|has no window|"
+      "cannot be copied|does not hold the last|run the command again"));
+  return piece.contains(kPieces);
+}
+
+TEST(LanguageTest, EverySentenceOfTheQueueIsTranslated) {
+  QString translated;
+  for (const Message& message : messagesOf("playerx_de.ts")) translated += message.source + u'\n';
+  const QString player = QStringLiteral(TRANSLATIONS "/../../");
+  int count = 0;
+  for (const char* const room :
+       {"app/door", "app/inputs", "app/model", "app/session", "framework", "services"}) {
+    for (const QString& piece : sentencePiecesOf(player + QString::fromLatin1(room))) {
+      ++count;
+      EXPECT_TRUE(isNotShown(piece) || translated.contains(piece))
+          << room << ": " << piece.toStdString();
+    }
+  }
+  EXPECT_GT(count, 50);
+}
+
+TEST(LanguageTest, ASentenceOfTheQueueIsSaidInTheLanguageOfTheUserWithItsFacts) {
+  const std::string english =
+      "The queue file /q is a folder; nothing was changed. Move it away, or "
+      "choose another folder with --data.";
+  EXPECT_EQ(queueSentence(english), QString::fromStdString(english));
+  const Language german(QLocale(QLocale::German));
+  EXPECT_EQ(
+      queueSentence(english),
+      QStringLiteral("Die Datei der Warteschlange /q ist ein Ordner; nichts wurde geändert. Sie "
+                     "wegräumen oder mit --data einen anderen Ordner wählen."));
+  EXPECT_EQ(queueSentence("Said by a later version."), QStringLiteral("Said by a later version."));
+}
+
+TEST(LanguageTest, ASentenceInsideAReasonIsTranslatedToo) {
+  const Language german(QLocale(QLocale::German));
+  const reasons::Explanation refused = reasons::explain(
+      reasons::Reason::kServicesSaid, {.words = "The online services cannot read this ticket."});
+  EXPECT_EQ(reasonSentence(refused),
+            QStringLiteral("Die Online-Dienste können dieses Ticket nicht lesen."));
+  const reasons::Explanation full = reasons::explain(
+      reasons::Reason::kTooLittleSpace, {.place = "/films", .words = "1.2 GB needed, 0.4 GB free"});
+  EXPECT_TRUE(reasonSentence(full).contains(QStringLiteral("(1.2 GB nötig, 0.4 GB frei)")))
+      << reasonSentence(full).toStdString();
 }
 
 TEST(LanguageTest, AReasonIsSaidInTheLanguageOfTheUserWithItsFacts) {
