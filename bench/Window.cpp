@@ -26,6 +26,7 @@
 #include "tests/unit/window/FakeDesktop.h"
 #include "tests/unit/window/FakePlayer.h"
 #include "tests/unit/window/Films.h"
+#include "tests/unit/window/PartOf.h"
 #include "tests/unit/window/RecordingQueue.h"
 
 namespace playerx::window {
@@ -93,7 +94,7 @@ class Work {
 
   /// The same, while the user scrolls from one end to the other.
   void scroll() {
-    QScrollBar& bar = *window_.downloads().view().verticalScrollBar();
+    QScrollBar& bar = *partOf<FilmView>(window_).verticalScrollBar();
     constexpr int kFrames = 600;
     const double before = threadTime();
     QElapsedTimer clock, tick;
@@ -105,7 +106,7 @@ class Work {
         tick.restart();
       }
       bar.setValue(bar.maximum() / kFrames * frame);
-      window_.downloads().view().viewport()->repaint();
+      partOf<FilmView>(window_).viewport()->repaint();
       QApplication::processEvents();
     }
     print("scrolling meanwhile, frames a second",

@@ -75,7 +75,7 @@ bool FilmCommands::carryOut(Verb verb, const QList<FilmId>& ids) {
       {Verb::kCopyAddress, [](auto& self, auto& ids) { self.copyAddresses(self.filmsOf(ids)); }},
       {Verb::kCopyDetails, [](auto& self, auto& ids) { self.copyDetails(self.filmsOf(ids)); }},
       {Verb::kRemove, [](auto& self, auto& ids) { self.remove(ids, false); }},
-      {Verb::kRemoveWithFile, [](auto& self, auto& ids) { Q_EMIT self.deletionAsked(ids); }},
+      {Verb::kRemoveWithFile, [](auto& self, auto& ids) { self.askAboutDeletion(ids); }},
       {Verb::kClearDone,
        [](auto& self, auto&) { self.remove(self.idsIf(self.allIds(), isDone), false); }},
       {Verb::kUndo, [](auto& self, auto&) { self.removal_->undo(); }},
@@ -188,6 +188,11 @@ void FilmCommands::remove(const QList<FilmId>& ids, bool withFiles) {
                      .text = tr("%n film(s) removed.", nullptr, static_cast<int>(ids.size())),
                      .answers = {{plainText(Verb::kUndo), [this] { removal_->undo(); }}}});
   Q_EMIT situationChanged();
+}
+
+void FilmCommands::askAboutDeletion(const QList<FilmId>& ids) {
+  const Film* const only = ids.size() == 1 ? parts_.films.film(ids.first()) : nullptr;
+  Q_EMIT deletionAsked(ids, only != nullptr ? displayTitle(*only) : QString());
 }
 
 void FilmCommands::showInFolder(const QList<FilmId>& ids) {

@@ -56,12 +56,14 @@ class FilmCommands : public QObject {
   void otherFolderWanted();
 
   /// These films are to be deleted from the disk, which has to be confirmed by `removeWithFiles`.
-  void deletionAsked(const QList<playerx::window::FilmId>& films);
+  /// `title` is that of the only one, or empty.
+  void deletionAsked(const QList<playerx::window::FilmId>& films, const QString& title);
 
  private:
   void tellInputs(const InputReport& report);
   void tellTicket(const TicketReport& report);
   void remove(const QList<FilmId>& ids, bool withFiles);
+  void askAboutDeletion(const QList<FilmId>& ids);
   void showInFolder(const QList<FilmId>& ids);
   void copyAddresses(const QList<Film>& films);
   void copyDetails(const QList<Film>& films);

@@ -10,6 +10,9 @@ namespace playerx::window {
 
 namespace {
 
+/// A longer clipboard is looked at no further when the question is whether it is worth pasting.
+constexpr qsizetype kLongestLook = 100'000;
+
 bool isWebAddress(const QString& text) {
   for (const QLatin1String scheme : {QLatin1String("http://"), QLatin1String("https://")}) {
     if (text.startsWith(scheme, Qt::CaseInsensitive)) return text.size() > scheme.size();
@@ -47,6 +50,8 @@ class Collector {
     result_.inputs.append(input);
   }
 
+  bool holdsInput() const { return !result_.inputs.isEmpty(); }
+
   PastedInputs result() && { return std::move(result_); }
 
  private:
@@ -69,6 +74,17 @@ PastedInputs inputsInData(const QMimeData& data) {
     collector.takeLine(url.isLocalFile() ? url.toLocalFile() : QString::fromUtf8(url.toEncoded()));
   }
   return std::move(collector).result();
+}
+
+bool holdsInput(const QMimeData& data) {
+  if (data.hasUrls()) return !inputsInData(data).inputs.isEmpty();
+  const QString text = data.text();
+  Collector collector;
+  for (const QStringView line : QStringView(text).left(kLongestLook).tokenize(u'\n')) {
+    collector.takeLine(line.toString());
+    if (collector.holdsInput()) return true;
+  }
+  return false;
 }
 
 }  // namespace playerx::window

@@ -19,4 +19,7 @@ PastedInputs inputsInText(const QString& text);
 /// Reads dropped or copied data: links and files, or else text.
 PastedInputs inputsInData(const QMimeData& data);
 
+/// Whether there is something to download in the data; of a long text only the beginning is read.
+bool holdsInput(const QMimeData& data);
+
 }  // namespace playerx::window

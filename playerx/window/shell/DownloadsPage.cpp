@@ -1,10 +1,12 @@
 #include "playerx/window/shell/DownloadsPage.h"
 
+#include <QMenu>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
 #include "playerx/window/actions/ActionSet.h"
 #include "playerx/window/model/FilmFilter.h"
+#include "playerx/window/shell/Menus.h"
 #include "playerx/window/view/EmptyState.h"
 #include "playerx/window/view/FilmView.h"
 
@@ -13,6 +15,7 @@ namespace playerx::window {
 DownloadsPage::DownloadsPage(FilmFilter& films, ActionSet& actions, QWidget* parent)
     : QWidget(parent),
       films_(films),
+      actions_(actions),
       stack_(new QStackedWidget(this)),
       view_(new FilmView(this)),
       empty_(new EmptyState(actions.of(Verb::kAddAddresses), this)) {
@@ -26,7 +29,15 @@ DownloadsPage::DownloadsPage(FilmFilter& films, ActionSet& actions, QWidget* par
     connect(&films, signal, this, &DownloadsPage::choose);
   }
   connect(&films, &QAbstractItemModel::layoutChanged, this, &DownloadsPage::choose);
+  connect(view_, &QWidget::customContextMenuRequested, this, &DownloadsPage::showMenu);
   choose();
+}
+
+void DownloadsPage::showMenu(const QPoint& place) {
+  auto* const menu = new QMenu(this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  fillFilmMenu(*menu, actions_);
+  menu->popup(view_->viewport()->mapToGlobal(place));
 }
 
 void DownloadsPage::choose() {

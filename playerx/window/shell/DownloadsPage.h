@@ -23,9 +23,11 @@ class DownloadsPage : public QWidget {
   EmptyState& emptyState() { return *empty_; }
 
  private:
+  void showMenu(const QPoint& place);
   void choose();
 
   FilmFilter& films_;
+  const ActionSet& actions_;
   QStackedWidget* const stack_;
   FilmView* const view_;
   EmptyState* const empty_;

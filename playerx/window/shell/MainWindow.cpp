@@ -1,13 +1,10 @@
 #include "playerx/window/shell/MainWindow.h"
 
 #include <QApplication>
-#include <QClipboard>
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QFileInfo>
-#include <QMenu>
 #include <QMenuBar>
-#include <QMimeData>
 #include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -17,7 +14,7 @@
 #include "playerx/window/desktop/Desktop.h"
 #include "playerx/window/desktop/DesktopNews.h"
 #include "playerx/window/desktop/Tray.h"
-#include "playerx/window/inputs/PastedInputs.h"
+#include "playerx/window/inputs/ClipboardInputs.h"
 #include "playerx/window/model/FilmFilter.h"
 #include "playerx/window/model/FilmModel.h"
 #include "playerx/window/model/FilmNews.h"
@@ -30,6 +27,7 @@
 #include "playerx/window/shell/DownloadsPage.h"
 #include "playerx/window/shell/FilterBar.h"
 #include "playerx/window/shell/Menus.h"
+#include "playerx/window/shell/PreferencesController.h"
 #include "playerx/window/shell/QueueQuestions.h"
 #include "playerx/window/shell/WindowClosing.h"
 #include "playerx/window/shell/WindowDialogs.h"
@@ -76,6 +74,8 @@ MainWindow::MainWindow(const Parts& parts)
       news_(new FilmNews(*films_, this)),
       desktopNews_(new DesktopNews(*news_, parts.desktop, this)),
       tray_(new Tray(*actions_, this)),
+      preferences_(new PreferencesController({queue_, memory_, *dialogs_, *desktopNews_}, this)),
+      clipboard_(new ClipboardInputs(this)),
       closing_(new WindowClosing(*this, *dialogs_, memory_, *tray_)) {
   build();
   connectQueue();
@@ -84,7 +84,6 @@ MainWindow::MainWindow(const Parts& parts)
   connectDesktop(parts.desktop);
   restore();
   showDownloads();
-  readClipboard();
 }
 
 MainWindow::~MainWindow() = default;
@@ -110,8 +109,6 @@ void MainWindow::build() {
 void MainWindow::connectQueue() {
   connect(&queue_, &WindowQueue::changed, batcher_, &UpdateBatcher::add);
   connect(batcher_, &UpdateBatcher::ready, this, &MainWindow::apply);
-  connect(&queue_, &WindowQueue::preferencesRead, this,
-          [this](const QueuePreferences& preferences) { preferences_ = preferences; });
   connect(&queue_, &WindowQueue::shown, this, &MainWindow::take);
   connect(&queue_, &WindowQueue::roomKnown, status_, &StatusStrip::showRoom);
   connect(&queue_, &WindowQueue::playRequested, this, [this](FilmId film, const QString& location) {
@@ -123,10 +120,11 @@ void MainWindow::connectActions() {
   connect(actions_, &ActionSet::triggered, this, &MainWindow::carryOut);
   connect(commands_, &FilmCommands::situationChanged, this, &MainWindow::refreshActions);
   connect(commands_, &FilmCommands::playWanted, this, &MainWindow::play);
-  connect(commands_, &FilmCommands::otherFolderWanted, this, &MainWindow::askForPreferences);
-  connect(commands_, &FilmCommands::deletionAsked, this, &MainWindow::askAboutDeletion);
-  connect(questions_, &QueueQuestions::otherFolderWanted, this, &MainWindow::askForPreferences);
-  connect(QApplication::clipboard(), &QClipboard::dataChanged, this, &MainWindow::readClipboard);
+  connect(commands_, &FilmCommands::otherFolderWanted, preferences_, &PreferencesController::ask);
+  connect(commands_, &FilmCommands::deletionAsked, dialogs_, &WindowDialogs::askAboutDeletion);
+  connect(questions_, &QueueQuestions::otherFolderWanted, preferences_,
+          &PreferencesController::ask);
+  connect(clipboard_, &ClipboardInputs::changed, this, &MainWindow::refreshActions);
 }
 
 void MainWindow::connectViews() {
@@ -136,19 +134,21 @@ void MainWindow::connectViews() {
           [this](Verb verb, FilmId film) { commands_->carryOut(verb, {film}); });
   connect(&view, &FilmView::filmsDropped, commands_, &FilmCommands::moveBefore);
   connect(&view, &FilmView::inputsDropped, commands_, &FilmCommands::add);
-  connect(&view, &QWidget::customContextMenuRequested, this, &MainWindow::showFilmMenu);
   EmptyState& empty = downloads_->emptyState();
   connect(&empty, &EmptyState::inputsDropped, commands_, &FilmCommands::add);
   connect(&empty, &EmptyState::filterDropped, filterBar_, &FilterBar::clear);
   connect(filterBar_, &FilterBar::changed, this, &MainWindow::refreshActions);
   connect(filterBar_, &FilterBar::left, downloads_, [this] { downloads_->setFocus(); });
-  connect(watching_, &Watching::started, this, &MainWindow::onStarted);
+  connect(watching_, &Watching::started, this, [this](const FilmSource& source) {
+    watchingPage_->setTitle(source.title);
+    miniPlayer_->setTitle(source.title);
+    showWatching();
+  });
   connect(watchingPage_, &WatchingPage::desktopPlayerWanted, watching_, &Watching::openWithDesktop);
   connect(pages_, &WindowPages::turned, this, &MainWindow::refreshActions);
 }
 
 void MainWindow::connectDesktop(Desktop& desktop) {
-  desktopNews_->setPreferences(memory_.preferences());
   connect(commands_, &FilmCommands::folderWanted, &desktop, &Desktop::showInFolder);
   connect(&desktop, &Desktop::folderNotShown, this, [](const QString& path) {
     QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).absolutePath()));
@@ -159,7 +159,6 @@ void MainWindow::connectDesktop(Desktop& desktop) {
   connect(news_, &FilmNews::advanced, status_,
           [this](const Film& film) { status_->announce(accessibleText(film)); });
   connect(dialogs_, &WindowDialogs::inputsGiven, commands_, &FilmCommands::add);
-  connect(dialogs_, &WindowDialogs::preferencesGiven, this, &MainWindow::setPreferences);
   connect(dialogs_, &WindowDialogs::deletionConfirmed, commands_, &FilmCommands::removeWithFiles);
 }
 
@@ -206,16 +205,9 @@ void MainWindow::apply(const QueueUpdate& update) {
   Q_EMIT queueShown();
 }
 
-/// Once for each change: another program may have to hand its text over.
-void MainWindow::readClipboard() {
-  const QMimeData* const data = QApplication::clipboard()->mimeData();
-  clipboardHasInputs_ = data != nullptr && !inputsInData(*data).inputs.isEmpty();
-  refreshActions();
-}
-
 void MainWindow::refreshActions() {
   Situation now = commands_->situation(isPaused_);
-  now.clipboardHasInputs = clipboardHasInputs_;
+  now.clipboardHasInputs = clipboard_->isUseful();
   actions_->update(now);
   actions_->of(Verb::kShowDownloads)->setChecked(!pages_->isWatching());
   actions_->of(Verb::kShowWatching)->setChecked(pages_->isWatching());
@@ -230,7 +222,7 @@ void MainWindow::carryOut(Verb verb) {
     case Verb::kAddTickets:
       return dialogs_->askForTickets();
     case Verb::kPaste:
-      return commands_->add(inputsInData(*QApplication::clipboard()->mimeData()).inputs);
+      return commands_->add(clipboard_->read());
     case Verb::kFilter:
       showDownloads();
       return filterBar_->edit();
@@ -241,7 +233,7 @@ void MainWindow::carryOut(Verb verb) {
     case Verb::kFullScreen:
       return pages_->setFullScreen(!isFullScreen());
     case Verb::kPreferences:
-      return askForPreferences();
+      return preferences_->ask();
     case Verb::kAbout:
       return dialogs_->tellAbout();
     case Verb::kQuit:
@@ -253,34 +245,6 @@ void MainWindow::carryOut(Verb verb) {
 
 void MainWindow::play(FilmId film) {
   if (!watching_->play(film)) queue_.play(film);
-}
-
-void MainWindow::onStarted(const FilmSource& source) {
-  watchingPage_->setTitle(source.title);
-  miniPlayer_->setTitle(source.title);
-  showWatching();
-}
-
-void MainWindow::askAboutDeletion(const QList<FilmId>& films) {
-  const Film* const only = films.size() == 1 ? films_->film(films.first()) : nullptr;
-  dialogs_->askAboutDeletion(films, only != nullptr ? displayTitle(*only) : QString());
-}
-
-void MainWindow::askForPreferences() {
-  dialogs_->askForPreferences(preferences_, memory_.preferences());
-}
-
-void MainWindow::setPreferences(const QueuePreferences& queue, const WindowPreferences& window) {
-  memory_.keepPreferences(window);
-  desktopNews_->setPreferences(window);
-  if (queue != preferences_) queue_.setPreferences(queue);
-}
-
-void MainWindow::showFilmMenu(const QPoint& place) {
-  auto* const menu = new QMenu(this);
-  menu->setAttribute(Qt::WA_DeleteOnClose);
-  fillFilmMenu(*menu, *actions_);
-  menu->popup(downloads_->view().viewport()->mapToGlobal(place));
 }
 
 void MainWindow::restore() {

@@ -4,15 +4,14 @@
 
 #include "playerx/window/model/UpdateBatcher.h"
 #include "playerx/window/model/Verb.h"
-#include "playerx/window/model/WindowPreferences.h"
 #include "playerx/window/playback/FilmPlayer.h"
-#include "playerx/window/queue/QueueMessages.h"
 
 class QToolBar;
 
 namespace playerx::window {
 
 class ActionSet;
+class ClipboardInputs;
 class Desktop;
 class DesktopNews;
 class DownloadsPage;
@@ -23,6 +22,7 @@ class FilmNews;
 class FilterBar;
 class MessageStrip;
 class MiniPlayer;
+class PreferencesController;
 class QueueQuestions;
 class StatusStrip;
 class Tray;
@@ -50,17 +50,6 @@ class MainWindow : public QMainWindow {
 
   explicit MainWindow(const Parts& parts);
   ~MainWindow() override;
-
-  FilmModel& films() { return *films_; }
-  ActionSet& actions() { return *actions_; }
-  FilmCommands& commands() { return *commands_; }
-  MessageStrip& strip() { return *strip_; }
-  DownloadsPage& downloads() { return *downloads_; }
-  WatchingPage& watchingPage() { return *watchingPage_; }
-  Watching& watching() { return *watching_; }
-  FilterBar& filterBar() { return *filterBar_; }
-
-  bool isPaused() const { return isPaused_; }
 
   /// Whether the queue was paused when the window was closed last.
   bool wasPaused() const;
@@ -93,15 +82,9 @@ class MainWindow : public QMainWindow {
   void connectViews();
   void connectDesktop(Desktop& desktop);
   void apply(const QueueUpdate& update);
-  void readClipboard();
   void refreshActions();
   void carryOut(Verb verb);
   void play(FilmId film);
-  void onStarted(const FilmSource& source);
-  void askAboutDeletion(const QList<FilmId>& films);
-  void showFilmMenu(const QPoint& place);
-  void askForPreferences();
-  void setPreferences(const QueuePreferences& queue, const WindowPreferences& window);
   void restore();
   void remember();
 
@@ -128,10 +111,10 @@ class MainWindow : public QMainWindow {
   FilmNews* const news_;
   DesktopNews* const desktopNews_;
   Tray* const tray_;
+  PreferencesController* const preferences_;
+  ClipboardInputs* const clipboard_;
   WindowClosing* const closing_;
-  QueuePreferences preferences_;
   bool isPaused_ = false;
-  bool clipboardHasInputs_ = false;
 };
 
 }  // namespace playerx::window

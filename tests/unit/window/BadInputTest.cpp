@@ -7,6 +7,7 @@
 #include "playerx/window/dialogs/AddAddressesDialog.h"
 #include "tests/unit/window/Heartbeat.h"
 #include "tests/unit/window/LiveQueue.h"
+#include "tests/unit/window/PartOf.h"
 #include "tests/unit/window/WindowFixture.h"
 
 namespace playerx::window {
@@ -22,11 +23,12 @@ class BadInputTest : public testing::Test {
 
   /// Whether the strip comes to say something with these words.
   static bool says(MainWindow& window, const QString& words) {
-    return QTest::qWaitFor([&] { return window.strip().text().contains(words); }, 30'000);
+    return QTest::qWaitFor([&] { return partOf<MessageStrip>(window).text().contains(words); },
+                           30'000);
   }
 
   static bool shows(MainWindow& window, int films) {
-    return QTest::qWaitFor([&] { return window.films().rowCount() == films; }, 90'000);
+    return QTest::qWaitFor([&] { return partOf<FilmModel>(window).rowCount() == films; }, 90'000);
   }
 
   Heartbeat heart_;
@@ -76,9 +78,9 @@ TEST_F(BadInputTest, AThousandPastedAddressesAreAllQueued) {
   ASSERT_TRUE(live.isShown());
   const QStringList addresses = server.addresses(1000);
   QApplication::clipboard()->setText(addresses.join(u'\n'));
-  live.window().actions().of(Verb::kPaste)->trigger();
+  partOf<ActionSet>(live.window()).of(Verb::kPaste)->trigger();
   EXPECT_TRUE(shows(live.window(), 1000));
-  EXPECT_EQ(live.window().films().films().back().address, addresses.last());
+  EXPECT_EQ(partOf<FilmModel>(live.window()).films().back().address, addresses.last());
   QApplication::clipboard()->clear();
 }
 
@@ -92,14 +94,15 @@ TEST_F(BadInputTest, ATicketOfSixtyMegabytesIsRefused) {
   file.close();
   live.window().take({ticket});
   EXPECT_TRUE(says(live.window(), QStringLiteral("names no film that can be downloaded")))
-      << live.window().strip().text().toStdString();
+      << partOf<MessageStrip>(live.window()).text().toStdString();
   EXPECT_TRUE(file.exists());
 }
 
 TEST_F(BadInputTest, AMissingModuleIsNamed) {
   const QTemporaryDir empty;
   LiveQueue live({.plugins = empty.path()});
-  EXPECT_TRUE(says(live.window(), empty.path())) << live.window().strip().text().toStdString();
+  EXPECT_TRUE(says(live.window(), empty.path()))
+      << partOf<MessageStrip>(live.window()).text().toStdString();
   live.window().take({live.freshAddress()});
   EXPECT_TRUE(live.window().isVisible());
 }
@@ -107,10 +110,11 @@ TEST_F(BadInputTest, AMissingModuleIsNamed) {
 TEST_F(BadInputTest, AFolderThatAnotherProcessHoldsIsWaitedForAndThenUsed) {
   LiveQueue live({.isHeld = true});
   live.window().take({live.freshAddress()});
-  EXPECT_TRUE(says(live.window(), live.data())) << live.window().strip().text().toStdString();
+  EXPECT_TRUE(says(live.window(), live.data()))
+      << partOf<MessageStrip>(live.window()).text().toStdString();
   live.releaseFolder();
   EXPECT_TRUE(shows(live.window(), 1)) << "nothing that was asked for meanwhile is lost";
-  EXPECT_EQ(live.window().strip().text(), QString());
+  EXPECT_EQ(partOf<MessageStrip>(live.window()).text(), QString());
 }
 
 /// The queue's thread is kept busy here, so an operation that waited for it would not return before

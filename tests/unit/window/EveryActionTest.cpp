@@ -4,6 +4,7 @@
 #include <QMenu>
 #include <QMenuBar>
 
+#include "tests/unit/window/PartOf.h"
 #include "tests/unit/window/WindowFixture.h"
 
 namespace playerx::window {
@@ -17,7 +18,7 @@ class EveryActionTest : public WindowTest, public testing::WithParamInterface<Ve
     queue({arriving(1, 40), film(2), film(3, FilmState::kStopped), film(4, FilmState::kDone),
            failed(5, {}, {}), film(6, FilmState::kDone)},
           GetParam() == Verb::kResumeAll);
-    window_.commands().carryOut(Verb::kRemove, {6});
+    partOf<FilmCommands>(window_).carryOut(Verb::kRemove, {6});
     select({filmFor(GetParam())});
   }
 
@@ -58,7 +59,7 @@ class EveryActionTest : public WindowTest, public testing::WithParamInterface<Ve
     return verbs;
   }
 
-  QSignalSpy spy_{&window_.actions(), &ActionSet::triggered};
+  QSignalSpy spy_{&partOf<ActionSet>(window_), &ActionSet::triggered};
 };
 
 TEST_P(EveryActionTest, AnswersToEachOfItsKeys) {

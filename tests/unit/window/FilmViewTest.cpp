@@ -5,6 +5,7 @@
 #include "playerx/window/model/FilmFilter.h"
 #include "playerx/window/view/FilmView.h"
 #include "playerx/window/view/RowButtons.h"
+#include "tests/unit/window/PartOf.h"
 #include "tests/unit/window/WindowFixture.h"
 
 namespace playerx::window {
@@ -88,7 +89,8 @@ TEST_F(FilmViewTest, ADoubleClickPlaysWhatCanBePlayed) {
 TEST_F(FilmViewTest, DroppedFilmsGoWhereTheyAreDropped) {
   queue({film(1), film(2), film(3)});
   const auto dragged = [this](int row) {
-    return std::unique_ptr<QMimeData>(window_.films().mimeData({window_.films().index(row)}));
+    return std::unique_ptr<QMimeData>(
+        partOf<FilmModel>(window_).mimeData({partOf<FilmModel>(window_).index(row)}));
   };
   drop(*dragged(2), rowOf(1).topLeft() + QPoint(30, 5));
   EXPECT_EQ(queue_.take(), QStringList({"moveBefore 3 1"}));
@@ -117,7 +119,7 @@ TEST_F(FilmViewTest, SelectionAndPlaceSurviveANewOrder) {
   queue({film(1), film(2), film(3)});
   select({2});
   Q_EMIT queue_.changed(orderOf({3, 2, 1}));
-  QTRY_COMPARE(window_.films().rowOf(3), 0);
+  QTRY_COMPARE(partOf<FilmModel>(window_).rowOf(3), 0);
   EXPECT_EQ(view().selectedFilms(), QList<FilmId>({2}));
 }
 

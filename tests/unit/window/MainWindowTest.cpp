@@ -13,6 +13,7 @@
 #include "playerx/window/playback/WatchingPage.h"
 #include "playerx/window/shell/FilterBar.h"
 #include "playerx/window/shell/MainWindow.h"
+#include "tests/unit/window/PartOf.h"
 #include "tests/unit/window/WindowFixture.h"
 
 namespace playerx::window {
@@ -136,7 +137,7 @@ TEST_F(MainWindowTest, AFinishedFilmIsShownInItsFolder) {
 
 TEST_F(MainWindowTest, TheFilmThatPlaysKeepsASmallBarInTheList) {
   queue({film(1, FilmState::kDone)});
-  window_.commands().carryOut(Verb::kPlay, {1});
+  partOf<FilmCommands>(window_).carryOut(Verb::kPlay, {1});
   auto* const bar = window_.findChild<MiniPlayer*>();
   EXPECT_FALSE(bar->isVisible());
   window_.showDownloads();
@@ -157,7 +158,7 @@ TEST_F(MainWindowTest, DeletingAFilmFromTheDiskAsksFirst) {
     if (box->buttonRole(button) == QMessageBox::DestructiveRole) button->click();
   }
   EXPECT_EQ(view().model()->rowCount(), 0);
-  window_.commands().finish();
+  partOf<FilmCommands>(window_).finish();
   EXPECT_EQ(queue_.take(), QStringList({"removeWithFiles 1"}));
 }
 
@@ -165,7 +166,7 @@ TEST_F(MainWindowTest, ClearingDropsWhatIsDoneAndNothingElse) {
   queue({arriving(1, 40), film(2, FilmState::kDone), failed(3, {}, {}), film(4, FilmState::kDone)});
   action(Verb::kClearDone).trigger();
   EXPECT_EQ(view().model()->rowCount(), 2);
-  window_.commands().finish();
+  partOf<FilmCommands>(window_).finish();
   EXPECT_EQ(queue_.take(), QStringList({"remove 2 4"}));
 }
 
@@ -276,7 +277,7 @@ TEST_F(MainWindowTest, TheFilterStandsAboveTheEndOfTheRows) {
   for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
     window_.setLayoutDirection(direction);
     QApplication::processEvents();
-    const QWidget& words = *window_.filterBar().findChild<QLineEdit*>();
+    const QWidget& words = *partOf<FilterBar>(window_).findChild<QLineEdit*>();
     const int left = words.mapTo(&window_, QPoint(0, 0)).x();
     const int gap = direction == Qt::RightToLeft ? left : window_.width() - left - words.width();
     EXPECT_EQ(gap, 16);
@@ -285,16 +286,16 @@ TEST_F(MainWindowTest, TheFilterStandsAboveTheEndOfTheRows) {
 
 TEST_F(MainWindowTest, FilmsThatCameBackIntoSightAreNotMovedWhileFiltered) {
   queue({film(1), film(2)});
-  window_.filterBar().setGroup(1);
+  partOf<FilterBar>(window_).setGroup(1);
   select({1});
   EXPECT_FALSE(action(Verb::kMoveDown).isEnabled());
-  window_.commands().moveBefore({1}, 2);
+  partOf<FilmCommands>(window_).moveBefore({1}, 2);
   EXPECT_TRUE(queue_.take().isEmpty());
 }
 
 TEST_F(MainWindowTest, AFilmOfWhichTooLittleIsThereIsAskedForFromTheQueue) {
   queue({arriving(1, 2)});
-  window_.commands().carryOut(Verb::kPlay, {1});
+  partOf<FilmCommands>(window_).carryOut(Verb::kPlay, {1});
   EXPECT_EQ(queue_.take(), QStringList({"play 1"}));
   EXPECT_TRUE(player_.take().isEmpty());
 }
@@ -304,9 +305,9 @@ TEST_F(MainWindowTest, ReturnPlaysTheSelectedFilmAndEscapeGoesBack) {
   select({1});
   press(Qt::Key_Return);
   EXPECT_EQ(player_.take(), QStringList({"open /films/1.avi"}));
-  EXPECT_TRUE(window_.watchingPage().isVisible());
+  EXPECT_TRUE(partOf<WatchingPage>(window_).isVisible());
   press(Qt::Key_Escape);
-  EXPECT_FALSE(window_.watchingPage().isVisible());
+  EXPECT_FALSE(partOf<WatchingPage>(window_).isVisible());
 }
 
 TEST_F(MainWindowTest, WhatTheQueueWantsPlayedIsPlayedFromItsFile) {
@@ -336,11 +337,11 @@ TEST_F(MainWindowTest, ThePreferencesAreThoseOfTheQueue) {
 
 TEST_F(MainWindowTest, SizeAndGroupAreRemembered) {
   window_.resize(777, 555);
-  window_.filterBar().setGroup(2);
+  partOf<FilterBar>(window_).setGroup(2);
   window_.close();
   MainWindow next({queue_, memory_, desktop_, nullptr});
   EXPECT_EQ(next.size(), QSize(777, 555));
-  EXPECT_EQ(next.filterBar().group(), 2);
+  EXPECT_EQ(partOf<FilterBar>(next).group(), 2);
 }
 
 TEST_F(MainWindowTest, ASlotIsChosenInTheStrip) {

@@ -16,7 +16,7 @@
 #include "playerx/window/actions/FilmCommands.h"
 #include "playerx/window/dialogs/AddAddressesDialog.h"
 #include "playerx/window/dialogs/PreferencesDialog.h"
-#include "playerx/window/model/ReasonText.h"
+#include "playerx/window/model/Sentences.h"
 #include "playerx/window/model/WindowMemory.h"
 #include "playerx/window/playback/WatchingPage.h"
 #include "playerx/window/shell/DownloadsPage.h"
@@ -26,6 +26,7 @@
 #include "tests/unit/window/FakeDesktop.h"
 #include "tests/unit/window/FakePlayer.h"
 #include "tests/unit/window/Films.h"
+#include "tests/unit/window/PartOf.h"
 #include "tests/unit/window/RecordingQueue.h"
 
 namespace playerx::window {
@@ -143,8 +144,8 @@ class Stage {
     Q_EMIT queue_.changed(queueOf(films));
     Q_EMIT queue_.roomKnown(QStringLiteral("/home/mia/Videos"), 212'000'000'000ULL);
     QTest::qWait(400);
-    window_.downloads().view().selectFilms(selected);
-    window_.downloads().view().setFocus();
+    partOf<FilmView>(window_).selectFilms(selected);
+    partOf<FilmView>(window_).setFocus();
     QTest::qWait(400);
   }
 
@@ -201,16 +202,16 @@ QPixmap playing() {
   zoom.partialPath = part.fileName();
   stage.show({zoom}, {1});
   player->setMuted(true);
-  stage.window().commands().carryOut(Verb::kPlay, {1});
+  partOf<FilmCommands>(stage.window()).carryOut(Verb::kPlay, {1});
   if (!QTest::qWaitFor([&] { return player->state().position > 4.5; }, 30'000)) return {};
-  QTest::keyClick(&stage.window().watchingPage(), Qt::Key_Up);
+  QTest::keyClick(&partOf<WatchingPage>(stage.window()), Qt::Key_Up);
   QTest::qWait(100);
   return stage.window().grab();
 }
 
 QPixmap adding() {
   Stage stage(nullptr);
-  stage.window().actions().of(Verb::kAddAddresses)->trigger();
+  partOf<ActionSet>(stage.window()).of(Verb::kAddAddresses)->trigger();
   auto* const dialog = static_cast<AddAddressesDialog*>(stage.dialog<AddAddressesDialog>());
   dialog->setText(
       QStringLiteral("https://films.example/the-long-road.avi\n"
@@ -225,7 +226,7 @@ QPixmap preferences() {
   preferences.mediaFolder = QStringLiteral("/home/mia/Videos");
   preferences.speedLimit = 2'000'000;
   Q_EMIT stage.queue().preferencesRead(preferences);
-  stage.window().actions().of(Verb::kPreferences)->trigger();
+  partOf<ActionSet>(stage.window()).of(Verb::kPreferences)->trigger();
   return stage.dialog<PreferencesDialog>()->grab();
 }
 

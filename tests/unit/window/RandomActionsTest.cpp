@@ -16,6 +16,7 @@
 #include "playerx/window/shell/FilterBar.h"
 #include "tests/unit/window/Heartbeat.h"
 #include "tests/unit/window/LiveQueue.h"
+#include "tests/unit/window/PartOf.h"
 #include "tests/unit/window/SimulatedQueue.h"
 #include "tests/unit/window/WindowFixture.h"
 
@@ -57,15 +58,15 @@ class Monkey {
   void calmDown() {
     while (QApplication::activePopupWidget() != nullptr) closeDialog();
     for (QDialog* const dialog : window_.findChildren<QDialog*>()) dialog->reject();
-    window_.filterBar().clear();
-    window_.commands().finish();
+    partOf<FilterBar>(window_).clear();
+    partOf<FilmCommands>(window_).finish();
   }
 
  private:
   int any(auto count) { return random_.bounded(static_cast<int>(count)); }
   bool chance(int of) { return random_.bounded(of) == 0; }
 
-  QWidget& viewport() { return *window_.downloads().view().viewport(); }
+  QWidget& viewport() { return *partOf<FilmView>(window_).viewport(); }
   QPoint anywhere(const QWidget& widget) {
     return {any(std::max(widget.width(), 1)), any(std::max(widget.height(), 1))};
   }
@@ -78,7 +79,7 @@ class Monkey {
 
   void choose() {
     const Verb verb = verbFacts()[any(verbFacts().size())].verb;
-    QAction& action = *window_.actions().of(verb);
+    QAction& action = *partOf<ActionSet>(window_).of(verb);
     if (verb != Verb::kQuit && action.isEnabled()) action.trigger();
   }
 
@@ -94,8 +95,8 @@ class Monkey {
 
   void filter() {
     static const QStringList kWords = {"", "film", "1", "done", "waiting", "nothing like this"};
-    window_.filterBar().findChild<QLineEdit*>()->setText(kWords[any(kWords.size())]);
-    if (chance(2)) window_.filterBar().setGroup(any(4));
+    partOf<FilterBar>(window_).findChild<QLineEdit*>()->setText(kWords[any(kWords.size())]);
+    if (chance(2)) partOf<FilterBar>(window_).setGroup(any(4));
   }
 
   void fillClipboard() { QApplication::clipboard()->setText(anyText()); }
@@ -113,7 +114,7 @@ class Monkey {
   }
 
   void dropFilms() {
-    FilmModel& films = window_.films();
+    FilmModel& films = partOf<FilmModel>(window_);
     if (films.rowCount() == 0) return;
     const std::unique_ptr<QMimeData> data(
         films.mimeData({films.index(any(films.rowCount())), films.index(any(films.rowCount()))}));
@@ -130,7 +131,7 @@ class Monkey {
   }
 
   void openMenu() {
-    Q_EMIT window_.downloads().view().customContextMenuRequested(anywhere(viewport()));
+    Q_EMIT partOf<FilmView>(window_).customContextMenuRequested(anywhere(viewport()));
   }
 
   void addInputs() {
@@ -162,9 +163,9 @@ class RandomActionsTest : public testing::Test {
   template <class Advance>
   void rage(MainWindow& window, Monkey& monkey, int actions, Advance advance) {
     const qint64 longest = qEnvironmentVariableIntValue("PLAYERX_RANDOM_SECONDS") * 1000;
-    const QAbstractItemModelTester films(&window.films(),
+    const QAbstractItemModelTester films(&partOf<FilmModel>(window),
                                          QAbstractItemModelTester::FailureReportingMode::Fatal);
-    const QAbstractItemModelTester shown(window.downloads().view().model(),
+    const QAbstractItemModelTester shown(partOf<FilmView>(window).model(),
                                          QAbstractItemModelTester::FailureReportingMode::Fatal);
     const Heartbeat heart;
     QElapsedTimer clock;
@@ -183,7 +184,7 @@ class RandomActionsTest : public testing::Test {
 
   static QList<FilmId> shownFilms(MainWindow& window) {
     QList<FilmId> ids;
-    const QAbstractItemModel& model = *window.downloads().view().model();
+    const QAbstractItemModel& model = *partOf<FilmView>(window).model();
     for (int row = 0; row < model.rowCount(); ++row) {
       ids << model.index(row, 0).data(FilmModel::kIdRole).value<FilmId>();
     }
@@ -219,7 +220,7 @@ TEST_F(RandomActionsTest, DoNoHarmWithTheDownloadManagerAtWork) {
   const auto isFresh = [&](const Film& film) { return film.address == live.freshAddress(); };
   EXPECT_TRUE(QTest::qWaitFor(
       [&] {
-        const std::vector<Film>& films = window.films().films();
+        const std::vector<Film>& films = partOf<FilmModel>(window).films();
         return std::any_of(films.begin(), films.end(), isFresh);
       },
       30'000))

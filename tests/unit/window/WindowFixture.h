@@ -18,6 +18,7 @@
 #include "tests/unit/window/FakeDesktop.h"
 #include "tests/unit/window/FakePlayer.h"
 #include "tests/unit/window/Films.h"
+#include "tests/unit/window/PartOf.h"
 #include "tests/unit/window/RecordingQueue.h"
 
 namespace playerx::window {
@@ -49,9 +50,9 @@ class WindowTest : public testing::Test {
                     key, modifiers);
   }
 
-  FilmView& view() { return window_.downloads().view(); }
-  MessageStrip& strip() { return window_.strip(); }
-  QAction& action(Verb verb) { return *window_.actions().of(verb); }
+  FilmView& view() { return partOf<FilmView>(window_); }
+  MessageStrip& strip() { return partOf<MessageStrip>(window_); }
+  QAction& action(Verb verb) { return *partOf<ActionSet>(window_).of(verb); }
 
   QTemporaryDir folder_;
   WindowMemory memory_{folder_.filePath(QStringLiteral("window.ini"))};
