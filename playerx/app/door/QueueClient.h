@@ -26,10 +26,6 @@ class QueueClient {
     kIncompatible,  ///< a process does, but speaks another protocol: `problem` says why
   };
 
-  /// Said of a process that holds the queue without a word.
-  static constexpr char kSilent[] =
-      "The player that holds the queue does not answer; it may be stopped: continue or close it.";
-
   /// Looks for the process that holds the queue of this folder, `longest` at most. Once.
   Outcome connect(const std::string& dataFolder, std::chrono::milliseconds longest);
 
