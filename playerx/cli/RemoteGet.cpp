@@ -141,7 +141,8 @@ bool RemoteGet::isDone() const {
 }
 
 void RemoteGet::tellWhatIsLeft() {
-  const std::optional<Reply> reply = client_.ask({.action = Request::Action::kList}, kSilence);
+  const std::optional<Reply> reply =
+      client_.ask({.action = Request::Action::kList}, door::QueueClient::kSilence);
   if (!reply) return;
   const bool isMeantForAll = options_.request.inputs.empty();
   const auto isLeft = [&](unsigned int id) {
