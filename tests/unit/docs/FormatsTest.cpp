@@ -172,7 +172,7 @@ std::vector<std::string> commandLinesOf(const std::string& page) {
 /// The names of all commands.
 std::vector<std::string> commands() {
   const std::string help = helpOf({});
-  return findAll(help.substr(help.find("Subcommands:")), "\n  ([a-z]+) {2,}[A-Z]");
+  return findAll(help.substr(help.find("\nCommands:")), "\n  ([a-z]+) {2,}[A-Z]");
 }
 
 TEST(CommandLinePage, EachCommandOfAPageIsUnderstood) {
