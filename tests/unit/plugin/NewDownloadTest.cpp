@@ -38,8 +38,8 @@ TEST(NewDownload, TakesEachTypeInAnyCase) {
 
 TEST(NewDownload, IsNothingForAnyOtherType) {
   for (const wchar_t* const url :
-       {L"http://h/a.txt", L"http://h/a", L"http://h/", L"http://h/avi", L"http://h/a.avi.txt", L"http://h/a.avi2",
-        L"http://h/.avi/x", L"", L"http://h/a.", L"http://h/x?y=a.avi"}) {
+       {L"http://h/a.txt", L"http://h/a", L"http://h/", L"http://h/avi", L"http://h/a.avi.txt",
+        L"http://h/a.avi2", L"http://h/.avi/x", L"", L"http://h/a.", L"http://h/x?y=a.avi"}) {
     EXPECT_EQ(makeDownload(url, L"", L""), nullptr) << url;
   }
 }
