@@ -1,5 +1,7 @@
 #include "playerx/cli/Presentation.h"
 
+#include <algorithm>
+
 #include "playerx/app/model/FilmCheck.h"
 #include "playerx/cli/Reporter.h"
 
@@ -39,23 +41,21 @@ int present(const Reply& reply, Reporter& reporter) {
 
 void noteWhatIsLeft(const std::vector<model::ItemState>& queue,
                     const std::function<bool(unsigned int)>& isMeant, Reporter& reporter) {
-  std::vector<std::string> paused;
-  std::vector<std::string> failed;
-  for (std::size_t i = 0; i < queue.size(); ++i) {
-    if (!isMeant(queue[i].id)) continue;
-    const std::string position = std::to_string(i + 1);
-    if (queue[i].status == DownloadStatusStopped) paused.push_back(position);
-    if (queue[i].status == DownloadStatusFailed) failed.push_back(position);
+  const auto count = [&](DownloadStatusEnumType status) {
+    return std::count_if(queue.begin(), queue.end(), [&](const model::ItemState& item) {
+      return item.status == status && isMeant(item.id);
+    });
+  };
+  // Without positions: the one that has come last may be about to move to the end.
+  const auto paused = count(DownloadStatusStopped);
+  const auto failed = count(DownloadStatusFailed);
+  if (paused == 1) reporter.note("One film stays paused; `resume` lets it go on.");
+  if (paused > 1) {
+    reporter.note(std::to_string(paused) + " films stay paused; `resume` lets them go on.");
   }
-  if (paused.size() == 1) {
-    reporter.note("One film stays paused; `resume " + paused[0] + "` lets it go on.");
-  } else if (!paused.empty()) {
-    reporter.note(std::to_string(paused.size()) + " films stay paused; `resume` lets them go on.");
-  }
-  if (failed.size() == 1) {
-    reporter.note("One film has failed before; `retry " + failed[0] + "` queues it again.");
-  } else if (!failed.empty()) {
-    reporter.note(std::to_string(failed.size()) +
+  if (failed == 1) reporter.note("One film has failed before; `retry all` queues it again.");
+  if (failed > 1) {
+    reporter.note(std::to_string(failed) +
                   " films have failed before; `retry all` queues them again.");
   }
 }

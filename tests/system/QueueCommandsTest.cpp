@@ -127,8 +127,8 @@ TEST_F(QueueCommandsTest, GetSaysWhatItLeavesAlone) {
   queue({{"a", 5}, {"b", 6}});
   const PlayerResult result = home.run({"get"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.errors, HasSubstr("One film stays paused; `resume 1` lets it go on.\n"));
-  EXPECT_THAT(result.errors, HasSubstr("One film has failed before; `retry 2` queues it again."));
+  EXPECT_THAT(result.errors, HasSubstr("One film stays paused; `resume` lets it go on.\n"));
+  EXPECT_THAT(result.errors, HasSubstr("One film has failed before; `retry all` queues it again."));
 }
 
 TEST_F(QueueCommandsTest, AnEmptyQueueIsDoneAtOnce) {

@@ -73,7 +73,7 @@ TEST_F(GetCommandTest, AnEmptyQueueIsDoneAtOnce) {
 TEST_F(GetCommandTest, WhatStaysPausedIsSaid) {
   module_.put("http://h/a.avi", DownloadStatusStopped);
   EXPECT_EQ(run({}), kExitDone);
-  EXPECT_THAT(reporter_.lines, ElementsAre("One film stays paused; `resume 1` lets it go on."));
+  EXPECT_THAT(reporter_.lines, ElementsAre("One film stays paused; `resume` lets it go on."));
 }
 
 TEST_F(GetCommandTest, WhatHadFailedBeforeIsSaid) {

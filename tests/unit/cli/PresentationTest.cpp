@@ -68,11 +68,11 @@ TEST_F(PresentationTest, WhatIsLeftIsNamedWithItsRemedy) {
       queue, [](unsigned int) { return true; }, *reporter_);
   EXPECT_EQ(notes_.str(),
             "2 films stay paused; `resume` lets them go on.\n"
-            "One film has failed before; `retry 2` queues it again.\n");
+            "One film has failed before; `retry all` queues it again.\n");
   notes_.str("");
   noteWhatIsLeft(
       queue, [](unsigned int id) { return id == 4; }, *reporter_);
-  EXPECT_EQ(notes_.str(), "One film stays paused; `resume 4` lets it go on.\n");
+  EXPECT_EQ(notes_.str(), "One film stays paused; `resume` lets it go on.\n");
 }
 
 TEST_F(PresentationTest, TheItemsOfAReplyAreNotPrinted) {
