@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
 
 #include "KPIM/Plugin.h"
@@ -21,19 +20,16 @@ class WindowPlayer : public VeskPlayerX::PlayerInterface {
   /// Offers this player to the plug-ins of `context`, which must not outlive it.
   void offerTo(PluginContext& context);
 
-  /// The download session of the film that the window shows; 0 for none.
-  void setCurrentMedia(unsigned long long session) { session_ = session; }
-
   void openMedia(const QString& location) override { open_(location); }
 
   /// Nothing: the queue itself says when a film is complete.
   void downloadFinished(const QString&, unsigned long long) override {}
 
-  unsigned long long currentMediaId() override { return session_; }
+  /// None: a film is read from its file, and goes on when the session of its download has ended.
+  unsigned long long currentMediaId() override { return 0; }
 
  private:
   const std::function<void(const QString&)> open_;
-  std::atomic<unsigned long long> session_{0};
 };
 
 }  // namespace playerx::window
