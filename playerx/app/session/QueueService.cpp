@@ -74,14 +74,13 @@ bool isPaused(const ItemState& item) {
 QueueService::QueueService(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
                            QueueWatch::Listener listener)
     : session_(session),
+      held_(session),
       watch_(session, std::move(wake), std::move(probe),
              [this, listener = std::move(listener)](const QueueEvent& event) {
-               if (!isHeldAgain(event)) listener(event);
+               if (!held_.isBeforeHold(event)) listener(event);
              }),
-      adder_(session, watch_, [this](unsigned int id) { letGoOn(id); }) {
-  for (const ItemState& item : watch_.queue()) {
-    if (item.status == DownloadStatusStopped) held_.insert(item.id);
-  }
+      adder_(session, watch_, [this](unsigned int id) { held_.letGo(id); }) {
+  held_.adopt(watch_.queue());
 }
 
 Reply QueueService::handle(const Request& request) {
@@ -100,7 +99,7 @@ Reply QueueService::handle(const Request& request) {
 
 void QueueService::update() {
   watch_.update();
-  holdAgain();
+  held_.holdAgain(watch_.queue());
   if (mayHaveLeftovers_) deleteLeftovers();
 }
 
@@ -217,7 +216,8 @@ Reply QueueService::editItem(const Request& request, const ItemState& item) {
 
 Reply QueueService::remove(const ItemState& item, bool withFilm) {
   bool isRemoved = false;
-  whileStopped(item, [&] { isRemoved = session_.manager().remove(item.id); });
+  whileStopped(session_, watch_.queue(), item,
+               [&] { isRemoved = session_.manager().remove(item.id); });
   if (!isRemoved) return failed("The item could not be removed.");
   mayHaveLeftovers_ = true;
   const std::string removed = "Removed: " + displayName(item);
@@ -294,34 +294,13 @@ Reply QueueService::moveBefore(const ItemState& item, unsigned int before) {
   return isMoved ? tellPlace(item) : failed("The item cannot move that far.");
 }
 
-/// The manager knows no paused item but the first; a stopped one is passed over in the same way.
 Reply QueueService::pause(const ItemState& item) {
   if (!model::isUnfinished(item.status)) {
     return failed("Only what waits or arrives can be paused; this one is " +
                   std::string(model::statusWord(item.status)) + ".");
   }
-  held_.insert(item.id);
-  whileStopped(item, [&] { session_.manager().updateStatus(item.id, DownloadStatusStopped); });
+  held_.hold(item, watch_.queue());
   return done("Paused: " + displayName(item) + ".");
-}
-
-void QueueService::letGoOn(unsigned int id) {
-  held_.erase(id);
-  session_.manager().updateStatus(id, DownloadStatusQueued);
-}
-
-/// The manager queues a stopped item again when another one takes its place at the top.
-void QueueService::holdAgain() {
-  for (const ItemState& item : watch_.queue()) {
-    if (!held_.contains(item.id) || !model::isUnfinished(item.status)) continue;
-    whileStopped(item, [&] { session_.manager().updateStatus(item.id, DownloadStatusStopped); });
-  }
-}
-
-/// Whether an event is about the moment in which the manager has queued an item that is held.
-bool QueueService::isHeldAgain(const QueueEvent& event) const {
-  return event.kind == QueueEvent::Kind::kChanged && held_.contains(event.item.id) &&
-         model::isUnfinished(event.item.status);
 }
 
 Reply QueueService::resume(const ItemState& item) {
@@ -330,17 +309,14 @@ Reply QueueService::resume(const ItemState& item) {
     return failed("Only a paused item can be resumed; this one is " +
                   std::string(model::statusWord(item.status)) + ".");
   }
-  letGoOn(item.id);
+  held_.letGo(item.id);
   return done("Resumed: " + displayName(item) + whatNext("it"));
 }
 
 Reply QueueService::resumeAll() {
   const std::size_t paused = countIf(watch_.queue(), isPaused);
   const bool hasEffect = paused > 0 || session_.manager().isPaused();
-  for (const ItemState& item : watch_.queue()) {
-    if (item.status == DownloadStatusStopped) letGoOn(item.id);
-  }
-  held_.clear();
+  held_.letAllGo(watch_.queue());
   session_.manager().resume();
   update();
   if (!hasEffect) return done("Nothing is paused.");
@@ -351,27 +327,6 @@ Reply QueueService::resumeAll() {
 /// The end of a sentence on what waits again.
 std::string QueueService::whatNext(const std::string& what) const {
   return session_.isStarted() ? "." : "; `get` downloads " + what + ".";
-}
-
-/// Whether the manager may be at work on an item: on the first one that is unfinished, whatever its
-/// status says, because adding another one has it say "queued".
-bool QueueService::isTransferred(const ItemState& item) const {
-  if (!session_.isStarted()) return false;
-  const std::vector<ItemState>& queue = watch_.queue();
-  const auto first = std::find_if(queue.begin(), queue.end(), [](const ItemState& each) {
-    return model::isUnfinished(each.status);
-  });
-  return first != queue.end() && first->id == item.id;
-}
-
-/// Ends the transfer of an item before a change of it: the manager would carry it on, with the
-/// queue waiting behind it.
-void QueueService::whileStopped(const ItemState& item, const std::function<void()>& change) {
-  VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
-  const bool isStopped = !isTransferred(item) || manager.isPaused();
-  if (!isStopped) manager.pause();
-  change();
-  if (!isStopped) manager.resume();
 }
 
 }  // namespace playerx::session

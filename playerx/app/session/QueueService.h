@@ -1,11 +1,11 @@
 #pragma once
 
 #include <functional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "playerx/app/session/FilmAdder.h"
+#include "playerx/app/session/HeldItems.h"
 #include "playerx/app/session/Leftovers.h"
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/app/session/QueueRequest.h"
@@ -60,19 +60,14 @@ class QueueService {
   Reply tellPlace(const model::ItemState& item);
   Reply pause(const model::ItemState& item);
   Reply resume(const model::ItemState& item);
-  void letGoOn(unsigned int id);
-  void holdAgain();
   Reply resumeAll();
   std::string whatNext(const std::string& what) const;
   Reply clean(bool dryRun);
   Reply limited(const Request& request) const;
-  bool isHeldAgain(const QueueEvent& event) const;
   std::vector<Leftover> leftovers() const;
-  bool isTransferred(const model::ItemState& item) const;
-  void whileStopped(const model::ItemState& item, const std::function<void()>& change);
 
   PlayerSession& session_;
-  std::set<unsigned int> held_;  ///< items that wait until they are resumed
+  HeldItems held_;
   QueueWatch watch_;
   FilmAdder adder_;
   bool mayHaveLeftovers_ = false;

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+#include <set>
+#include <vector>
+
+#include "playerx/app/model/ItemState.h"
+#include "playerx/app/session/PlayerSession.h"
+#include "playerx/app/session/QueueRequest.h"
+
+namespace playerx::session {
+
+/// The items that wait until they are resumed. The manager knows no paused item but the first one;
+/// a stopped item is passed over in the same way, so these are stopped.
+///
+/// Used on the session's thread. `queue` is the queue as it was last seen.
+class HeldItems {
+ public:
+  using Queue = std::vector<model::ItemState>;
+
+  /// The session outlives it.
+  explicit HeldItems(PlayerSession& session) : session_(session) {}
+
+  /// Holds what an earlier run has stopped.
+  void adopt(const Queue& queue);
+
+  void hold(const model::ItemState& item, const Queue& queue);
+  void letGo(unsigned int id);
+  void letAllGo(const Queue& queue);
+
+  /// Stops those again that the manager has queued: it does so when another item takes the place of
+  /// a stopped one at the top.
+  void holdAgain(const Queue& queue);
+
+  /// Whether an event is about the moment before `holdAgain`.
+  bool isBeforeHold(const QueueEvent& event) const;
+
+ private:
+  PlayerSession& session_;
+  std::set<unsigned int> ids_;
+};
+
+/// Ends the transfer of an item before a change of it: the manager would carry it on, with the
+/// queue waiting behind it.
+void whileStopped(PlayerSession& session, const HeldItems::Queue& queue,
+                  const model::ItemState& item, const std::function<void()>& change);
+
+}  // namespace playerx::session
