@@ -134,11 +134,11 @@ constexpr const char* kForms[] = {
     QT_TRANSLATE_NOOP("Sentence", "The socket {place} cannot be opened ({words})."),
 
     // The plug-ins.
-    QT_TRANSLATE_NOOP("Sentence",
-                      "The download manager cannot be loaded from {place}. Plug-in {words}"),
+    QT_TRANSLATE_NOOP("Sentence", "The download manager cannot be loaded from {place}. {words}"),
     QT_TRANSLATE_NOOP("Sentence", "The download manager cannot be loaded from {place}."),
-    QT_TRANSLATE_NOOP("Sentence", "description {place}: {words}"),
-    QT_TRANSLATE_NOOP("Sentence", "{name}: It cannot be loaded: {words}."),
+    QT_TRANSLATE_NOOP("Sentence", "Plug-in description {place}: {words}"),
+    QT_TRANSLATE_NOOP("Sentence", "Plug-in {name}: It cannot be loaded: {words}."),
+    QT_TRANSLATE_NOOP("Sentence", "unknown reason"),
     QT_TRANSLATE_NOOP("Sentence", "It cannot be read: {words}."),
     QT_TRANSLATE_NOOP("Sentence", "It is too large for a description."),
     QT_TRANSLATE_NOOP("Sentence", "It has no \"id\"."),
@@ -147,9 +147,10 @@ constexpr const char* kForms[] = {
     QT_TRANSLATE_NOOP("Sentence", "It has no \"library\"."),
     QT_TRANSLATE_NOOP("Sentence", "It is not JSON: {words} at byte {number}."),
     QT_TRANSLATE_NOOP("Sentence", "It is not a JSON object."),
-    QT_TRANSLATE_NOOP("Sentence", "{name}: Its getPlugin made no plug-in (result {number})."),
-    QT_TRANSLATE_NOOP("Sentence", "{name}: Its getPlugin failed: {words}."),
-    QT_TRANSLATE_NOOP("Sentence", "{name}: Its getPlugin failed."),
+    QT_TRANSLATE_NOOP("Sentence",
+                      "Plug-in {name}: Its getPlugin made no plug-in (result {number})."),
+    QT_TRANSLATE_NOOP("Sentence", "Plug-in {name}: Its getPlugin failed: {words}."),
+    QT_TRANSLATE_NOOP("Sentence", "Plug-in {name}: Its getPlugin failed."),
 };
 
 const QRegularExpression& nameOfFact() {
@@ -157,14 +158,16 @@ const QRegularExpression& nameOfFact() {
   return kName;
 }
 
-/// Finds the facts in a sentence of this form, each under its name.
+/// Finds the facts in a sentence of this form, each under its name. A detail stands in brackets.
 QRegularExpressionMatch factsIn(const QString& sentence, const QString& form) {
   QString pattern;
   qsizetype end = 0;
   for (auto name = nameOfFact().globalMatch(form); name.hasNext();) {
     const QRegularExpressionMatch match = name.next();
     pattern += QRegularExpression::escape(form.sliced(end, match.capturedStart() - end));
-    pattern += QStringLiteral("(?<%1>.*?)").arg(match.captured(1));
+    const bool isDetail = match.captured(1) == u"detail";
+    pattern += isDetail ? QStringLiteral("(?<detail>(?: \\(.*\\))?)")
+                        : QStringLiteral("(?<%1>.*?)").arg(match.captured(1));
     end = match.capturedEnd();
   }
   pattern =
@@ -178,8 +181,7 @@ QString translated(const QString& words);
 /// Words inside a sentence may be a sentence themselves, but not a title or a path.
 QString translatedFact(const QString& name, const QString& fact) {
   if (name == u"words" || name == u"state") return translated(fact);
-  const bool isInBrackets = name == u"detail" && fact.startsWith(u" (") && fact.endsWith(u')');
-  if (!isInBrackets) return fact;
+  if (name != u"detail" || fact.isEmpty()) return fact;
   return QStringLiteral(" (%1)").arg(translated(fact.sliced(2, fact.size() - 3)));
 }
 

@@ -291,20 +291,8 @@
         <translation>Der Socket {place} kann nicht geöffnet werden ({words}).</translation>
     </message>
     <message>
-        <source>The download manager cannot be loaded from {place}. Plug-in {words}</source>
-        <translation>Der Download-Manager kann nicht aus {place} geladen werden. Plug-in {words}</translation>
-    </message>
-    <message>
         <source>The download manager cannot be loaded from {place}.</source>
         <translation>Der Download-Manager kann nicht aus {place} geladen werden.</translation>
-    </message>
-    <message>
-        <source>description {place}: {words}</source>
-        <translation>Beschreibung {place}: {words}</translation>
-    </message>
-    <message>
-        <source>{name}: It cannot be loaded: {words}.</source>
-        <translation>{name}: Es kann nicht geladen werden: {words}.</translation>
     </message>
     <message>
         <source>It cannot be read: {words}.</source>
@@ -339,16 +327,32 @@
         <translation>Sie ist kein JSON-Objekt.</translation>
     </message>
     <message>
-        <source>{name}: Its getPlugin made no plug-in (result {number}).</source>
-        <translation>{name}: Sein getPlugin hat kein Plug-in erzeugt (Ergebnis {number}).</translation>
+        <source>The download manager cannot be loaded from {place}. {words}</source>
+        <translation>Der Download-Manager kann nicht aus {place} geladen werden. {words}</translation>
     </message>
     <message>
-        <source>{name}: Its getPlugin failed: {words}.</source>
-        <translation>{name}: Sein getPlugin ist gescheitert: {words}.</translation>
+        <source>Plug-in description {place}: {words}</source>
+        <translation>Plug-in-Beschreibung {place}: {words}</translation>
     </message>
     <message>
-        <source>{name}: Its getPlugin failed.</source>
-        <translation>{name}: Sein getPlugin ist gescheitert.</translation>
+        <source>Plug-in {name}: It cannot be loaded: {words}.</source>
+        <translation>Plug-in {name}: Es kann nicht geladen werden: {words}.</translation>
+    </message>
+    <message>
+        <source>unknown reason</source>
+        <translation>unbekannter Grund</translation>
+    </message>
+    <message>
+        <source>Plug-in {name}: Its getPlugin made no plug-in (result {number}).</source>
+        <translation>Plug-in {name}: Sein getPlugin hat kein Plug-in erzeugt (Ergebnis {number}).</translation>
+    </message>
+    <message>
+        <source>Plug-in {name}: Its getPlugin failed: {words}.</source>
+        <translation>Plug-in {name}: Sein getPlugin ist gescheitert: {words}.</translation>
+    </message>
+    <message>
+        <source>Plug-in {name}: Its getPlugin failed.</source>
+        <translation>Plug-in {name}: Sein getPlugin ist gescheitert.</translation>
     </message>
 </context>
 <context>

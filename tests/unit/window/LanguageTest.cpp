@@ -130,7 +130,8 @@ bool isNotShown(const QString& piece) {
   static const QRegularExpression kPieces(QStringLiteral(
       "`get`|`pause N`|--limit-rate|limit|left of |left over|per second|Nothing is waiting|"
       "No item has failed|There is no item|the queue holds|not in the queue any more|has no window|"
-      "cannot be copied|does not hold the last|run the command again"));
+      "cannot be copied|does not hold the last|run the command again|Queued again|%llu|"
+      "Shutdown failed|still held"));
   return piece.contains(kPieces);
 }
 
