@@ -61,7 +61,8 @@ constexpr const char* kForms[] = {
                       "{title} has {size} although its server had announced "
                       "{announced}; it is kept as it came."),
     QT_TRANSLATE_NOOP("Sentence", "No player could be started for {title}."),
-    QT_TRANSLATE_NOOP("Sentence", "The film {place} could not be removed ({words})."),
+    QT_TRANSLATE_NOOP("Sentence",
+                      "Removed: {title}; its film {place} could not be deleted ({words})."),
 
     // An operation.
     QT_TRANSLATE_NOOP("Sentence", "The item could not be removed."),

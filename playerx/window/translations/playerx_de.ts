@@ -135,10 +135,6 @@
         <translation>Für {title} konnte kein Abspielprogramm gestartet werden.</translation>
     </message>
     <message>
-        <source>The film {place} could not be removed ({words}).</source>
-        <translation>Der Film {place} konnte nicht gelöscht werden ({words}).</translation>
-    </message>
-    <message>
         <source>The item could not be removed.</source>
         <translation>Der Film konnte nicht entfernt werden.</translation>
     </message>
@@ -353,6 +349,10 @@
     <message>
         <source>Plug-in {name}: Its getPlugin failed.</source>
         <translation>Plug-in {name}: Sein getPlugin ist gescheitert.</translation>
+    </message>
+    <message>
+        <source>Removed: {title}; its film {place} could not be deleted ({words}).</source>
+        <translation>Entfernt: {title}; der Film {place} konnte nicht gelöscht werden ({words}).</translation>
     </message>
 </context>
 <context>
