@@ -103,6 +103,14 @@ bool isOfTheCommandLine(const QFileInfo& source) {
   return kNames.contains(source.fileName());
 }
 
+/// Whether what stands here answers the command line: the window shows what has failed.
+bool isAnswer(const QString& text, qsizetype place) {
+  static const QRegularExpression kEnd(QStringLiteral("[;{}]\\s*\\n"));
+  static const QRegularExpression kAnswer(QStringLiteral("\\bdone\\(|notes\\.push_back"));
+  const QString before = text.left(place);
+  return before.sliced(std::max<qsizetype>(before.lastIndexOf(kEnd), 0)).contains(kAnswer);
+}
+
 /// What the rooms say besides reasons, as pieces between the facts: literals of several words.
 QStringList sentencePiecesOf(const QString& folder) {
   static const QRegularExpression kLiteral(QStringLiteral(
@@ -116,8 +124,10 @@ QStringList sentencePiecesOf(const QString& folder) {
     EXPECT_TRUE(file.open(QIODevice::ReadOnly));
     const QString text = QString::fromUtf8(file.readAll());
     for (auto match = kLiteral.globalMatch(text); match.hasNext();) {
-      const QString literal = match.next().captured();
-      if (!literal.startsWith(u'"') || !literal.contains(kWords)) continue;
+      const QRegularExpressionMatch found = match.next();
+      const QString literal = found.captured();
+      const bool isPiece = literal.startsWith(u'"') && literal.contains(kWords);
+      if (!isPiece || isAnswer(text, found.capturedStart())) continue;
       pieces << QString(literal).remove(kSeam).replace(QStringLiteral("\\\""),
                                                        QStringLiteral("\""));
     }
@@ -128,10 +138,9 @@ QStringList sentencePiecesOf(const QString& folder) {
 /// Said on the command line alone, or before there is a window.
 bool isNotShown(const QString& piece) {
   static const QRegularExpression kPieces(QStringLiteral(
-      "`get`|`pause N`|--limit-rate|limit|left of |left over|per second|Nothing is waiting|"
-      "No item has failed|There is no item|the queue holds|not in the queue any more|has no window|"
-      "cannot be copied|does not hold the last|run the command again|Queued again|%llu|"
-      "Shutdown failed|still held"));
+      "`get`|`pause N`|--limit-rate|names no limit|left of |There is no item|the queue holds|"
+      "not in the queue any more|has no window|cannot be copied|does not hold the last|"
+      "run the command again|^Protected: |%llu|Shutdown failed|still held"));
   return piece.contains(kPieces);
 }
 
