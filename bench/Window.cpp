@@ -1,7 +1,9 @@
 // bench_window: what the window costs with few and with many films.
 
 #include <QApplication>
+#include <QClipboard>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QStandardPaths>
@@ -15,17 +17,23 @@
 
 #include "bench/Measure.h"
 #include "bench/Player.h"
+#include "playerx/window/actions/ActionSet.h"
+#include "playerx/window/actions/FilmCommands.h"
 #include "playerx/window/model/WindowMemory.h"
 #include "playerx/window/queue/SessionQueue.h"
 #include "playerx/window/shell/DownloadsPage.h"
+#include "playerx/window/shell/FilterBar.h"
 #include "playerx/window/shell/MainWindow.h"
 #include "playerx/window/view/FilmView.h"
+#include "playerx/window/view/MessageStrip.h"
 #include "tests/support/Nginx.h"
 #include "tests/support/Process.h"
 #include "tests/support/WaitFor.h"
 #include "tests/unit/window/FakeDesktop.h"
 #include "tests/unit/window/FakePlayer.h"
 #include "tests/unit/window/Films.h"
+#include "tests/unit/window/Heartbeat.h"
+#include "tests/unit/window/LiveQueue.h"
 #include "tests/unit/window/PartOf.h"
 #include "tests/unit/window/RecordingQueue.h"
 
@@ -165,6 +173,89 @@ void memory(int count) {
   window.wait();
 }
 
+/// For how long the UI thread hears of nothing while `act` is done, and what follows from it until
+/// `isDone`: by the clock, and in processor time of its own.
+template <class Act, class IsDone>
+void freeze(const char* what, Act act, IsDone isDone) {
+  constexpr int kPaintedMs = 400;
+  const Heartbeat heart;
+  act();
+  if (!QTest::qWaitFor(isDone, 120'000)) std::printf("not done: ");
+  QTest::qWait(kPaintedMs);
+  std::printf("  %-56s %8.1f %8.1f\n", what, heart.longestGapMs(), heart.longestWorkMs());
+}
+
+QString addresses(int count) {
+  QStringList lines;
+  for (int i = 0; i < count; ++i) lines << QStringLiteral("https://films.example/%1.avi").arg(i);
+  return lines.join(u'\n');
+}
+
+/// What people hand over, in a window with the download manager at work.
+void freezesOfInputs() {
+  for (const int count : {1000, 10'000}) {
+    LiveQueue live;
+    live.isShown();
+    live.queue().pauseAll();
+    MainWindow& window = live.window();
+    std::printf("  %d addresses\n", count);
+    freeze(
+        "copied", [&] { QApplication::clipboard()->setText(addresses(count)); },
+        [&] { return partOf<ActionSet>(window).of(Verb::kPaste)->isEnabled(); });
+    freeze(
+        "pasted and added", [&] { partOf<ActionSet>(window).of(Verb::kPaste)->trigger(); },
+        [&] { return partOf<FilmModel>(window).rowCount() == count; });
+    freeze(
+        "shown in the dialog",
+        [&] { partOf<ActionSet>(window).of(Verb::kAddAddresses)->trigger(); }, [] { return true; });
+    QApplication::clipboard()->clear();
+  }
+  LiveQueue live;
+  live.isShown();
+  QFile ticket(live.file(QStringLiteral("large.tix")));
+  if (ticket.open(QIODevice::WriteOnly)) {
+    ticket.write("TixVeskVersion=1.0\n" + QByteArray("end\n").repeated(15'000'000));
+  }
+  ticket.close();
+  freeze(
+      "a ticket of 60 MB", [&] { live.window().take({ticket.fileName()}); },
+      [&] { return !partOf<MessageStrip>(live.window()).text().isEmpty(); });
+}
+
+/// What is done with a long list, every other film of which is done.
+void freezesOfTheList(int count) {
+  const QTemporaryDir folder;
+  WindowMemory memory{folder.filePath(QStringLiteral("window.ini"))};
+  RecordingQueue queue;
+  FakeDesktop desktop;
+  MainWindow window{{queue, memory, desktop, nullptr}};
+  QList<Film> films, left;
+  for (int i = 1; i <= count; ++i) {
+    films << film(static_cast<FilmId>(i), i % 2 == 0 ? FilmState::kDone : FilmState::kWaiting);
+    if (i % 2 != 0) left << films.last();
+  }
+  window.resize(1000, 700);
+  window.show();
+  const auto trigger = [&](Verb verb) {
+    return [&, verb] { partOf<ActionSet>(window).of(verb)->trigger(); };
+  };
+  const auto at_once = [] { return true; };
+  freeze(
+      "the whole queue comes", [&] { Q_EMIT queue.changed(queueOf(films)); }, at_once);
+  freeze("all are chosen", trigger(Verb::kSelectAll), at_once);
+  freeze(
+      "a filter hides every other film", [&] { partOf<FilterBar>(window).setGroup(1); }, at_once);
+  freeze(
+      "and is taken away", [&] { partOf<FilterBar>(window).setGroup(0); }, at_once);
+  freeze("every other film is cleared", trigger(Verb::kClearDone), at_once);
+  freeze("and comes back", trigger(Verb::kUndo), at_once);
+  freeze(
+      "every other film is gone", [&] { Q_EMIT queue.changed(queueOf(left)); }, at_once);
+  std::reverse(left.begin(), left.end());
+  freeze(
+      "the order is turned round", [&] { Q_EMIT queue.changed(queueOf(left)); }, at_once);
+}
+
 }  // namespace
 }  // namespace playerx::window
 
@@ -183,5 +274,8 @@ int main(int argc, char** argv) {
     work.update(5);
     playerx::window::memory(count);
   }
+  std::printf("without an event for at most, ms (the clock; work)\n");
+  playerx::window::freezesOfInputs();
+  playerx::window::freezesOfTheList(10'000);
   return 0;
 }
