@@ -33,7 +33,8 @@ constexpr int kAnyServerError = 500;
 
 constexpr Row kRows[] = {
     {Reason::kNoAddress, "unsupported_url", "This is not the address of a film",
-     "give one such as https://films.example/film.avi, or a ticket file (.tix)"},
+     "give one that begins with http:// or https://, such as https://films.example/film.avi, or a "
+     "ticket file (.tix)"},
     {T::kUnsupportedAddress, "unsupported_url", "The address cannot be used",
      "give one that begins with http:// or https:// and names a host"},
     {Reason::kBadPort, "unsupported_url", "The address names a port that does not exist",
