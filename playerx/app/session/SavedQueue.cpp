@@ -171,8 +171,9 @@ void SavedQueue::setRefusedFileAside(DownloadManagerInterface& manager) const {
 std::string SavedQueue::loadProblem(DownloadManagerInterface& manager) const {
   QFile file(QString::fromStdString(file_));
   if (manager.getNumberOfVideosInQueue() > 0 || !file.exists()) return {};
-  if (!file.open(QIODevice::ReadOnly)) return readProblem();
-  if (!namesItems(file.readAll())) return {};
+  const std::string problem = readProblem();
+  if (!problem.empty()) return problem;
+  if (file.open(QIODevice::ReadOnly) && !namesItems(file.readAll())) return {};
   return "The queue file " + file_ +
          " could not be read a moment ago; nothing was changed. Try again.";
 }

@@ -84,6 +84,15 @@ TEST(SavedQueueTest, AManagerThatReadNothingOfAFullFileIsNoticed) {
   EXPECT_EQ(saved.loadProblem(manager), "");
 }
 
+TEST(SavedQueueTest, AFileThatOpensAndCannotBeReadIsNoticed) {
+  const support::TempDir folder;
+  std::filesystem::create_symlink("/proc/self/mem", folder / "downloadmanager.xml");
+  support::EventLog log;
+  FakeModule manager(log);
+  EXPECT_THAT(SavedQueue(folder.path()).loadProblem(manager),
+              testing::HasSubstr("cannot be read (Input/output error)"));
+}
+
 /// A manager whose saves go to the queue file of a folder, as far as that can be written.
 class SavingTest : public testing::Test {
  protected:
