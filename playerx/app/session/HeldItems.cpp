@@ -10,16 +10,19 @@ void HeldItems::adopt(const Queue& queue) {
   for (const ItemState& item : queue) {
     if (item.status == DownloadStatusStopped) ids_.insert(item.id);
   }
+  keepStopped();
 }
 
 void HeldItems::hold(const ItemState& item, const Queue& queue) {
   ids_.insert(item.id);
+  keepStopped();
   whileStopped(session_, queue, item,
                [&] { session_.manager().updateStatus(item.id, DownloadStatusStopped); });
 }
 
 void HeldItems::letGo(unsigned int id) {
   ids_.erase(id);
+  keepStopped();
   session_.manager().updateStatus(id, DownloadStatusQueued);
 }
 
@@ -28,6 +31,7 @@ void HeldItems::letAllGo(const Queue& queue) {
     if (item.status == DownloadStatusStopped) letGo(item.id);
   }
   ids_.clear();
+  keepStopped();
 }
 
 void HeldItems::holdAgain(const Queue& queue) {

@@ -11,7 +11,8 @@
 namespace playerx::session {
 
 /// The items that wait until they are resumed. The manager knows no paused item but the first one;
-/// a stopped item is passed over in the same way, so these are stopped.
+/// a stopped item is passed over in the same way, so these are stopped. It queues a stopped one,
+/// though, when another takes its place at the top.
 ///
 /// Used on the session's thread. `queue` is the queue as it was last seen.
 class HeldItems {
@@ -28,14 +29,16 @@ class HeldItems {
   void letGo(unsigned int id);
   void letAllGo(const Queue& queue);
 
-  /// Stops those again that the manager has queued: it does so when another item takes the place of
-  /// a stopped one at the top.
+  /// Stops those again that the manager has taken up.
   void holdAgain(const Queue& queue);
 
   /// Whether an event is about the moment before `holdAgain`.
   bool isBeforeHold(const QueueEvent& event) const;
 
  private:
+  /// Has those that the manager queues stopped before it downloads them.
+  void keepStopped() { session_.keepStopped(ids_); }
+
   PlayerSession& session_;
   std::set<unsigned int> ids_;
 };

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -108,6 +109,11 @@ class PlayerSession {
 
   /// What the manager told about item `id` since the last call for it, oldest first. Any thread.
   std::vector<model::Notice> takeNotices(unsigned int id) { return view_.takeNotices(id); }
+
+  /// From now on the manager's thread, too, leaves these items stopped. After `open` only.
+  void keepStopped(std::set<unsigned int> ids) {
+    view_.keepStopped(std::move(ids), manager(), reader());
+  }
 
   /// What plug-ins and session told the user since the last call, oldest first. Any thread.
   std::vector<std::string> takeMessages() { return messages_.take(); }

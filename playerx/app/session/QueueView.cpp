@@ -1,6 +1,7 @@
 #include "playerx/app/session/QueueView.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "kvpm/StringTools.h"
@@ -13,7 +14,10 @@ using model::Notice;
 QueueView::QueueView(std::function<void()> wake, SlotQuestion askSlot)
     : wake_(std::move(wake)), askSlot_(std::move(askSlot)) {}
 
-void QueueView::downloadListChanged() { wake_(); }
+void QueueView::downloadListChanged() {
+  stopAgain();
+  wake_();
+}
 
 void QueueView::downloadItemChanged(unsigned int id) {
   {
@@ -51,6 +55,26 @@ void QueueView::downloadBroken(const std::wstring& path) {
 }
 
 void QueueView::refreshItem(unsigned int) { wake_(); }
+
+void QueueView::keepStopped(std::set<unsigned int> ids,
+                            VeskPlayerX::DownloadManagerInterface& manager,
+                            VeskPlayerX::QueueReaderInterface& reader) {
+  const GuardLock lock(mutex_);
+  stopped_ = {std::move(ids), &manager, &reader};
+}
+
+void QueueView::stopAgain() {
+  Stopped stopped;
+  {
+    const GuardLock lock(mutex_);
+    stopped = stopped_;
+  }
+  for (const unsigned int id : stopped.ids) {
+    const std::unique_ptr<VeskPlayerX::DownloadItemInterface> item(stopped.reader->getCopy(id));
+    const bool isQueued = item && item->getStatus() == DownloadStatusQueued;
+    if (isQueued) stopped.manager->updateStatus(id, DownloadStatusStopped);
+  }
+}
 
 std::vector<Notice> QueueView::takeNotices(unsigned int id) {
   const GuardLock lock(mutex_);

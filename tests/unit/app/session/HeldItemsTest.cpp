@@ -38,6 +38,22 @@ TEST_F(HeldItemsTest, AnItemThatTheManagerQueuesIsHeldAgain) {
   EXPECT_THAT(calls(), ElementsAre(updated(item, DownloadStatusStopped)));
 }
 
+TEST_F(HeldItemsTest, AnItemThatTheManagerQueuesIsStoppedWhileTheViewIsTold) {
+  DownloadItem& item = fake_.module.put("http://h/a.avi");
+  held_.hold(queue().front(), queue());
+  item.setStatus(DownloadStatusQueued);
+  calls();
+  fake_.module.view()->downloadListChanged();
+  EXPECT_THAT(calls(), ElementsAre(updated(item, DownloadStatusStopped)));
+  item.setStatus(DownloadStatusDownloading);
+  fake_.module.view()->downloadListChanged();
+  held_.letGo(item.getId());
+  calls();
+  item.setStatus(DownloadStatusQueued);
+  fake_.module.view()->downloadListChanged();
+  EXPECT_THAT(calls(), IsEmpty());
+}
+
 TEST_F(HeldItemsTest, AnItemThatIsLetGoIsNotHeldAgain) {
   DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusStopped);
   held_.adopt(queue());
