@@ -8,41 +8,39 @@ using model::ItemState;
 
 void HeldItems::adopt(const Queue& queue) {
   for (const ItemState& item : queue) {
-    if (item.status == DownloadStatusStopped) ids_.insert(item.id);
+    if (item.status == DownloadStatusStopped) session_.view().keepStopped(item.id);
   }
-  keepStopped();
 }
 
 void HeldItems::hold(const ItemState& item, const Queue& queue) {
-  ids_.insert(item.id);
-  keepStopped();
+  session_.view().keepStopped(item.id);
   whileStopped(session_, queue, item,
                [&] { session_.manager().updateStatus(item.id, DownloadStatusStopped); });
 }
 
 void HeldItems::letGo(unsigned int id) {
-  ids_.erase(id);
-  keepStopped();
+  session_.view().letGo(id);
   session_.manager().updateStatus(id, DownloadStatusQueued);
 }
 
 void HeldItems::letAllGo(const Queue& queue) {
+  session_.view().letAllGo();
   for (const ItemState& item : queue) {
     if (item.status == DownloadStatusStopped) letGo(item.id);
   }
-  ids_.clear();
-  keepStopped();
 }
 
 void HeldItems::holdAgain(const Queue& queue) {
   for (const ItemState& item : queue) {
-    if (ids_.contains(item.id) && model::isUnfinished(item.status)) hold(item, queue);
+    if (model::isUnfinished(item.status) && session_.view().isKeptStopped(item.id)) {
+      hold(item, queue);
+    }
   }
 }
 
 bool HeldItems::isBeforeHold(const QueueEvent& event) const {
-  return event.kind == QueueEvent::Kind::kChanged && ids_.contains(event.item.id) &&
-         model::isUnfinished(event.item.status);
+  return event.kind == QueueEvent::Kind::kChanged && model::isUnfinished(event.item.status) &&
+         session_.view().isKeptStopped(event.item.id);
 }
 
 namespace {

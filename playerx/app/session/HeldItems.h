@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <set>
 #include <vector>
 
 #include "playerx/app/model/ItemState.h"
@@ -29,18 +28,14 @@ class HeldItems {
   void letGo(unsigned int id);
   void letAllGo(const Queue& queue);
 
-  /// Stops those again that the manager has taken up.
+  /// Stops those again that the manager has queued and taken up meanwhile.
   void holdAgain(const Queue& queue);
 
   /// Whether an event is about the moment before `holdAgain`.
   bool isBeforeHold(const QueueEvent& event) const;
 
  private:
-  /// Has those that the manager queues stopped before it downloads them.
-  void keepStopped() { session_.keepStopped(ids_); }
-
   PlayerSession& session_;
-  std::set<unsigned int> ids_;
 };
 
 /// Ends the transfer of an item before a change of it: the manager would carry it on, with the

@@ -155,6 +155,7 @@ std::string PlayerSession::loadManager() {
   manager_ = KPIM::load<DownloadManagerInterface>(&plugins_, VeskPlayerX::DIN_DownloadManager);
   if (manager_) reader_ = dynamic_cast<VeskPlayerX::QueueReaderInterface*>(manager_->get());
   if (reader_ != nullptr) {
+    view_.attach(manager(), reader());
     manager().setViewInterface(&view_);
     saved_->setRefusedFileAside(manager());
     return saved_->loadProblem(manager());

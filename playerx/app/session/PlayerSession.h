@@ -3,7 +3,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -107,13 +106,8 @@ class PlayerSession {
   /// Whether a queue that could not be read lies in the data folder.
   bool hasQueueSetAside() const { return saved_->hasFileSetAside(); }
 
-  /// What the manager told about item `id` since the last call for it, oldest first. Any thread.
-  std::vector<model::Notice> takeNotices(unsigned int id) { return view_.takeNotices(id); }
-
-  /// From now on the manager's thread, too, leaves these items stopped. After `open` only.
-  void keepStopped(std::set<unsigned int> ids) {
-    view_.keepStopped(std::move(ids), manager(), reader());
-  }
+  /// What the manager announces to. After `open` only.
+  QueueView& view() { return view_; }
 
   /// What plug-ins and session told the user since the last call, oldest first. Any thread.
   std::vector<std::string> takeMessages() { return messages_.take(); }

@@ -1,7 +1,6 @@
 #include "playerx/app/session/QueueView.h"
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 
 #include "kvpm/StringTools.h"
@@ -56,24 +55,52 @@ void QueueView::downloadBroken(const std::wstring& path) {
 
 void QueueView::refreshItem(unsigned int) { wake_(); }
 
-void QueueView::keepStopped(std::set<unsigned int> ids,
-                            VeskPlayerX::DownloadManagerInterface& manager,
-                            VeskPlayerX::QueueReaderInterface& reader) {
+void QueueView::attach(VeskPlayerX::DownloadManagerInterface& manager,
+                       VeskPlayerX::QueueReaderInterface& reader) {
+  manager_ = &manager;
+  reader_ = &reader;
+}
+
+void QueueView::keepStopped(unsigned int id) {
   const GuardLock lock(mutex_);
-  stopped_ = {std::move(ids), &manager, &reader};
+  stopped_.insert(id);
+}
+
+void QueueView::letGo(unsigned int id) {
+  const GuardLock lock(mutex_);
+  stopped_.erase(id);
+}
+
+void QueueView::letAllGo() {
+  const GuardLock lock(mutex_);
+  stopped_.clear();
+}
+
+bool QueueView::isKeptStopped(unsigned int id) {
+  const GuardLock lock(mutex_);
+  return stopped_.contains(id);
 }
 
 void QueueView::stopAgain() {
-  Stopped stopped;
+  for (const unsigned int id : queuedOnes()) {
+    manager_->updateStatus(id, DownloadStatusStopped);
+    // It may have been let go, and queued, since the look.
+    if (!isKeptStopped(id)) manager_->updateStatus(id, DownloadStatusQueued);
+  }
+}
+
+/// Those that are to stay stopped and are queued.
+std::vector<unsigned int> QueueView::queuedOnes() {
   {
     const GuardLock lock(mutex_);
-    stopped = stopped_;
+    if (stopped_.empty()) return {};
   }
-  for (const unsigned int id : stopped.ids) {
-    const std::unique_ptr<VeskPlayerX::DownloadItemInterface> item(stopped.reader->getCopy(id));
-    const bool isQueued = item && item->getStatus() == DownloadStatusQueued;
-    if (isQueued) stopped.manager->updateStatus(id, DownloadStatusStopped);
+  std::vector<unsigned int> ids;
+  for (const VeskPlayerX::QueuedVersion& item : reader_->getVersions()) {
+    const bool isOne = item.status == DownloadStatusQueued && isKeptStopped(item.id);
+    if (isOne) ids.push_back(item.id);
   }
+  return ids;
 }
 
 std::vector<Notice> QueueView::takeNotices(unsigned int id) {

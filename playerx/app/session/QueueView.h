@@ -35,31 +35,34 @@ class QueueView : public VeskPlayerX::DownloadManagerViewInterface {
   void downloadBroken(const std::wstring& path) override;
   void refreshItem(unsigned int id) override;
 
-  /// From now on these items are stopped again as soon as the manager queues one of them, before it
-  /// could be downloaded. Manager and reader outlive the view's announcements.
-  void keepStopped(std::set<unsigned int> ids, VeskPlayerX::DownloadManagerInterface& manager,
-                   VeskPlayerX::QueueReaderInterface& reader);
+  /// The manager that is to be told what stays stopped, with its queue. Before it has this view;
+  /// both outlive its announcements.
+  void attach(VeskPlayerX::DownloadManagerInterface& manager,
+              VeskPlayerX::QueueReaderInterface& reader);
+
+  /// From now on an item is stopped again as soon as the manager queues it, before it could be
+  /// downloaded; until it is let go.
+  void keepStopped(unsigned int id);
+  void letGo(unsigned int id);
+  void letAllGo();
+  bool isKeptStopped(unsigned int id);
 
   /// The notices about item `id` since the last call for it, oldest first. Any thread.
   std::vector<model::Notice> takeNotices(unsigned int id);
 
  private:
-  /// Items that are to stay stopped.
-  struct Stopped {
-    std::set<unsigned int> ids;
-    VeskPlayerX::DownloadManagerInterface* manager = nullptr;
-    VeskPlayerX::QueueReaderInterface* reader = nullptr;
-  };
-
   void keep(model::Notice notice);
   void stopAgain();
+  std::vector<unsigned int> queuedOnes();
 
   const std::function<void()> wake_;
   const SlotQuestion askSlot_;
+  VeskPlayerX::DownloadManagerInterface* manager_ = nullptr;
+  VeskPlayerX::QueueReaderInterface* reader_ = nullptr;
   GuardMutex mutex_;
   unsigned int lastItem_ KVPM_GUARDED_BY(mutex_) = 0;
   std::vector<model::Notice> notices_ KVPM_GUARDED_BY(mutex_);
-  Stopped stopped_ KVPM_GUARDED_BY(mutex_);
+  std::set<unsigned int> stopped_ KVPM_GUARDED_BY(mutex_);  ///< ids of items that stay so
 };
 
 }  // namespace playerx::session

@@ -47,6 +47,7 @@ TEST_F(HeldItemsTest, AnItemThatTheManagerQueuesIsStoppedWhileTheViewIsTold) {
   EXPECT_THAT(calls(), ElementsAre(updated(item, DownloadStatusStopped)));
   item.setStatus(DownloadStatusDownloading);
   fake_.module.view()->downloadListChanged();
+  EXPECT_THAT(calls(), IsEmpty());
   held_.letGo(item.getId());
   calls();
   item.setStatus(DownloadStatusQueued);

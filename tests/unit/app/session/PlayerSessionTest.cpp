@@ -153,7 +153,7 @@ TEST_F(PlayerSessionTest, AnnouncementsWakeTheFace) {
   module_.view()->downloadItemChanged(4);
   module_.view()->notEnoughSpace(L"/m");
   EXPECT_EQ(wakes_, 1);
-  EXPECT_EQ(session_->takeNotices(4).size(), 1u);
+  EXPECT_EQ(session_->view().takeNotices(4).size(), 1u);
 }
 
 }  // namespace
