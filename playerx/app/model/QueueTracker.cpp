@@ -50,7 +50,8 @@ void replace(std::vector<T>& all, std::size_t first, std::size_t last, std::vect
 }  // namespace
 
 // One item at a time: copies of all of a long queue would take as much memory as the queue.
-QueueTracker::QueueTracker(QueueReaderInterface& reader) : reader_(reader) {
+QueueTracker::QueueTracker(QueueReaderInterface& reader, Arriving isArriving)
+    : reader_(reader), isArriving_(std::move(isArriving)) {
   const Versions versions = reader.getVersions();
   // With room for more, because a long queue that grows would be there twice for a moment.
   queue_.reserve(versions.size() + versions.size() / 8);
@@ -70,17 +71,30 @@ QueueTracker::News QueueTracker::update() {
   std::vector<QueueChange> others;
   for (std::size_t i = 0; i < versions.size(); ++i) {
     const auto version = versions[i].version;
-    if (seen_[i].version == version && version != 0) continue;
+    const bool mayHaveStopped = versions[i].id == arriving_;
+    if (seen_[i].version == version && version != 0 && !mayHaveStopped) continue;
     const std::unique_ptr<DownloadItemInterface> item(reader_.getCopy(versions[i].id));
     if (item == nullptr) continue;  // removed meanwhile: the next look tells of it
     const bool isNew = !std::exchange(seen_[i].version, version);
-    const ItemState before = std::exchange(queue_[i], stateOf(*item));
+    const ItemState before = std::exchange(queue_[i], look(*item, queue_[i]));
     const bool hasEnded = !isNew && !isUnfinished(queue_[i].status);
     appendChanges(hasEnded ? news.changes : others, isNew ? nullptr : &before, queue_[i]);
   }
   news.changes.insert(news.changes.end(), std::make_move_iterator(others.begin()),
                       std::make_move_iterator(others.end()));
   return news;
+}
+
+ItemState QueueTracker::look(const DownloadItemInterface& item, const ItemState& before) {
+  ItemState state = stateOf(item);
+  if (state.id == arriving_) arriving_ = 0;
+  const bool mayArrive =
+      before.status == DownloadStatusDownloading && state.status == DownloadStatusQueued;
+  if (mayArrive && isArriving_(state)) {
+    state.status = DownloadStatusDownloading;
+    arriving_ = state.id;
+  }
+  return state;
 }
 
 void QueueTracker::expectOutcome(unsigned int id) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -25,8 +26,14 @@ class QueueTracker {
     bool isRearranged = false;  ///< the queue holds other items, or the same in another order
   };
 
-  /// Follows a queue from now on: what it holds already is no news.
-  explicit QueueTracker(VeskPlayerX::QueueReaderInterface& reader);
+  /// Whether the film of an item is arriving, whatever the item's status says.
+  using Arriving = std::function<bool(const ItemState& item)>;
+
+  /// Follows a queue from now on: what it holds already is no news. An item whose transfer goes on
+  /// while the manager calls it queued, as it does when the queue resumes, stays "downloading".
+  explicit QueueTracker(
+      VeskPlayerX::QueueReaderInterface& reader,
+      Arriving isArriving = [](const ItemState&) { return false; });
 
   News update();
 
@@ -52,7 +59,11 @@ class QueueTracker {
   void rearrange(Range versions, std::size_t first, std::size_t last, News& news);
   Places placesOf(Range versions, std::size_t first, std::size_t last) const;
 
+  ItemState look(const VeskPlayerX::DownloadItemInterface& item, const ItemState& before);
+
   VeskPlayerX::QueueReaderInterface& reader_;
+  const Arriving isArriving_;
+  unsigned int arriving_ = 0;  ///< id of the item that is queued and arrives; 0: no such item
   std::vector<ItemState> queue_;
 
   /// The version of each that `queue_` holds. A vector of its own because each look goes through

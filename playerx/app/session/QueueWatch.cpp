@@ -29,7 +29,12 @@ QueueWatch::QueueWatch(PlayerSession& session, std::function<void()> wake, reaso
           [&session](const std::string& address) { return session.findTransfer(address); },
           std::move(probe)),
       reasons_(session.places().data),
-      tracker_(session.reader()) {}
+      tracker_(session.reader(), [this](const ItemState& item) { return isArriving(item); }) {}
+
+bool QueueWatch::isArriving(const ItemState& item) const {
+  const std::optional<TransferReport> transfer = session_.findTransfer(item.url);
+  return transfer && transfer->phase <= TransferPhase::kPlacing && !session_.manager().isPaused();
+}
 
 std::vector<unsigned int> QueueWatch::update() {
   tellMessages();
@@ -125,7 +130,8 @@ void QueueWatch::tell(const QueueChange& change) {
       listener_({Kind::kFinished, item, {}, findOddity(item, session_.places().media)});
       return playIfReady(item);
     case QueueChange::kFailed:
-      return explainer_.explain(item, session_.takeNotices(item.id), std::exchange(lastWords_, {}));
+      return explainer_.explain(item, session_.view().takeNotices(item.id),
+                                std::exchange(lastWords_, {}));
   }
 }
 

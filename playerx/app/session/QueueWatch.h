@@ -51,6 +51,7 @@ class QueueWatch {
   void playWhenReady(unsigned int id);
 
  private:
+  bool isArriving(const model::ItemState& item) const;
   void tellMessages();
   std::vector<unsigned int> tellChanges();
   void tellRemoved(const model::ItemState& item);

@@ -34,6 +34,22 @@ TEST_F(QueueTrackerTest, TellsAnItemThatCameAndFailedBetweenTwoLooks) {
   expectTheSameAsANewSnapshot();
 }
 
+TEST_F(QueueTrackerTest, AnItemThatArrivesWhileItIsCalledQueuedIsDownloaded) {
+  bool isArriving = true;
+  QueueTracker tracker(module_, [&](const ItemState&) { return isArriving; });
+  module_.put("http://h/b.avi");
+  DownloadItem& item = module_.put("http://h/a.avi", DownloadStatusDownloading);
+  tracker.update();
+  item.setStatus(DownloadStatusQueued);
+  EXPECT_THAT(tracker.update().changes, IsEmpty());
+  EXPECT_EQ(tracker.queue()[0].status, DownloadStatusQueued) << "was never downloaded";
+  EXPECT_EQ(tracker.queue()[1].status, DownloadStatusDownloading);
+  isArriving = false;
+  EXPECT_EQ(tracker.update().changes.size(), 1U);
+  EXPECT_EQ(tracker.queue()[1].status, DownloadStatusQueued);
+  EXPECT_THAT(tracker.update().changes, IsEmpty());
+}
+
 TEST_F(QueueTrackerTest, TellsTheEndOfAFilmBeforeTheStartOfTheNext) {
   DownloadItem& first = module_.put("http://h/a.avi", DownloadStatusDownloading);
   DownloadItem& second = module_.put("http://h/b.avi");
