@@ -13,6 +13,7 @@ void SessionReports::header(std::string_view line) {
 
 // The receiver assumes 0 %, so that is not reported; what an earlier session left is.
 void SessionReports::found(std::uint64_t bytes) {
+  session_->log.arrived(bytes, std::nullopt);
   if (bytes == 0) percent_ = PercentReporter(0);
 }
 

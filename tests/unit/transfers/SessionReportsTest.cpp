@@ -48,6 +48,7 @@ TEST_F(SessionReportsTest, AnEmptyPartialNeedsNoReportOfNothing) {
 
 TEST_F(SessionReportsTest, WhatAPartialLostIsReported) {
   reports_.found(50);
+  EXPECT_EQ(logged().arrived, 50U) << "no speed of this session";
   reports_.arrived(0, 100);
   reports_.complete("/movies/film.avi");
   EXPECT_EQ(toldBefore("complete"), (Events{"began", "percent 0", "complete"}));
