@@ -127,7 +127,8 @@ bool FilmAdder::goOnWithComplete(const ItemState& film, const Input& input, cons
 }
 
 void FilmAdder::retry(unsigned int id) {
-  session_.manager().retry(id);
+  // In its place, as `retry all` does.
+  session_.manager().updateStatus(id, DownloadStatusQueued);
   watch_.expectOutcome(id);
 }
 

@@ -230,7 +230,13 @@ Reply QueueService::retry(const ItemState& item) {
     return failed("Only a failed item can be retried; this one is " +
                   std::string(model::statusWord(item.status)) + ".");
   }
-  session_.manager().retry(item.id);
+  if (session_.manager().isPaused()) {
+    // The manager's own retry ends the pause.
+    session_.manager().updateStatus(item.id, DownloadStatusQueued);
+    session_.manager().moveToTop(item.id);
+  } else {
+    session_.manager().retry(item.id);
+  }
   watch_.expectOutcome(item.id);
   return done("Queued again: " + displayName(item) + whatNext("it"));
 }
@@ -317,7 +323,7 @@ Reply QueueService::resumeAll() {
   const std::size_t paused = countIf(watch_.queue(), isPaused);
   const bool hasEffect = paused > 0 || session_.manager().isPaused();
   held_.letAllGo(watch_.queue());
-  session_.manager().resume();
+  if (hasEffect) session_.manager().resume();
   update();
   if (!hasEffect) return done("Nothing is paused.");
   if (session_.isStarted()) return done("The queue goes on.");
@@ -326,7 +332,8 @@ Reply QueueService::resumeAll() {
 
 /// The end of a sentence on what waits again.
 std::string QueueService::whatNext(const std::string& what) const {
-  return session_.isStarted() ? "." : "; `get` downloads " + what + ".";
+  if (!session_.isStarted()) return "; `get` downloads " + what + ".";
+  return session_.manager().isPaused() ? "; the queue is paused." : ".";
 }
 
 }  // namespace playerx::session

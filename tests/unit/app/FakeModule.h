@@ -54,6 +54,9 @@ class FakeModule : public support::FakeManager, public VeskPlayerX::QueueReaderI
   /// The ids of the items of which a copy was asked for.
   std::vector<unsigned int> copied;
 
+  bool isPausedNow = false;
+  bool isPaused() override { return isPausedNow; }
+
   VeskPlayerX::DownloadManagerViewInterface* view() const { return view_; }
 
   /// Takes addresses that end in .avi, and tickets when `takesTickets` is set.

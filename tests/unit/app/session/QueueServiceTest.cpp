@@ -89,6 +89,17 @@ TEST_F(QueueServiceTest, OnlyAFailedItemIsRetried) {
   EXPECT_THAT(log_.lines(), ElementsAre(call("retry", item)));
 }
 
+TEST_F(QueueServiceTest, ARetryKeepsThePause) {
+  const DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusFailed);
+  fake_.session().start();
+  fake_.module.isPausedNow = true;
+  log_.clear();
+  EXPECT_THAT(ask(Action::kRetry, 1).results,
+              ElementsAre("Queued again: film; the queue is paused."));
+  EXPECT_THAT(log_.lines("manager."),
+              ElementsAre(call("updateStatus", item) + " 1", call("moveToTop", item)));
+}
+
 TEST_F(QueueServiceTest, RetryOfAllMovesNothing) {
   const DownloadItem& first = fake_.module.put("http://h/a.avi", DownloadStatusFailed);
   fake_.module.put("http://h/b.avi", DownloadStatusCompleted);
@@ -281,7 +292,7 @@ TEST_F(QueueServiceTest, AFilmIsNamedWhileNothingIsTransferred) {
 TEST_F(QueueServiceTest, AFailedAddressIsRetried) {
   const DownloadItem& item = putFilm(DownloadStatusFailed);
   add("http://h/a.avi");
-  EXPECT_THAT(log_.lines(), ElementsAre(call("retry", item)));
+  EXPECT_THAT(log_.lines(), ElementsAre(call("updateStatus", item) + " 1"));
 }
 
 TEST_F(QueueServiceTest, AFilmGoesWithItsItemOnDemand) {
