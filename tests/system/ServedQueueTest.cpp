@@ -130,6 +130,14 @@ TEST_F(ServedQueueTest, RemovingWhatRunsLetsTheNextBegin) {
   EXPECT_THAT(slow.accessLog(), testing::Not(HasSubstr(" 206 ")));
 }
 
+TEST_F(ServedQueueTest, WhatArrivesIsDownloadedWhateverIsAddedOrResumed) {
+  const auto first = startSlow("a.avi");
+  EXPECT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);
+  EXPECT_EQ(home.queue().at(0)["status"], "downloading");
+  EXPECT_THAT(home.run({"resume"}).errors, HasSubstr("Nothing is paused."));
+  EXPECT_EQ(home.queue().at(0)["status"], "downloading");
+}
+
 TEST_F(ServedQueueTest, PausingOneItemLetsTheNextBegin) {
   const auto first = startSlow("a.avi");
   EXPECT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);
