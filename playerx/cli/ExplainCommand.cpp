@@ -6,6 +6,7 @@
 #include "VeskPlayerX/InterfaceIds.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
 #include "playerx/app/inputs/TicketContents.h"
+#include "playerx/app/inputs/TicketFile.h"
 #include "playerx/app/model/JsonMembers.h"
 #include "playerx/app/model/TextFormat.h"
 #include "playerx/cli/Reporter.h"
@@ -60,9 +61,10 @@ int runExplainCommand(const Options& options, KPIM::Context& plugins, const reas
   int status = kExitDone;
   for (const std::string& ticket : options.request.inputs) {
     bool namesSomething = false;
+    const std::string shown = inputs::displayPath(ticket);
     for (const TicketFinding& finding : inputs::examineTicket(ticket, reader, probe)) {
       namesSomething = namesSomething || finding.isFilm;
-      (options.json ? printJson : printForPeople)(ticket, finding, out);
+      (options.json ? printJson : printForPeople)(shown, finding, out);
     }
     if (!namesSomething) status = kExitFailed;
   }

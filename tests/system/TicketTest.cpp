@@ -10,6 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class TicketTest : public testing::Test {
  protected:
@@ -100,6 +101,15 @@ TEST_F(TicketTest, ExplainTakesNoAddress) {
   const PlayerResult result = home.run({"explain", "http://h/a.tix"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.events("problem").at(0)["note"], "This is an address, not a ticket file.");
+}
+
+TEST_F(TicketTest, ExplainShowsNoPassword) {
+  const std::string address = "http://me:secret@h/a.avi";
+  const PlayerResult people = home.runForPeople({"explain", address});
+  EXPECT_THAT(people.output + people.errors, Not(HasSubstr("secret")));
+  const PlayerResult program = home.run({"explain", address});
+  EXPECT_THAT(program.output + program.errors, Not(HasSubstr("secret")));
+  EXPECT_EQ(program.events("problem").at(0)["ticket"], "http://h/a.avi");
 }
 
 TEST_F(TicketTest, BlanksDoNotCarryAFloodPastTheLimits) {

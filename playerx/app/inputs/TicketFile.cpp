@@ -9,6 +9,7 @@
 #include "persistence/ClearTicket.h"
 #include "playerx/app/inputs/Input.h"
 #include "playerx/settings/ServicesAddress.h"
+#include "playerx/transfers/Address.h"
 
 namespace playerx::inputs {
 
@@ -43,16 +44,21 @@ bool isFolder(const std::string& path) {
 
 /// Why the file at `path` could not be opened.
 Explanation explainUnreadable(const std::string& path) {
+  const std::string shown = displayPath(path);
   std::error_code error;
   const std::filesystem::file_status found = std::filesystem::status(path, error);
   if (found.type() == std::filesystem::file_type::not_found) {
-    return explain(Reason::kNoTicketFile, {.place = path});
+    return explain(Reason::kNoTicketFile, {.place = shown});
   }
   return explain(isFolder(path) ? Reason::kTicketIsFolder : Reason::kUnreadableTicket,
-                 {.place = path});
+                 {.place = shown});
 }
 
 }  // namespace
+
+std::string displayPath(const std::string& path) {
+  return path.find("://") == std::string::npos ? path : withoutCredentials(path);
+}
 
 std::optional<std::wstring> readTicketText(const std::wstring& path, Explanation* problem) {
   const std::string name = kvpm::StringTools::wStringToString(path);
