@@ -60,9 +60,10 @@ class DoorServer::Connections : public QObject {
     const auto found = sockets_.find(visitor);
     if (found == sockets_.end()) return;
     QLocalSocket& socket = *found->second;
+    // The line itself may be longer: the list of a long queue.
+    if (socket.bytesToWrite() > kMostUnread) return socket.abort();
     socket.write(line + '\n');
     socket.flush();
-    if (socket.bytesToWrite() > kMostUnread) socket.abort();
   }
 
   void close() {

@@ -172,6 +172,13 @@ TEST_F(DoorTest, ADoorThatClosesForWantOfDescriptorsOpensAgain) {
   EXPECT_TRUE(support::waitFor([&] { return DoorClient().connect(path(), 1s) == "welcome"; }));
 }
 
+TEST_F(DoorTest, ALineMayBeLongerThanWhatMayWait) {
+  const auto client = visit();
+  client->send("hello");
+  server_->send(take(1).front().visitor, QByteArray(2 * kMostUnread, 'x'));
+  EXPECT_EQ(client->receive(kPatience)->size(), 2 * kMostUnread);
+}
+
 TEST_F(DoorTest, WhatWasSentIsReadAfterTheServersEnd) {
   const auto client = visit();
   client->send("hello");
