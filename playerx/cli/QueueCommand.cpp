@@ -34,6 +34,12 @@ constexpr std::chrono::seconds kLongestOpening(10);
 constexpr std::chrono::seconds kLongestAnswer(60);
 constexpr std::chrono::seconds kLongestList(5);
 
+/// How often a request is begun again because the process that has the queue ends before it
+/// answers. Another one may have it each time.
+constexpr int kMostRounds = 20;
+constexpr char kAlwaysGone[] =
+    "What holds the queue ends each time before it answers; close it, then try again.";
+
 constexpr char kLostAnswer[] =
     "The player that had the queue has ended before it answered; `list` shows what the queue is "
     "now.";
@@ -75,7 +81,7 @@ Access accessFor(const Request& request) {
 
 int get(Options options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
   int before = kExitDone;
-  for (;;) {
+  for (int round = 0; round < kMostRounds; ++round) {
     const OpenedQueue opened = open(session, Access::kChange, wakeUp);
     if (opened.where == Where::kNowhere) return complainOfOpening(opened, reporter);
     if (opened.where == Where::kHere) {
@@ -85,10 +91,14 @@ int get(Options options, PlayerSession& session, Reporter& reporter, WakeUp& wak
     options.request = forAnotherProcess(options.request);
     RemoteGet remote(options, *opened.client, reporter, wakeUp);
     if (const auto status = remote.run()) return *status == kExitDone ? before : *status;
+    if (!opened.client->hasGone()) {
+      return complainOf(opened.client->problem(), reporter, kExitFailed);
+    }
     if (remote.status() != kExitDone) before = remote.status();
     reporter.note(opened.client->problem() + " Going on.");
     options.request = remote.remainder();
   }
+  return complainOf(kAlwaysGone, reporter, kExitFailed);
 }
 
 /// Carries the request out while nothing is downloaded.
@@ -109,7 +119,7 @@ bool isRepeatable(const Request& request) {
 }
 
 int request(const Options& options, PlayerSession& session, Reporter& reporter, WakeUp& wakeUp) {
-  for (;;) {
+  for (int round = 0; round < kMostRounds; ++round) {
     const OpenedQueue opened = open(session, accessFor(options.request), wakeUp);
     if (opened.where == Where::kNowhere) return complainOfOpening(opened, reporter);
     if (opened.where == Where::kHere) {
@@ -127,6 +137,7 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
       return complainOf(opened.client->problem(), reporter, kExitFailed);
     if (!isRepeatable(options.request)) return complainOf(kLostAnswer, reporter, kExitFailed);
   }
+  return complainOf(kAlwaysGone, reporter, kExitFailed);
 }
 
 /// Prints the queue that a process has answered with, or why it has not.
@@ -180,8 +191,10 @@ int watch(const Options& options, PlayerSession& session, Reporter& reporter, Wa
     case QueueClient::Outcome::kQueue:
       break;
   }
-  RemoteGet(options, client, reporter, wakeUp).run();
-  return kExitDone;
+  const std::optional<int> status = RemoteGet(options, client, reporter, wakeUp).run();
+  if (status == kExitInterrupted) return kExitInterrupted;
+  // The end of the other player is that of the view.
+  return client.hasGone() ? kExitDone : complainOf(client.problem(), reporter, kExitDone);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -194,6 +195,16 @@ class StrangerTest : public AttackedSocketTest {
     return finish(visitor);
   }
 
+  /// Greets each visit of a command, and ends it, until the command ends.
+  void greetForEver(const std::string& words, support::Process& visitor) {
+    pollfd visit{listener_.get(), POLLIN, 0};
+    while (visitor.running()) {
+      if (poll(&visit, 1, 20) <= 0) continue;
+      const support::UniqueFd connection(accept(listener_.get(), nullptr, nullptr));
+      say(connection, words + "\n");
+    }
+  }
+
  private:
   support::UniqueFd lock_;
   support::UniqueFd listener_{socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
@@ -213,6 +224,29 @@ TEST_F(StrangerTest, AnAnswerThatDoesNotComeIsSaid) {
   const PlayerResult result = meet(greeting, {"remove", "1"});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.errors, testing::HasSubstr("has ended before it answered"));
+}
+
+TEST_F(StrangerTest, MoreThanItTakesAtOnceIsNotSent) {
+  const std::string greeting = R"({"queue":"playerx","protocol":1,"version":"1.0.0","pid":7})";
+  std::string list;
+  for (int i = 0; i < 2200; ++i) {
+    list += "http://h/" + std::string(8000, 'a') + std::to_string(i) + ".avi\n";
+  }
+  const support::TempDir folder;
+  for (const char* command : {"add", "get"}) {
+    const PlayerResult result = meet(greeting, {command, "-i", folder.write("list", list)});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, testing::HasSubstr("more than the player that holds the queue"));
+  }
+}
+
+TEST_F(StrangerTest, OneThatEndsEachTimeIsNotAskedForEver) {
+  const std::string greeting = R"({"queue":"playerx","protocol":1,"version":"1.0.0","pid":7})";
+  support::Process visitor(home.startOptions({"get", server.url("/b.avi")}));
+  greetForEver(greeting, visitor);
+  const PlayerResult result = finish(visitor);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, testing::HasSubstr("ends each time before it answers"));
 }
 
 TEST_F(StrangerTest, GarbageInPlaceOfAGreetingIsSaid) {

@@ -3,6 +3,7 @@
 #include <QDeadlineTimer>
 
 #include "playerx/app/door/DoorPath.h"
+#include "playerx/app/door/DoorServer.h"
 
 namespace playerx::door {
 
@@ -13,6 +14,9 @@ namespace {
 constexpr char kGone[] = "The player that held the queue has ended.";
 constexpr char kBusy[] =
     "The player that holds the queue talks with as many others as it can; try again later.";
+constexpr char kTooLong[] =
+    "This is more than the player that holds the queue takes at once; give fewer addresses at a "
+    "time.";
 constexpr char kNotUnderstood[] =
     "What the player that holds the queue says is not understood; close it, then try again.";
 
@@ -39,6 +43,16 @@ QueueClient::Outcome QueueClient::connect(const std::string& dataFolder,
   return problem_.empty() ? Outcome::kQueue : Outcome::kIncompatible;
 }
 
+bool QueueClient::send(const session::Request& request) {
+  const QByteArray line = write(request);
+  if (line.size() > kLongestLine) {
+    problem_ = kTooLong;
+  } else if (!door_.send(line)) {
+    problem_ = kGone;
+  }
+  return problem_.empty();
+}
+
 std::optional<Answer> QueueClient::receive(std::chrono::milliseconds longest) {
   const std::optional<QByteArray> line = door_.receive(longest);
   if (!line) {
@@ -53,7 +67,7 @@ std::optional<Answer> QueueClient::receive(std::chrono::milliseconds longest) {
 std::optional<Reply> QueueClient::ask(const session::Request& request,
                                       std::chrono::milliseconds longest) {
   const QDeadlineTimer deadline(longest);
-  if (!send(request)) problem_ = kGone;
+  send(request);
   while (problem_.empty() && !deadline.hasExpired()) {
     const auto answer = receive(std::chrono::milliseconds(deadline.remainingTime()));
     if (answer && std::holds_alternative<Reply>(*answer)) return std::get<Reply>(*answer);

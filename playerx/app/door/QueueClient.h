@@ -29,8 +29,9 @@ class QueueClient {
   /// Looks for the process that holds the queue of this folder, `longest` at most. Once.
   Outcome connect(const std::string& dataFolder, std::chrono::milliseconds longest);
 
-  /// Sends a request; its reply is among the answers. False when the other end has gone.
-  bool send(const session::Request& request) { return door_.send(write(request)); }
+  /// Sends a request; its reply is among the answers. False when it could not be sent: then
+  /// `problem` says why.
+  bool send(const session::Request& request);
 
   /// The next answer; waits for it up to `longest`. Nullopt when none has come or none will: then
   /// `problem` says why.
