@@ -238,7 +238,7 @@ Reply QueueService::retry(const ItemState& item) {
     session_.manager().retry(item.id);
   }
   watch_.expectOutcome(item.id);
-  return done("Queued again: " + displayName(item) + whatNext("it"));
+  return done("Queued again: " + displayName(item) + whatNext(1));
 }
 
 Reply QueueService::retryAll() {
@@ -252,7 +252,7 @@ Reply QueueService::retryAll() {
   }
   watch_.update();
   if (queue.empty()) return done("No item has failed.");
-  return done("Queued again: " + model::formatCount(queue.size(), "item") + whatNext("them"));
+  return done("Queued again: " + model::formatCount(queue.size(), "item") + whatNext(queue.size()));
 }
 
 Reply QueueService::move(const ItemState& item, Direction direction) {
@@ -316,7 +316,7 @@ Reply QueueService::resume(const ItemState& item) {
                   std::string(model::statusWord(item.status)) + ".");
   }
   held_.letGo(item.id);
-  return done("Resumed: " + displayName(item) + whatNext("it"));
+  return done("Resumed: " + displayName(item) + whatNext(1));
 }
 
 Reply QueueService::resumeAll() {
@@ -327,12 +327,13 @@ Reply QueueService::resumeAll() {
   update();
   if (!hasEffect) return done("Nothing is paused.");
   if (session_.isStarted()) return done("The queue goes on.");
-  return done("Resumed " + model::formatCount(paused, "item") + whatNext("them"));
+  return done("Resumed " + model::formatCount(paused, "item") + whatNext(paused));
 }
 
 /// The end of a sentence on what waits again.
-std::string QueueService::whatNext(const std::string& what) const {
-  if (!session_.isStarted()) return "; `get` downloads " + what + ".";
+std::string QueueService::whatNext(std::size_t items) const {
+  if (!session_.isStarted())
+    return items == 1 ? "; `get` downloads it." : "; `get` downloads them.";
   return session_.manager().isPaused() ? "; the queue is paused." : ".";
 }
 

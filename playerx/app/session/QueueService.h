@@ -61,7 +61,7 @@ class QueueService {
   Reply pause(const model::ItemState& item);
   Reply resume(const model::ItemState& item);
   Reply resumeAll();
-  std::string whatNext(const std::string& what) const;
+  std::string whatNext(std::size_t items) const;
   Reply clean(bool dryRun);
   Reply limited(const Request& request) const;
   std::vector<Leftover> leftovers() const;

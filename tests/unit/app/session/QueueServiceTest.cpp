@@ -100,6 +100,12 @@ TEST_F(QueueServiceTest, ARetryKeepsThePause) {
               ElementsAre(call("updateStatus", item) + " 1", call("moveToTop", item)));
 }
 
+TEST_F(QueueServiceTest, RetryOfAllSpeaksOfOneOrMany) {
+  fake_.module.put("http://h/a.avi", DownloadStatusFailed);
+  EXPECT_THAT(ask(Action::kRetry).results,
+              ElementsAre("Queued again: one item; `get` downloads it."));
+}
+
 TEST_F(QueueServiceTest, RetryOfAllMovesNothing) {
   const DownloadItem& first = fake_.module.put("http://h/a.avi", DownloadStatusFailed);
   fake_.module.put("http://h/b.avi", DownloadStatusCompleted);
