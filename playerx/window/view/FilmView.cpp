@@ -40,6 +40,8 @@ FilmView::FilmView(QWidget* parent) : QTreeView(parent), delegate_(new FilmDeleg
 void FilmView::setFilms(FilmFilter* films) {
   films_ = films;
   setModel(films);
+  connect(films, &QAbstractItemModel::layoutAboutToBeChanged, this, &FilmView::noteCurrent);
+  connect(films, &QAbstractItemModel::layoutChanged, this, &FilmView::replaceLostCurrent);
   header()->setStretchLastSection(true);
 }
 
@@ -184,6 +186,24 @@ QStyleOptionViewItem FilmView::optionOf(const QModelIndex& index) const {
   initViewItemOption(&option);
   option.rect = visualRect(index);
   return option;
+}
+
+void FilmView::noteCurrent() {
+  currentNumber_ = currentIndex().data(FilmModel::kNumberRole).toInt();
+}
+
+/// Puts the keyboard on the next film, or else on the last one, when the current one is not shown
+/// any more. Qt does this for rows that are removed, but not for those that a new layout lacks.
+void FilmView::replaceLostCurrent() {
+  if (currentNumber_ == 0 || currentIndex().isValid()) return;
+  focusButton(-1);
+  const int last = films_->rowCount() - 1;
+  const auto numberOf = [this](int row) {
+    return films_->index(row, 0).data(FilmModel::kNumberRole).toInt();
+  };
+  int row = 0;
+  while (row < last && numberOf(row) < currentNumber_) ++row;
+  selectionModel()->setCurrentIndex(films_->index(row, 0), QItemSelectionModel::NoUpdate);
 }
 
 void FilmView::focusButton(int button) {

@@ -59,6 +59,8 @@ class FilmView : public QTreeView {
   QList<Verb> buttonsOf(const QModelIndex& index) const;
   std::optional<int> buttonAt(const QModelIndex& index, const QPoint& place) const;
   QStyleOptionViewItem optionOf(const QModelIndex& index) const;
+  void noteCurrent();
+  void replaceLostCurrent();
   void focusButton(int button);
   void useButton(const QModelIndex& index, int button);
   void drawBars(const QList<FilmId>& films);
@@ -68,6 +70,7 @@ class FilmView : public QTreeView {
   FilmFilter* films_ = nullptr;  // not owned
   FilmDelegate* delegate_;       // child
   int focusedButton_ = -1;
+  int currentNumber_ = 0;  // in the queue, from 1 on, before a new layout; 0 without a current row
   QPersistentModelIndex pressedRow_;
   int pressedButton_ = -1;
 };

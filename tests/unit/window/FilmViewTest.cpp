@@ -17,6 +17,8 @@ class FilmViewTest : public WindowTest {
     return view().visualRect(qobject_cast<FilmFilter*>(view().model())->indexOf(film));
   }
 
+  FilmId currentFilm() { return view().currentIndex().data(FilmModel::kIdRole).toUInt(); }
+
   void drop(QMimeData& data, const QPoint& place) {
     const Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction;
     QDragEnterEvent enter(place, actions, &data, Qt::LeftButton, Qt::NoModifier);
@@ -121,6 +123,28 @@ TEST_F(FilmViewTest, SelectionAndPlaceSurviveANewOrder) {
   Q_EMIT queue_.changed(orderOf({3, 2, 1}));
   QTRY_COMPARE(partOf<FilmModel>(window_).rowOf(3), 0);
   EXPECT_EQ(view().selectedFilms(), QList<FilmId>({2}));
+}
+
+TEST_F(FilmViewTest, TheKeyboardGoesToTheNextFilmWhenOneIsRemoved) {
+  queue({film(1), film(2), film(3)});
+  select({2});
+  press(Qt::Key_Right);
+  ASSERT_EQ(view().focusedButton(), 0);
+  action(Verb::kRemove).trigger();
+  EXPECT_EQ(currentFilm(), 3u);
+  EXPECT_EQ(view().focusedButton(), -1);
+  select({3});
+  action(Verb::kRemove).trigger();
+  EXPECT_EQ(currentFilm(), 1u);
+}
+
+TEST_F(FilmViewTest, TheKeyboardStaysNearAFilmThatIsFilteredAway) {
+  queue({film(1), film(2), film(3), film(4, FilmState::kDone), film(5, FilmState::kDone)});
+  select({3});
+  partOf<FilmFilter>(window_).setGroup(FilmFilter::kDone);
+  EXPECT_EQ(currentFilm(), 4u);
+  partOf<FilmFilter>(window_).setGroup(FilmFilter::kFailed);
+  EXPECT_FALSE(view().currentIndex().isValid()) << "no film is shown";
 }
 
 TEST_F(FilmViewTest, FilmsSideBySideAreSelectedAsOneRange) {
