@@ -20,11 +20,10 @@ FilmRequests::Requests FilmRequests::goOn(const Ids& ids) const {
   return forEach(ids, {.action = Action::kResume});
 }
 
-// Each goes to the top, so the last one is asked for first. All of them are one request, because
-// the manager queues a failed head as soon as another film passes it: asked for by itself, it would
-// stay behind.
+// Each goes to the top, so the last one is asked for first. All of several are one request,
+// which queues each in its place: so many moves would take too long.
 FilmRequests::Requests FilmRequests::retry(const Ids& ids) const {
-  if (ids.size() == failed_) return {{.action = Action::kRetry}};
+  if (ids.size() > 1 && ids.size() == failed_) return {{.action = Action::kRetry}};
   return forEach(backwards(ids), {.action = Action::kRetry});
 }
 

@@ -34,6 +34,10 @@ TEST(FilmRequestsTest, AllFailedFilmsAreRetriedByOneRequest) {
   EXPECT_FALSE(requests.front().id);
 }
 
+TEST(FilmRequestsTest, TheOnlyFailedFilmIsRetriedLikeOneOfSeveral) {
+  EXPECT_EQ(idsOf(FilmRequests(0, 1).retry({4})), Ids({4}));
+}
+
 TEST(FilmRequestsTest, FilmsAreNumberedFromAboveTheFirstIdOn) {
   const FilmRequests films(100);
   EXPECT_EQ(idsOf(films.stop({101, 107})), Ids({1, 7}));
