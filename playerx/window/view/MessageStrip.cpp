@@ -24,7 +24,9 @@ constexpr qsizetype kLongestText = 500;
 constexpr qsizetype kLongestWord = 30;
 
 QString shortened(const QString& text) {
-  return text.size() <= kLongestText ? text : text.left(kLongestText) + QChar(0x2026);
+  if (text.size() <= kLongestText) return text;
+  const bool cutsPair = text[kLongestText - 1].isHighSurrogate();
+  return text.left(cutsPair ? kLongestText - 1 : kLongestText) + QChar(0x2026);
 }
 
 /// The label breaks lines between words only, and would widen the window for a long address.

@@ -48,6 +48,12 @@ TEST_F(MessageStripTest, AVeryLongWordNeitherFreezesNorWidensTheWindow) {
   EXPECT_LE(strip_.minimumSizeHint().width(), 400);
 }
 
+TEST_F(MessageStripTest, ALongTextIsCutBetweenCharacters) {
+  const QString film = QStringLiteral("\U0001F39E");
+  strip_.show({.text = QStringLiteral("x") + film.repeated(300)});
+  EXPECT_EQ(strip_.text(), QStringLiteral("x") + film.repeated(249) + QChar(0x2026));
+}
+
 TEST_F(MessageStripTest, IsHiddenWhileThereIsNothingToSay) {
   EXPECT_TRUE(strip_.isHidden());
   strip_.show(message("a", "Hello"));
