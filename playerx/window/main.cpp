@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <csignal>
 #include <iostream>
+#include <stdexcept>
 
 #include "KPX/OSUtilities.h"
 #include "playerx/app/session/Places.h"
@@ -30,7 +31,26 @@ struct Arguments {
   QStringList inputs;
 };
 
-Arguments parse(const QApplication& application) {
+/// What the positional arguments name: addresses as they are, files by their whole paths.
+QStringList inputsOf(const QStringList& arguments) {
+  QStringList inputs;
+  for (const QString& input : arguments) {
+    const QUrl url(input);  // a file manager may name a ticket in this way
+    const bool isAddress = input.contains(QLatin1String("://")) && !url.isLocalFile();
+    const QString path = url.isLocalFile() ? url.toLocalFile() : input;
+    inputs << (isAddress ? input : QDir::current().absoluteFilePath(path));
+  }
+  return inputs;
+}
+
+/// The arguments with one character for each byte.
+QStringList bytewise(int argc, char** argv) {
+  QStringList arguments;
+  for (int i = 0; i < argc; ++i) arguments << QString::fromLatin1(argv[i]);
+  return arguments;
+}
+
+Arguments parse(const QApplication& application, int argc, char** argv) {
   QCommandLineParser parser;
   parser.setApplicationDescription(
       QStringLiteral("Downloads films and plays them while they arrive."));
@@ -56,19 +76,19 @@ Arguments parse(const QApplication& application) {
   parser.addVersionOption();
   parser.process(application);
 
-  Arguments arguments;
-  arguments.session.dataFolder = parser.value(data).toStdString();
-  arguments.session.mediaFolder = parser.value(media).toStdString();
-  arguments.session.pluginFolder = parser.value(plugins).toStdString();
-  arguments.session.caFile = parser.value(authorities).toStdString();
-  arguments.session.services = parser.value(services).toStdString();
-  for (const QString& input : parser.positionalArguments()) {
-    const QUrl url(input);  // a file manager may name a ticket in this way
-    const bool isAddress = input.contains(QLatin1String("://")) && !url.isLocalFile();
-    const QString path = url.isLocalFile() ? url.toLocalFile() : input;
-    arguments.inputs << (isAddress ? input : QDir::current().absoluteFilePath(path));
-  }
-  return arguments;
+  const QStringList inputs = inputsOf(parser.positionalArguments());
+  // As text, a name that is not UTF-8 would have become the name of another folder.
+  parser.parse(bytewise(argc, argv));
+  const auto bytes = [&parser](const QCommandLineOption& option) {
+    return parser.value(option).toLatin1().toStdString();
+  };
+  return {{.dataFolder = bytes(data),
+           .mediaFolder = bytes(media),
+           .pluginFolder = bytes(plugins),
+           .caFile = bytes(authorities),
+           .player = {},
+           .services = bytes(services)},
+          inputs};
 }
 
 QString dataFolder(const session::SessionOptions& options) {
@@ -97,9 +117,11 @@ std::string obstacleToWindow() {
   return session::lackOfResources();
 }
 
-int run(const QApplication& application) {
+int run(const QApplication& application, int argc, char** argv) {
   const Language language{QLocale()};
-  const Arguments arguments = parse(application);
+  const Arguments arguments = parse(application, argc, argv);
+  const std::string problem = session::folderProblem(arguments.session);
+  if (!problem.empty()) throw std::runtime_error(problem);
   if (handOver(dataFolder(arguments.session), arguments.inputs)) return 0;
   WindowMemory memory(dataFolder(arguments.session) + QStringLiteral("/window.ini"));
   SessionQueue queue(arguments.session);
@@ -138,7 +160,7 @@ int main(int argc, char** argv) {
   QApplication::setQuitOnLastWindowClosed(false);
   curl_global_init(CURL_GLOBAL_DEFAULT);
   try {
-    return playerx::window::run(application);
+    return playerx::window::run(application, argc, argv);
   } catch (const std::exception& error) {
     std::cerr << "playerx: " << error.what() << std::endl;
     return 1;

@@ -123,6 +123,15 @@ TEST_F(WindowTest, TooFewFilesAreSaidBeforeThereIsAWindow) {
   }
 }
 
+TEST_F(WindowTest, AFolderThatIsNotNamedInUtf8IsSaid) {
+  const support::TempDir folder;
+  home.addOptions({"--data", folder / "\xFF"});
+  const auto window = startWindow();
+  EXPECT_EQ(window->wait(), 1);
+  EXPECT_THAT(window->errors(), HasSubstr("the name is not text in UTF-8"));
+  EXPECT_TRUE(fs::is_empty(folder.path()));
+}
+
 TEST_F(WindowTest, DownloadsWhatItIsStartedWith) {
   const auto window = startWindow({offerQuick("a.avi")});
   EXPECT_TRUE(isThere("a.avi")) << window->errors();
