@@ -9,6 +9,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <ctime>
@@ -21,7 +22,6 @@
 #include "playerx/window/actions/FilmCommands.h"
 #include "playerx/window/model/WindowMemory.h"
 #include "playerx/window/queue/SessionQueue.h"
-#include "playerx/window/shell/DownloadsPage.h"
 #include "playerx/window/shell/FilterBar.h"
 #include "playerx/window/shell/MainWindow.h"
 #include "playerx/window/view/FilmView.h"
@@ -239,21 +239,21 @@ void freezesOfTheList(int count) {
   const auto trigger = [&](Verb verb) {
     return [&, verb] { partOf<ActionSet>(window).of(verb)->trigger(); };
   };
-  const auto at_once = [] { return true; };
+  const auto atOnce = [] { return true; };
   freeze(
-      "the whole queue comes", [&] { Q_EMIT queue.changed(queueOf(films)); }, at_once);
-  freeze("all are chosen", trigger(Verb::kSelectAll), at_once);
+      "the whole queue comes", [&] { Q_EMIT queue.changed(queueOf(films)); }, atOnce);
+  freeze("all are chosen", trigger(Verb::kSelectAll), atOnce);
   freeze(
-      "a filter hides every other film", [&] { partOf<FilterBar>(window).setGroup(1); }, at_once);
+      "a filter hides every other film", [&] { partOf<FilterBar>(window).setGroup(1); }, atOnce);
   freeze(
-      "and is taken away", [&] { partOf<FilterBar>(window).setGroup(0); }, at_once);
-  freeze("every other film is cleared", trigger(Verb::kClearDone), at_once);
-  freeze("and comes back", trigger(Verb::kUndo), at_once);
+      "and is taken away", [&] { partOf<FilterBar>(window).setGroup(0); }, atOnce);
+  freeze("every other film is cleared", trigger(Verb::kClearDone), atOnce);
+  freeze("and comes back", trigger(Verb::kUndo), atOnce);
   freeze(
-      "every other film is gone", [&] { Q_EMIT queue.changed(queueOf(left)); }, at_once);
+      "every other film is gone", [&] { Q_EMIT queue.changed(queueOf(left)); }, atOnce);
   std::reverse(left.begin(), left.end());
   freeze(
-      "the order is turned round", [&] { Q_EMIT queue.changed(queueOf(left)); }, at_once);
+      "the order is turned round", [&] { Q_EMIT queue.changed(queueOf(left)); }, atOnce);
 }
 
 }  // namespace

@@ -19,7 +19,6 @@
 #include "playerx/window/model/Sentences.h"
 #include "playerx/window/model/WindowMemory.h"
 #include "playerx/window/playback/WatchingPage.h"
-#include "playerx/window/shell/DownloadsPage.h"
 #include "playerx/window/shell/Language.h"
 #include "playerx/window/shell/MainWindow.h"
 #include "playerx/window/view/FilmView.h"

@@ -11,7 +11,6 @@
 #include "playerx/window/actions/FilmCommands.h"
 #include "playerx/window/model/FilmModel.h"
 #include "playerx/window/model/WindowMemory.h"
-#include "playerx/window/shell/DownloadsPage.h"
 #include "playerx/window/shell/MainWindow.h"
 #include "playerx/window/view/FilmView.h"
 #include "playerx/window/view/MessageStrip.h"
