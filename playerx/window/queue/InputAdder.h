@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <functional>
 #include <optional>
+#include <utility>
 
 #include "playerx/app/session/QueueRequest.h"
 #include "playerx/window/queue/QueueMessages.h"
@@ -21,7 +22,7 @@ class InputAdder : public QObject {
 
   explicit InputAdder(Ask ask) : ask_(std::move(ask)) {}
 
-  /// `finished` follows; inputs that no queue could be told of wait for `addWaiting`.
+  /// `reported` follows; inputs that no queue could be told of wait for `addWaiting`.
   void add(const QStringList& inputs);
   void addWaiting();
 
@@ -35,10 +36,11 @@ class InputAdder : public QObject {
   /// Some inputs have been handed over.
   void advanced();
 
-  /// All of them have been; asks for the films that they brought before the report is made.
+  /// All have been. Receivers call `noteFilm` for the films that came of them; the report is made
+  /// next.
   void allAdded();
 
-  /// None of some inputs could be added; one sentence says why.
+  /// A request failed; `sentence` says why.
   void failed(const std::string& sentence);
 
   void reported(const playerx::window::InputReport& report);
