@@ -15,8 +15,8 @@ struct BusAddresses {
   QString system;
 };
 
-/// Talks to the desktop's services. Lives on a thread where waiting hurts nobody: connecting to a
-/// bus may block.
+/// Talks to the desktop's services. Lives on a thread of its own, because connecting to a bus
+/// may block.
 class DesktopWorker : public QObject {
   Q_OBJECT
 

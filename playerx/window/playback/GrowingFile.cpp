@@ -11,7 +11,7 @@ namespace playerx::window {
 
 namespace {
 
-/// How often a waiting read looks for bytes that nobody has announced.
+/// How often a waiting read looks for bytes that were not announced.
 constexpr std::chrono::milliseconds kLook(100);
 
 }  // namespace

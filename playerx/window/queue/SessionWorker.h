@@ -23,8 +23,8 @@ namespace playerx::window {
 
 class OwnQueue;
 
-/// The queue behind the window, on a thread of its own, where waiting hurts nobody: that of a
-/// session in this process, or, while another process has the data folder, that of the other one.
+/// The queue behind the window: that of a session in this process, or, while another process has
+/// the data folder, that of the other one. On a thread of its own, because it may block.
 ///
 /// Lives on that thread, which is the host's thread for the download manager. Made, opened, used
 /// and destroyed there.
