@@ -21,7 +21,7 @@ QString programName(const QString& command) {
 std::optional<QStringList> playerProgram(const QString& command, const QString& location) {
   QStringList parts = QProcess::splitCommand(command);
   const bool isDefault = parts.isEmpty();
-  if (isDefault) parts = {programName(command)};
+  if (isDefault) parts = {kDefaultProgram};
   const QString found = QStandardPaths::findExecutable(parts.first());
   if (found.isEmpty()) return std::nullopt;
   parts.first() = found;
