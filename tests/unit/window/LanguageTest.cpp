@@ -140,7 +140,7 @@ bool isNotShown(const QString& piece) {
   static const QRegularExpression kPieces(QStringLiteral(
       "`get`|`pause N`|--limit-rate|names no limit|left of |There is no item|the queue holds|"
       "not in the queue any more|has no window|cannot be copied|does not hold the last|"
-      "run the command again|^Protected: |%llu|Shutdown failed|still held"));
+      "run the command again|^Protected: |%llu|Shutdown failed|still held|^; the queue is paused"));
   return piece.contains(kPieces);
 }
 
