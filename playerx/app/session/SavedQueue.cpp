@@ -41,6 +41,11 @@ constexpr char kToldFile[] = "set-aside.txt";
 /// Bytes that the next change may add to the file.
 constexpr std::size_t kRoomToGrow = 4096;
 
+/// Without the folder, which may be moved or reached by another name.
+std::string nameOf(const std::string& file) {
+  return std::filesystem::path(file).filename().string();
+}
+
 std::string wordsOf(int error) {
   return error == 0 ? "writing failed" : std::generic_category().message(error);
 }
@@ -215,7 +220,7 @@ std::vector<std::string> SavedQueue::filesSetAside() const {
 void SavedQueue::noteAllTold() const {
   const std::string record = folder_ + "/" + kToldFile;
   std::string lines;
-  for (const std::string& file : unreadableFiles()) lines += file + '\n';
+  for (const std::string& file : unreadableFiles()) lines += nameOf(file) + '\n';
   if (lines == readSmallFile(record)) return;
   std::error_code error;
   if (lines.empty()) {
@@ -231,7 +236,7 @@ std::set<std::string> SavedQueue::filesTold() const {
   std::set<std::string> told;
   std::istringstream lines(readSmallFile(folder_ + "/" + kToldFile));
   for (std::string line; std::getline(lines, line);) told.insert(line);
-  std::erase_if(files, [&told](const std::string& file) { return !told.contains(file); });
+  std::erase_if(files, [&told](const std::string& file) { return !told.contains(nameOf(file)); });
   return files;
 }
 

@@ -168,6 +168,14 @@ TEST(SavedQueueTest, AFileSetAsideIsNamedUntilTheUserHasBeenTold) {
   EXPECT_EQ(saved.filesSetAside(), std::vector<std::string>{next});
 }
 
+TEST(SavedQueueTest, AFileSetAsideIsNotNamedAgainWhenTheFolderIsMoved) {
+  const support::TempDir folder;
+  folder.write("old/downloadmanager.xml.unreadable", "x");
+  SavedQueue(folder / "old").noteAllTold();
+  std::filesystem::rename(folder / "old", folder / "new");
+  EXPECT_TRUE(SavedQueue(folder / "new").filesSetAside().empty());
+}
+
 TEST(SavedQueueTest, AFileSetAsideUnderAnOldNameIsNamedAnew) {
   const support::TempDir folder;
   const std::filesystem::path file = folder.write("downloadmanager.xml.unreadable", "x");
