@@ -30,7 +30,20 @@ TEST(DataFolderLockTest, AFolderThatCannotBeMadeIsNamed) {
   const std::string below = folder.write("file", "x") / "below";
   EXPECT_EQ(DataFolderLock(below).problem(),
             "The data folder " + below +
-                " cannot be written (Not a directory); choose another with --data.");
+                " cannot be written (player.lock: Not a directory); choose another with --data.");
+}
+
+TEST(DataFolderLockTest, WhatStandsInThePlaceOfTheLockIsNamed) {
+  const support::TempDir folder;
+  const std::filesystem::path file = folder / "player.lock";
+  const std::string begin = "The data folder " + folder.path().string() + " cannot be written (";
+  const std::string end = "); choose another with --data.";
+  std::filesystem::create_directory(file);
+  EXPECT_EQ(DataFolderLock(folder.path()).problem(), begin + "player.lock: Is a directory" + end);
+  std::filesystem::remove(file);
+  std::filesystem::create_symlink("elsewhere", file);
+  EXPECT_EQ(DataFolderLock(folder.path()).problem(),
+            begin + "player.lock: Too many levels of symbolic links" + end);
 }
 
 }  // namespace
