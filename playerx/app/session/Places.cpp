@@ -30,6 +30,13 @@ void overrideWith(const QString& key, const QString& value) {
   if (!value.isEmpty()) setPreferenceOverride(key, value);
 }
 
+/// What of `path` comes next below its folder `existing`; `path` itself when that is all of it.
+std::filesystem::path firstMissing(std::filesystem::path path,
+                                   const std::filesystem::path& existing) {
+  while (path != existing && path.parent_path() != existing) path = path.parent_path();
+  return path;
+}
+
 bool isSet(const char* text) { return text != nullptr && *text != '\0'; }
 
 }  // namespace
@@ -98,6 +105,10 @@ std::string folderProblem(const SessionOptions& options) {
   const fs::path existing = nearestExisting(folder);
   if (!fs::is_directory(existing, error)) {
     return "--data cannot be " + folder.string() + ": " + existing.string() + " is not a folder.";
+  }
+  if (const fs::path link = firstMissing(folder, existing); fs::is_symlink(link, error)) {
+    return "--data cannot be " + folder.string() + ": " + link.string() +
+           " is a link that leads nowhere.";
   }
   if (existing == folder || access(existing.c_str(), W_OK | X_OK) == 0) return {};
   return "--data cannot be " + folder.string() + ": no folder can be made in " + existing.string() +

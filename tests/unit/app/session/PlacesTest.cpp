@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "playerx/app/session/Places.h"
+#include "tests/support/TempDir.h"
 
 namespace playerx::session {
 namespace {
@@ -27,6 +28,20 @@ TEST(PlacesTest, AFolderThatIsNotNamedInUtf8IsRefused) {
   EXPECT_EQ(folderProblem(options), "");
   options.mediaFolder = "\xFF";
   EXPECT_EQ(folderProblem(options), "--media cannot be \xFF: the name is not text in UTF-8.");
+}
+
+TEST(PlacesTest, ADataFolderBehindALinkThatLeadsNowhereIsRefused) {
+  const support::TempDir folder;
+  const std::string link = folder / "link";
+  std::filesystem::create_symlink("nowhere", link);
+  SessionOptions options;
+  for (const std::string& data : {link, link + "/below"}) {
+    options.dataFolder = data;
+    EXPECT_EQ(folderProblem(options),
+              "--data cannot be " + data + ": " + link + " is a link that leads nowhere.");
+  }
+  std::filesystem::create_directory(folder / "nowhere");
+  EXPECT_EQ(folderProblem(options), "");
 }
 
 TEST(PlacesTest, WhatIsMissingIsAskedFor) {
