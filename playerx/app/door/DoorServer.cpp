@@ -18,8 +18,8 @@ namespace {
 /// How long the end of the server waits for a visitor to read what was sent to it.
 constexpr int kDrainMilliseconds = 1000;
 
-/// How often the door is looked at: it may have closed by itself.
-constexpr int kLookMilliseconds = 1000;
+/// How often a socket that has closed by itself is opened again.
+constexpr int kReopenMilliseconds = 1000;
 
 /// Visitors that the system lets wait until they are looked at.
 constexpr int kMostWaiting = 1024;
@@ -47,12 +47,12 @@ class DoorServer::Connections : public QObject {
     QObject::connect(listener_.get(), &QLocalServer::newConnection, this,
                      [this] { acceptPending(); });
     if (!open(path)) return listener_->errorString();
-    look_ = std::make_unique<QTimer>();
-    QObject::connect(look_.get(), &QTimer::timeout, this, [this, path] {
+    reopening_ = std::make_unique<QTimer>();
+    QObject::connect(reopening_.get(), &QTimer::timeout, this, [this, path] {
       // It closes when the system has no descriptor for a visitor, and does not say so.
       if (!listener_->isListening()) open(path);
     });
-    look_->start(kLookMilliseconds);
+    reopening_->start(kReopenMilliseconds);
     return {};
   }
 
@@ -67,7 +67,7 @@ class DoorServer::Connections : public QObject {
   }
 
   void close() {
-    look_.reset();
+    reopening_.reset();
     listener_.reset();
     for (const auto& [visitor, socket] : std::exchange(sockets_, {})) {
       socket->disconnect(this);
@@ -138,7 +138,7 @@ class DoorServer::Connections : public QObject {
   const QByteArray greeting_;
   const QByteArray refusal_;
   std::unique_ptr<QLocalServer> listener_;
-  std::unique_ptr<QTimer> look_;
+  std::unique_ptr<QTimer> reopening_;
   std::map<Visitor, QLocalSocket*> sockets_;
   Visitor lastVisitor_ = 0;
 };
