@@ -23,14 +23,16 @@ AddResult refused(reasons::Explanation explanation) {
 }
 
 /// The name of an address's file without its escapes, as people read it; empty, so that the manager
-/// takes the name as it stands, when there are none or they stand for what is no printable text.
+/// takes the name as it stands, when there are none or they stand for what is no printable text:
+/// control characters, or those that turn the direction of what follows.
 std::wstring readableTitle(const std::wstring& address) {
   const std::wstring name = kvpm::PathTools::getFileName(address);
   const QByteArray bytes = QByteArray::fromPercentEncoding(QString::fromStdWString(name).toUtf8());
   const WideText title = decodeUtf8({bytes.data(), static_cast<std::size_t>(bytes.size())});
   const bool isPrintable =
-      !title.malformed && std::all_of(title.characters.begin(), title.characters.end(),
-                                      [](wchar_t c) { return c >= L' '; });
+      !title.malformed &&
+      std::all_of(title.characters.begin(), title.characters.end(),
+                  [](wchar_t c) { return QChar::isPrint(static_cast<char32_t>(c)); });
   return isPrintable && title.characters != name ? title.characters : L"";
 }
 

@@ -77,8 +77,10 @@ TEST_F(AddInputTest, ATitleIsReadWithoutEscapes) {
   EXPECT_EQ(titleOf("http://h/game%20of%20life.avi"), L"game of life.avi");
   EXPECT_EQ(titleOf("http://h/%C3%A9t%C3%A9.avi"), L"\u00E9t\u00E9.avi");
   EXPECT_EQ(titleOf("http://h/plain.avi"), L"film");  // left to the manager
-  EXPECT_EQ(titleOf("http://h/%FF.avi"), L"film");
-  EXPECT_EQ(titleOf("http://h/%0Aa.avi"), L"film");
+  for (const char* unprintable : {"%FF", "%0A", "%7F", "%C2%9B", "%E2%80%AE", "%E2%81%A6"}) {
+    const std::string address = std::string("http://h/a%20") + unprintable + ".avi";
+    EXPECT_EQ(titleOf(address), L"film") << unprintable;
+  }
 }
 
 TEST_F(AddInputTest, WhiteSpaceAroundAnAddressIsDropped) {
