@@ -7,7 +7,7 @@
 #include <map>
 
 #include "playerx/app/inputs/Input.h"
-#include "playerx/app/model/FilmCheck.h"
+#include "playerx/app/inputs/OptionFault.h"
 #include "playerx/cli/Suggestion.h"
 #include "playerx/cli/TerminalText.h"
 #include "playerx/cli/TransferOptions.h"
@@ -66,8 +66,9 @@ Request::Direction directionOf(const std::string& text) {
 }
 
 std::string nameOf(const std::string& text) {
-  if (model::isFilmName(text)) return text;
-  complain("\"" + printable(text) + "\" is no file name; --media chooses the folder.");
+  const std::string fault = inputs::faultOfName(text);
+  if (fault.empty()) return text;
+  complain(printable(fault));
 }
 
 /// Arguments and options of the commands that add films.
@@ -274,10 +275,8 @@ std::string contradictionIn(const Options& options) {
   const Request& request = options.request;
   const bool isOne = request.inputs.size() == 1 && options.inputFile.empty() &&
                      !inputs::isTicketPath(request.inputs.front());
-  if (!request.name.empty() && !isOne) return "The option \"--output\" needs one address, no more.";
-  if (!request.options.sha256.empty() && !isOne) {
-    return "A checksum is that of one address; sha-256 alone takes those of the files beside.";
-  }
+  std::string fault = inputs::faultOfSharing(isOne, request.name, request.options);
+  if (!fault.empty()) return fault;
   const bool needsInput = options.command == Options::kRequest && request.action == Action::kAdd;
   if (needsInput && request.inputs.empty() && options.inputFile.empty()) {
     return "The argument \"input\" is missing; `playerx-cli add --help` shows the usage.";

@@ -3,7 +3,8 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "playerx/app/model/FilmCheck.h"
+#include "playerx/app/inputs/Input.h"
+#include "playerx/app/inputs/OptionFault.h"
 #include "playerx/app/model/JsonMembers.h"
 #include "playerx/app/session/FilmOptionsJson.h"
 
@@ -183,6 +184,75 @@ std::optional<std::string> textOf(const Json& value) {
   return value.is_string() ? std::optional(value.get<std::string>()) : std::nullopt;
 }
 
+/// What the request lacks; empty when nothing.
+std::string lackOf(const Request& request, const Members& members) {
+  using Action = Request::Action;
+  const bool isMove = request.action == Action::kMove;
+  const bool needsItem = isMove || request.action == Action::kRemove;
+  if (needsItem && !members.has("id") && !members.has("position")) {
+    return "The request names no item; give its id, or its position from 1 on.";
+  }
+  if (isMove && !members.has("direction")) {
+    return "The request names no direction; give up, down, top, bottom or before.";
+  }
+  if (isMove && request.direction == Request::Direction::kBefore && !members.has("before")) {
+    return "The request does not name the item to move in front of; give its id as \"before\".";
+  }
+  return {};
+}
+
+/// What is wrong with the films that the request is to add; empty when nothing is.
+std::string faultOfFilms(const Request& request) {
+  if (request.action != Request::Action::kAdd || request.inputs.empty()) return {};
+  const bool isOneAddress =
+      request.inputs.size() == 1 && !inputs::isTicketPath(request.inputs.front());
+  return inputs::faultOfSharing(isOneAddress, request.name, request.options);
+}
+
+/// The first option that cannot be read; empty when all can, or when these are no options at all.
+std::string faultOfOptions(const Json& options) {
+  if (!options.is_object()) return {};
+  for (const auto& [name, value] : options.items()) {
+    if (!session::filmOptionsOf({{name, value}})) {
+      return "The request has an impossible value for the option " + name + ".";
+    }
+  }
+  return {};
+}
+
+/// What is wrong with a request; empty when nothing is, or when the line is none.
+std::string faultOf(const Request& request, const Members& members) {
+  std::string fault;
+  if (members.has("options")) fault = faultOfOptions(members.at("options"));
+  if (!members.isGood() || !members.has("action")) return fault;
+  if (!request.name.empty()) fault = inputs::faultOfName(request.name);
+  if (fault.empty()) fault = lackOf(request, members);
+  return fault.empty() ? faultOfFilms(request) : fault;
+}
+
+/// What of a request can be read; the members tell whether all could.
+Request requestOf(Members& members) {
+  Request request;
+  members.take("action", request.action);
+  if (members.has("id")) members.take("id", request.id.emplace());
+  members.take("position", request.position);
+  members.takeEach("inputs", request.inputs, textOf);
+  members.take("name", request.name);
+  members.take("starts", request.starts);
+  members.take("again", request.again);
+  members.take("plays", request.plays);
+  members.take("direction", request.direction);
+  members.take("before", request.before);
+  members.take("withFilm", request.withFilm);
+  members.take("dryRun", request.dryRun);
+  if (members.has("options")) {
+    const auto options = session::filmOptionsOf(members.at("options"));
+    options ? void(request.options = *options) : members.fail();
+  }
+  if (members.has("rateLimit")) members.take("rateLimit", request.rateLimit.emplace());
+  return request;
+}
+
 std::optional<Reply> replyOf(Members members) {
   Reply reply;
   members.take("reply", reply.outcome);
@@ -292,29 +362,14 @@ std::optional<Greeting> readGreeting(const QByteArray& line) {
   return members.isGood() && queue == "playerx" ? std::optional(greeting) : std::nullopt;
 }
 
-std::optional<Request> readRequest(const QByteArray& line) {
+std::optional<Request> readRequest(const QByteArray& line, std::string* fault) {
   const Json object = objectOf(line);
   Members members(object);
-  Request request;
-  members.take("action", request.action);
-  if (members.has("id")) members.take("id", request.id.emplace());
-  members.take("position", request.position);
-  members.takeEach("inputs", request.inputs, textOf);
-  members.take("name", request.name);
-  if (!request.name.empty() && !model::isFilmName(request.name)) members.fail();
-  members.take("starts", request.starts);
-  members.take("again", request.again);
-  members.take("plays", request.plays);
-  members.take("direction", request.direction);
-  members.take("before", request.before);
-  members.take("withFilm", request.withFilm);
-  members.take("dryRun", request.dryRun);
-  if (members.has("options")) {
-    const auto options = session::filmOptionsOf(members.at("options"));
-    options ? void(request.options = *options) : members.fail();
-  }
-  if (members.has("rateLimit")) members.take("rateLimit", request.rateLimit.emplace());
-  return members.isGood() && members.has("action") ? std::optional(request) : std::nullopt;
+  const Request request = requestOf(members);
+  const std::string found = faultOf(request, members);
+  if (fault != nullptr) *fault = found;
+  const bool isRequest = members.isGood() && members.has("action");
+  return isRequest && found.empty() ? std::optional(request) : std::nullopt;
 }
 
 std::optional<Answer> readAnswer(const QByteArray& line) {

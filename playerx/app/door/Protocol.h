@@ -32,8 +32,10 @@ QByteArray write(const session::Reply& reply);
 QByteArray write(const session::QueueEvent& event);
 
 /// Each line as a message; nullopt for anything else. Members that are not known are ignored.
+/// `fault`, if given, becomes what is wrong with a request that is used wrongly, in one sentence;
+/// empty for every other line.
 std::optional<Greeting> readGreeting(const QByteArray& line);
-std::optional<session::Request> readRequest(const QByteArray& line);
+std::optional<session::Request> readRequest(const QByteArray& line, std::string* fault = nullptr);
 std::optional<Answer> readAnswer(const QByteArray& line);
 
 }  // namespace playerx::door

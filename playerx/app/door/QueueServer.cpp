@@ -44,7 +44,9 @@ void QueueServer::publish(const session::QueueEvent& event) {
 }
 
 Reply QueueServer::answer(const DoorServer::Line& line) {
-  const std::optional<Request> request = readRequest(line.text);
+  std::string fault;
+  const std::optional<Request> request = readRequest(line.text, &fault);
+  if (!fault.empty()) return {Reply::Outcome::kWrongUse, {fault}};
   if (!request) return {Reply::Outcome::kFailed, {"The request was not understood."}};
   if (request->action == Request::Action::kShow && show_) {
     show_(request->inputs);

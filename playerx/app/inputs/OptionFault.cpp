@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string_view>
 
+#include "playerx/app/model/FilmCheck.h"
 #include "playerx/platform/Text.h"
 #include "playerx/transfers/Checksum.h"
 #include "playerx/transfers/OwnHeaders.h"
@@ -83,6 +84,18 @@ std::string faultOfSum(const std::string& sha256) {
   if (transfers::normalSum(sha256)) return {};
   return "A checksum reads sha-256=DIGITS, with 64 hexadecimal digits, or sha-256 for the sum in "
          "the .sha256 file beside the film.";
+}
+
+std::string faultOfName(const std::string& name) {
+  if (model::isFilmName(name)) return {};
+  return "\"" + name + "\" is no file name; --media chooses the folder.";
+}
+
+std::string faultOfSharing(bool isOneAddress, const std::string& name, const FilmOptions& options) {
+  if (isOneAddress) return {};
+  if (!name.empty()) return "The option \"--output\" needs one address, no more.";
+  if (options.sha256.empty()) return {};
+  return "A checksum is that of one address; sha-256 alone takes those of the files beside.";
 }
 
 std::string faultOfUser(const FilmOptions& options) {

@@ -20,6 +20,13 @@ std::string faultOfNetrcFile(const std::string& path);
 std::string faultOfCookieFile(const std::string& path);
 std::string faultOfSum(const std::string& sha256);
 
+/// The same for the name that a film is to have.
+std::string faultOfName(const std::string& name);
+
+/// The same for what only one film can have: a name, and a checksum. `isOneAddress` says whether
+/// they are given for one address alone.
+std::string faultOfSharing(bool isOneAddress, const std::string& name, const FilmOptions& options);
+
 /// The same for user name and password, which come from an address.
 std::string faultOfUser(const FilmOptions& options);
 

@@ -138,7 +138,7 @@ QStringList sentencePiecesOf(const QString& folder) {
 /// Said on the command line alone, or before there is a window.
 bool isNotShown(const QString& piece) {
   static const QRegularExpression kPieces(QStringLiteral(
-      "`get`|`pause N`|--limit-rate|names no limit|left of |There is no item|the queue holds|"
+      "`get`|`pause N`|--limit-rate|^The request |left of |There is no item|the queue holds|"
       "not in the queue any more|has no window|cannot be copied|does not hold the last|"
       "run the command again|^Protected: |%llu|Shutdown failed|still held|^; the queue is paused"));
   return piece.contains(kPieces);

@@ -126,6 +126,46 @@ TEST(ProtocolTest, WhatIsNoMessageIsNotRead) {
   }
 }
 
+std::string faultOf(const QByteArray& line) {
+  std::string fault = "none told";
+  EXPECT_EQ(readRequest(line, &fault).has_value(), fault.empty()) << line.toStdString();
+  return fault;
+}
+
+TEST(ProtocolTest, AMoveNamesItsItemAndItsWay) {
+  for (const char* line :
+       {R"({"action":"move","direction":"up"})", R"({"action":"remove","withFilm":true})"}) {
+    EXPECT_EQ(faultOf(line), "The request names no item; give its id, or its position from 1 on.");
+  }
+  EXPECT_EQ(faultOf(R"({"action":"move","position":1})"),
+            "The request names no direction; give up, down, top, bottom or before.");
+  EXPECT_EQ(faultOf(R"({"action":"move","id":1,"direction":"before"})"),
+            "The request does not name the item to move in front of; give its id as \"before\".");
+  EXPECT_EQ(faultOf(R"({"action":"move","id":1,"direction":"before","before":2})"), "");
+}
+
+TEST(ProtocolTest, WhatOnlyOneFilmCanHaveIsNotSharedByTwo) {
+  const QByteArray two = R"({"action":"add","inputs":["http://h/a.avi","http://h/b.avi"],)";
+  const QByteArray sum(64, 'a');
+  EXPECT_EQ(faultOf(two + R"("name":"x.avi"})"),
+            "The option \"--output\" needs one address, no more.");
+  EXPECT_EQ(faultOf(two + R"("options":{"sha256":")" + sum + "\"}}"),
+            "A checksum is that of one address; sha-256 alone takes those of the files beside.");
+  EXPECT_EQ(faultOf(R"({"action":"add","inputs":["http://h/a.avi"],"name":"x.avi"})"), "");
+}
+
+TEST(ProtocolTest, AnOptionWithAnImpossibleValueIsNamed) {
+  const std::string impossible = "The request has an impossible value for the option ";
+  const auto faultOfOption = [](const QByteArray& option) {
+    return faultOf(R"({"action":"add","inputs":["http://h/a.avi"],"options":{)" + option + "}}");
+  };
+  EXPECT_EQ(faultOfOption(R"("tries":0)"), impossible + "tries.");
+  EXPECT_EQ(faultOfOption(R"("tries":3,"timeoutSeconds":-3)"), impossible + "timeoutSeconds.");
+  EXPECT_EQ(faultOfOption(R"("headers":"A: b")"), impossible + "headers.");
+  EXPECT_EQ(faultOf(R"({"action":"add","name":"../../x.avi"})"),
+            "\"../../x.avi\" is no file name; --media chooses the folder.");
+}
+
 TEST(ProtocolTest, DeepNestingIsNoMessage) {
   EXPECT_FALSE(readRequest(QByteArray(1'000'000, '[')));
   constexpr int kDepth = 100'000;

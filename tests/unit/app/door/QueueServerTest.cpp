@@ -98,6 +98,18 @@ TEST_F(QueueServerTest, WhatIsNoRequestIsSaid) {
   });
 }
 
+TEST_F(QueueServerTest, AWrongRequestIsSaidToBeWrongUse) {
+  fake_.module.put("http://h/a.avi");
+  serveWhile([this](QueueClient&) {
+    DoorClient door;
+    EXPECT_TRUE(door.connect(doorPath(data()), kPatience));
+    door.send(R"({"action":"move","position":1})");
+    const std::string reply = door.receive(kPatience).value_or("").toStdString();
+    EXPECT_THAT(reply, HasSubstr(R"("reply":"wrong_use")"));
+    EXPECT_THAT(reply, HasSubstr("names no direction"));
+  });
+}
+
 TEST_F(QueueServerTest, AServerThatEndsIsNoticed) {
   QueueClient client;
   EXPECT_EQ(client.connect(data(), kPatience), QueueClient::Outcome::kQueue);
