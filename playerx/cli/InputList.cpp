@@ -3,11 +3,16 @@
 #include <cerrno>
 #include <fstream>
 #include <iostream>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace playerx::cli {
 
 namespace {
+
+/// U+FEFF in UTF-8, which some editors put before the text.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 constexpr char kBlanks[] = " \t\r\f\v";
 
@@ -21,7 +26,10 @@ std::string trimmed(const std::string& line) {
 
 std::vector<std::string> readInputList(std::istream& list) {
   std::vector<std::string> inputs;
+  bool isFirst = true;
   for (std::string line; std::getline(list, line);) {
+    const bool isMarked = std::exchange(isFirst, false) && line.starts_with(kByteOrderMark);
+    if (isMarked) line.erase(0, kByteOrderMark.size());
     std::string input = trimmed(line);
     if (!input.empty() && input.front() != '#') inputs.push_back(std::move(input));
   }

@@ -17,6 +17,13 @@ TEST(InputListTest, CommentsBlanksAndEmptyLinesAreDropped) {
   EXPECT_THAT(readInputList(list), ElementsAre("http://h/a.avi", "b.tix"));
 }
 
+TEST(InputListTest, AByteOrderMarkIsDropped) {
+  std::istringstream comment("\xEF\xBB\xBF# films\nhttp://h/a.avi");
+  EXPECT_THAT(readInputList(comment), ElementsAre("http://h/a.avi"));
+  std::istringstream address("\xEF\xBB\xBFhttp://h/a.avi\n\xEF\xBB\xBFhttp://h/b.avi");
+  EXPECT_THAT(readInputList(address), ElementsAre("http://h/a.avi", "\xEF\xBB\xBFhttp://h/b.avi"));
+}
+
 TEST(InputListTest, AFileIsAddedToTheArguments) {
   const support::TempDir folder;
   std::vector<std::string> inputs = {"http://h/a.avi"};
