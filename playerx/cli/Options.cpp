@@ -77,9 +77,12 @@ void addInputs(CLI::App& command, Options& options) {
       .add_option("input", options.request.inputs, "Addresses (http, https) or ticket files (.tix)")
       ->type_name("");
   command
-      .add_option("-i,--input-file", options.inputFile,
-                  "List of more of them, one a line; - for standard input")
-      ->type_name("FILE");
+      .add_option("-i,--input-file", options.inputFiles,
+                  "List of more of them, one a line; - for standard input; may be repeated")
+      ->take_all()
+      ->expected(1)
+      ->type_name("FILE")
+      ->allow_extra_args(false);
   command
       .add_option_function<std::string>(
           "-o,--output",
@@ -273,12 +276,12 @@ std::string complaintOf(const CLI::App& app, const CLI::ParseError& error) {
 /// What options that are right one by one are wrong about together; empty when nothing is.
 std::string contradictionIn(const Options& options) {
   const Request& request = options.request;
-  const bool isOne = request.inputs.size() == 1 && options.inputFile.empty() &&
+  const bool isOne = request.inputs.size() == 1 && options.inputFiles.empty() &&
                      !inputs::isTicketPath(request.inputs.front());
   std::string fault = inputs::faultOfSharing(isOne, request.name, request.options);
   if (!fault.empty()) return fault;
   const bool needsInput = options.command == Options::kRequest && request.action == Action::kAdd;
-  if (needsInput && request.inputs.empty() && options.inputFile.empty()) {
+  if (needsInput && request.inputs.empty() && options.inputFiles.empty()) {
     return "The argument \"input\" is missing; `playerx-cli add --help` shows the usage.";
   }
   return {};

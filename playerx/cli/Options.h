@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "playerx/app/session/Places.h"
 #include "playerx/app/session/QueueRequest.h"
@@ -19,8 +20,8 @@ struct Options {
   Command command = kGet;
   session::SessionOptions session;
   session::Request request;
-  std::string inputFile{};  ///< a list of more inputs, "-" for standard input; empty: none
-  bool quiet = false;       ///< print failures and sentences alone
+  std::vector<std::string> inputFiles{};  ///< lists of more inputs; "-": standard input
+  bool quiet = false;                     ///< print failures and sentences alone
   bool json = false;
   bool diagnostics = false;  ///< show what the module prints for its engineers
   bool isLong = false;       ///< list the addresses as well

@@ -52,14 +52,17 @@ int runExplain(const Options& options, PlayerSession& session, Reporter& reporte
   return status;
 }
 
-/// Adds what the list of inputs names. False when it cannot be read, which is then said.
+/// Adds what the lists of inputs name. False when one cannot be read, which is then said.
 bool readInputs(Options& options) {
-  if (options.inputFile.empty()) return true;
+  if (options.inputFiles.empty()) return true;
   // A list that is typed in is ended by Ctrl-C, with the program.
   const InterruptsAllowed allowed;
-  std::string problem = readInputFile(options.inputFile, options.request.inputs);
+  std::string problem;
+  for (const std::string& list : options.inputFiles) {
+    if (problem.empty()) problem = readInputFile(list, options.request.inputs);
+  }
   if (problem.empty() && options.request.inputs.empty()) {
-    problem = "The list " + options.inputFile + " names no films.";
+    problem = "The list " + options.inputFiles.front() + " names no films.";
   }
   if (!problem.empty()) std::cerr << "playerx-cli: " << printable(problem) << std::endl;
   return problem.empty();

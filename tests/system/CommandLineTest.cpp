@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/Nginx.h"
+#include "tests/support/TempDir.h"
 #include "tests/system/BigFile.h"
 #include "tests/system/PlayerHome.h"
 
@@ -45,10 +46,13 @@ TEST_F(CommandLineTest, AListThatNamesNothingIsWrongUsage) {
   EXPECT_THAT(home.run({"get", "-i", "/none"}).errors, HasSubstr("No such file"));
 }
 
-TEST_F(CommandLineTest, AListAndArgumentsAreAddedTogether) {
-  const PlayerResult result = runWithInput({"add", offer("a.avi"), "-i", "-"}, offer("b.avi"));
+TEST_F(CommandLineTest, ListsAndArgumentsAreAddedTogether) {
+  const support::TempDir folder;
+  const std::string list = folder.write("list", offer("c.avi"));
+  const PlayerResult result =
+      runWithInput({"add", offer("a.avi"), "-i", "-", "-i", list}, offer("b.avi"));
   EXPECT_EQ(result.status, 0) << result.errors;
-  EXPECT_EQ(home.queue().size(), 2u);
+  EXPECT_EQ(home.queue().size(), 3u);
 }
 
 TEST_F(CommandLineTest, QuietSaysNothingOfWhatGoesWell) {

@@ -69,6 +69,14 @@ TEST(OptionsTest, AFilmIsNamedByItsOption) {
   EXPECT_EQ(options->request.name, "b.avi");
 }
 
+TEST(OptionsTest, SeveralListsAreRead) {
+  const auto options = parse({"add", "-i", "one", "--input-file", "two", "http://h/a.avi"}).options;
+  ASSERT_TRUE(options);
+  EXPECT_EQ(options->inputFiles, (std::vector<std::string>{"one", "two"}));
+  EXPECT_EQ(options->request.inputs, std::vector<std::string>{"http://h/a.avi"});
+  EXPECT_EQ(parse({"add", "-i"}).status, kExitUsage);
+}
+
 TEST(OptionsTest, RemoveTakesTheFilmOnDemand) {
   EXPECT_FALSE(parse({"remove", "1"}).options->request.withFilm);
   EXPECT_TRUE(parse({"remove", "1", "--with-film"}).options->request.withFilm);
