@@ -191,9 +191,11 @@ void addExplain(CLI::App& app, Options& options) {
   explain->callback([&options] { options.command = Options::kExplain; });
 }
 
+/// The names of the commands that the help lists.
 std::vector<std::string> commandNames(const CLI::App& app) {
   std::vector<std::string> names;
-  const auto commands = app.get_subcommands([](const CLI::App*) { return true; });
+  const auto commands =
+      app.get_subcommands([](const CLI::App* command) { return !command->get_group().empty(); });
   for (const CLI::App* command : commands) names.push_back(command->get_name());
   return names;
 }
@@ -242,6 +244,16 @@ std::string advice(const std::string& typed, const std::vector<std::string>& nam
   return nearest.empty() ? "; " + all + "." : "; did you mean \"" + nearest + "\"?";
 }
 
+std::string quoted(const std::string& typed) {
+  return "\"" + printable(withoutCredentials(typed)) + "\"";
+}
+
+/// One plain sentence on a word that is not the name of a command.
+std::string complaintOfCommand(const CLI::App& app, const std::string& typed) {
+  return "There is no command " + quoted(typed) +
+         advice(typed, commandNames(app), "the commands are " + commandsOf(app));
+}
+
 /// One plain sentence on the first word that could not be read.
 std::string complaintOfWord(const CLI::App& app, const std::string& typed) {
   if (typed.starts_with("-")) {
@@ -250,14 +262,13 @@ std::string complaintOfWord(const CLI::App& app, const std::string& typed) {
     return "There is no option \"" + printable(name) + "\"" +
            advice(name, optionsOf(app), "`playerx-cli --help` names those that there are");
   }
-  const std::string word = "\"" + printable(withoutCredentials(typed)) + "\"";
-  if (app.get_subcommands().empty()) {
-    const bool isInput = inputs::isTicketPath(typed) || typed.find("://") != std::string::npos;
-    if (isInput) return "A command is missing before " + word + "; `playerx-cli get` downloads it.";
-    return "There is no command " + word +
-           advice(typed, commandNames(app), "the commands are " + commandsOf(app));
+  const std::string word = quoted(typed);
+  if (!app.get_subcommands().empty()) {
+    return "The argument " + word + " is one too many; `playerx-cli --help` shows the usage.";
   }
-  return "The argument " + word + " is one too many; `playerx-cli --help` shows the usage.";
+  const bool isInput = inputs::isTicketPath(typed) || typed.find("://") != std::string::npos;
+  if (isInput) return "A command is missing before " + word + "; `playerx-cli get` downloads it.";
+  return complaintOfCommand(app, typed);
 }
 
 /// One plain sentence on what is wrong with the arguments.
@@ -287,14 +298,28 @@ std::string contradictionIn(const Options& options) {
   return {};
 }
 
-/// The command that `help NAME` asks about, or the program for `help` alone; null for all other
-/// arguments.
-const CLI::App* subjectOfHelp(const CLI::App& app, int argc, const char* const* argv) {
-  if (argc < 2 || argc > 3 || std::string(argv[1]) != "help") return nullptr;
-  if (argc == 2) return &app;
+/// Prints the usage of the command with this name, or that of the program for none.
+void printHelp(const CLI::App& app, const std::string& name) {
   const auto named =
-      app.get_subcommands([&](const CLI::App* command) { return command->get_name() == argv[2]; });
-  return named.empty() ? nullptr : named.front();
+      app.get_subcommands([&name](const CLI::App* command) { return command->get_name() == name; });
+  if (named.empty() && !name.empty()) complain(complaintOfCommand(app, name));
+  const CLI::App* const subject = name.empty() ? &app : named.front();
+  const std::string usage = app.get_name() + (name.empty() ? "" : " " + name);
+  // The help of the program itself would be that of the command that was given, which is `help`.
+  std::cout << app.get_formatter()->make_help(subject, usage, CLI::AppFormatMode::Normal)
+            << std::flush;
+}
+
+/// The help does not list it: the usage names it.
+void addHelp(CLI::App& app) {
+  CLI::App* const help = app.add_subcommand("help", "Show the usage, or that of a command");
+  const CLI::Option* const name =
+      help->add_option("COMMAND", "Command whose usage is shown")->type_name("");
+  help->group("");
+  help->callback([&app, name] {
+    printHelp(app, name->empty() ? "" : name->as<std::string>());
+    throw CLI::Success();
+  });
 }
 
 }  // namespace
@@ -313,21 +338,12 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
         "`playerx-cli help` shows the options that all commands have, those of the folders too.");
     command->group("Commands");
   }
+  addHelp(app);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app.footer(
       "`playerx-cli help COMMAND` shows what a command takes. The address of a film ends in .vesk, "
       ".xvid, .avi or .mkv; a ticket may name any file.");
   app.set_version_flag("--version", "playerx-cli " PLAYERX_VERSION, "Print the version");
-  if (const CLI::App* subject = subjectOfHelp(app, argc, argv)) {
-    std::cout << subject->help(subject == &app ? "" : app.get_name()) << std::flush;
-    *status = kExitDone;
-    return std::nullopt;
-  }
-  if (argc == 3 && std::string(argv[1]) == "help") {
-    std::cerr << "playerx-cli: " << complaintOfWord(app, argv[2]) << std::endl;
-    *status = kExitUsage;
-    return std::nullopt;
-  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -154,9 +154,20 @@ TEST(OptionsTest, HelpIsAlsoAWord) {
   EXPECT_EQ(parsed.status, kExitDone);
   EXPECT_EQ(parsed.output, parse({"--help"}).output);
   EXPECT_EQ(parse({"help", "move"}).output, parse({"move", "--help"}).output);
+  EXPECT_EQ(parse({"help", "help"}).output, parse({"help", "--help"}).output);
   const Parsed unknown = parse({"help", "nonsense"});
   EXPECT_EQ(unknown.status, kExitUsage);
   EXPECT_NE(unknown.errors.find("There is no command \"nonsense\""), std::string::npos);
+}
+
+TEST(OptionsTest, HelpIsACommandLikeAnyOther) {
+  const std::string help = parse({"--help"}).output;
+  EXPECT_EQ(parse({"--data", "/d", "help"}).output, help);
+  EXPECT_EQ(parse({"help", "--json"}).output, help);
+  EXPECT_EQ(parse({"--json", "help", "get"}).output, parse({"get", "--help"}).output);
+  const Parsed tooMany = parse({"help", "get", "list"});
+  EXPECT_EQ(tooMany.status, kExitUsage);
+  EXPECT_NE(tooMany.errors.find("The argument \"list\" is one too many"), std::string::npos);
 }
 
 TEST(OptionsTest, TheHelpNamesValuesByWhatTheyAre) {
