@@ -10,6 +10,12 @@ namespace playerx::cli {
 using session::QueueEvent;
 using session::Reply;
 
+namespace {
+
+constexpr char kEmpty[] = "The queue is empty.";
+
+}  // namespace
+
 void present(const QueueEvent& event, Reporter& reporter) {
   switch (event.kind) {
     case QueueEvent::Kind::kAdded:
@@ -41,6 +47,7 @@ int present(const Reply& reply, Reporter& reporter) {
 
 void noteWhatIsLeft(const std::vector<model::ItemState>& queue,
                     const std::function<bool(unsigned int)>& isMeant, Reporter& reporter) {
+  if (queue.empty()) return reporter.done(kEmpty);
   const auto count = [&](DownloadStatusEnumType status) {
     return std::count_if(queue.begin(), queue.end(), [&](const model::ItemState& item) {
       return item.status == status && isMeant(item.id);
@@ -75,7 +82,7 @@ void QueuePrint::add(const model::ItemState& item, const model::Progress& progre
 }
 
 void QueuePrint::end(bool isPaused) {
-  if (sum_.items == 0) return reporter_.note("The queue is empty.");
+  if (sum_.items == 0) return reporter_.note(kEmpty);
   sum_.isPaused = isPaused;
   reporter_.listedAll(sum_);
 }

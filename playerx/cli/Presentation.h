@@ -18,7 +18,8 @@ void present(const session::QueueEvent& event, Reporter& reporter);
 int present(const session::Reply& reply, Reporter& reporter);
 
 /// Says which items of a queue a command has left as they were, because they are paused or had
-/// failed before; of those alone for which `isMeant` holds, given their ids.
+/// failed before; of those alone for which `isMeant` holds, given their ids. Says so when the queue
+/// is empty.
 void noteWhatIsLeft(const std::vector<model::ItemState>& queue,
                     const std::function<bool(unsigned int)>& isMeant, Reporter& reporter);
 

@@ -57,7 +57,7 @@ TEST_F(HostileQueueTest, AnEmptyQueueFileIsSetAside) {
 TEST_F(HostileQueueTest, AQueueThatAKilledPlayerSetAsideIsSaidOnce) {
   support::writeFile(home.queueFile().string() + ".unreadable", "precious");
   EXPECT_THAT(home.run({"get"}).errors, testing::HasSubstr("set aside as "));
-  EXPECT_EQ(home.run({"get"}).errors, "");
+  EXPECT_EQ(home.run({"get"}).errors, "The queue is empty.\n");
 }
 
 TEST_F(HostileQueueTest, ATornQueueFileIsSetAside) {

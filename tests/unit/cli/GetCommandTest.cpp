@@ -13,7 +13,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 /// Writes down in a line each what it is told.
 class LoggingReporter : public Reporter {
@@ -67,7 +66,7 @@ class GetCommandTest : public testing::Test {
 
 TEST_F(GetCommandTest, AnEmptyQueueIsDoneAtOnce) {
   EXPECT_EQ(run({}), kExitDone);
-  EXPECT_THAT(reporter_.lines, IsEmpty());
+  EXPECT_THAT(reporter_.lines, ElementsAre("The queue is empty."));
 }
 
 TEST_F(GetCommandTest, WhatStaysPausedIsSaid) {
@@ -182,7 +181,7 @@ TEST_F(GetCommandTest, WhatPlugInsSayIsPassedOn) {
   ASSERT_NE(messages, nullptr);
   messages->get()->tellUser("Hello.");
   EXPECT_EQ(run({}), kExitDone);
-  EXPECT_THAT(reporter_.lines, ElementsAre("Hello."));
+  EXPECT_THAT(reporter_.lines, ElementsAre("Hello.", "The queue is empty."));
 }
 
 TEST_F(GetCommandTest, AFilmIsPlayedOnceAsSoonAsEnoughOfItIsThere) {
