@@ -31,6 +31,14 @@ bool carriesMore(const FilmOptions& options) {
          !options.headers.empty() || !options.referer.empty() || !options.cookieFile.empty();
 }
 
+/// What of the request is not done to a film that lies there already, as the end of a sentence.
+std::string whatIsNotDone(const std::filesystem::path& film, const Request& request) {
+  const bool hasOtherName = !request.name.empty() && film.filename() != request.name;
+  if (hasOtherName) return "; --again fetches it under the other name.";
+  const bool hasSum = !request.options.sha256.empty() || request.options.hasChecksumFile;
+  return hasSum ? "; its checksum was not compared, --again fetches it anew and compares it." : "";
+}
+
 /// libcurl would let others read it.
 void makeCookieFile(const std::string& path) {
   if (path.empty()) return;
@@ -118,10 +126,7 @@ bool FilmAdder::goOnWithComplete(const ItemState& film, const Input& input, cons
     session_.manager().remove(film.id);
     return false;
   }
-  const bool hasOtherName =
-      !request.name.empty() && std::filesystem::path(place).filename() != request.name;
-  reply.notes.push_back(input.text + " is already there: " + place +
-                        (hasOtherName ? "; --again fetches it under the other name." : ""));
+  reply.notes.push_back(input.text + " is already there: " + place + whatIsNotDone(place, request));
   if (request.plays) watch_.playWhenReady(film.id);
   return true;
 }

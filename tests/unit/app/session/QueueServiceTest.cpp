@@ -271,6 +271,15 @@ TEST_F(QueueServiceTest, AFilmThatIsThereIsNotFetchedAgain) {
   EXPECT_THAT(reply.notes, ElementsAre(HasSubstr("http://h/a.avi is already there: ")));
 }
 
+TEST_F(QueueServiceTest, AChecksumOfAFilmThatIsThereIsSaidNotToBeCompared) {
+  putFilm(DownloadStatusCompleted);
+  fake_.folder.write("a.avi", "film");
+  Request request{.action = Action::kAdd, .inputs = {"http://h/a.avi"}};
+  request.options.sha256 = std::string(64, '0');
+  EXPECT_THAT(service().handle(request).notes,
+              ElementsAre(HasSubstr("; its checksum was not compared, --again fetches")));
+}
+
 TEST_F(QueueServiceTest, AFilmThatIsGoneIsFetchedAnew) {
   const DownloadItem& item = putFilm(DownloadStatusCompleted);
   add("http://h/a.avi");
