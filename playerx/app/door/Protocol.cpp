@@ -63,6 +63,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+/// Messages nest less than this.
+constexpr int kDeepestNesting = 8;
+
 QByteArray lineOf(const Json& object) { return QByteArray::fromStdString(model::dumped(object)); }
 
 bool isOfItem(const QueueEvent& event) {
@@ -72,9 +75,13 @@ bool isOfItem(const QueueEvent& event) {
 
 /// The object that a line holds; any other value for a line that holds none.
 Json objectOf(const QByteArray& line) {
-  Json value = Json::parse(line.begin(), line.end(), nullptr, false);
+  // Deeper values are dropped: a copy, which a growing object makes too, recurses as deep.
+  const auto isKept = [](int depth, Json::parse_event_t, const Json&) {
+    return depth <= kDeepestNesting;
+  };
+  Json value = Json::parse(line.begin(), line.end(), isKept, false);
   if (!value.is_object()) return {};
-  return value;  // moved: a copy recurses as deep as the text nests
+  return value;
 }
 
 Json jsonOf(const ItemState& item) {

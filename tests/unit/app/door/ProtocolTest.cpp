@@ -128,7 +128,8 @@ TEST(ProtocolTest, WhatIsNoMessageIsNotRead) {
 
 std::string faultOf(const QByteArray& line) {
   std::string fault = "none told";
-  EXPECT_EQ(readRequest(line, &fault).has_value(), fault.empty()) << line.toStdString();
+  const bool isRequest = readRequest(line, &fault).has_value();
+  EXPECT_EQ(isRequest, fault.empty()) << line.toStdString();
   return fault;
 }
 
@@ -171,6 +172,9 @@ TEST(ProtocolTest, DeepNestingIsNoMessage) {
   constexpr int kDepth = 100'000;
   const QByteArray objects = QByteArray("{\"a\":").repeated(kDepth) + "1";
   EXPECT_FALSE(readRequest(objects + QByteArray(kDepth, '}')));
+  const QByteArray deep = QByteArray(kDepth, '[') + QByteArray(kDepth, ']');
+  EXPECT_EQ(faultOf(R"({"action":"add","options":{"later":)" + deep + R"(,"tries":0}})"),
+            "The request has an impossible value for the option tries.");
 }
 
 TEST(ProtocolTest, MembersOfLaterVersionsAreIgnored) {
