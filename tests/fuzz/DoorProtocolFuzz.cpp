@@ -18,7 +18,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace playerx::door;
   const QByteArray line(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
   checkMessage(readGreeting(line), readGreeting);
-  checkMessage(readRequest(line), readRequest);
+  checkMessage(readRequest(line), [](const QByteArray& each) { return readRequest(each); });
   const std::optional<Answer> answer = readAnswer(line);
   if (!answer) return 0;
   const QByteArray written = std::visit([](const auto& one) { return write(one); }, *answer);
