@@ -2,6 +2,7 @@
 
 #include <QByteArrayView>
 #include <algorithm>
+#include <iterator>
 
 namespace playerx::transfers {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <initializer_list>
 #include <string_view>
 
 #include "playerx/app/model/FilmCheck.h"

@@ -23,7 +23,7 @@ struct TicketFinding {
   std::optional<std::uint64_t> size{};  ///< bytes; nullopt when not known
   std::optional<bool> fits{};           ///< whether there is room for it; nullopt when not known
   std::string note{};                   ///< one sentence, may be empty for a film
-  std::optional<reasons::Explanation> reason{};  ///< of which the note is the sentence, if any
+  std::optional<reasons::Explanation> reason{};  ///< the note is its sentence; may be nullopt
 };
 
 /// What a ticket would download. A protected one is read by `services`, null without any; sizes
