@@ -121,6 +121,9 @@ constexpr const char* kForms[] = {
                       "The player that holds the queue talks with as many others as it "
                       "can; try again later."),
     QT_TRANSLATE_NOOP("Sentence",
+                      "This is more than the player that holds the queue takes at once; give "
+                      "fewer addresses at a time."),
+    QT_TRANSLATE_NOOP("Sentence",
                       "What the player that holds the queue says is not understood; "
                       "close it, then try again."),
     QT_TRANSLATE_NOOP("Sentence",

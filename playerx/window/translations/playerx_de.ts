@@ -259,6 +259,10 @@
         <translation>Der Player, der die Warteschlange hat, spricht schon mit so vielen anderen, wie er kann; es später noch einmal versuchen.</translation>
     </message>
     <message>
+        <source>This is more than the player that holds the queue takes at once; give fewer addresses at a time.</source>
+        <translation>Das ist mehr, als der Player, der die Warteschlange hat, auf einmal nimmt; weniger Adressen auf einmal angeben.</translation>
+    </message>
+    <message>
         <source>What the player that holds the queue says is not understood; close it, then try again.</source>
         <translation>Was der Player sagt, der die Warteschlange hat, ist nicht zu verstehen; ihn schließen und es noch einmal versuchen.</translation>
     </message>
