@@ -349,7 +349,8 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
   } catch (const CLI::ParseError& error) {
     const bool isHelp = error.get_exit_code() == 0;
     if (isHelp) app.exit(error);
-    if (!isHelp) std::cerr << "playerx-cli: " << complaintOf(app, error) << std::endl;
+    if (!isHelp)
+      std::cerr << "playerx-cli: " << withoutPasswords(complaintOf(app, error)) << std::endl;
     *status = isHelp ? kExitDone : kExitUsage;
     return std::nullopt;
   }

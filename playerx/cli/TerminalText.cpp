@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <clocale>
 #include <cwchar>
+#include <regex>
 
 namespace playerx::cli {
 
@@ -66,6 +67,11 @@ std::string printable(const std::string& text) {
     clean += isSafe(character) ? character : U'?';
   }
   return QString::fromStdU32String(clean).toStdString();
+}
+
+std::string withoutPasswords(const std::string& sentence) {
+  static const std::regex credentials(R"((://)[^\s"]*@)");
+  return std::regex_replace(sentence, credentials, "$1");
 }
 
 std::size_t columnsOf(const std::string& text) {

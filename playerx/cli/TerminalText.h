@@ -9,6 +9,9 @@ namespace playerx::cli {
 /// bytes that are not UTF-8 become "?", so that no title can steer the terminal.
 std::string printable(const std::string& text);
 
+/// A sentence about the command line without the user names and passwords of addresses in it.
+std::string withoutPasswords(const std::string& sentence);
+
 /// The columns that `text` takes on a terminal.
 std::size_t columnsOf(const std::string& text);
 

@@ -64,7 +64,9 @@ bool readInputs(Options& options) {
   if (problem.empty() && options.request.inputs.empty()) {
     problem = "The list " + options.inputFiles.front() + " names no films.";
   }
-  if (!problem.empty()) std::cerr << "playerx-cli: " << printable(problem) << std::endl;
+  if (!problem.empty()) {
+    std::cerr << "playerx-cli: " << printable(withoutPasswords(problem)) << std::endl;
+  }
   return problem.empty();
 }
 
