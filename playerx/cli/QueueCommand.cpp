@@ -40,6 +40,9 @@ constexpr int kMostRounds = 20;
 constexpr char kAlwaysGone[] =
     "What holds the queue ends each time before it answers; close it, then try again.";
 
+constexpr char kLimitsNothing[] =
+    "Nothing is being downloaded, so the limit of the rate has no effect; give it to `get`.";
+
 constexpr char kLostAnswer[] =
     "The player that had the queue has ended before it answered; `list` shows what the queue is "
     "now.";
@@ -124,6 +127,9 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
     if (opened.where == Where::kNowhere) return complainOfOpening(opened, reporter);
     if (opened.where == Where::kHere) {
       noteMessages(session, reporter);
+      const bool limitsNothing =
+          options.request.action == Action::kAdd && options.request.rateLimit;
+      if (limitsNothing) reporter.note(kLimitsNothing);
       const int status = requestHere(options.request, session, reporter);
       return complainOf(session.saveAgain(), reporter, status);
     }

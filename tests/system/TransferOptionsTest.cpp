@@ -124,6 +124,12 @@ TEST_F(TransferOptionsTest, APasswordInABadAddressIsNotRepeated) {
   }
 }
 
+TEST_F(TransferOptionsTest, ALimitOfNothingIsSaid) {
+  const PlayerResult result = home.run({"add", "--limit-rate", "20K", "http://h/a.avi"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.errors, HasSubstr("the limit of the rate has no effect"));
+}
+
 TEST_F(TransferOptionsTest, TheNetrcFileOpensTheServer) {
   const support::TempDir folder;
   folder.write(".netrc", "machine localhost login anna password secret\n");
