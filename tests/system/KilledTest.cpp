@@ -139,20 +139,31 @@ void forgetPaths(const std::filesystem::path& queueFile) {
   support::writeFile(queueFile, std::regex_replace(support::readFile(queueFile), path, forgotten));
 }
 
+/// Kills the player when its film has its name and the queue does not know yet, then has the queue
+/// forget where the film goes. False when the kill came too late: one thread alone halts for it.
+bool expectItsNameAllTheSame(bool isQueueLost) {
+  const support::Nginx server;
+  const PlayerHome home;
+  writeDistinctFile(server.root() / "film.avi", kSize);
+  const std::string url = server.url("/film.avi");
+  TracedPlayer player(home.startOptions({"get", url}));
+  EXPECT_TRUE(
+      player.run([&home](const std::string&) { return hasWholeFile(home.media(), home.films()); }));
+  const bool isLate = support::readFile(home.queueFile()).find("status=\"4\"") != std::string::npos;
+  if (isLate) return false;
+  isQueueLost ? void(std::filesystem::remove(home.queueFile())) : forgetPaths(home.queueFile());
+  const PlayerResult result = home.run({"get", url});
+  EXPECT_EQ(result.status, 0) << result.output << result.errors;
+  expectOnlyFilm(home, server.root() / "film.avi", "film.avi", {});
+  EXPECT_EQ(servedBy(server).whole, 1) << server.accessLog();
+  return true;
+}
+
 TEST_F(KilledTest, AFilmThatTheQueueHasForgottenGetsItsNameAllTheSame) {
   for (const bool isQueueLost : {false, true}) {
-    const support::Nginx server;
-    const PlayerHome home;
-    writeDistinctFile(server.root() / "film.avi", kSize);
-    const std::string url = server.url("/film.avi");
-    TracedPlayer player(home.startOptions({"get", url}));
-    ASSERT_TRUE(player.run(
-        [&home](const std::string&) { return hasWholeFile(home.media(), home.films()); }));
-    isQueueLost ? void(std::filesystem::remove(home.queueFile())) : forgetPaths(home.queueFile());
-    const PlayerResult result = home.run({"get", url});
-    EXPECT_EQ(result.status, 0) << result.output << result.errors;
-    expectOnlyFilm(home, server.root() / "film.avi", "film.avi", {});
-    EXPECT_EQ(servedBy(server).whole, 1) << server.accessLog();
+    bool isInTime = false;
+    for (int i = 0; i < 20 && !isInTime; ++i) isInTime = expectItsNameAllTheSame(isQueueLost);
+    EXPECT_TRUE(isInTime);
   }
 }
 
