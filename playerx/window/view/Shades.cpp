@@ -21,7 +21,7 @@ double luminance(const QColor& color) {
 }  // namespace
 
 double contrastOf(const QColor& first, const QColor& second) {
-  const auto [darker, lighter] = std::minmax(luminance(first), luminance(second));
+  const auto [darker, lighter] = std::minmax({luminance(first), luminance(second)});
   return (lighter + 0.05) / (darker + 0.05);
 }
 
