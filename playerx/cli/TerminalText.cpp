@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <clocale>
 #include <cwchar>
-#include <regex>
+#include <string_view>
 
 namespace playerx::cli {
 
@@ -69,9 +69,18 @@ std::string printable(const std::string& text) {
   return QString::fromStdU32String(clean).toStdString();
 }
 
-std::string withoutPasswords(const std::string& sentence) {
-  static const std::regex credentials(R"((://)[^\s"]*@)");
-  return std::regex_replace(sentence, credentials, "$1");
+std::string withoutPasswords(std::string sentence) {
+  constexpr std::string_view kScheme = "://";
+  std::size_t begin = 0;
+  while ((begin = sentence.find(kScheme, begin)) != std::string::npos) {
+    begin += kScheme.size();
+    const std::size_t end = std::min(sentence.find_first_of(" \t\r\n\"", begin), sentence.size());
+    const std::size_t at = std::string_view(sentence).substr(begin, end - begin).rfind('@');
+    const std::size_t shown = at == std::string_view::npos ? 0 : at + 1;
+    sentence.erase(begin, shown);
+    begin = end - shown;
+  }
+  return sentence;
 }
 
 std::size_t columnsOf(const std::string& text) {

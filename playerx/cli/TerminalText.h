@@ -10,7 +10,7 @@ namespace playerx::cli {
 std::string printable(const std::string& text);
 
 /// A sentence about the command line without the user names and passwords of addresses in it.
-std::string withoutPasswords(const std::string& sentence);
+std::string withoutPasswords(std::string sentence);
 
 /// The columns that `text` takes on a terminal.
 std::size_t columnsOf(const std::string& text);

@@ -5,6 +5,16 @@
 namespace playerx::cli {
 namespace {
 
+TEST(TerminalTextTest, AddressesInASentenceLoseUserAndPassword) {
+  EXPECT_EQ(withoutPasswords("\"http://u:p/q@r@h/a.avi\" and ftp://u@h is a b@c."),
+            "\"http://h/a.avi\" and ftp://h is a b@c.");
+  EXPECT_EQ(withoutPasswords("http://h/a.avi, mail a@b"), "http://h/a.avi, mail a@b");
+  EXPECT_EQ(withoutPasswords("http://u:p@h\thttp://h?of=http://u:p@g"), "http://h\thttp://g");
+  EXPECT_EQ(withoutPasswords("://"), "://");
+  const std::string longest = "http://" + std::string(1'000'000, 'a');
+  EXPECT_EQ(withoutPasswords(longest), longest);
+}
+
 TEST(TerminalTextTest, TheBarFillsWithThePercentage) {
   EXPECT_EQ(progressBar(0, 12), "[          ]");
   EXPECT_EQ(progressBar(55, 12), "[#####     ]");
