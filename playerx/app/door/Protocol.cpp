@@ -227,7 +227,7 @@ std::string faultOfOptions(const Json& options) {
   return {};
 }
 
-/// What is wrong with a request; empty when nothing is, or when the line is none.
+/// What is wrong with a request; empty for a right one, and for a line that is no request.
 std::string faultOf(const Request& request, const Members& members) {
   std::string fault;
   if (members.has("options")) fault = faultOfOptions(members.at("options"));

@@ -23,7 +23,7 @@ AddResult refused(reasons::Explanation explanation) {
 }
 
 /// The name of an address's file without its escapes, as people read it; empty, so that the manager
-/// takes the name as it stands, when there are none or they stand for what is no printable text:
+/// takes the name as it stands, without escapes or when they stand for what cannot be printed:
 /// control characters, or those that turn the direction of what follows.
 std::wstring readableTitle(const std::wstring& address) {
   const std::wstring name = kvpm::PathTools::getFileName(address);

@@ -108,7 +108,7 @@ bool FilmAdder::goOnWith(const Input& input, const Request& request, Reply& repl
   }
   if (!request.name.empty()) nameFilm(known->id, request.name);
   if (known->status == DownloadStatusFailed) {
-    retry(known->id);
+    watch_.queueAgain(known->id);
     reply.notes.push_back(input.text + " had failed; trying it again.");
   } else {
     if (known->status == DownloadStatusStopped) letGoOn_(known->id);
@@ -129,12 +129,6 @@ bool FilmAdder::goOnWithComplete(const ItemState& film, const Input& input, cons
   reply.notes.push_back(input.text + " is already there: " + place + whatIsNotDone(place, request));
   if (request.plays) watch_.playWhenReady(film.id);
   return true;
-}
-
-void FilmAdder::retry(unsigned int id) {
-  // In its place, as `retry all` does.
-  session_.manager().updateStatus(id, DownloadStatusQueued);
-  watch_.expectOutcome(id);
 }
 
 void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply) {

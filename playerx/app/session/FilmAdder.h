@@ -36,7 +36,6 @@ class FilmAdder {
   bool goOnWith(const Input& input, const Request& request, Reply& reply);
   bool goOnWithComplete(const model::ItemState& film, const Input& input, const Request& request,
                         Reply& reply);
-  void retry(unsigned int id);
   void addAnew(const Input& input, const Request& request, Reply& reply);
   void nameFilm(unsigned int id, const std::string& name);
   void whilePaused(bool isNeeded, const std::function<void()>& change);

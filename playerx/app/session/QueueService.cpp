@@ -232,24 +232,19 @@ Reply QueueService::retry(const ItemState& item) {
   }
   if (session_.manager().isPaused()) {
     // The manager's own retry ends the pause.
-    session_.manager().updateStatus(item.id, DownloadStatusQueued);
+    watch_.queueAgain(item.id);
     session_.manager().moveToTop(item.id);
   } else {
     session_.manager().retry(item.id);
+    watch_.expectOutcome(item.id);
   }
-  watch_.expectOutcome(item.id);
   return done("Queued again: " + displayName(item) + whatNext(1));
 }
 
 Reply QueueService::retryAll() {
   std::vector<ItemState> queue = watch_.queue();
   std::erase_if(queue, [](const ItemState& item) { return item.status != DownloadStatusFailed; });
-  // In its place: the manager's own retry takes each to the top, one saved step after the other,
-  // which are millions in a long queue.
-  for (const ItemState& item : queue) {
-    session_.manager().updateStatus(item.id, DownloadStatusQueued);
-    watch_.expectOutcome(item.id);
-  }
+  for (const ItemState& item : queue) watch_.queueAgain(item.id);
   watch_.update();
   if (queue.empty()) return done("No item has failed.");
   return done("Queued again: " + model::formatCount(queue.size(), "item") + whatNext(queue.size()));

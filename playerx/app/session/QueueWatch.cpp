@@ -61,6 +61,11 @@ bool QueueWatch::isIdle() const {
 
 void QueueWatch::expectOutcome(unsigned int id) { tracker_.expectOutcome(id); }
 
+void QueueWatch::queueAgain(unsigned int id) {
+  session_.manager().updateStatus(id, DownloadStatusQueued);
+  expectOutcome(id);
+}
+
 std::map<unsigned int, model::Progress> QueueWatch::progress() const {
   std::map<unsigned int, model::Progress> progress;
   for (const ItemState& item : queue()) {

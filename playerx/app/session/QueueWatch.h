@@ -38,6 +38,10 @@ class QueueWatch {
   /// Has the next failure of an item told that had failed already, and was given another try.
   void expectOutcome(unsigned int id);
 
+  /// Queues a failed item in its place and expects its outcome. The manager's own retry takes it to
+  /// the top, one saved step after the other; those of all items of a long queue are millions.
+  void queueAgain(unsigned int id);
+
   /// Progress of the items that arrive, as it was told last, by id.
   std::map<unsigned int, model::Progress> progress() const;
 
