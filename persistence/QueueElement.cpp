@@ -11,7 +11,7 @@
 namespace persistence {
 namespace {
 
-bool isAscii(wchar_t c) { return c >= 0 && c < 0x80; }
+bool isAsciiUnit(wchar_t c) { return c >= 0 && c < 0x80; }
 
 /// Writes each field as the value of an attribute.
 class ValueWriter : public FieldSink {
@@ -20,7 +20,7 @@ class ValueWriter : public FieldSink {
 
   void takeText(const std::wstring& text) override {
     // Most texts are ASCII, which is the same in both.
-    if (std::all_of(text.begin(), text.end(), isAscii)) {
+    if (std::all_of(text.begin(), text.end(), isAsciiUnit)) {
       return takeBytes({text.begin(), text.end()});
     }
     const std::unique_ptr<unsigned char[]> bytes(

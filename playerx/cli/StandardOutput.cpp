@@ -15,7 +15,7 @@ StandardOutput::StandardOutput(Diagnostics diagnostics)
   buffer_ = std::make_unique<__gnu_cxx::stdio_filebuf<char>>(kept_, std::ios::out);
   stream_ = std::make_unique<std::ostream>(buffer_.get());
   const bool dropped = diagnostics == Diagnostics::kDropped;
-  const int target = dropped ? open("/dev/null", O_WRONLY | O_CLOEXEC) : STDERR_FILENO;
+  const int target = dropped ? ::open("/dev/null", O_WRONLY | O_CLOEXEC) : STDERR_FILENO;
   if (target >= 0) dup2(target, STDOUT_FILENO);
   if (dropped && target >= 0) close(target);
 }

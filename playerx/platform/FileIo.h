@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sys/types.h>
+#include <sys/stat.h>
 
 #include <atomic>
 #include <cstddef>
@@ -30,6 +30,9 @@ IoResult writeFullyAt(int file, const void* buffer, std::size_t length, std::int
 /// Copies the rest of one file to another, from the position of each. Returns 0 or an error number;
 /// ECANCELED once `isCancelled` is set by another thread.
 int copyRest(int from, int to, const std::atomic<bool>& isCancelled = false);
+
+/// The permissions of what only its owner may read and write.
+inline constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 
 /// Sets the permissions of a file; a file system without permissions keeps its own.
 void setPermissions(int file, mode_t mode);

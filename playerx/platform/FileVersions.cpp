@@ -20,8 +20,6 @@ namespace fs = std::filesystem;
 // One to overwrite while the other is being synced.
 constexpr std::size_t kMostSpares = 2;
 
-constexpr mode_t kOwnerOnly = 0600;
-
 std::optional<struct stat> stateOf(int file) {
   struct stat status {};
   if (::fstat(file, &status) != 0) return std::nullopt;

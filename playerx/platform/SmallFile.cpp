@@ -13,8 +13,6 @@
 namespace playerx {
 namespace {
 
-constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
-
 // Opening a pipe would wait for its other end.
 Descriptor openRegular(const std::filesystem::path& file, int flags, struct stat& status,
                        int& error) {

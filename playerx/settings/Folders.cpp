@@ -9,11 +9,11 @@
 namespace playerx {
 namespace {
 
-GuardMutex mutex;
+GuardMutex foldersMutex;
 // Empty for the default. Plain text, because the shared data of a QString is handed between threads
 // inside the Qt library only.
-std::u16string applicationData KVPM_GUARDED_BY(mutex);
-std::u16string temp KVPM_GUARDED_BY(mutex);
+std::u16string applicationData KVPM_GUARDED_BY(foldersMutex);
+std::u16string temp KVPM_GUARDED_BY(foldersMutex);
 
 std::u16string absolute(const QString& folder) {
   if (folder.isEmpty()) return {};
@@ -26,23 +26,23 @@ std::u16string absolute(const QString& folder) {
 
 void setApplicationDataPath(const QString& folder) {
   std::u16string path = absolute(folder);
-  const GuardLock lock(mutex);
+  const GuardLock lock(foldersMutex);
   applicationData = std::move(path);
 }
 
 void setTempPath(const QString& folder) {
   std::u16string path = absolute(folder);
-  const GuardLock lock(mutex);
+  const GuardLock lock(foldersMutex);
   temp = std::move(path);
 }
 
 QString chosenApplicationDataPath() {
-  const GuardLock lock(mutex);
+  const GuardLock lock(foldersMutex);
   return QString::fromStdU16String(applicationData);
 }
 
 QString chosenTempPath() {
-  const GuardLock lock(mutex);
+  const GuardLock lock(foldersMutex);
   return QString::fromStdU16String(temp);
 }
 

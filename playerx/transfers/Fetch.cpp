@@ -10,7 +10,7 @@
 namespace playerx::transfers {
 namespace {
 
-constexpr long kBufferSize = 512L << 10;
+constexpr long kReceiveBuffer = 512L << 10;
 constexpr long kMostRedirects = 10;
 constexpr char kProtocols[] = "http,https";
 constexpr char kUserAgent[] = "VeskPlayerX/1.0";
@@ -31,7 +31,7 @@ Fetch::Fetch(const FetchSpec& spec, FetchSink& sink) : sink_(sink), handle_(curl
   curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
   curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &passHeaderLine);
   curl_easy_setopt(handle, CURLOPT_HEADERDATA, &sink);
-  curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, kBufferSize);
+  curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, kReceiveBuffer);
   curl_easy_setopt(handle, CURLOPT_USERAGENT, kUserAgent);
   curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS,
                    static_cast<long>(spec.connectTimeout.count()));

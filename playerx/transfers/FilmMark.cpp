@@ -13,7 +13,7 @@ namespace playerx::transfers {
 namespace {
 
 constexpr char kAttribute[] = "user.vesk.film";
-constexpr char kFormat[] = "1";
+constexpr char kMarkFormat[] = "1";
 constexpr char kOnDisk[] = "-";  // in the place of a boot
 constexpr int kDigestDigits = 16;
 constexpr std::size_t kLongestMark = 200;
@@ -23,7 +23,7 @@ std::optional<FilmMark> parseMark(const std::string& text) {
   std::string format;
   FilmMark mark;
   words >> format >> mark.place >> mark.address >> mark.size >> mark.boot;
-  if (!words || format != kFormat) return std::nullopt;
+  if (!words || format != kMarkFormat) return std::nullopt;
   if (mark.boot == kOnDisk) mark.boot.clear();
   return mark;
 }
@@ -42,7 +42,7 @@ std::string currentBoot() {
 }
 
 int writeMark(int file, const FilmMark& mark) {
-  const std::string text = std::string(kFormat) + ' ' + mark.place + ' ' + mark.address + ' ' +
+  const std::string text = std::string(kMarkFormat) + ' ' + mark.place + ' ' + mark.address + ' ' +
                            std::to_string(mark.size) + ' ' +
                            (mark.boot.empty() ? kOnDisk : mark.boot);
   return ::fsetxattr(file, kAttribute, text.data(), text.size(), 0) == 0 ? 0 : errno;

@@ -45,7 +45,6 @@ bool isLockedByAnother(int file) {
 // Where the process died while it wrote the first state, there is a partial and no state.
 Descriptor openBytes(const PartPaths& paths, int& error) {
   constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
-  constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
   Descriptor file(::open(paths.bytes().c_str(), kFlags | O_EXCL, kOwnerOnly));
   if (!file && errno == EEXIST) {
     file = Descriptor(::open(paths.bytes().c_str(), kFlags, kOwnerOnly));

@@ -14,7 +14,7 @@ namespace playerx::transfers {
 namespace {
 
 // Large writes are cheap, small ones are not: libcurl hands over 16 KiB at a time.
-constexpr std::size_t kBufferSize = std::size_t{256} << 10U;
+constexpr std::size_t kWriteBuffer = std::size_t{256} << 10U;
 constexpr std::uint64_t kMostLeftFree = 256'000'000;
 
 bool cannotReserve(int error) {
@@ -26,11 +26,11 @@ bool cannotReserve(int error) {
 PartFile::PartFile(Descriptor file, std::uint64_t size) : file_(std::move(file)), written_(size) {}
 
 int PartFile::append(const char* data, std::size_t length) {
-  if (buffer_.capacity() == 0) buffer_.reserve(kBufferSize);
-  if (buffer_.size() + length > kBufferSize) {
+  if (buffer_.capacity() == 0) buffer_.reserve(kWriteBuffer);
+  if (buffer_.size() + length > kWriteBuffer) {
     if (const int error = flush(); error != 0) return error;
   }
-  if (length < kBufferSize) {
+  if (length < kWriteBuffer) {
     buffer_.insert(buffer_.end(), data, data + length);
     return 0;
   }

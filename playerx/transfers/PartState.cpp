@@ -9,7 +9,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr int kFormat = 1;
+constexpr int kStateFormat = 1;
 constexpr int kIndent = 1;
 
 std::string textOf(const json& object, const char* name) {
@@ -31,7 +31,7 @@ std::optional<std::uint64_t> numberOf(const json& object, const char* name) {
 }  // namespace
 
 std::string writeState(const PartState& state) {
-  json object = {{"format", kFormat},
+  json object = {{"format", kStateFormat},
                  {"address", state.address},
                  {"place", state.place},
                  {"answered", state.answered},
@@ -46,7 +46,7 @@ std::string writeState(const PartState& state) {
 
 std::optional<PartState> readState(std::string_view text) {
   const json object = json::parse(text, nullptr, false);
-  if (!object.is_object() || numberOf(object, "format") != kFormat) return std::nullopt;
+  if (!object.is_object() || numberOf(object, "format") != kStateFormat) return std::nullopt;
   PartState state;
   state.address = textOf(object, "address");
   state.place = textOf(object, "place");

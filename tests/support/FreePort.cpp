@@ -36,4 +36,12 @@ std::uint16_t freePort() {
   }
 }
 
+bool startOnFreePort(const std::function<bool(std::uint16_t)>& start) {
+  constexpr int kAttempts = 5;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (start(freePort())) return true;
+  }
+  return false;
+}
+
 }  // namespace support

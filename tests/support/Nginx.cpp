@@ -12,8 +12,6 @@
 namespace support {
 namespace {
 
-constexpr int kAttempts = 5;
-
 std::string tlsDirectives(const NginxOptions& options, const TempDir& folder) {
   if (!options.tls) return {};
   const auto chain = folder.write("server.pem", options.tls->chainPem());
@@ -50,10 +48,11 @@ Nginx::Nginx(NginxOptions options) : options_(std::move(options)) {
     options_.root = folder_ / "root";
     std::filesystem::create_directories(options_.root);
   }
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    port_ = freePort();
-    if (startOnce()) return;
-  }
+  const bool started = startOnFreePort([this](std::uint16_t port) {
+    port_ = port;
+    return startOnce();
+  });
+  if (started) return;
   throw std::runtime_error("nginx does not start: " + process_->errors() + errorLog());
 }
 

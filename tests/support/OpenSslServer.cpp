@@ -7,17 +7,14 @@
 #include "tests/support/WaitFor.h"
 
 namespace support {
-namespace {
-constexpr int kAttempts = 5;
-}  // namespace
-
 OpenSslServer::OpenSslServer(const Identity& identity, std::vector<std::string> arguments) {
   write("chain.pem", identity.chainPem());
   write("key.pem", identity.keyPem());
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    port_ = freePort();
-    if (startOnce(arguments)) return;
-  }
+  const bool started = startOnFreePort([&](std::uint16_t port) {
+    port_ = port;
+    return startOnce(arguments);
+  });
+  if (started) return;
   throw std::runtime_error("openssl s_server does not start: " + process_->errors());
 }
 

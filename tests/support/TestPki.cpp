@@ -201,6 +201,11 @@ std::string Identity::encryptedKeyPem(const std::string& passPhrase) const {
   return textOf(bio);
 }
 
+std::string Identity::subject() const {
+  char text[256];
+  return X509_NAME_oneline(X509_get_subject_name(certificate.get()), text, sizeof text);
+}
+
 long Identity::serial() const {
   return ASN1_INTEGER_get(X509_get0_serialNumber(certificate.get()));
 }

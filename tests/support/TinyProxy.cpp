@@ -6,18 +6,15 @@
 #include "tests/support/WaitFor.h"
 
 namespace support {
-namespace {
-constexpr int kAttempts = 5;
-}  // namespace
-
 TinyProxy::TinyProxy(const std::string& user, const std::string& password) {
-  for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    port_ = freePort();
+  const bool started = startOnFreePort([&](std::uint16_t port) {
+    port_ = port;
     const auto file = folder_.write("tinyproxy.conf", configuration(user, password));
     process_ =
         std::make_unique<Process>(std::vector<std::string>{"tinyproxy", "-d", "-c", file.string()});
-    if (waitForPort(port_, [this] { return !process_->running(); })) return;
-  }
+    return waitForPort(port_, [this] { return !process_->running(); });
+  });
+  if (started) return;
   throw std::runtime_error("tinyproxy does not start: " + process_->errors() + log());
 }
 

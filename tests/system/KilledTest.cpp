@@ -16,7 +16,8 @@
 namespace system_test {
 namespace {
 
-constexpr std::uint64_t kSize = 6'000'000;  // what has come of such a film is kept from the start
+constexpr std::uint64_t kKilledSize =
+    6'000'000;  // what has come of such a film is kept from the start
 
 /// What a system call does, whatever the names of the moment: "rename .json", "fdatasync".
 std::string kindOf(const std::string& call) {
@@ -34,7 +35,7 @@ std::string kindOf(const std::string& call) {
 bool hasWholeFile(const std::filesystem::path& folder, const std::vector<std::string>& names) {
   return std::any_of(names.begin(), names.end(), [&folder](const std::string& name) {
     std::error_code gone;
-    return std::filesystem::file_size(folder / name, gone) == kSize && !gone;
+    return std::filesystem::file_size(folder / name, gone) == kKilledSize && !gone;
   });
 }
 
@@ -120,13 +121,13 @@ TEST_F(KilledTest, AFilmWhoseLastByteHasComeIsNotFetchedAgain) {
   for (bool isKilled = true; isKilled;) {
     const support::Nginx server;
     const PlayerHome home;
-    writeDistinctFile(server.root() / "film.avi", kSize);
+    writeDistinctFile(server.root() / "film.avi", kKilledSize);
     isKilled = killAtNewInstant(home, {"get", server.url("/film.avi")});
     const PlayerResult result = home.run({"get"});
     EXPECT_EQ(result.status, 0) << result.output << result.errors;
     expectOnlyFilm(home, server.root() / "film.avi", "film.avi", {});
     EXPECT_EQ(servedBy(server).whole, 1) << server.accessLog();
-    EXPECT_LE(servedBy(server).bytes, kSize + kOverlap) << server.accessLog();
+    EXPECT_LE(servedBy(server).bytes, kKilledSize + kOverlap) << server.accessLog();
     if (HasFailure()) return;
   }
   expectThatNothingWasLeftOut("film.avi");
@@ -144,7 +145,7 @@ void forgetPaths(const std::filesystem::path& queueFile) {
 bool expectItsNameAllTheSame(bool isQueueLost) {
   const support::Nginx server;
   const PlayerHome home;
-  writeDistinctFile(server.root() / "film.avi", kSize);
+  writeDistinctFile(server.root() / "film.avi", kKilledSize);
   const std::string url = server.url("/film.avi");
   TracedPlayer player(home.startOptions({"get", url}));
   EXPECT_TRUE(
@@ -168,7 +169,7 @@ TEST_F(KilledTest, AFilmThatTheQueueHasForgottenGetsItsNameAllTheSame) {
 }
 
 TEST_F(KilledTest, AProtectedFilmWhoseLastByteHasComeIsThereOnceWithItsRights) {
-  DemoServer server(kSize);
+  DemoServer server(kKilledSize);
   for (bool isKilled = true; isKilled;) {
     PlayerHome home;
     server.introduceTo(home);

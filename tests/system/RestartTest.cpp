@@ -18,7 +18,7 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr std::uint64_t kSize = 6'000'000;
+constexpr std::uint64_t kRestartSize = 6'000'000;
 
 class RestartTest : public testing::Test {
  protected:
@@ -27,7 +27,7 @@ class RestartTest : public testing::Test {
   std::string url = offer();
 
   std::string offer() {
-    writeDistinctFile(server.root() / "film.avi", kSize);
+    writeDistinctFile(server.root() / "film.avi", kRestartSize);
     return server.url("/film.avi");
   }
 
@@ -89,7 +89,7 @@ TEST_F(RestartTest, AFilmThatChangedMeanwhileIsFetchedAnew) {
   const std::unique_ptr<Process> player = startHalfWay();
   player->send(SIGKILL);
   player->wait();
-  writeDistinctFile(server.root() / "film.avi", kSize, 99);
+  writeDistinctFile(server.root() / "film.avi", kRestartSize, 99);
   std::filesystem::last_write_time(
       server.root() / "film.avi",
       std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));

@@ -18,7 +18,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr std::uint64_t kSize = 8'000'000;
+constexpr std::uint64_t kServedQueueSize = 8'000'000;
 
 /// A player that downloads slowly, beside which others come to the same queue.
 class ServedQueueTest : public testing::Test {
@@ -28,7 +28,7 @@ class ServedQueueTest : public testing::Test {
   PlayerHome home;
 
   std::string offerSlow(const std::string& name) {
-    writeDistinctFile(slow.root() / name, kSize);
+    writeDistinctFile(slow.root() / name, kServedQueueSize);
     return slow.url("/" + name);
   }
 

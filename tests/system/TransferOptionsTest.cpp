@@ -19,7 +19,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr std::size_t kSize = 50'000;
+constexpr std::size_t kTransferOptionsSize = 50'000;
 
 /// The film wants a user name and password, the question for its size does not.
 constexpr char kOpenHead[] =
@@ -45,7 +45,7 @@ class TransferOptionsTest : public testing::Test {
   }
 
   std::string offer(const Nginx& server, const std::string& name = "a.avi") {
-    server.serve(name, distinctBytes(kSize));
+    server.serve(name, distinctBytes(kTransferOptionsSize));
     return server.url("/" + name);
   }
 
@@ -176,7 +176,7 @@ TEST_F(TransferOptionsTest, CookiesAreKeptInTheJarThatOnlyTheOwnerReads) {
 
 TEST_F(TransferOptionsTest, AFilmWithTheRightChecksumIsKept) {
   const std::string url = offer(open);
-  const std::string sum = sumOf(distinctBytes(kSize));
+  const std::string sum = sumOf(distinctBytes(kTransferOptionsSize));
   EXPECT_EQ(home.run({"get", "--checksum", "sha-256=" + sum, url}).status, 0);
   EXPECT_THAT(home.films(), ElementsAre("a.avi"));
 }
@@ -193,7 +193,7 @@ TEST_F(TransferOptionsTest, AFilmWithAnotherChecksumIsDeleted) {
 TEST_F(TransferOptionsTest, TheChecksumMayStandInTheFileBesideTheFilm) {
   const std::string url = offer(open);
   EXPECT_EQ(home.run({"get", "--checksum", "sha-256", url}).failureCode(), "no_checksum");
-  open.serve("a.avi.sha256", sumOf(distinctBytes(kSize)) + "  a.avi\n");
+  open.serve("a.avi.sha256", sumOf(distinctBytes(kTransferOptionsSize)) + "  a.avi\n");
   EXPECT_EQ(home.run({"get", url}).status, 0) << "the film keeps what was said of it";
   EXPECT_THAT(home.films(), ElementsAre("a.avi"));
 }

@@ -13,7 +13,7 @@ namespace {
 /// A longer clipboard is looked at no further when the question is whether it is worth pasting.
 constexpr qsizetype kLongestLook = 100'000;
 
-bool isWebAddress(const QString& text) {
+bool startsAsWebAddress(const QString& text) {
   for (const QLatin1String scheme : {QLatin1String("http://"), QLatin1String("https://")}) {
     if (text.startsWith(scheme, Qt::CaseInsensitive)) return text.size() > scheme.size();
   }
@@ -34,10 +34,10 @@ class Collector {
   void takeLine(const QString& line) {
     const QString text = QString::fromStdString(inputs::unquoted(line.trimmed().toStdString()));
     if (text.isEmpty() || text.startsWith(QLatin1Char('#'))) return;
-    if (!isWebAddress(text) && isTicketPath(text)) return take(localTicket(text));
+    if (!startsAsWebAddress(text) && isTicketPath(text)) return take(localTicket(text));
     bool found = false;
     for (const QString& word : text.simplified().split(QLatin1Char(' '))) {
-      if (!isWebAddress(word)) continue;
+      if (!startsAsWebAddress(word)) continue;
       take(word);
       found = true;
     }

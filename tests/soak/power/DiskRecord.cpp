@@ -5,13 +5,6 @@
 #include <stdexcept>
 
 namespace power_test {
-namespace {
-
-// A disk writes a sector whole or not at all. File systems write blocks of eight.
-constexpr std::uint64_t kBlock = 4096;
-
-}  // namespace
-
 DiskRecord::DiskRecord(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
   Entry entry;

@@ -18,32 +18,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::uint64_t kBlock = 4096;
-
 std::pair<std::string, std::string> split(const std::string& payload) {
   const std::size_t end = payload.find('\0');
   return {payload.substr(0, end), end == std::string::npos ? "" : payload.substr(end + 1)};
-}
-
-struct File {
-  std::string bytes;  // whichever came through
-  OperationHead head;
-  std::map<std::string, std::string> attributes;
-  std::uint64_t synced = 0;  // the entries before this one are on the disk
-};
-
-void write(const fs::path& path, File file) {
-  fs::create_directories(path.parent_path());
-  file.bytes.resize(file.head.size);
-  support::writeFile(path, file.bytes);
-  for (const auto& [name, value] : file.attributes) {
-    if (::setxattr(path.c_str(), name.c_str(), value.data(), value.size(), 0) != 0) {
-      throw std::runtime_error("no extended attributes");
-    }
-  }
-  const timespec time = {file.head.modifiedSeconds, file.head.modifiedNanoseconds};
-  const timespec times[] = {time, time};
-  ::utimensat(AT_FDCWD, path.c_str(), times, 0);
 }
 
 }  // namespace
@@ -110,6 +87,27 @@ class FileRecord::Replay {
   }
 
  private:
+  struct File {
+    std::string bytes;  // whichever came through
+    OperationHead head;
+    std::map<std::string, std::string> attributes;
+    std::uint64_t synced = 0;  // the entries before this one are on the disk
+  };
+
+  static void write(const fs::path& path, File file) {
+    fs::create_directories(path.parent_path());
+    file.bytes.resize(file.head.size);
+    support::writeFile(path, file.bytes);
+    for (const auto& [name, value] : file.attributes) {
+      if (::setxattr(path.c_str(), name.c_str(), value.data(), value.size(), 0) != 0) {
+        throw std::runtime_error("no extended attributes");
+      }
+    }
+    const timespec time = {file.head.modifiedSeconds, file.head.modifiedNanoseconds};
+    const timespec times[] = {time, time};
+    ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+  }
+
   void rename(const std::string& from, const std::string& to) {
     names_[to] = names_[from];
     names_.erase(from);

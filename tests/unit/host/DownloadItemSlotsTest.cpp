@@ -8,7 +8,7 @@ namespace {
 using support::slotOf;
 using Item = VeskPlayerX::DownloadItemInterface;
 
-struct Extended : Item {
+struct ExtendedItem : Item {
   virtual void behindTheLast() = 0;
 };
 
@@ -53,7 +53,7 @@ TEST(Slots, DownloadItemInterface) {
   EXPECT_EQ(slotOf(&Item::setLastProgressUpdateTime), 39);
   EXPECT_EQ(slotOf(&Item::getDownloadInfo), 40);
   EXPECT_EQ(slotOf(&Item::setDownloadInfo), 41);
-  EXPECT_EQ(slotOf(&Extended::behindTheLast), 42);
+  EXPECT_EQ(slotOf(&ExtendedItem::behindTheLast), 42);
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ using support::slotOf;
 using Item = VeskPlayerX::DownloadItemInterface;
 using Manager = VeskPlayerX::DownloadManagerInterface;
 
-struct Extended : Manager {
+struct ExtendedManager : Manager {
   virtual void behindTheLast() = 0;
 };
 
@@ -47,7 +47,7 @@ TEST(Slots, DownloadManagerInterface) {
   EXPECT_EQ(slotOf(&Manager::resumePlaybackForUrl), 32);
   EXPECT_EQ(slotOf(static_cast<Item* (Manager::*)(unsigned int)>(&Manager::get)), 33);
   EXPECT_EQ(slotOf(static_cast<Item* (Manager::*)(const std::wstring&)>(&Manager::get)), 34);
-  EXPECT_EQ(slotOf(&Extended::behindTheLast), 35);
+  EXPECT_EQ(slotOf(&ExtendedManager::behindTheLast), 35);
 }
 
 }  // namespace

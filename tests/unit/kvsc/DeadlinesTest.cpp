@@ -14,8 +14,8 @@ using support::ScriptedServer;
 
 constexpr int kLimit = 150;
 // The promise; a machine that is busy with other things may need a second try to keep it.
-constexpr milliseconds kPromptly{kLimit + 250};
-constexpr int kTries = 5;
+constexpr milliseconds kInTime{kLimit + 250};
+constexpr int kTriesInTime = 5;
 
 /// A server that leaves the client waiting, and limits that are short.
 class DeadlinesTest : public testing::Test {
@@ -28,14 +28,14 @@ class DeadlinesTest : public testing::Test {
   /// The outcome of an exchange that never ends before the limit, nor long after it.
   Outcome getInTime(CheckingClient& client, const std::string& url) {
     Outcome outcome;
-    auto took = kPromptly;
-    for (int tried = 0; tried < kTries && took >= kPromptly; ++tried) {
+    auto took = kInTime;
+    for (int tried = 0; tried < kTriesInTime && took >= kInTime; ++tried) {
       const auto begin = std::chrono::steady_clock::now();
       outcome = client.get(url);
       took = std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - begin);
       EXPECT_GE(took, milliseconds(kLimit));
     }
-    EXPECT_LT(took, kPromptly);
+    EXPECT_LT(took, kInTime);
     return outcome;
   }
 

@@ -15,14 +15,12 @@
 #include "tests/support/Gate.h"
 #include "tests/support/Loopback.h"
 #include "tests/support/WaitFor.h"
+#include "tests/unit/kvsc/WaitLimits.h"
 
 namespace kvsc {
 namespace {
 
 using Milliseconds = Waiter::Milliseconds;
-
-constexpr Milliseconds kLong{30'000};
-constexpr Milliseconds kSoon{50};
 
 /// A look-up with a ready answer.
 class ReadyLookup : public NameLookup {

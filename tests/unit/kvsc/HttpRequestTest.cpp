@@ -11,6 +11,7 @@
 #include <string>
 
 #include "kvsc/HttpRequest.h"
+#include "tests/unit/kvsc/Bytes.h"
 
 namespace kvsc {
 namespace {
@@ -18,10 +19,6 @@ namespace {
 std::string takeBytes(unsigned char* bytes, int length) {
   const std::unique_ptr<unsigned char[]> owner(bytes);
   return std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(length));
-}
-
-const unsigned char* bytesOf(const std::string& text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
 }
 
 /// The arguments of a request, everything optional left out.

@@ -4,14 +4,11 @@
 #include <string>
 
 #include "kvsc/HttpUtilityVirtual.h"
+#include "tests/unit/kvsc/Bytes.h"
 #include "tests/unit/kvsc/NoMemory.h"
 
 namespace kvsc {
 namespace {
-
-const unsigned char* bytesOf(const std::string& text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
-}
 
 /// Finds in a response what the test told it to find.
 class Parser : public HttpUtilityVirtual {

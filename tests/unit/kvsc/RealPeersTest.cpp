@@ -14,8 +14,6 @@ using support::NginxOptions;
 using support::OpenSslServer;
 namespace pki = support::pki;
 
-const Outcome kRefused{HTTP_ERROR_CERTIFICATE, kVerifyFailed};
-
 NginxOptions nginxWith(const support::Identity& identity, const std::string& protocols) {
   NginxOptions options;
   options.tls = identity;

@@ -15,11 +15,6 @@ using support::kDay;
 using support::ScriptedServer;
 namespace pki = support::pki;
 
-std::string subjectOf(const support::Identity& identity) {
-  char text[256];
-  return X509_NAME_oneline(X509_get_subject_name(identity.certificate.get()), text, sizeof text);
-}
-
 /// What the client makes of revocation lists, over each protocol version.
 class RevocationTest : public testing::TestWithParam<int> {
  protected:
@@ -50,7 +45,7 @@ class RevocationTest : public testing::TestWithParam<int> {
   }
 
   const support::Identity authority_ = serverAuthority();
-  const std::string issuer_ = subjectOf(authority_);
+  const std::string issuer_ = authority_.subject();
   const support::Identity identity_;
   support::TempDir folder_;
   ScriptedServer server_;
@@ -68,7 +63,7 @@ TEST_P(RevocationTest, AListThatDoesNotNameTheCertificateLetsItPass) {
 
 TEST_P(RevocationTest, ARevokedCertificateIsACertificateError) {
   EXPECT_EQ(getWithList({.issuer = authority_, .revoked = {7, identity_.serial(), 9}}),
-            refusedFor(subjectOf(identity_) + " was revoked by " + issuer_));
+            refusedFor(identity_.subject() + " was revoked by " + issuer_));
   EXPECT_EQ(alert(), "certificate revoked");
 }
 
@@ -115,7 +110,7 @@ TEST_P(RevocationTest, TheListOfTheIssuerIsFoundAmongOthers) {
   const CrlSpec other{.issuer = pki::authority("Stranger")};
   const CrlSpec own{.issuer = authority_, .revoked = {identity_.serial()}};
   EXPECT_EQ(getWithLists(pki::revocationList(other) + pki::revocationList(own)),
-            refusedFor(subjectOf(identity_) + " was revoked by " + issuer_));
+            refusedFor(identity_.subject() + " was revoked by " + issuer_));
 }
 
 TEST_P(RevocationTest, AMissingFileLetsEveryCertificatePass) {

@@ -14,14 +14,12 @@
 #include "kvsc/SocketBio.h"
 #include "kvsc/UniqueFd.h"
 #include "tests/unit/kvsc/FailingPoll.h"
+#include "tests/unit/kvsc/WaitLimits.h"
 
 namespace kvsc {
 namespace {
 
 using Milliseconds = Waiter::Milliseconds;
-
-constexpr Milliseconds kNever{0};
-constexpr Milliseconds kSoon{50};
 
 /// A BIO over one end of a stream whose other end is the test's.
 class SocketBioTest : public testing::Test {

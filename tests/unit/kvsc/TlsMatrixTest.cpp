@@ -14,7 +14,6 @@ using support::kDay;
 using support::ScriptedServer;
 namespace pki = support::pki;
 
-const Outcome kRefused{HTTP_ERROR_CERTIFICATE, kVerifyFailed};
 const Outcome kOtherHost{HTTP_ERROR_FAILED, "application verification failure"};
 
 /// What the client makes of a server's certificate, over each protocol version.

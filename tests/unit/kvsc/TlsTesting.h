@@ -35,6 +35,7 @@ inline const std::string kVerifyFailed =
     handshakeText("0A000086:SSL routines::certificate verify failed");
 
 inline const Outcome kSuccess{kvsc::HTTP_ERROR_NONE, ""};
+inline const Outcome kRefused{kvsc::HTTP_ERROR_CERTIFICATE, kVerifyFailed};
 
 /// A secure client with its session, set to check certificates, that keeps the last body.
 class CheckingClient {

@@ -12,16 +12,13 @@
 #include "kvsc/UniqueFd.h"
 #include "kvsc/Waiter.h"
 #include "tests/unit/kvsc/FailingPoll.h"
+#include "tests/unit/kvsc/WaitLimits.h"
 
 namespace kvsc {
 namespace {
 
 using Milliseconds = Waiter::Milliseconds;
 using Outcome = Waiter::Outcome;
-
-constexpr Milliseconds kNever{0};
-constexpr Milliseconds kSoon{30};
-constexpr Milliseconds kLong{30'000};
 
 /// A pipe that is empty until something is put in.
 class Pipe {

@@ -7,6 +7,7 @@
 #include "persistence/TicketParser.h"
 #include "tests/support/TempDir.h"
 #include "tests/unit/persistence/Items.h"
+#include "tests/unit/persistence/Repeated.h"
 
 namespace persistence {
 namespace {
@@ -319,12 +320,6 @@ TEST_F(ClearTicket, LinesOfTenMegabytesAreRead) {
 TEST_F(ClearTicket, TenMegabytesWithoutALineEndAreNotATicket) {
   EXPECT_THAT(read(std::string(10'000'000, 'x')), IsEmpty());
   EXPECT_THAT(read(std::string(10'000'000, ' ')), IsEmpty());
-}
-
-std::string repeated(const std::string& text, int count) {
-  std::string all;
-  for (int i = 0; i < count; ++i) all += text;
-  return all;
 }
 
 TEST_F(ClearTicket, AHundredThousandBlocksAreRead) {

@@ -1,5 +1,6 @@
 // Documents made to cost memory, time or secrets.
 #include "tests/unit/persistence/QueueFileFixture.h"
+#include "tests/unit/persistence/Repeated.h"
 
 namespace persistence {
 namespace {
@@ -13,12 +14,6 @@ class HostileXml : public QueueFileFixture {};
 std::string withDocumentType(const std::string& declarations, const std::string& inside) {
   return kDeclaration + "<!DOCTYPE DownloadQueue [" + declarations + "]>\n<DownloadQueue>" +
          inside + "</DownloadQueue>\n";
-}
-
-std::string repeated(const std::string& text, int count) {
-  std::string all;
-  for (int i = 0; i < count; ++i) all += text;
-  return all;
 }
 
 TEST_F(HostileXml, NestedEntitiesAreRefused) {

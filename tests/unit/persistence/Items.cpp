@@ -72,6 +72,11 @@ std::vector<Fields> takeFields(const std::vector<VeskPlayerX::DownloadItemInterf
   return fields;
 }
 
+Fields everyFieldSet() {
+  return {L"Summer", 42,   3,    123456789012ULL,       37, L"/films/Summer.avi", "ticket text", 95,
+          L"Vesk",   true, true, L"http://h/Summer.avi"};
+}
+
 Fields titled(const std::wstring& title) {
   Fields fields;
   fields.title = title;

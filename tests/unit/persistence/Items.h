@@ -48,6 +48,9 @@ std::vector<Fields> takeFields(const std::vector<VeskPlayerX::DownloadItemInterf
 
 Fields fieldsOf(const VeskPlayerX::DownloadItemInterface& item);
 
+/// No field has its default.
+Fields everyFieldSet();
+
 /// The defaults, except for the title.
 Fields titled(const std::wstring& title);
 

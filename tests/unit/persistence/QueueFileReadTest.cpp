@@ -32,11 +32,6 @@ class QueueFileRead : public QueueFileFixture {
   const std::string kFiller = std::string(100, ' ');
 };
 
-Fields everyFieldSet() {
-  return {L"Summer", 42,   3,    123456789012ULL,       37, L"/films/Summer.avi", "ticket text", 95,
-          L"Vesk",   true, true, L"http://h/Summer.avi"};
-}
-
 TEST_F(QueueFileRead, EveryFieldComesBack) {
   EXPECT_THAT(writtenAndReadBack({everyFieldSet()}), ElementsAre(everyFieldSet()));
 }

@@ -16,11 +16,6 @@ using testing::HasSubstr;
 
 class QueueFileWrite : public QueueFileFixture {};
 
-Fields everyFieldSet() {
-  return {L"Summer", 42,   3,    123456789012ULL,       37, L"/films/Summer.avi", "ticket text", 95,
-          L"Vesk",   true, true, L"http://h/Summer.avi"};
-}
-
 TEST_F(QueueFileWrite, AnEmptyQueueTakesFiftySixBytes) {
   EXPECT_EQ(written({}), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue/>\n");
   EXPECT_EQ(content().size(), 56U);

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "persistence/XmlGuard.h"
+#include "tests/unit/persistence/Repeated.h"
 
 namespace persistence {
 namespace {
@@ -32,12 +33,6 @@ TEST(XmlGuard, AnElementOfVeryManyAttributesIsNot) {
   EXPECT_FALSE(isHarmlessXml(elementWith(100'000)));
   EXPECT_FALSE(isHarmlessXml("<b/>" + elementWith(100'000) + "<b/>"));
   EXPECT_FALSE(isHarmlessXml(elementWith(100'000, " \t\r\n\"x\"")));
-}
-
-std::string repeated(const std::string& text, int count) {
-  std::string all;
-  for (int i = 0; i < count; ++i) all += text;
-  return all;
 }
 
 TEST(XmlGuard, ElementsAddUp) {

@@ -12,7 +12,7 @@ namespace {
 
 using Kind = AttemptEnd::Kind;
 
-constexpr std::size_t kSize = 1000;
+constexpr std::size_t kAttemptSize = 1000;
 constexpr std::size_t kThere = 400;
 constexpr std::size_t kOverlap = 100;
 
@@ -27,7 +27,7 @@ class AttemptTest : public ::testing::Test {
   }
   /// The partial as a session left it that got so many bytes.
   void leave(std::size_t bytes) {
-    part_->beginVersion({"\"a\"", "", false}, kSize);
+    part_->beginVersion({"\"a\"", "", false}, kAttemptSize);
     part_->file().append(content_.data(), bytes);
     part_->file().flush();
   }
@@ -51,11 +51,11 @@ class AttemptTest : public ::testing::Test {
   support::TempDir folder_;
   DownloadRequest request_;
   std::unique_ptr<Part> part_;
-  const std::string content_ = filmBytes(kSize);
+  const std::string content_ = filmBytes(kAttemptSize);
 };
 
 TEST_F(AttemptTest, TheWholeFileComesInAnyPieces) {
-  for (std::size_t piece = 1; piece <= kSize; piece = piece * 2 + 1) {
+  for (std::size_t piece = 1; piece <= kAttemptSize; piece = piece * 2 + 1) {
     part_->file().cut(0);
     const AttemptEnd end = take({"HTTP/1.1 200 OK", "Content-Length: 1000", ""}, content_, piece);
     EXPECT_EQ(end.kind, Kind::kComplete) << piece;
@@ -77,7 +77,7 @@ TEST_F(AttemptTest, TwoLengthsAreNonsense) {
 }
 
 TEST_F(AttemptTest, TheRestComesInAnyPieces) {
-  for (std::size_t piece = 1; piece <= kSize; piece += piece < 120 ? 1 : 110) {
+  for (std::size_t piece = 1; piece <= kAttemptSize; piece += piece < 120 ? 1 : 110) {
     leave(kThere);
     EXPECT_EQ(take(restHead(), content_.substr(300), piece).kind, Kind::kComplete) << piece;
     EXPECT_EQ(bytes(), content_) << piece;
@@ -128,7 +128,7 @@ TEST_F(AttemptTest, AFileOfUnknownLengthEndsProperlyOrNotAtAll) {
             Kind::kInterrupted);
   part_->file().cut(0);
   EXPECT_EQ(take({"HTTP/1.1 200 OK", ""}, content_, 10).kind, Kind::kComplete);
-  EXPECT_EQ(part_->state().total, kSize);
+  EXPECT_EQ(part_->state().total, kAttemptSize);
 }
 
 TEST_F(AttemptTest, AnAnswerWithoutBodyIsJudgedToo) {
@@ -157,15 +157,15 @@ TEST_F(AttemptTest, ABusyServerSaysWhenToComeAgain) {
 TEST_F(AttemptTest, MutatedAnswersNeverStitchTwoVersionsTogether) {
   std::mt19937 random(7);
   const auto below = [&](std::size_t bound) { return random() % bound; };
-  const std::string other = filmBytes(kSize, 2);
+  const std::string other = filmBytes(kAttemptSize, 2);
   int completions = 0;
   for (int round = 0; round < 600; ++round) {
-    leave(1 + below(kSize - 1));
+    leave(1 + below(kAttemptSize - 1));
     const RangeRequest request = planRequest(part_->facts(), kOverlap);
     const bool isOther = below(2) == 1;
     const std::string& version = isOther ? other : content_;
-    const std::size_t start = below(4) == 0 ? below(kSize) : request.start;
-    const std::size_t total = below(6) == 0 ? below(kSize * 2) : kSize;
+    const std::size_t start = below(4) == 0 ? below(kAttemptSize) : request.start;
+    const std::size_t total = below(6) == 0 ? below(kAttemptSize * 2) : kAttemptSize;
     std::string range = "Content-Range: bytes " + std::to_string(start) + "-999/" +
                         (below(5) == 0 ? std::string("*") : std::to_string(total));
     if (below(8) == 0) range[below(range.size())] = static_cast<char>('0' + below(10));

@@ -8,12 +8,12 @@ namespace {
 
 using support::Process;
 
-constexpr std::size_t kSize = 100'000;
+constexpr std::size_t kFinishedSize = 100'000;
 
 /// How a film is found again whose completion was lost with its process.
 class FinishedTest : public DownloadsFixture {
  protected:
-  FinishedTest() : server_(filmOf(kSize)) {}
+  FinishedTest() : server_(filmOf(kFinishedSize)) {}
 
   /// A process of its own fetches the film and is killed before the session is released.
   void fetchAndDie(const std::string& url, const std::string& name = "film.avi") {
@@ -38,7 +38,7 @@ TEST_F(FinishedTest, AFilmWhoseCompletionWasLostIsMovedAndNotFetchedAgain) {
             (std::vector<std::string>{"began", "percent 100", "complete"}));
   EXPECT_EQ(server_.requestCount(), 1u);
   EXPECT_EQ(filesIn(movies()), std::vector<std::string>{"film[2].avi"});
-  EXPECT_EQ(film("film[2].avi"), filmBytes(kSize));
+  EXPECT_EQ(film("film[2].avi"), filmBytes(kFinishedSize));
 }
 
 TEST_F(FinishedTest, DyingAgainAndAgainChangesNothing) {
@@ -61,16 +61,16 @@ TEST_F(FinishedTest, ANameOfAnotherFormIsAFreshRequest) {
   fetchAndDie(server_.url());
   for (const char* name : {"film[1].avi", "other.avi", "film[2].mkv"}) {
     EXPECT_TRUE(fetch(server_.url(), name).complete);
-    EXPECT_EQ(film(name), filmBytes(kSize));
+    EXPECT_EQ(film(name), filmBytes(kFinishedSize));
   }
   EXPECT_EQ(server_.requestCount(), 4u);
-  EXPECT_EQ(film("film.avi"), filmBytes(kSize));
+  EXPECT_EQ(film("film.avi"), filmBytes(kFinishedSize));
 }
 
 TEST_F(FinishedTest, AFilmThatGotAnotherNameIsFoundByTheOneThatWasAskedFor) {
   folder_.write("movies/film.avi", "mine");
   fetchAndDie(server_.url());
-  ASSERT_EQ(film("film[2].avi"), filmBytes(kSize));
+  ASSERT_EQ(film("film[2].avi"), filmBytes(kFinishedSize));
   EXPECT_TRUE(fetch(server_.url(), "film[3].avi").complete);
   EXPECT_EQ(server_.requestCount(), 1u);
   EXPECT_EQ(filesIn(movies()), (std::vector<std::string>{"film.avi", "film[3].avi"}));
@@ -85,7 +85,7 @@ TEST_F(FinishedTest, AFilmThatWasDeletedOrChangedIsFetchedAgain) {
   EXPECT_TRUE(fetch(server_.url(), "film[2][2].avi").complete);
   EXPECT_EQ(server_.requestCount(), 3u);
   EXPECT_EQ(film("film[2].avi"), "short");
-  EXPECT_EQ(film("film[2][2].avi"), filmBytes(kSize));
+  EXPECT_EQ(film("film[2][2].avi"), filmBytes(kFinishedSize));
 }
 
 TEST_F(FinishedTest, ATakenNameIsNotOverwrittenByTheMove) {
@@ -94,7 +94,7 @@ TEST_F(FinishedTest, ATakenNameIsNotOverwrittenByTheMove) {
   EXPECT_TRUE(fetch(server_.url(), "film[2].avi").complete);
   EXPECT_EQ(server_.requestCount(), 1u);
   EXPECT_EQ(film("film[2].avi"), "mine");
-  EXPECT_EQ(film("film[2][2].avi"), filmBytes(kSize));
+  EXPECT_EQ(film("film[2][2].avi"), filmBytes(kFinishedSize));
   EXPECT_EQ(filesIn(movies()).size(), 2u);
 }
 
@@ -133,8 +133,8 @@ TEST_F(FinishedTest, ACompletionIsForgottenAMomentAfterItsReport) {
   ASSERT_TRUE(support::waitFor([&] { return !readMark(movies() / "film.avi"); }));
   EXPECT_TRUE(fetch(server_.url(), "film[2].avi").complete);
   EXPECT_EQ(server_.requestCount(), 2u);
-  EXPECT_EQ(film("film.avi"), filmBytes(kSize));
-  EXPECT_EQ(film("film[2].avi"), filmBytes(kSize));
+  EXPECT_EQ(film("film.avi"), filmBytes(kFinishedSize));
+  EXPECT_EQ(film("film[2].avi"), filmBytes(kFinishedSize));
 }
 
 TEST_F(FinishedTest, NothingStaysWhereFilmsArriveWhenTheProcessDies) {
@@ -195,7 +195,7 @@ TEST_F(FinishedTest, ASessionStoppedBeforeItsCompletionWasReportedIsRemembered) 
 }
 
 TEST_F(FinishedTest, APartialOfAnotherProcessIsLeftAloneWhileThatLives) {
-  server_.stallNext(kSize / 2);
+  server_.stallNext(kFinishedSize / 2);
   Process process({VESK_FETCH_PROGRAM, parts(), movies(), server_.url(), "film.avi"});
   ASSERT_TRUE(process.waitForOutput("percent 50"));
   ASSERT_TRUE(partsBecome({".json", ".part"})) << "what has come is worth keeping by now";
@@ -205,12 +205,12 @@ TEST_F(FinishedTest, APartialOfAnotherProcessIsLeftAloneWhileThatLives) {
   process.wait();
   EXPECT_TRUE(fetch(server_.url(), "film.avi").complete);
   EXPECT_NE(server_.header(2, "Range"), "");
-  EXPECT_EQ(film("mine.avi"), filmBytes(kSize));
-  EXPECT_EQ(film("film.avi"), filmBytes(kSize));
+  EXPECT_EQ(film("mine.avi"), filmBytes(kFinishedSize));
+  EXPECT_EQ(film("film.avi"), filmBytes(kFinishedSize));
 }
 
 TEST_F(FinishedTest, KilledInMidTransferTheFilmGoesOnWhereItWas) {
-  server_.stallNext(kSize / 2);
+  server_.stallNext(kFinishedSize / 2);
   Process process({VESK_FETCH_PROGRAM, parts(), movies(), server_.url(), "film.avi"});
   ASSERT_TRUE(process.waitForOutput("percent 50"));
   ASSERT_TRUE(partsBecome({".json", ".part"})) << "what has come is worth keeping by now";
@@ -218,7 +218,7 @@ TEST_F(FinishedTest, KilledInMidTransferTheFilmGoesOnWhereItWas) {
   process.wait();
   EXPECT_TRUE(fetch(server_.url()).complete);
   EXPECT_EQ(server_.header(1, "Range"), "bytes=25000-");
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kFinishedSize));
   restart();
   EXPECT_EQ(filesIn(parts()), std::vector<std::string>{});
 }
@@ -232,7 +232,7 @@ TEST_F(FinishedTest, KilledAtAnyMomentTheFilmIsThereOnceInTheEnd) {
     process.wait();
   }
   EXPECT_TRUE(fetch(server_.url(), "film[2].avi").complete);
-  EXPECT_EQ(film("film[2].avi"), filmBytes(kSize));
+  EXPECT_EQ(film("film[2].avi"), filmBytes(kFinishedSize));
   EXPECT_EQ(filesIn(movies()).size(), 1u);
   restart();
   EXPECT_EQ(filesIn(parts()), std::vector<std::string>{});

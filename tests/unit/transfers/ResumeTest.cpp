@@ -10,8 +10,8 @@ namespace {
 
 using support::Script;
 
-constexpr std::size_t kSize = 400'000;
-constexpr std::size_t kHalf = kSize / 2;
+constexpr std::size_t kResumedSize = 400'000;
+constexpr std::size_t kHalf = kResumedSize / 2;
 constexpr std::size_t kOverlap = 65'536;
 
 class ResumeTest : public DownloadsFixture {
@@ -33,17 +33,17 @@ class ResumeTest : public DownloadsFixture {
 };
 
 TEST_F(ResumeTest, ALaterSessionContinuesWithRangeAndCondition) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kResumedSize));
   leaveHalf(server);
   const Reported reported = fetch(server.url());
   EXPECT_TRUE(reported.complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kResumedSize));
   EXPECT_EQ(server.header(1, "Range"), "bytes=" + std::to_string(kHalf - kOverlap) + "-");
   EXPECT_EQ(server.header(1, "If-Range"), "\"v1\"");
 }
 
 TEST_F(ResumeTest, ThePercentThatAreThereAreReportedFirst) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kResumedSize));
   leaveHalf(server);
   const Reported reported = fetch(server.url());
   EXPECT_EQ(reported.events[0], "began");
@@ -51,7 +51,7 @@ TEST_F(ResumeTest, ThePercentThatAreThereAreReportedFirst) {
 }
 
 TEST_F(ResumeTest, WithoutStrongValidatorTheOverlapDecides) {
-  Film weak = filmOf(kSize);
+  Film weak = filmOf(kResumedSize);
   weak.etag = "W/\"v1\"";
   FilmServer server(weak);
   leaveHalf(server);
@@ -63,7 +63,7 @@ TEST_F(ResumeTest, WithoutStrongValidatorTheOverlapDecides) {
 }
 
 TEST_F(ResumeTest, AnOldDateIsACondition) {
-  Film dated = filmOf(kSize);
+  Film dated = filmOf(kResumedSize);
   dated.etag.clear();
   dated.lastModified = "Wed, 01 Jan 2025 00:00:00 GMT";
   dated.date = "Wed, 01 Jan 2025 12:00:00 GMT";
@@ -75,9 +75,9 @@ TEST_F(ResumeTest, AnOldDateIsACondition) {
 }
 
 TEST_F(ResumeTest, AnotherVersionStartsOver) {
-  FilmServer server(filmOf(kSize, 1));
+  FilmServer server(filmOf(kResumedSize, 1));
   leaveHalf(server);
-  Film changed = filmOf(kSize, 2);
+  Film changed = filmOf(kResumedSize, 2);
   changed.etag = "\"v2\"";
   server.setFilm(changed);
   const Reported reported = fetch(server.url());
@@ -87,9 +87,9 @@ TEST_F(ResumeTest, AnotherVersionStartsOver) {
 }
 
 TEST_F(ResumeTest, AnotherVersionIsFoundOutEvenWhenTheServerIgnoresTheCondition) {
-  FilmServer server(filmOf(kSize, 1));
+  FilmServer server(filmOf(kResumedSize, 1));
   leaveHalf(server);
-  Film changed = filmOf(kSize, 2);
+  Film changed = filmOf(kResumedSize, 2);
   changed.etag = "\"v2\"";
   changed.minds = false;
   server.setFilm(changed);
@@ -99,18 +99,18 @@ TEST_F(ResumeTest, AnotherVersionIsFoundOutEvenWhenTheServerIgnoresTheCondition)
 }
 
 TEST_F(ResumeTest, AnotherVersionOfTheSameSizeWithoutValidatorIsFoundOutByItsBytes) {
-  Film plain = filmOf(kSize, 1);
+  Film plain = filmOf(kResumedSize, 1);
   plain.etag.clear();
   FilmServer server(plain);
   leaveHalf(server);
-  plain.content = filmBytes(kSize, 2);
+  plain.content = filmBytes(kResumedSize, 2);
   server.setFilm(plain);
   EXPECT_TRUE(fetch(server.url()).complete);
   EXPECT_EQ(film(), plain.content);
 }
 
 TEST_F(ResumeTest, AVersionOfAnotherSizeIsFoundOutByItsTotal) {
-  Film plain = filmOf(kSize, 1);
+  Film plain = filmOf(kResumedSize, 1);
   plain.etag.clear();
   FilmServer server(plain);
   leaveHalf(server);
@@ -122,7 +122,7 @@ TEST_F(ResumeTest, AVersionOfAnotherSizeIsFoundOutByItsTotal) {
 }
 
 TEST_F(ResumeTest, AServerWithoutRangesStartsOver) {
-  Film rangeless = filmOf(kSize);
+  Film rangeless = filmOf(kResumedSize);
   rangeless.ranges = false;
   FilmServer server(rangeless);
   leaveHalf(server);
@@ -132,105 +132,105 @@ TEST_F(ResumeTest, AServerWithoutRangesStartsOver) {
 }
 
 TEST_F(ResumeTest, ARangeThatBeginsElsewhereIsNotAppended) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kResumedSize));
   leaveHalf(server);
-  const std::string rest = filmBytes(kSize).substr(kHalf);
+  const std::string rest = filmBytes(kResumedSize).substr(kHalf);
   server.answerNext("HTTP/1.1 206 OK\r\nETag: \"v1\"\r\nContent-Range: bytes " +
-                    std::to_string(kHalf) + "-" + std::to_string(kSize - 1) + "/" +
-                    std::to_string(kSize) + "\r\nContent-Length: " + std::to_string(rest.size()) +
-                    "\r\nConnection: close\r\n\r\n" + rest);
+                    std::to_string(kHalf) + "-" + std::to_string(kResumedSize - 1) + "/" +
+                    std::to_string(kResumedSize) + "\r\nContent-Length: " +
+                    std::to_string(rest.size()) + "\r\nConnection: close\r\n\r\n" + rest);
   EXPECT_TRUE(fetch(server.url()).complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kResumedSize));
   EXPECT_EQ(server.header(2, "Range"), "");
 }
 
 TEST_F(ResumeTest, NoSuchRangeWithEverythingThereFinishes) {
-  FilmServer server(filmOf(kSize));
-  server.stallNext(kSize - 1);
+  FilmServer server(filmOf(kResumedSize));
+  server.stallNext(kResumedSize - 1);
   fetchUntil(99, server.url());
   ASSERT_TRUE(partsBecome({".json", ".part"}));
   restart();
   // The last byte arrived without anybody learning of it.
-  support::writeFile(partFile(), filmBytes(kSize));
+  support::writeFile(partFile(), filmBytes(kResumedSize));
   server.answerNext(
       "HTTP/1.1 416 No\r\nContent-Length: 0\r\nETag: \"v1\"\r\nContent-Range: bytes */" +
-      std::to_string(kSize) + "\r\nConnection: close\r\n\r\n");
+      std::to_string(kResumedSize) + "\r\nConnection: close\r\n\r\n");
   EXPECT_EQ(fetch(server.url()).events,
             (std::vector<std::string>{"began", "percent 100", "complete"}));
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kResumedSize));
   EXPECT_EQ(server.requestCount(), 2u);
 }
 
 TEST_F(ResumeTest, EverythingThereIsProvenByItsLastBytes) {
-  FilmServer server(filmOf(kSize));
-  server.stallNext(kSize - 1);
+  FilmServer server(filmOf(kResumedSize));
+  server.stallNext(kResumedSize - 1);
   fetchUntil(99, server.url());
   ASSERT_TRUE(partsBecome({".json", ".part"}));
   restart();
-  support::writeFile(partFile(), filmBytes(kSize));
+  support::writeFile(partFile(), filmBytes(kResumedSize));
   EXPECT_TRUE(fetch(server.url()).complete);
-  EXPECT_EQ(server.header(1, "Range"), "bytes=" + std::to_string(kSize - kOverlap) + "-");
+  EXPECT_EQ(server.header(1, "Range"), "bytes=" + std::to_string(kResumedSize - kOverlap) + "-");
 }
 
 TEST_F(ResumeTest, APartialThatSomebodyChangedStartsOver) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kResumedSize));
   leaveHalf(server);
   support::writeFile(partFile(), filmBytes(kHalf, 9));
   EXPECT_TRUE(fetch(server.url()).complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kResumedSize));
 }
 
 TEST_F(ResumeTest, APartialWithoutItsStateIsNotBelieved) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kResumedSize));
   leaveHalf(server);
   for (const std::string& name : filesIn(parts())) {
     if (name.ends_with(".json")) support::writeFile(parts() / name, "{torn");
   }
   EXPECT_TRUE(fetch(server.url()).complete);
   EXPECT_EQ(server.header(1, "Range"), "");
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kResumedSize));
 }
 
 TEST_F(ResumeTest, TwoFilmsOfOneNameKeepTheirOwnBytes) {
-  FilmServer one(filmOf(kSize, 1)), other(filmOf(kSize, 2));
+  FilmServer one(filmOf(kResumedSize, 1)), other(filmOf(kResumedSize, 2));
   leaveHalf(one);
   EXPECT_TRUE(fetch(other.url()).complete);
-  EXPECT_EQ(film(), filmBytes(kSize, 2));
+  EXPECT_EQ(film(), filmBytes(kResumedSize, 2));
   EXPECT_EQ(other.header(0, "Range"), "");
   EXPECT_TRUE(fetch(one.url(), "film[2].avi").complete);
   EXPECT_NE(one.header(1, "Range"), "");
-  EXPECT_EQ(film("film[2].avi"), filmBytes(kSize, 1));
+  EXPECT_EQ(film("film[2].avi"), filmBytes(kResumedSize, 1));
 }
 
 TEST_F(ResumeTest, AFilmWhosePathWasChangedKeepsItsBytes) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kResumedSize));
   leaveHalf(server);
   EXPECT_TRUE(fetch(server.url(), "other name.avi").complete);
   EXPECT_NE(server.header(1, "Range"), "");
-  EXPECT_EQ(film("other name.avi"), filmBytes(kSize));
+  EXPECT_EQ(film("other name.avi"), filmBytes(kResumedSize));
 }
 
 TEST_F(ResumeTest, AnotherQueryIsAnotherFilm) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kResumedSize));
   leaveHalf(server, "/film.avi?id=1");
   EXPECT_TRUE(fetch(server.url("/film.avi?id=2")).complete);
   EXPECT_EQ(server.header(1, "Range"), "");
 }
 
 TEST_F(ResumeTest, ARightsManagedFilmIsKnownByItsPlaceAlone) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kResumedSize));
   leaveHalf(server, "/film.avi?token=1");
   KPB::DownloadInfo managed = info();
   const unsigned char rights[] = {1, 2, 3};
   managed.setSTRDChunk(rights, sizeof rights);
   EXPECT_TRUE(fetch(server.url("/film.avi?token=2"), managed).complete);
   EXPECT_NE(server.header(1, "Range"), "");
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kResumedSize));
   EXPECT_EQ(film("film.avi.rights"), "\x01\x02\x03");
 }
 
 TEST_F(ResumeTest, AnExpiredAddressKeepsThePartialForTheNextAuthorisation) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kResumedSize));
   KPB::DownloadInfo managed = info();
   managed.setTempUsername("anna");
   for (const char* status : {"401 Unauthorized", "403 Forbidden", "410 Gone"}) {
@@ -242,7 +242,7 @@ TEST_F(ResumeTest, AnExpiredAddressKeepsThePartialForTheNextAuthorisation) {
     const std::size_t before = server.requestCount();
     EXPECT_TRUE(fetch(server.url("/film.avi?token=2"), managed).complete);
     EXPECT_NE(server.header(before, "Range"), "");
-    EXPECT_EQ(film(), filmBytes(kSize));
+    EXPECT_EQ(film(), filmBytes(kResumedSize));
     restart();
     std::filesystem::remove(movies() / "film.avi");
   }
@@ -259,7 +259,7 @@ TEST_F(ResumeTest, AVeryShortPartialIsContinuedToo) {
 }
 
 TEST_F(ResumeTest, AFilmWhoseTotalWasNotKnownIsContinued) {
-  Film endless = filmOf(kSize);
+  Film endless = filmOf(kResumedSize);
   endless.length = false;
   FilmServer server(endless);
   server.stallNext(kHalf);

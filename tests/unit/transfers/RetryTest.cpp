@@ -10,7 +10,7 @@ namespace {
 
 using support::Script;
 
-constexpr std::size_t kSize = 200'000;
+constexpr std::size_t kRetrySize = 200'000;
 
 class RetryTest : public DownloadsFixture {
  protected:
@@ -18,11 +18,11 @@ class RetryTest : public DownloadsFixture {
 };
 
 TEST_F(RetryTest, ALineThatBreaksIsTakenUpAgainWhereItBroke) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kRetrySize));
   server.cutNext(100'000).cutNext(80'000);
   const Reported reported = fetch(server.url());
   EXPECT_TRUE(reported.complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kRetrySize));
   EXPECT_EQ(server.requestCount(), 3u);
   EXPECT_NE(server.header(1, "Range"), "");
   EXPECT_NE(server.header(2, "Range"), "");
@@ -32,13 +32,13 @@ TEST_F(RetryTest, APauseCanBeEnded) {
   Tuning patient = shortTimes();
   patient.retry.firstPause = patient.retry.longestPause = std::chrono::hours(1);
   restart(patient);
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kRetrySize));
   server.cutNext(100'000);
   const auto uid = start(server.url());
   ASSERT_TRUE(support::waitFor([&] { return report(uid).failedAttempts > 0; }));
   downloads_->retryNow();
   ASSERT_TRUE(receiver_.waitForEnd(uid));
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kRetrySize));
 }
 
 TEST_F(RetryTest, ATryThatEndsAPauseIsOneMore) {
@@ -46,7 +46,7 @@ TEST_F(RetryTest, ATryThatEndsAPauseIsOneMore) {
   patient.retry.retries = 1;
   patient.retry.firstPause = patient.retry.longestPause = std::chrono::hours(1);
   restart(patient);
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kRetrySize));
   server.cutNext(100'000).cutNext(0).cutNext(0);
   const auto uid = start(server.url());
   for (std::size_t requests = 1; requests <= 3; ++requests) {
@@ -56,11 +56,11 @@ TEST_F(RetryTest, ATryThatEndsAPauseIsOneMore) {
     downloads_->retryNow();
   }
   ASSERT_TRUE(receiver_.waitForEnd(uid));
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kRetrySize));
 }
 
 TEST_F(RetryTest, AShortBodyIsNoSuccess) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kRetrySize));
   for (int i = 0; i < 6; ++i) server.cutNext(0);
   EXPECT_EQ(fetch(server.url()).broke, code(TransferFailure::kDropped));
   EXPECT_EQ(server.requestCount(), 6u) << "once, and five times more";
@@ -68,14 +68,14 @@ TEST_F(RetryTest, AShortBodyIsNoSuccess) {
 }
 
 TEST_F(RetryTest, ProgressBeginsANewCount) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kRetrySize));
   for (int i = 0; i < 9; ++i) server.cutNext(70'000);  // some 5000 bytes beyond the overlap
   EXPECT_TRUE(fetch(server.url()).complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kRetrySize));
 }
 
 TEST_F(RetryTest, TheSameBytesAgainAreNoProgress) {
-  Film rangeless = filmOf(kSize);
+  Film rangeless = filmOf(kRetrySize);
   rangeless.ranges = false;
   FilmServer server(rangeless);
   for (int i = 0; i < 20; ++i) server.cutNext(70'000);
@@ -95,17 +95,17 @@ TEST_F(RetryTest, AServerThatFallsSilentIsAskedAgain) {
   Tuning impatient = shortTimes();
   impatient.stall = Milliseconds(100);
   restart(impatient);
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kRetrySize));
   server.stallNext(100'000).stallNext(0);
   EXPECT_TRUE(fetch(server.url()).complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kRetrySize));
 }
 
 TEST_F(RetryTest, AServerThatStaysSilentBreaksAndWhatCameIsKept) {
   Tuning impatient = shortTimes();
   impatient.stall = Milliseconds(50);
   restart(impatient);
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kRetrySize));
   server.stallNext(100'000);
   for (int i = 0; i < 5; ++i) server.stallNext(0);
   EXPECT_EQ(fetch(server.url()).broke, code(TransferFailure::kStalled));
@@ -125,7 +125,7 @@ TEST_F(RetryTest, ABusyServerIsAskedAgainNotBeforeItSays) {
   Tuning patient = shortTimes();
   patient.retry.longestRetryAfter = Milliseconds(300);
   restart(patient);
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kRetrySize));
   server.answerNext("HTTP/1.1 503 Busy\r\nRetry-After: 100000\r\nContent-Length: 0\r\n\r\n");
   server.answerNext("HTTP/1.1 429 Busy\r\nContent-Length: 0\r\n\r\n");
   const auto begin = std::chrono::steady_clock::now();
@@ -134,7 +134,7 @@ TEST_F(RetryTest, ABusyServerIsAskedAgainNotBeforeItSays) {
 }
 
 TEST_F(RetryTest, AServerThatStaysBusyBreaksUnderItsStatus) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kRetrySize));
   for (int i = 0; i < 6; ++i) {
     server.answerNext("HTTP/1.1 503 Busy\r\nContent-Length: 0\r\n\r\n");
   }
@@ -144,7 +144,7 @@ TEST_F(RetryTest, AServerThatStaysBusyBreaksUnderItsStatus) {
 
 TEST_F(RetryTest, OtherStatusesBreakAtOnceUnderTheirOwnNumber) {
   for (const int status : {400, 401, 403, 404, 410, 500, 502}) {
-    FilmServer server(filmOf(kSize));
+    FilmServer server(filmOf(kRetrySize));
     server.answerNext("HTTP/1.1 " + std::to_string(status) +
                       " X\r\nContent-Length: 4\r\nConnection: close\r\n\r\nsorry");
     EXPECT_EQ(fetch(server.url()).broke, status);
@@ -176,21 +176,21 @@ TEST_F(RetryTest, AServerThatGoesAwayAndComesBackIsWaitedFor) {
   patient.retry.retries = 1000;
   restart(patient);
   support::Nginx server({.limitRate = "1m"});  // one second's worth comes at once
-  server.serve("film.avi", filmBytes(10 * kSize));
+  server.serve("film.avi", filmBytes(10 * kRetrySize));
   const auto uid = start(server.url("/film.avi", "127.0.0.1"));
   ASSERT_TRUE(receiver_.waitForPercent(uid, 1));
   server.stop();
   ASSERT_TRUE(support::waitFor([&] { return report(uid).failure == TransferFailure::kRefused; }));
   server.start();
   ASSERT_TRUE(receiver_.waitForEnd(uid));
-  EXPECT_EQ(film(), filmBytes(10 * kSize));
+  EXPECT_EQ(film(), filmBytes(10 * kRetrySize));
 }
 
 TEST_F(RetryTest, ARetryIsVisibleUntilItGoesWell) {
   Tuning slow = shortTimes();
   slow.retry.firstPause = slow.retry.longestPause = Milliseconds(60'000);
   restart(slow);
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kRetrySize));
   server.cutNext(100'000);
   const auto uid = start(server.url());
   ASSERT_TRUE(support::waitFor([&] { return report(uid).failedAttempts == 1; }));

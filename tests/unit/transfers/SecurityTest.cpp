@@ -14,7 +14,7 @@ using support::Process;
 using support::Script;
 namespace pki = support::pki;
 
-constexpr std::size_t kSize = 100'000;
+constexpr std::size_t kSecuritySize = 100'000;
 
 class SecurityTest : public DownloadsFixture {
  protected:
@@ -27,7 +27,7 @@ class SecurityTest : public DownloadsFixture {
     return settings;
   }
   std::optional<int> codeOver(const support::CertificateSpec& spec) {
-    FilmServer server(filmOf(kSize), tls(spec));
+    FilmServer server(filmOf(kSecuritySize), tls(spec));
     return fetch(server.url()).broke;
   }
   static int code(TransferFailure failure) { return static_cast<int>(failure); }
@@ -45,10 +45,10 @@ class SecurityTest : public DownloadsFixture {
 };
 
 TEST_F(SecurityTest, AServerWithATrustedCertificateIsUsed) {
-  FilmServer server(filmOf(kSize), tls());
+  FilmServer server(filmOf(kSecuritySize), tls());
   downloads_->setTrustFile(trustFile());
   EXPECT_TRUE(fetch(server.url()).complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kSecuritySize));
   EXPECT_TRUE(server.url().starts_with("https://"));
 }
 
@@ -72,7 +72,7 @@ TEST_F(SecurityTest, TheTrustFileCanBeTakenBack) {
 }
 
 TEST_F(SecurityTest, TheEnvironmentNamesTrustedCertificates) {
-  FilmServer server(filmOf(kSize), tls());
+  FilmServer server(filmOf(kSecuritySize), tls());
   const std::vector<std::string> command = {VESK_FETCH_PROGRAM, parts(), movies(), server.url(),
                                             "film.avi"};
   for (const char* name : {"SSL_CERT_FILE", "CURL_CA_BUNDLE"}) {
@@ -128,19 +128,19 @@ TEST_F(SecurityTest, ARedirectLeadsToHttpAlone) {
 }
 
 TEST_F(SecurityTest, TheRangeIsAskedForBehindARedirectToo) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kSecuritySize));
   server.cutNext(50'000);
   support::ScriptedServer door;
   door.always(
       Script::answer(support::bareResponse("302 Found", "Location: " + server.url() + "\r\n")));
   EXPECT_TRUE(fetch(door.url("/film.avi")).complete);
   EXPECT_EQ(server.header(1, "Range"), "bytes=25000-");
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kSecuritySize));
 }
 
 TEST_F(SecurityTest, TemporaryCredentialsOpenTheServer) {
   support::Nginx server({.user = "anna", .password = "secret word"});
-  server.serve("film.avi", filmBytes(kSize));
+  server.serve("film.avi", filmBytes(kSecuritySize));
   KPB::DownloadInfo info = this->info();
   EXPECT_EQ(fetch(server.url("/film.avi"), info).broke, 401);
   info.setTempUsername("anna");
@@ -148,7 +148,7 @@ TEST_F(SecurityTest, TemporaryCredentialsOpenTheServer) {
   EXPECT_EQ(fetch(server.url("/film.avi"), info).broke, 401);
   info.setTempPassword("secret word");
   EXPECT_TRUE(fetch(server.url("/film.avi"), info).complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kSecuritySize));
 }
 
 TEST_F(SecurityTest, CredentialsAreSentWhenTheyAreAskedForAndNotBefore) {
@@ -186,8 +186,8 @@ TEST_F(SecurityTest, CredentialsStayWithTheirHost) {
 }
 
 TEST_F(SecurityTest, NoCredentialsAreKept) {
-  FilmServer server(filmOf(kSize));
-  server.stallNext(kSize / 2);
+  FilmServer server(filmOf(kSecuritySize));
+  server.stallNext(kSecuritySize / 2);
   KPB::DownloadInfo info = this->info();
   info.setTempUsername("tempuser");
   info.setTempPassword("temppassword");
@@ -208,7 +208,7 @@ TEST_F(SecurityTest, NoCredentialsAreKept) {
 TEST_F(SecurityTest, TheEnvironmentNamesTheProxy) {
   support::TinyProxy proxy;
   support::Nginx server;
-  server.serve("film.avi", filmBytes(kSize));
+  server.serve("film.avi", filmBytes(kSecuritySize));
   const std::string proxyUrl = "http://127.0.0.1:" + std::to_string(proxy.port());
   const std::vector<std::string> command = {VESK_FETCH_PROGRAM, parts(), movies(),
                                             server.url("/film.avi"), "film.avi"};
@@ -224,7 +224,7 @@ TEST_F(SecurityTest, TheEnvironmentNamesTheProxy) {
 
 TEST_F(SecurityTest, AProxyThatRefusesTheTunnelBreaksUnderItsStatus) {
   support::TinyProxy proxy("anna", "secret");
-  FilmServer server(filmOf(kSize), tls());
+  FilmServer server(filmOf(kSecuritySize), tls());
   const std::string url = "http://127.0.0.1:" + std::to_string(proxy.port());
   Process process({.arguments = {VESK_FETCH_PROGRAM, parts(), movies(), server.url(), "film.avi"},
                    .environment = {{"https_proxy", url}, {"SSL_CERT_FILE", trustFile()}}});

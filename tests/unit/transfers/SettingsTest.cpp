@@ -8,7 +8,7 @@
 namespace playerx::transfers {
 namespace {
 
-constexpr std::size_t kSize = 300'000;
+constexpr std::size_t kSettingsSize = 300'000;
 
 std::string sumOf(const std::string& content) {
   const QByteArray bytes = QByteArray::fromStdString(content);
@@ -18,7 +18,7 @@ std::string sumOf(const std::string& content) {
 /// What the host may set for all sessions.
 class SettingsTest : public DownloadsFixture {
  protected:
-  SettingsTest() : server_(filmOf(kSize)) {}
+  SettingsTest() : server_(filmOf(kSettingsSize)) {}
 
   FilmServer server_;
 };
@@ -30,12 +30,12 @@ TEST_F(SettingsTest, ARateLimitIsFollowedUntilItIsLifted) {
   EXPECT_FALSE(receiver_.of(uid).isOver()) << "100 seconds would be needed";
   downloads_->setRateLimit(0);
   ASSERT_TRUE(receiver_.waitForEnd(uid));
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kSettingsSize));
 }
 
 TEST_F(SettingsTest, ARateLimitThatComesLaterIsFollowedToo) {
   support::Gate gate;
-  server_.holdNext(kSize / 10, gate);
+  server_.holdNext(kSettingsSize / 10, gate);
   const auto uid = start(server_.url());
   ASSERT_TRUE(receiver_.waitForPercent(uid, 10));
   downloads_->setRateLimit(3000);
@@ -82,19 +82,19 @@ TEST_F(SettingsTest, HeadersAndRefererAreSent) {
 TEST_F(SettingsTest, AHeaderThatTheLibrarySetsItselfIsLeftOut) {
   downloads_->setFilmOptions(server_.url(), {.headers = {"RANGE: bytes=5-"}});
   EXPECT_TRUE(fetch(server_.url()).complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kSettingsSize));
 }
 
 TEST_F(SettingsTest, OptionsHoldForTheRetryToo) {
   downloads_->setFilmOptions(server_.url(), {.headers = {"X-Club: films"}});
-  server_.cutNext(kSize / 2);
+  server_.cutNext(kSettingsSize / 2);
   EXPECT_TRUE(fetch(server_.url()).complete);
   EXPECT_EQ(server_.header(1, "X-Club"), "films");
 }
 
 TEST_F(SettingsTest, TheNetrcFileOpensTheServer) {
   support::Nginx server({.user = "anna", .password = "secret"});
-  server.serve("film.avi", filmBytes(kSize));
+  server.serve("film.avi", filmBytes(kSettingsSize));
   EXPECT_EQ(fetch(server.url("/film.avi")).broke, 401);
   const auto netrc = folder_.write("netrc", "machine localhost login anna password secret\n");
   downloads_->setFilmOptions(server.url("/film.avi"), {.netrcFile = netrc});
@@ -103,7 +103,7 @@ TEST_F(SettingsTest, TheNetrcFileOpensTheServer) {
 
 TEST_F(SettingsTest, CredentialsInTheAddressOpenTheServerAndAreToldToNobody) {
   support::Nginx server({.user = "anna", .password = "secret"});
-  server.serve("film.avi", filmBytes(kSize));
+  server.serve("film.avi", filmBytes(kSettingsSize));
   std::string url = server.url("/film.avi");
   url.insert(std::string("http://").size(), "anna:secret@");
   const auto uid = start(url);
@@ -113,7 +113,7 @@ TEST_F(SettingsTest, CredentialsInTheAddressOpenTheServerAndAreToldToNobody) {
 }
 
 TEST_F(SettingsTest, CookiesAreKeptFromOneSessionToTheNext) {
-  Film film = filmOf(kSize);
+  Film film = filmOf(kSettingsSize);
   film.extraHeaders = "Set-Cookie: visit=1; Max-Age=1000\r\n";
   server_.setFilm(film);
   const auto jar = folder_ / "cookies";
@@ -128,11 +128,11 @@ TEST_F(SettingsTest, CookiesAreKeptFromOneSessionToTheNext) {
 }
 
 TEST_F(SettingsTest, AFilmWithTheRightChecksumGetsItsName) {
-  std::string sum = sumOf(filmBytes(kSize));
+  std::string sum = sumOf(filmBytes(kSettingsSize));
   sum[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(sum[0])));
   ASSERT_TRUE(downloads_->setFilmOptions(server_.url(), {.sha256 = sum}));
   EXPECT_TRUE(fetch(server_.url()).complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kSettingsSize));
 }
 
 TEST_F(SettingsTest, AFilmWithAnotherChecksumIsDeletedAndSaysSo) {
@@ -140,15 +140,16 @@ TEST_F(SettingsTest, AFilmWithAnotherChecksumIsDeletedAndSaysSo) {
   const auto uid = start(server_.url());
   ASSERT_TRUE(receiver_.waitForEnd(uid));
   EXPECT_EQ(receiver_.of(uid).broke, static_cast<int>(TransferFailure::kChecksum));
-  EXPECT_NE(report(uid).detail.find(sumOf(filmBytes(kSize))), std::string::npos);
+  EXPECT_NE(report(uid).detail.find(sumOf(filmBytes(kSettingsSize))), std::string::npos);
   EXPECT_EQ(filesIn(movies()), std::vector<std::string>{});
   EXPECT_TRUE(partsBecome({}));
 }
 
 TEST_F(SettingsTest, TheChecksumIsReadFromTheFileBesideTheFilm) {
   support::Nginx server;
-  for (const char* name : {"good.avi", "bad.avi", "bare.avi"}) server.serve(name, filmBytes(kSize));
-  server.serve("good.avi.sha256", sumOf(filmBytes(kSize)) + "  good.avi\n");
+  for (const char* name : {"good.avi", "bad.avi", "bare.avi"})
+    server.serve(name, filmBytes(kSettingsSize));
+  server.serve("good.avi.sha256", sumOf(filmBytes(kSettingsSize)) + "  good.avi\n");
   server.serve("bad.avi.sha256", sumOf("another film") + "  bad.avi\n");
   const auto fetchSummed = [&](const std::string& name) {
     downloads_->setFilmOptions(server.url("/" + name), {.hasChecksumFile = true});

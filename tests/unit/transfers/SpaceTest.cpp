@@ -10,7 +10,7 @@ namespace {
 using support::Process;
 
 constexpr std::size_t kSmall = 1'000'000;
-constexpr std::size_t kSize = 3'000'000;
+constexpr std::size_t kSpaceSize = 3'000'000;
 constexpr int kNoSpace = static_cast<int>(TransferFailure::kNoSpace);
 
 /// A small disk of its own, where the system lets us have one.
@@ -25,7 +25,7 @@ class SmallDisk {
     if (isThere_) ::umount2(place_.c_str(), MNT_DETACH);
   }
   bool isThere() const { return isThere_; }
-  bool grow() { return resize(10 * kSize, MS_REMOUNT); }
+  bool grow() { return resize(10 * kSpaceSize, MS_REMOUNT); }
   /// Bytes left, in hundredths of the disk.
   std::uintmax_t percentFree() const {
     const auto space = std::filesystem::space(place_);
@@ -44,10 +44,10 @@ class SmallDisk {
 
 class SpaceTest : public DownloadsFixture {
  protected:
-  SpaceTest() : server_(filmOf(kSize)) {}
+  SpaceTest() : server_(filmOf(kSpaceSize)) {}
 
   static Film endless() {
-    Film film = filmOf(kSize);
+    Film film = filmOf(kSpaceSize);
     film.length = false;
     return film;
   }
@@ -79,7 +79,7 @@ TEST_F(SpaceTest, AFilmThatDoesNotFitBreaksBeforeItsFirstByteIsKept) {
   EXPECT_TRUE(partsBecome({}));
   const SmallDisk disk(parts());
   if (!disk.isThere()) return;
-  server_.setFilm(filmOf(kSize));
+  server_.setFilm(filmOf(kSpaceSize));
   EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
   EXPECT_TRUE(partsBecome({}));
 }
@@ -87,10 +87,10 @@ TEST_F(SpaceTest, AFilmThatDoesNotFitBreaksBeforeItsFirstByteIsKept) {
 TEST_F(SpaceTest, ADiskThatFillsUpBreaksAndWhatCameIsContinued) {
   server_.setFilm(endless());
   fetchUnderLimit();
-  server_.setFilm(filmOf(kSize));
+  server_.setFilm(filmOf(kSpaceSize));
   EXPECT_TRUE(fetch(server_.url()).complete);
   EXPECT_NE(server_.header(1, "Range"), "");
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kSpaceSize));
 }
 
 TEST_F(SpaceTest, ASmallDiskThatGrowsLaterIsContinuedOn) {
@@ -102,10 +102,10 @@ TEST_F(SpaceTest, ASmallDiskThatGrowsLaterIsContinuedOn) {
     EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
     ASSERT_TRUE(disk.grow());
   }
-  server_.setFilm(filmOf(kSize));
+  server_.setFilm(filmOf(kSpaceSize));
   EXPECT_TRUE(fetch(server_.url()).complete);
   EXPECT_NE(server_.header(1, "Range"), "");
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kSpaceSize));
 }
 
 TEST_F(SpaceTest, AFilmThatDoesNotFitAmongTheMoviesIsPlacedLaterWithoutFetching) {
@@ -119,13 +119,13 @@ TEST_F(SpaceTest, AFilmThatDoesNotFitAmongTheMoviesIsPlacedLaterWithoutFetching)
   }
   EXPECT_TRUE(fetch(server_.url()).complete);
   EXPECT_EQ(server_.requestCount(), 1u);
-  EXPECT_EQ(film(disk.isThere() ? "film.avi" : "film[2].avi"), filmBytes(kSize));
+  EXPECT_EQ(film(disk.isThere() ? "film.avi" : "film[2].avi"), filmBytes(kSpaceSize));
 }
 
 TEST_F(SpaceTest, AFilmWithoutLengthLeavesAHundredthOfTheDisk) {
-  const SmallDisk disk(parts(), 10 * kSize);
+  const SmallDisk disk(parts(), 10 * kSpaceSize);
   if (!disk.isThere()) return;
-  Film film = filmOf(12 * kSize);
+  Film film = filmOf(12 * kSpaceSize);
   film.length = false;
   server_.setFilm(film);
   EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
@@ -133,9 +133,9 @@ TEST_F(SpaceTest, AFilmWithoutLengthLeavesAHundredthOfTheDisk) {
 }
 
 TEST_F(SpaceTest, AFilmThatWouldTakeTheLastHundredthIsNotBegun) {
-  const SmallDisk disk(parts(), 10 * kSize);
+  const SmallDisk disk(parts(), 10 * kSpaceSize);
   if (!disk.isThere()) return;
-  server_.setFilm(filmOf(10 * kSize - kSize / 100));
+  server_.setFilm(filmOf(10 * kSpaceSize - kSpaceSize / 100));
   EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
   EXPECT_TRUE(partsBecome({}));
 }

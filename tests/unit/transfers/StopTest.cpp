@@ -14,7 +14,7 @@ using Clock = std::chrono::steady_clock;
 using support::Gate;
 using support::Script;
 
-constexpr std::size_t kSize = 200'000;
+constexpr std::size_t kStopSize = 200'000;
 
 class StopTest : public DownloadsFixture {
  protected:
@@ -29,7 +29,7 @@ class StopTest : public DownloadsFixture {
 constexpr Milliseconds kPromptly{2000};
 
 TEST_F(StopTest, ReturnsAtOnceAndEndsTheConnectionOfASilentServer) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kStopSize));
   server.stallNext(100'000);
   const auto uid = start(server.url());
   ASSERT_TRUE(receiver_.waitForPercent(uid, 50));
@@ -54,7 +54,7 @@ TEST_F(StopTest, EndsAPauseBeforeARetry) {
   Tuning slow = shortTimes();
   slow.retry.firstPause = Milliseconds(60'000);
   restart(slow);
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kStopSize));
   server.cutNext(10);
   const auto uid = start(server.url());
   ASSERT_TRUE(support::waitFor([&] { return report(uid).phase == TransferPhase::kWaiting; }));
@@ -73,7 +73,7 @@ TEST_F(StopTest, AnUnknownIdIsIgnored) {
 }
 
 TEST_F(StopTest, TwiceIsOnce) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kStopSize));
   server.stallNext(100'000);
   const auto uid = start(server.url());
   downloads_->stopSession(uid);
@@ -82,7 +82,7 @@ TEST_F(StopTest, TwiceIsOnce) {
 }
 
 TEST_F(StopTest, AtAnyMomentOfTheStartIsNoFailure) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kStopSize));
   for (int i = 0; i < 600; ++i) {
     const std::chrono::microseconds delay(i % 100);
     const auto uid = start(server.url());
@@ -98,7 +98,7 @@ TEST_F(StopTest, AtAnyMomentOfTheStartIsNoFailure) {
 
 TEST_F(StopTest, NothingIsReportedAfterwards) {
   Gate gate;
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kStopSize));
   server.holdNext(100'000, gate);
   const auto uid = start(server.url());
   ASSERT_TRUE(receiver_.waitForPercent(uid, 50));
@@ -110,7 +110,7 @@ TEST_F(StopTest, NothingIsReportedAfterwards) {
 }
 
 TEST_F(StopTest, TheNextSessionOfTheSameAddressContinuesAtOnce) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kStopSize));
   for (int i = 0; i < 10; ++i) {
     server.stallNext(66'000);
     const auto uid = start(server.url());
@@ -119,14 +119,14 @@ TEST_F(StopTest, TheNextSessionOfTheSameAddressContinuesAtOnce) {
     downloads_->stopSession(uid);
   }
   EXPECT_TRUE(fetch(server.url()).complete);
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kStopSize));
   for (std::size_t i = 1; i <= 10; ++i) EXPECT_NE(server.header(i, "Range"), "") << i;
   restart();
   EXPECT_EQ(filesIn(parts()), std::vector<std::string>{});
 }
 
 TEST_F(StopTest, RightAfterTheStartLeavesNothingBehind) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kStopSize));
   for (int i = 0; i < 50; ++i) downloads_->stopSession(start(server.url()));
   EXPECT_TRUE(fetch(server.url()).complete);
   restart();
@@ -135,7 +135,7 @@ TEST_F(StopTest, RightAfterTheStartLeavesNothingBehind) {
 }
 
 TEST_F(StopTest, IsPossibleWithinAReport) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kStopSize));
   server.stallNext(100'000);
   std::atomic<unsigned long long> uid{0};
   std::atomic<bool> stopped{false};
@@ -162,18 +162,18 @@ TEST_F(StopTest, ASessionCanBeStartedWithinAReport) {
 }
 
 TEST_F(StopTest, TheEndOfTheLibraryKeepsWhatHasArrived) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kStopSize));
   server.stallNext(100'000);
   ASSERT_TRUE(receiver_.waitForPercent(start(server.url()), 50));
   EXPECT_LT(timeOf([&] { downloads_.reset(); }), kPromptly);
   restart();
   EXPECT_TRUE(fetch(server.url()).complete);
   EXPECT_EQ(server.header(1, "Range"), "bytes=50000-");
-  EXPECT_EQ(film(), filmBytes(kSize));
+  EXPECT_EQ(film(), filmBytes(kStopSize));
 }
 
 TEST_F(StopTest, AReceiverThatTakesItsTimeHoldsUpNeitherTransferNorStop) {
-  FilmServer server(filmOf(kSize));
+  FilmServer server(filmOf(kStopSize));
   Gate inReport, goOn;
   receiver_.during([&](const std::string& event) {
     if (event != "began") return;

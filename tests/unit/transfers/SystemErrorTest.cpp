@@ -7,19 +7,18 @@
 namespace playerx::transfers {
 namespace {
 
-using enum TransferFailure;
-
 TEST(SystemErrorTest, AFullDiskIsThatOfTheFolderThatWasWrittenTo) {
   for (const int error : {ENOSPC, EDQUOT, EFBIG}) {
-    EXPECT_EQ(failureOfError(error, kWriteFailed), kNoSpace);
-    EXPECT_EQ(failureOfError(error, kTempFolder), kNoSpace);
-    EXPECT_EQ(failureOfError(error, kMediaFolder), kNoSpaceForFilm);
+    EXPECT_EQ(failureOfError(error, TransferFailure::kWriteFailed), TransferFailure::kNoSpace);
+    EXPECT_EQ(failureOfError(error, TransferFailure::kTempFolder), TransferFailure::kNoSpace);
+    EXPECT_EQ(failureOfError(error, TransferFailure::kMediaFolder),
+              TransferFailure::kNoSpaceForFilm);
   }
 }
 
 TEST(SystemErrorTest, EveryOtherErrorIsWhatTheCallerSays) {
-  EXPECT_EQ(failureOfError(EACCES, kMediaFolder), kMediaFolder);
-  EXPECT_EQ(failureOfError(EIO, kWriteFailed), kWriteFailed);
+  EXPECT_EQ(failureOfError(EACCES, TransferFailure::kMediaFolder), TransferFailure::kMediaFolder);
+  EXPECT_EQ(failureOfError(EIO, TransferFailure::kWriteFailed), TransferFailure::kWriteFailed);
 }
 
 }  // namespace

@@ -165,7 +165,7 @@ TEST(LanguageTest, ASentenceOfTheQueueIsSaidInTheLanguageOfTheUserWithItsFacts) 
       "The queue file /q is a folder; nothing was changed. Move it away, or "
       "choose another folder with --data.";
   EXPECT_EQ(queueSentence(english), QString::fromStdString(english));
-  const Language german(QLocale(QLocale::German));
+  const Language german{QLocale(QLocale::German)};
   EXPECT_EQ(
       queueSentence(english),
       QStringLiteral("Die Datei der Warteschlange /q ist ein Ordner; nichts wurde geändert. Sie "
@@ -174,7 +174,7 @@ TEST(LanguageTest, ASentenceOfTheQueueIsSaidInTheLanguageOfTheUserWithItsFacts) 
 }
 
 TEST(LanguageTest, ASentenceInsideAReasonIsTranslatedToo) {
-  const Language german(QLocale(QLocale::German));
+  const Language german{QLocale(QLocale::German)};
   const reasons::Explanation refused = reasons::explain(
       reasons::Reason::kServicesSaid, {.words = "The online services cannot read this ticket."});
   EXPECT_EQ(reasonSentence(refused),
@@ -191,14 +191,14 @@ TEST(LanguageTest, AReasonIsSaidInTheLanguageOfTheUserWithItsFacts) {
   const reasons::Explanation strange = {reasons::reasonOfStatus(404), "Said by a later version"};
   EXPECT_EQ(reasonSentence(missing),
             QStringLiteral("films.example has no film at this address (404)."));
-  const Language german(QLocale(QLocale::German));
+  const Language german{QLocale(QLocale::German)};
   EXPECT_EQ(reasonSentence(missing),
             QStringLiteral("Auf films.example gibt es unter dieser Adresse keinen Film (404)."));
   EXPECT_EQ(reasonSentence(strange), QStringLiteral("Said by a later version."));
 }
 
 TEST(LanguageTest, TheWordsInBracketsOfAReasonStayWhereTheyAre) {
-  const Language german(QLocale(QLocale::German));
+  const Language german{QLocale(QLocale::German)};
   const reasons::Reason network = reasons::reasonOf(TransferFailure::kNetwork);
   EXPECT_EQ(reasonSentence(reasons::explain(network, {.host = "a.example", .words = "no (route)"})),
             QStringLiteral("a.example war nicht erreichbar (no (route))."));
@@ -218,22 +218,22 @@ TEST(LanguageTest, PluralsFollowTheNumber) {
     return summaryOf(pasted);
   };
   {
-    const Language english(QLocale(QLocale::English));
+    const Language english{QLocale(QLocale::English)};
     EXPECT_EQ(summary(1), QStringLiteral("1 address or ticket found."));
     EXPECT_EQ(summary(2), QStringLiteral("2 addresses or tickets found."));
   }
-  const Language german(QLocale(QLocale::German));
+  const Language german{QLocale(QLocale::German)};
   EXPECT_EQ(summary(1), QStringLiteral("1 Adresse oder Ticket gefunden."));
   EXPECT_EQ(summary(2), QStringLiteral("2 Adressen oder Tickets gefunden."));
 }
 
 TEST(LanguageTest, ALanguageWithoutTranslationIsEnglish) {
-  const Language icelandic(QLocale(QLocale::Icelandic));
+  const Language icelandic{QLocale(QLocale::Icelandic)};
   EXPECT_EQ(stateWord(FilmState::kWaiting), QStringLiteral("Waiting"));
 }
 
 TEST(LanguageTest, NoGermanMenuHasAMnemonicTwice) {
-  const Language german(QLocale(QLocale::German));
+  const Language german{QLocale(QLocale::German)};
   ActionSet actions;
   QMenuBar bar;
   fillMenuBar(bar, actions);

@@ -26,8 +26,7 @@ namespace playerx::door {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr auto kPatience = 10s;
+using support::kGenerousDeadline;
 
 sockaddr_un addressOf(const std::string& path) {
   sockaddr_un address{};
@@ -46,7 +45,7 @@ class DoorTest : public ::testing::Test {
 
   std::unique_ptr<DoorClient> visit() {
     auto client = std::make_unique<DoorClient>();
-    EXPECT_EQ(client->connect(path(), kPatience), "welcome");
+    EXPECT_EQ(client->connect(path(), kGenerousDeadline), "welcome");
     return client;
   }
 
@@ -82,8 +81,8 @@ TEST_F(DoorTest, ALineGoesToItsVisitorAlone) {
   server_->send(take(1).front().visitor, "for the first");
   second->send("hello");
   server_->send(take(1).front().visitor, "for the second");
-  EXPECT_EQ(first->receive(kPatience), "for the first");
-  EXPECT_EQ(second->receive(kPatience), "for the second");
+  EXPECT_EQ(first->receive(kGenerousDeadline), "for the first");
+  EXPECT_EQ(second->receive(kGenerousDeadline), "for the second");
 }
 
 TEST_F(DoorTest, HalfALineOfAVisitorThatGoesIsDropped) {
@@ -127,18 +126,18 @@ TEST_F(DoorTest, ALineOfMegabytesArrivesWhole) {
   const auto lines = take(1);
   EXPECT_EQ(lines.front().text, large);
   server_->send(lines.front().visitor, large);
-  EXPECT_EQ(client->receive(kPatience), large);
+  EXPECT_EQ(client->receive(kGenerousDeadline), large);
 }
 
 TEST_F(DoorTest, MoreVisitorsThanThereIsRoomForAreTurnedAway) {
   std::vector<std::unique_ptr<DoorClient>> clients;
   for (int i = 0; i < kMostVisitors; ++i) clients.push_back(visit());
   DoorClient late;
-  EXPECT_EQ(late.connect(path(), kPatience), "full");
-  EXPECT_EQ(late.receive(kPatience), std::nullopt);
+  EXPECT_EQ(late.connect(path(), kGenerousDeadline), "full");
+  EXPECT_EQ(late.receive(kGenerousDeadline), std::nullopt);
   clients.pop_back();
-  EXPECT_TRUE(
-      support::waitFor([&] { return DoorClient().connect(path(), kPatience) == "welcome"; }));
+  EXPECT_TRUE(support::waitFor(
+      [&] { return DoorClient().connect(path(), kGenerousDeadline) == "welcome"; }));
 }
 
 /// Takes from this process the descriptors that it does not have yet. Lives on one thread.
@@ -176,7 +175,7 @@ TEST_F(DoorTest, ALineMayBeLongerThanWhatMayWait) {
   const auto client = visit();
   client->send("hello");
   server_->send(take(1).front().visitor, QByteArray(2 * kMostUnread, 'x'));
-  EXPECT_EQ(client->receive(kPatience)->size(), 2 * kMostUnread);
+  EXPECT_EQ(client->receive(kGenerousDeadline)->size(), 2 * kMostUnread);
 }
 
 TEST_F(DoorTest, WhatWasSentIsReadAfterTheServersEnd) {
@@ -184,8 +183,8 @@ TEST_F(DoorTest, WhatWasSentIsReadAfterTheServersEnd) {
   client->send("hello");
   server_->send(take(1).front().visitor, "the last word");
   server_.reset();
-  EXPECT_EQ(client->receive(kPatience), "the last word");
-  EXPECT_EQ(client->receive(kPatience), std::nullopt);
+  EXPECT_EQ(client->receive(kGenerousDeadline), "the last word");
+  EXPECT_EQ(client->receive(kGenerousDeadline), std::nullopt);
   EXPECT_FALSE(client->isConnected());
 }
 
@@ -221,10 +220,10 @@ TEST_F(DoorTest, ASocketLeftByADeadProcessIsReplaced) {
   const sockaddr_un address = addressOf(left);
   ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
   ::close(socket);
-  EXPECT_EQ(DoorClient().connect(left, kPatience), std::nullopt);
+  EXPECT_EQ(DoorClient().connect(left, kGenerousDeadline), std::nullopt);
   DoorServer server("again", "", [] {});
   EXPECT_EQ(server.listen(left), "");
-  EXPECT_EQ(DoorClient().connect(left, kPatience), "again");
+  EXPECT_EQ(DoorClient().connect(left, kGenerousDeadline), "again");
 }
 
 TEST_F(DoorTest, AFolderThatIsNotThereIsSaid) {

@@ -6,6 +6,7 @@
 #include "playerx/app/door/QueueClient.h"
 #include "playerx/app/door/QueueServer.h"
 #include "tests/support/Gate.h"
+#include "tests/support/WaitFor.h"
 #include "tests/unit/app/FakeSession.h"
 
 namespace playerx::door {
@@ -15,11 +16,10 @@ using namespace std::chrono_literals;
 using session::QueueEvent;
 using session::Reply;
 using session::Request;
+using support::kGenerousDeadline;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using Action = Request::Action;
-
-constexpr auto kPatience = 10s;
 
 /// A server of a fake queue, answering on the test's thread; its clients have threads of their own.
 class QueueServerTest : public testing::Test {
@@ -39,7 +39,7 @@ class QueueServerTest : public testing::Test {
     std::atomic<bool> isDone = false;
     std::jthread client([&] {
       QueueClient client;
-      EXPECT_EQ(client.connect(data(), kPatience), QueueClient::Outcome::kQueue);
+      EXPECT_EQ(client.connect(data(), kGenerousDeadline), QueueClient::Outcome::kQueue);
       work(client);
       isDone = true;
     });
@@ -57,7 +57,7 @@ class QueueServerTest : public testing::Test {
 TEST_F(QueueServerTest, ARequestIsAnsweredWithItsReply) {
   fake_.module.put("http://h/a.avi");
   serveWhile([](QueueClient& client) {
-    const auto reply = client.ask({.action = Action::kList}, kPatience);
+    const auto reply = client.ask({.action = Action::kList}, kGenerousDeadline);
     ASSERT_TRUE(reply);
     ASSERT_EQ(reply->items.size(), 1u);
     EXPECT_EQ(reply->items[0].url, "http://h/a.avi");
@@ -66,12 +66,12 @@ TEST_F(QueueServerTest, ARequestIsAnsweredWithItsReply) {
 
 TEST_F(QueueServerTest, ThoseThatWatchAreToldWhatHappens) {
   serveWhile([](QueueClient& client) {
-    EXPECT_TRUE(client.ask({.action = Action::kWatch}, kPatience));
+    EXPECT_TRUE(client.ask({.action = Action::kWatch}, kGenerousDeadline));
     client.send({.action = Action::kAdd, .inputs = {"http://h/a.avi"}});
-    const auto first = client.receive(kPatience);
+    const auto first = client.receive(kGenerousDeadline);
     ASSERT_TRUE(first && std::holds_alternative<QueueEvent>(*first));
     EXPECT_EQ(std::get<QueueEvent>(*first).kind, QueueEvent::Kind::kAdded);
-    const auto second = client.receive(kPatience);
+    const auto second = client.receive(kGenerousDeadline);
     ASSERT_TRUE(second && std::holds_alternative<Reply>(*second));
   });
 }
@@ -83,7 +83,8 @@ TEST_F(QueueServerTest, AWindowIsShownWithTheInputsThatItIsGiven) {
       service_, [] {}, [&shown](const std::vector<std::string>& inputs) { shown = inputs; });
   EXPECT_EQ(server_->listen(data()), "");
   serveWhile([](QueueClient& client) {
-    const auto reply = client.ask({.action = Action::kShow, .inputs = {"/a.tix"}}, kPatience);
+    const auto reply =
+        client.ask({.action = Action::kShow, .inputs = {"/a.tix"}}, kGenerousDeadline);
     EXPECT_EQ(reply->outcome, Reply::Outcome::kDone);
   });
   EXPECT_THAT(shown, ElementsAre("/a.tix"));
@@ -92,9 +93,10 @@ TEST_F(QueueServerTest, AWindowIsShownWithTheInputsThatItIsGiven) {
 TEST_F(QueueServerTest, WhatIsNoRequestIsSaid) {
   serveWhile([this](QueueClient&) {
     DoorClient door;
-    EXPECT_TRUE(door.connect(doorPath(data()), kPatience));
+    EXPECT_TRUE(door.connect(doorPath(data()), kGenerousDeadline));
     door.send("garbage");
-    EXPECT_THAT(door.receive(kPatience).value_or("").toStdString(), HasSubstr("not understood"));
+    EXPECT_THAT(door.receive(kGenerousDeadline).value_or("").toStdString(),
+                HasSubstr("not understood"));
   });
 }
 
@@ -102,9 +104,9 @@ TEST_F(QueueServerTest, AWrongRequestIsSaidToBeWrongUse) {
   fake_.module.put("http://h/a.avi");
   serveWhile([this](QueueClient&) {
     DoorClient door;
-    EXPECT_TRUE(door.connect(doorPath(data()), kPatience));
+    EXPECT_TRUE(door.connect(doorPath(data()), kGenerousDeadline));
     door.send(R"({"action":"move","position":1})");
-    const std::string reply = door.receive(kPatience).value_or("").toStdString();
+    const std::string reply = door.receive(kGenerousDeadline).value_or("").toStdString();
     EXPECT_THAT(reply, HasSubstr(R"("reply":"wrong_use")"));
     EXPECT_THAT(reply, HasSubstr("names no direction"));
   });
@@ -112,16 +114,16 @@ TEST_F(QueueServerTest, AWrongRequestIsSaidToBeWrongUse) {
 
 TEST_F(QueueServerTest, AServerThatEndsIsNoticed) {
   QueueClient client;
-  EXPECT_EQ(client.connect(data(), kPatience), QueueClient::Outcome::kQueue);
+  EXPECT_EQ(client.connect(data(), kGenerousDeadline), QueueClient::Outcome::kQueue);
   server_.reset();
-  EXPECT_FALSE(client.ask({.action = Action::kList}, kPatience));
+  EXPECT_FALSE(client.ask({.action = Action::kList}, kGenerousDeadline));
   EXPECT_THAT(client.problem(), HasSubstr("has ended"));
   EXPECT_TRUE(client.hasGone());
 }
 
 TEST_F(QueueServerTest, NobodyIsMetWhereNobodyServes) {
   server_.reset();
-  EXPECT_EQ(QueueClient().connect(data(), kPatience), QueueClient::Outcome::kNoServer);
+  EXPECT_EQ(QueueClient().connect(data(), kGenerousDeadline), QueueClient::Outcome::kNoServer);
 }
 
 /// A server that is not this program's.
@@ -134,7 +136,7 @@ class StrangerTest : public testing::Test {
     EXPECT_EQ(server_->listen(doorPath(folder_.path())), "");
   }
 
-  QueueClient::Outcome meet() { return client_.connect(folder_.path(), kPatience); }
+  QueueClient::Outcome meet() { return client_.connect(folder_.path(), kGenerousDeadline); }
 
   support::TempDir folder_;
   std::optional<DoorServer> server_;
@@ -165,7 +167,7 @@ TEST_F(StrangerTest, GarbageInPlaceOfAReplyIsSaid) {
     return !lines.empty();
   }));
   server_->send(lines.front().visitor, "garbage");
-  EXPECT_FALSE(client_.receive(kPatience));
+  EXPECT_FALSE(client_.receive(kGenerousDeadline));
   EXPECT_THAT(client_.problem(), HasSubstr("not understood"));
 }
 
