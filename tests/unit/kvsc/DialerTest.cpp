@@ -181,6 +181,8 @@ TEST_F(DialerTest, AnUnknownNameHasItsReason) {
 TEST_F(DialerTest, AnUnknownPortIsNotDialled) {
   EXPECT_FALSE(dial("127.0.0.1", "-5"));
   EXPECT_NE(takeErrorText().find("no such port: -5"), std::string::npos);
+  EXPECT_FALSE(dial("user", "secret@host"));
+  EXPECT_EQ(takeErrorText().find("secret"), std::string::npos);
 }
 
 TEST_F(DialerTest, AnAddressThatDoesNotAnswerHasALimitOfItsOwn) {
