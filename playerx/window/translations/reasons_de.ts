@@ -220,8 +220,8 @@
         <translation>Dieser Eintrag hat keine Adresse</translation>
     </message>
     <message>
-        <source>{host} wants a user name and password ({status})</source>
-        <translation>{host} verlangt Benutzername und Passwort ({status})</translation>
+        <source>{host} wants a valid user name and password ({status})</source>
+        <translation>{host} verlangt einen gültigen Benutzernamen mit Passwort ({status})</translation>
     </message>
     <message>
         <source>{host} does not allow this film to be fetched ({status})</source>
