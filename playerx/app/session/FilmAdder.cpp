@@ -92,6 +92,7 @@ void FilmAdder::addInput(const Input& input, const Request& request, Reply& repl
     reply.refused.push_back({input.text, reasons::explain(reasons::Reason::kUserNotText)});
     return;
   }
+  if (request.again && !input.isTicket) session_.forgetFilmOptions(input.text);
   const bool hasOptions = input.options != FilmOptions{};
   if (hasOptions && !input.isTicket) session_.addFilmOptions(input.text, input.options);
   if (!goOnWith(input, request, reply)) addAnew(input, request, reply);
@@ -115,7 +116,9 @@ bool FilmAdder::goOnWith(const Input& input, const Request& request, Reply& repl
     reply.notes.push_back(input.text + " is in the queue already; going on with it.");
   }
   watch_.update();
-  if (const auto now = findKnownFilm(watch_.queue(), input.text)) reply.items.push_back(*now);
+  if (const auto now = findKnownFilm(watch_.queue(), input.text)) {
+    reply.items.push_back(*now);
+  }
   return true;
 }
 

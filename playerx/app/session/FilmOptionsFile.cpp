@@ -72,6 +72,10 @@ FilmOptions FilmOptionsFile::add(const std::string& address, const FilmOptions& 
   return kept;
 }
 
+void FilmOptionsFile::forget(const std::string& address) {
+  if (options_.erase(keyOf(address)) > 0) save();
+}
+
 void FilmOptionsFile::prune(const std::vector<model::ItemState>& queue) {
   std::set<std::string> wanted;
   for (const model::ItemState& item : queue) {

@@ -23,6 +23,9 @@ class FilmOptionsFile {
   /// By the form in which addresses are remembered.
   const std::map<std::string, FilmOptions>& all() const { return options_; }
 
+  /// Forgets those of the film of an address, and saves that.
+  void forget(const std::string& address);
+
   /// Adds options of the film of an address to those that it has, and saves them. Returns them all.
   FilmOptions add(const std::string& address, const FilmOptions& options);
 

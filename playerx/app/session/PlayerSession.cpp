@@ -133,6 +133,11 @@ void PlayerSession::addFilmOptions(const std::string& address, const FilmOptions
   if (settings_) settings_->get()->setFilmOptions(address, all);
 }
 
+void PlayerSession::forgetFilmOptions(const std::string& address) {
+  filmOptions_->forget(address);
+  if (settings_) settings_->get()->setFilmOptions(address, {});
+}
+
 void PlayerSession::pruneFilmOptions() {
   const bool isToPrune = filmOptions_ && !filmOptions_->all().empty();
   if (isToPrune) filmOptions_->prune(model::snapshotOf(manager()));

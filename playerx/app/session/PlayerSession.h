@@ -96,6 +96,9 @@ class PlayerSession {
   /// Adds to how the film of this address is fetched, now and in later runs.
   void addFilmOptions(const std::string& address, const FilmOptions& options);
 
+  /// Forgets how the film of this address was to be fetched.
+  void forgetFilmOptions(const std::string& address);
+
   /// Forgets how films are fetched that are complete or have left the queue.
   void pruneFilmOptions();
 

@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "playerx/app/session/FilmOptionsFile.h"
 #include "tests/support/TempDir.h"
@@ -63,6 +63,13 @@ TEST_F(FilmOptionsFileTest, OptionsGoWithTheirFilm) {
   EXPECT_EQ(kept().size(), 1u);
   options_.prune({});
   EXPECT_FALSE(std::filesystem::exists(file()));
+}
+
+TEST_F(FilmOptionsFileTest, AFilmThatIsFetchedAnewBeginsWithoutOptions) {
+  options_.add(kFilm, {.tries = 3});
+  options_.add("http://h/b.avi", {.tries = 3});
+  options_.forget("http://h/a.avi#part");
+  EXPECT_THAT(kept(), testing::ElementsAre(testing::Key("http://h/b.avi")));
 }
 
 TEST_F(FilmOptionsFileTest, DamagedLinesArePassedOver) {
