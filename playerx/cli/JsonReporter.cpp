@@ -61,6 +61,8 @@ class JsonReporter : public Reporter {
     print(object);
   }
 
+  void wasThere(const ItemState& item) override { finished(item, {}); }
+
   void failed(const ItemState& item, const Explanation& reason) override {
     Json object = describe("failed", item);
     object["reason"] = describe(reason);

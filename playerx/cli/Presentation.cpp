@@ -40,6 +40,7 @@ int present(const Reply& reply, Reporter& reporter) {
   for (const session::Refusal& refusal : reply.refused) {
     reporter.refused(refusal.input, refusal.reason);
   }
+  for (const model::ItemState& item : reply.there) reporter.wasThere(item);
   for (const std::string& sentence : reply.notes) reporter.note(sentence);
   for (const std::string& sentence : reply.results) reporter.done(sentence);
   return static_cast<int>(reply.outcome);

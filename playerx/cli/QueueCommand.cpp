@@ -136,7 +136,9 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
     const std::optional<Reply> reply =
         opened.client->ask(forAnotherProcess(options.request), kLongestAnswer);
     if (reply) {
-      for (const model::ItemState& item : reply->items) reporter.added(item);
+      for (const model::ItemState& item : reply->items) {
+        if (!reply->known.contains(item.id)) reporter.added(item);
+      }
       return present(*reply, reporter);
     }
     if (!opened.client->hasGone())

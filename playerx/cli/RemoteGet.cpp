@@ -102,8 +102,8 @@ void RemoteGet::beginToWait(const Reply& reply) {
     if (!isOwn) continue;
     own_.insert(item.id);
     left_[item.id] = item.url;
-    // A film that was there before is not announced by the other process.
-    bool isAnnounced = false;
+    // What was there before is not new, and the other process may have announced the rest.
+    bool isAnnounced = reply.known.contains(item.id);
     for (const QueueEvent& event : early_) {
       isAnnounced = isAnnounced || (event.kind == Kind::kAdded && event.item.id == item.id);
     }

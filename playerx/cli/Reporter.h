@@ -41,6 +41,9 @@ class Reporter {
   virtual void finished(const model::ItemState& item, const std::string& oddity) = 0;
   virtual void failed(const model::ItemState& item, const reasons::Explanation& reason) = 0;
 
+  /// A film that was to be fetched and was there before, which a note says to people.
+  virtual void wasThere(const model::ItemState& /*item*/) {}
+
   /// An argument of the command line that cannot be downloaded.
   virtual void refused(const std::string& argument, const reasons::Explanation& reason) = 0;
 

@@ -13,9 +13,11 @@ namespace system_test {
 namespace {
 
 using support::Process;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 
 constexpr std::uint64_t kServedQueueSize = 8'000'000;
@@ -136,6 +138,13 @@ TEST_F(ServedQueueTest, WhatArrivesIsDownloadedWhateverIsAddedOrResumed) {
   EXPECT_EQ(home.queue().at(0)["status"], "downloading");
   EXPECT_THAT(home.run({"resume"}).errors, HasSubstr("Nothing is paused."));
   EXPECT_EQ(home.queue().at(0)["status"], "downloading");
+}
+
+TEST_F(ServedQueueTest, OnlyWhatIsNewIsToldAsAdded) {
+  const auto first = startSlow("a.avi");
+  const std::string url = offerQuick("b.avi");
+  EXPECT_THAT(home.run({"add", url}).output, HasSubstr("\"event\":\"added\""));
+  EXPECT_THAT(home.run({"add", url}).output, Not(HasSubstr("\"event\":\"added\"")));
 }
 
 TEST_F(ServedQueueTest, PausingOneItemLetsTheNextBegin) {
@@ -291,6 +300,8 @@ TEST_F(AgainTest, AFilmThatIsThereIsNotFetchedAgain) {
   const PlayerResult again = home.run({"get", url});
   EXPECT_EQ(again.status, 0);
   EXPECT_THAT(again.errors, HasSubstr("already there"));
+  EXPECT_THAT(again.output, AllOf(HasSubstr("\"event\":\"finished\""),
+                                  HasSubstr((home.media() / "a.avi").string())));
   expectOneFilm();
 }
 

@@ -267,9 +267,12 @@ std::optional<Reply> replyOf(Members members) {
   members.takeEach("notes", reply.notes, textOf);
   members.takeEach("results", reply.results, textOf);
   members.takeEach("refused", reply.refused, refusalOf);
+  members.takeEach("there", reply.there, itemOf);
   members.takeEach("items", reply.items, [&reply](const Json& object) {
     const std::optional<ItemState> item = itemOf(object);
-    if (!item || !object.contains("progress")) return item;
+    if (!item) return item;
+    if (object.contains("known")) reply.known.insert(item->id);
+    if (!object.contains("progress")) return item;
     const auto progress = progressOf(object.at("progress"));
     if (progress) reply.progress[item->id] = *progress;
     return progress ? item : std::nullopt;
@@ -340,9 +343,11 @@ QByteArray write(const Reply& reply) {
   if (reply.isPaused) object["paused"] = true;
   for (const ItemState& item : reply.items) {
     Json& element = object["items"].emplace_back(jsonOf(item));
+    if (reply.known.contains(item.id)) element["known"] = true;
     const auto progress = reply.progress.find(item.id);
     if (progress != reply.progress.end()) element["progress"] = jsonOf(progress->second);
   }
+  for (const ItemState& item : reply.there) object["there"].push_back(jsonOf(item));
   return lineOf(object);
 }
 

@@ -118,6 +118,7 @@ bool FilmAdder::goOnWith(const Input& input, const Request& request, Reply& repl
   watch_.update();
   if (const auto now = findKnownFilm(watch_.queue(), input.text)) {
     reply.items.push_back(*now);
+    reply.known.insert(now->id);
   }
   return true;
 }
@@ -130,6 +131,8 @@ bool FilmAdder::goOnWithComplete(const ItemState& film, const Input& input, cons
     return false;
   }
   reply.notes.push_back(input.text + " is already there: " + place + whatIsNotDone(place, request));
+  reply.there.push_back(film);
+  reply.there.back().path = place;
   if (request.plays) watch_.playWhenReady(film.id);
   return true;
 }

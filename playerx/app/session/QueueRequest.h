@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -73,6 +74,8 @@ struct Reply {
   std::vector<std::string> notes{};       ///< sentences for people: why not, or what to know
   std::vector<Refusal> refused{};         ///< inputs
   std::vector<model::ItemState> items{};  ///< the queue, or the items that adding leaves to fetch
+  std::set<unsigned int> known{};         ///< ids of those items that were in the queue before
+  std::vector<model::ItemState> there{};  ///< films of inputs that were complete before
   std::map<unsigned int, model::Progress> progress{};  ///< of those that arrive, by id
   bool isPaused = false;                               ///< the whole queue; with the queue only
   std::vector<std::string> results{};                  ///< sentences for people on what was done

@@ -54,6 +54,15 @@ TEST_F(ReporterTest, JsonNamesEveryFieldOfAnAddedItem) {
                                         {"path", "/m/film.avi"}}));
 }
 
+TEST_F(ReporterTest, AFilmThatWasThereIsFinishedForAProgram) {
+  makeJsonReporter(out, notes)->wasThere(film(DownloadStatusCompleted));
+  EXPECT_EQ(onlyLine()["event"], "finished");
+  EXPECT_EQ(onlyLine()["path"], "/m/film.avi");
+  out.str("");
+  makeLineReporter(out, notes)->wasThere(film(DownloadStatusCompleted));
+  EXPECT_EQ(out.str() + notes.str(), "");
+}
+
 TEST_F(ReporterTest, JsonFailuresCarryCodeBesideSentence) {
   makeJsonReporter(out, notes)->failed(film(DownloadStatusFailed), kReason);
   EXPECT_EQ(onlyLine()["event"], "failed");

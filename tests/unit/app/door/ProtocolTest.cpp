@@ -84,6 +84,7 @@ TEST(ProtocolTest, AnAnswerComesBackAsItWent) {
   expectSameAfterTheSocket(QueueEvent{.kind = QueueEvent::Kind::kMoved});
   expectSameAfterTheSocket(Reply{.items = {film()}, .progress = {{film().id, progress}}});
   expectSameAfterTheSocket(Reply{.items = {film()}, .isPaused = true});
+  expectSameAfterTheSocket(Reply{.items = {film()}, .known = {film().id}, .there = {film()}});
 }
 
 TEST(ProtocolTest, TextThatIsNotUtf8IsReplaced) {
