@@ -150,7 +150,8 @@ TEST_F(ServedQueueTest, OnlyWhatIsNewIsToldAsAdded) {
 TEST_F(ServedQueueTest, PausingOneItemLetsTheNextBegin) {
   const auto first = startSlow("a.avi");
   EXPECT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);
-  EXPECT_EQ(home.run({"pause", "1"}).status, 0);
+  EXPECT_THAT(home.run({"pause", "1"}).errors,
+              HasSubstr("Paused: a.avi; what waits goes before it."));
   EXPECT_EQ(first->wait(), 0) << first->errors();
   EXPECT_THAT(home.films(), ElementsAre("b.avi"));
   EXPECT_EQ(home.run({"resume", "1"}).status, 0);

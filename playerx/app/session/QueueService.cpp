@@ -274,21 +274,26 @@ Reply QueueService::move(const ItemState& item, Direction direction) {
 
 Reply QueueService::tellPlace(const ItemState& item) {
   watch_.update();
+  const std::size_t length = watch_.queue().size();
+  const std::ptrdiff_t place = placeOf(item.id);
+  if (place == 0) return refuseUnknown({.id = item.id}, length);
+  return done(displayName(item) + " is now item " + std::to_string(place) + " of " +
+              std::to_string(length) + ".");
+}
+
+/// From 1 on; 0 when the item is not in the queue.
+std::ptrdiff_t QueueService::placeOf(unsigned int id) const {
   const std::vector<ItemState>& queue = watch_.queue();
-  const ItemState* const moved = find(queue, {.id = item.id});
-  if (moved == nullptr) return refuseUnknown({.id = item.id}, queue.size());
-  return done(displayName(item) + " is now item " + std::to_string(moved - queue.data() + 1) +
-              " of " + std::to_string(queue.size()) + ".");
+  const ItemState* const found = find(queue, {.id = id});
+  return found == nullptr ? 0 : found - queue.data() + 1;
 }
 
 /// One step at a time, because the manager knows no other way to a place in between.
 Reply QueueService::moveBefore(const ItemState& item, unsigned int before) {
   VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
-  const std::vector<ItemState>& queue = watch_.queue();
-  const Request target{.id = before};
-  const ItemState* const end = find(queue, target);
-  if (end == nullptr) return refuseUnknown(target, queue.size());
-  auto steps = end - find(queue, {.id = item.id});
+  const std::ptrdiff_t end = placeOf(before);
+  if (end == 0) return refuseUnknown({.id = before}, watch_.queue().size());
+  std::ptrdiff_t steps = end - placeOf(item.id);
   bool isMoved = true;
   for (; steps < 0 && isMoved; ++steps) isMoved = manager.moveUp(item.id);
   for (; steps > 1 && isMoved; --steps) isMoved = manager.moveDown(item.id);
@@ -300,8 +305,11 @@ Reply QueueService::pause(const ItemState& item) {
     return failed("Only what waits or arrives can be paused; this one is " +
                   std::string(model::statusWord(item.status)) + ".");
   }
+  const std::size_t unfinished = countIf(
+      watch_.queue(), [](const ItemState& each) { return model::isUnfinished(each.status); });
+  const bool isPassed = item.status == DownloadStatusDownloading && unfinished > 1;
   held_.hold(item, watch_.queue());
-  return done("Paused: " + displayName(item) + ".");
+  return done("Paused: " + displayName(item) + (isPassed ? "; what waits goes before it." : "."));
 }
 
 Reply QueueService::resume(const ItemState& item) {

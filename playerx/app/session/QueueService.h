@@ -58,6 +58,7 @@ class QueueService {
   Reply move(const model::ItemState& item, Request::Direction direction);
   Reply moveBefore(const model::ItemState& item, unsigned int before);
   Reply tellPlace(const model::ItemState& item);
+  std::ptrdiff_t placeOf(unsigned int id) const;
   Reply pause(const model::ItemState& item);
   Reply resume(const model::ItemState& item);
   Reply resumeAll();
