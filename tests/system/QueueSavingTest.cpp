@@ -43,6 +43,24 @@ class QueueSavingTest : public testing::Test {
         home.data());
   }
 
+  /// Removes the only item on a disk with the queue, what the player has reserved, and not a byte
+  /// to spare. The output ends with the status, the queue file, and the partials.
+  PlayerResult removeOnFullDisk(const std::string& fill) {
+    EXPECT_EQ(home.run({"pause", "1"}).status, 1) << "one that has failed; the queue is opened";
+    std::filesystem::copy_file(home.queueFile(), home.data() / "saved.xml");
+    std::string player;
+    for (const std::string& word : home.commandLine({"remove", "1"})) player += "'" + word + "' ";
+    const std::string commands =
+        "exec 3< saved.xml 4< reserved-room; mount -t tmpfs -o size=1m data . && cd \"$PWD\" && "
+        "cat <&3 > downloadmanager.xml && cat <&4 > reserved-room && " +
+        fill + "; " + player + "; echo status $?; cat downloadmanager.xml; ls partial";
+    support::Process shell(
+        {.arguments = {"unshare", "--map-root-user", "--mount", "sh", "-c", commands},
+         .environment = home.environment(),
+         .workingFolder = home.data()});
+    return finish(shell);
+  }
+
   auto saysThatItCannotBeWritten() {
     return AllOf(HasSubstr("The queue file " + home.queueFile().string()), HasSubstr("--data"));
   }
@@ -105,28 +123,19 @@ TEST_F(QueueSavingTest, AFullDiskKeepsNobodyFromRemoving) {
   const std::string lack = lackOfNamespaces();
   ASSERT_EQ(lack, "");
   queueOne();
-  const std::filesystem::path saved = home.data() / "saved.xml";
-  std::filesystem::copy_file(home.queueFile(), saved);
-  // A disk with the queue, what has arrived of its film, and not a byte to spare.
-  const auto asOnFullDisk = [&](const std::string& command) {
-    std::string fill =
-        "exec 3< saved.xml; mount -t tmpfs -o size=1m data . && cd \"$PWD\" && "
-        "cat <&3 > downloadmanager.xml && mkdir partial && "
-        "{ head -c 2m /dev/zero > partial/0123456789abcdef.part || true; }; " +
-        command;
-    return fill;
-  };
-  std::string player;
-  for (const std::string& word : home.commandLine({"remove", "1"})) player += "'" + word + "' ";
-  support::Process shell(
-      {.arguments = {"unshare", "--map-root-user", "--mount", "sh", "-c",
-                     asOnFullDisk(player +
-                                  "; echo status $?; cat downloadmanager.xml; ls partial")},
-       .environment = home.environment(),
-       .workingFolder = home.data()});
-  const PlayerResult result = finish(shell);
+  const PlayerResult result = removeOnFullDisk(
+      "mkdir partial && { head -c 2m /dev/zero > partial/0123456789abcdef.part || true; }");
   EXPECT_THAT(result.output, HasSubstr("status 0")) << result.output << result.errors;
-  EXPECT_THAT(result.output, AllOf(Not(HasSubstr("a.avi")), Not(HasSubstr(".part"))));
+  EXPECT_THAT(result.output, AllOf(Not(HasSubstr("a.avi\"")), Not(HasSubstr(".part"))));
+}
+
+TEST_F(QueueSavingTest, RemovingHasItsRoomOnADiskThatOthersHaveFilled) {
+  const std::string lack = lackOfNamespaces();
+  ASSERT_EQ(lack, "");
+  queueOne();
+  const PlayerResult result = removeOnFullDisk("{ head -c 2m /dev/zero > of-others || true; }");
+  EXPECT_THAT(result.output, HasSubstr("status 0")) << result.output << result.errors;
+  EXPECT_THAT(result.output, Not(HasSubstr("a.avi\"")));
 }
 
 TEST_F(QueueSavingTest, AFileThatCannotBeOpenedIsSaidAndLeftAsItIs) {

@@ -57,6 +57,7 @@ std::string PlayerSession::openForChange(Access access) {
   std::string problem = saved_->readProblem();
   if (problem.empty() && access == Access::kChange) problem = saved_->writeProblem();
   saved_->keepToOwner();
+  if (problem.empty() && access == Access::kChange) saved_->reserveRoom();
   if (problem.empty()) problem = loadManager();
   if (!problem.empty()) return problem;
   filmOptions_ = std::make_unique<FilmOptionsFile>(places_.data);

@@ -38,6 +38,9 @@ constexpr char kUnreadableMark[] = ".unreadable";
 /// Names the files set aside of which the user has been told, one a line.
 constexpr char kToldFile[] = "set-aside.txt";
 
+/// Takes the room that saving needs when there is no other.
+constexpr char kRoomFile[] = "reserved-room";
+
 /// Bytes that the next change may add to the file.
 constexpr std::size_t kRoomToGrow = 4096;
 
@@ -97,6 +100,8 @@ int takeRoom(int file, std::uintmax_t bytes) {
   const std::string filling(bytes, ' ');
   return writeFully(file, filling.data(), filling.size()).error;
 }
+
+bool isDiskFull(int error) { return error == ENOSPC || error == EDQUOT; }
 
 /// Copies what the download manager would read, which after a power cut may be another version than
 /// the one under the name. Returns 0 or an error number.
@@ -193,7 +198,11 @@ std::string SavedQueue::writeProblem() const {
 std::string SavedQueue::saveAgain(DownloadManagerInterface& manager,
                                   QueueReaderInterface& reader) const {
   saveOnceMore(manager, reader);
-  const int error = saveError();
+  int error = saveError();
+  if (isDiskFull(error) && giveRoomBack()) {
+    saveOnceMore(manager, reader);
+    error = saveError();
+  }
   if (error == 0) return {};
   return "The queue file " + file_ + " does not hold the last changes (" + wordsOf(error) +
          "); free some space or make it writable, then run the command again.";
@@ -203,10 +212,30 @@ std::string SavedQueue::saveAgain(DownloadManagerInterface& manager,
 int SavedQueue::tryToReplace() const {
   int error = 0;
   const HiddenFile trial = HiddenFile::create(file_, error);
-  if (error != 0) return error;
+  return error == 0 ? takeRoom(trial.descriptor(), roomNeeded()) : error;
+}
+
+void SavedQueue::reserveRoom() const {
+  const std::string name = folder_ + "/" + kRoomFile;
+  const Descriptor file(
+      open(name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly));
+  struct stat status {};
+  if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return;
+  const std::uintmax_t needed = roomNeeded();
+  if (static_cast<std::uintmax_t>(status.st_size) < needed) takeRoom(file.get(), needed);
+}
+
+/// Whether there was any.
+bool SavedQueue::giveRoomBack() const {
+  std::error_code error;
+  return std::filesystem::remove(folder_ + "/" + kRoomFile, error);
+}
+
+/// In bytes, for a whole new file beside the present one.
+std::uintmax_t SavedQueue::roomNeeded() const {
   std::error_code isMissing;
   const std::uintmax_t size = std::filesystem::file_size(file_, isMissing);
-  return takeRoom(trial.descriptor(), (isMissing ? 0 : size) + kRoomToGrow);
+  return (isMissing ? 0 : size) + kRoomToGrow;
 }
 
 std::vector<std::string> SavedQueue::filesSetAside() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
@@ -49,6 +50,10 @@ class SavedQueue {
   /// Whether a new queue file can be written. Tries it, and leaves nothing behind.
   std::string writeProblem() const;
 
+  /// Keeps room on the disk for one more save, in a file of its own: what is removed while the disk
+  /// is full has to be saved before it can make room.
+  void reserveRoom() const;
+
   /// Has the manager, to which a view is attached, save the queue once more. Returns one sentence
   /// when the file still lacks changes, else "". `reader` reads the same manager.
   std::string saveAgain(VeskPlayerX::DownloadManagerInterface& manager,
@@ -69,6 +74,8 @@ class SavedQueue {
   std::set<std::string> unreadableFiles() const;
   std::set<std::string> filesTold() const;
   int tryToReplace() const;
+  bool giveRoomBack() const;
+  std::uintmax_t roomNeeded() const;
   int saveError() const;
 
   const std::string folder_;
