@@ -5,12 +5,13 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
 #include <csignal>
+#include <memory>
 
 #include "playerx/window/desktop/BusDesktop.h"
+#include "tests/support/Process.h"
 
 namespace playerx::window {
 namespace {
@@ -55,31 +56,19 @@ class Taskbar : public QObject {
 class BusDesktopTest : public testing::Test {
  protected:
   BusDesktopTest() {
-    bus_.start(QStringLiteral("dbus-daemon"),
-               {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                QStringLiteral("--print-address")});
-    EXPECT_TRUE(bus_.waitForReadyRead());
-    address_ = QString::fromUtf8(bus_.readLine().trimmed());
+    EXPECT_TRUE(bus_.waitForOutput("\n"));
+    address_ = QString::fromStdString(bus_.output()).trimmed();
   }
 
-  ~BusDesktopTest() override {
-    QDBusConnection::disconnectFromBus(address_);
-    for (QProcess* const process : {&mock_, &bus_}) {
-      process->kill();
-      process->waitForFinished();
-    }
-  }
+  ~BusDesktopTest() override { QDBusConnection::disconnectFromBus(address_); }
 
   /// Starts a service that prints the calls it gets, and waits until it is on the bus.
-  void mock(const QString& pattern, const QString& service) {
-    mock_.setProcessChannelMode(QProcess::MergedChannels);
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), address_);
-    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), address_);
-    mock_.setProcessEnvironment(environment);
-    mock_.start(
-        QStringLiteral("/usr/bin/python3"),
-        {QStringLiteral("-m"), QStringLiteral("dbusmock"), QStringLiteral("--template"), pattern});
+  void mock(const std::string& pattern, const QString& service) {
+    const std::string address = address_.toStdString();
+    mock_ = std::make_unique<support::Process>(support::ProcessOptions{
+        .arguments = {"/usr/bin/python3", "-m", "dbusmock", "--template", pattern},
+        .environment = {{"DBUS_SESSION_BUS_ADDRESS", address},
+                        {"DBUS_SYSTEM_BUS_ADDRESS", address}}});
     connection_ = QDBusConnection::connectToBus(address_, address_);
     EXPECT_TRUE(QTest::qWaitFor(
         [&] { return connection_.interface()->isServiceRegistered(service).value(); }, 20'000));
@@ -96,26 +85,22 @@ class BusDesktopTest : public testing::Test {
   }
 
   /// Waits until the service has printed this.
-  bool hears(const QByteArray& text) {
-    return QTest::qWaitFor(
-        [&] {
-          heard_ += mock_.readAll();
-          return heard_.contains(text);
-        },
-        10'000);
+  bool hears(const std::string& text) {
+    return QTest::qWaitFor([&] { return heard().find(text) != std::string::npos; }, 10'000);
   }
+
+  std::string heard() const { return mock_->output() + mock_->errors(); }
 
   BusAddresses addresses() const { return {address_, address_}; }
 
-  QProcess bus_;
-  QProcess mock_;
+  support::Process bus_{{"dbus-daemon", "--session", "--nofork", "--print-address"}};
+  std::unique_ptr<support::Process> mock_;
   QString address_;
-  QByteArray heard_;
   QDBusConnection connection_{QString()};
 };
 
 TEST_F(BusDesktopTest, ShowsNotificationsWithTheirTextAsText) {
-  mock(QStringLiteral("notification_daemon"), QStringLiteral("org.freedesktop.Notifications"));
+  mock("notification_daemon", QStringLiteral("org.freedesktop.Notifications"));
   BusDesktop desktop(addresses());
   desktop.notify(QStringLiteral("done"), QStringLiteral("Downloads"),
                  QStringLiteral("“<b>Film</b>” is done."));
@@ -124,16 +109,16 @@ TEST_F(BusDesktopTest, ShowsNotificationsWithTheirTextAsText) {
 }
 
 TEST_F(BusDesktopTest, ALaterNotificationOfATopicReplacesTheEarlierOne) {
-  mock(QStringLiteral("notification_daemon"), QStringLiteral("org.freedesktop.Notifications"));
+  mock("notification_daemon", QStringLiteral("org.freedesktop.Notifications"));
   BusDesktop desktop(addresses());
   desktop.notify(QStringLiteral("done"), QStringLiteral("Downloads"), QStringLiteral("First"));
   EXPECT_TRUE(hears("First"));
   desktop.notify(QStringLiteral("done"), QStringLiteral("Downloads"), QStringLiteral("Second"));
-  EXPECT_TRUE(hears("\"VeskPlayerX\" 1 \"playerx\"")) << heard_.toStdString();
+  EXPECT_TRUE(hears("\"VeskPlayerX\" 1 \"playerx\"")) << heard();
 }
 
 TEST_F(BusDesktopTest, KeepsTheMachineAwakeUntilItMaySleep) {
-  mock(QStringLiteral("logind"), QStringLiteral("org.freedesktop.login1"));
+  mock("logind", QStringLiteral("org.freedesktop.login1"));
   BusDesktop desktop(addresses());
   EXPECT_FALSE(isAwake());
   desktop.keepAwake(true);
@@ -164,8 +149,8 @@ TEST_F(BusDesktopTest, SaysWhenNoFileManagerCanShowAFile) {
 }
 
 TEST_F(BusDesktopTest, DoesNotWaitForAServiceThatHangs) {
-  mock(QStringLiteral("notification_daemon"), QStringLiteral("org.freedesktop.Notifications"));
-  ::kill(static_cast<pid_t>(mock_.processId()), SIGSTOP);
+  mock("notification_daemon", QStringLiteral("org.freedesktop.Notifications"));
+  mock_->send(SIGSTOP);
   QElapsedTimer clock;
   clock.start();
   {
@@ -174,11 +159,11 @@ TEST_F(BusDesktopTest, DoesNotWaitForAServiceThatHangs) {
     EXPECT_LT(clock.elapsed(), 100);
   }
   EXPECT_LT(clock.elapsed(), 2000);
-  ::kill(static_cast<pid_t>(mock_.processId()), SIGCONT);
+  mock_->send(SIGCONT);
 }
 
 TEST_F(BusDesktopTest, DoesNotWaitForABusThatHangs) {
-  ::kill(static_cast<pid_t>(bus_.processId()), SIGSTOP);
+  bus_.send(SIGSTOP);
   QElapsedTimer clock;
   clock.start();
   {
@@ -191,7 +176,7 @@ TEST_F(BusDesktopTest, DoesNotWaitForABusThatHangs) {
   }
   EXPECT_GT(clock.elapsed(), 700) << "it was waited for a moment";
   EXPECT_LT(clock.elapsed(), 2000);
-  ::kill(static_cast<pid_t>(bus_.processId()), SIGCONT);
+  bus_.send(SIGCONT);
 }
 
 TEST(BusDesktopWithoutBusTest, DoesWithoutABus) {

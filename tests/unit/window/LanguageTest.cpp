@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QMenu>
 #include <QMenuBar>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
@@ -17,6 +16,7 @@
 #include "playerx/window/model/Sentences.h"
 #include "playerx/window/shell/Language.h"
 #include "playerx/window/shell/Menus.h"
+#include "tests/support/Process.h"
 
 namespace playerx::window {
 namespace {
@@ -78,9 +78,9 @@ TEST(LanguageTest, EveryTextOfTheSourcesIsInTheTranslation) {
   const QString copy = folder.filePath(name);
   ASSERT_TRUE(QFile::copy(kTranslations + name, copy));
   const QString root = kTranslations + QStringLiteral("../../..");
-  ASSERT_EQ(QProcess::execute(QStringLiteral(LUPDATE), {"-silent", "-locations", "none", "-I", root,
-                                                        kTranslations + "..", "-ts", copy}),
-            0);
+  support::Process lupdate({LUPDATE, "-silent", "-locations", "none", "-I", root.toStdString(),
+                            (kTranslations + "..").toStdString(), "-ts", copy.toStdString()});
+  ASSERT_EQ(lupdate.wait(), 0) << lupdate.errors();
   const QList<Message> messages = messagesOf(copy, {});
   EXPECT_EQ(messages.size(), messagesOf(name).size()) << "run " TRANSLATIONS "/update";
   for (const Message& message : messages) {
