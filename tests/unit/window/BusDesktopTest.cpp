@@ -81,7 +81,9 @@ class BusDesktopTest : public testing::Test {
         QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("ListInhibitors")));
     const auto list = reply.arguments().value(0).value<QDBusArgument>();
     list.beginArray();
-    return !list.atEnd();
+    const bool isEmpty = list.atEnd();
+    list.endArray();
+    return !isEmpty;
   }
 
   /// Waits until the service has printed this.
