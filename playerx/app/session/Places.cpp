@@ -30,10 +30,10 @@ void overrideWith(const QString& key, const QString& value) {
   if (!value.isEmpty()) setPreferenceOverride(key, value);
 }
 
-/// What of `path` comes next below its folder `existing`; `path` itself when that is all of it.
+/// What of `path` comes next below its folder `existing`.
 std::filesystem::path firstMissing(std::filesystem::path path,
                                    const std::filesystem::path& existing) {
-  while (path != existing && path.parent_path() != existing) path = path.parent_path();
+  while (path.parent_path() != existing) path = path.parent_path();
   return path;
 }
 
@@ -106,11 +106,12 @@ std::string folderProblem(const SessionOptions& options) {
   if (!fs::is_directory(existing, error)) {
     return "--data cannot be " + folder.string() + ": " + existing.string() + " is not a folder.";
   }
+  if (existing == folder) return {};
   if (const fs::path link = firstMissing(folder, existing); fs::is_symlink(link, error)) {
     return "--data cannot be " + folder.string() + ": " + link.string() +
            " is a link that leads nowhere.";
   }
-  if (existing == folder || access(existing.c_str(), W_OK | X_OK) == 0) return {};
+  if (access(existing.c_str(), W_OK | X_OK) == 0) return {};
   return "--data cannot be " + folder.string() + ": no folder can be made in " + existing.string() +
          ".";
 }

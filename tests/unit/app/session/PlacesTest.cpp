@@ -41,7 +41,10 @@ TEST(PlacesTest, ADataFolderBehindALinkThatLeadsNowhereIsRefused) {
               "--data cannot be " + data + ": " + link + " is a link that leads nowhere.");
   }
   std::filesystem::create_directory(folder / "nowhere");
-  EXPECT_EQ(folderProblem(options), "");
+  for (const std::string& data : {link, link + "/below"}) {
+    options.dataFolder = data;
+    EXPECT_EQ(folderProblem(options), "") << "a link to a folder";
+  }
 }
 
 TEST(PlacesTest, WhatIsMissingIsAskedFor) {
