@@ -62,13 +62,14 @@ void Transfer::onOpened() {
     return place();
   }
   if (!opened.part) return breakOff(opened.failure, opened.detail);
-  session_->log.arrivesIn(part().paths().bytes());
   const std::uint64_t size = part().file().size();
+  // Before the path: who sees that takes the bytes for those that were there.
+  reports_.found(size);
+  session_->log.arrivesIn(part().paths().bytes());
   if (part().isWhole()) {
     reports_.whole(size);
     return place();
   }
-  reports_.found(size);
   retries_ = RetryCounter(size);
   request();
 }

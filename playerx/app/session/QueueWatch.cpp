@@ -164,7 +164,8 @@ std::optional<model::Progress> QueueWatch::measureSilence(const ItemState& item)
 std::optional<model::Progress> QueueWatch::measure(const ItemState& item) {
   if (item.status != DownloadStatusDownloading) return std::nullopt;
   const std::optional<TransferReport> transfer = session_.findTransfer(item.url);
-  if (!transfer) return std::nullopt;
+  // Until its partial is open, what an earlier run has left of it is not counted.
+  if (!transfer || transfer->partialPath.empty()) return std::nullopt;
   model::ProgressMeter& meter = meters_[item.id];
   meter.feed(model::ProgressMeter::Clock::now(), transfer->arrived, transfer->total);
   model::Progress progress = meter.progress();

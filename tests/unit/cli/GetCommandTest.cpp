@@ -198,6 +198,7 @@ TEST_F(GetCommandTest, AFilmIsPlayedOnceAsSoonAsEnoughOfItIsThere) {
 TEST_F(GetCommandTest, AFilmThatFlowsIsReportedFromTimeToTime) {
   DownloadItem& film = module_.put("http://h/a.avi", DownloadStatusDownloading);
   fake_.reports.isThere = true;
+  fake_.reports.last.partialPath = "/partial/a";
   // Nothing is announced, so that only the passing of time leads to another look.
   int looks = 0;
   module_.atEachLook([&] {
