@@ -7,6 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include "playerx/app/inputs/TicketFile.h"
+
 namespace playerx::cli {
 
 namespace {
@@ -47,7 +49,8 @@ std::string readInputFile(const std::string& path, std::vector<std::string>& inp
   const bool isRead = list.eof() && !list.bad();
   if (isRead) return {};
   const int error = errno == 0 ? ENOENT : errno;
-  return "The list " + path + " cannot be read (" + std::generic_category().message(error) + ").";
+  return "The list " + inputs::displayPath(path) + " cannot be read (" +
+         std::generic_category().message(error) + ").";
 }
 
 }  // namespace playerx::cli

@@ -23,12 +23,19 @@ namespace {
 /// Higher positions are typing errors.
 constexpr int kMostItems = 1'000'000;
 
+/// An empty variable of a shell would stand for the usual folder.
+std::string faultOfFolder(const std::string& name) {
+  return name.empty() ? "the folder has no name" : "";
+}
+
 void addGlobalOptions(CLI::App& app, Options& options) {
   app.option_defaults()->take_last();
   app.add_option("--data", options.session.dataFolder,
                  "Folder of the queue and of unfinished files")
+      ->check(CLI::Validator(faultOfFolder, ""))
       ->type_name("DIR");
   app.add_option("--media", options.session.mediaFolder, "Folder that receives the films")
+      ->check(CLI::Validator(faultOfFolder, ""))
       ->type_name("DIR");
   // Without their descriptions, which the help would print behind the types.
   app.add_option("--cacert", options.session.caFile, "PEM file of certificate authorities to trust")
@@ -52,8 +59,7 @@ int positionOf(const std::string& text) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), position);
   const bool isWhole = error == std::errc() && end == text.data() + text.size();
   if (isWhole && position >= 1 && position <= kMostItems) return position;
-  complain("\"" + printable(text) +
-           "\" is no position; give a whole number from 1 on, as `list` prints it.");
+  complain(quoted(text) + " is no position; give a whole number from 1 on, as `list` prints it.");
 }
 
 Request::Direction directionOf(const std::string& text) {
@@ -62,7 +68,7 @@ Request::Direction directionOf(const std::string& text) {
       {"up", kUp}, {"down", kDown}, {"top", kTop}, {"bottom", kBottom}};
   const auto found = kDirections.find(text);
   if (found != kDirections.end()) return found->second;
-  complain("\"" + printable(text) + "\" is no direction; give up, down, top or bottom.");
+  complain(quoted(text) + " is no direction; give up, down, top or bottom.");
 }
 
 std::string nameOf(const std::string& text) {
@@ -244,10 +250,6 @@ std::string advice(const std::string& typed, const std::vector<std::string>& nam
   return nearest.empty() ? "; " + all + "." : "; did you mean \"" + nearest + "\"?";
 }
 
-std::string quoted(const std::string& typed) {
-  return "\"" + printable(withoutCredentials(typed)) + "\"";
-}
-
 /// One plain sentence on a word that is not the name of a command.
 std::string complaintOfCommand(const CLI::App& app, const std::string& typed) {
   return "There is no command " + quoted(typed) +
@@ -298,7 +300,7 @@ std::string contradictionIn(const Options& options) {
   return {};
 }
 
-/// Prints the usage of the command with this name, or that of the program for none.
+/// Prints the usage of the command with this name, or that of the program when it is empty.
 void printHelp(const CLI::App& app, const std::string& name) {
   const auto named =
       app.get_subcommands([&name](const CLI::App* command) { return command->get_name() == name; });
@@ -310,7 +312,7 @@ void printHelp(const CLI::App& app, const std::string& name) {
             << std::flush;
 }
 
-/// The help does not list it: the usage names it.
+/// Not in the list of commands: the footer of the help names it.
 void addHelp(CLI::App& app) {
   CLI::App* const help = app.add_subcommand("help", "Show the usage, or that of a command");
   const CLI::Option* const name =
@@ -322,11 +324,8 @@ void addHelp(CLI::App& app) {
   });
 }
 
-}  // namespace
-
-std::optional<Options> parseOptions(int argc, const char* const* argv, int* status) {
-  Options options;
-  CLI::App app("Downloads films and keeps a queue of them.", "playerx-cli");
+/// The commands with their options, and what the help says of them.
+void addCommands(CLI::App& app, Options& options) {
   app.require_subcommand(1);
   app.fallthrough();
   addGlobalOptions(app, options);
@@ -344,14 +343,30 @@ std::optional<Options> parseOptions(int argc, const char* const* argv, int* stat
       "`playerx-cli help COMMAND` shows what a command takes. The address of a film ends in .vesk, "
       ".xvid, .avi or .mkv; a ticket may name any file.");
   app.set_version_flag("--version", "playerx-cli " PLAYERX_VERSION, "Print the version");
+}
+
+/// Prints the help that was asked for, or what is wrong with the arguments. Returns the exit
+/// status.
+int reportParseEnd(const CLI::App& app, const CLI::ParseError& error) {
+  const bool isHelp = error.get_exit_code() == 0;
+  if (isHelp) {
+    app.exit(error);
+  } else {
+    std::cerr << "playerx-cli: " << withoutPasswords(complaintOf(app, error)) << std::endl;
+  }
+  return isHelp ? kExitDone : kExitUsage;
+}
+
+}  // namespace
+
+std::optional<Options> parseOptions(int argc, const char* const* argv, int* status) {
+  Options options;
+  CLI::App app("Downloads films and keeps a queue of them.", "playerx-cli");
+  addCommands(app, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    const bool isHelp = error.get_exit_code() == 0;
-    if (isHelp) app.exit(error);
-    if (!isHelp)
-      std::cerr << "playerx-cli: " << withoutPasswords(complaintOf(app, error)) << std::endl;
-    *status = isHelp ? kExitDone : kExitUsage;
+    *status = reportParseEnd(app, error);
     return std::nullopt;
   }
   const std::string contradiction = contradictionIn(options);

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <clocale>
 #include <cwchar>
-#include <string_view>
+
+#include "playerx/app/inputs/TicketFile.h"
 
 namespace playerx::cli {
 
@@ -69,18 +70,21 @@ std::string printable(const std::string& text) {
   return QString::fromStdU32String(clean).toStdString();
 }
 
-std::string withoutPasswords(std::string sentence) {
-  constexpr std::string_view kScheme = "://";
-  std::size_t begin = 0;
-  while ((begin = sentence.find(kScheme, begin)) != std::string::npos) {
-    begin += kScheme.size();
-    const std::size_t end = std::min(sentence.find_first_of(" \t\r\n\"", begin), sentence.size());
-    const std::size_t at = std::string_view(sentence).substr(begin, end - begin).rfind('@');
-    const std::size_t shown = at == std::string_view::npos ? 0 : at + 1;
-    sentence.erase(begin, shown);
-    begin = end - shown;
+std::string quoted(const std::string& typed) {
+  return "\"" + printable(inputs::displayPath(typed)) + "\"";
+}
+
+std::string withoutPasswords(const std::string& sentence) {
+  constexpr char kEnds[] = " \t\r\n\"";
+  std::string shown;
+  std::size_t end = 0;
+  for (std::size_t begin = 0; begin < sentence.size(); begin = end + 1) {
+    end = std::min(sentence.find_first_of(kEnds, begin), sentence.size());
+    const std::string word = sentence.substr(begin, end - begin);
+    shown += inputs::displayPath(word);
+    shown += sentence.substr(end, 1);
   }
-  return sentence;
+  return shown;
 }
 
 std::size_t columnsOf(const std::string& text) {

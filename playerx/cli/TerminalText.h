@@ -9,8 +9,11 @@ namespace playerx::cli {
 /// bytes that are not UTF-8 become "?", so that no title can steer the terminal.
 std::string printable(const std::string& text);
 
-/// A sentence about the command line without the user names and passwords of addresses in it.
-std::string withoutPasswords(std::string sentence);
+/// What was typed, for a sentence: in quotes, and without the user name and password of an address.
+std::string quoted(const std::string& typed);
+
+/// A sentence without the user names and passwords of addresses that are words of it.
+std::string withoutPasswords(const std::string& sentence);
 
 /// The columns that `text` takes on a terminal.
 std::size_t columnsOf(const std::string& text);

@@ -36,8 +36,7 @@ unsigned triesOf(const std::string& text) {
   if (text == "0" || text == "inf") return inputs::kMostTries;
   const auto tries = numberIn<unsigned>(text);
   if (tries && *tries <= inputs::kMostTries) return *tries;
-  complain("\"" + printable(text) +
-           "\" is no number of tries; give 1 or more, or 0 or inf for no limit.");
+  complain(quoted(text) + " is no number of tries; give 1 or more, or 0 or inf for no limit.");
 }
 
 std::chrono::seconds timeoutOf(const std::string& text) {
@@ -45,7 +44,7 @@ std::chrono::seconds timeoutOf(const std::string& text) {
   if (seconds && *seconds > 0 && *seconds <= inputs::kLongestTimeout.count()) {
     return std::chrono::seconds(static_cast<std::int64_t>(std::ceil(*seconds)));
   }
-  complain("\"" + printable(text) + "\" is no time limit; give seconds, from 1 to " +
+  complain(quoted(text) + " is no time limit; give seconds, from 1 to " +
            std::to_string(inputs::kLongestTimeout.count()) + ".");
 }
 
@@ -104,8 +103,8 @@ std::uint64_t rateOf(const std::string& text) {
   if (value && *value >= 0 && *value * factor <= kHighestRate) {
     return static_cast<std::uint64_t>(std::ceil(*value * factor));
   }
-  complain("\"" + printable(text) +
-           "\" is no rate; give bytes per second, with K, M or G behind the number for more, or "
+  complain(quoted(text) +
+           " is no rate; give bytes per second, with K, M or G behind the number for more, or "
            "none.");
 }
 

@@ -62,7 +62,9 @@ bool readInputs(Options& options) {
     if (problem.empty()) problem = readInputFile(list, options.request.inputs);
   }
   if (problem.empty() && options.request.inputs.empty()) {
-    problem = "The list " + options.inputFiles.front() + " names no films.";
+    problem = options.inputFiles.size() > 1
+                  ? "The lists name no films."
+                  : "The list " + options.inputFiles.front() + " names no films.";
   }
   if (!problem.empty()) {
     std::cerr << "playerx-cli: " << printable(withoutPasswords(problem)) << std::endl;

@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <string_view>
 
+#include "playerx/app/inputs/TicketFile.h"
 #include "playerx/app/model/FilmCheck.h"
 #include "playerx/platform/Text.h"
 #include "playerx/transfers/Checksum.h"
@@ -68,7 +69,7 @@ std::string faultOfReferer(const std::string& referer) {
 std::string faultOfNetrcFile(const std::string& path) {
   std::error_code error;
   if (fs::path(path).is_absolute() && isUtf8(path) && fs::is_regular_file(path, error)) return {};
-  return "There is no file \"" + path + "\" with user names and passwords.";
+  return "There is no file \"" + displayPath(path) + "\" with user names and passwords.";
 }
 
 std::string faultOfCookieFile(const std::string& path) {
@@ -78,7 +79,8 @@ std::string faultOfCookieFile(const std::string& path) {
                        fs::is_directory(file.parent_path(), error) &&
                        (!fs::exists(file, error) || fs::is_regular_file(file, error));
   if (isPlace) return {};
-  return "Cookies cannot be kept in \"" + path + "\"; name a file in a folder that exists.";
+  return "Cookies cannot be kept in \"" + displayPath(path) +
+         "\"; name a file in a folder that exists.";
 }
 
 std::string faultOfSum(const std::string& sha256) {
@@ -89,7 +91,7 @@ std::string faultOfSum(const std::string& sha256) {
 
 std::string faultOfName(const std::string& name) {
   if (model::isFilmName(name)) return {};
-  return "\"" + name + "\" is no file name; --media chooses the folder.";
+  return "\"" + displayPath(name) + "\" is no file name; --media chooses the folder.";
 }
 
 std::string faultOfSharing(bool isOneAddress, const std::string& name, const FilmOptions& options) {

@@ -6,13 +6,19 @@ namespace playerx::cli {
 namespace {
 
 TEST(TerminalTextTest, AddressesInASentenceLoseUserAndPassword) {
-  EXPECT_EQ(withoutPasswords("\"http://u:p/q@r@h/a.avi\" and ftp://u@h is a b@c."),
+  EXPECT_EQ(withoutPasswords("\"http://u:p@h/a.avi\" and ftp://u@h is a b@c."),
             "\"http://h/a.avi\" and ftp://h is a b@c.");
-  EXPECT_EQ(withoutPasswords("http://h/a.avi, mail a@b"), "http://h/a.avi, mail a@b");
-  EXPECT_EQ(withoutPasswords("http://u:p@h\thttp://h?of=http://u:p@g"), "http://h\thttp://g");
+  EXPECT_EQ(withoutPasswords("\"http://u:p/q@h/a.avi\" is wrong"), "\"...@h/a.avi\" is wrong");
+  EXPECT_EQ(withoutPasswords("http://h/@u/a.avi, mail a@b"), "http://h/@u/a.avi, mail a@b");
+  EXPECT_EQ(withoutPasswords("http://u:p@h\tx "), "http://h\tx ");
   EXPECT_EQ(withoutPasswords("://"), "://");
   const std::string longest = "http://" + std::string(1'000'000, 'a');
   EXPECT_EQ(withoutPasswords(longest), longest);
+}
+
+TEST(TerminalTextTest, WhatIsQuotedShowsNoPasswordEither) {
+  EXPECT_EQ(quoted("1\x1b"), "\"1?\"");
+  EXPECT_EQ(quoted("http://u:pa \"ss@h/a.avi"), "\"http://h/a.avi\"");
 }
 
 TEST(TerminalTextTest, TheBarFillsWithThePercentage) {
