@@ -1,6 +1,7 @@
 #include "playerx/app/inputs/Input.h"
 
 #include <QString>
+#include <QUrl>
 #include <algorithm>
 
 #include "VeskPlayerX/DownloadManagerInterface.h"
@@ -22,6 +23,9 @@ AddResult refused(reasons::Explanation explanation) {
   return {AddResult::kRefused, std::move(explanation)};
 }
 
+/// U+200C and U+200D, with which several languages spell words.
+bool isJoiner(wchar_t c) { return c == 0x200C || c == 0x200D; }
+
 /// The name of an address's file without its escapes, as people read it; empty, so that the manager
 /// takes the name as it stands, without escapes or when they stand for what cannot be printed:
 /// control characters, or those that turn the direction of what follows.
@@ -31,8 +35,9 @@ std::wstring readableTitle(const std::wstring& address) {
   const WideText title = decodeUtf8({bytes.data(), static_cast<std::size_t>(bytes.size())});
   const bool isPrintable =
       !title.malformed &&
-      std::all_of(title.characters.begin(), title.characters.end(),
-                  [](wchar_t c) { return QChar::isPrint(static_cast<char32_t>(c)); });
+      std::all_of(title.characters.begin(), title.characters.end(), [](wchar_t c) {
+        return isJoiner(c) || QChar::isPrint(static_cast<char32_t>(c));
+      });
   return isPrintable && title.characters != name ? title.characters : L"";
 }
 
@@ -65,6 +70,22 @@ bool isTakenForSecure(const std::string& address) {
          text.contains("https", Qt::CaseInsensitive);
 }
 
+/// A host may be written with letters of any language; its name in the network is ASCII.
+std::string withAsciiHost(const std::string& address) {
+  const std::size_t behind = address.find("://") + 3;
+  const std::size_t end = std::min(address.find_first_of("/?#", behind), address.size());
+  const std::size_t user = address.rfind('@', end);
+  const std::size_t begin = user == std::string::npos || user < behind ? behind : user + 1;
+  const std::size_t length = std::min(address.find(':', begin), end) - begin;
+  const std::string host = address.substr(begin, length);
+  const QByteArray ascii = QUrl::toAce(QString::fromStdString(host));
+  const bool isAscii = std::all_of(host.begin(), host.end(),
+                                   [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  return isAscii || ascii.isEmpty()
+             ? address
+             : std::string(address).replace(begin, length, ascii.toStdString());
+}
+
 }  // namespace
 
 std::string unquoted(const std::string& input) {
@@ -75,8 +96,12 @@ std::string unquoted(const std::string& input) {
 std::string cleaned(const std::string& input) {
   if (input.find("://") == std::string::npos) return input;
   const bool isText = !decodeUtf8(input).malformed;
-  const std::string text = isText ? input : escapedBeyondAscii(input);
-  return QString::fromStdString(text).trimmed().toStdString();
+  const std::string text = isText ? withAsciiHost(input) : escapedBeyondAscii(input);
+  // A fragment is for the reader of what an address names, not for its server. A password may
+  // have the same character.
+  const std::size_t user = text.rfind('@');
+  const std::size_t end = text.find('#', user == std::string::npos ? 0 : user);
+  return QString::fromStdString(text.substr(0, end)).trimmed().toStdString();
 }
 
 bool isTicketPath(const std::string& argument) {

@@ -1,7 +1,9 @@
 #include "playerx/app/inputs/TicketContents.h"
 
 #include <QString>
+#include <algorithm>
 #include <memory>
+#include <ranges>
 
 #include "KPX/OSUtilities.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
@@ -24,6 +26,9 @@ using persistence::TicketProblem;
 
 /// Servers are asked for this many films of a ticket; more are listed without their sizes.
 constexpr std::size_t kMostQuestions = 50;
+
+/// Faults that are listed of one ticket, which may hold millions, are as many as films.
+constexpr std::size_t kMostListed = kMostFilms;
 
 std::string narrow(const std::wstring& text) { return StringTools::wStringToString(text); }
 
@@ -117,12 +122,15 @@ std::vector<TicketFinding> clearFilms(const std::wstring& path, const reasons::P
   }
   const ClearTicket contents = persistence::readClearTicket(*text);
   std::vector<TicketFinding> findings;
-  for (const TicketFilm& film : contents.films) {
+  for (const TicketFilm& film : contents.films | std::views::take(kMostListed)) {
     findings.push_back(findingOf(film));
     if (findings.size() <= kMostQuestions) addSize(findings.back(), probe);
   }
-  for (const TicketFault& fault : contents.faults) {
+  for (const TicketFault& fault : contents.faults | std::views::take(kMostListed)) {
     findings.push_back(problem(static_cast<int>(fault.line), sentenceOf(fault.problem, contents)));
+  }
+  if (std::max(contents.films.size(), contents.faults.size()) > kMostListed) {
+    findings.push_back(problem(0, "The rest of this ticket is not listed."));
   }
   return findings;
 }

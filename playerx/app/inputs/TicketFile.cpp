@@ -80,6 +80,17 @@ std::optional<std::wstring> readTicketText(const std::wstring& path, Explanation
   return kvpm::StringTools::uStringToWstring(bytes);
 }
 
+std::vector<std::string> filmsOfTicket(const std::wstring& path) {
+  Explanation problem;
+  const std::optional<std::wstring> text = readTicketText(path, &problem);
+  std::vector<std::string> films;
+  if (!text) return films;
+  for (const persistence::TicketFilm& film : persistence::readClearTicket(*text).films) {
+    films.push_back(kvpm::StringTools::wStringToString(film.url));
+  }
+  return films;
+}
+
 bool isSealedTicket(const std::wstring& text) {
   return std::wstring_view(text).substr(0, text.find_first_of(L"\n\r")) == kSealedLine;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "playerx/app/reasons/Reason.h"
 
@@ -16,12 +17,15 @@ constexpr std::size_t kMostFilms = 10'000;
 /// Longest title, provider or address of a film, in characters.
 constexpr std::size_t kLongestText = 8192;
 
-/// What may be shown of a ticket's path: an address in its place loses its password.
+/// What may be shown of a path or another word: an address in its place loses its password.
 std::string displayPath(const std::string& path);
 
 /// The text of a ticket file; nullopt, with the reason in `*problem`, when it cannot be read or is
 /// too large.
 std::optional<std::wstring> readTicketText(const std::wstring& path, reasons::Explanation* problem);
+
+/// The addresses that a clear ticket names, in UTF-8; empty for a file that is none.
+std::vector<std::string> filmsOfTicket(const std::wstring& path);
 
 /// Whether this is the text of a protected ticket, which only the online services can read.
 bool isSealedTicket(const std::wstring& text);

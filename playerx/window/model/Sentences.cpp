@@ -21,6 +21,7 @@ constexpr const char* kForms[] = {
     QT_TRANSLATE_NOOP("Sentence", "This film has no line \"end\"."),
     QT_TRANSLATE_NOOP("Sentence", "This film has no line \"end\" before the next \"start\"."),
     QT_TRANSLATE_NOOP("Sentence", "There is an \"end\" without a \"start\"."),
+    QT_TRANSLATE_NOOP("Sentence", "The rest of this ticket is not listed."),
     QT_TRANSLATE_NOOP("Sentence", "The online services name no film for this protected ticket."),
     QT_TRANSLATE_NOOP("Sentence", "This is an address, not a ticket file."),
 

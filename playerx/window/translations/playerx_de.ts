@@ -47,6 +47,10 @@
         <translation>Es gibt ein „end“ ohne „start“.</translation>
     </message>
     <message>
+        <source>The rest of this ticket is not listed.</source>
+        <translation>Der Rest dieses Tickets wird nicht aufgeführt.</translation>
+    </message>
+    <message>
         <source>The online services name no film for this protected ticket.</source>
         <translation>Die Online-Dienste nennen zu diesem geschützten Ticket keinen Film.</translation>
     </message>
@@ -260,7 +264,7 @@
     </message>
     <message>
         <source>This is more than the player that holds the queue takes at once; give fewer addresses at a time.</source>
-        <translation>Das ist mehr, als der Player, der die Warteschlange hat, auf einmal nimmt; weniger Adressen auf einmal angeben.</translation>
+        <translation>Das ist mehr, als der Player, der die Warteschlange hat, auf einmal annimmt; weniger Adressen angeben.</translation>
     </message>
     <message>
         <source>What the player that holds the queue says is not understood; close it, then try again.</source>

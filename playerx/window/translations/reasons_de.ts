@@ -221,7 +221,7 @@
     </message>
     <message>
         <source>{host} wants a valid user name and password ({status})</source>
-        <translation>{host} verlangt einen gültigen Benutzernamen mit Passwort ({status})</translation>
+        <translation>{host} verlangt einen gültigen Benutzernamen und das Passwort dazu ({status})</translation>
     </message>
     <message>
         <source>{host} does not allow this film to be fetched ({status})</source>

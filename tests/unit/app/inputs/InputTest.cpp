@@ -76,6 +76,7 @@ TEST_F(AddInputTest, ATitleIsReadWithoutEscapes) {
   };
   EXPECT_EQ(titleOf("http://h/game%20of%20life.avi"), L"game of life.avi");
   EXPECT_EQ(titleOf("http://h/%C3%A9t%C3%A9.avi"), L"\u00E9t\u00E9.avi");
+  EXPECT_EQ(titleOf("http://h/a%E2%80%8Cb.avi"), L"a\u200Cb.avi");
   EXPECT_EQ(titleOf("http://h/plain.avi"), L"film");  // left to the manager
   for (const char* unprintable : {"%FF", "%0A", "%7F", "%C2%9B", "%E2%80%AE", "%E2%81%A6"}) {
     const std::string address = std::string("http://h/a%20") + unprintable + ".avi";
@@ -92,6 +93,14 @@ TEST_F(AddInputTest, WhiteSpaceAroundAnAddressIsDropped) {
 TEST(InputTest, BytesThatAreNotUtf8AreEscaped) {
   EXPECT_EQ(cleaned("http://h/\xff\xC3\xA4.avi "), "http://h/%FF%C3%A4.avi");
   EXPECT_EQ(cleaned("http://h/\xC3\xA4.avi"), "http://h/\xC3\xA4.avi");
+}
+
+TEST(InputTest, AnAddressIsWhatItsServerIsAskedFor) {
+  EXPECT_EQ(cleaned("http://h/a.avi#t=10"), "http://h/a.avi");
+  EXPECT_EQ(cleaned("http://u:p@b\u00FCcher.example:8080/\u00E4.avi"),
+            "http://u:p@xn--bcher-kva.example:8080/\u00E4.avi");
+  EXPECT_EQ(cleaned("http://h:80"), "http://h:80");
+  EXPECT_EQ(cleaned("http://anna:12#34@h/a.mkv"), "http://anna:12#34@h/a.mkv");
 }
 
 TEST_F(AddInputTest, AnAddressThatWaitsAlreadyIsNotAddedAgain) {

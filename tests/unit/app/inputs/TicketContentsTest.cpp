@@ -105,6 +105,15 @@ TEST_F(TicketContentsTest, OnlyTheFirstFilmsAreAskedAbout) {
   EXPECT_EQ(findings[50].size, std::nullopt);
 }
 
+TEST_F(TicketContentsTest, OfMillionsOfFaultsTheFirstAreListed) {
+  std::string body;
+  for (int i = 0; i < 10'001; ++i) body += "end\n";
+  const auto findings = examine(body + "start\nurl=http://h/a.avi\nend\n");
+  ASSERT_EQ(findings.size(), 10'002u);
+  EXPECT_EQ(findings[10'000].line, 10'001);
+  EXPECT_EQ(findings[10'001].note, "The rest of this ticket is not listed.");
+}
+
 TEST_F(TicketContentsTest, WhatIsNotATicketFileIsSaid) {
   EXPECT_EQ(examineTicket("http://h/a.tix", nullptr, fiveBytes).at(0).note,
             "This is an address, not a ticket file.");
