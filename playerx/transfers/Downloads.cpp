@@ -80,8 +80,12 @@ bool Downloads::setFilmOptions(const std::string& urlUtf8, const FilmOptions& op
   const std::optional<std::string> sum = normalSum(options.sha256);
   if (!address || (!options.sha256.empty() && !sum)) return false;
   const GuardLock lock(mutex_);
-  FilmOptions& kept = options_[address->remembered] = options;
-  kept.sha256 = sum.value_or("");
+  if (options == FilmOptions{}) {
+    options_.erase(address->remembered);
+  } else {
+    FilmOptions& kept = options_[address->remembered] = options;
+    kept.sha256 = sum.value_or("");
+  }
   return true;
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "kvpm/StringTools.h"
 #include "playerx/app/inputs/Input.h"
 #include "playerx/app/inputs/OptionFault.h"
+#include "playerx/app/inputs/TicketFile.h"
 #include "playerx/app/session/KnownFilm.h"
 #include "playerx/platform/Descriptor.h"
 #include "playerx/transfers/Address.h"
@@ -23,7 +25,7 @@ namespace {
 
 constexpr char kAskedWithout[] =
     "User names, headers and cookies are for the film alone: the question how long it is (HEAD) is "
-    "asked without them. A server that wants them for that too will be said to refuse it.";
+    "asked without them. A server that wants them for that too cannot be used.";
 
 /// Whether a server may answer the question for the size otherwise than the request of the film.
 bool carriesMore(const FilmOptions& options) {
@@ -33,10 +35,10 @@ bool carriesMore(const FilmOptions& options) {
 
 /// What of the request is not done to a film that lies there already, as the end of a sentence.
 std::string whatIsNotDone(const std::filesystem::path& film, const Request& request) {
-  const bool hasOtherName = !request.name.empty() && film.filename() != request.name;
-  if (hasOtherName) return "; --again fetches it under the other name.";
   const bool hasSum = !request.options.sha256.empty() || request.options.hasChecksumFile;
-  return hasSum ? "; its checksum was not compared, --again fetches it anew and compares it." : "";
+  if (hasSum) return "; its checksum was not compared: --again fetches it anew and compares it.";
+  const bool hasOtherName = !request.name.empty() && film.filename() != request.name;
+  return hasOtherName ? "; --again fetches it under the other name." : "";
 }
 
 /// libcurl would let others read it.
@@ -68,6 +70,7 @@ Reply FilmAdder::add(const Request& request) {
     reply.items = watch_.queue();
     std::erase_if(reply.items,
                   [](const ItemState& item) { return !model::isUnfinished(item.status); });
+    for (const ItemState& item : reply.items) reply.known.insert(item.id);
   }
   for (const ItemState& item : reply.items) {
     if (request.plays) watch_.playWhenReady(item.id);
@@ -92,10 +95,38 @@ void FilmAdder::addInput(const Input& input, const Request& request, Reply& repl
     reply.refused.push_back({input.text, reasons::explain(reasons::Reason::kUserNotText)});
     return;
   }
-  if (request.again && !input.isTicket) session_.forgetFilmOptions(input.text);
   const bool hasOptions = input.options != FilmOptions{};
+  if (request.again && isComplete(input.text)) session_.forgetFilmOptions(input.text);
   if (hasOptions && !input.isTicket) session_.addFilmOptions(input.text, input.options);
-  if (!goOnWith(input, request, reply)) addAnew(input, request, reply);
+  bool hasTwins = false;
+  const bool isThere = input.isTicket ? goOnWithTicket(input, request, reply, hasTwins)
+                                      : goOnWith(input, request, reply);
+  if (!isThere) addAnew(input, request, reply, hasTwins);
+}
+
+/// Whether the queue holds all films of a clear ticket, so that it need not be added; `hasTwins`
+/// tells whether it holds any.
+bool FilmAdder::goOnWithTicket(const Input& input, const Request& request, Reply& reply,
+                               bool& hasTwins) {
+  if (request.again) return false;
+  const std::vector<std::string> films =
+      inputs::filmsOfTicket(kvpm::StringTools::stringToWString(inputs::unquoted(input.text)));
+  const auto known = std::count_if(films.begin(), films.end(), [this](const std::string& film) {
+    return findKnownFilm(watch_.queue(), film).has_value();
+  });
+  hasTwins = known > 0;
+  if (films.empty() || known < std::ssize(films)) return false;
+  for (const std::string& film : films) {
+    if (input.options != FilmOptions{}) session_.addFilmOptions(film, input.options);
+    goOnWith({film, input.options}, request, reply);
+  }
+  return true;
+}
+
+/// Whether the queue holds the film of an address complete.
+bool FilmAdder::isComplete(const std::string& address) const {
+  const std::optional<ItemState> known = findKnownFilm(watch_.queue(), address);
+  return known && known->status == DownloadStatusCompleted;
 }
 
 /// Whether the film of an address is in the queue, so that it need not be added.
@@ -110,10 +141,16 @@ bool FilmAdder::goOnWith(const Input& input, const Request& request, Reply& repl
   if (!request.name.empty()) nameFilm(known->id, request.name);
   if (known->status == DownloadStatusFailed) {
     watch_.queueAgain(known->id);
-    reply.notes.push_back(input.text + " had failed; trying it again.");
+    reply.notes.push_back(input.text + (request.starts ? " had failed; trying it again."
+                                                       : " had failed; it is queued again."));
   } else {
-    if (known->status == DownloadStatusStopped) letGoOn_(known->id);
-    reply.notes.push_back(input.text + " is in the queue already; going on with it.");
+    // The manager has a paused item say "queued" for the moment in which another goes before it.
+    const bool isPaused =
+        known->status == DownloadStatusStopped || session_.view().isKeptStopped(known->id);
+    if (isPaused) letGoOn_(known->id);
+    reply.notes.push_back(input.text + (request.starts
+                                            ? " is in the queue already; going on with it."
+                                            : " is in the queue already."));
   }
   watch_.update();
   if (const auto now = findKnownFilm(watch_.queue(), input.text)) {
@@ -130,23 +167,28 @@ bool FilmAdder::goOnWithComplete(const ItemState& film, const Input& input, cons
     session_.manager().remove(film.id);
     return false;
   }
-  reply.notes.push_back(input.text + " is already there: " + place + whatIsNotDone(place, request));
+  const std::string rest = whatIsNotDone(place, request);
+  (rest.empty() ? reply.results : reply.notes)
+      .push_back(input.text + " is already there: " + place + rest);
   reply.there.push_back(film);
   reply.there.back().path = place;
   if (request.plays) watch_.playWhenReady(film.id);
   return true;
 }
 
-void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply) {
+void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply, bool hasTwins) {
   // The addresses of a ticket are known once its films are in the queue.
   const bool getsOptions = input.isTicket && input.options != FilmOptions{};
   const bool mayBeThere = !input.isTicket && !request.again && session_.isStarted();
   if (mayBeThere) session_.takeFilmBack(input.text);
-  whilePaused(getsOptions, [&] {
+  whilePaused(getsOptions || hasTwins, [&] {
+    const std::vector<ItemState> before = hasTwins ? watch_.queue() : std::vector<ItemState>();
     const inputs::AddResult result = inputs::addInput(input.text, session_.manager(), {},
                                                       [this] { return session_.takeMessages(); });
     const std::string shown = input.isTicket ? input.text : withoutCredentials(input.text);
     if (result.refusal) reply.refused.push_back({shown, *result.refusal});
+    const std::vector<std::string> twins =
+        hasTwins ? removeTwins(before) : std::vector<std::string>();
     const std::vector<unsigned int> added = watch_.update();
     auto next = added.begin();
     for (const ItemState& item : watch_.queue()) {
@@ -157,7 +199,22 @@ void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply
       if (!request.name.empty()) nameFilm(item.id, request.name);
       reply.items.push_back(item);
     }
+    for (const std::string& address : twins) goOnWith({address, input.options}, request, reply);
   });
+}
+
+/// Takes the films out again that a ticket has brought although the queue held them `before`.
+/// Returns their addresses.
+std::vector<std::string> FilmAdder::removeTwins(const std::vector<ItemState>& before) {
+  std::set<unsigned int> old;
+  for (const ItemState& item : before) old.insert(item.id);
+  std::vector<std::string> twins;
+  for (const ItemState& item : model::snapshotOf(session_.manager())) {
+    if (old.contains(item.id) || !findKnownFilm(before, item.url)) continue;
+    session_.manager().remove(item.id);
+    twins.push_back(item.url);
+  }
+  return twins;
 }
 
 /// The manager fetches a film to the name that its item has; one without, to that of its address.

@@ -33,10 +33,13 @@ class FilmAdder {
   static Input readInput(const std::string& text, const FilmOptions& options);
 
   void addInput(const Input& input, const Request& request, Reply& reply);
+  bool goOnWithTicket(const Input& input, const Request& request, Reply& reply, bool& hasTwins);
   bool goOnWith(const Input& input, const Request& request, Reply& reply);
   bool goOnWithComplete(const model::ItemState& film, const Input& input, const Request& request,
                         Reply& reply);
-  void addAnew(const Input& input, const Request& request, Reply& reply);
+  void addAnew(const Input& input, const Request& request, Reply& reply, bool hasTwins);
+  bool isComplete(const std::string& address) const;
+  std::vector<std::string> removeTwins(const std::vector<model::ItemState>& before);
   void nameFilm(unsigned int id, const std::string& name);
   void whilePaused(bool isNeeded, const std::function<void()>& change);
 

@@ -56,14 +56,18 @@ FilmOptionsFile::FilmOptionsFile(const std::filesystem::path& dataFolder)
 
 FilmOptions FilmOptionsFile::add(const std::string& address, const FilmOptions& options) {
   FilmOptions& kept = options_[keyOf(address)];
-  const bool namesUser = !options.username.empty() || !options.password.empty();
-  if (namesUser) kept.username = options.username;
-  if (namesUser) kept.password = options.password;
+  // The last command that names a user counts.
+  const bool namesUser =
+      !options.username.empty() || !options.password.empty() || !options.netrcFile.empty();
+  if (namesUser) {
+    kept.username = options.username;
+    kept.password = options.password;
+    kept.netrcFile = options.netrcFile;
+  }
   takeIfSet(kept.tries, options.tries);
   takeIfSet(kept.timeout, options.timeout);
   takeIfSet(kept.headers, options.headers);
   takeIfSet(kept.referer, options.referer);
-  takeIfSet(kept.netrcFile, options.netrcFile);
   takeIfSet(kept.cookieFile, options.cookieFile);
   const bool namesSum = !options.sha256.empty() || options.hasChecksumFile;
   if (namesSum) kept.sha256 = options.sha256;
@@ -76,13 +80,18 @@ void FilmOptionsFile::forget(const std::string& address) {
   if (options_.erase(keyOf(address)) > 0) save();
 }
 
-void FilmOptionsFile::prune(const std::vector<model::ItemState>& queue) {
+std::vector<std::string> FilmOptionsFile::prune(const std::vector<model::ItemState>& queue) {
   std::set<std::string> wanted;
   for (const model::ItemState& item : queue) {
     if (item.status != DownloadStatusCompleted) wanted.insert(keyOf(item.url));
   }
-  const auto isOld = [&wanted](const auto& entry) { return !wanted.contains(entry.first); };
-  if (std::erase_if(options_, isOld) > 0) save();
+  std::vector<std::string> old;
+  for (const auto& [address, options] : options_) {
+    if (!wanted.contains(address)) old.push_back(address);
+  }
+  for (const std::string& address : old) options_.erase(address);
+  if (!old.empty()) save();
+  return old;
 }
 
 // A list of many films adds to the file at each of them.

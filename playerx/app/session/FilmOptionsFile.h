@@ -29,8 +29,8 @@ class FilmOptionsFile {
   /// Adds options of the film of an address to those that it has, and saves them. Returns them all.
   FilmOptions add(const std::string& address, const FilmOptions& options);
 
-  /// Forgets those of films that are complete or no longer in the queue.
-  void prune(const std::vector<model::ItemState>& queue);
+  /// Forgets those of films that are complete or no longer in the queue. Returns their addresses.
+  std::vector<std::string> prune(const std::vector<model::ItemState>& queue);
 
  private:
   void append(const std::string& address, const FilmOptions& options) const;

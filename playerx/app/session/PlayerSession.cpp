@@ -140,8 +140,10 @@ void PlayerSession::forgetFilmOptions(const std::string& address) {
 }
 
 void PlayerSession::pruneFilmOptions() {
-  const bool isToPrune = filmOptions_ && !filmOptions_->all().empty();
-  if (isToPrune) filmOptions_->prune(model::snapshotOf(manager()));
+  if (!filmOptions_ || filmOptions_->all().empty()) return;
+  for (const std::string& address : filmOptions_->prune(model::snapshotOf(manager()))) {
+    if (settings_) settings_->get()->setFilmOptions(address, {});
+  }
 }
 
 void PlayerSession::setRateLimit(std::uint64_t bytesPerSecond) {

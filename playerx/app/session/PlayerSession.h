@@ -122,6 +122,9 @@ class PlayerSession {
   /// Saves the queue once more. Returns one sentence when the file still lacks changes, else "".
   std::string saveAgain() { return saved_->saveAgain(manager(), reader()); }
 
+  /// The same when the last save has failed, at next to no cost when it has not.
+  std::string saveProblem() { return saved_->saveProblem(manager(), reader()); }
+
  private:
   std::string openForChange(Access access);
   std::string openCopy();

@@ -188,7 +188,7 @@ Reply QueueService::clear() {
 /// The limit itself is set with every request that has one.
 Reply QueueService::limited(const Request& request) const {
   if (!session_.isStarted()) {
-    return failed("Nothing is being downloaded; `get --limit-rate` limits what it downloads.");
+    return failed(kLimitsNothing);
   }
   if (!request.rateLimit) return failed("The request names no limit.");
   if (*request.rateLimit == 0) return done("There is no limit of the rate any more.");
@@ -309,12 +309,12 @@ Reply QueueService::pause(const ItemState& item) {
       watch_.queue(), [](const ItemState& each) { return model::isUnfinished(each.status); });
   const bool isPassed = item.status == DownloadStatusDownloading && unfinished > 1;
   held_.hold(item, watch_.queue());
-  return done("Paused: " + displayName(item) + (isPassed ? "; what waits goes before it." : "."));
+  return done("Paused: " + displayName(item) + (isPassed ? "; the next film goes first." : "."));
 }
 
 Reply QueueService::resume(const ItemState& item) {
   if (item.status == DownloadStatusPaused) return resumeAll();
-  if (item.status != DownloadStatusStopped) {
+  if (item.status != DownloadStatusStopped && !session_.view().isKeptStopped(item.id)) {
     return failed("Only a paused item can be resumed; this one is " +
                   std::string(model::statusWord(item.status)) + ".");
   }

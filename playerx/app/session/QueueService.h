@@ -13,6 +13,12 @@
 
 namespace playerx::session {
 
+/// Said of a limit of the rate where nothing is being downloaded.
+inline constexpr char kLimitsNothing[] =
+    "Nothing is being downloaded, so the limit of the rate has no effect; `get --limit-rate` "
+    "limits "
+    "what it downloads.";
+
 /// The queue as every face uses it, be it in this process or at the other end of a socket: carries
 /// requests out and tells what happens. On the session's thread.
 ///
@@ -31,6 +37,9 @@ class QueueService {
   /// online services.
   Reply handle(const Request& request);
 
+  /// Why the queue file lacks what was changed, in one sentence; empty when it holds everything.
+  std::string saveProblem() { return session_.saveProblem(); }
+
   QueueWatch& watch() { return watch_; }
   const QueueWatch& watch() const { return watch_; }
 
@@ -41,6 +50,10 @@ class QueueService {
   /// it: the rest goes with a later `update`. Nothing is deleted while an unreadable queue lies set
   /// aside, whose films these may be.
   void deleteLeftovers();
+
+  /// Whether something was removed of which bytes may lie there still: a transfer that was stopped
+  /// gives its files back a moment later.
+  bool mayHaveLeftovers() const { return mayHaveLeftovers_; }
 
   /// Tells what is new, and deletes what can be deleted now. To be called when the session or the
   /// service wakes its face.

@@ -35,8 +35,8 @@ class QueueView : public VeskPlayerX::DownloadManagerViewInterface {
   void downloadBroken(const std::wstring& path) override;
   void refreshItem(unsigned int id) override;
 
-  /// The manager that is to be told what stays stopped, with its queue. Before it has this view;
-  /// both outlive its announcements.
+  /// Sets the manager whose items are to stay stopped, and its reader. Called before the manager
+  /// gets this view; both outlive its announcements.
   void attach(VeskPlayerX::DownloadManagerInterface& manager,
               VeskPlayerX::QueueReaderInterface& reader);
 

@@ -38,7 +38,7 @@ constexpr char kUnreadableMark[] = ".unreadable";
 /// Names the files set aside of which the user has been told, one a line.
 constexpr char kToldFile[] = "set-aside.txt";
 
-/// Takes the room that saving needs when there is no other.
+/// Occupies space that is freed for a save when the disk is full.
 constexpr char kRoomFile[] = "reserved-room";
 
 /// Bytes that the next change may add to the file.
@@ -203,9 +203,19 @@ std::string SavedQueue::saveAgain(DownloadManagerInterface& manager,
     saveOnceMore(manager, reader);
     error = saveError();
   }
+  // The queue may have grown, or given its room up.
+  if (error == 0) reserveRoom();
   if (error == 0) return {};
   return "The queue file " + file_ + " does not hold the last changes (" + wordsOf(error) +
          "); free some space or make it writable, then run the command again.";
+}
+
+std::string SavedQueue::saveProblem(DownloadManagerInterface& manager,
+                                    QueueReaderInterface& reader) const {
+  const int error = saveError();
+  const bool isSaving = error == ECANCELED;  // on another thread, at this moment
+  const bool hadNoItem = error == ENOENT && manager.getNumberOfVideosInQueue() == 0;
+  return error == 0 || isSaving || hadNoItem ? "" : saveAgain(manager, reader);
 }
 
 /// Returns 0 or the error number (`errno` values) with which it failed.
@@ -221,6 +231,7 @@ void SavedQueue::reserveRoom() const {
       open(name.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, kOwnerOnly));
   struct stat status {};
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return;
+  if (status.st_nlink != 1) return;  // it is a file of its user's, too
   const std::uintmax_t needed = roomNeeded();
   if (static_cast<std::uintmax_t>(status.st_size) < needed) takeRoom(file.get(), needed);
 }

@@ -59,6 +59,10 @@ class SavedQueue {
   std::string saveAgain(VeskPlayerX::DownloadManagerInterface& manager,
                         VeskPlayerX::QueueReaderInterface& reader) const;
 
+  /// As `saveAgain`, but only when the last save has failed.
+  std::string saveProblem(VeskPlayerX::DownloadManagerInterface& manager,
+                          VeskPlayerX::QueueReaderInterface& reader) const;
+
   /// Paths of the files that the manager has set aside as unreadable, now or in an earlier run, and
   /// of which the user has not been told.
   std::vector<std::string> filesSetAside() const;

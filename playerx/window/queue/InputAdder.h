@@ -36,8 +36,8 @@ class InputAdder : public QObject {
   /// Some inputs have been handed over.
   void advanced();
 
-  /// All have been. Receivers call `noteFilm` for the films that came of them; the report is made
-  /// next.
+  /// All inputs have been handed over. Receivers call `noteFilm` for each film added; `reported`
+  /// follows.
   void allAdded();
 
   /// A request failed; `sentence` says why.

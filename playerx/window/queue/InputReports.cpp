@@ -27,7 +27,7 @@ QString sentenceOf(const inputs::TicketFinding& finding) {
 
 void addReply(const session::Reply& reply, InputReport& report) {
   const bool isAnswered = reply.outcome != session::Reply::Outcome::kFailed;
-  if (isAnswered) report.alreadyThere += static_cast<int>(reply.notes.size());
+  if (isAnswered) report.alreadyThere += static_cast<int>(reply.known.size() + reply.there.size());
   for (const session::Refusal& refusal : reply.refused) {
     report.refused.append({QString::fromStdString(refusal.input),
                            QString::fromStdString(refusal.reason.code()),

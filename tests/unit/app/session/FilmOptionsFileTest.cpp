@@ -43,6 +43,13 @@ TEST_F(FilmOptionsFileTest, AnotherUserHasNotThePasswordOfTheFirst) {
   EXPECT_EQ(options_.add(kFilm, {.username = "other"}).password, "");
 }
 
+TEST_F(FilmOptionsFileTest, WhatNamesTheUserLastIsTheOnlyOne) {
+  options_.add(kFilm, {.username = "u", .password = "p"});
+  const FilmOptions listed = options_.add(kFilm, {.netrcFile = "/n"});
+  EXPECT_EQ(listed, FilmOptions{.netrcFile = "/n"});
+  EXPECT_EQ(options_.add(kFilm, {.username = "v"}), FilmOptions{.username = "v"});
+}
+
 TEST_F(FilmOptionsFileTest, EverySpellingOfAnAddressIsTheSameFilm) {
   options_.add("http://h:80/a.avi#part", {.tries = 3});
   EXPECT_EQ(kept().count(kFilm), 1u);
@@ -58,8 +65,9 @@ TEST_F(FilmOptionsFileTest, OptionsGoWithTheirFilm) {
   options_.add(kFilm, {.tries = 3});
   options_.add("http://h/b.avi", {.tries = 3});
   options_.add("http://h/c.avi", {.tries = 3});
-  options_.prune(
+  const std::vector<std::string> gone = options_.prune(
       {item(kFilm, DownloadStatusFailed), item("http://h/b.avi", DownloadStatusCompleted)});
+  EXPECT_THAT(gone, testing::ElementsAre("http://h/b.avi", "http://h/c.avi"));
   EXPECT_EQ(kept().size(), 1u);
   options_.prune({});
   EXPECT_FALSE(std::filesystem::exists(file()));

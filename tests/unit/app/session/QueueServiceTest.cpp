@@ -240,6 +240,14 @@ TEST_F(QueueServiceTest, AnItemThatTheManagerQueuesAgainStaysPaused) {
   EXPECT_EQ(log_.lines("manager.updateStatus").size(), 1u);
 }
 
+TEST_F(QueueServiceTest, APausedItemThatIsQueuedForAMomentGoesOnToo) {
+  DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusStopped);
+  service();
+  item.setStatus(DownloadStatusQueued);
+  add("http://h/a.avi");
+  EXPECT_FALSE(fake_.session().view().isKeptStopped(item.getId()));
+}
+
 TEST_F(QueueServiceTest, AnAddedAddressIsLeftToBeFetched) {
   const Reply reply = add("http://h/a.avi");
   EXPECT_EQ(reply.outcome, Outcome::kDone);
@@ -268,7 +276,7 @@ TEST_F(QueueServiceTest, AFilmThatIsThereIsNotFetchedAgain) {
   const Reply reply = add("http://h/a.avi");
   EXPECT_THAT(log_.lines(), IsEmpty());
   EXPECT_THAT(reply.items, IsEmpty());
-  EXPECT_THAT(reply.notes, ElementsAre(HasSubstr("http://h/a.avi is already there: ")));
+  EXPECT_THAT(reply.results, ElementsAre(HasSubstr("http://h/a.avi is already there: ")));
 }
 
 TEST_F(QueueServiceTest, AChecksumOfAFilmThatIsThereIsSaidNotToBeCompared) {
@@ -277,7 +285,7 @@ TEST_F(QueueServiceTest, AChecksumOfAFilmThatIsThereIsSaidNotToBeCompared) {
   Request request{.action = Action::kAdd, .inputs = {"http://h/a.avi"}};
   request.options.sha256 = std::string(64, '0');
   EXPECT_THAT(service().handle(request).notes,
-              ElementsAre(HasSubstr("; its checksum was not compared, --again fetches")));
+              ElementsAre(HasSubstr("; its checksum was not compared: --again fetches")));
 }
 
 TEST_F(QueueServiceTest, AFilmThatIsGoneIsFetchedAnew) {
