@@ -22,6 +22,9 @@ namespace {
 /// How often the speed of a running transfer is looked at when nothing else happens.
 constexpr std::chrono::milliseconds kSpeedInterval(500);
 
+/// How often the end waits for files of what was removed, each time for up to kSpeedInterval.
+constexpr int kRestsForLeftovers = 4;
+
 constexpr char kInterrupted[] =
     "Interrupted; what has arrived is kept, and the next `get` goes on from there.";
 
@@ -97,12 +100,13 @@ bool GetCommand::addOne(const std::string& input) {
 }
 
 int GetCommand::workUntilDone(int refused) {
+  int rests = kRestsForLeftovers;
   for (;;) {
     const auto start = std::chrono::steady_clock::now();
     server_.answerRequests();
     service_.update();
     tellQueue();
-    if (service_.watch().isIdle()) break;
+    if (service_.watch().isIdle() && !(service_.mayHaveLeftovers() && --rests > 0)) break;
     const auto took = std::chrono::steady_clock::now() - start;
     if (wakeUp_.rest(restAfter(took)) == WakeReason::kInterrupt) return park();
     const WakeReason reason = wakeUp_.wait(kSpeedInterval);
@@ -119,8 +123,12 @@ int GetCommand::workUntilDone(int refused) {
 }
 
 void GetCommand::tell(const QueueEvent& event) {
-  if (event.kind == QueueEvent::Kind::kFailed) failed_.insert(event.item.id);
+  const bool isOwn = options_.request.inputs.empty() || own_.contains(event.item.id);
+  const bool isLost = event.kind == QueueEvent::Kind::kRemoved && isOwn &&
+                      event.item.status != DownloadStatusCompleted;
+  if (event.kind == QueueEvent::Kind::kFailed || isLost) failed_.insert(event.item.id);
   present(event, reporter_);
+  if (isLost) noteRemoved(event.item, reporter_);
   server_.publish(event);
 }
 

@@ -46,6 +46,10 @@ int present(const Reply& reply, Reporter& reporter) {
   return static_cast<int>(reply.outcome);
 }
 
+void noteRemoved(const model::ItemState& item, Reporter& reporter) {
+  reporter.note(item.title + " was taken out of the queue.");
+}
+
 void noteWhatIsLeft(const std::vector<model::ItemState>& queue,
                     const std::function<bool(unsigned int)>& isMeant, Reporter& reporter) {
   if (queue.empty()) return reporter.done(kEmpty);

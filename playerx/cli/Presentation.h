@@ -17,6 +17,9 @@ void present(const session::QueueEvent& event, Reporter& reporter);
 /// Tells the user what became of a request, without its items. Returns the program's exit status.
 int present(const session::Reply& reply, Reporter& reporter);
 
+/// Says that a film which was to be fetched was taken out of the queue.
+void noteRemoved(const model::ItemState& item, Reporter& reporter);
+
 /// Says which items of a queue a command has left as they were, because they are paused or had
 /// failed before; of those alone for which `isMeant` holds, given their ids. Says so when the queue
 /// is empty.

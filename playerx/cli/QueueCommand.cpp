@@ -38,10 +38,10 @@ constexpr std::chrono::seconds kLongestList(5);
 /// answers. Another one may have it each time.
 constexpr int kMostRounds = 20;
 constexpr char kAlwaysGone[] =
-    "What holds the queue ends each time before it answers; close it, then try again.";
+    "The player that holds the queue ends each time before it answers; try again later.";
 
-constexpr char kLimitsNothing[] =
-    "Nothing is being downloaded, so the limit of the rate has no effect; give it to `get`.";
+constexpr char kOwnMedia[] =
+    "The player that has the queue puts films into its own folder, not into that of --media.";
 
 constexpr char kLostAnswer[] =
     "The player that had the queue has ended before it answered; `list` shows what the queue is "
@@ -91,6 +91,7 @@ int get(Options options, PlayerSession& session, Reporter& reporter, WakeUp& wak
       const int status = getHere(options, session, reporter, wakeUp);
       return status == kExitDone ? before : status;
     }
+    if (!options.session.mediaFolder.empty() && round == 0) reporter.note(kOwnMedia);
     options.request = forAnotherProcess(options.request);
     RemoteGet remote(options, *opened.client, reporter, wakeUp);
     if (const auto status = remote.run()) return *status == kExitDone ? before : *status;
@@ -129,9 +130,11 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
       noteMessages(session, reporter);
       const bool limitsNothing =
           options.request.action == Action::kAdd && options.request.rateLimit;
-      if (limitsNothing) reporter.note(kLimitsNothing);
+      if (limitsNothing) reporter.note(session::kLimitsNothing);
       const int status = requestHere(options.request, session, reporter);
-      return complainOf(session.saveAgain(), reporter, status);
+      // What changes nothing need not be saved on a full disk.
+      const bool frees = accessFor(options.request) == Access::kFree;
+      return complainOf(frees ? session.saveProblem() : session.saveAgain(), reporter, status);
     }
     const std::optional<Reply> reply =
         opened.client->ask(forAnotherProcess(options.request), kLongestAnswer);
@@ -180,6 +183,8 @@ int list(const Options& options, PlayerSession& session, Reporter& reporter) {
     const std::optional<Reply> reply = client.ask(options.request, kLongestList);
     if (reply) return printReply(*reply, options, session, reporter);
   }
+  const bool isHeld = !client.problem().empty() && !client.hasGone();
+  if (isHeld) reporter.note(client.problem() + " This is what it has saved.");
   const std::string problem = session.open(Access::kLook);
   if (!problem.empty()) return complainOf(problem, reporter, kExitFailed);
   noteMessages(session, reporter);
@@ -201,8 +206,10 @@ int watch(const Options& options, PlayerSession& session, Reporter& reporter, Wa
   }
   const std::optional<int> status = RemoteGet(options, client, reporter, wakeUp).run();
   if (status == kExitInterrupted) return kExitInterrupted;
+  if (!client.hasGone()) return complainOf(client.problem(), reporter, kExitDone);
   // The end of the other player is that of the view.
-  return client.hasGone() ? kExitDone : complainOf(client.problem(), reporter, kExitDone);
+  reporter.note(client.problem());
+  return kExitDone;
 }
 
 }  // namespace

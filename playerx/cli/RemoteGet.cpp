@@ -129,7 +129,7 @@ bool RemoteGet::isOwn(const QueueEvent& event) const {
 void RemoteGet::show(const QueueEvent& event) {
   present(event, reporter_);
   if (event.kind == Kind::kRemoved && left_.contains(event.item.id)) {
-    reporter_.note(event.item.title + " was taken out of the queue.");
+    noteRemoved(event.item, reporter_);
   }
   const bool isLost = event.kind == Kind::kFailed || event.kind == Kind::kRemoved;
   if (isLost && left_.contains(event.item.id)) lost_.insert(event.item.id);

@@ -25,6 +25,9 @@ std::string sizeNote(const ItemState& item) {
 
 std::string paceNote(const Progress& progress) {
   std::string text;
+  if (progress.silentSeconds > 0) {
+    return ", nothing for " + model::formatDuration(progress.silentSeconds);
+  }
   if (progress.bytesPerSecond > 0) text += ", " + formatBytes(progress.bytesPerSecond) + "/s";
   if (progress.secondsLeft) text += ", " + model::formatDuration(*progress.secondsLeft) + " left";
   return text;

@@ -60,9 +60,9 @@ TEST(InterruptTest, AnInterruptBetweenTwoInputsKeepsWhatWasAdded) {
 TEST(InterruptTest, ALargeTicketIsNotReadToItsEnd) {
   const support::TempDir folder;
   std::string text = "TixVeskVersion=1.0\n";
-  constexpr std::size_t kInterruptSize = 60'000'000;
-  text.reserve(kInterruptSize + 100);
-  while (text.size() < kInterruptSize) text += "a=b\n";
+  constexpr std::size_t kTicketSize = 60'000'000;
+  text.reserve(kTicketSize + 100);
+  while (text.size() < kTicketSize) text += "a=b\n";
   text += "start\nurl=http://127.0.0.1:1/a.avi\nend\n";
   const std::string ticket = folder.write("large.tix", text);
   PlayerHome home;

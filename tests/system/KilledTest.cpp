@@ -16,8 +16,8 @@
 namespace system_test {
 namespace {
 
-constexpr std::uint64_t kKilledSize =
-    6'000'000;  // what has come of such a film is kept from the start
+// What has come of such a film is kept from the start.
+constexpr std::uint64_t kKilledSize = 6'000'000;
 
 /// What a system call does, whatever the names of the moment: "rename .json", "fdatasync".
 std::string kindOf(const std::string& call) {

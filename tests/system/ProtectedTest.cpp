@@ -177,9 +177,9 @@ TEST_F(ProtectedTest, ExplainSaysOfAProtectedTicketThatCannotBeReadWhy) {
 /// A film that takes a few seconds.
 class ProtectedCrashTest : public testing::Test {
  protected:
-  static constexpr std::uint64_t kProtectedSize = 3'000'000;
+  static constexpr std::uint64_t kSize = 3'000'000;
 
-  DemoServer server{kProtectedSize, 2'000'000};
+  DemoServer server{kSize, 2'000'000};
   PlayerHome home;
 
   void SetUp() override { server.introduceTo(home); }
@@ -196,7 +196,7 @@ class ProtectedCrashTest : public testing::Test {
     const std::string path = home.queue()[0]["path"];
     EXPECT_TRUE(sameContent(server.film(), path)) << path;
     EXPECT_EQ(home.films().size(), 2u) << testing::PrintToString(home.films());
-    EXPECT_EQ(server.lastConfirmedBytes(), kProtectedSize);
+    EXPECT_EQ(server.lastConfirmedBytes(), kSize);
   }
 };
 

@@ -127,7 +127,7 @@ TEST_F(ServedQueueTest, RemovingWhatRunsLetsTheNextBegin) {
   const auto first = startSlow("a.avi");
   EXPECT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);
   EXPECT_EQ(home.run({"remove", "1"}).status, 0);
-  EXPECT_EQ(first->wait(), 0) << first->errors();
+  EXPECT_EQ(first->wait(), 1) << first->errors();
   EXPECT_THAT(home.films(), ElementsAre("b.avi"));
   EXPECT_THAT(slow.accessLog(), testing::Not(HasSubstr(" 206 ")));
 }
@@ -145,13 +145,14 @@ TEST_F(ServedQueueTest, OnlyWhatIsNewIsToldAsAdded) {
   const std::string url = offerQuick("b.avi");
   EXPECT_THAT(home.run({"add", url}).output, HasSubstr("\"event\":\"added\""));
   EXPECT_THAT(home.run({"add", url}).output, Not(HasSubstr("\"event\":\"added\"")));
+  EXPECT_THAT(home.run({"get"}).output, Not(HasSubstr("\"event\":\"added\"")));
 }
 
 TEST_F(ServedQueueTest, PausingOneItemLetsTheNextBegin) {
   const auto first = startSlow("a.avi");
   EXPECT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);
   EXPECT_THAT(home.run({"pause", "1"}).errors,
-              HasSubstr("Paused: a.avi; what waits goes before it."));
+              HasSubstr("Paused: a.avi; the next film goes first."));
   EXPECT_EQ(first->wait(), 0) << first->errors();
   EXPECT_THAT(home.films(), ElementsAre("b.avi"));
   EXPECT_EQ(home.run({"resume", "1"}).status, 0);
@@ -166,6 +167,23 @@ TEST_F(ServedQueueTest, WhatIsRemovedFreesItsBytes) {
   EXPECT_THAT(home.partials(), testing::Not(IsEmpty()));
   EXPECT_EQ(home.run({"remove", "1"}).status, 0);
   EXPECT_THAT(home.partials(), IsEmpty());
+}
+
+TEST_F(ServedQueueTest, AGetWhoseFilmIsRemovedFailsWithoutLeftovers) {
+  const auto first = startSlow("a.avi");
+  EXPECT_EQ(home.run({"remove", "1"}).status, 0);
+  EXPECT_EQ(first->wait(), 1);
+  EXPECT_THAT(first->errors(), HasSubstr("a.avi was taken out of the queue."));
+  EXPECT_THAT(home.partials(), IsEmpty());
+}
+
+TEST_F(ServedQueueTest, AChangeThatIsNotSavedFailsWhereItWasAskedFor) {
+  const auto first = startSlow("a.avi");
+  std::filesystem::remove(home.queueFile());
+  std::filesystem::create_directories(home.queueFile());
+  const PlayerResult added = home.run({"add", offerQuick("b.avi")});
+  EXPECT_EQ(added.status, 1);
+  EXPECT_THAT(added.errors, HasSubstr("does not hold the last changes"));
 }
 
 TEST_F(ServedQueueTest, WhatIsLeftOfALostQueueIsNamedBeforeItIsCleaned) {
@@ -252,6 +270,7 @@ TEST_F(ServedQueueTest, APlayerThatIsStoppedIsSaid) {
   first->send(SIGSTOP);
   EXPECT_TRUE(second.waitForErrors("does not answer")) << second.errors();
   EXPECT_THAT(home.run({"pause"}).errors, HasSubstr("does not answer"));
+  EXPECT_THAT(home.run({"list"}).errors, HasSubstr("This is what it has saved."));
   first->send(SIGCONT);
   EXPECT_TRUE(second.waitForErrors("answers again")) << second.errors();
   EXPECT_EQ(second.wait(), 0) << second.errors();
@@ -325,6 +344,27 @@ TEST_F(AgainTest, AFilmIsFetchedAgainOnDemand) {
   EXPECT_EQ(home.run({"get", url}).status, 0);
   EXPECT_EQ(home.run({"get", "--again", url}).status, 0);
   EXPECT_THAT(home.films(), SizeIs(2));
+}
+
+TEST_F(AgainTest, OnlyAFilmThatIsFetchedAnewLosesItsOptions) {
+  const std::string url = offerQuick("a.avi");
+  EXPECT_EQ(home.run({"add", "--referer", "http://h/", url}).status, 0);
+  EXPECT_EQ(home.run({"add", "--again", url}).status, 0);
+  EXPECT_THAT(support::readFile(home.data() / "film-options.jsonl"), HasSubstr("http://h/"));
+}
+
+TEST_F(AgainTest, TheFilmsOfATicketAreNotFetchedTwice) {
+  const support::TempDir folder;
+  const std::string ticket =
+      folder.write("two.tix", "TixVeskVersion=1.0\nstart\nurl=" + offerQuick("a.avi") +
+                                  "\nend\nstart\nurl=" + offerQuick("b.avi") + "\nend\n");
+  EXPECT_EQ(home.run({"add", offerQuick("b.avi")}).status, 0);
+  EXPECT_EQ(home.run({"get", ticket}).status, 0);
+  const PlayerResult again = home.run({"get", ticket});
+  EXPECT_EQ(again.status, 0);
+  EXPECT_THAT(again.errors, HasSubstr("b.avi is already there"));
+  EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
+  EXPECT_THAT(home.queue(), SizeIs(2));
 }
 
 TEST_F(AgainTest, AFilmHasTheNameThatItWasGiven) {

@@ -20,7 +20,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr std::uint64_t kWindowSize = 8'000'000;
+constexpr std::uint64_t kSlowFilmSize = 8'000'000;
 
 /// A rate at which a film of that size arrives as long as the test needs it to.
 constexpr char kCrawl[] = "100K";
@@ -53,12 +53,12 @@ class WindowTest : public testing::Test {
   }
 
   std::string offerSlow(const std::string& name) {
-    writeDistinctFile(slow.root() / name, kWindowSize);
+    writeDistinctFile(slow.root() / name, kSlowFilmSize);
     return slow.url("/" + name);
   }
 
   std::string offerLarge(const std::string& name) {
-    writeDistinctFile(quick.root() / name, kWindowSize);
+    writeDistinctFile(quick.root() / name, kSlowFilmSize);
     return quick.url("/" + name);
   }
 

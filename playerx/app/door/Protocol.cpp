@@ -210,7 +210,7 @@ std::string lackOf(const Request& request, const Members& members) {
 
 /// What is wrong with the films that the request is to add; empty when nothing is.
 std::string faultOfFilms(const Request& request) {
-  if (request.action != Request::Action::kAdd || request.inputs.empty()) return {};
+  if (request.action != Request::Action::kAdd) return {};
   const bool isOneAddress =
       request.inputs.size() == 1 && !inputs::isTicketPath(request.inputs.front());
   return inputs::faultOfSharing(isOneAddress, request.name, request.options);
@@ -271,7 +271,7 @@ std::optional<Reply> replyOf(Members members) {
   members.takeEach("items", reply.items, [&reply](const Json& object) {
     const std::optional<ItemState> item = itemOf(object);
     if (!item) return item;
-    if (object.contains("known")) reply.known.insert(item->id);
+    if (object.value("known", Json(false)) == Json(true)) reply.known.insert(item->id);
     if (!object.contains("progress")) return item;
     const auto progress = progressOf(object.at("progress"));
     if (progress) reply.progress[item->id] = *progress;

@@ -19,6 +19,11 @@ QByteArray greeting(bool isBusy) {
                         .isBusy = isBusy});
 }
 
+bool isChange(Request::Action action) {
+  using enum Request::Action;
+  return action != kList && action != kWatch && action != kPing;
+}
+
 }  // namespace
 
 QueueServer::QueueServer(session::QueueService& service, std::function<void()> wake, Show show)
@@ -53,6 +58,11 @@ Reply QueueServer::answer(const DoorServer::Line& line) {
     return {};
   }
   Reply reply = service_.handle(*request);
+  const std::string unsaved = isChange(request->action) ? service_.saveProblem() : "";
+  if (!unsaved.empty()) reply.notes.push_back(unsaved);
+  if (!unsaved.empty() && reply.outcome == Reply::Outcome::kDone) {
+    reply.outcome = Reply::Outcome::kFailed;
+  }
   if (request->action == Request::Action::kWatch) watchers_.insert(line.visitor);
   return reply;
 }

@@ -178,6 +178,11 @@ TEST(ProtocolTest, DeepNestingIsNoMessage) {
             "The request has an impossible value for the option tries.");
 }
 
+TEST(ProtocolTest, ANameNeedsItsAddress) {
+  EXPECT_NE(faultOf(R"({"action":"add","name":"x.avi"})"), "");
+  EXPECT_EQ(faultOf(R"({"action":"add"})"), "");
+}
+
 TEST(ProtocolTest, MembersOfLaterVersionsAreIgnored) {
   EXPECT_TRUE(readRequest("{\"action\":\"list\",\"color\":\"blue\"}"));
 }
