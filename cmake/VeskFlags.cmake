@@ -40,7 +40,7 @@ if(VESK_SANITIZE)
   if(VESK_SANITIZE MATCHES undefined)
     target_compile_options(vesk_flags INTERFACE -fno-sanitize-recover=undefined)
   endif()
-  # clang links an `operator new` of its own, which goes before those that some tests bring.
+  # clang links an `operator new` of its own beside that of some tests, which are not run then.
   if(VESK_SANITIZE STREQUAL "thread" AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     target_link_options(vesk_flags INTERFACE LINKER:-z,muldefs)
   endif()

@@ -26,7 +26,7 @@ struct Identity {
   std::string keyPem() const;
   std::string encryptedKeyPem(const std::string& passPhrase) const;
   long serial() const;
-  std::string subject() const;  ///< in the library's one line, "/O=.../CN=..."
+  std::string subject() const;  ///< on one line, as "/O=.../CN=..."
 };
 
 enum class KeyKind { kEc, kRsa, kWeakRsa };  ///< P-256, 2048 bits, 1024 bits

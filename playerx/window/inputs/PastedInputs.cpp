@@ -13,7 +13,11 @@ namespace {
 /// A longer clipboard is looked at no further when the question is whether it is worth pasting.
 constexpr qsizetype kLongestLook = 100'000;
 
+/// In characters. A request to another process holds a hundred of them.
+constexpr qsizetype kLongestAddress = 16'384;
+
 bool startsAsWebAddress(const QString& text) {
+  if (text.size() > kLongestAddress) return false;
   for (const QLatin1String scheme : {QLatin1String("http://"), QLatin1String("https://")}) {
     if (text.startsWith(scheme, Qt::CaseInsensitive)) return text.size() > scheme.size();
   }

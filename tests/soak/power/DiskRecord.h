@@ -6,9 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "tests/soak/power/Machine.h"
+#include "tests/soak/power/Clock.h"
 
 namespace power_test {
+
+/// What a file system writes at once, in bytes: eight sectors, each of which a disk writes whole or
+/// not at all.
+inline constexpr std::uint64_t kBlock = 4096;
 
 /// Begins each entry of a record; the bytes written follow it. A flush has no bytes.
 struct RecordHead {

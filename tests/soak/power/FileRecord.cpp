@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "tests/soak/power/DiskRecord.h"
 #include "tests/support/TempDir.h"
 
 namespace power_test {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/soak/power/Machine.h"
+#include "tests/soak/power/Clock.h"
 
 namespace power_test {
 

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "tests/soak/power/Clock.h"
 #include "tests/soak/power/DiskRecord.h"
 #include "tests/soak/power/FileRecord.h"
-#include "tests/soak/power/Machine.h"
 #include "tests/soak/power/MountedDisk.h"
 #include "tests/soak/power/PowerCut.h"
 #include "tests/support/Nginx.h"

@@ -4,7 +4,7 @@
 
 namespace kvsc {
 
-/// A text as the operations that take bytes take it.
+/// The bytes of a text, for operations that take `unsigned char`.
 inline const unsigned char* bytesOf(const std::string& text) {
   return reinterpret_cast<const unsigned char*>(text.data());
 }

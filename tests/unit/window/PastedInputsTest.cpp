@@ -37,6 +37,13 @@ TEST(PastedInputsTest, NamesWhatIsLeftOut) {
   EXPECT_EQ(pasted.leftOut, QStringList({"ftp://x/y.avi", "nonsense"}));
 }
 
+TEST(PastedInputsTest, LeavesOutWhatIsTooLongForAnAddress) {
+  const QString longest = QStringLiteral("http://h/") + QString(16'384 - 9, QLatin1Char('a'));
+  const PastedInputs pasted = inputsInText(longest + "\n" + longest + "b");
+  EXPECT_EQ(pasted.inputs, QStringList{longest});
+  EXPECT_EQ(pasted.leftOut.size(), 1);
+}
+
 TEST(PastedInputsTest, TakesEachInputOnce) {
   EXPECT_EQ(inputs("http://a/1.avi\nhttp://a/1.avi").size(), 1);
 }
