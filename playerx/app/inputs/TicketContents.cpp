@@ -3,7 +3,7 @@
 #include <QString>
 #include <algorithm>
 #include <memory>
-#include <ranges>
+#include <span>
 
 #include "KPX/OSUtilities.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
@@ -113,6 +113,11 @@ std::vector<TicketFinding> protectedFilms(const std::wstring& path,
   return findings;
 }
 
+template <class Entry>
+std::span<const Entry> firstOf(const std::vector<Entry>& entries) {
+  return std::span(entries).first(std::min(entries.size(), kMostListed));
+}
+
 std::vector<TicketFinding> clearFilms(const std::wstring& path, const reasons::Probe& probe) {
   reasons::Explanation unreadable;
   const std::optional<std::wstring> text = readTicketText(path, &unreadable);
@@ -122,11 +127,11 @@ std::vector<TicketFinding> clearFilms(const std::wstring& path, const reasons::P
   }
   const ClearTicket contents = persistence::readClearTicket(*text);
   std::vector<TicketFinding> findings;
-  for (const TicketFilm& film : contents.films | std::views::take(kMostListed)) {
+  for (const TicketFilm& film : firstOf(contents.films)) {
     findings.push_back(findingOf(film));
     if (findings.size() <= kMostQuestions) addSize(findings.back(), probe);
   }
-  for (const TicketFault& fault : contents.faults | std::views::take(kMostListed)) {
+  for (const TicketFault& fault : firstOf(contents.faults)) {
     findings.push_back(problem(static_cast<int>(fault.line), sentenceOf(fault.problem, contents)));
   }
   if (std::max(contents.films.size(), contents.faults.size()) > kMostListed) {
