@@ -186,6 +186,7 @@ TEST_F(TransferOptionsTest, AFilmWithAnotherChecksumIsDeleted) {
       home.run({"get", "--checksum", "sha-256=" + sumOf("another"), offer(open)});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.failureCode(), "checksum");
+  EXPECT_EQ(home.queue().at(0)["percent"], 0);
   EXPECT_THAT(home.films(), IsEmpty());
   EXPECT_THAT(home.partials(), IsEmpty());
 }

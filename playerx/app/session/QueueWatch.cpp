@@ -118,6 +118,9 @@ void QueueWatch::tellReasons() {
   }
   reasons_.save(queue());
   for (const reasons::ExplainedFailure& answer : answers) {
+    // Nothing is left of a film that was deleted for its checksum.
+    const bool isGone = answer.explanation.reason == reasons::reasonOf(TransferFailure::kChecksum);
+    if (isGone) session_.manager().updateDownloadProgress(answer.item.id, 0);
     listener_({Kind::kFailed, answer.item, {}, "", answer.explanation});
   }
 }
