@@ -109,7 +109,7 @@ TEST_F(FilmModelTest, FollowsAnyChangeOfTheQueue) {
     }
     if (round % 3 == 0) std::shuffle(ids.begin(), ids.end(), random);
     show(ids);
-    ASSERT_EQ(order(), ids);
+    ASSERT_EQ(films_.rowCount(), ids.size());
     for (int row = 0; row < films_.rowCount(); ++row) ASSERT_EQ(films_.rowOf(ids[row]), row);
   }
 }
