@@ -41,7 +41,7 @@ constexpr char kAlwaysGone[] =
     "The player that holds the queue ends each time before it answers; try again later.";
 
 constexpr char kOwnMedia[] =
-    "The player that has the queue puts films into its own folder, not into that of --media.";
+    "The player that has the queue puts films into its own media folder, whatever --media says.";
 
 constexpr char kLostAnswer[] =
     "The player that had the queue has ended before it answered; `list` shows what the queue is "

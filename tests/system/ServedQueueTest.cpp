@@ -216,6 +216,21 @@ TEST_F(ServedQueueTest, WhatHasFailedIsRetriedBesideWhatRuns) {
   EXPECT_THAT(home.films(), ElementsAre("a.avi", "late.avi"));
 }
 
+TEST_F(ServedQueueTest, AMediaFolderForAnotherPlayerIsSaidToHaveNoEffect) {
+  const auto first = startSlow("a.avi");
+  Process second(home.startOptions({"get", offerQuick("b.avi")}));
+  EXPECT_TRUE(second.waitForErrors("into its own media folder, whatever --media says."));
+}
+
+TEST_F(ServedQueueTest, TheEndOfTheWatchedPlayerIsSaid) {
+  const auto first = startSlow("a.avi");
+  Process watch(home.startOptions({"watch"}));
+  ASSERT_TRUE(watch.waitForOutput("\"queue\"")) << watch.errors();
+  first->send(SIGKILL);
+  EXPECT_EQ(watch.wait(), 0);
+  EXPECT_THAT(watch.errors(), HasSubstr("has ended"));
+}
+
 TEST_F(ServedQueueTest, WatchShowsWhatAnotherDownloads) {
   const auto first = startSlow("a.avi");
   const PlayerResult watch = home.run({"watch"});
