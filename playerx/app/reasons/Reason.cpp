@@ -54,7 +54,7 @@ constexpr Row kRows[] = {
     {Reason::kUserNotText, "unsupported_url",
      "User name and password of the address are not text in UTF-8"},
     {T::kBadName, "bad_name", "No file can be named like this film",
-     "ask the provider for another address"},
+     "give it another name with -o, or ask the provider for another address"},
 
     {Reason::kNoTicketFile, "bad_ticket", "There is no file {place}"},
     {Reason::kTicketIsFolder, "bad_ticket", "{place} is a folder"},
@@ -92,7 +92,7 @@ constexpr Row kRows[] = {
 
     {T::kNoSuchHost, "no_such_host", "There is no host named {host}",
      "check the address and the network connection"},
-    {T::kNoSuchProxy, "no_such_proxy", "The proxy's host name cannot be found",
+    {T::kNoSuchProxy, "no_such_proxy", "The proxy's host name cannot be found{detail}",
      "check the proxy settings"},
     {T::kRefused, "refused", "{host} does not accept connections",
      "try again when the server is up"},

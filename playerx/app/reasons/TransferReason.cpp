@@ -29,6 +29,8 @@ std::optional<Explanation> explainTransfer(const TransferReport& report,
       return std::nullopt;
     case TransferFailure::kUnsupportedAddress:
       return explain(reasonOf(faultOf(address)));
+    case TransferFailure::kNoSuchProxy:
+      return explain(reason, {.words = proxyOf(address)});
     case TransferFailure::kRefused:
       return explainPeer(report, host, reason, Reason::kProxyRefused);
     case TransferFailure::kTimeout:

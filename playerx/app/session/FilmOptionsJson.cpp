@@ -42,6 +42,7 @@ std::optional<FilmOptions> filmOptionsOf(const Json& object) {
   members.take("tries", options.tries);
   if (members.has("tries") && options.tries == 0) members.fail();
   members.take("timeoutSeconds", seconds);
+  if (members.has("timeoutSeconds") && seconds == 0) members.fail();
   members.takeEach("headers", options.headers, [](const Json& value) {
     return value.is_string() ? std::optional(value.get<std::string>()) : std::nullopt;
   });

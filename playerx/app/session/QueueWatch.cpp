@@ -107,6 +107,7 @@ std::vector<unsigned int> QueueWatch::tellChanges() {
 void QueueWatch::tellRemoved(const ItemState& item) {
   meters_.erase(item.id);
   toPlay_.erase(item.id);
+  if (item.status == DownloadStatusFailed) reasons_.save(queue());
   listener_({Kind::kRemoved, item});
 }
 

@@ -116,8 +116,8 @@
         <translation>Einen Rechner namens {host} gibt es nicht</translation>
     </message>
     <message>
-        <source>The proxy&apos;s host name cannot be found</source>
-        <translation>Der Rechnername des Proxys ist nicht zu finden</translation>
+        <source>The proxy&apos;s host name cannot be found{detail}</source>
+        <translation>Der Rechnername des Proxys ist nicht zu finden{detail}</translation>
     </message>
     <message>
         <source>{host} does not accept connections</source>

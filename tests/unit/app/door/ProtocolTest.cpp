@@ -162,6 +162,7 @@ TEST(ProtocolTest, AnOptionWithAnImpossibleValueIsNamed) {
     return faultOf(R"({"action":"add","inputs":["http://h/a.avi"],"options":{)" + option + "}}");
   };
   EXPECT_EQ(faultOfOption(R"("tries":0)"), impossible + "tries.");
+  EXPECT_EQ(faultOfOption(R"("timeoutSeconds":0)"), impossible + "timeoutSeconds.");
   EXPECT_EQ(faultOfOption(R"("tries":3,"timeoutSeconds":-3)"), impossible + "timeoutSeconds.");
   EXPECT_EQ(faultOfOption(R"("headers":"A: b")"), impossible + "headers.");
   EXPECT_EQ(faultOf(R"({"action":"add","name":"../../x.avi"})"),

@@ -94,6 +94,21 @@ TEST_F(QueueWatchTest, TheReasonOfAFailureIsKeptForLaterRuns) {
   EXPECT_EQ(reason->code(), "http_404");
 }
 
+TEST_F(QueueWatchTest, TheReasonOfARemovedItemIsForgotten) {
+  DownloadItem& film = fake_.module.put("http://h/a.avi");
+  watch();
+  film.setStatus(DownloadStatusFailed);
+  ASSERT_TRUE(support::waitFor([this] {
+    watch().update();
+    return watch().isIdle();
+  }));
+  const std::string file = fake_.session().places().data + "/failures.json";
+  EXPECT_THAT(support::readFile(file), HasSubstr("http://h/a.avi"));
+  fake_.module.drop(0);
+  watch().update();
+  EXPECT_THAT(support::readFile(file), testing::Not(HasSubstr("http://h/a.avi")));
+}
+
 TEST_F(QueueWatchTest, ARemovedItemIsTold) {
   fake_.module.put("http://h/a.avi");
   watch();
