@@ -27,6 +27,17 @@ class QueueWatchTest : public testing::Test {
     return *watch_;
   }
 
+  /// Whether the watch comes to know why its only film has failed.
+  bool watchAFailure() {
+    DownloadItem& film = fake_.module.put("http://h/a.avi");
+    watch();
+    film.setStatus(DownloadStatusFailed);
+    return support::waitFor([this] {
+      watch().update();
+      return watch().isIdle();
+    });
+  }
+
   std::vector<Kind> kinds() const {
     std::vector<Kind> list;
     for (const QueueEvent& event : events_) list.push_back(event.kind);
@@ -69,25 +80,13 @@ TEST_F(QueueWatchTest, EveryStepOfAFilmIsTold) {
 }
 
 TEST_F(QueueWatchTest, AFailureIsToldWithItsReason) {
-  DownloadItem& film = fake_.module.put("http://h/a.avi");
-  watch();
-  film.setStatus(DownloadStatusFailed);
-  EXPECT_TRUE(support::waitFor([this] {
-    watch().update();
-    return watch().isIdle();
-  }));
+  ASSERT_TRUE(watchAFailure());
   ASSERT_THAT(kinds(), ElementsAre(Kind::kFailed));
   EXPECT_EQ(events_[0].reason.code(), "http_404");
 }
 
 TEST_F(QueueWatchTest, TheReasonOfAFailureIsKeptForLaterRuns) {
-  DownloadItem& film = fake_.module.put("http://h/a.avi");
-  watch();
-  film.setStatus(DownloadStatusFailed);
-  ASSERT_TRUE(support::waitFor([this] {
-    watch().update();
-    return watch().isIdle();
-  }));
+  ASSERT_TRUE(watchAFailure());
   const reasons::ReasonFile file(fake_.session().places().data);
   const auto reason = file.find(watch().queue()[0]);
   ASSERT_TRUE(reason);
@@ -95,13 +94,7 @@ TEST_F(QueueWatchTest, TheReasonOfAFailureIsKeptForLaterRuns) {
 }
 
 TEST_F(QueueWatchTest, TheReasonOfARemovedItemIsForgotten) {
-  DownloadItem& film = fake_.module.put("http://h/a.avi");
-  watch();
-  film.setStatus(DownloadStatusFailed);
-  ASSERT_TRUE(support::waitFor([this] {
-    watch().update();
-    return watch().isIdle();
-  }));
+  ASSERT_TRUE(watchAFailure());
   const std::string file = fake_.session().places().data + "/failures.json";
   EXPECT_THAT(support::readFile(file), HasSubstr("http://h/a.avi"));
   fake_.module.drop(0);
