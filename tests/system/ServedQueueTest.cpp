@@ -380,6 +380,10 @@ TEST_F(AgainTest, TheFilmsOfATicketAreNotFetchedTwice) {
   EXPECT_THAT(again.errors, HasSubstr("b.avi is already there"));
   EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
   EXPECT_THAT(home.queue(), SizeIs(2));
+  std::filesystem::remove(home.media() / "a.avi");
+  EXPECT_EQ(home.run({"get", ticket}).status, 0);
+  EXPECT_THAT(home.films(), ElementsAre("a.avi", "b.avi"));
+  EXPECT_THAT(home.queue(), SizeIs(2));
 }
 
 TEST_F(AgainTest, AFilmHasTheNameThatItWasGiven) {

@@ -111,9 +111,8 @@ bool FilmAdder::goOnWithTicket(const Input& input, const Request& request, Reply
   if (request.again) return false;
   const std::vector<std::string> films =
       inputs::filmsOfTicket(kvpm::StringTools::stringToWString(inputs::unquoted(input.text)));
-  const auto known = std::count_if(films.begin(), films.end(), [this](const std::string& film) {
-    return findKnownFilm(watch_.queue(), film).has_value();
-  });
+  const auto known = std::count_if(films.begin(), films.end(),
+                                   [this](const std::string& film) { return !isToAdd(film); });
   hasTwins = known > 0;
   if (films.empty() || known < std::ssize(films)) return false;
   for (const std::string& film : films) {
@@ -121,6 +120,18 @@ bool FilmAdder::goOnWithTicket(const Input& input, const Request& request, Reply
     goOnWith({film, input.options}, request, reply);
   }
   return true;
+}
+
+/// Whether a ticket has to bring the film of an address: the queue lacks it, or held it complete
+/// although its file is gone, and is rid of it now.
+bool FilmAdder::isToAdd(const std::string& address) {
+  const std::optional<ItemState> known = findKnownFilm(watch_.queue(), address);
+  if (!known) return true;
+  const bool isGone =
+      known->status == DownloadStatusCompleted && findFilm(*known, session_.places().media).empty();
+  if (isGone) session_.manager().remove(known->id);
+  if (isGone) watch_.update();
+  return isGone;
 }
 
 /// Whether the queue holds the film of an address complete.

@@ -38,6 +38,7 @@ class FilmAdder {
   bool goOnWithComplete(const model::ItemState& film, const Input& input, const Request& request,
                         Reply& reply);
   void addAnew(const Input& input, const Request& request, Reply& reply, bool hasTwins);
+  bool isToAdd(const std::string& address);
   bool isComplete(const std::string& address) const;
   std::vector<std::string> removeTwins(const std::vector<model::ItemState>& before);
   void nameFilm(unsigned int id, const std::string& name);
