@@ -124,8 +124,8 @@ int GetCommand::workUntilDone(int refused) {
 
 void GetCommand::tell(const QueueEvent& event) {
   const bool isOwn = options_.request.inputs.empty() || own_.contains(event.item.id);
-  const bool isLost = event.kind == QueueEvent::Kind::kRemoved && isOwn &&
-                      event.item.status != DownloadStatusCompleted;
+  const bool isLost =
+      event.kind == QueueEvent::Kind::kRemoved && isOwn && model::isUnfinished(event.item.status);
   if (event.kind == QueueEvent::Kind::kFailed || isLost) failed_.insert(event.item.id);
   present(event, reporter_);
   if (isLost) noteRemoved(event.item, reporter_);
