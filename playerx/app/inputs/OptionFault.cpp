@@ -8,6 +8,7 @@
 
 #include "playerx/app/inputs/TicketFile.h"
 #include "playerx/app/model/FilmCheck.h"
+#include "playerx/platform/SmallFile.h"
 #include "playerx/platform/Text.h"
 #include "playerx/transfers/Checksum.h"
 #include "playerx/transfers/OwnHeaders.h"
@@ -44,6 +45,18 @@ std::string faultOfNumbers(const FilmOptions& options) {
   return {};
 }
 
+/// Whether a file may be replaced by one of cookies: it holds some already, or nothing at all. The
+/// cookie files of browsers and of curl begin with a line that says so; without it, each cookie has
+/// seven fields, split by tabs.
+bool mayHoldCookies(const std::string& path) {
+  constexpr std::size_t kBeginning = 4096;
+  constexpr std::ptrdiff_t kTabs = 6;
+  const std::string text = readSmallFile(path, kBeginning);
+  const std::string first = text.substr(0, text.find('\n'));
+  return text.empty() || text.find("HTTP Cookie File") != std::string::npos ||
+         first.starts_with("Set-Cookie:") || std::count(first.begin(), first.end(), '\t') == kTabs;
+}
+
 template <class Check>
 std::string faultIfSet(const std::string& value, Check check) {
   return value.empty() ? std::string() : check(value);
@@ -78,9 +91,9 @@ std::string faultOfCookieFile(const std::string& path) {
   const bool isPlace = file.is_absolute() && isUtf8(path) &&
                        fs::is_directory(file.parent_path(), error) &&
                        (!fs::exists(file, error) || fs::is_regular_file(file, error));
-  if (isPlace) return {};
-  return "Cookies cannot be kept in \"" + displayPath(path) +
-         "\"; name a file in a folder that exists.";
+  const std::string problem = "Cookies cannot be kept in \"" + displayPath(path) + "\"";
+  if (!isPlace) return problem + "; name a file in a folder that exists.";
+  return mayHoldCookies(path) ? "" : problem + ", because it holds something else.";
 }
 
 std::string faultOfSum(const std::string& sha256) {

@@ -43,6 +43,19 @@ TEST(OptionFaultTest, FilesAreWhereTheySayTheyAre) {
   EXPECT_THAT(faultOfNetrcFile(folder / "none"), HasSubstr("There is no file"));
 }
 
+TEST(OptionFaultTest, CookiesReplaceNothingElse) {
+  const support::TempDir folder;
+  for (const char* cookies :
+       {"", "# Netscape HTTP Cookie File\n\n", "# a browser's\n# HTTP Cookie File\n",
+        "h\tFALSE\t/\tFALSE\t0\tname\tvalue", "Set-Cookie: name=value\n"}) {
+    EXPECT_EQ(faultOfCookieFile(folder.write("jar", cookies)), "") << cookies;
+  }
+  for (const char* other : {"# notes\n", "\n", "hello", "a\tb", "\x89PNG\r\n\x1a\n"}) {
+    EXPECT_THAT(faultOfCookieFile(folder.write("jar", other)), HasSubstr("holds something else"))
+        << other;
+  }
+}
+
 TEST(OptionFaultTest, EverythingElseIsBounded) {
   EXPECT_NE(faultOf({.username = "\xff"}), "");
   EXPECT_NE(faultOf({.password = "a\nb"}), "");
