@@ -64,7 +64,8 @@ std::string problemOf(CURL* curl, CURLcode code, long status) {
     return "The address of the online services (--services) does not begin with http:// or "
            "https://.";
   }
-  return std::string("The online services cannot be reached: ") + curl_easy_strerror(code) + ".";
+  return std::string("The online services cannot be reached (") + curl_easy_strerror(code) +
+         "); check their address (--services), or try again later.";
 }
 
 }  // namespace

@@ -33,7 +33,9 @@ constexpr const char* kForms[] = {
     QT_TRANSLATE_NOOP("Sentence",
                       "The address of the online services (--services) does not begin "
                       "with http:// or https://."),
-    QT_TRANSLATE_NOOP("Sentence", "The online services cannot be reached: {words}."),
+    QT_TRANSLATE_NOOP("Sentence",
+                      "The online services cannot be reached ({words}); check their address "
+                      "(--services), or try again later."),
     QT_TRANSLATE_NOOP("Sentence", "There is too little memory to ask the online services."),
     QT_TRANSLATE_NOOP("Sentence", "The online services cannot read this ticket."),
     QT_TRANSLATE_NOOP("Sentence", "The online services refuse this download."),

@@ -71,8 +71,8 @@
         <translation>Die Adresse der Online-Dienste (--services) beginnt nicht mit http:// oder https://.</translation>
     </message>
     <message>
-        <source>The online services cannot be reached: {words}.</source>
-        <translation>Die Online-Dienste sind nicht erreichbar: {words}.</translation>
+        <source>The online services cannot be reached ({words}); check their address (--services), or try again later.</source>
+        <translation>Die Online-Dienste sind nicht erreichbar ({words}); prüfe ihre Adresse (--services), oder versuche es später noch einmal.</translation>
     </message>
     <message>
         <source>There is too little memory to ask the online services.</source>

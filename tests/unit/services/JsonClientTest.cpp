@@ -45,7 +45,9 @@ TEST(JsonClientTest, ARefusedConnectionIsAProblem) {
   const JsonReply reply =
       JsonClient("http://127.0.0.1:" + std::to_string(port.port()), {}).get("/x");
   EXPECT_FALSE(reply.ok);
-  EXPECT_EQ(reply.problem.find("The online services cannot be reached"), 0u) << reply.problem;
+  EXPECT_EQ(reply.problem,
+            "The online services cannot be reached (Couldn't connect to server); check their "
+            "address (--services), or try again later.");
 }
 
 TEST(JsonClientTest, AnAnswerThatIsNoneIsCalledSo) {
