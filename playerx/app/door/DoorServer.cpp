@@ -8,7 +8,6 @@
 #include <QLocalSocket>
 #include <QTimer>
 #include <algorithm>
-#include <map>
 #include <utility>
 
 namespace playerx::door {
@@ -172,8 +171,21 @@ std::string DoorServer::listen(const std::string& path) {
 }
 
 std::vector<DoorServer::Line> DoorServer::takeLines() {
-  const GuardLock lock(mutex_);
-  return std::exchange(lines_, {});
+  std::vector<Line> lines;
+  bool hasMore = false;
+  {
+    const GuardLock lock(mutex_);
+    for (auto& [visitor, waiting] : lines_) {
+      for (std::size_t count = 0; count < kMostAtOnce && !waiting.empty(); ++count) {
+        lines.push_back({visitor, std::move(waiting.front())});
+        waiting.pop_front();
+      }
+    }
+    std::erase_if(lines_, [](const auto& each) { return each.second.empty(); });
+    hasMore = !lines_.empty();
+  }
+  if (hasMore) wake_();
+  return lines;
 }
 
 void DoorServer::send(Visitor visitor, const QByteArray& line) {
@@ -204,7 +216,7 @@ void DoorServer::remove(Visitor visitor) {
 void DoorServer::receive(Line line) {
   {
     const GuardLock lock(mutex_);
-    lines_.push_back(std::move(line));
+    lines_[line.visitor].push_back(std::move(line.text));
   }
   wake_();
 }

@@ -2,8 +2,11 @@
 
 #include <QByteArray>
 #include <QThread>
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,6 +19,9 @@ namespace playerx::door {
 constexpr int kMostVisitors = 64;
 constexpr qint64 kLongestLine = 16 * 1024 * 1024;
 constexpr qint64 kMostUnread = 16 * 1024 * 1024;
+
+/// Most lines of a visitor that are taken at once.
+constexpr std::size_t kMostAtOnce = 50;
 
 /// Carries lines between the process that holds a queue and other processes of the same user.
 ///
@@ -33,8 +39,8 @@ class DoorServer {
   };
 
   /// `greeting` and `refusal` are lines without their line feed; a visitor for whom there is no
-  /// room gets `refusal` and is disconnected. `wake` is called on the server's thread when there is
-  /// something to take, and must not wait.
+  /// room gets `refusal` and is disconnected. `wake` is called, on the server's thread or by
+  /// `takeLines`, when there is something to take, and must not wait.
   DoorServer(QByteArray greeting, QByteArray refusal, std::function<void()> wake);
   DoorServer(const DoorServer&) = delete;
   DoorServer& operator=(const DoorServer&) = delete;
@@ -46,7 +52,8 @@ class DoorServer {
   /// to a process that has died. Returns why not, in one sentence, and empty on success. Once.
   std::string listen(const std::string& path);
 
-  /// The lines since the last call, oldest first.
+  /// The oldest lines of each visitor, in their order: no more than `kMostAtOnce`, so that no
+  /// visitor keeps the others waiting. `wake` is called when there are more.
   std::vector<Line> takeLines();
 
   /// Sends a line, given without its line feed, to a visitor; nothing happens when it has gone.
@@ -67,7 +74,7 @@ class DoorServer {
   std::unique_ptr<Connections> connections_;  ///< lives on the thread
 
   mutable GuardMutex mutex_;
-  std::vector<Line> lines_ KVPM_GUARDED_BY(mutex_);
+  std::map<Visitor, std::deque<QByteArray>> lines_ KVPM_GUARDED_BY(mutex_);  ///< none is empty
   std::vector<Visitor> visitors_ KVPM_GUARDED_BY(mutex_);
 };
 

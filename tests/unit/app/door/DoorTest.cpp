@@ -8,6 +8,7 @@
 
 #include <QLocalSocket>
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <thread>
@@ -60,7 +61,9 @@ class DoorTest : public ::testing::Test {
   }
 
   support::TempDir folder_;
-  std::unique_ptr<DoorServer> server_ = std::make_unique<DoorServer>("welcome", "full", [] {});
+  std::atomic<std::size_t> wakes_ = 0;
+  std::unique_ptr<DoorServer> server_ =
+      std::make_unique<DoorServer>("welcome", "full", [this] { ++wakes_; });
 };
 
 TEST_F(DoorTest, AVisitorsLinesArriveInOrder) {
@@ -72,6 +75,21 @@ TEST_F(DoorTest, AVisitorsLinesArriveInOrder) {
   EXPECT_EQ(lines[0].text, "one");
   EXPECT_EQ(lines[1].text, "two");
   EXPECT_EQ(lines[0].visitor, lines[1].visitor);
+}
+
+TEST_F(DoorTest, AVisitorWithManyLinesDoesNotKeepOthersWaiting) {
+  const auto busy = visit();
+  const auto other = visit();
+  for (std::size_t count = 0; count < 2 * kMostAtOnce; ++count) busy->send("again");
+  other->send("hello");
+  ASSERT_TRUE(support::waitFor([this] { return wakes_ == 2 * kMostAtOnce + 1; }));
+  const auto lines = server_->takeLines();
+  EXPECT_EQ(lines.size(), kMostAtOnce + 1);
+  EXPECT_EQ(lines.back().text, "hello");
+  EXPECT_EQ(wakes_, 2 * kMostAtOnce + 2) << "there are more";
+  EXPECT_EQ(server_->takeLines().size(), kMostAtOnce);
+  EXPECT_EQ(wakes_, 2 * kMostAtOnce + 2);
+  EXPECT_TRUE(server_->takeLines().empty());
 }
 
 TEST_F(DoorTest, ALineGoesToItsVisitorAlone) {
