@@ -191,6 +191,15 @@ std::optional<std::string> textOf(const Json& value) {
   return value.is_string() ? std::optional(value.get<std::string>()) : std::nullopt;
 }
 
+bool isDirection(const Json& word) { return Json(word.get<Request::Direction>()) == word; }
+
+/// What is wrong with the way that an item is to move; empty when nothing is.
+std::string faultOfMove(const Members& members) {
+  const bool isMove = members.has("action") && members.at("action") == "move";
+  if (!isMove || (members.has("direction") && isDirection(members.at("direction")))) return {};
+  return "The request names no direction; give up, down, top, bottom or before.";
+}
+
 /// What the request lacks; empty when nothing.
 std::string lackOf(const Request& request, const Members& members) {
   using Action = Request::Action;
@@ -199,8 +208,8 @@ std::string lackOf(const Request& request, const Members& members) {
   if (needsItem && !members.has("id") && !members.has("position")) {
     return "The request names no item; give its id, or its position from 1 on.";
   }
-  if (isMove && !members.has("direction")) {
-    return "The request names no direction; give up, down, top, bottom or before.";
+  if (request.action == Action::kLimit && !request.rateLimit) {
+    return "The request names no limit; give its rateLimit, 0 for none.";
   }
   if (isMove && request.direction == Request::Direction::kBefore && !members.has("before")) {
     return "The request does not name the item to move in front of; give its id as \"before\".";
@@ -231,6 +240,7 @@ std::string faultOfOptions(const Json& options) {
 std::string faultOf(const Request& request, const Members& members) {
   std::string fault;
   if (members.has("options")) fault = faultOfOptions(members.at("options"));
+  if (fault.empty()) fault = faultOfMove(members);
   if (!members.isGood() || !members.has("action")) return fault;
   if (!request.name.empty()) fault = inputs::faultOfName(request.name);
   if (fault.empty()) fault = lackOf(request, members);

@@ -190,10 +190,10 @@ Reply QueueService::limited(const Request& request) const {
   if (!session_.isStarted()) {
     return failed(kLimitsNothing);
   }
-  if (!request.rateLimit) return failed("The request names no limit.");
-  if (*request.rateLimit == 0) return done("There is no limit of the rate any more.");
-  return done("At most " + std::to_string(*request.rateLimit) + " bytes (" +
-              model::formatBytes(*request.rateLimit) + ") per second from now on.");
+  const std::uint64_t rate = request.rateLimit.value_or(0);
+  if (rate == 0) return done("There is no limit of the rate any more.");
+  return done("At most " + std::to_string(rate) + " bytes (" + model::formatBytes(rate) +
+              ") per second from now on.");
 }
 
 Reply QueueService::editItem(const Request& request, const ItemState& item) {

@@ -139,11 +139,21 @@ TEST(ProtocolTest, AMoveNamesItsItemAndItsWay) {
        {R"({"action":"move","direction":"up"})", R"({"action":"remove","withFilm":true})"}) {
     EXPECT_EQ(faultOf(line), "The request names no item; give its id, or its position from 1 on.");
   }
-  EXPECT_EQ(faultOf(R"({"action":"move","position":1})"),
-            "The request names no direction; give up, down, top, bottom or before.");
+  for (const char* line :
+       {R"({"action":"move","position":1})", R"({"action":"move","id":1,"direction":"left"})",
+        R"({"action":"move","id":1,"direction":3})"}) {
+    EXPECT_EQ(faultOf(line),
+              "The request names no direction; give up, down, top, bottom or before.");
+  }
   EXPECT_EQ(faultOf(R"({"action":"move","id":1,"direction":"before"})"),
             "The request does not name the item to move in front of; give its id as \"before\".");
   EXPECT_EQ(faultOf(R"({"action":"move","id":1,"direction":"before","before":2})"), "");
+}
+
+TEST(ProtocolTest, ALimitNamesItsRate) {
+  EXPECT_EQ(faultOf(R"({"action":"limit"})"),
+            "The request names no limit; give its rateLimit, 0 for none.");
+  EXPECT_EQ(faultOf(R"({"action":"limit","rateLimit":0})"), "");
 }
 
 TEST(ProtocolTest, WhatOnlyOneFilmCanHaveIsNotSharedByTwo) {
