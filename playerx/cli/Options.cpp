@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <filesystem>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -23,36 +24,51 @@ namespace {
 /// Higher positions are typing errors.
 constexpr int kMostItems = 1'000'000;
 
+[[noreturn]] void complain(const std::string& sentence) { throw CLI::ValidationError(sentence); }
+
 /// An empty variable of a shell would stand for the usual folder.
-std::string faultOfFolder(const std::string& name) {
-  return name.empty() ? "the folder has no name" : "";
+void checkFolder(const std::string& name) {
+  if (name.empty()) complain("A folder without a name cannot be used; check --data and --media.");
+}
+
+void checkAuthorities(const std::string& name) {
+  std::error_code error;
+  if (std::filesystem::is_regular_file(name, error)) return;
+  complain("There is no file " + quoted(name) + " of certificate authorities; check --cacert.");
+}
+
+void checkPlugins(const std::string& name) {
+  std::error_code error;
+  if (std::filesystem::is_directory(name, error)) return;
+  complain("There is no folder " + quoted(name) + " of plug-ins; check --plugins.");
+}
+
+/// An option that names a place on the disk; `check` complains of one that cannot be used.
+void addPlace(CLI::App& app, const char* name, std::string& place, const char* help,
+              void (*check)(const std::string&), const char* type = "DIR") {
+  const auto take = [&place, check](const std::string& text) {
+    check(text);
+    place = text;
+  };
+  app.add_option_function<std::string>(name, take, help)->type_name(type);
 }
 
 void addGlobalOptions(CLI::App& app, Options& options) {
   app.option_defaults()->take_last();
-  app.add_option("--data", options.session.dataFolder,
-                 "Folder of the queue and of unfinished files")
-      ->check(CLI::Validator(faultOfFolder, ""))
-      ->type_name("DIR");
-  app.add_option("--media", options.session.mediaFolder, "Folder that receives the films")
-      ->check(CLI::Validator(faultOfFolder, ""))
-      ->type_name("DIR");
-  // Without their descriptions, which the help would print behind the types.
-  app.add_option("--cacert", options.session.caFile, "PEM file of certificate authorities to trust")
-      ->check(CLI::ExistingFile.description(""))
-      ->type_name("FILE");
+  addPlace(app, "--data", options.session.dataFolder, "Folder of the queue and of unfinished files",
+           checkFolder);
+  addPlace(app, "--media", options.session.mediaFolder, "Folder that receives the films",
+           checkFolder);
+  addPlace(app, "--cacert", options.session.caFile, "PEM file of certificate authorities to trust",
+           checkAuthorities, "FILE");
   app.add_option("--services", options.session.services, "Address of the online services")
       ->type_name("ADDRESS");
-  app.add_option("--plugins", options.session.pluginFolder, "Folder of the plug-ins")
-      ->check(CLI::ExistingDirectory.description(""))
-      ->type_name("DIR");
+  addPlace(app, "--plugins", options.session.pluginFolder, "Folder of the plug-ins", checkPlugins);
   app.add_flag("--diagnostics", options.diagnostics,
                "Print the module's own diagnostics on standard error");
   app.add_flag("-q,--quiet", options.quiet, "Print failures and advice alone, no progress");
   app.add_flag("--json", options.json, "One JSON object per line on standard output");
 }
-
-[[noreturn]] void complain(const std::string& sentence) { throw CLI::ValidationError(sentence); }
 
 int positionOf(const std::string& text) {
   int position = 0;

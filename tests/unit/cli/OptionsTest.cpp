@@ -104,6 +104,11 @@ TEST(OptionsTest, WrongUsageExitsWithTwo) {
 TEST(OptionsTest, OnePlainSentenceNamesWhatIsAllowed) {
   const std::pair<std::vector<const char*>, const char*> cases[] = {
       {{"move", "1", "sideways"}, "\"sideways\" is no direction; give up, down, top or bottom."},
+      {{"--cacert", "/none", "list"},
+       "There is no file \"/none\" of certificate authorities; check --cacert."},
+      {{"--plugins", "/none", "list"},
+       "There is no folder \"/none\" of plug-ins; check --plugins."},
+      {{"--data", "", "list"}, "A folder without a name cannot be used; check --data and --media."},
       {{"move", "1", "3"}, "\"3\" is no direction; give up, down, top or bottom."},
       {{"move", "x", "up"},
        "\"x\" is no position; give a whole number from 1 on, as `list` prints it."},
