@@ -128,6 +128,7 @@ constexpr Row kRows[] = {
     {T::kDropped, "dropped", "The connection to {host} broke again and again",
      "what has arrived is kept, retry later"},
     {T::kStalled, "stalled", "{host} stopped sending", "what has arrived is kept, retry later"},
+    {Reason::kSilent, "stalled", "{host} sends nothing", "retry later"},
     {T::kBadAnswer, "bad_answer", "{host} gave no proper answer", "try again later"},
     {T::kKeepsChanging, "keeps_changing", "The film at {host} changed while it was downloaded",
      "retry later"},
@@ -168,8 +169,8 @@ constexpr Row kRows[] = {
     {kAnyServerError, "{host} has trouble of its own ({status})", "try again later"},
 
     {Reason::kTooLittleSpace, "no_space", "There is too little free space at {place}{detail}",
-     "free some there, or choose other folders with --media (films) and --data (unfinished ones), "
-     "then retry"},
+     "a download needs twice the size of its film; free some space there, or choose other folders "
+     "with --media (films) and --data (unfinished ones), then retry"},
     {T::kNoSpace, "no_space", "The disk with the folder for unfinished films is full",
      "free some space there and retry, which goes on where it stopped, or choose another folder "
      "with --data"},

@@ -56,6 +56,7 @@ enum class Reason : std::int32_t {
   kProxyTimeout = 76,
   kUnexplained = 77,  ///< failed, though the server answers now
   kProxyLogin = 78,
+  kSilent = 79,  ///< the server took the connection and never sent a byte
 
   // What is wrong with a server's certificate.
   kExpired = 85,

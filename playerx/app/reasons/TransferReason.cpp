@@ -35,6 +35,8 @@ std::optional<Explanation> explainTransfer(const TransferReport& report,
       return explainPeer(report, host, reason, Reason::kProxyRefused);
     case TransferFailure::kTimeout:
       return explainPeer(report, host, reason, Reason::kProxyTimeout);
+    case TransferFailure::kStalled:
+      return explain(report.arrived > 0 ? reason : Reason::kSilent, {.host = host});
     case TransferFailure::kNoSpaceForFilm:
       return explain(reason,
                      {.place = std::filesystem::path(report.requestedPath).parent_path().string()});

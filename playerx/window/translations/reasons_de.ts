@@ -188,6 +188,10 @@
         <translation>{host} hat aufgehört zu senden</translation>
     </message>
     <message>
+        <source>{host} sends nothing</source>
+        <translation>{host} sendet nichts</translation>
+    </message>
+    <message>
         <source>{host} gave no proper answer</source>
         <translation>{host} hat nicht richtig geantwortet</translation>
     </message>

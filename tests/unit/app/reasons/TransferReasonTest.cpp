@@ -34,6 +34,14 @@ TEST(TransferReasonTest, AFullDiskIsNamedByTheFolderThatLiesOnIt) {
             "retry, which goes on where it stopped, or choose another folder with --data.");
 }
 
+TEST(TransferReasonTest, ASilentServerIsToldFromOneThatStops) {
+  TransferReport report = broken(TransferFailure::kStalled);
+  EXPECT_EQ(sentenceOf(report), "films.test sends nothing; retry later.");
+  report.arrived = 1;
+  EXPECT_EQ(sentenceOf(report),
+            "films.test stopped sending; what has arrived is kept, retry later.");
+}
+
 TEST(TransferReasonTest, ALoopOfRedirectsIsSaidToBeOne) {
   EXPECT_EQ(sentenceOf(broken(TransferFailure::kRedirectLoop)),
             "films.test sends the player round in circles; ask the provider for another address.");
