@@ -19,6 +19,12 @@ std::string formatBytes(std::uint64_t bytes) {
   return text.data();
 }
 
+std::pair<std::string, std::string> formatApart(std::uint64_t one, std::uint64_t other) {
+  std::pair<std::string, std::string> texts(formatBytes(one), formatBytes(other));
+  if (texts.first != texts.second) return texts;
+  return {std::to_string(one) + " B", std::to_string(other) + " B"};
+}
+
 std::string formatCount(std::size_t count, const std::string& noun) {
   return count == 1 ? "one " + noun : std::to_string(count) + " " + noun + "s";
 }

@@ -86,10 +86,10 @@ std::optional<Explanation> explainNotices(const ItemState& item, const std::vect
 Explanation explainSpace(const std::string& folder, std::uint64_t size) {
   std::error_code error;
   const std::filesystem::space_info disk = std::filesystem::space(nearestExisting(folder), error);
+  const auto [needed, free] = model::formatApart(model::spaceNeededFor(size), disk.available);
   std::string numbers;
-  if (size > 0) numbers = model::formatBytes(model::spaceNeededFor(size)) + " needed";
-  if (!error)
-    numbers += (numbers.empty() ? "" : ", ") + model::formatBytes(disk.available) + " free";
+  if (size > 0) numbers = needed + " needed";
+  if (!error) numbers += (numbers.empty() ? "" : ", ") + free + " free";
   return explain(Reason::kTooLittleSpace, {.place = folder, .words = numbers});
 }
 

@@ -19,8 +19,10 @@ constexpr int kNoticeMs = 12'000;
 QString noSpaceText(const Notice& notice) {
   const QString folder = cleanText(QDir(notice.text).dirName());
   if (notice.needed == 0) return QueueQuestions::tr("Not enough room in %1.").arg(folder);
+  const bool isClose = sizeText(notice.needed) == sizeText(notice.free);
+  const auto textOf = isClose ? bytesText : sizeText;
   return QueueQuestions::tr("Not enough room in %1: %2 needed, %3 free.")
-      .arg(folder, sizeText(notice.needed), sizeText(notice.free));
+      .arg(folder, textOf(notice.needed), textOf(notice.free));
 }
 
 QueueQuestions::QueueQuestions(WindowQueue& queue, const FilmModel& films, MessageStrip& strip,

@@ -368,6 +368,11 @@ TEST_F(MainWindowTest, TooLittleRoomIsToldWithNumbersAndAWayOut) {
   Q_EMIT queue_.noticed(notice);
   EXPECT_EQ(strip().text().replace(QChar::Nbsp, QLatin1Char(' ')),
             QStringLiteral("Not enough room in Videos: 1.2 GB needed, 400 MB free."));
+  notice.free = 1'199'999'000;
+  Q_EMIT queue_.noticed(notice);
+  EXPECT_EQ(
+      strip().text().replace(QChar::Nbsp, QLatin1Char(' ')),
+      QStringLiteral("Not enough room in Videos: 1,200,000,000 B needed, 1,199,999,000 B free."));
 }
 
 }  // namespace

@@ -15,6 +15,12 @@ TEST(TextFormatTest, BytesHaveUnitsOfAThousand) {
   EXPECT_EQ(formatBytes(~std::uint64_t{0}), "18.4 EB");
 }
 
+TEST(TextFormatTest, AmountsThatLookAlikeAreToldInBytes) {
+  using Texts = std::pair<std::string, std::string>;
+  EXPECT_EQ(formatApart(1'000'000, 1'100'000), Texts("1.0 MB", "1.1 MB"));
+  EXPECT_EQ(formatApart(1'000'001, 999'999), Texts("1000001 B", "999999 B"));
+}
+
 TEST(TextFormatTest, ACountIsInTheRightNumber) {
   EXPECT_EQ(formatCount(0, "film"), "0 films");
   EXPECT_EQ(formatCount(1, "film"), "one film");
