@@ -24,14 +24,15 @@ std::string describeDifference(std::uint64_t size, std::uint64_t announced) {
 }  // namespace
 
 std::string findOddity(const ItemState& film, const fs::path& mediaFolder) {
+  if (film.path.empty()) return {};
   std::error_code error;
   const fs::path place = film.path;
   const fs::path instead = mediaFolder / place.filename();
   const std::uintmax_t size = fs::file_size(place, error);
   if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) {
-    return fs::exists(instead, error)
-               ? film.title + " lies at " + instead.string() + ", in the present media folder."
-               : "";
+    return film.title + (fs::exists(instead, error)
+                             ? " lies at " + instead.string() + ", in the present media folder."
+                             : " is not there any more.");
   }
   if (error || film.size == 0 || size == film.size) return "";
   return film.title + " has " + describeDifference(size, film.size) +

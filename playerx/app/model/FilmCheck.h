@@ -8,8 +8,8 @@
 namespace playerx::model {
 
 /// What is odd about a film that the queue calls complete, in one sentence: it is shorter or longer
-/// than its server had announced, or lies in `mediaFolder` and not where the queue has it. Empty
-/// when nothing is. Looks at the disk. Any thread.
+/// than its server had announced, lies in `mediaFolder` and not where the queue has it, or in
+/// neither place. Empty when nothing is. Looks at the disk. Any thread.
 std::string findOddity(const ItemState& film, const std::filesystem::path& mediaFolder);
 
 /// Free bytes that the download manager asks for, where films go and where they arrive, before it

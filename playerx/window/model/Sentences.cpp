@@ -51,6 +51,7 @@ constexpr const char* kForms[] = {
 
     // A film.
     QT_TRANSLATE_NOOP("Sentence", "{title} lies at {place}, in the present media folder."),
+    QT_TRANSLATE_NOOP("Sentence", "{title} is not there any more."),
     QT_TRANSLATE_NOOP("Sentence",
                       "{title} has {size} bytes although its server had announced "
                       "{announced}; should it end early, remove it and get it again."),

@@ -119,6 +119,10 @@
         <translation>{title} liegt unter {place}, im jetzigen Ordner für Filme.</translation>
     </message>
     <message>
+        <source>{title} is not there any more.</source>
+        <translation>{title} ist nicht mehr da.</translation>
+    </message>
+    <message>
         <source>{title} has {size} bytes although its server had announced {announced}; should it end early, remove it and get it again.</source>
         <translation>{title} hat {size} Bytes, obwohl der Server {announced} angekündigt hatte; falls der Film zu früh endet, ihn entfernen und noch einmal laden.</translation>
     </message>

@@ -57,8 +57,9 @@ TEST_F(FilmCheckTest, AFilmInThePresentMediaFolderIsNamed) {
             "film.avi lies at " + here.string() + ", in the present media folder.");
 }
 
-TEST_F(FilmCheckTest, OfAFilmThatIsNowhereNothingIsKnown) {
-  EXPECT_EQ(findOddity(filmAt("/former/film.avi", 4), "/elsewhere"), "");
+TEST_F(FilmCheckTest, AFilmThatIsNowhereIsNamed) {
+  EXPECT_EQ(findOddity(filmAt("/former/film.avi", 4), "/elsewhere"),
+            "film.avi is not there any more.");
 }
 
 TEST(FilmNameTest, IsOnePlainName) {
