@@ -222,7 +222,9 @@ Reply QueueService::remove(const ItemState& item, bool withFilm) {
   mayHaveLeftovers_ = true;
   const std::string removed = "Removed: " + displayName(item);
   if (!withFilm) return done(removed + ".");
-  return removeFilm(findFilm(item, session_.places().media), removed);
+  // The place of any other item may be that of a film that was there before.
+  const std::string film = isComplete(item) ? findFilm(item, session_.places().media) : "";
+  return removeFilm(film, removed);
 }
 
 Reply QueueService::retry(const ItemState& item) {

@@ -330,5 +330,16 @@ TEST_F(QueueServiceTest, AFilmGoesWithItsItemOnDemand) {
   EXPECT_THAT(service().handle(withFilm).results, ElementsAre("Removed: film; it had no film."));
 }
 
+TEST_F(QueueServiceTest, AnItemThatIsNotCompleteTakesNoFilmAlong) {
+  const std::filesystem::path film = fake_.folder.write("a.avi", "another one");
+  for (const DownloadStatusEnumType status :
+       {DownloadStatusQueued, DownloadStatusStopped, DownloadStatusFailed}) {
+    putFilm(status);
+    const Request withFilm{.action = Action::kRemove, .position = 1, .withFilm = true};
+    EXPECT_THAT(service().handle(withFilm).results, ElementsAre("Removed: film; it had no film."));
+    EXPECT_TRUE(std::filesystem::exists(film));
+  }
+}
+
 }  // namespace
 }  // namespace playerx::session
