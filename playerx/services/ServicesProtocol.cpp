@@ -1,5 +1,7 @@
 #include "playerx/services/ServicesProtocol.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -70,12 +72,20 @@ std::optional<Number> numberOf(const Json& object, const char* key) {
   return static_cast<Number>(value);
 }
 
+/// Whether a title, which names the file of its film, would lead out of the media folder. The
+/// download manager takes both slashes for separators.
+bool leadsOut(std::string title) {
+  std::replace(title.begin(), title.end(), '\\', '/');
+  const std::filesystem::path path = title;
+  return std::find(path.begin(), path.end(), "..") != path.end();
+}
+
 std::unique_ptr<VeskDrmTicketData> recordOf(const Json& object) {
   if (!object.is_object()) return nullptr;
   const auto ticket = textOf(object, "ticket", kMaxTicketText);
   const auto title = textOf(object, "title", kMaxName);
   const auto usageId = numberOf<std::int32_t>(object, "usageId");
-  if (!ticket || !title || !usageId) return nullptr;
+  if (!ticket || !title || !usageId || leadsOut(*title)) return nullptr;
   auto record = std::make_unique<VeskDrmTicketData>();
   record->ticket = *ticket;
   record->title = StringTools::stringToWString(*title);

@@ -110,7 +110,7 @@ TEST_F(EncryptedTicket, AFilmThatIsThereDoesNotChangeThePath) {
   EXPECT_EQ(support::readFile(movies() / "Summer.vesk"), "a film");
 }
 
-TEST_F(EncryptedTicket, SeparatorsInATitleLeadBelowTheMoviesFolderAsWanted) {
+TEST_F(EncryptedTicket, SeparatorsInATitleLeadToOtherFolders) {
   const auto items = process({record(L"a/b"), record(L"a\\b"), record(L"../c:?*")}, ticket());
   ASSERT_THAT(items, SizeIs(3));
   EXPECT_EQ(items[0].filePath, pathOf(L"a/b.vesk"));

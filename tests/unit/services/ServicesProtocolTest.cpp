@@ -49,6 +49,19 @@ TEST(ServicesProtocolTest, MalformedRecordsYieldNone) {
   }
 }
 
+TEST(ServicesProtocolTest, NoTitleLeadsOutOfTheMediaFolder) {
+  const auto isTaken = [](const std::string& title) {
+    const std::string record = R"({"ticket":"t","title":")" + title + R"(","usageId":1})";
+    return !readTicketAnswer(R"({"records":[)" + record + "]}").empty();
+  };
+  for (const char* title : {"../a", "a/..", "a/../b", "..", R"(..\\a)", R"(a\\..\\b)"}) {
+    EXPECT_FALSE(isTaken(title)) << title;
+  }
+  for (const char* title : {"a", "..a", "a..", "a/b", "...", "/a"}) {
+    EXPECT_TRUE(isTaken(title)) << title;
+  }
+}
+
 TEST(ServicesProtocolTest, AnAnswerThatNestsWithoutEndMakesNoSense) {
   const std::string deep(100'000, '[');
   for (const std::string& json :
