@@ -19,9 +19,7 @@ using VeskPlayerX::DownloadManagerInterface;
 
 namespace {
 
-AddResult refused(reasons::Explanation explanation) {
-  return {AddResult::kRefused, std::move(explanation)};
-}
+using Refusal = std::optional<reasons::Explanation>;
 
 /// U+200C and U+200D, with which several languages spell words.
 bool isJoiner(wchar_t c) { return c == 0x200C || c == 0x200D; }
@@ -41,26 +39,21 @@ std::wstring readableTitle(const std::wstring& address) {
   return isPrintable && title.characters != name ? title.characters : L"";
 }
 
-AddResult addAddress(const std::string& address, DownloadManagerInterface& manager,
-                     const std::vector<model::ItemState>& queue) {
-  if (const auto reason = refusalOfAddress(address)) return refused(reasons::explain(*reason));
-  const bool isQueued = std::any_of(queue.begin(), queue.end(), [&](const auto& item) {
-    return item.url == address && model::isUnfinished(item.status);
-  });
-  if (isQueued) return {AddResult::kAlreadyQueued};
+Refusal addAddress(const std::string& address, DownloadManagerInterface& manager) {
+  if (const auto reason = refusalOfAddress(address)) return reasons::explain(*reason);
   const std::wstring wide = StringTools::stringToWString(address);
   const bool isAdded = manager.add(wide, readableTitle(wide), L"") != nullptr;
-  return isAdded ? AddResult{} : refused(reasons::explain(Reason::kUnsupportedType));
+  return isAdded ? Refusal() : reasons::explain(Reason::kUnsupportedType);
 }
 
-AddResult addTicket(const std::string& path, DownloadManagerInterface& manager,
-                    const TakeMessages& takeMessages) {
+Refusal addTicket(const std::string& path, DownloadManagerInterface& manager,
+                  const TakeMessages& takeMessages) {
   const auto refusal = refusalOfTicket(StringTools::stringToWString(unquoted(path)));
-  if (refusal) return refused(*refusal);
+  if (refusal) return refusal;
   if (!manager.addTicket(StringTools::stringToWString(path), false).empty()) return {};
   const std::vector<std::string> words = takeMessages();
-  if (words.empty()) return refused(reasons::explain(Reason::kEmptyTicket));
-  return refused(reasons::explain(Reason::kServicesSaid, {.words = words.back()}));
+  if (words.empty()) return reasons::explain(Reason::kEmptyTicket);
+  return reasons::explain(Reason::kServicesSaid, {.words = words.back()});
 }
 
 /// The download manager takes every address for a secure one that has "https" anywhere.
@@ -121,10 +114,10 @@ std::optional<Reason> refusalOfAddress(const std::string& address) {
   return std::nullopt;
 }
 
-AddResult addInput(const std::string& input, DownloadManagerInterface& manager,
-                   const std::vector<model::ItemState>& queue, const TakeMessages& takeMessages) {
+Refusal addInput(const std::string& input, DownloadManagerInterface& manager,
+                 const TakeMessages& takeMessages) {
   return isTicketPath(input) ? addTicket(input, manager, takeMessages)
-                             : addAddress(cleaned(input), manager, queue);
+                             : addAddress(cleaned(input), manager);
 }
 
 }  // namespace playerx::inputs

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "playerx/app/model/ItemState.h"
 #include "playerx/app/reasons/Reason.h"
 
 namespace VeskPlayerX {
@@ -31,20 +30,14 @@ std::string cleaned(const std::string& input);
 /// then makes of its file type.
 std::optional<reasons::Reason> refusalOfAddress(const std::string& address);
 
-/// What became of an input.
-struct AddResult {
-  enum Outcome { kAdded, kAlreadyQueued, kRefused };
-  Outcome outcome = kAdded;
-  std::optional<reasons::Explanation> refusal{};  ///< of a refused one
-};
-
 /// Takes what the plug-ins have told the user.
 using TakeMessages = std::function<std::vector<std::string>()>;
 
-/// Hands an address or a ticket file to the download manager. `queue` is its present content: an
-/// address that still waits there is not added again. What the online services said of a ticket
-/// that they could not read becomes the refusal. Waits for them; on the host's thread.
-AddResult addInput(const std::string& input, VeskPlayerX::DownloadManagerInterface& manager,
-                   const std::vector<model::ItemState>& queue, const TakeMessages& takeMessages);
+/// Hands an address or a ticket file to the download manager; returns why not, nullopt when that
+/// was done. What the online services said of a ticket that they could not read becomes the
+/// refusal. Waits for them; on the host's thread.
+std::optional<reasons::Explanation> addInput(const std::string& input,
+                                             VeskPlayerX::DownloadManagerInterface& manager,
+                                             const TakeMessages& takeMessages);
 
 }  // namespace playerx::inputs

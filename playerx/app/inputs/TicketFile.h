@@ -24,7 +24,7 @@ std::string displayPath(const std::string& path);
 /// too large.
 std::optional<std::wstring> readTicketText(const std::wstring& path, reasons::Explanation* problem);
 
-/// The addresses that a clear ticket names, in UTF-8; empty for a file that is none.
+/// The addresses that a clear ticket names, in UTF-8; empty for another file.
 std::vector<std::string> filmsOfTicket(const std::wstring& path);
 
 /// Whether this is the text of a protected ticket, which only the online services can read.

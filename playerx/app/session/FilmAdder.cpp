@@ -194,10 +194,10 @@ void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply
   if (mayBeThere) session_.takeFilmBack(input.text);
   whilePaused(getsOptions || hasTwins, [&] {
     const std::vector<ItemState> before = hasTwins ? watch_.queue() : std::vector<ItemState>();
-    const inputs::AddResult result = inputs::addInput(input.text, session_.manager(), {},
-                                                      [this] { return session_.takeMessages(); });
+    const auto refusal = inputs::addInput(input.text, session_.manager(),
+                                          [this] { return session_.takeMessages(); });
     const std::string shown = input.isTicket ? input.text : withoutCredentials(input.text);
-    if (result.refusal) reply.refused.push_back({shown, *result.refusal});
+    if (refusal) reply.refused.push_back({shown, *refusal});
     const std::vector<std::string> twins =
         hasTwins ? removeTwins(before) : std::vector<std::string>();
     const std::vector<unsigned int> added = watch_.update();
