@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "playerx/app/inputs/TicketFile.h"
+#include "playerx/platform/Text.h"
 
 namespace playerx::cli {
 
@@ -15,14 +16,6 @@ namespace {
 
 /// U+FEFF in UTF-8, which some editors put before the text.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-constexpr char kBlanks[] = " \t\r\f\v";
-
-std::string trimmed(const std::string& line) {
-  const std::size_t begin = line.find_first_not_of(kBlanks);
-  if (begin == std::string::npos) return "";
-  return line.substr(begin, line.find_last_not_of(kBlanks) - begin + 1);
-}
 
 }  // namespace
 
@@ -32,7 +25,7 @@ std::vector<std::string> readInputList(std::istream& list) {
   for (std::string line; std::getline(list, line);) {
     const bool isMarked = std::exchange(isFirst, false) && line.starts_with(kByteOrderMark);
     if (isMarked) line.erase(0, kByteOrderMark.size());
-    std::string input = trimmed(line);
+    std::string input(trimmed(line));
     if (!input.empty() && input.front() != '#') inputs.push_back(std::move(input));
   }
   return inputs;

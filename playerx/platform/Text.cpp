@@ -14,9 +14,10 @@ char32_t scalarValue(wchar_t character) {
 }  // namespace
 
 std::string_view trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  constexpr char kBlanks[] = " \t\r\n\f\v";
+  const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t\r\n") + 1 - first);
+  return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
 }
 
 WideText decodeUtf8(std::string_view bytes) {
