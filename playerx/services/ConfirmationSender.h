@@ -12,8 +12,8 @@ namespace playerx {
 
 /// Sends confirmations of downloads in their order on a thread of its own, which the first of them
 /// starts, so that neither a transfer nor the user waits for the online services. A confirmation
-/// that fails is tried again after growing pauses. The destructor tries each remaining one once
-/// more.
+/// that fails is tried again after growing pauses. The destructor tries the remaining ones in
+/// their order, up to the first that fails.
 class ConfirmationSender {
  public:
   /// Sends one request; returns whether it arrived. Called without a lock on the sender's thread,
