@@ -21,7 +21,7 @@ constexpr std::size_t kComparedAtOnce = 1 << 18;
 constexpr std::wstring_view kSetAsideSuffix = L".unreadable";
 constexpr int kMostSetAside = 10'000;
 
-/// Whether opening failed for want of a file; a folder of that name holds no queue either.
+/// Whether opening failed because the file is missing; a folder of that name holds no queue either.
 bool isMissing(int error) { return error == ENOENT || error == ENOTDIR || error == EISDIR; }
 
 /// Up to `size` bytes from the present position; nullopt on an error.

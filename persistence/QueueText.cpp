@@ -63,7 +63,7 @@ class QueueText::EditWriter {
 
   bool isDone() const { return run_ == longestRun_; }
 
-  /// Ends the edit. If that is for want of items, the remaining elements are dropped.
+  /// Ends the edit. When the items have run out, the remaining elements are dropped.
   Edit finish() {
     while (!isDone() && next() < queue_.elements_.size()) drop();
     return std::move(edit_);

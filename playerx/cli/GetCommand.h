@@ -14,7 +14,7 @@ namespace playerx::cli {
 class Reporter;
 class WakeUp;
 
-/// The command that adds films and downloads until nothing is left, be it added here or by other
+/// The command that adds films and downloads until nothing is left, whether added here or by other
 /// processes, which it serves meanwhile. Used on the main thread.
 class GetCommand {
  public:

@@ -8,7 +8,7 @@ namespace playerx::cli {
 class Reporter;
 class WakeUp;
 
-/// Runs a command on the queue of the session's data folder, be it here or in the process that has
+/// Runs a command on the queue of the session's data folder, here or in the process that has
 /// it. Returns the program's exit status.
 int runOnQueue(const Options& options, session::PlayerSession& session, Reporter& reporter,
                WakeUp& wakeUp);

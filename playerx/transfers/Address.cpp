@@ -83,6 +83,12 @@ bool isWeb(const std::string& url) {
   return host < url.size() && url[host] != '/';
 }
 
+/// An address without the end of its host: what stands in the place of a port may be a password.
+std::string withoutPort(const std::string& url) {
+  const std::size_t end = url.find_first_of("/?#", url.find("://") + 3);
+  return url.substr(0, url.rfind(':', end) + 1) + "...";
+}
+
 }  // namespace
 
 std::optional<Address> parseAddress(const std::string& urlUtf8) {
@@ -131,12 +137,6 @@ SplitAddress splitCredentials(const std::string& url) {
   const std::size_t colon = std::min(named.find(':'), named.size());
   return {url.substr(0, begin) + url.substr(at + 1), unescaped(named.substr(0, colon)),
           unescaped(named.substr(std::min(colon + 1, named.size())))};
-}
-
-/// An address without the end of its host: what stands in the place of a port may be a password.
-std::string withoutPort(const std::string& url) {
-  const std::size_t end = url.find_first_of("/?#", url.find("://") + 3);
-  return url.substr(0, url.rfind(':', end) + 1) + "...";
 }
 
 std::string withoutCredentials(const std::string& text) {

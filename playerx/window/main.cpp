@@ -21,7 +21,6 @@
 #include "playerx/window/shell/Language.h"
 #include "playerx/window/shell/MainWindow.h"
 #include "playerx/window/shell/StopSignals.h"
-#include "playerx/window/view/Icons.h"
 
 namespace playerx::window {
 namespace {

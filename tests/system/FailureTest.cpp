@@ -148,7 +148,7 @@ TEST_F(FailureTest, AFolderThatIsNotNamedInUtf8IsSaid) {
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
-TEST_F(FailureTest, ASizeThatIsNoneIsNoLackOfSpace) {
+TEST_F(FailureTest, AnUnusableSizeIsNoLackOfSpace) {
   ScriptedServer server;
   server.always(Script::answer("HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\n"));
   EXPECT_EQ(failureOf(server.url("/a.avi")), "bad_answer");

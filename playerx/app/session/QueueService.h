@@ -18,7 +18,7 @@ inline constexpr char kLimitsNothing[] =
     "Nothing is being downloaded, so the limit of the rate has no effect; `get --limit-rate` "
     "limits what it downloads.";
 
-/// The queue as every face uses it, be it in this process or at the other end of a socket: carries
+/// The queue as every face uses it, in this process or at the other end of a socket: carries
 /// requests out and tells what happens. On the session's thread.
 ///
 ///     QueueService service(session, wake, probe, listener);

@@ -134,8 +134,8 @@ void SessionWorker::openThere(std::unique_ptr<door::QueueClient> client) {
   begin();
 }
 
-/// Another process counts the same films anew; what is still on its way to the old queue must not
-/// hit others.
+/// Another process numbers the same films from 1 again; what is still on its way to the old queue
+/// must not hit others.
 void SessionWorker::beginBook() {
   firstId_ = lastId_;
   book_ = std::make_unique<FilmBook>([reasons = reasons::ReasonFile(session_->places().data)](

@@ -2,7 +2,6 @@
 
 #include <functional>
 
-#include "KPIM/Plugin.h"
 #include "VeskPlayerX/PlayerInterface.h"
 
 namespace playerx {

@@ -1,7 +1,6 @@
 #include <atomic>
 
 #include "VeskPlayerX/InterfaceIds.h"
-#include "tests/unit/download/HostPlaces.h"
 #include "tests/unit/download/WorkerFixture.h"
 
 namespace {

@@ -7,7 +7,6 @@
 
 #include "kvsc/OpenSsl.h"
 #include "kvsc/SSLConnect.h"
-#include "tests/support/TempDir.h"
 #include "tests/support/TestPki.h"
 
 namespace kvsc {

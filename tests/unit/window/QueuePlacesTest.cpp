@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "playerx/settings/UserSettings.h"
 #include "playerx/window/queue/QueuePlaces.h"
 #include "tests/unit/window/OwnSettings.h"
 
