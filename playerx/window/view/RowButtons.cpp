@@ -2,6 +2,14 @@
 
 namespace playerx::window {
 
+namespace {
+
+bool isForAnotherFolder(const FilmFailure& failure) {
+  return failure.code == QLatin1String("no_space") || failure.code == QLatin1String("media_folder");
+}
+
+}  // namespace
+
 QList<Verb> rowButtonsOf(const Film& film) {
   QList<Verb> verbs;
   if (canBePlayed(film)) verbs << Verb::kPlay;
@@ -10,8 +18,7 @@ QList<Verb> rowButtonsOf(const Film& film) {
       return verbs << Verb::kShowInFolder;
     case FilmState::kFailed:
       verbs << Verb::kRetry;
-      if (film.failure.code == QLatin1String("no_space")) return verbs << Verb::kOtherFolder;
-      return verbs << Verb::kCopyAddress;
+      return verbs << (isForAnotherFolder(film.failure) ? Verb::kOtherFolder : Verb::kCopyAddress);
     case FilmState::kStopped:
       return verbs << Verb::kGoOn;
     case FilmState::kPaused:
