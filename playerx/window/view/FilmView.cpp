@@ -66,7 +66,8 @@ void FilmView::selectFilms(const QList<FilmId>& ids) {
     selection.append(QItemSelectionRange(begin, index));
     if (!first.isValid()) first = index;
   }
-  if (first.isValid()) selectionModel()->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
+  if (!first.isValid()) return;
+  selectionModel()->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
   selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
 }
 

@@ -63,7 +63,6 @@ TEST_F(FilmViewTest, AClickOnARowButtonUsesIt) {
   queue({film(1), film(2)});
   const QRect row = rowOf(2);
   const QPoint button(row.right() - 40, row.center().y() + row.height() / 5);
-  QTest::mouseMove(view().viewport(), button);
   QTest::mouseClick(view().viewport(), Qt::LeftButton, Qt::NoModifier, button);
   EXPECT_EQ(queue_.take(), QStringList({"stop 2"}));
   EXPECT_TRUE(view().selectedFilms().isEmpty()) << "a button does not select";
@@ -160,6 +159,8 @@ TEST_F(FilmViewTest, EveryStateOffersWhatCanBeDone) {
   EXPECT_EQ(rowButtonsOf(film(1, FilmState::kStopped)), QList<Verb>({Verb::kGoOn}));
   EXPECT_EQ(rowButtonsOf(film(1, FilmState::kDone)),
             QList<Verb>({Verb::kPlay, Verb::kShowInFolder}));
+  EXPECT_EQ(rowButtonsOf(failed(1, QStringLiteral("media_folder"), {})),
+            QList<Verb>({Verb::kRetry, Verb::kOtherFolder}));
   EXPECT_EQ(rowButtonsOf(failed(1, QStringLiteral("no_space"), {})),
             QList<Verb>({Verb::kRetry, Verb::kOtherFolder}));
 }
