@@ -101,6 +101,7 @@ set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_PLAYER_PACKAGE_SECTION video)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "playerx-download-manager (= ${PROJECT_VERSION}), qt6-base-dev")
 set(CPACK_DEBIAN_PLAYER_PACKAGE_DEPENDS "playerx-download-manager (= ${PROJECT_VERSION}), qt6-svg-plugins | libqt6svg6")
+set(CPACK_DEBIAN_PLAYER_PACKAGE_RECOMMENDS "qt6-translations-l10n")
 set(CPACK_COMPONENT_MODULE_DESCRIPTION "Download manager of a media player
 A plug-in that keeps an ordered queue of films and downloads one after the
 other, with the libraries that it stands on.")
