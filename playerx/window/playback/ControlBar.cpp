@@ -57,6 +57,10 @@ ControlBar::ControlBar(QWidget* parent)
       fullScreen_(makeButton(QStringLiteral("view-fullscreen"), tr("Full screen"))) {
   setAutoFillBackground(true);
   setPalette(darkPalette());
+  // The style draws a slider's handle as a button, which would hardly be seen on this ground.
+  QPalette bright = palette();
+  bright.setColor(QPalette::Button, bright.color(QPalette::ButtonText));
+  volume_->setPalette(bright);
   volume_->setRange(0, 100);
   volume_->setAccessibleName(tr("Volume"));
   volume_->setToolTip(tr("Volume"));
