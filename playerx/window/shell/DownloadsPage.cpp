@@ -42,7 +42,7 @@ void DownloadsPage::showMenu(const QPoint& place) {
 
 void DownloadsPage::choose() {
   const bool isEmpty = films_.rowCount() == 0;
-  empty_->setFiltered(films_.sourceModel()->rowCount() > 0);
+  empty_->setFiltered(films_.isNarrowed() && films_.sourceModel()->rowCount() > 0);
   QWidget* const page = isEmpty ? static_cast<QWidget*>(empty_) : view_;
   if (stack_->currentWidget() != page) stack_->setCurrentWidget(page);
   setFocusProxy(page);
