@@ -67,8 +67,8 @@ AddAddressesDialog::AddAddressesDialog(const QString& text, QWidget* parent)
 }
 
 void AddAddressesDialog::setText(const QString& text) {
-  edit_->setPlainText(text);
-  look();
+  if (text.isEmpty()) look();
+  edit_->setPlainText(text);  // looks
 }
 
 void AddAddressesDialog::look() {

@@ -32,7 +32,7 @@ WindowDialogs::WindowDialogs(QWidget& window) : QObject(&window), window_(window
 
 void WindowDialogs::askForAddresses() {
   const QMimeData* const data = QApplication::clipboard()->mimeData();
-  const bool isOffered = data != nullptr && !inputsInData(*data).inputs.isEmpty();
+  const bool isOffered = data != nullptr && holdsInput(*data);
   auto* const dialog = new AddAddressesDialog(isOffered ? data->text() : QString(), &window_);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   connect(dialog, &QDialog::accepted, this,
