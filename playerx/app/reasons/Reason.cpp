@@ -257,6 +257,12 @@ std::vector<std::string> sentenceForms() {
   return forms;
 }
 
+std::vector<std::string> adviceForms() {
+  std::vector<std::string> forms;
+  for (const Row& row : kRows) forms.emplace_back(row.advice);
+  return forms;
+}
+
 std::string Explanation::sentence() const {
   const std::string text = advice.empty() ? happened : happened + "; " + advice;
   return text.ends_with('.') ? text : text + '.';

@@ -88,6 +88,9 @@ std::string sentenceForm(Reason reason);
 /// The forms of all reasons.
 std::vector<std::string> sentenceForms();
 
+/// What can be done about reasons, as the table has it; some of it more than once.
+std::vector<std::string> adviceForms();
+
 /// What the sentence of a reason may mention.
 struct Facts {
   std::string host{};   ///< the server, or the proxy where the reason speaks of one

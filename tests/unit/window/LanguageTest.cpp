@@ -94,6 +94,9 @@ TEST(LanguageTest, EveryReasonIsTranslatedAndNothingElse) {
     translated.insert(message.source);
   QSet<QString> forms;
   for (const std::string& form : reasons::sentenceForms()) forms << QString::fromStdString(form);
+  for (const std::string& advice : reasons::adviceForms()) {
+    if (isAdviceForWindow(advice)) forms << QString::fromStdString(advice);
+  }
   EXPECT_EQ(translated, forms);
 }
 
@@ -190,10 +193,11 @@ TEST(LanguageTest, AReasonIsSaidInTheLanguageOfTheUserWithItsFacts) {
       reasons::explain(reasons::reasonOfStatus(404), {.host = "films.example"});
   const reasons::Explanation strange = {reasons::reasonOfStatus(404), "Said by a later version"};
   EXPECT_EQ(reasonSentence(missing),
-            QStringLiteral("films.example has no film at this address (404)."));
+            QStringLiteral("films.example has no film at this address (404); check the address."));
   const Language german{QLocale(QLocale::German)};
   EXPECT_EQ(reasonSentence(missing),
-            QStringLiteral("Auf films.example gibt es unter dieser Adresse keinen Film (404)."));
+            QStringLiteral("Auf films.example gibt es unter dieser Adresse keinen Film (404); die "
+                           "Adresse prüfen."));
   EXPECT_EQ(reasonSentence(strange), QStringLiteral("Said by a later version."));
 }
 
@@ -201,9 +205,17 @@ TEST(LanguageTest, TheWordsInBracketsOfAReasonStayWhereTheyAre) {
   const Language german{QLocale(QLocale::German)};
   const reasons::Reason network = reasons::reasonOf(TransferFailure::kNetwork);
   EXPECT_EQ(reasonSentence(reasons::explain(network, {.host = "a.example", .words = "no (route)"})),
-            QStringLiteral("a.example war nicht erreichbar (no (route))."));
+            QStringLiteral("a.example war nicht erreichbar (no (route)); die Netzwerkverbindung "
+                           "prüfen und es später noch einmal versuchen."));
   EXPECT_EQ(reasonSentence(reasons::explain(network, {.host = "a.example"})),
-            QStringLiteral("a.example war nicht erreichbar."));
+            QStringLiteral("a.example war nicht erreichbar; die Netzwerkverbindung prüfen und es "
+                           "später noch einmal versuchen."));
+}
+
+TEST(LanguageTest, AdviceOnOptionsIsForTheCommandLineAlone) {
+  const reasons::Explanation full = reasons::explain(reasons::reasonOf(TransferFailure::kNoSpace));
+  EXPECT_EQ(reasonSentence(full),
+            QStringLiteral("The disk with the folder for unfinished films is full."));
 }
 
 TEST(LanguageTest, WordsThatEndWithAFullStopGetNoSecondOne) {
