@@ -62,8 +62,6 @@ QString sizeText(quint64 bytes) {
   return withUnit(digits(inUnit(bytes, unit), unit), unit);
 }
 
-QString bytesText(quint64 bytes) { return withUnit(QLocale().toString(bytes), 0); }
-
 QString sizeOfText(quint64 part, quint64 whole) {
   const int unit = unitOf(whole);
   const QString left = digits(inUnit(part, unit), unit);

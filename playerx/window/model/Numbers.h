@@ -11,9 +11,6 @@ namespace playerx::window {
 /// "999 B", "5.2 MB", "294 MB", "1.2 GB": one decimal below 100.
 QString sizeText(quint64 bytes);
 
-/// "1,200,345 B", where units would make two amounts look alike.
-QString bytesText(quint64 bytes);
-
 /// "294 of 700 MB": both in the unit of the whole.
 QString sizeOfText(quint64 part, quint64 whole);
 

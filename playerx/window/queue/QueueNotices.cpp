@@ -1,8 +1,6 @@
 #include "playerx/window/queue/QueueNotices.h"
 
-#include "playerx/app/model/FilmCheck.h"
 #include "playerx/window/model/Sentences.h"
-#include "playerx/window/queue/QueuePlaces.h"
 
 namespace playerx::window {
 
@@ -16,26 +14,15 @@ bool isRefusedByServices(reasons::Reason reason) {
          reason == Reason::kNoAuthorization || reason == Reason::kAccessExpired;
 }
 
-/// The films' folder may be on another disk than the one for unfinished films.
-Notice noSpaceNotice(FilmId film, quint64 size) {
-  const quint64 needed = model::spaceNeededFor(size);
-  QString folder = partialFolder();
-  if (freeSpace(folder) >= needed) folder = mediaFolder();
-  return {.kind = Notice::kNoSpace,
-          .film = film,
-          .text = folder,
-          .needed = needed,
-          .free = freeSpace(folder)};
-}
-
 }  // namespace
 
 std::optional<Notice> noticeOf(const QueueEvent& event, FilmId film) {
   if (event.kind == QueueEvent::Kind::kFailed) {
-    if (event.reason.code() == "no_space") return noSpaceNotice(film, event.item.size);
+    const bool isFull = event.reason.code() == "no_space";
+    const QString sentence = reasonSentence(event.reason);
+    if (isFull) return Notice{.kind = Notice::kNoSpace, .film = film, .text = sentence};
     if (isRefusedByServices(event.reason.reason)) {
-      return Notice{
-          .kind = Notice::kNotAuthorized, .film = film, .text = reasonSentence(event.reason)};
+      return Notice{.kind = Notice::kNotAuthorized, .film = film, .text = sentence};
     }
   }
   if (event.sentence.empty()) return std::nullopt;

@@ -1,10 +1,7 @@
 #include "playerx/window/shell/QueueQuestions.h"
 
-#include <QDir>
-
 #include "playerx/window/model/FilmModel.h"
 #include "playerx/window/model/FilmText.h"
-#include "playerx/window/model/Numbers.h"
 #include "playerx/window/queue/WindowQueue.h"
 #include "playerx/window/view/MessageStrip.h"
 
@@ -15,15 +12,6 @@ namespace {
 constexpr int kNoticeMs = 12'000;
 
 }  // namespace
-
-QString noSpaceText(const Notice& notice) {
-  const QString folder = cleanText(QDir(notice.text).dirName());
-  if (notice.needed == 0) return QueueQuestions::tr("Not enough room in %1.").arg(folder);
-  const bool isClose = sizeText(notice.needed) == sizeText(notice.free);
-  const auto textOf = isClose ? bytesText : sizeText;
-  return QueueQuestions::tr("Not enough room in %1: %2 needed, %3 free.")
-      .arg(folder, textOf(notice.needed), textOf(notice.free));
-}
 
 QueueQuestions::QueueQuestions(WindowQueue& queue, const FilmModel& films, MessageStrip& strip,
                                QObject* parent)
@@ -67,7 +55,7 @@ void QueueQuestions::tell(const Notice& notice) {
 void QueueQuestions::tellNoSpace(const Notice& notice) {
   StripMessage message;
   message.topic = QStringLiteral("space");
-  message.text = noSpaceText(notice);
+  message.text = cleanText(notice.text);
   message.isWarning = true;
   message.answers = {{tr("Choose a folder…"), [this] { Q_EMIT otherFolderWanted(); }}};
   const FilmId film = notice.film;

@@ -33,7 +33,4 @@ class QueueQuestions : public QObject {
   MessageStrip& strip_;
 };
 
-/// "Not enough room in Videos: 1.2 GB needed, 0.4 GB free."
-QString noSpaceText(const Notice& notice);
-
 }  // namespace playerx::window

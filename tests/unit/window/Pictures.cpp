@@ -179,9 +179,9 @@ QPixmap failure() {
   Notice notice;
   notice.kind = Notice::kNoSpace;
   notice.film = 3;
-  notice.text = QStringLiteral("/home/mia/Videos");
-  notice.needed = 1'880'000'000;
-  notice.free = 400'000'000;
+  notice.text = reasonSentence(
+      reasons::explain(reasons::Reason::kTooLittleSpace,
+                       {.place = "/home/mia/Videos", .words = "1.9 GB needed, 400 MB free"}));
   Q_EMIT stage.queue().noticed(notice);
   QTest::qWait(100);
   return stage.window().grab();
