@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QPainter>
+#include <QTextLayout>
 
 #include "playerx/window/model/FilmModel.h"
 #include "playerx/window/model/FilmText.h"
@@ -40,6 +41,18 @@ QSize buttonSize(Verb verb, const RowMetrics& metrics) {
 
 QString elided(const QString& text, const QFont& font, int width) {
   return QFontMetrics(font).elidedText(text, Qt::ElideRight, width);
+}
+
+/// A text of one or two lines, of which the second is elided.
+QString inTwoLines(const QString& text, const QFont& font, int width) {
+  QTextLayout layout(text, font);
+  layout.beginLayout();
+  QTextLine line = layout.createLine();
+  if (line.isValid()) line.setLineWidth(width);
+  layout.endLayout();
+  const int end = line.isValid() ? line.textLength() : 0;
+  if (end >= text.size()) return text;
+  return text.left(end).trimmed() + QLatin1Char('\n') + elided(text.mid(end), font, width);
 }
 
 }  // namespace
@@ -137,10 +150,25 @@ void FilmDelegate::paintText(QPainter& painter, const Row& row) const {
   painter.setPen(isFailed ? row.shades.warning : row.shades.detail);
   painter.drawText(layout.state, static_cast<int>(end | Qt::TextSingleLine),
                    elided(row.state, row.metrics.detailFont, layout.state.width()));
+  paintDetail(painter, row);
+}
+
+/// A row without a bar has room for a second line: for the whole reason of a failure.
+void FilmDelegate::paintDetail(QPainter& painter, const Row& row) const {
   const QString detail = detailText(row.film, QDateTime::currentDateTime());
+  const QFont& font = row.metrics.detailFont;
+  QRect place = row.layout.detail;
+  const bool isLong = QFontMetrics(font).horizontalAdvance(detail) > place.width();
+  Qt::Alignment start = QStyle::visualAlignment(row.option.direction, Qt::AlignLeft);
+  QString text = elided(detail, font, place.width());
+  if (isLong && row.layout.bar.isNull()) {
+    text = inTwoLines(detail, font, place.width());
+    place.setHeight(2 * row.metrics.detailHeight);
+  } else {
+    start |= Qt::AlignVCenter;
+  }
   painter.setPen(row.shades.detail);
-  painter.drawText(layout.detail, static_cast<int>(start | Qt::TextSingleLine),
-                   elided(detail, row.metrics.detailFont, layout.detail.width()));
+  painter.drawText(place, static_cast<int>(start), text);
 }
 
 void FilmDelegate::paintBar(QPainter& painter, const Row& row) const {

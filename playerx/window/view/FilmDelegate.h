@@ -46,6 +46,7 @@ class FilmDelegate : public QStyledItemDelegate {
   Row rowOf(const QStyleOptionViewItem& option, const QModelIndex& index) const;
   void paintGround(QPainter& painter, const Row& row) const;
   void paintText(QPainter& painter, const Row& row) const;
+  void paintDetail(QPainter& painter, const Row& row) const;
   void paintBar(QPainter& painter, const Row& row) const;
   void paintButtons(QPainter& painter, const Row& row) const;
   void paintLabel(QPainter& painter, const Row& row, const QStyleOptionButton& button) const;
