@@ -7,6 +7,7 @@
 
 #include "playerx/window/model/FilmFilter.h"
 #include "playerx/window/view/Icons.h"
+#include "playerx/window/view/Shades.h"
 
 namespace playerx::window {
 
@@ -31,6 +32,7 @@ FilterBar::FilterBar(FilmFilter& films, QWidget* parent)
   words_->addAction(themedIcon(QStringLiteral("edit-find")), QLineEdit::LeadingPosition);
   words_->setMaximumWidth(28 * fontMetrics().averageCharWidth());
   words_->installEventFilter(this);
+  setLook();
   auto* const row = new QHBoxLayout(this);
   row->setContentsMargins(0, 0, 0, 0);
   row->setSpacing(8);
@@ -46,6 +48,20 @@ FilterBar::FilterBar(FilmFilter& films, QWidget* parent)
     films_.setGroup(static_cast<FilmFilter::Group>(group()));
     Q_EMIT changed();
   });
+}
+
+/// A palette of the desktop may have no readable colour of its own for a placeholder.
+void FilterBar::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange) setLook();
+}
+
+void FilterBar::setLook() {
+  QPalette colors = palette();
+  const QColor base = colors.color(QPalette::Base);
+  const QColor quiet = mixed(colors.color(QPalette::Text), base, 0.4);
+  colors.setColor(QPalette::PlaceholderText, readableOn(base, quiet));
+  words_->setPalette(colors);
 }
 
 void FilterBar::edit() {

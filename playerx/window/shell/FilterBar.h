@@ -34,8 +34,11 @@ class FilterBar : public QWidget {
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
+  void changeEvent(QEvent* event) override;
 
  private:
+  void setLook();
+
   FilmFilter& films_;
   QComboBox* const groups_;
   QLineEdit* const words_;
