@@ -20,6 +20,8 @@ namespace {
 
 constexpr int kReportMs = 8000;
 
+const QString kAdding = QStringLiteral("adding");
+
 bool isTicket(const QString& input) {
   return input.endsWith(QLatin1String(".tix"), Qt::CaseInsensitive) &&
          !input.contains(QLatin1String("://"));
@@ -42,7 +44,7 @@ FilmCommands::FilmCommands(const Parts& parts, QObject* parent)
     parts_.strip.end(QStringLiteral("undo"));
     Q_EMIT situationChanged();
   });
-  connect(&parts_.queue, &WindowQueue::inputsTaken, this, &FilmCommands::tellInputs);
+  connect(&parts_.queue, &WindowQueue::adding, this, &FilmCommands::tellLeft);
   connect(&parts_.queue, &WindowQueue::ticketRead, this, &FilmCommands::tellTicket);
 }
 
@@ -132,6 +134,13 @@ Situation FilmCommands::situation(bool isPaused) const {
 
 void FilmCommands::finish() { removal_->commit(); }
 
+void FilmCommands::tellLeft(int inputs) {
+  if (inputs == 0) return parts_.strip.end(kAdding);
+  parts_.strip.show(
+      {.topic = kAdding,
+       .text = tr("%n address(es) or ticket(s) are still to be added.", nullptr, inputs)});
+}
+
 void FilmCommands::tellInputs(const InputReport& report) {
   if (!report.films.isEmpty()) parts_.view.selectFilms(report.films);
   if (report.refused.isEmpty()) {
@@ -157,26 +166,26 @@ void FilmCommands::tellInputs(const InputReport& report) {
   parts_.strip.show({.topic = QStringLiteral("inputs"),
                      .text = text,
                      .isWarning = true,
-                     .answers = {{tr("Copy them"),
+                     .answers = {{count > 1 ? tr("Copy them") : tr("Copy it"),
                                   [copied] { QGuiApplication::clipboard()->setText(copied); }}}});
 }
 
 void FilmCommands::tellTicket(const TicketReport& report) {
   if (report.problem.isEmpty()) return parts_.queue.add({report.path});
-  const QString problem = cleanText(report.problem);
+  QString problem = cleanText(report.problem);
+  //: Of a ticket; %1 is a number, %2 a sentence.
+  if (report.line > 0) problem = tr("Line %1: %2").arg(report.line).arg(problem);
   const QString path = report.path;
   StripMessage message;
   message.topic = QStringLiteral("ticket:") + path;
   message.isWarning = true;
   if (report.films == 0) {
-    //: %1 is a path, %2 a sentence with the reason.
-    message.text =
-        tr("The ticket %1 names no film that can be downloaded. %2").arg(cleanText(path), problem);
+    message.text = tr("Not added: %1 — %2").arg(cleanText(path), problem);
   } else {
     message.text = tr("The ticket %1 names %n film(s), but something in it cannot be used. %2",
                       nullptr, report.films)
                        .arg(cleanText(path), problem);
-    message.answers.append({tr("Add all the same"), [this, path] { parts_.queue.add({path}); }});
+    message.answers.append({tr("Add anyway"), [this, path] { parts_.queue.add({path}); }});
   }
   parts_.strip.show(message);
 }

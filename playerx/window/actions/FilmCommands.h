@@ -46,6 +46,9 @@ class FilmCommands : public QObject {
   /// What of a situation depends on films and selection.
   Situation situation(bool isPaused) const;
 
+  /// Says what became of inputs, and selects their films, which are in the list by now.
+  void tellInputs(const InputReport& report);
+
   /// Ends what is still open, such as a removal that could be undone.
   void finish();
 
@@ -60,7 +63,7 @@ class FilmCommands : public QObject {
   void deletionAsked(const QList<playerx::window::FilmId>& films, const QString& title);
 
  private:
-  void tellInputs(const InputReport& report);
+  void tellLeft(int inputs);
   void tellTicket(const TicketReport& report);
   void remove(const QList<FilmId>& ids, bool withFiles);
   void askAboutDeletion(const QList<FilmId>& ids);

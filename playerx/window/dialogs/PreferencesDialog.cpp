@@ -55,7 +55,7 @@ bool isWebAddress(const QString& text) {
 
 QString complaintAbout(const QueuePreferences& preferences) {
   if (!QDir::isAbsolutePath(preferences.mediaFolder)) {
-    return PreferencesDialog::tr("Name the folder for films from the root on.");
+    return PreferencesDialog::tr("Give the whole path of the folder for films, from / on.");
   }
   if (preferences.proxy == QueuePreferences::kOwnProxy && !isWebAddress(preferences.proxyAddress)) {
     return PreferencesDialog::tr("Name the proxy as http://host:port.");

@@ -18,7 +18,7 @@ const QList<VerbFacts>& verbFacts() {
       {Verb::kAddTickets, QT_TRANSLATE_NOOP("Verb", "Add &tickets…"), "document-open", "Ctrl+O",
        kWindow},
       {Verb::kPaste, QT_TRANSLATE_NOOP("Verb", "Add from the &clipboard"), "edit-paste", "Ctrl+V",
-       kList},
+       kWindow},
       {Verb::kPauseAll, QT_TRANSLATE_NOOP("Verb", "&Pause all"), "media-playback-pause", "Ctrl+P",
        kWindow},
       {Verb::kResumeAll, QT_TRANSLATE_NOOP("Verb", "&Go on with all"), "media-playback-start",

@@ -28,10 +28,19 @@ void InputAdder::addWaiting() {
   if (!waiting_.isEmpty()) add(std::exchange(waiting_, {}));
 }
 
-void InputAdder::addNext() {
+void InputAdder::addRest() {
+  while (!toAdd_.isEmpty() && waiting_.isEmpty()) addFirst();
+}
+
+void InputAdder::addFirst() {
   addSome(toAdd_.mid(0, kInputsAtOnce));
   toAdd_.remove(0, std::min<qsizetype>(kInputsAtOnce, toAdd_.size()));
-  Q_EMIT advanced();
+}
+
+void InputAdder::addNext() {
+  if (toAdd_.isEmpty()) return;  // the rest was added meanwhile
+  addFirst();
+  Q_EMIT advanced(static_cast<int>(toAdd_.size()));
   if (!toAdd_.isEmpty()) {
     QMetaObject::invokeMethod(this, &InputAdder::addNext, Qt::QueuedConnection);
     return;

@@ -26,6 +26,9 @@ class InputAdder : public QObject {
   void add(const QStringList& inputs);
   void addWaiting();
 
+  /// Adds at once what is left, as far as a queue can be told of it. For the end of the window.
+  void addRest();
+
   /// The queue has this film since an input was added.
   void noteFilm(FilmId film) { films_.append(film); }
 
@@ -33,8 +36,8 @@ class InputAdder : public QObject {
   qsizetype left() const { return toAdd_.size() + waiting_.size(); }
 
  Q_SIGNALS:
-  /// Some inputs have been handed over.
-  void advanced();
+  /// Some inputs have been handed over; `left` wait for their turn.
+  void advanced(int left);
 
   /// All inputs have been handed over. Receivers call `noteFilm` for each film added; `reported`
   /// follows.
@@ -47,6 +50,7 @@ class InputAdder : public QObject {
 
  private:
   void addNext();
+  void addFirst();
   void addSome(const QStringList& inputs);
 
   const Ask ask_;

@@ -44,7 +44,9 @@ TicketReport reportOnTicket(const QString& path, PluginContext& plugins) {
        inputs::examineTicket(path.toStdString(), services ? services->get() : nullptr, notAsked)) {
     if (finding.isFilm) ++report.films;
     const bool isFirstProblem = !finding.isFilm && report.problem.isEmpty();
-    if (isFirstProblem) report.problem = sentenceOf(finding);
+    if (!isFirstProblem) continue;
+    report.problem = sentenceOf(finding);
+    report.line = finding.line;
   }
   return report;
 }

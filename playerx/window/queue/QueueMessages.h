@@ -28,16 +28,15 @@ struct TicketReport {
   QString path;
   int films = 0;
   QString problem;  ///< the first sentence about what cannot be downloaded; empty when all can
+  int line = 0;     ///< of that in the ticket, from 1 on; 0 for the ticket as a whole
 };
 
 /// Something the queue tells the user about a film that is being worked on.
 struct Notice {
   enum Kind { kNoSpace, kNotAuthorized, kAddressFailed, kTransferBroken, kServices };
   Kind kind = kServices;
-  FilmId film = 0;     ///< 0 when not known
-  QString text;        ///< the folder, the address, the path or the services' words
-  quint64 needed = 0;  ///< bytes, for kNoSpace; 0 when not known
-  quint64 free = 0;    ///< bytes, for kNoSpace
+  FilmId film = 0;  ///< 0 when not known
+  QString text;     ///< a sentence on what is the matter, or the services' words
 };
 
 /// The online services want to know which slot a film takes.

@@ -55,6 +55,7 @@ void SessionQueue::begin(bool staysPaused) {
   worker_ = std::make_unique<SessionWorker>(options_, slotDesk_);
   const SessionWorker* const worker = worker_.get();
   connect(worker, &SessionWorker::changed, this, &WindowQueue::changed);
+  connect(worker, &SessionWorker::adding, this, &WindowQueue::adding);
   connect(worker, &SessionWorker::inputsTaken, this, &WindowQueue::inputsTaken);
   connect(worker, &SessionWorker::ticketRead, this, &WindowQueue::ticketRead);
   connect(worker, &SessionWorker::noticed, this, &WindowQueue::noticed);

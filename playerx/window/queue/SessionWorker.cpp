@@ -61,6 +61,7 @@ SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& s
   roomClock_.setInterval(kRoomMs);
   retry_.setSingleShot(true);
   connect(&adder_, &InputAdder::advanced, &clock_, &LookClock::lookIfRested);
+  connect(&adder_, &InputAdder::advanced, this, &SessionWorker::adding);
   connect(&adder_, &InputAdder::allAdded, this, &SessionWorker::look);
   connect(&adder_, &InputAdder::failed, this,
           [this](const std::string& sentence) { take({.sentence = sentence}); });
@@ -80,6 +81,7 @@ SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& s
 
 SessionWorker::~SessionWorker() {
   slotDesk_.close();
+  adder_.addRest();
   own_ = nullptr;
   const bool wasHere = session_->isStarted();
   end_.reset();

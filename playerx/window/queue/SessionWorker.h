@@ -45,7 +45,8 @@ class SessionWorker : public QObject {
   void open(bool staysPaused);
 
   /// Adds the inputs, a long list little by little; `inputsTaken` says when it is done. Those that
-  /// are left when the worker is destroyed are counted on standard error.
+  /// are left when the worker is destroyed are added then, or, when no queue can be reached,
+  /// counted on standard error.
   void add(const QStringList& inputs) { adder_.add(inputs); }
 
   void readTicket(const QString& path);
@@ -58,6 +59,7 @@ class SessionWorker : public QObject {
 
  Q_SIGNALS:
   void changed(const playerx::window::QueueUpdate& update);
+  void adding(int left);
   void inputsTaken(const playerx::window::InputReport& report);
   void ticketRead(const playerx::window::TicketReport& report);
   void noticed(const playerx::window::Notice& notice);

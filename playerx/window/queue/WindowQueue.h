@@ -62,6 +62,9 @@ class WindowQueue : public QObject {
 
  Q_SIGNALS:
   void changed(const playerx::window::QueueUpdate& update);
+
+  /// Some of a long list of inputs have been added; `left` wait for their turn.
+  void adding(int left);
   void inputsTaken(const playerx::window::InputReport& report);
   void ticketRead(const playerx::window::TicketReport& report);
   void noticed(const playerx::window::Notice& notice);

@@ -5,7 +5,6 @@
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QMenuBar>
-#include <QToolBar>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -29,6 +28,7 @@
 #include "playerx/window/shell/Menus.h"
 #include "playerx/window/shell/PreferencesController.h"
 #include "playerx/window/shell/QueueQuestions.h"
+#include "playerx/window/shell/ToolBar.h"
 #include "playerx/window/shell/WindowClosing.h"
 #include "playerx/window/shell/WindowDialogs.h"
 #include "playerx/window/shell/WindowPages.h"
@@ -64,7 +64,7 @@ MainWindow::MainWindow(const Parts& parts)
       strip_(new MessageStrip(this)),
       status_(new StatusStrip(this)),
       filterBar_(new FilterBar(*filter_, this)),
-      toolBar_(new QToolBar(tr("Tools"), this)),
+      toolBar_(new ToolBar(*actions_, filterBar_, this)),
       commands_(new FilmCommands({queue_, *films_, *filter_, downloads_->view(), *strip_}, this)),
       questions_(new QueueQuestions(queue_, *films_, *strip_, this)),
       dialogs_(new WindowDialogs(*this)),
@@ -93,7 +93,6 @@ void MainWindow::build() {
   setWindowIcon(applicationIcon());
   fillMenuBar(*menuBar(), *actions_);
   addToolBar(toolBar_);
-  fillToolBar(*toolBar_, *actions_, filterBar_);
   auto* const middle = new QWidget(this);
   auto* const column = new QVBoxLayout(middle);
   column->setContentsMargins(0, 0, 0, 0);
@@ -109,6 +108,10 @@ void MainWindow::build() {
 void MainWindow::connectQueue() {
   connect(&queue_, &WindowQueue::changed, batcher_, &UpdateBatcher::add);
   connect(batcher_, &UpdateBatcher::ready, this, &MainWindow::apply);
+  connect(&queue_, &WindowQueue::inputsTaken, this, [this](const InputReport& report) {
+    batcher_->flush();
+    commands_->tellInputs(report);
+  });
   connect(&queue_, &WindowQueue::shown, this, &MainWindow::take);
   connect(&queue_, &WindowQueue::roomKnown, status_, &StatusStrip::showRoom);
   connect(&queue_, &WindowQueue::playRequested, this, [this](FilmId film, const QString& location) {

@@ -6,8 +6,6 @@
 #include "playerx/window/model/Verb.h"
 #include "playerx/window/playback/FilmPlayer.h"
 
-class QToolBar;
-
 namespace playerx::window {
 
 class ActionSet;
@@ -25,6 +23,7 @@ class MiniPlayer;
 class PreferencesController;
 class QueueQuestions;
 class StatusStrip;
+class ToolBar;
 class Tray;
 class Watching;
 class WatchingPage;
@@ -102,7 +101,7 @@ class MainWindow : public QMainWindow {
   MessageStrip* const strip_;
   StatusStrip* const status_;
   FilterBar* const filterBar_;
-  QToolBar* const toolBar_;
+  ToolBar* const toolBar_;
   FilmCommands* const commands_;
   QueueQuestions* const questions_;
   WindowDialogs* const dialogs_;

@@ -3,7 +3,6 @@
 #include <QCoreApplication>
 #include <QMenu>
 #include <QMenuBar>
-#include <QToolBar>
 #include <optional>
 
 #include "playerx/window/actions/ActionSet.h"
@@ -52,25 +51,6 @@ void fillFilmMenu(QMenu& menu, const ActionSet& actions) {
         Verb::kMoveToTop, Verb::kMoveUp, Verb::kMoveDown, Verb::kMoveToBottom, kLine,
         Verb::kShowInFolder, Verb::kCopyAddress, Verb::kCopyDetails, kLine, Verb::kRemove,
         Verb::kRemoveWithFile});
-}
-
-void fillToolBar(QToolBar& bar, const ActionSet& actions, QWidget* end) {
-  bar.setObjectName(QStringLiteral("tools"));
-  bar.setMovable(false);
-  const int side = bar.fontMetrics().height() + 4;
-  bar.setIconSize({side, side});
-  bar.setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-  bar.setContextMenuPolicy(Qt::PreventContextMenu);
-  // Tools begin where the rows' text does.
-  auto* const indent = new QWidget(&bar);
-  indent->setFixedWidth(4);
-  bar.addWidget(indent);
-  bar.addAction(actions.of(Verb::kAddAddresses));
-  bar.addAction(actions.of(Verb::kAddTickets));
-  bar.addSeparator();
-  bar.addAction(actions.of(Verb::kPauseAll));
-  bar.addAction(actions.of(Verb::kResumeAll));
-  bar.addWidget(end);
 }
 
 }  // namespace playerx::window

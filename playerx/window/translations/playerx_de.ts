@@ -72,7 +72,7 @@
     </message>
     <message>
         <source>The online services cannot be reached ({words}); check their address (--services), or try again later.</source>
-        <translation>Die Online-Dienste sind nicht erreichbar ({words}); prüfe ihre Adresse (--services), oder versuche es später noch einmal.</translation>
+        <translation>Die Online-Dienste sind nicht erreichbar ({words}); ihre Adresse (--services) prüfen oder es später noch einmal versuchen.</translation>
     </message>
     <message>
         <source>There is too little memory to ask the online services.</source>
@@ -676,14 +676,25 @@
             <numerusform>%n Eingaben wurden nicht hinzugefügt. Die erste: %1 – %2</numerusform>
         </translation>
     </message>
+    <message numerus="yes">
+        <source>%n address(es) or ticket(s) are still to be added.</source>
+        <translation>
+            <numerusform>%n Adresse oder Ticket ist noch hinzuzufügen.</numerusform>
+            <numerusform>%n Adressen oder Tickets sind noch hinzuzufügen.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Copy it</source>
+        <translation>Kopieren</translation>
+    </message>
     <message>
         <source>Copy them</source>
         <translation>Kopieren</translation>
     </message>
     <message>
-        <source>The ticket %1 names no film that can be downloaded. %2</source>
-        <extracomment>%1 is a path, %2 a sentence with the reason.</extracomment>
-        <translation>Das Ticket %1 nennt keinen Film, der geladen werden kann. %2</translation>
+        <source>Line %1: %2</source>
+        <extracomment>Of a ticket; %1 is a number, %2 a sentence.</extracomment>
+        <translation>Zeile %1: %2</translation>
     </message>
     <message numerus="yes">
         <source>The ticket %1 names %n film(s), but something in it cannot be used. %2</source>
@@ -693,7 +704,7 @@
         </translation>
     </message>
     <message>
-        <source>Add all the same</source>
+        <source>Add anyway</source>
         <translation>Trotzdem hinzufügen</translation>
     </message>
     <message numerus="yes">
@@ -809,13 +820,6 @@
     <message>
         <source>Filter</source>
         <translation>Filtern</translation>
-    </message>
-</context>
-<context>
-    <name>playerx::window::MainWindow</name>
-    <message>
-        <source>Tools</source>
-        <translation>Werkzeuge</translation>
     </message>
 </context>
 <context>
@@ -1057,7 +1061,7 @@
 <context>
     <name>playerx::window::PreferencesDialog</name>
     <message>
-        <source>Name the folder for films from the root on.</source>
+        <source>Give the whole path of the folder for films, from / on.</source>
         <translation>Den Ordner für Filme mit seinem ganzen Pfad angeben.</translation>
     </message>
     <message>
@@ -1188,14 +1192,6 @@
 <context>
     <name>playerx::window::QueueQuestions</name>
     <message>
-        <source>Not enough room in %1.</source>
-        <translation>Zu wenig Platz in %1.</translation>
-    </message>
-    <message>
-        <source>Not enough room in %1: %2 needed, %3 free.</source>
-        <translation>Zu wenig Platz in %1: %2 nötig, %3 frei.</translation>
-    </message>
-    <message>
         <source>The online services do not allow “%1”. %2</source>
         <extracomment>%1 is a film&apos;s title, %2 are the words of the online services.</extracomment>
         <translation>Die Online-Dienste erlauben „%1“ nicht. %2</translation>
@@ -1289,6 +1285,13 @@
         <source>%1 (%2)</source>
         <extracomment>A track&apos;s title, then its language.</extracomment>
         <translation>%1 (%2)</translation>
+    </message>
+</context>
+<context>
+    <name>playerx::window::ToolBar</name>
+    <message>
+        <source>Tools</source>
+        <translation>Werkzeuge</translation>
     </message>
 </context>
 <context>

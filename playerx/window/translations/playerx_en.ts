@@ -38,6 +38,13 @@
 <context>
     <name>playerx::window::FilmCommands</name>
     <message numerus="yes">
+        <source>%n address(es) or ticket(s) are still to be added.</source>
+        <translation>
+            <numerusform>%n address or ticket is still to be added.</numerusform>
+            <numerusform>%n addresses or tickets are still to be added.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
         <source>%n film(s) were in the list already.</source>
         <translation>
             <numerusform>%n film was in the list already.</numerusform>

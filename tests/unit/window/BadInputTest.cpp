@@ -93,7 +93,7 @@ TEST_F(BadInputTest, ATicketOfSixtyMegabytesIsRefused) {
   file.write("TixVeskVersion=1\n" + QByteArray(60'000'000, 'x'));
   file.close();
   live.window().take({ticket});
-  EXPECT_TRUE(says(live.window(), QStringLiteral("names no film that can be downloaded")))
+  EXPECT_TRUE(says(live.window(), QStringLiteral("the ticket names no film")))
       << partOf<MessageStrip>(live.window()).text().toStdString();
   EXPECT_TRUE(file.exists());
 }

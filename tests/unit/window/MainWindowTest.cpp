@@ -1,10 +1,12 @@
 #include <QCheckBox>
 #include <QClipboard>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
+#include <QToolBar>
 
 #include "playerx/window/dialogs/AddAddressesDialog.h"
 #include "playerx/window/dialogs/PreferencesDialog.h"
@@ -13,6 +15,7 @@
 #include "playerx/window/playback/WatchingPage.h"
 #include "playerx/window/shell/FilterBar.h"
 #include "playerx/window/shell/MainWindow.h"
+#include "playerx/window/view/EmptyState.h"
 #include "tests/unit/window/PartOf.h"
 #include "tests/unit/window/WindowFixture.h"
 
@@ -357,22 +360,53 @@ TEST_F(MainWindowTest, AQuestionForASlotThatIsClosedIsDeclined) {
   EXPECT_EQ(queue_.take(), QStringList({"chooseSlot 5 -1"}));
 }
 
-TEST_F(MainWindowTest, TooLittleRoomIsToldWithNumbersAndAWayOut) {
+TEST_F(MainWindowTest, TooLittleRoomIsToldWithAWayOut) {
   Notice notice;
   notice.kind = Notice::kNoSpace;
-  notice.text = QStringLiteral("/home/u/Videos");
-  notice.needed = 1'200'000'000;
-  notice.free = 400'000'000;
+  notice.text = QStringLiteral("There is too little free space.");
   notice.film = 1;
   queue({failed(1, QStringLiteral("no_space"), {})});
   Q_EMIT queue_.noticed(notice);
-  EXPECT_EQ(strip().text().replace(QChar::Nbsp, QLatin1Char(' ')),
-            QStringLiteral("Not enough room in Videos: 1.2 GB needed, 400 MB free."));
-  notice.free = 1'199'999'000;
-  Q_EMIT queue_.noticed(notice);
-  EXPECT_EQ(
-      strip().text().replace(QChar::Nbsp, QLatin1Char(' ')),
-      QStringLiteral("Not enough room in Videos: 1,200,000,000 B needed, 1,199,999,000 B free."));
+  EXPECT_EQ(strip().text(), notice.text);
+  strip().findChildren<QPushButton*>().at(1)->click();
+  EXPECT_EQ(queue_.take(), QStringList({"retry 1"}));
+}
+
+TEST_F(MainWindowTest, ALongListSaysHowMuchOfItIsLeft) {
+  Q_EMIT queue_.adding(9'900);
+  EXPECT_EQ(strip().text(), QStringLiteral("9900 address(es) or ticket(s) are still to be added."));
+  Q_EMIT queue_.adding(0);
+  EXPECT_EQ(strip().text(), QString());
+}
+
+TEST_F(MainWindowTest, AnAddressIsPastedIntoAnEmptyWindow) {
+  QGuiApplication::clipboard()->setText(QStringLiteral("http://h/a.avi"));
+  press(Qt::Key_V, Qt::ControlModifier);
+  EXPECT_EQ(queue_.take(), QStringList({"add http://h/a.avi"}));
+}
+
+TEST_F(MainWindowTest, AListWhoseFilmsAreAllBeingRemovedIsNotCalledFiltered) {
+  queue({film(1)});
+  select({1});
+  action(Verb::kRemove).trigger();
+  EXPECT_EQ(partOf<EmptyState>(window_).findChildren<QLabel*>().at(1)->text(),
+            QStringLiteral("Nothing to download yet"));
+}
+
+TEST_F(MainWindowTest, ToolsThatDoNotFitLoseTheirTextBeforeTheFilterGoes) {
+  auto& tools = partOf<QToolBar>(window_);
+  window_.resize(2000, 600);
+  EXPECT_EQ(tools.toolButtonStyle(), Qt::ToolButtonTextBesideIcon);
+  window_.resize(tools.sizeHint().width() - 1, 600);
+  EXPECT_EQ(tools.toolButtonStyle(), Qt::ToolButtonIconOnly);
+  EXPECT_TRUE(partOf<FilterBar>(window_).isVisible());
+}
+
+TEST_F(MainWindowTest, FilmsThatAreNotShownLeaveTheSelection) {
+  queue({film(1), film(2)});
+  view().selectFilms({2});
+  view().selectFilms({7});
+  EXPECT_EQ(view().selectedFilms(), QList<FilmId>({2}));
 }
 
 }  // namespace
