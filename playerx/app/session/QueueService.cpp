@@ -237,6 +237,7 @@ Reply QueueService::retry(const ItemState& item) {
     watch_.queueAgain(item.id);
     session_.manager().moveToTop(item.id);
   } else {
+    watch_.clearTopFor(item.id);
     session_.manager().retry(item.id);
     watch_.expectOutcome(item.id);
   }
@@ -253,7 +254,11 @@ Reply QueueService::retryAll() {
 }
 
 Reply QueueService::move(const ItemState& item, Direction direction) {
+  if (item.status == DownloadStatusFailed) {
+    return failed("A failed item cannot be moved; `retry` queues it again.");
+  }
   VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
+  const std::ptrdiff_t before = placeOf(item.id);
   bool isMoved = true;
   switch (direction) {
     case Direction::kUp:
@@ -271,7 +276,11 @@ Reply QueueService::move(const ItemState& item, Direction direction) {
     case Direction::kBefore:
       break;
   }
-  return isMoved ? tellPlace(item) : failed("The item cannot move any further.");
+  watch_.update();
+  // Waiting items stay above those that failed or are complete.
+  const bool isHeldUp = direction == Direction::kBottom && placeOf(item.id) == before &&
+                        before < std::ssize(watch_.queue());
+  return isMoved && !isHeldUp ? tellPlace(item) : failed("The item cannot move any further.");
 }
 
 Reply QueueService::tellPlace(const ItemState& item) {

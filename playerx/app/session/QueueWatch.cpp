@@ -61,7 +61,16 @@ bool QueueWatch::isIdle() const {
 
 void QueueWatch::expectOutcome(unsigned int id) { tracker_.expectOutcome(id); }
 
+void QueueWatch::clearTopFor(unsigned int id) {
+  update();
+  for (const ItemState& item : queue()) {
+    if (item.id == id || item.status != DownloadStatusFailed) return;
+    session_.manager().updateStatus(item.id, DownloadStatusFailed);
+  }
+}
+
 void QueueWatch::queueAgain(unsigned int id) {
+  clearTopFor(id);
   session_.manager().updateStatus(id, DownloadStatusQueued);
   expectOutcome(id);
 }

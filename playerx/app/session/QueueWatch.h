@@ -38,6 +38,10 @@ class QueueWatch {
   /// Has the next failure of an item told that had failed already, and was given another try.
   void expectOutcome(unsigned int id);
 
+  /// Takes failed items from the top of the queue to its end, unless this one is above them. The
+  /// manager queues an item at the top when another one goes before it, a failed one too.
+  void clearTopFor(unsigned int id);
+
   /// Queues a failed item in its place and expects its outcome. The manager's own retry takes it to
   /// the top, one saved step after the other; those of all items of a long queue are millions.
   void queueAgain(unsigned int id);

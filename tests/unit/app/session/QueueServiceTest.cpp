@@ -116,6 +116,22 @@ TEST_F(QueueServiceTest, RetryOfAllMovesNothing) {
               ElementsAre(call("updateStatus", first) + " 1", call("updateStatus", last) + " 1"));
 }
 
+TEST_F(QueueServiceTest, AFailedItemIsNotMoved) {
+  fake_.module.put("http://h/a.avi");
+  fake_.module.put("http://h/b.avi", DownloadStatusFailed);
+  EXPECT_THAT(ask(Action::kMove, 2, Direction::kTop).notes,
+              ElementsAre("A failed item cannot be moved; `retry` queues it again."));
+  EXPECT_THAT(log_.lines(), testing::IsEmpty());
+}
+
+TEST_F(QueueServiceTest, FailedItemsGoOutOfTheWayOfAnotherThatIsRetried) {
+  const DownloadItem& first = fake_.module.put("http://h/a.avi", DownloadStatusFailed);
+  const DownloadItem& second = fake_.module.put("http://h/b.avi", DownloadStatusFailed);
+  ask(Action::kRetry, 2);
+  EXPECT_EQ(log_.lines().front(), call("updateStatus", first) + " 6");
+  EXPECT_EQ(log_.lines().back(), call("retry", second));
+}
+
 TEST_F(QueueServiceTest, EachDirectionIsAMoveOfItsOwn) {
   const DownloadItem& item = fake_.module.put("http://h/a.avi");
   EXPECT_THAT(ask(Action::kMove, 1, Direction::kTop).results,
