@@ -81,6 +81,27 @@ TEST_F(AgainTest, TheFilmsOfATicketAreNotFetchedTwice) {
   EXPECT_THAT(home.queue(), SizeIs(2));
 }
 
+TEST_F(AgainTest, AFilmThatATicketNamesTwiceIsFetchedOnce) {
+  const support::TempDir folder;
+  const std::string film = "start\nurl=" + offerQuick("a.avi") + "\nend\n";
+  const std::string ticket = folder.write("two.tix", "TixVeskVersion=1.0\n" + film + film);
+  EXPECT_EQ(home.run({"get", ticket}).status, 0);
+  EXPECT_THAT(home.films(), ElementsAre("a.avi"));
+  EXPECT_THAT(home.queue(), SizeIs(1));
+}
+
+TEST_F(AgainTest, OneFilmThatFailedIsRetriedAlone) {
+  const std::string first = quick.url("/first.avi");
+  const std::string second = quick.url("/second.avi");
+  EXPECT_EQ(home.run({"get", first, second}).status, 1);
+  EXPECT_EQ(home.queue().at(0).at("url"), first);
+  quick.serve("second.avi", distinctBytes(5000));
+  EXPECT_EQ(home.run({"get", second}).status, 0);
+  EXPECT_EQ(home.queue().at(0).at("status"), "failed") << "the other one";
+  EXPECT_EQ(home.run({"move", "1", "top"}).status, 1);
+  EXPECT_EQ(home.queue().at(0).at("status"), "failed");
+}
+
 TEST_F(AgainTest, AFilmHasTheNameThatItWasGiven) {
   EXPECT_EQ(home.run({"get", "-o", "holiday.avi", offerQuick("a.avi")}).status, 0);
   EXPECT_THAT(home.films(), ElementsAre("holiday.avi"));

@@ -113,7 +113,8 @@ bool FilmAdder::goOnWithTicket(const Input& input, const Request& request, Reply
       inputs::filmsOfTicket(kvpm::StringTools::stringToWString(inputs::unquoted(input.text)));
   const auto known = std::count_if(films.begin(), films.end(),
                                    [this](const std::string& film) { return !isToAdd(film); });
-  hasTwins = known > 0;
+  const std::set<std::string> different(films.begin(), films.end());
+  hasTwins = known > 0 || different.size() < films.size();
   if (films.empty() || known < std::ssize(films)) return false;
   for (const std::string& film : films) {
     if (input.options != FilmOptions{}) session_.addFilmOptions(film, input.options);
@@ -214,16 +215,22 @@ void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply
   });
 }
 
-/// Takes the films out again that a ticket has brought although the queue held them `before`.
-/// Returns their addresses.
+/// Takes the films out again that a ticket has brought although the queue held them `before`, whose
+/// addresses it returns, or that it has brought twice.
 std::vector<std::string> FilmAdder::removeTwins(const std::vector<ItemState>& before) {
   std::set<unsigned int> old;
   for (const ItemState& item : before) old.insert(item.id);
   std::vector<std::string> twins;
+  std::vector<ItemState> fresh;
   for (const ItemState& item : model::snapshotOf(session_.manager())) {
-    if (old.contains(item.id) || !findKnownFilm(before, item.url)) continue;
-    session_.manager().remove(item.id);
-    twins.push_back(item.url);
+    if (old.contains(item.id)) continue;
+    const bool isOld = findKnownFilm(before, item.url).has_value();
+    if (isOld) twins.push_back(item.url);
+    if (isOld || findKnownFilm(fresh, item.url)) {
+      session_.manager().remove(item.id);
+    } else {
+      fresh.push_back(item);
+    }
   }
   return twins;
 }
