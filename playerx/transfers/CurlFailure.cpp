@@ -101,7 +101,10 @@ TransferFailure failureOf(const CurlEnd& end) {
 }
 
 std::string wordsOf(CURLcode code, const char* errorBuffer) {
-  return *errorBuffer != '\0' ? errorBuffer : curl_easy_strerror(code);
+  // The library quotes the address of a proxy that it cannot use, with its user and password.
+  static const std::regex kUser("'.*@");
+  const std::string words = *errorBuffer != '\0' ? errorBuffer : curl_easy_strerror(code);
+  return std::regex_replace(words, kUser, "'");
 }
 
 Peer peerOf(const std::string& words, const std::string& host) {

@@ -35,6 +35,13 @@ TEST(CurlFailureTest, EachEndStandsForOneFailure) {
   }
 }
 
+TEST(CurlFailureTest, TheWordsOnAProxyLoseItsPassword) {
+  EXPECT_EQ(wordsOf(CURLE_UNSUPPORTED_PROTOCOL,
+                    "Unsupported proxy scheme for 'foo://u:pass'w@rd@proxy.test:1'"),
+            "Unsupported proxy scheme for 'proxy.test:1'");
+  EXPECT_EQ(wordsOf(CURLE_COULDNT_CONNECT, ""), curl_easy_strerror(CURLE_COULDNT_CONNECT));
+}
+
 TEST(CurlFailureTest, TheSystemSaysWhyThereIsNoConnection) {
   const auto failureWith = [](long error) {
     return failureOf({.code = CURLE_COULDNT_CONNECT, .systemError = error});
