@@ -40,6 +40,11 @@ std::string speedPart(const ItemState& item, const Progress& progress) {
   return progress.bytesPerSecond > 0 ? formatBytes(progress.bytesPerSecond) + "/s" : "";
 }
 
+Progress withoutRetry(Progress progress) {
+  progress.isRetrying = false;
+  return progress;
+}
+
 std::string timePart(const ItemState& item, const Progress& progress) {
   const bool isArriving = item.status == DownloadStatusDownloading && item.percent < 100;
   if (!isArriving || progress.silentSeconds > 0) return "";
@@ -72,13 +77,17 @@ std::string liveLine(const ItemState& item, const Progress& progress, const Queu
                      std::size_t columns) {
   const std::string percent = percentPart(item.percent);
   const std::string title = printable(displayName(item));
-  const std::size_t titleRoom = kGap + std::min(columnsOf(title), kLeastOfTitle);
+  // That nothing arrives is worth more than the title.
+  const std::size_t leastOfTitle = progress.silentSeconds > 0 ? 0 : kLeastOfTitle;
+  const std::size_t titleRoom = kGap + std::min(columnsOf(title), leastOfTitle);
   const std::size_t taken = percent.size() + titleRoom;
   std::string bytes = bytesPart(item, progress);
+  const std::size_t room = columns > taken ? columns - taken : 0;
   std::string speed = speedPart(item, progress);
+  if (kGap + columnsOf(speed) > room) speed = speedPart(item, withoutRetry(progress));
   std::string time = timePart(item, progress);
   std::string total = queuePart(queue);
-  dropWhatDoesNotFit({&time, &speed, &bytes, &total}, columns > taken ? columns - taken : 0);
+  dropWhatDoesNotFit({&time, &speed, &bytes, &total}, room);
 
   std::string numbers;
   for (const std::string* part : {&bytes, &speed, &time, &total}) {

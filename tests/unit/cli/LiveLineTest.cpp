@@ -82,6 +82,12 @@ TEST_F(LiveLineTest, ASilenceIsSaid) {
   EXPECT_THAT(line(100), testing::Not(HasSubstr("left")));
 }
 
+TEST_F(LiveLineTest, ASilenceIsSaidOnNarrowTerminalsToo) {
+  progress_ = {294'000'000, 0, std::nullopt, 12, true};
+  EXPECT_THAT(line(44), HasSubstr("no byte for 12 s, trying again"));
+  EXPECT_THAT(line(30), HasSubstr("no byte for 12 s"));
+}
+
 TEST_F(LiveLineTest, ControlCharactersOfATitleAreNotPrinted) {
   item_.title = "a\033[2J\rb";
   EXPECT_THAT(line(100), HasSubstr("a?[2J?b"));
