@@ -1,6 +1,7 @@
 #include "playerx/app/model/FilmCheck.h"
 
 #include <algorithm>
+#include <climits>
 #include <limits>
 
 #include "playerx/app/model/TextFormat.h"
@@ -49,7 +50,10 @@ std::uint64_t spaceNeededFor(std::uint64_t size) {
 bool isFilmName(const std::string& name) {
   const bool isPlain =
       std::none_of(name.begin(), name.end(), isControl) && name.find('/') == std::string::npos;
-  return isPlain && !decodeUtf8(name).malformed && !name.empty() && name != "." && name != "..";
+  const bool isLong = name.size() > NAME_MAX;
+  const bool isBlank = trimmed(name).empty();
+  return isPlain && !decodeUtf8(name).malformed && !isLong && !isBlank && name != "." &&
+         name != "..";
 }
 
 }  // namespace playerx::model

@@ -66,7 +66,9 @@ TEST(FilmNameTest, IsOnePlainName) {
   for (const char* name : {"a.avi", "grüße.mkv", ".a.avi", "a b.avi"}) {
     EXPECT_TRUE(isFilmName(name)) << name;
   }
-  for (const char* name : {"", ".", "..", "a/b.avi", "/a.avi", "a\nb.avi", "\x1b[31m.avi"}) {
+  EXPECT_TRUE(isFilmName(std::string(255, 'a')));
+  EXPECT_FALSE(isFilmName(std::string(256, 'a')));
+  for (const char* name : {"", " ", ".", "..", "a/b.avi", "/a.avi", "a\nb.avi", "\x1b[31m.avi"}) {
     EXPECT_FALSE(isFilmName(name)) << name;
   }
 }
