@@ -91,7 +91,8 @@ int get(Options options, PlayerSession& session, Reporter& reporter, WakeUp& wak
       const int status = getHere(options, session, reporter, wakeUp);
       return status == kExitDone ? before : status;
     }
-    if (!options.session.mediaFolder.empty() && round == 0) reporter.note(kOwnMedia);
+    const bool isIgnored = !options.session.mediaFolder.empty() && !options.quiet;
+    if (isIgnored && round == 0) reporter.note(kOwnMedia);
     options.request = forAnotherProcess(options.request);
     RemoteGet remote(options, *opened.client, reporter, wakeUp);
     if (const auto status = remote.run()) return *status == kExitDone ? before : *status;
