@@ -8,8 +8,9 @@
 #include <cmath>
 #include <cstring>
 
+#include "playerx/window/playback/GlSurface.h"
 #include "playerx/window/playback/MpvTracks.h"
-#include "playerx/window/playback/VideoSurface.h"
+#include "playerx/window/playback/SoftwareSurface.h"
 
 namespace playerx::window {
 
@@ -79,6 +80,12 @@ std::optional<double> numberOf(const mpv_event_property& property) {
   if (property.format != MPV_FORMAT_DOUBLE) return std::nullopt;
   const double number = *static_cast<double*>(property.data);
   return std::isfinite(number) ? std::optional(number) : std::nullopt;
+}
+
+/// A surface for `mpv` that works on this machine.
+VideoSurface* makeVideoSurface(mpv_handle* mpv, QObject* parent) {
+  if (canUseOpenGl()) return new GlSurface(mpv, parent);
+  return new SoftwareSurface(mpv, parent);
 }
 
 }  // namespace

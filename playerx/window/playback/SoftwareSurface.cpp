@@ -91,9 +91,4 @@ void SoftwareSurface::render() {
   canvas_->show(image);
 }
 
-void RenderContextDeleter::operator()(mpv_render_context* context) const {
-  mpv_render_context_set_update_callback(context, nullptr, nullptr);
-  mpv_render_context_free(context);
-}
-
 }  // namespace playerx::window

@@ -1,13 +1,10 @@
 #include "playerx/window/playback/VideoSurface.h"
 
-#include "playerx/window/playback/GlSurface.h"
-#include "playerx/window/playback/SoftwareSurface.h"
-
 namespace playerx::window {
 
-VideoSurface* makeVideoSurface(mpv_handle* mpv, QObject* parent) {
-  if (canUseOpenGl()) return new GlSurface(mpv, parent);
-  return new SoftwareSurface(mpv, parent);
+void RenderContextDeleter::operator()(mpv_render_context* context) const {
+  mpv_render_context_set_update_callback(context, nullptr, nullptr);
+  mpv_render_context_free(context);
 }
 
 }  // namespace playerx::window

@@ -27,9 +27,6 @@ class VideoSurface : public QObject {
   void ready();
 };
 
-/// A surface for `mpv` that works on this machine.
-VideoSurface* makeVideoSurface(mpv_handle* mpv, QObject* parent);
-
 /// Frees a render context, after having its callback forgotten.
 struct RenderContextDeleter {
   void operator()(mpv_render_context* context) const;
