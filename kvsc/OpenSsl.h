@@ -10,7 +10,7 @@
 #include <string>
 
 #include "kvsc/OpenSslPtr.h"
-#include "kvsc/SSLSession.h"
+#include "kvsc/SSLMethodProtocolType.h"
 
 namespace kvsc {
 

@@ -1,23 +1,15 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "kvsc/OpenSslPtr.h"
+#include "kvsc/SSLMethodProtocolType.h"
 
 namespace kvsc {
 
 class CancelToken;
 class Dialer;
 class SSLConnect;
-
-/// The protocol family of a connection. With any other value no connection is made.
-enum SSLMethodProtocolType : std::int32_t {
-  SSLV2 = 0,   ///< no longer supported by any library: the connection fails with a text
-  SSLV23 = 1,  ///< TLS 1.2 or newer
-  SSLV3 = 2,   ///< TLS 1.2 or newer; what every transfer uses
-  TLSV1 = 3,   ///< TLS 1.0 only
-};
 
 /// The settings and the live handles of one transfer.
 ///
