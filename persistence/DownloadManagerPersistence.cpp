@@ -6,11 +6,10 @@
 #include <utility>
 
 #include "kvpm/PathTools.h"
-#include "kvpm/Unicode.h"
 #include "persistence/ProtectedFiles.h"
 #include "persistence/QueueFile.h"
 #include "persistence/QueueText.h"
-#include "persistence/RFCBase64Codec.h"
+#include "persistence/WideText.h"
 
 using persistence::Durability;
 using persistence::QueueFormat;
@@ -34,10 +33,6 @@ Holder holder KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
 
 persistence::ProtectedFiles protectedFiles
     KVPM_GUARDED_BY(DownloadManagerPersistence::persistenceLock);
-
-/// More than a conversion to or from UTF-8 ever needs.
-constexpr std::size_t kBytesPerCharacter = 10;
-constexpr std::size_t kCharactersPerByte = 10;
 
 // The functions below this class throw `std::bad_alloc` alone; this class lets nothing through.
 
@@ -146,34 +141,17 @@ Items DownloadManagerPersistence::readOldQueue(const std::wstring& path) {
 }
 
 unsigned char* DownloadManagerPersistence::wstringToUtf8(const std::wstring& text) {
-  const std::size_t capacity = text.size() * kBytesPerCharacter;
-  auto bytes = std::make_unique_for_overwrite<unsigned char[]>(capacity + 1);
-  const int written =
-      text.empty() ? 0
-                   : kvpm::WchartToUTF8(text.data(), text.size(),
-                                        reinterpret_cast<char*>(bytes.get()), capacity, false);
-  bytes[written > 0 ? static_cast<std::size_t>(written) : 0] = '\0';
+  const std::string utf8 = persistence::utf8Of(text);
+  auto bytes = std::make_unique_for_overwrite<unsigned char[]>(utf8.size() + 1);
+  std::memcpy(bytes.get(), utf8.c_str(), utf8.size() + 1);
   return bytes.release();
 }
 
 std::wstring DownloadManagerPersistence::utf8ToWstring(const unsigned char* text) {
-  if (text == nullptr) return {};
-  const auto* const bytes = reinterpret_cast<const char*>(text);
-  const std::size_t length = std::strlen(bytes);
-  const std::size_t capacity = length * kCharactersPerByte;
-  const auto characters = std::make_unique_for_overwrite<wchar_t[]>(capacity + 1);
-  bool malformed = false;
-  const int written = kvpm::UTF8ToWchart(bytes, length, characters.get(), capacity, &malformed);
-  return written > 0 ? std::wstring(characters.get(), static_cast<std::size_t>(written))
-                     : std::wstring();
+  return text != nullptr ? persistence::wideOf(reinterpret_cast<const char*>(text))
+                         : std::wstring();
 }
 
 std::wstring DownloadManagerPersistence::encodedStringToWstring(const char* text) {
-  if (text == nullptr) return {};
-  int length = 0;
-  const std::unique_ptr<char[]> bytes(kv64::RFCBase64Codec().decode(text, &length));
-  if (bytes == nullptr) return {};
-  std::wstring decoded(static_cast<std::size_t>(length) / sizeof(wchar_t), L'\0');
-  std::memcpy(decoded.data(), bytes.get(), decoded.size() * sizeof(wchar_t));
-  return decoded;
+  return text != nullptr ? persistence::decodedText(text) : std::wstring();
 }

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "kvpm/StringTools.h"
-#include "persistence/DownloadManagerPersistence.h"
 #include "persistence/ItemAttributes.h"
+#include "persistence/WideText.h"
 #include "persistence/XmlReader.h"
 
 namespace persistence {
@@ -26,12 +26,7 @@ bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 std::wstring wideText(std::string_view value) {
   // Most texts are ASCII; the buffers of a conversion would fragment the memory of a long queue.
   if (std::all_of(value.begin(), value.end(), isAscii)) return {value.begin(), value.end()};
-  return DownloadManagerPersistence::utf8ToWstring(
-      reinterpret_cast<const unsigned char*>(std::string(value).c_str()));
-}
-
-std::wstring legacyText(std::string_view value) {
-  return DownloadManagerPersistence::encodedStringToWstring(std::string(value).c_str());
+  return wideOf(value);
 }
 
 /// An item that was held when the player ended counts as one that was downloading.
@@ -49,7 +44,7 @@ constexpr DocumentFormat kCurrentFormat{"DownloadQueue", {}, kItemElement, {wide
 constexpr DocumentFormat kLegacyFormat{"DownloadManagerDataContainer",
                                        "version",
                                        "DownloadManagerVideoElement",
-                                       {legacyText, legacyStatus}};
+                                       {decodedText, legacyStatus}};
 
 /// Builds the items of a document while it is read.
 class ItemBuilder : public XmlHandler {

@@ -1,11 +1,10 @@
 #include "persistence/QueueElement.h"
 
 #include <algorithm>
-#include <memory>
 
-#include "persistence/DownloadManagerPersistence.h"
 #include "persistence/ItemAttributes.h"
 #include "persistence/QueueDocument.h"
+#include "persistence/WideText.h"
 #include "persistence/XmlText.h"
 
 namespace persistence {
@@ -23,9 +22,7 @@ class ValueWriter : public FieldSink {
     if (std::all_of(text.begin(), text.end(), isAsciiUnit)) {
       return takeBytes({text.begin(), text.end()});
     }
-    const std::unique_ptr<unsigned char[]> bytes(
-        DownloadManagerPersistence::wstringToUtf8(carriedByXml(text, limit_)));
-    appendEscaped(document_, reinterpret_cast<const char*>(bytes.get()));
+    appendEscaped(document_, utf8Of(carriedByXml(text, limit_)));
   }
 
   void takeBytes(const std::string& bytes) override {
