@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-#include "playerx/app/inputs/Input.h"
+#include "playerx/app/inputs/InputText.h"
 #include "playerx/cli/Presentation.h"
 #include "playerx/cli/Reporter.h"
 #include "playerx/cli/WakeUp.h"

@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-#include "playerx/app/inputs/TicketFile.h"
+#include "playerx/app/inputs/InputText.h"
 #include "playerx/platform/Text.h"
 
 namespace playerx::cli {

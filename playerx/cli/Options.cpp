@@ -7,7 +7,7 @@
 #include <iostream>
 #include <map>
 
-#include "playerx/app/inputs/Input.h"
+#include "playerx/app/inputs/InputText.h"
 #include "playerx/app/inputs/OptionFault.h"
 #include "playerx/cli/Suggestion.h"
 #include "playerx/cli/TerminalText.h"

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "playerx/app/door/QueueOpening.h"
-#include "playerx/app/inputs/Input.h"
+#include "playerx/app/inputs/InputText.h"
 #include "playerx/cli/GetCommand.h"
 #include "playerx/cli/Presentation.h"
 #include "playerx/cli/RemoteGet.h"

@@ -7,7 +7,7 @@
 #include <clocale>
 #include <cwchar>
 
-#include "playerx/app/inputs/TicketFile.h"
+#include "playerx/app/inputs/InputText.h"
 
 namespace playerx::cli {
 

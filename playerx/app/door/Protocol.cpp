@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "playerx/app/inputs/Input.h"
+#include "playerx/app/inputs/InputText.h"
 #include "playerx/app/inputs/OptionFault.h"
 #include "playerx/app/model/JsonMembers.h"
 #include "playerx/app/session/FilmOptionsJson.h"

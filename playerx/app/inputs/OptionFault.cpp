@@ -6,7 +6,7 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "playerx/app/inputs/TicketFile.h"
+#include "playerx/app/inputs/InputText.h"
 #include "playerx/app/model/FilmCheck.h"
 #include "playerx/platform/SmallFile.h"
 #include "playerx/platform/Text.h"

@@ -10,7 +10,7 @@
 #include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
 #include "persistence/ClearTicket.h"
-#include "playerx/app/inputs/Input.h"
+#include "playerx/app/inputs/InputText.h"
 #include "playerx/app/inputs/TicketFile.h"
 #include "playerx/app/model/FilmCheck.h"
 

@@ -7,9 +7,8 @@
 #include "kvpm/File.h"
 #include "kvpm/StringTools.h"
 #include "persistence/ClearTicket.h"
-#include "playerx/app/inputs/Input.h"
+#include "playerx/app/inputs/InputText.h"
 #include "playerx/settings/ServicesAddress.h"
-#include "playerx/transfers/Address.h"
 
 namespace playerx::inputs {
 
@@ -55,10 +54,6 @@ Explanation explainUnreadable(const std::string& path) {
 }
 
 }  // namespace
-
-std::string displayPath(const std::string& path) {
-  return path.find("://") == std::string::npos ? path : withoutCredentials(path);
-}
 
 std::optional<std::wstring> readTicketText(const std::wstring& path, Explanation* problem) {
   const std::string name = kvpm::StringTools::wStringToString(path);

@@ -17,9 +17,6 @@ constexpr std::size_t kMostFilms = 10'000;
 /// Longest title, provider or address of a film, in characters.
 constexpr std::size_t kLongestText = 8192;
 
-/// What may be shown of a path or another word: an address in its place loses its password.
-std::string displayPath(const std::string& path);
-
 /// The text of a ticket file; nullopt, with the reason in `*problem`, when it cannot be read or is
 /// too large.
 std::optional<std::wstring> readTicketText(const std::wstring& path, reasons::Explanation* problem);

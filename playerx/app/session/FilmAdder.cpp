@@ -11,6 +11,7 @@
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "kvpm/StringTools.h"
 #include "playerx/app/inputs/Input.h"
+#include "playerx/app/inputs/InputText.h"
 #include "playerx/app/inputs/OptionFault.h"
 #include "playerx/app/inputs/TicketFile.h"
 #include "playerx/app/session/KnownFilm.h"

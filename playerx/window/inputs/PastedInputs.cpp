@@ -4,7 +4,7 @@
 #include <QSet>
 #include <QUrl>
 
-#include "playerx/app/inputs/Input.h"
+#include "playerx/app/inputs/InputText.h"
 
 namespace playerx::window {
 
