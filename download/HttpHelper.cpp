@@ -1,15 +1,12 @@
 #include "download/HttpHelper.h"
 
-#include <QByteArray>
 #include <algorithm>
-#include <chrono>
-#include <cstdlib>
 #include <new>
 #include <set>
-#include <string_view>
-#include <utility>
 
 #include "download/HttpCallback.h"
+#include "download/ResultHeaders.h"
+#include "kvpm/Mutex.h"
 #include "kvsc/HttpStatus.h"
 #include "kvsc/SSLClient.h"
 
@@ -20,7 +17,6 @@ namespace {
 constexpr int kInfoRedirects = 10;
 constexpr int kTransferRedirects = 1;
 constexpr int kPauseBetweenReads = 1;  // milliseconds
-constexpr std::chrono::milliseconds kLookInterval{100};
 
 /// The transfers under way in this process. The flag is only looked at when bytes arrive; this is
 /// how a cancel reaches those that wait for a dead server.
@@ -62,26 +58,9 @@ void reportEnd(HttpCallback& receiver, kvsc::HttpErrorIds error) {
   }
 }
 
-/// The number at the beginning of `text` by the rules of `atoll`, limited to 64 bits.
-unsigned long long leadingNumber(const std::string& text) {
-  return static_cast<unsigned long long>(std::strtoll(text.c_str(), nullptr, 10));
-}
-
-/// What follows the first `position` characters, the line end included.
-std::string valueAt(const std::string& line, std::size_t position) {
-  return line.substr(std::min(position, line.size()));
-}
-
-/// Takes note of a length, its name in any case, or of a location in exactly this spelling. Their
-/// values stand at fixed positions, whatever separates them from the name.
-void noteHeader(const std::string& line, HttpResult& result) {
-  constexpr std::string_view kLength = "content-length";
-  constexpr std::string_view kLocation = "Location:";
-  if (qstrnicmp(line.c_str(), kLength.data(), kLength.size()) == 0) {
-    result.setContentLength(leadingNumber(valueAt(line, kLength.size() + 1)));
-  } else if (line.starts_with(kLocation)) {
-    result.setRedirection(valueAt(line, kLocation.size() + 1));
-  }
+/// A piece of an error's text is not what `get` waits for: the failure follows it.
+bool isError(int status) {
+  return !kvsc::isRedirect(status) && kvsc::outcomeOfStatus(status) != kvsc::HTTP_ERROR_NONE;
 }
 
 HttpHelper* helperOf(void* context) { return static_cast<HttpHelper*>(context); }
@@ -93,89 +72,51 @@ HttpHelper::HttpHelper() = default;
 HttpHelper::~HttpHelper() { abort(); }
 
 bool HttpHelper::setup(const std::string& url, const std::string& clientArg) {
-  endTransfer();
+  transfer_.end();
   url_ = url;
   method_.clear();
   client_ = std::make_unique<kvsc::SSLClient>(clientArg);
   session_ = std::make_unique<kvsc::SSLSession>();
   session_->setMaxRedirectCount(kInfoRedirects);
   session_->setDownloadLoopSleep(kPauseBetweenReads);
-  const kvpm::MutexLock lock(mutex_);
-  progress_ = {};
-  thread_ = std::make_unique<kvpm::Thread>(this);
+  transfer_.allow();
   return true;
 }
 
 void HttpHelper::cancelDownload() {
   runningTransfers().cancelAll();
-  const kvpm::MutexLock lock(mutex_);
-  token_.cancel();
-  progress_.aborted = true;
-  changed_.notify_all();
+  transfer_.cancel();
 }
 
 void HttpHelper::abort() {
-  const bool isRunning = [this] {
-    const kvpm::MutexLock lock(mutex_);
-    return thread_ != nullptr && !progress_.ended;
-  }();
-  if (isRunning) cancelDownload();
-  endTransfer();
-}
-
-/// Ends the transfer and waits for its thread, unless that is the calling one.
-void HttpHelper::endTransfer() {
-  std::unique_ptr<kvpm::Thread> leaving;  // joined without the lock, which its callbacks may need
-  const kvpm::MutexLock lock(mutex_);
-  token_.cancel();
-  if (runner_ == std::this_thread::get_id()) return;
-  leaving = std::move(thread_);
-  progress_.aborted = progress_.aborted || !progress_.ended;
-  changed_.notify_all();
+  if (transfer_.isRunning()) cancelDownload();
+  transfer_.end();
 }
 
 HttpResult* HttpHelper::getInfo() {
   auto result = std::make_unique<HttpResult>();
   result->setHttpCallbacks(callbacks_);
-  {
-    const kvpm::MutexLock lock(mutex_);
-    currentResult_ = result.get();
-  }
+  transfer_.fill(*result);
   if (client_ != nullptr) askForInfo(*result);
   return result.release();
 }
 
 void HttpHelper::askForInfo(HttpResult& result) {
-  if (infoToken_ == nullptr) token_.reset();
+  if (infoToken_ == nullptr) transfer_.token().reset();
   kvsc::SSLSession session;
   session.setCheckCertificate(false);
   session.setMaxRedirectCount(kInfoRedirects);
-  session.setCancelToken(infoToken_ != nullptr ? infoToken_ : &token_);
+  session.setCancelToken(infoToken_ != nullptr ? infoToken_ : &transfer_.token());
   client_->setHeaderCallback(&HttpHelper::downloadHeaderFunc);
   client_->setHeaderContext(this);
   kvsc::HttpErrorIds error = kvsc::HTTP_ERROR_NONE;
   client_->httpHead(url_, 0, &error, &session, "text/xml", "", kvsc::SSLV3);
   result.setReturnCode(static_cast<unsigned int>(client_->getResponseCode()));
   if (error == kvsc::HTTP_ERROR_NONE) {
-    evaluateInfo(result);
+    download::judgeInfo(client_->getResponseValue("Content-length"),
+                        client_->getResponseValue("Location:"), result);
   } else {
     result.setErrorDescription(client_->getErrorString());
-  }
-}
-
-void HttpHelper::evaluateInfo(HttpResult& result) {
-  const std::string length = client_->getResponseValue("Content-length");
-  if (!length.empty()) {
-    result.setContentLength(leadingNumber(length));
-  }
-  const std::string location = client_->getResponseValue("Location:");
-  if (!location.empty()) result.setRedirection(location);
-  if (result.getContentLength() != 0) {
-    result.setResult(HTTP_RESULT_OK);
-  } else if (!result.getRedirection().empty()) {
-    result.setResult(HTTP_RESULT_REDIRECT);
-  } else {
-    result.setErrorDescription("Empty response from server.");
   }
 }
 
@@ -192,51 +133,15 @@ HttpResult* HttpHelper::post() {
   return result.release();
 }
 
-/// Returns a copy of the transfer's result: the transfer goes on writing its own, and the caller
-/// may delete the copy at once.
 std::unique_ptr<HttpResult> HttpHelper::transfer(const std::string& method,
                                                  const std::string& requestData,
                                                  HttpCallback* receiver) {
-  if (!start(method, requestData, receiver)) return std::make_unique<HttpResult>();
-  const kvpm::MutexLock lock(mutex_);
-  waitForBody();
-  auto result = std::make_unique<HttpResult>(transferResult_);
-  if (!progress_.aborted) result->setResult(HTTP_RESULT_OK);
-  return result;
-}
-
-/// Returns whether a transfer runs now; one that ran already goes on.
-bool HttpHelper::start(const std::string& method, const std::string& requestData,
-                       HttpCallback* receiver) {
-  joinEnded();
-  const kvpm::MutexLock lock(mutex_);
-  if (thread_ == nullptr) return false;
-  if (!progress_.ended) return true;
-  method_ = method;
-  requestData_ = requestData;
-  prepareClient();
-  token_.reset();
-  progress_ = {};
-  transferResult_ = HttpResult();
-  transferResult_.setHttpCallbacks(receiver);
-  currentResult_ = &transferResult_;
-  progress_.ended = !thread_->start();
-  return !progress_.ended;
-}
-
-/// A transfer that has told its end may be followed by the next one at once, although its thread
-/// takes another moment to leave.
-void HttpHelper::joinEnded() {
-  std::unique_ptr<kvpm::Thread> leaving;  // joined without the lock, which its callbacks may need
-  const kvpm::MutexLock lock(mutex_);
-  if (thread_ == nullptr || !progress_.ended) return;
-  leaving = std::exchange(thread_, std::make_unique<kvpm::Thread>(this));
-}
-
-void HttpHelper::waitForBody() {
-  while (!progress_.bodyStarted && !progress_.ended && !progress_.aborted) {
-    changed_.wait_for(mutex_, kLookInterval);
-  }
+  const bool isRunning = transfer_.start(receiver, [&] {
+    method_ = method;
+    requestData_ = requestData;
+    prepareClient();
+  });
+  return isRunning ? transfer_.waitForBody() : std::make_unique<HttpResult>();
 }
 
 void HttpHelper::prepareClient() {
@@ -244,7 +149,7 @@ void HttpHelper::prepareClient() {
   session_->setMaxRedirectCount(kTransferRedirects);
   session_->setRedirectCount(0);
   session_->setUserAgent("Vesk Player 2.0");
-  session_->setCancelToken(&token_);
+  session_->setCancelToken(&transfer_.token());
   client_->setBodyCallback(&HttpHelper::downloadBodyFunc);
   client_->setBodyContext(this);
   client_->setHeaderCallback(&HttpHelper::downloadHeaderFunc);
@@ -255,14 +160,14 @@ void HttpHelper::prepareClient() {
 void HttpHelper::runThread(kvpm::Thread*) {
   if (client_ == nullptr || method_.empty()) return;
   const bool isGet = method_ == "get";
-  runner_ = std::this_thread::get_id();
-  runningTransfers().enter(token_, isGet);
+  transfer_.enter();
+  runningTransfers().enter(transfer_.token(), isGet);
   const kvsc::HttpErrorIds exchanged = exchange();
-  runningTransfers().leave(token_);
+  runningTransfers().leave(transfer_.token());
   HttpCallback* const receiver = isGet ? callbacks_.load() : nullptr;
-  const kvsc::HttpErrorIds error = noteEnd(exchanged);
+  const kvsc::HttpErrorIds error = transfer_.noteEnd(exchanged);
   if (receiver != nullptr) reportEnd(*receiver, error);
-  runner_ = std::thread::id();
+  transfer_.leave();
 }
 
 kvsc::HttpErrorIds HttpHelper::exchange() {
@@ -276,44 +181,12 @@ kvsc::HttpErrorIds HttpHelper::exchange() {
   return error;
 }
 
-/// A piece of an error's text is not what `get` waits for: the failure follows it.
-void HttpHelper::notePiece(bool refused) {
-  const int status = client_ != nullptr ? client_->getResponseCode() : 0;
-  const bool isError =
-      !kvsc::isRedirect(status) && kvsc::outcomeOfStatus(status) != kvsc::HTTP_ERROR_NONE;
-  const kvpm::MutexLock lock(mutex_);
-  if (refused) {
-    progress_.refused = true;
-    token_.cancel();  // the client does not look at what its callbacks return
-  } else if (!isError) {
-    progress_.bodyStarted = true;
-    changed_.notify_all();
-  }
-}
-
-/// Returns the outcome of the transfer: one that was ended because its receiver refused the body
-/// has failed, it was not cancelled.
-kvsc::HttpErrorIds HttpHelper::noteEnd(kvsc::HttpErrorIds error) {
-  const kvpm::MutexLock lock(mutex_);
-  if (error == kvsc::HTTP_ERROR_CANCELLED && progress_.refused) error = kvsc::HTTP_ERROR_FAILED;
-  if (error != kvsc::HTTP_ERROR_NONE) progress_.aborted = true;
-  progress_.ended = true;
-  changed_.notify_all();
-  return error;
-}
-
 std::size_t HttpHelper::downloadHeaderFunc(void* line, std::size_t size, std::size_t count,
                                            void* helper) {
   const std::string text(static_cast<const char*>(line), size * count);
-  HttpHelper& self = *helperOf(helper);
-  HttpCallback* receiver = nullptr;
-  {
-    const kvpm::MutexLock lock(self.mutex_);
-    if (self.currentResult_ == nullptr) return 0;
-    noteHeader(text, *self.currentResult_);
-    receiver = self.currentResult_->getHttpCallbacks();
-  }
-  if (receiver != nullptr) receiver->headerReceived(text);
+  const auto receiver = helperOf(helper)->transfer_.noteHeader(text);
+  if (!receiver) return 0;
+  if (*receiver != nullptr) (*receiver)->headerReceived(text);
   return text.size();
 }
 
@@ -324,7 +197,11 @@ std::size_t HttpHelper::downloadBodyFunc(void* data, std::size_t size, std::size
   const std::size_t length = size * count;
   const std::size_t taken =
       receiver != nullptr ? receiver->bodyReceived(static_cast<const char*>(data), length) : 0;
-  self.notePiece(taken != length);
+  if (taken != length) {
+    self.transfer_.noteRefusal();
+  } else if (self.client_ == nullptr || !isError(self.client_->getResponseCode())) {
+    self.transfer_.notePiece();
+  }
   return taken;
 }
 

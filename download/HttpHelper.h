@@ -1,17 +1,14 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <thread>
 
 #include "download/HttpResult.h"
+#include "download/HttpTransfer.h"
 #include "kvpm/IRunnable.h"
-#include "kvpm/Mutex.h"
-#include "kvpm/Thread.h"
 #include "kvsc/CancelToken.h"
 #include "kvsc/HttpErrorIds.h"
 #include "kvsc/SSLSession.h"
@@ -91,26 +88,11 @@ class HttpHelper : public kvpm::IRunnable {
   static std::atomic<std::int32_t> sDownloadCancelled;
 
  private:
-  /// How far the present or last transfer has got.
-  struct Progress {
-    bool bodyStarted = false;
-    bool refused = false;  ///< by the receiver
-    bool aborted = false;  ///< or failed
-    bool ended = true;
-  };
-
   void askForInfo(HttpResult& result);
-  void evaluateInfo(HttpResult& result);
   std::unique_ptr<HttpResult> transfer(const std::string& method, const std::string& requestData,
                                        HttpCallback* receiver);
-  bool start(const std::string& method, const std::string& requestData, HttpCallback* receiver);
-  void joinEnded();
   void prepareClient();
-  void waitForBody() KVPM_REQUIRES(mutex_);
-  void endTransfer();
   kvsc::HttpErrorIds exchange();
-  void notePiece(bool refused);
-  kvsc::HttpErrorIds noteEnd(kvsc::HttpErrorIds error);
 
   // Written by the caller's thread while no transfer runs.
   std::string url_;
@@ -123,13 +105,5 @@ class HttpHelper : public kvpm::IRunnable {
 
   // Synchronised by themselves.
   std::atomic<HttpCallback*> callbacks_{nullptr};
-  std::atomic<std::thread::id> runner_{};  // the thread that is inside the transfer
-  kvsc::CancelToken token_;
-
-  kvpm::Mutex mutex_;
-  std::condition_variable_any changed_;  // the progress
-  Progress progress_ KVPM_GUARDED_BY(mutex_);
-  std::unique_ptr<kvpm::Thread> thread_ KVPM_GUARDED_BY(mutex_);  // null before a setup
-  HttpResult* currentResult_ KVPM_GUARDED_BY(mutex_) = nullptr;
-  HttpResult transferResult_ KVPM_GUARDED_BY(mutex_);  // of the present or last transfer
+  download::HttpTransfer transfer_{*this};
 };
