@@ -56,6 +56,10 @@ void addProgress(Film& film, const model::Progress& progress) {
 
 }  // namespace
 
+FilmId FilmBook::filmOf(const session::QueueEvent& event) const {
+  return event.item.id == 0 ? 0 : firstId_ + event.item.id;
+}
+
 void FilmBook::note(const session::QueueEvent& event) {
   using Kind = session::QueueEvent::Kind;
   if (event.kind != Kind::kChanged && event.kind != Kind::kFailed) return;
@@ -73,6 +77,7 @@ std::optional<QueueUpdate> FilmBook::update(const std::vector<model::ItemState>&
   order.reserve(static_cast<qsizetype>(queue.size()));
   for (const model::ItemState& item : queue) {
     order.append(firstId_ + item.id);
+    lastId_ = std::max(lastId_, order.last());
     Page& page = pages_[order.last()];
     if (!page.isOld && page.item == item) continue;
     Film film = filmOf(item, page);

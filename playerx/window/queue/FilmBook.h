@@ -18,7 +18,15 @@ class FilmBook {
 
   /// The film of an item is numbered with the item's id plus `firstId`.
   FilmBook(FindReason findReason, FilmId firstId)
-      : findReason_(std::move(findReason)), firstId_(firstId) {}
+      : findReason_(std::move(findReason)), firstId_(firstId), lastId_(firstId) {}
+
+  FilmId firstId() const { return firstId_; }
+
+  /// The highest number that a film has had; `firstId` before the first film.
+  FilmId lastId() const { return lastId_; }
+
+  /// The film of the event; 0 for an event that concerns no film.
+  FilmId filmOf(const session::QueueEvent& event) const;
 
   /// Keeps progress and reason for the next update.
   void note(const session::QueueEvent& event);
@@ -41,6 +49,7 @@ class FilmBook {
 
   const FindReason findReason_;
   const FilmId firstId_;
+  FilmId lastId_;
   QHash<FilmId, Page> pages_;
   std::optional<QList<FilmId>> order_;  ///< nullopt before the first update
   bool isPaused_ = false;

@@ -24,9 +24,6 @@ using Action = Request::Action;
 
 namespace {
 
-/// How often the free space is looked at.
-constexpr int kRoomMs = 10'000;
-
 /// A process that has the data folder without serving its queue is waited for this long, and then
 /// looked for again after this pause.
 constexpr std::chrono::seconds kLongestOpening(3);
@@ -52,13 +49,21 @@ QStringList inputsOf(const std::vector<std::string>& inputs) {
   return list;
 }
 
+/// Takes the wishes out that can be fulfilled now, and returns their films.
+QList<Film> takePlayable(QSet<FilmId>& wishes, const QList<Film>& films) {
+  QList<Film> playable;
+  for (const Film& film : films) {
+    if (canBePlayed(film) && wishes.remove(film.id)) playable.append(film);
+  }
+  return playable;
+}
+
 }  // namespace
 
 SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& slotDesk)
     : slotDesk_(slotDesk),
       adder_([this](const Request& request) { return askReached(request); }),
       player_([this](const QString& location) { Q_EMIT playRequested(0, location); }) {
-  roomClock_.setInterval(kRoomMs);
   retry_.setSingleShot(true);
   connect(&adder_, &InputAdder::advanced, &clock_, &LookClock::lookIfRested);
   connect(&adder_, &InputAdder::advanced, this, &SessionWorker::adding);
@@ -70,7 +75,7 @@ SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& s
   connect(&clock_, &LookClock::ticked, this, [this] {
     if (own_ == nullptr || isAnyRunning(end_->queue())) look();
   });
-  connect(&roomClock_, &QTimer::timeout, this, &SessionWorker::tellRoom);
+  connect(&roomClock_, &RoomClock::known, this, &SessionWorker::roomKnown);
   connect(&retry_, &QTimer::timeout, this, &SessionWorker::tryToOpen);
   session::SessionListener listener;
   listener.wake = [this] { clock_.lookSoon(); };
@@ -94,7 +99,6 @@ SessionWorker::~SessionWorker() {
 void SessionWorker::open(bool staysPaused) {
   staysPaused_ = staysPaused;
   Q_EMIT preferencesRead(storedPreferences());
-  tellRoom();
   roomClock_.start();
   tryToOpen();
 }
@@ -139,10 +143,9 @@ void SessionWorker::openThere(std::unique_ptr<door::QueueClient> client) {
 /// Another process numbers the same films from 1 again; what is still on its way to the old queue
 /// must not hit others.
 void SessionWorker::beginBook() {
-  firstId_ = lastId_;
   book_ = std::make_unique<FilmBook>([reasons = reasons::ReasonFile(session_->places().data)](
                                          const ItemState& item) { return reasons.find(item); },
-                                     firstId_);
+                                     book_ ? book_->lastId() : 0);
   playWishes_.clear();
 }
 
@@ -163,7 +166,7 @@ void SessionWorker::carryOut(const std::function<Requests(const FilmRequests&)>&
       std::count_if(end_->queue().begin(), end_->queue().end(),
                     [](const ItemState& item) { return item.status == DownloadStatusFailed; });
   std::string problem;
-  for (const Request& request : requests(FilmRequests(firstId_, failed))) {
+  for (const Request& request : requests(FilmRequests(book_->firstId(), failed))) {
     if (isEnding()) break;
     const Reply reply = ask(request);
     const bool hasFailed = reply.outcome == Reply::Outcome::kFailed && !reply.notes.empty();
@@ -175,8 +178,8 @@ void SessionWorker::carryOut(const std::function<Requests(const FilmRequests&)>&
 }
 
 void SessionWorker::play(FilmId film) {
-  if (!end_ || film <= firstId_) return;
-  const unsigned int id = film - firstId_;
+  if (!end_ || film <= book_->firstId()) return;
+  const unsigned int id = film - book_->firstId();
   const auto item = std::find_if(end_->queue().begin(), end_->queue().end(),
                                  [id](const ItemState& each) { return each.id == id; });
   if (item == end_->queue().end()) return;
@@ -190,7 +193,7 @@ void SessionWorker::play(FilmId film) {
 void SessionWorker::setPreferences(const QueuePreferences& preferences) {
   storePreferences(preferences);
   Q_EMIT preferencesRead(storedPreferences());
-  tellRoom();
+  roomClock_.tell();
   ask({.action = Action::kLimit, .rateLimit = preferences.speedLimit});
 }
 
@@ -211,13 +214,9 @@ std::optional<Reply> SessionWorker::askReached(const Request& request) {
 void SessionWorker::take(const QueueEvent& event) {
   using Kind = QueueEvent::Kind;
   book_->note(event);
-  if (event.kind == Kind::kAdded) adder_.noteFilm(filmOf(event));
-  if (event.kind == Kind::kFinished) tellRoom();
-  if (const auto notice = noticeOf(event, filmOf(event))) Q_EMIT noticed(*notice);
-}
-
-FilmId SessionWorker::filmOf(const QueueEvent& event) const {
-  return event.item.id == 0 ? 0 : firstId_ + event.item.id;
+  if (event.kind == Kind::kAdded) adder_.noteFilm(book_->filmOf(event));
+  if (event.kind == Kind::kFinished) roomClock_.tell();
+  if (const auto notice = noticeOf(event, book_->filmOf(event))) Q_EMIT noticed(*notice);
 }
 
 /// Called on any thread.
@@ -242,25 +241,14 @@ void SessionWorker::look() {
     end_.reset();
     return retry_.start(0);
   }
-  for (const ItemState& item : end_->queue()) lastId_ = std::max(lastId_, firstId_ + item.id);
   const std::optional<QueueUpdate> update = book_->update(end_->queue(), end_->isPaused());
   if (!update) return;
   Q_EMIT changed(*update);
-  playWhatIsReady(*update);
-}
-
-/// Waiting for a film to be far enough must not keep this thread, as the manager's own `play`
-/// would.
-void SessionWorker::playWhatIsReady(const QueueUpdate& update) {
-  for (const Film& film : update.films) {
-    if (!canBePlayed(film) || !playWishes_.remove(film.id)) continue;
+  // Waiting for a film to be far enough must not keep this thread, as the manager's own `play`
+  // would.
+  for (const Film& film : takePlayable(playWishes_, update->films)) {
     Q_EMIT playRequested(film.id, film.address);
   }
-}
-
-void SessionWorker::tellRoom() {
-  const QString folder = mediaFolder();
-  Q_EMIT roomKnown(folder, freeSpace(folder));
 }
 
 }  // namespace playerx::window

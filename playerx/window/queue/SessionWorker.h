@@ -16,6 +16,7 @@
 #include "playerx/window/queue/LookClock.h"
 #include "playerx/window/queue/QueueEnd.h"
 #include "playerx/window/queue/QueueMessages.h"
+#include "playerx/window/queue/RoomClock.h"
 #include "playerx/window/queue/SlotDesk.h"
 #include "playerx/window/queue/WindowPlayer.h"
 
@@ -78,21 +79,16 @@ class SessionWorker : public QObject {
   session::Reply ask(const session::Request& request);
   std::optional<session::Reply> askReached(const session::Request& request);
   void take(const session::QueueEvent& event);
-  FilmId filmOf(const session::QueueEvent& event) const;
   void answerSoon();
   void look();
-  void playWhatIsReady(const QueueUpdate& update);
-  void tellRoom();
 
   SlotDesk& slotDesk_;
   std::atomic<bool> isAnswerDue_{false};
   bool staysPaused_ = false;
   QSet<FilmId> playWishes_;  // films to be played as soon as enough of them is there
   InputAdder adder_;
-  FilmId firstId_ = 0;  // films of the present queue are numbered from above it on
-  FilmId lastId_ = 0;
   LookClock clock_;
-  QTimer roomClock_;
+  RoomClock roomClock_;
   QTimer retry_;
   WindowPlayer player_;
   std::unique_ptr<session::PlayerSession> session_;

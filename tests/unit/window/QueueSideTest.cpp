@@ -112,6 +112,18 @@ TEST(FilmBookOfAnotherQueueTest, FilmsAreNumberedFromAboveTheGivenOneOn) {
   model::ItemState item;
   item.id = 3;
   EXPECT_EQ(book.update({item}, false)->order, QList<FilmId>({103}));
+  EXPECT_EQ(book.filmOf({QueueEvent::Kind::kFinished, item}), 103U);
+  EXPECT_EQ(book.filmOf({.sentence = "Of no film."}), 0U);
+}
+
+TEST(FilmBookOfAnotherQueueTest, ANumberIsUsedUpWhenItsFilmHasLeft) {
+  FilmBook book([](const model::ItemState&) { return std::nullopt; }, 100);
+  EXPECT_EQ(book.lastId(), 100U);
+  model::ItemState item;
+  item.id = 3;
+  book.update({item}, false);
+  book.update({}, false);
+  EXPECT_EQ(book.lastId(), 103U);
 }
 
 TEST(SlotDeskTest, TheAnswerReachesTheThreadThatAsked) {
