@@ -11,11 +11,9 @@
 
 using Impl = HttpDownloadThread::HttpDownloadThreadImpl;
 using kvpm::StringTools;
-using VeskPlayerX::PlayerInterface;
 
 namespace {
 
-constexpr int kSessionStarted = 1;
 constexpr int kWholeFile = 100;  // percent
 
 std::string utf8(const QString& text) { return text.toStdString(); }
@@ -24,10 +22,10 @@ std::string utf8(const QString& text) { return text.toStdString(); }
 
 void Impl::takeSteps() {
   const bool stopped = !state_.isRunning();  // between pick and start
-  const bool loaded = !stopped && loadLibrary();
-  if (loaded) releaseLastSession();
+  const bool loaded = !stopped && session_.load(*this);
+  if (loaded) session_.releaseLast();
   if (item_ == nullptr || (!stopped && !loaded)) {
-    fail();
+    state_.reach(DownloadStatusFailed);
     return;
   }
   if (stopped) return;
@@ -45,7 +43,10 @@ bool Impl::findSource(Transfer& transfer) {
 
 bool Impl::authorise(Transfer& transfer) {
   const auto granted = authorisation_.request(item_);
-  if (!granted) return fail();
+  if (!granted) {
+    state_.reach(DownloadStatusFailed);
+    return false;
+  }
   transfer.url = URLEscape::escape(granted->url);
   transfer.info.setTempUsername(granted->tempUsername);
   transfer.info.setTempPassword(granted->tempPassword);
@@ -69,12 +70,14 @@ void Impl::fetch(Transfer& transfer) {
   startSession(transfer);
   // After a refused start the manager sees 6, then 3, then 6 again.
   if (state_.status() != DownloadStatusStopped) reportStatus(DownloadStatusDownloading);
-  openGate();
+  // Not earlier: the manager has to know of the transfer before it hears of its progress, since it
+  // would take a request to play for a restart.
+  reports_.open(*item_);
   state_.waitForOutcome();
-  closeGate();
+  reports_.close();
   if (state_.status() == DownloadStatusCompleted) finishCompleted();
   if (state_.status() != DownloadStatusStopped) reportStatus(state_.status());
-  if (state_.isStopping()) sessionUid_ = 0;  // that stop releases it
+  if (state_.isStopping()) session_.leave();  // to that stop
 }
 
 void Impl::describe(Transfer& transfer) {
@@ -91,14 +94,9 @@ void Impl::describe(Transfer& transfer) {
 }
 
 void Impl::startSession(const Transfer& transfer) {
-  {
-    const kvpm::MutexLock lock(callbackMutex_);
-    gate_.expect();
-  }
-  unsigned long long uid = 0;
-  if (library_->get()->startSession(transfer.url, transfer.info, &uid) == kSessionStarted) {
-    item_->setUID(uid);
-    sessionUid_ = uid;
+  reports_.expect();
+  if (const auto uid = session_.start(transfer.url, transfer.info)) {
+    item_->setUID(*uid);
     return;
   }
   if (!state_.reach(DownloadStatusFailed)) return;
@@ -107,47 +105,15 @@ void Impl::startSession(const Transfer& transfer) {
   reportStatus(DownloadStatusFailed);
 }
 
-/// From here on reports are handled as they come. Not earlier: the manager has to know of the
-/// transfer before it hears of its progress, since it would take a request to play for a restart.
-void Impl::openGate() {
-  const kvpm::MutexLock lock(callbackMutex_);
-  for (const download::LibraryReport& report : gate_.open(item_->getUID())) handle(report);
-}
-
-void Impl::closeGate() {
-  const kvpm::MutexLock lock(callbackMutex_);
-  gate_.close();
-}
-
 void Impl::finishCompleted() {
   host_.report([&](auto& manager) { manager.updateDownloadProgress(item_->getId(), kWholeFile); });
-  if (playIfRequested()) {
-    sessionUid_ = 0;  // the player releases it
+  if (playback_.playIfRequested(*item_)) {
+    session_.leave();  // to the player
     return;
   }
   if (state_.isStopping()) return;
-  const auto player = host_.load<PlayerInterface>(VeskPlayerX::DIN_Player);
-  if (player != nullptr) releaseSession(player->get());
-}
-
-/// Releases the session unless `player`, which may be null, has its film open and will do that.
-void Impl::releaseSession(PlayerInterface* player) {
-  const unsigned long long uid = std::exchange(sessionUid_, 0);
-  if (uid == 0) return;
-  if (player == nullptr || player->currentMediaId() != uid) stopDownload(uid);
-}
-
-/// A session that broke, or that completed while there was no player, is kept beyond its run: the
-/// view and the player are only now told of that end, and may still use what has arrived.
-void Impl::releaseLastSession() {
-  if (sessionUid_ == 0) return;
-  const auto player = host_.load<PlayerInterface>(VeskPlayerX::DIN_Player);
-  releaseSession(player != nullptr ? player->get() : nullptr);
-}
-
-bool Impl::fail() {
-  state_.reach(DownloadStatusFailed);
-  return false;
+  const auto player = host_.load<VeskPlayerX::PlayerInterface>(VeskPlayerX::DIN_Player);
+  if (player != nullptr) session_.release(player->get());
 }
 
 void Impl::reportStatus(DownloadStatusEnumType status) {

@@ -3,9 +3,15 @@
 #include "download/Placement.h"
 
 using Impl = HttpDownloadThread::HttpDownloadThreadImpl;
+using download::LibraryReport;
 
 Impl::HttpDownloadThreadImpl(HttpDownloadThread& owner, KPIM::Context* context)
-    : owner_(owner), host_(context), authorisation_(host_, state_), playThread_(state_) {}
+    : owner_(owner),
+      host_(context),
+      session_(host_),
+      authorisation_(host_, state_),
+      playback_(host_, state_),
+      reports_(host_, state_, playback_) {}
 
 Impl::~HttpDownloadThreadImpl() {
   close();
@@ -17,7 +23,7 @@ DownloadStatusEnumType Impl::downloadVideo(Item* item) {
   const DownloadStatusEnumType outcome = [&] {
     const kvpm::CritLock run(runLock_);
     runItem(item);
-    closeGate();
+    reports_.close();
     // Without an item there was nothing that could have been stopped.
     return item != nullptr ? state_.status() : DownloadStatusFailed;
   }();
@@ -33,18 +39,8 @@ void Impl::runItem(Item* item) {
     takeSteps();
   } catch (...) {  // out of memory, at worst: the item has failed, the queue goes on
     state_.reach(DownloadStatusFailed);
-    if (sessionUid_ != 0) stopDownload(std::exchange(sessionUid_, 0));
+    session_.release(nullptr);
   }
-}
-
-bool Impl::loadLibrary() {
-  if (library_ == nullptr) {
-    library_ = host_.load<KPB::DownloadInterface>(KPB::DIN_Download);
-    if (library_ == nullptr) return false;
-    currentLibrary_ = library_->get();
-  }
-  library_->get()->setCallback(this);
-  return true;
 }
 
 void Impl::stop() {
@@ -55,33 +51,43 @@ void Impl::stop() {
 
 /// Waits for a run that was asked to stop, also one that has yet to take the run lock.
 void Impl::endRun() {
-  if (reportingThread_ == std::this_thread::get_id()) {
-    stopItemSession();  // the run cannot end before this very report does
-    return;
+  if (reports_.isReporting()) {
+    if (item_ != nullptr) session_.stop(item_->getUID());
+    return;  // the run cannot end before this very report does
   }
   state_.waitForEnd();
   const kvpm::CritLock run(runLock_);
-  stopItemSession();
-  if (item_ != nullptr && item_->getUID() == sessionUid_) sessionUid_ = 0;
-  if (closed_) releaseSession(nullptr);  // there is no next run to do it
+  if (item_ != nullptr) session_.end(item_->getUID());
+  if (closed_) session_.release(nullptr);  // there is no next run to do it
 }
 
-void Impl::stopItemSession() {
-  if (library_ != nullptr && item_ != nullptr) stopDownload(item_->getUID());
-}
-
-void Impl::stopDownload(unsigned long long uid) {
-  if (KPB::DownloadInterface* const library = currentLibrary_) library->stopSession(uid);
-}
+void Impl::stopDownload(unsigned long long uid) { session_.stop(uid); }
 
 void Impl::close() {
   if (closed_.exchange(true)) return;
   state_.askToStop();  // for good: a closed worker runs nothing any more
   endRun();
-  // Without the callback mutex: this waits for a report that may hold it.
-  if (KPB::DownloadInterface* const library = currentLibrary_) library->setCallback(nullptr);
-  playThread_.finish();
+  session_.unregister();  // without the callback mutex, which a report that is running holds
+  playback_.finish();
   authorisation_.finish();
 }
 
 std::wstring Impl::getLocalFilePath(const std::string& url) { return download::localFilePath(url); }
+
+void Impl::httpTransferBegan(unsigned long long, const std::basic_string<unsigned char>&) {
+  reports_.passTurn();
+}
+
+void Impl::httpHeaderReceived(unsigned long long, const std::string&) { reports_.passTurn(); }
+
+void Impl::updateProgress(unsigned long long uid, int percent) {
+  reports_.receive({LibraryReport::Kind::kProgress, uid, percent});
+}
+
+void Impl::httpTransferComplete(unsigned long long uid) {
+  reports_.receive({LibraryReport::Kind::kComplete, uid, 0});
+}
+
+void Impl::httpTransferBroke(unsigned long long uid, int) {
+  reports_.receive({LibraryReport::Kind::kBroken, uid, 0});
+}
