@@ -66,14 +66,18 @@ Film failedFor(FilmId id, const char* title, const reasons::Explanation& reason)
                 QString::fromUtf8(title), QStringLiteral("films.example"));
 }
 
+reasons::Explanation tooLittleSpace() {
+  return reasons::explain(reasons::Reason::kTooLittleSpace,
+                          {.place = "/home/mia/Videos", .words = "1.9 GB needed, 400 MB free"});
+}
+
 QList<Film> failures() {
   using reasons::Reason;
   return {
       titled(arriving(1, 42), QStringLiteral("The Long Road"), QStringLiteral("films.example")),
       failedFor(2, "Broken Film",
                 reasons::explain(reasons::reasonOfStatus(404), {.host = "films.example"})),
-      failedFor(3, "Cartographers",
-                reasons::explain(Reason::kTooLittleSpace, {.place = "/home/mia/Videos"})),
+      failedFor(3, "Cartographers", tooLittleSpace()),
       failedFor(4, "A House by the Lake",
                 reasons::explain(Reason::kExpired, {.host = "films.example"})),
   };
@@ -179,9 +183,7 @@ QPixmap failure() {
   Notice notice;
   notice.kind = Notice::kNoSpace;
   notice.film = 3;
-  notice.text = reasonSentence(
-      reasons::explain(reasons::Reason::kTooLittleSpace,
-                       {.place = "/home/mia/Videos", .words = "1.9 GB needed, 400 MB free"}));
+  notice.text = reasonSentence(tooLittleSpace());
   Q_EMIT stage.queue().noticed(notice);
   QTest::qWait(100);
   return stage.window().grab();
