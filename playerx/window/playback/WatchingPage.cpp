@@ -17,7 +17,7 @@ constexpr int kVolumeStep = 5;
 
 }  // namespace
 
-WatchingPage::WatchingPage(FilmPlayer* player, QWidget* parent)
+WatchingPage::WatchingPage(FilmPlayer* player, QWidget* parent, int hideMs)
     : QWidget(parent),
       player_(player),
       notice_(new QLabel(this)),
@@ -45,7 +45,7 @@ WatchingPage::WatchingPage(FilmPlayer* player, QWidget* parent)
   handOver_->raise();
   controls_->raise();
   hide_.setSingleShot(true);
-  hide_.setInterval(kHideMs);
+  hide_.setInterval(hideMs);
   connect(&hide_, &QTimer::timeout, this, &WatchingPage::hideControls);
   connect(handOver_, &QPushButton::clicked, this, &WatchingPage::desktopPlayerWanted);
   connect(controls_, &ControlBar::listWanted, this, &WatchingPage::backWanted);

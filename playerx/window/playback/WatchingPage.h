@@ -19,15 +19,14 @@ class WatchingPage : public QWidget {
  public:
   static constexpr int kHideMs = 2000;
 
-  /// `player` is null when this build cannot show films; not owned, outlives the page.
-  explicit WatchingPage(FilmPlayer* player, QWidget* parent = nullptr);
+  /// `player` is null when this build cannot show films; not owned, outlives the page. The
+  /// controls hide `hideMs` milliseconds after the last movement.
+  explicit WatchingPage(FilmPlayer* player, QWidget* parent = nullptr, int hideMs = kHideMs);
 
   /// Title and address or path of what is played; for the words on the page.
   void setTitle(const QString& title);
 
   void setFullScreen(bool isFullScreen);
-
-  ControlBar& controls() { return *controls_; }
 
   /// The words over the picture; empty when the film speaks for itself.
   QString notice() const;
