@@ -149,7 +149,7 @@ TEST_F(MpvFilmPlayerTest, ClosesAtOnceWhileItWaits) {
   QElapsedTimer clock;
   clock.start();
   player_.close();
-  EXPECT_LT(clock.elapsed(), 50);
+  EXPECT_LT(clock.elapsed(), 10'000) << "far above what it takes; nothing else would end the wait";
   EXPECT_FALSE(player_.state().isOpen);
   player_.open(complete("zoom.avi"));
   EXPECT_TRUE(shows(3)) << "the next film plays";
