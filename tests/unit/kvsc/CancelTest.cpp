@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <functional>
 #include <future>
 
 #include "tests/support/Loopback.h"
+#include "tests/support/Promptness.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/WaitFor.h"
 #include "tests/unit/kvsc/TlsTesting.h"
@@ -17,18 +17,11 @@ using support::Gate;
 using support::Script;
 using support::ScriptedServer;
 
-// The promise; a machine that is busy with other things may need a second try to keep it.
-constexpr milliseconds kPromptly{250};
-constexpr int kTries = 5;
-
-struct Ending {
-  kvsc::HttpErrorIds result = kvsc::HTTP_ERROR_NONE;
-  milliseconds took{0};  // from the cancel to the return
-};
-
-/// Cancels an exchange from another thread once `hangs` has come true.
-Ending cancelWhen(const std::function<bool()>& hangs,
-                  const std::function<void(CheckingClient&)>& prepare, const std::string& url) {
+/// Cancels an exchange from another thread once `hangs` has come true; returns how long it takes
+/// from there to end as cancelled.
+milliseconds cancelWhen(const std::function<bool()>& hangs,
+                        const std::function<void(CheckingClient&)>& prepare,
+                        const std::string& url) {
   CheckingClient client;
   client.session().setCheckCertificate(url.find("https") == 0);
   kvsc::CancelToken token;
@@ -36,22 +29,14 @@ Ending cancelWhen(const std::function<bool()>& hangs,
   prepare(client);
   auto exchange = std::async(std::launch::async, [&] { return client.get(url).result; });
   EXPECT_TRUE(support::waitFor(hangs));
-  const auto begin = std::chrono::steady_clock::now();
-  token.cancel();
-  const kvsc::HttpErrorIds result = exchange.get();
-  return {result,
-          std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - begin)};
+  return support::timeOf([&] {
+    token.cancel();
+    EXPECT_EQ(exchange.get(), HTTP_ERROR_CANCELLED);
+  });
 }
 
-/// Runs an attempt until one ends promptly; every one must end as cancelled.
-void expectPromptCancel(const std::function<Ending()>& attempt) {
-  milliseconds best = milliseconds::max();
-  for (int tried = 0; tried < kTries && best >= kPromptly; ++tried) {
-    const Ending ending = attempt();
-    EXPECT_EQ(ending.result, HTTP_ERROR_CANCELLED);
-    best = std::min(best, ending.took);
-  }
-  EXPECT_LT(best, kPromptly);
+void expectPromptCancel(const std::function<milliseconds()>& attempt) {
+  EXPECT_LT(support::bestTime(attempt), support::kPromptly);
 }
 
 const auto kAsItIs = [](CheckingClient&) {};

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "tests/support/Loopback.h"
+#include "tests/support/Promptness.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/unit/transfers/DownloadsFixture.h"
 
@@ -13,17 +14,11 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using support::Gate;
 using support::Script;
+using support::timeOf;
 
 constexpr std::size_t kStopSize = 200'000;
 
-class StopTest : public DownloadsFixture {
- protected:
-  Milliseconds timeOf(const std::function<void()>& action) const {
-    const auto begin = Clock::now();
-    action();
-    return std::chrono::duration_cast<Milliseconds>(Clock::now() - begin);
-  }
-};
+using StopTest = DownloadsFixture;
 
 // Far above what it takes, far below every time after which the library would give up by itself.
 constexpr Milliseconds kPromptly{2000};
