@@ -1,12 +1,13 @@
 // Stops, pauses and ends at every moment of a run.
 
 #include <atomic>
-#include <chrono>
+#include <functional>
 #include <mutex>
 
 #include "download/HttpDownloadThreadImpl.h"
 #include "tests/support/LockWaiter.h"
 #include "tests/support/Loopback.h"
+#include "tests/support/Promptness.h"
 #include "tests/unit/download/WorkerFixture.h"
 
 namespace {
@@ -16,22 +17,27 @@ using support::Script;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using Clock = std::chrono::steady_clock;
-constexpr std::chrono::milliseconds kPrompt{250};
-
 class WorkerStop : public support::WorkerTest {
  protected:
-  /// A film whose server takes the question and never answers.
-  std::unique_ptr<DownloadItem> filmOfADeadServer() {
-    server_.always(Script().readRequest().announce(asked_).stall());
-    return film();
+  /// Starts, and waits until the server has taken that much of the question; it never answers.
+  void startAndHang(Script taken, const std::wstring& scheme = L"http") {
+    Gate& hanging = gate();
+    server_.always(taken.announce(hanging).stall());
+    auto item = film();
+    item->setUrl(scheme + item->getUrl().substr(4));
+    start(std::move(item));
+    ASSERT_TRUE(hanging.wait());
   }
 
-  /// Milliseconds that `stop` takes.
-  std::chrono::milliseconds stop() {
-    const auto before = Clock::now();
-    worker_->stop();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - before);
+  /// Stops runs that `begin` has brought to where they hang: promptly, and as stopped.
+  void expectPromptStop(const std::function<void()>& begin) {
+    const auto stopped = [&] {
+      begin();
+      const auto took = support::timeOf([this] { worker_->stop(); });
+      EXPECT_EQ(ended(), 5);
+      return took;
+    };
+    EXPECT_LT(support::bestTime(stopped), support::kPromptly);
   }
 
   Gate& asked_ = gate();
@@ -50,45 +56,36 @@ TEST_F(WorkerStop, OfAnIdleWorkerDoesNotStopTheNextRun) {
 }
 
 TEST_F(WorkerStop, DuringTheTransferEndsTheRunThenTheSession) {
-  startAndFetch(film());
-  log_.clear();
-  EXPECT_LT(stop(), kPrompt);
-  EXPECT_EQ(ended(), 5);
-  EXPECT_THAT(log_.lines(), ElementsAre("library.stop 1001"));
+  expectPromptStop([this] {
+    startAndFetch(film());
+    log_.clear();
+  });
+  const auto uid = kUid + library_.sessionCount() - 1;
+  EXPECT_THAT(log_.lines(), ElementsAre("library.stop " + std::to_string(uid)));
 }
 
 TEST_F(WorkerStop, DuringTheQuestionForTheSizeEndsTheRun) {
-  start(filmOfADeadServer());
-  ASSERT_TRUE(asked_.wait());
-  EXPECT_LT(stop(), kPrompt);
-  EXPECT_EQ(ended(), 5);
+  expectPromptStop([this] { startAndHang(Script().readRequest()); });
   EXPECT_THAT(reports(), IsEmpty());
 }
 
 TEST_F(WorkerStop, DuringAHandshakeEndsTheRun) {
-  server_.always(Script().readBytes(1).announce(asked_).stall());
-  auto item = film();
-  item->setUrl(L"https" + item->getUrl().substr(4));
-  start(std::move(item));
-  ASSERT_TRUE(asked_.wait());
-  EXPECT_LT(stop(), kPrompt);
-  EXPECT_EQ(ended(), 5);
+  expectPromptStop([this] { startAndHang(Script().readBytes(1), L"https"); });
 }
 
 TEST_F(WorkerStop, DuringAHangingConnectEndsTheRun) {
   const support::SilentPort silent;
-  auto item = film();
-  item->setUrl(L"http://127.0.0.1:" + std::to_wstring(silent.port()) + L"/movie.vesk");
-  start(std::move(item));
-  ASSERT_TRUE(support::waitFor([&] { return support::isConnecting(silent.port()); }));
-  EXPECT_LT(stop(), kPrompt);
-  EXPECT_EQ(ended(), 5);
+  expectPromptStop([&] {
+    auto item = film();
+    item->setUrl(L"http://127.0.0.1:" + std::to_wstring(silent.port()) + L"/movie.vesk");
+    start(std::move(item));
+    ASSERT_TRUE(support::waitFor([&] { return support::isConnecting(silent.port()); }));
+  });
   EXPECT_THAT(reports(), IsEmpty());
 }
 
 TEST_F(WorkerStop, DuringTheQuestionForTheSizeLeavesTheNextRunAlone) {
-  start(filmOfADeadServer());
-  ASSERT_TRUE(asked_.wait());
+  startAndHang(Script().readRequest());
   worker_->stop();
   EXPECT_EQ(ended(), 5);
   server_.always(Script::answer(support::bareResponse("200 OK", "Content-Length: 7168\r\n")));
@@ -98,12 +95,13 @@ TEST_F(WorkerStop, DuringTheQuestionForTheSizeLeavesTheNextRunAlone) {
 }
 
 TEST_F(WorkerStop, DuringARedirectLoopEndsTheRun) {
-  server_.next(Script::answer("HTTP/1.0 200 OK\r\nLocation: " + server_.url("/on") + "\r\n\r\n"));
-  start(filmOfADeadServer());
-  ASSERT_TRUE(asked_.wait());
-  EXPECT_LT(stop(), kPrompt);
-  EXPECT_EQ(ended(), 5);
-  EXPECT_EQ(server_.connectionCount(), 2u);
+  std::size_t attempts = 0;
+  expectPromptStop([&] {
+    ++attempts;
+    server_.next(Script::answer("HTTP/1.0 200 OK\r\nLocation: " + server_.url("/on") + "\r\n\r\n"));
+    startAndHang(Script().readRequest());
+  });
+  EXPECT_EQ(server_.connectionCount(), 2 * attempts);
   EXPECT_THAT(reports(), IsEmpty());
 }
 
