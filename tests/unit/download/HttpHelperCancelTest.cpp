@@ -1,95 +1,90 @@
 // Ends that come while a transfer waits for a server that does not answer.
 
-#include <algorithm>
 #include <functional>
 
 #include "tests/support/Loopback.h"
+#include "tests/support/Promptness.h"
 #include "tests/unit/download/HttpHelperFixture.h"
 
 namespace {
 
-using std::chrono::steady_clock;
 using support::Gate;
 using support::Script;
-using support::ScriptedServer;
-using support::SilentPort;
-using testing::IsEmpty;
 
-using HttpHelperGet = support::HttpHelperTest;
+enum class Place { kConnect, kHandshake, kAnswer };
 
-// The promise; a machine that is busy with other things may need a second try to keep it.
-constexpr std::chrono::milliseconds kPromptly{250};
-constexpr int kTries = 5;
-
-/// Where a transfer is going to hang, and how to wait until it does.
-struct Hang {
-  std::string url;
-  std::function<bool()> isReached;
+/// A transfer that hangs, what ends it, and how it returns then.
+struct HangingTransfer {
+  const char* name;
+  HttpResult* (*run)(HttpHelper&);
+  Place place;
+  void (*end)(HttpHelper&);
+  HttpResultType result;
 };
 
-Hang inTheConnect(const SilentPort& silent) {
-  return {support::loopbackUrl("http", "127.0.0.1", silent.port(), "/film.avi"), [&silent] {
-            return support::waitFor([&] { return support::isConnecting(silent.port()); });
-          }};
-}
+std::ostream& operator<<(std::ostream& out, const HangingTransfer& row) { return out << row.name; }
 
-Hang behindTheFirstByte(ScriptedServer& server, const std::string& scheme, Gate& hanging) {
-  server.next(Script().readBytes(1).announce(hanging).stall());
-  return {support::loopbackUrl(scheme, "localhost", server.port(), "/film.avi"),
-          [&hanging] { return hanging.wait(); }};
-}
+constexpr auto kGet = [](HttpHelper& helper) { return helper.get(""); };
+constexpr auto kPost = [](HttpHelper& helper) { return helper.post(); };
+constexpr auto kGetInfo = [](HttpHelper& helper) { return helper.getInfo(); };
+constexpr auto kCancel = [](HttpHelper& helper) { helper.cancelDownload(); };
+constexpr auto kCancelAnother = [](HttpHelper&) { HttpHelper().cancelDownload(); };
+constexpr auto kAbort = [](HttpHelper& helper) { helper.abort(); };
 
-using End = void (HttpHelper::*)();
+const HangingTransfer kHangingTransfers[] = {
+    {"AGetCancelledDuringConnect", kGet, Place::kConnect, kCancel, HTTP_RESULT_FAILED},
+    {"AGetAbortedDuringConnect", kGet, Place::kConnect, kAbort, HTTP_RESULT_FAILED},
+    {"AGetCancelledDuringHandshake", kGet, Place::kHandshake, kCancel, HTTP_RESULT_FAILED},
+    {"AGetAbortedDuringHandshake", kGet, Place::kHandshake, kAbort, HTTP_RESULT_FAILED},
+    {"AGetCancelledBeforeTheFirstPiece", kGet, Place::kAnswer, kCancel, HTTP_RESULT_FAILED},
+    {"AGetAbortedBeforeTheFirstPiece", kGet, Place::kAnswer, kAbort, HTTP_RESULT_FAILED},
+    {"AGetCancelledThroughAnyOtherHelper", kGet, Place::kAnswer, kCancelAnother,
+     HTTP_RESULT_FAILED},
+    {"APostCancelledBeforeTheFirstPiece", kPost, Place::kAnswer, kCancel, HTTP_RESULT_OK},
+    {"AQuestionCancelledBeforeItsAnswer", kGetInfo, Place::kAnswer, kCancel, HTTP_RESULT_FAILED},
+};
 
-/// From the call of `end`, made while the transfer hangs, to the return of a failed `get`.
-steady_clock::duration timeToEnd(End end, const Hang& hang, HttpCallback& receiver) {
-  HttpHelper helper;
-  helper.setup(hang.url, "");
-  helper.setCallbacks(&receiver);
-  auto result =
-      std::async(std::launch::async, [&] { return std::unique_ptr<HttpResult>(helper.get("")); });
-  EXPECT_TRUE(hang.isReached());
-  const auto before = steady_clock::now();
-  (helper.*end)();
-  EXPECT_EQ(result.get()->getResult(), HTTP_RESULT_FAILED);
-  return steady_clock::now() - before;
-}
-
-/// Tries until one `get` ends promptly; every one must fail without a word to the receiver.
-void expectPromptEnd(End end, const std::function<Hang()>& nextHang) {
-  support::EventLog log;
-  support::RecordingCallback receiver(log);
-  auto best = steady_clock::duration::max();
-  for (int tried = 0; tried < kTries && best >= kPromptly; ++tried) {
-    best = std::min(best, timeToEnd(end, nextHang(), receiver));
+class HttpHelperEnd : public support::HttpHelperTest,
+                      public testing::WithParamInterface<HangingTransfer> {
+ protected:
+  /// The address of a transfer that is going to hang at the row's place.
+  std::string hangingUrl() {
+    if (GetParam().place == Place::kConnect) {
+      return support::loopbackUrl("http", "127.0.0.1", silent_.port(), "/film.avi");
+    }
+    const char* const scheme = GetParam().place == Place::kHandshake ? "https" : "http";
+    server_.next(Script().readBytes(1).announce(gate()).stall());
+    return support::loopbackUrl(scheme, "localhost", server_.port(), "/film.avi");
   }
-  EXPECT_LT(best, kPromptly);
-  EXPECT_THAT(log.lines(), IsEmpty());
+
+  bool waitUntilItHangs() {
+    if (GetParam().place != Place::kConnect) return gates_.back().wait();
+    return support::waitFor([this] { return support::isConnecting(silent_.port()); });
+  }
+
+  /// From the call that ends the transfer to its return.
+  std::chrono::milliseconds timeToEnd() {
+    HttpHelper helper;
+    helper.setup(hangingUrl(), "");
+    helper.setCallbacks(&receiver_);
+    auto result = std::async(std::launch::async, [&] { return Result(GetParam().run(helper)); });
+    EXPECT_TRUE(waitUntilItHangs());
+    return support::timeOf([&] {
+      GetParam().end(helper);
+      EXPECT_EQ(result.get()->getResult(), GetParam().result);
+    });
+  }
+
+ private:
+  const support::SilentPort silent_;
+};
+
+TEST_P(HttpHelperEnd, IsPromptAndSilent) {
+  EXPECT_LT(support::bestTime([this] { return timeToEnd(); }), support::kPromptly);
+  EXPECT_THAT(log_.lines(), testing::IsEmpty());
 }
 
-TEST_F(HttpHelperGet, EndsPromptlyCancelledDuringConnect) {
-  const SilentPort silent;
-  expectPromptEnd(&HttpHelper::cancelDownload, [&] { return inTheConnect(silent); });
-}
-
-TEST_F(HttpHelperGet, EndsPromptlyAbortedDuringConnect) {
-  const SilentPort silent;
-  expectPromptEnd(&HttpHelper::abort, [&] { return inTheConnect(silent); });
-}
-
-TEST_F(HttpHelperGet, EndsPromptlyCancelledDuringHandshake) {
-  expectPromptEnd(&HttpHelper::cancelDownload,
-                  [this] { return behindTheFirstByte(server_, "https", gate()); });
-}
-
-TEST_F(HttpHelperGet, EndsPromptlyAbortedDuringHandshake) {
-  expectPromptEnd(&HttpHelper::abort,
-                  [this] { return behindTheFirstByte(server_, "https", gate()); });
-}
-
-TEST_F(HttpHelperGet, EndsPromptlyAbortedBeforeTheFirstPiece) {
-  expectPromptEnd(&HttpHelper::abort,
-                  [this] { return behindTheFirstByte(server_, "http", gate()); });
-}
+INSTANTIATE_TEST_SUITE_P(Of, HttpHelperEnd, testing::ValuesIn(kHangingTransfers),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace

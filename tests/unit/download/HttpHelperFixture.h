@@ -20,8 +20,6 @@ namespace support {
 class HttpHelperTest : public testing::Test {
  protected:
   using Result = std::unique_ptr<HttpResult>;
-  using Clock = std::chrono::steady_clock;
-  static constexpr std::chrono::milliseconds kPrompt{250};
 
   HttpHelperTest() {
     HttpHelper::sDownloadCancelled = 0;

@@ -117,15 +117,4 @@ TEST_F(HttpHelperPost, ReturnsWhenAbortedBeforeItsThreadBegan) {
   EXPECT_EQ(server_.connectionCount(), 0u);
 }
 
-TEST_F(HttpHelperPost, ReturnsPromptlyWhenCancelled) {
-  Gate& asked = gate();
-  server_.always(Script().readRequest().announce(asked).stall());
-  auto result = std::async(std::launch::async, [this] { return post(); });
-  ASSERT_TRUE(asked.wait());
-  const auto before = Clock::now();
-  helper_.cancelDownload();
-  EXPECT_EQ(result.get()->getResult(), HTTP_RESULT_OK);
-  EXPECT_LT(Clock::now() - before, kPrompt);
-}
-
 }  // namespace

@@ -167,17 +167,6 @@ TEST_F(HttpHelperInfo, OutlivesTheHelper) {
   EXPECT_EQ(info->getContentLength(), 42u);
 }
 
-TEST_F(HttpHelperInfo, EndsPromptlyWhenCancelledFromOutside) {
-  Gate& asked = gate();
-  server_.always(Script().readRequest().announce(asked).stall());
-  auto info = std::async(std::launch::async, [this] { return Result(helper_.getInfo()); });
-  ASSERT_TRUE(asked.wait());
-  const auto before = Clock::now();
-  helper_.cancelDownload();
-  EXPECT_EQ(info.get()->getResult(), HTTP_RESULT_FAILED);
-  EXPECT_LT(Clock::now() - before, kPrompt);
-}
-
 TEST_F(HttpHelperInfo, IsNotHinderedByAnEarlierCancel) {
   helper_.cancelDownload();
   EXPECT_EQ(infoOf(bareResponse("200 OK", "Content-Length: 42\r\n"))->getResult(), HTTP_RESULT_OK);
