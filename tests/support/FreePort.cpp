@@ -22,8 +22,6 @@ bool canBind(std::uint16_t port) {
   return ::bind(fd.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
-}  // namespace
-
 std::uint16_t freePort() {
   static std::mutex mutex;
   static std::set<std::uint16_t> given;
@@ -35,6 +33,8 @@ std::uint16_t freePort() {
     if (canBind(port) && given.insert(port).second) return port;
   }
 }
+
+}  // namespace
 
 bool startOnFreePort(const std::function<bool(std::uint16_t)>& start) {
   constexpr int kAttempts = 5;
