@@ -37,8 +37,11 @@ class ShutdownTest : public ManagerFixture {
       if (std::this_thread::get_id() != host) return;
       view_.onEvent({});
       action();
+      noticed_ = true;
     });
   }
+
+  bool noticed_ = false;
 };
 
 TEST_F(ShutdownTest, StopsTheTransferAndEndsEveryThread) {
@@ -158,12 +161,14 @@ TEST_F(ShutdownTest, MayComeFromTheViewInTheMiddleOfAnOperation) {
   beginDownload("A1 B1");
   onNotice([this] { shutDown(); });
   manager().remove(id("B"));
+  EXPECT_TRUE(noticed_);
 }
 
 TEST_F(ShutdownTest, MayComeFromTheViewInTheMiddleOfAMoveOfTheHead) {
   beginDownload("A1 B1");
   onNotice([this] { shutDown(); });
   manager().moveUp(id("B"));
+  EXPECT_TRUE(noticed_);
 }
 
 TEST_F(ShutdownTest, MayComeWhileAnOutcomeWaitsToBeRecorded) {
@@ -171,10 +176,11 @@ TEST_F(ShutdownTest, MayComeWhileAnOutcomeWaitsToBeRecorded) {
   onNotice([&] {
     // The run ends while the lock that its outcome is recorded under is held further up.
     library_.complete(uid);
-    log_.waitFor("player.finished " + mediaFile("A.vesk").string() + " 0");
+    EXPECT_TRUE(log_.waitFor("player.finished " + mediaFile("A.vesk").string() + " 0"));
     shutDown();
   });
   manager().remove(id("B"));
+  EXPECT_TRUE(noticed_);
 }
 
 TEST_F(ShutdownTest, ANewManagerMayStartBeforeTheOperationReturns) {
@@ -184,6 +190,7 @@ TEST_F(ShutdownTest, ANewManagerMayStartBeforeTheOperationReturns) {
     start();
   });
   manager().remove(id("B"));
+  EXPECT_TRUE(noticed_);
   EXPECT_NE(KPXPreferences::userSettings, nullptr) << "the new manager's";
   shutDown();
   EXPECT_EQ(KPXPreferences::userSettings, nullptr);
