@@ -44,6 +44,12 @@ class Disk {
     const std::lock_guard lock(mutex_);
     return batches_;
   }
+  /// The files of all batches.
+  Files synced() const {
+    Files all;
+    for (const Files& batch : batches()) all.insert(batch.begin(), batch.end());
+    return all;
+  }
   std::thread::id thread() const {
     const std::lock_guard lock(mutex_);
     return thread_;
@@ -149,6 +155,7 @@ TEST(SyncBatcher, FlushEndsEvenWhileRequestsContinue) {
   });
   batcher.request("/b");
   batcher.flush();
+  EXPECT_TRUE(disk.synced().contains("/b"));
   enough = true;
   writer.join();
 }
@@ -188,9 +195,7 @@ TEST(SyncBatcher, ManyThreadsMayRequestFlushAndFinish) {
   }
   for (std::thread& thread : threads) thread.join();
   batcher.flush();
-  Files seen;
-  for (const Files& batch : disk.batches()) seen.insert(batch.begin(), batch.end());
-  EXPECT_EQ(seen, (Files{"/0", "/1", "/2", "/3"}));
+  EXPECT_EQ(disk.synced(), (Files{"/0", "/1", "/2", "/3"}));
 }
 
 TEST(SyncBatcher, AChildProcessLeavesTheWorkToItsParent) {
