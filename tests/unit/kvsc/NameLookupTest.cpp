@@ -62,11 +62,13 @@ TEST(NameLookupTest, AnUnknownNameHasAnError) {
   EXPECT_NE(error, 0);
 }
 
+// The leak checker finds an answer that is not freed.
 TEST(NameLookupTest, AnAnswerThatIsNotTakenIsFreed) {
   const auto lookup = startSystemLookup("localhost");
   while (!lookup->waitFor(kSlice)) continue;
 }
 
+// As above.
 TEST(NameLookupTest, AnAbandonedLookupIsFreedByLaterOnes) {
   for (int i = 0; i < 50; ++i) startSystemLookup("localhost");
   int error = -1;

@@ -93,11 +93,36 @@ TEST(SSLConnectTest, CloseFreesTheContextAndNothingElse) {
   connect.close(&session);
 }
 
+/// Makes BIOs that tell when they are freed.
+class CountedBios {
+ public:
+  BIO* make(const BIO_METHOD* method) {
+    BIO* const bio = BIO_new(method);
+    BIO_set_callback_ex(bio, tell);
+    BIO_set_callback_arg(bio, reinterpret_cast<char*>(&freed_));
+    return bio;
+  }
+
+  int freed() const { return freed_; }
+
+ private:
+  static long tell(BIO* bio, int operation, const char*, std::size_t, int, long, int result,
+                   std::size_t*) {
+    if (operation == BIO_CB_FREE) ++*reinterpret_cast<int*>(BIO_get_callback_arg(bio));
+    return result;
+  }
+
+  int freed_ = 0;
+};
+
 TEST(SSLConnectTest, AConnectionIsFreedWithItsWholeChain) {
   SSLConnect connect("LOCALHOST");
+  CountedBios bios;
   connect.freeConnection(nullptr, true);
-  connect.freeConnection(BIO_push(BIO_new(BIO_f_buffer()), BIO_new(BIO_s_mem())), false);
-  connect.freeConnection(BIO_new(BIO_s_mem()), true);
+  connect.freeConnection(BIO_push(bios.make(BIO_f_buffer()), bios.make(BIO_s_mem())), false);
+  EXPECT_EQ(bios.freed(), 2);
+  connect.freeConnection(bios.make(BIO_s_mem()), true);
+  EXPECT_EQ(bios.freed(), 3);
 }
 
 TEST(PassPhraseTest, ItIsCopiedAsFarAsItFits) {
