@@ -91,7 +91,7 @@ TEST(RunState, HasAStopWaitForAnEnteredRun) {
   stop.join();
 }
 
-TEST(RunState, HasNobodyWaitForAnAnnouncedRun) {
+TEST(RunState, DoesNotWaitForARunThatIsOnlyAnnounced) {
   RunState state;
   state.prepare();
   state.waitForEnd();
@@ -100,7 +100,7 @@ TEST(RunState, HasNobodyWaitForAnAnnouncedRun) {
   state.waitForEnd();
 }
 
-TEST(RunState, HasNobodyWaitForARunOfHisOwn) {
+TEST(RunState, DoesNotWaitForARunOfTheCallingThread) {
   RunState state;
   state.begin();
   state.waitForEnd();
