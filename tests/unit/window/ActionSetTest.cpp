@@ -7,6 +7,7 @@
 #include "playerx/window/actions/ActionSet.h"
 #include "playerx/window/shell/Menus.h"
 #include "tests/unit/window/Films.h"
+#include "tests/unit/window/Mnemonics.h"
 
 namespace playerx::window {
 namespace {
@@ -82,21 +83,7 @@ TEST(ActionSetTest, AGreyActionSaysWhy) {
 
 TEST(ActionSetTest, NoMenuHasAMnemonicTwice) {
   ActionSet actions;
-  QMenuBar bar;
-  fillMenuBar(bar, actions);
-  const auto mnemonics = [](const QList<QAction*>& entries) {
-    QStringList letters;
-    for (const QAction* const entry : entries) {
-      const qsizetype mark = entry->text().indexOf(QLatin1Char('&'));
-      if (mark >= 0) letters << entry->text().mid(mark + 1, 1).toLower();
-    }
-    return letters;
-  };
-  EXPECT_EQ(mnemonics(bar.actions()).removeDuplicates(), 0);
-  for (QAction* const menu : bar.actions()) {
-    EXPECT_EQ(mnemonics(menu->menu()->actions()).removeDuplicates(), 0)
-        << menu->text().toStdString();
-  }
+  expectDistinctMnemonics(actions);
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QMenu>
-#include <QMenuBar>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
@@ -15,8 +13,8 @@
 #include "playerx/window/model/FilmText.h"
 #include "playerx/window/model/Sentences.h"
 #include "playerx/window/shell/Language.h"
-#include "playerx/window/shell/Menus.h"
 #include "tests/support/Process.h"
+#include "tests/unit/window/Mnemonics.h"
 
 namespace playerx::window {
 namespace {
@@ -247,22 +245,7 @@ TEST(LanguageTest, ALanguageWithoutTranslationIsEnglish) {
 TEST(LanguageTest, NoGermanMenuHasAMnemonicTwice) {
   const Language german{QLocale(QLocale::German)};
   ActionSet actions;
-  QMenuBar bar;
-  fillMenuBar(bar, actions);
-  const auto mnemonics = [](const QList<QAction*>& entries) {
-    QStringList letters;
-    for (const QAction* const entry : entries) {
-      const qsizetype mark = entry->text().indexOf(QLatin1Char('&'));
-      if (mark >= 0) letters << entry->text().mid(mark + 1, 1).toLower();
-    }
-    return letters;
-  };
-  EXPECT_EQ(mnemonics(bar.actions()).removeDuplicates(), 0);
-  for (QAction* const menu : bar.actions()) {
-    EXPECT_EQ(mnemonics(menu->menu()->actions()).removeDuplicates(), 0)
-        << menu->text().toStdString() << ": "
-        << mnemonics(menu->menu()->actions()).join(QString()).toStdString();
-  }
+  expectDistinctMnemonics(actions);
 }
 
 }  // namespace
