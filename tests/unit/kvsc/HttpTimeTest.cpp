@@ -28,12 +28,19 @@ class HttpTimeTest : public testing::Test {
 };
 
 TEST_F(HttpTimeTest, ADateIsRead) {
-  EXPECT_EQ(parseHttpTime("Tue, 05 Mar 2024 10:00:00 GMT"), 1709632800);
-  EXPECT_EQ(parseHttpTime("Thu, 01 Jan 1970 00:00:01 GMT"), 1);
-}
-
-TEST_F(HttpTimeTest, TheDayNeedsNoZeroInFront) {
-  EXPECT_EQ(parseHttpTime("Tue, 5 Mar 2024 10:00:00 GMT"), 1709632800);
+  const struct {
+    const char* text;
+    std::time_t time;
+    const char* what;
+  } rows[] = {
+      {"Tue, 05 Mar 2024 10:00:00 GMT", 1709632800, "any date"},
+      {"Thu, 01 Jan 1970 00:00:01 GMT", 1, "the first one"},
+      {"Tue, 5 Mar 2024 10:00:00 GMT", 1709632800, "the day needs no zero in front"},
+      {"Tue, 05 Mar 2024 10:00:00", 1709632800, "the zone may be missing"},
+      {"Sunday, 05 Mar 2024 10:00:00 GMT", 1709632800, "the weekday is not checked"},
+      {"Xyz 05 Mar 2024 10:00:00 GMT", 1709632800, "the weekday may be any word"},
+  };
+  for (const auto& row : rows) EXPECT_EQ(parseHttpTime(row.text), row.time) << row.what;
 }
 
 TEST_F(HttpTimeTest, EveryMonthIsKnown) {
@@ -57,15 +64,6 @@ TEST_F(HttpTimeTest, SummerTimeIsWhatTheZoneSaysForThatDay) {
   EXPECT_EQ(parseHttpTime("Mon, 01 Jan 2024 12:00:00 GMT"), 1704106800);
 }
 
-TEST_F(HttpTimeTest, TheZoneMayBeMissing) {
-  EXPECT_EQ(parseHttpTime("Tue, 05 Mar 2024 10:00:00"), 1709632800);
-}
-
-TEST_F(HttpTimeTest, TheWeekdayIsNotCheckedAgainstTheDate) {
-  EXPECT_EQ(parseHttpTime("Sunday, 05 Mar 2024 10:00:00 GMT"), 1709632800);
-  EXPECT_EQ(parseHttpTime("Xyz 05 Mar 2024 10:00:00 GMT"), 1709632800);
-}
-
 TEST_F(HttpTimeTest, FewerThanSevenFieldsAreNoTime) {
   for (const char* text :
        {"", "Tue,", "Tue, 05", "Tue, 05 Mar", "Tue, 05 Mar 2024", "Tue, 05 Mar 2024 10",
@@ -75,15 +73,13 @@ TEST_F(HttpTimeTest, FewerThanSevenFieldsAreNoTime) {
   }
 }
 
-TEST_F(HttpTimeTest, AnUnknownMonthIsNoTime) {
-  EXPECT_EQ(parseHttpTime("Tue, 05 March 2024 10:00:00 GMT"), 0);
-  EXPECT_EQ(parseHttpTime("Tue, 05 mar 2024 10:00:00 GMT"), 0);
-}
-
-TEST_F(HttpTimeTest, NumbersThatDoNotFitAreNoTime) {
-  EXPECT_EQ(parseHttpTime("Tue, 05 Mar 99999999999 10:00:00 GMT"), 0);
-  EXPECT_EQ(parseHttpTime("Tue, 05 Mar -2147483648 10:00:00 GMT"), 0);
-  EXPECT_EQ(parseHttpTime("Tue, 05 Mar 2024 99999999999:00:00 GMT"), 0);
+TEST_F(HttpTimeTest, AnUnknownMonthAndNumbersThatDoNotFitAreNoTime) {
+  for (const char* text :
+       {"Tue, 05 March 2024 10:00:00 GMT", "Tue, 05 mar 2024 10:00:00 GMT",
+        "Tue, 05 Mar 99999999999 10:00:00 GMT", "Tue, 05 Mar -2147483648 10:00:00 GMT",
+        "Tue, 05 Mar 2024 99999999999:00:00 GMT"}) {
+    EXPECT_EQ(parseHttpTime(text), 0) << text;
+  }
 }
 
 TEST_F(HttpTimeTest, WordsOfAnyLengthAreBounded) {
