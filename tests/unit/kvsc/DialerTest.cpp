@@ -4,6 +4,7 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
+#include <map>
 #include <memory>
 #include <thread>
 
@@ -241,28 +242,19 @@ TEST_F(DialerTest, AHangingLookupHasALimit) {
   EXPECT_EQ(waiter_.outcome(), Waiter::Outcome::kTimedOut);
 }
 
-TEST(ServicePortTest, DigitsAreTheNumber) {
-  EXPECT_EQ(servicePort("1"), 1);
-  EXPECT_EQ(servicePort("8443"), 8443);
-  EXPECT_EQ(servicePort("08443"), 8443);
-  EXPECT_EQ(servicePort("65535"), 65535);
-}
-
-TEST(ServicePortTest, TheSchemesAreServiceNames) {
-  EXPECT_EQ(servicePort("http"), 80);
-  EXPECT_EQ(servicePort("https"), 443);
-}
-
-TEST(ServicePortTest, ANumberEndsAtTheFirstOtherCharacter) {
-  EXPECT_EQ(servicePort("8443x"), 8443);
-  EXPECT_EQ(servicePort("80 "), 80);
-  EXPECT_EQ(servicePort("8.0"), 8);
-}
-
-TEST(ServicePortTest, BlanksAndAPlusMayComeFirst) {
-  EXPECT_EQ(servicePort(" 80"), 80);
-  EXPECT_EQ(servicePort("+80"), 80);
-  EXPECT_EQ(servicePort("\t +80"), 80);
+TEST(ServicePortTest, ANumberOrTheNameOfASchemeIsAPort) {
+  const struct {
+    const char* what;
+    std::map<std::string, int> ports;
+  } rows[] = {
+      {"digits", {{"1", 1}, {"8443", 8443}, {"08443", 8443}, {"65535", 65535}}},
+      {"schemes", {{"http", 80}, {"https", 443}}},
+      {"the first other character ends it", {{"8443x", 8443}, {"80 ", 80}, {"8.0", 8}}},
+      {"blanks and a plus may come first", {{" 80", 80}, {"+80", 80}, {"\t +80", 80}}},
+  };
+  for (const auto& row : rows) {
+    for (const auto& [text, port] : row.ports) EXPECT_EQ(servicePort(text), port) << row.what;
+  }
 }
 
 TEST(ServicePortTest, EverythingElseIsNoPort) {
