@@ -85,22 +85,24 @@ TEST_F(SchedulerTest, AHeldItemBehindTheFirstBlocksNothing) {
   await("A3 B7");
 }
 
-TEST_F(SchedulerTest, AnItemBelowAStoppedOneClimbsAndRequeuesIt) {
-  start("A5 B5 C1");
-  transferOf("C");
-  await("C3 A1 B5");
-}
-
-TEST_F(SchedulerTest, AnItemBelowAFailedOneClimbsAndRequeuesIt) {
-  start("A6 B1");
-  transferOf("B");
-  await("B3 A1");
-}
-
-TEST_F(SchedulerTest, AnItemBelowACompletedOneClimbsPastIt) {
-  start("A4 B1");
-  transferOf("B");
-  await("B3 A4");
+TEST_F(SchedulerTest, AnItemBelowOnesThatHaveEndedClimbsAndRequeuesTheUnfinished) {
+  const struct {
+    const char* above;
+    const char* before;
+    const char* picked;
+    const char* after;
+  } rows[] = {
+      {"stopped", "A5 B5 C1", "C", "C3 A1 B5"},
+      {"failed", "A6 B1", "B", "B3 A1"},
+      {"completed", "A4 B1", "B", "B3 A4"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.above);
+    start(row.before);
+    transferOf(row.picked);
+    await(row.after);
+    shutDown();
+  }
 }
 
 TEST_F(SchedulerTest, PickingAnnouncesTheListTwice) {
