@@ -57,57 +57,40 @@ TEST(TicketTrimming, LeavesOtherKindsOfBlanks) {
   EXPECT_EQ(Impl::stripBeginingAndEndWhiteSpace(L"\v\f\u00A0x"), L"\v\f\u00A0x");
 }
 
-/// What `parseLine` answers; key and value begin as "before".
-struct Line {
-  bool parsed;
-  std::wstring key;
-  std::wstring value;
-  bool operator==(const Line&) const = default;
-};
-
-Line parsed(const std::wstring& text) {
-  Line line{false, L"before", L"before"};
-  line.parsed = Impl::parseLine(text, line.key, line.value);
-  return line;
-}
-
-TEST(TicketLine, IsSplitAtTheFirstEqualsSign) {
-  EXPECT_EQ(parsed(L"key=value"), (Line{true, L"key", L"value"}));
-  EXPECT_EQ(parsed(L"url=x?a=b"), (Line{true, L"url", L"x?a=b"}));
-  EXPECT_EQ(parsed(L"a=="), (Line{true, L"a", L"="}));
-  EXPECT_EQ(parsed(L"=value"), (Line{true, L"", L"value"}));
-}
-
-TEST(TicketLine, IsTrimmedAroundKeyAndValue) {
-  EXPECT_EQ(parsed(L" \t key \t=\t value \t"), (Line{true, L"key", L"value"}));
-}
-
-TEST(TicketLine, StartAndEndHaveNoValue) {
-  EXPECT_EQ(parsed(L"start"), (Line{true, L"start", L""}));
-  EXPECT_EQ(parsed(L"  end\t"), (Line{true, L"end", L""}));
-}
-
-TEST(TicketLine, AValueOfMixedBlanksIsParsedAsEmpty) {
-  EXPECT_EQ(parsed(L"key=\t "), (Line{true, L"key", L""}));
-  EXPECT_EQ(parsed(L"key=\t \t "), (Line{true, L"key", L""}));
-}
-
-TEST(TicketLine, OtherWordsWithStartAreOrdinary) {
-  EXPECT_EQ(parsed(L"Start"), (Line{true, L"Start", L"Start"}));
-  EXPECT_EQ(parsed(L"END"), (Line{true, L"END", L"END"}));
-  EXPECT_EQ(parsed(L"start x"), (Line{true, L"start x", L"start x"}));
-  EXPECT_EQ(parsed(L"start=1"), (Line{true, L"start", L"1"}));
-}
-
-TEST(TicketLine, WithoutAnEqualsSignIsKeyAndValueAsWanted) {
-  EXPECT_EQ(parsed(L" title "), (Line{true, L"title", L"title"}));
-}
-
-TEST(TicketLine, ThatIsEmptyOrEndsInItsEqualsSignIsRefused) {
-  EXPECT_FALSE(parsed(L"").parsed);
-  EXPECT_FALSE(parsed(L"  \t").parsed);
-  EXPECT_FALSE(parsed(L"=").parsed);
-  EXPECT_EQ(parsed(L"key=  "), (Line{false, L"key", L"before"}));
+TEST(TicketLine, IsKeyAndValueAroundTheFirstEqualsSign) {
+  const struct {
+    const wchar_t* line;
+    bool isParsed;
+    const wchar_t* key;
+    const wchar_t* value;
+    const char* what;
+  } rows[] = {
+      {L"key=value", true, L"key", L"value", "split at the equals sign"},
+      {L"url=x?a=b", true, L"url", L"x?a=b", "a later equals sign belongs to the value"},
+      {L"a==", true, L"a", L"=", "the value may be an equals sign"},
+      {L"=value", true, L"", L"value", "the key may be empty"},
+      {L" \t key \t=\t value \t", true, L"key", L"value", "trimmed around key and value"},
+      {L"start", true, L"start", L"", "start has no value"},
+      {L"  end\t", true, L"end", L"", "end has no value"},
+      {L"key=\t ", true, L"key", L"", "a value of mixed blanks is empty"},
+      {L"key=\t \t ", true, L"key", L"", "a value of several mixed blanks is empty"},
+      {L"Start", true, L"Start", L"Start", "another word than start is ordinary"},
+      {L"END", true, L"END", L"END", "another word than end is ordinary"},
+      {L"start x", true, L"start x", L"start x", "start among other words is ordinary"},
+      {L"start=1", true, L"start", L"1", "start with a value is ordinary"},
+      {L" title ", true, L"title", L"title", "key and value without an equals sign, as wanted"},
+      {L"", false, L"", L"before", "an empty line is refused"},
+      {L"  \t", false, L"", L"before", "blanks alone are refused"},
+      {L"=", false, L"", L"before", "an equals sign alone is refused"},
+      {L"key=  ", false, L"key", L"before", "a key that ends in its equals sign is refused"},
+  };
+  for (const auto& row : rows) {
+    std::wstring key = L"before";
+    std::wstring value = L"before";
+    EXPECT_EQ(Impl::parseLine(row.line, key, value), row.isParsed) << row.what;
+    EXPECT_EQ(key, row.key) << row.what;
+    EXPECT_EQ(value, row.value) << row.what;
+  }
 }
 
 }  // namespace
