@@ -65,21 +65,30 @@ TEST_F(FailureTest, NoSuchHost) {
   EXPECT_EQ(failureOf("http://no-such-host.invalid/a.avi"), "no_such_host");
 }
 
-TEST_F(FailureTest, AServerThatDoesNotSayHowLongTheFilmIs) {
-  ScriptedServer server;
-  server.always(Script::answer("HTTP/1.0 200 OK\r\n\r\n"));
-  EXPECT_EQ(failureOf(server.url("/a.avi")), "no_length");
+TEST_F(FailureTest, AServerThatAnswersTheQuestionForTheSizeWrongly) {
+  const struct {
+    const char* what;
+    Script answer;
+    const char* code;
+  } rows[] = {
+      {"no size", Script::answer("HTTP/1.0 200 OK\r\n\r\n"), "no_length"},
+      {"an unusable size is no lack of space",
+       Script::answer("HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\n"), "bad_answer"},
+      {"it breaks off at once", Script().readRequest().reset(), "bad_answer"},
+      {"a redirect to no web address",
+       Script::answer(support::bareResponse("302 Found", "Location: file:/x.avi\r\n")),
+       "bad_redirect"},
+  };
+  for (const auto& row : rows) {
+    ScriptedServer server;
+    server.always(row.answer);
+    EXPECT_EQ(failureOf(server.url("/a.avi")), row.code) << row.what;
+  }
 }
 
 TEST_F(FailureTest, ARedirectThatGoesInCircles) {
   Nginx server({.serverSnippet = "location / { return 302 $scheme://$http_host$uri; }"});
   EXPECT_EQ(failureOf(server.url("/a.avi")), "redirect_loop");
-}
-
-TEST_F(FailureTest, AServerThatBreaksOffAtOnce) {
-  ScriptedServer server;
-  server.always(Script().readRequest().reset());
-  EXPECT_EQ(failureOf(server.url("/a.avi")), "bad_answer");
 }
 
 TEST_F(FailureTest, AMediaFolderThatCannotBeMade) {
@@ -148,12 +157,6 @@ TEST_F(FailureTest, AFolderThatIsNotNamedInUtf8IsSaid) {
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
-TEST_F(FailureTest, AnUnusableSizeIsNoLackOfSpace) {
-  ScriptedServer server;
-  server.always(Script::answer("HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\n"));
-  EXPECT_EQ(failureOf(server.url("/a.avi")), "bad_answer");
-}
-
 TEST_F(FailureTest, AFilmOfAnotherLengthThanAnnouncedIsSaidWithItsOutcome) {
   for (const int announced : {1000, 8000}) {
     ScriptedServer server;
@@ -170,12 +173,6 @@ TEST_F(FailureTest, AFilmOfAnotherLengthThanAnnouncedIsSaidWithItsOutcome) {
     EXPECT_THAT(result.events("finished").at(0).value("oddity", ""),
                 HasSubstr("5.0 kB although its server had announced"));
   }
-}
-
-TEST_F(FailureTest, ARedirectToNoWebAddressIsNamed) {
-  ScriptedServer server;
-  server.always(Script::answer(support::bareResponse("302 Found", "Location: file:/x.avi\r\n")));
-  EXPECT_EQ(failureOf(server.url("/a.avi")), "bad_redirect");
 }
 
 /// The media folder is a small file system of its own while the player runs.
