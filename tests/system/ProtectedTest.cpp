@@ -55,35 +55,37 @@ TEST_F(ProtectedTest, AFilmThatIsRemovedTakesItsRightsAlong) {
   EXPECT_THAT(home.films(), ElementsAre("film.vesk", "film.vesk.rights"));
 }
 
-TEST_F(ProtectedTest, ARefusalIsNamedInTheServicesWords) {
-  server.misbehave("error-5000");
+/// How the services refuse a film, and what is said of it.
+struct Refusal {
+  const char* name;
+  const char* misbehaviour;
+  const char* code;
+  testing::Matcher<const std::string&> sentence;
+};
+
+std::ostream& operator<<(std::ostream& out, const Refusal& row) { return out << row.name; }
+
+class RefusalTest : public ProtectedTest, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(RefusalTest, IsNamed) {
+  server.misbehave(GetParam().misbehaviour);
   const PlayerResult result = home.run({"get", server.ticket()});
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.failureCode(), "services");
-  EXPECT_THAT(result.output, HasSubstr("The film was withdrawn by its provider."));
+  EXPECT_EQ(result.failureCode(), GetParam().code);
+  EXPECT_THAT(result.output, GetParam().sentence);
 }
 
-TEST_F(ProtectedTest, AnyOtherErrorIsShownAsARefusal) {
-  server.misbehave("error-7");
-  const PlayerResult result = home.run({"get", server.ticket()});
-  EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.failureCode(), "not_authorized");
-  EXPECT_THAT(result.output, HasSubstr("error 7: This account may not download."));
-}
-
-TEST_F(ProtectedTest, AnswersThatMakeNoSenseAreRefusals) {
-  server.misbehave("malformed");
-  const PlayerResult result = home.run({"get", server.ticket()});
-  EXPECT_EQ(result.failureCode(), "not_authorized");
-  EXPECT_THAT(result.output, Not(HasSubstr("error -2")));
-}
-
-TEST_F(ProtectedTest, ServicesThatAreNotReadyFailTheDownload) {
-  server.misbehave("not-ready");
-  const PlayerResult result = home.run({"get", server.ticket()});
-  EXPECT_EQ(result.failureCode(), "services_unavailable");
-  EXPECT_THAT(result.output, HasSubstr("The online services are not ready; try again later."));
-}
+INSTANTIATE_TEST_SUITE_P(
+    Of, RefusalTest,
+    testing::Values(Refusal{"AWithdrawnFilmInTheServicesWords", "error-5000", "services",
+                            HasSubstr("The film was withdrawn by its provider.")},
+                    Refusal{"AnyOtherError", "error-7", "not_authorized",
+                            HasSubstr("error 7: This account may not download.")},
+                    Refusal{"AnAnswerThatMakesNoSense", "malformed", "not_authorized",
+                            Not(HasSubstr("error -2"))},
+                    Refusal{"ServicesThatAreNotReady", "not-ready", "services_unavailable",
+                            HasSubstr("The online services are not ready; try again later.")}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(ProtectedTest, TheSlotQuestionIsDeclinedWithoutATerminal) {
   server.misbehave("error-32054");
