@@ -42,6 +42,13 @@ std::string whatIsNotDone(const std::filesystem::path& film, const Request& requ
   return hasOtherName ? "; --again fetches it under the other name." : "";
 }
 
+/// What becomes of an unfinished film that the queue holds already, as the end of a sentence.
+const char* howItGoesOn(bool hasFailed, bool starts) {
+  if (hasFailed && starts) return " had failed; trying it again.";
+  if (hasFailed) return " had failed; it is queued again.";
+  return starts ? " is in the queue already; going on with it." : " is in the queue already.";
+}
+
 /// libcurl would let others read it.
 void makeCookieFile(const std::string& path) {
   if (path.empty()) return;
@@ -66,19 +73,22 @@ Reply FilmAdder::add(const Request& request) {
   }
   if (staysPaused) session_.manager().pause();
   if (request.starts && session_.manager().isPaused()) session_.manager().resume();
-  if (request.inputs.empty()) {
-    watch_.update();
-    reply.items = watch_.queue();
-    std::erase_if(reply.items,
-                  [](const ItemState& item) { return !model::isUnfinished(item.status); });
-    for (const ItemState& item : reply.items) reply.known.insert(item.id);
-  }
+  if (request.inputs.empty()) goOnWithQueue(reply);
   for (const ItemState& item : reply.items) {
     if (request.plays) watch_.playWhenReady(item.id);
   }
   if (isMoreCarried) reply.notes.push_back(kAskedWithout);
   if (!reply.refused.empty()) reply.outcome = Reply::Outcome::kWrongUse;
   return reply;
+}
+
+/// A request without inputs is for all films that are not complete.
+void FilmAdder::goOnWithQueue(Reply& reply) {
+  watch_.update();
+  reply.items = watch_.queue();
+  std::erase_if(reply.items,
+                [](const ItemState& item) { return !model::isUnfinished(item.status); });
+  for (const ItemState& item : reply.items) reply.known.insert(item.id);
 }
 
 FilmAdder::Input FilmAdder::readInput(const std::string& text, const FilmOptions& options) {
@@ -96,9 +106,8 @@ void FilmAdder::addInput(const Input& input, const Request& request, Reply& repl
     reply.refused.push_back({input.text, reasons::explain(reasons::Reason::kUserNotText)});
     return;
   }
-  const bool hasOptions = input.options != FilmOptions{};
   if (request.again && isComplete(input.text)) session_.forgetFilmOptions(input.text);
-  if (hasOptions && !input.isTicket) session_.addFilmOptions(input.text, input.options);
+  if (input.hasOptions() && !input.isTicket) session_.addFilmOptions(input.text, input.options);
   bool hasTwins = false;
   const bool isThere = input.isTicket ? goOnWithTicket(input, request, reply, hasTwins)
                                       : goOnWith(input, request, reply);
@@ -118,7 +127,7 @@ bool FilmAdder::goOnWithTicket(const Input& input, const Request& request, Reply
   hasTwins = known > 0 || different.size() < films.size();
   if (films.empty() || known < std::ssize(films)) return false;
   for (const std::string& film : films) {
-    if (input.options != FilmOptions{}) session_.addFilmOptions(film, input.options);
+    if (input.hasOptions()) session_.addFilmOptions(film, input.options);
     goOnWith({film, input.options}, request, reply);
   }
   return true;
@@ -151,26 +160,26 @@ bool FilmAdder::goOnWith(const Input& input, const Request& request, Reply& repl
   if (known->status == DownloadStatusCompleted) {
     return goOnWithComplete(*known, input, request, reply);
   }
-  if (!request.name.empty()) nameFilm(known->id, request.name);
-  if (known->status == DownloadStatusFailed) {
-    watch_.queueAgain(known->id);
-    reply.notes.push_back(input.text + (request.starts ? " had failed; trying it again."
-                                                       : " had failed; it is queued again."));
-  } else {
+  goOnWithUnfinished(*known, input, request, reply);
+  return true;
+}
+
+void FilmAdder::goOnWithUnfinished(const ItemState& film, const Input& input,
+                                   const Request& request, Reply& reply) {
+  if (!request.name.empty()) nameFilm(film.id, request.name);
+  const bool hasFailed = film.status == DownloadStatusFailed;
+  if (hasFailed) {
+    watch_.queueAgain(film.id);
+  } else if (film.status == DownloadStatusStopped || session_.view().isKeptStopped(film.id)) {
     // The manager has a paused item say "queued" for the moment in which another goes before it.
-    const bool isPaused =
-        known->status == DownloadStatusStopped || session_.view().isKeptStopped(known->id);
-    if (isPaused) letGoOn_(known->id);
-    reply.notes.push_back(input.text + (request.starts
-                                            ? " is in the queue already; going on with it."
-                                            : " is in the queue already."));
+    letGoOn_(film.id);
   }
+  reply.notes.push_back(input.text + howItGoesOn(hasFailed, request.starts));
   watch_.update();
   if (const auto now = findKnownFilm(watch_.queue(), input.text)) {
     reply.items.push_back(*now);
     reply.known.insert(now->id);
   }
-  return true;
 }
 
 bool FilmAdder::goOnWithComplete(const ItemState& film, const Input& input, const Request& request,
@@ -191,29 +200,40 @@ bool FilmAdder::goOnWithComplete(const ItemState& film, const Input& input, cons
 
 void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply, bool hasTwins) {
   // The addresses of a ticket are known once its films are in the queue.
-  const bool getsOptions = input.isTicket && input.options != FilmOptions{};
+  const bool getsOptions = input.isTicket && input.hasOptions();
   const bool mayBeThere = !input.isTicket && !request.again && session_.isStarted();
   if (mayBeThere) session_.takeFilmBack(input.text);
   whilePaused(getsOptions || hasTwins, [&] {
     const std::vector<ItemState> before = hasTwins ? watch_.queue() : std::vector<ItemState>();
-    const auto refusal = inputs::addInput(input.text, session_.manager(),
-                                          [this] { return session_.takeMessages(); });
-    const std::string shown = input.isTicket ? input.text : withoutCredentials(input.text);
-    if (refusal) reply.refused.push_back({shown, *refusal});
+    handOver(input, reply);
     const std::vector<std::string> twins =
         hasTwins ? removeTwins(before) : std::vector<std::string>();
-    const std::vector<unsigned int> added = watch_.update();
-    auto next = added.begin();
-    for (const ItemState& item : watch_.queue()) {
-      if (next == added.end()) break;
-      if (item.id != *next) continue;
-      ++next;
-      if (getsOptions && !item.url.empty()) session_.addFilmOptions(item.url, input.options);
-      if (!request.name.empty()) nameFilm(item.id, request.name);
-      reply.items.push_back(item);
-    }
+    noteAdded(input, request, reply);
     for (const std::string& address : twins) goOnWith({address, input.options}, request, reply);
   });
+}
+
+/// Gives the input to the manager.
+void FilmAdder::handOver(const Input& input, Reply& reply) {
+  const auto refusal =
+      inputs::addInput(input.text, session_.manager(), [this] { return session_.takeMessages(); });
+  const std::string shown = input.isTicket ? input.text : withoutCredentials(input.text);
+  if (refusal) reply.refused.push_back({shown, *refusal});
+}
+
+/// Gives the films that have come into the queue their names and options, and lists them.
+void FilmAdder::noteAdded(const Input& input, const Request& request, Reply& reply) {
+  const bool getsOptions = input.isTicket && input.hasOptions();
+  const std::vector<unsigned int> added = watch_.update();
+  auto next = added.begin();
+  for (const ItemState& item : watch_.queue()) {
+    if (next == added.end()) break;
+    if (item.id != *next) continue;
+    ++next;
+    if (getsOptions && !item.url.empty()) session_.addFilmOptions(item.url, input.options);
+    if (!request.name.empty()) nameFilm(item.id, request.name);
+    reply.items.push_back(item);
+  }
 }
 
 /// Takes the films out again that a ticket has brought although the queue held them `before`, whose

@@ -29,15 +29,22 @@ class FilmAdder {
     std::string text;
     FilmOptions options;
     bool isTicket = false;
+
+    bool hasOptions() const { return options != FilmOptions{}; }
   };
   static Input readInput(const std::string& text, const FilmOptions& options);
 
+  void goOnWithQueue(Reply& reply);
   void addInput(const Input& input, const Request& request, Reply& reply);
   bool goOnWithTicket(const Input& input, const Request& request, Reply& reply, bool& hasTwins);
   bool goOnWith(const Input& input, const Request& request, Reply& reply);
   bool goOnWithComplete(const model::ItemState& film, const Input& input, const Request& request,
                         Reply& reply);
+  void goOnWithUnfinished(const model::ItemState& film, const Input& input, const Request& request,
+                          Reply& reply);
   void addAnew(const Input& input, const Request& request, Reply& reply, bool hasTwins);
+  void handOver(const Input& input, Reply& reply);
+  void noteAdded(const Input& input, const Request& request, Reply& reply);
   bool isToAdd(const std::string& address);
   bool isComplete(const std::string& address) const;
   std::vector<std::string> removeTwins(const std::vector<model::ItemState>& before);
