@@ -10,11 +10,15 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <algorithm>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 
 #include "playerx/window/desktop/BusDesktop.h"
 #include "tests/support/Process.h"
+#include "tests/support/WaitFor.h"
 
 namespace playerx::window {
 namespace {
@@ -22,22 +26,41 @@ namespace {
 /// Far above what it takes, half of the five seconds after which a call gives up by itself.
 constexpr qint64 kHangMs = 2'500;
 
-/// A bus that lets everyone connect and never answers.
+/// Whether the thread of a desktop is running in this process.
+bool isDesktopRunning() {
+  const std::filesystem::directory_iterator threads("/proc/self/task");
+  return std::any_of(begin(threads), end(threads), [](const auto& thread) {
+    std::string name;
+    std::getline(std::ifstream(thread.path() / "comm"), name);
+    return name == "desktop";
+  });
+}
+
+/// A bus that lets a client connect and never answers.
 class SilentBus {
  public:
   SilentBus() { EXPECT_TRUE(server_.listen(folder_.filePath(QStringLiteral("bus")))); }
+
+  /// Lets a desktop that was left behind end, so that it does not meet that of the next test.
+  ~SilentBus() {
+    server_.close();
+    client_.reset();
+    EXPECT_TRUE(support::waitFor([] { return !isDesktopRunning(); }));
+  }
 
   QString address() const { return QStringLiteral("unix:path=") + server_.fullServerName(); }
 
   /// Waits until a client that has connected waits for the answer to its first bytes.
   bool waitForBytes() {
     if (!server_.waitForNewConnection(10'000)) return false;
-    return server_.nextPendingConnection()->waitForReadyRead(10'000);
+    client_.reset(server_.nextPendingConnection());
+    return client_->waitForReadyRead(10'000);
   }
 
  private:
   const QTemporaryDir folder_;
   QLocalServer server_;
+  std::unique_ptr<QLocalSocket> client_;
 };
 
 /// What a taskbar on a bus is told about the player's icon.
@@ -197,6 +220,7 @@ TEST(BusDesktopWithoutBusTest, WaitsOnlyAMomentForABusThatHangs) {
     desktop.keepAwake(true);
     EXPECT_LT(clock.elapsed(), kHangMs);
     ASSERT_TRUE(bus.waitForBytes());
+    EXPECT_TRUE(isDesktopRunning());
     clock.restart();
   }
   EXPECT_GE(clock.elapsed(), 400);
