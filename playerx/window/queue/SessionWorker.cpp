@@ -107,16 +107,22 @@ void SessionWorker::tryToOpen() {
   using Where = door::OpenedQueue::Where;
   door::OpenedQueue opened =
       door::openQueue(*session_, session::PlayerSession::Access::kChange, kLongestOpening, rest);
-  switch (opened.where) {
-    case Where::kHere:
-      return openHere();
-    case Where::kThere:
-      return openThere(std::move(opened.client));
-    case Where::kNowhere:
-      if (isEnding()) return;
-      Q_EMIT lost(queueSentence(opened.problem));
-      if (session_->isTaken()) retry_.start(kRetryMs);
+  if (opened.where == Where::kNowhere) {
+    if (isEnding()) return;
+    Q_EMIT lost(queueSentence(opened.problem));
+    if (session_->isTaken()) retry_.start(kRetryMs);
+    return;
   }
+  beginBook();
+  if (opened.where == Where::kHere) {
+    openHere();
+  } else {
+    end_ = std::make_unique<OtherQueue>(std::move(opened.client),
+                                        [this](const QueueEvent& event) { take(event); });
+  }
+  look();
+  clock_.start();
+  adder_.addWaiting();
 }
 
 void SessionWorker::openHere() {
@@ -125,19 +131,10 @@ void SessionWorker::openHere() {
   links.wakeServer = [this] { answerSoon(); };
   links.listener = [this](const QueueEvent& event) { take(event); };
   links.show = [this](const std::vector<std::string>& inputs) { Q_EMIT shown(inputsOf(inputs)); };
-  beginBook();
   auto own = std::make_unique<OwnQueue>(*session_, std::move(links), staysPaused_);
   own_ = own.get();
   end_ = std::move(own);
   ask({.action = Action::kLimit, .rateLimit = storedPreferences().speedLimit});
-  begin();
-}
-
-void SessionWorker::openThere(std::unique_ptr<door::QueueClient> client) {
-  beginBook();
-  end_ = std::make_unique<OtherQueue>(std::move(client),
-                                      [this](const QueueEvent& event) { take(event); });
-  begin();
 }
 
 /// Another process numbers the same films from 1 again; what is still on its way to the old queue
@@ -147,12 +144,6 @@ void SessionWorker::beginBook() {
                                          const ItemState& item) { return reasons.find(item); },
                                      book_ ? book_->lastId() : 0);
   playWishes_.clear();
-}
-
-void SessionWorker::begin() {
-  look();
-  clock_.start();
-  adder_.addWaiting();
 }
 
 void SessionWorker::readTicket(const QString& path) {

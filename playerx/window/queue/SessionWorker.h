@@ -8,7 +8,6 @@
 #include <memory>
 #include <optional>
 
-#include "playerx/app/door/QueueClient.h"
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/window/queue/FilmBook.h"
 #include "playerx/window/queue/FilmRequests.h"
@@ -73,9 +72,7 @@ class SessionWorker : public QObject {
  private:
   void tryToOpen();
   void openHere();
-  void openThere(std::unique_ptr<door::QueueClient> client);
   void beginBook();
-  void begin();
   session::Reply ask(const session::Request& request);
   std::optional<session::Reply> askReached(const session::Request& request);
   void take(const session::QueueEvent& event);
