@@ -31,6 +31,10 @@ QueueWatch::QueueWatch(PlayerSession& session, std::function<void()> wake, reaso
       reasons_(session.places().data),
       tracker_(session.reader(), [this](const ItemState& item) { return isArriving(item); }) {}
 
+QueueWatch::~QueueWatch() {
+  if (hasNewReasons_) reasons_.save(queue());
+}
+
 bool QueueWatch::isArriving(const ItemState& item) const {
   const std::optional<TransferReport> transfer = session_.findTransfer(item.url);
   return transfer && transfer->phase <= TransferPhase::kPlacing && !session_.manager().isPaused();
@@ -40,10 +44,12 @@ std::vector<unsigned int> QueueWatch::update() {
   tellMessages();
   std::vector<unsigned int> added = tellChanges();
   tellReasons();
+  saveReasons();
   return added;
 }
 
 void QueueWatch::measure() {
+  saveReasons();
   const ItemState* const asked = askedItem();
   if (asked == nullptr) asked_ = 0;
   for (const ItemState& item : queue()) {
@@ -116,7 +122,7 @@ std::vector<unsigned int> QueueWatch::tellChanges() {
 void QueueWatch::tellRemoved(const ItemState& item) {
   meters_.erase(item.id);
   toPlay_.erase(item.id);
-  if (item.status == DownloadStatusFailed) reasons_.save(queue());
+  hasNewReasons_ |= item.status == DownloadStatusFailed;
   listener_({Kind::kRemoved, item});
 }
 
@@ -126,13 +132,24 @@ void QueueWatch::tellReasons() {
   for (const reasons::ExplainedFailure& answer : answers) {
     reasons_.note(answer.item, answer.explanation);
   }
-  reasons_.save(queue());
+  hasNewReasons_ = true;
   for (const reasons::ExplainedFailure& answer : answers) {
     // Nothing is left of a film that was deleted for its checksum.
     const bool isGone = answer.explanation.reason == reasons::reasonOf(TransferFailure::kChecksum);
     if (isGone) session_.manager().updateDownloadProgress(answer.item.id, 0);
     listener_({Kind::kFailed, answer.item, {}, "", answer.explanation});
   }
+}
+
+/// A long file is not written for each of many failures: that would take longer than they do.
+void QueueWatch::saveReasons() {
+  constexpr int kPauses = 9;  // as long as the last save
+  const auto now = std::chrono::steady_clock::now();
+  if (!hasNewReasons_ || (now < nextSave_ && !isIdle())) return;
+  hasNewReasons_ = false;
+  reasons_.save(queue());
+  const auto end = std::chrono::steady_clock::now();
+  nextSave_ = end + kPauses * (end - now);
 }
 
 void QueueWatch::tell(const QueueChange& change) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <optional>
@@ -27,6 +28,9 @@ class QueueWatch {
   /// `wake` is called on any thread when an update is due, and must not wait.
   QueueWatch(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
              Listener listener);
+  QueueWatch(const QueueWatch&) = delete;
+  QueueWatch& operator=(const QueueWatch&) = delete;
+  ~QueueWatch();
 
   /// Tells what is new. To be called when the session or the watch wakes its face. Returns the ids
   /// of the items that are seen for the first time, in the queue's order.
@@ -64,6 +68,7 @@ class QueueWatch {
   std::vector<unsigned int> tellChanges();
   void tellRemoved(const model::ItemState& item);
   void tellReasons();
+  void saveReasons();
   void tell(const model::QueueChange& change);
   std::optional<model::Progress> measure(const model::ItemState& item);
   const model::ItemState* askedItem() const;
@@ -75,6 +80,8 @@ class QueueWatch {
   const Listener listener_;
   reasons::FailureExplainer explainer_;
   reasons::ReasonFile reasons_;
+  bool hasNewReasons_ = false;  // which the file does not hold yet
+  std::chrono::steady_clock::time_point nextSave_{};
 
   model::QueueTracker tracker_;
   std::map<unsigned int, model::ProgressMeter> meters_;
