@@ -19,6 +19,7 @@ using support::Process;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::SizeIs;
 
 constexpr std::uint64_t kSlowFilmSize = 8'000'000;
 
@@ -179,9 +180,10 @@ TEST_F(WindowTest, GoesOnWithTheQueueWhenTheCommandThatHadItEnds) {
   EXPECT_TRUE(isThere("b.avi")) << window->errors();
 }
 
-TEST_F(WindowTest, ALongListOfAddressesKeepsNobodyWaiting) {
+TEST_F(WindowTest, ALongListOfAddressesKeepsNobodyWaitingAndIsNotLost) {
+  constexpr std::size_t kAddresses = 1500;
   std::vector<std::string> inputs;
-  for (int i = 0; i < 5000; ++i) {
+  for (std::size_t i = 0; i < kAddresses; ++i) {
     inputs.push_back("http://127.0.0.1:1/" + std::to_string(i) + ".avi");
   }
   const auto window = startWindow(inputs);
@@ -189,10 +191,7 @@ TEST_F(WindowTest, ALongListOfAddressesKeepsNobodyWaiting) {
   EXPECT_EQ(home.run({"add", "http://127.0.0.1:1/between.avi"}).status, 0);
   window->send(SIGTERM);
   EXPECT_EQ(window->wait(), 0) << window->errors();
-  const auto added = static_cast<int>(home.queue().size()) - 1;
-  EXPECT_LT(added, 5000) << "the end came in between";
-  EXPECT_THAT(window->errors(),
-              HasSubstr(std::to_string(5000 - added) + " of the inputs were not added."));
+  EXPECT_THAT(home.queue(), SizeIs(kAddresses + 1));
 }
 
 TEST_F(WindowTest, WhatHasArrivedIsKeptWhenItEnds) {

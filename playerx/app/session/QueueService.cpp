@@ -255,7 +255,7 @@ Reply QueueService::retryAll() {
 
 Reply QueueService::move(const ItemState& item, Direction direction) {
   if (item.status == DownloadStatusFailed) {
-    return failed("A failed item cannot be moved; `retry` queues it again.");
+    return failed("A failed item cannot be moved before it is tried again.");
   }
   VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
   const std::ptrdiff_t before = placeOf(item.id);

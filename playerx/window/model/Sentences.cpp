@@ -81,6 +81,7 @@ constexpr const char* kForms[] = {
     QT_TRANSLATE_NOOP("Sentence", "stopped"),
     QT_TRANSLATE_NOOP("Sentence", "failed"),
     QT_TRANSLATE_NOOP("Sentence", "held"),
+    QT_TRANSLATE_NOOP("Sentence", "A failed item cannot be moved before it is tried again."),
     QT_TRANSLATE_NOOP("Sentence", "The item cannot move any further."),
     QT_TRANSLATE_NOOP("Sentence", "The item cannot move that far."),
     QT_TRANSLATE_NOOP("Sentence", "The request was not understood."),

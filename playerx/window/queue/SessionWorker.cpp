@@ -86,9 +86,10 @@ SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& s
 
 SessionWorker::~SessionWorker() {
   slotDesk_.close();
+  const bool wasHere = session_->isStarted();
+  if (wasHere) session_->manager().pause();
   adder_.addRest();
   own_ = nullptr;
-  const bool wasHere = session_->isStarted();
   end_.reset();
   const std::string problem = wasHere ? session_->saveAgain() : "";
   if (!problem.empty()) std::cerr << "playerx: " << problem << std::endl;

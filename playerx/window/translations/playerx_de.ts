@@ -191,6 +191,10 @@
         <translation>zurückgehalten</translation>
     </message>
     <message>
+        <source>A failed item cannot be moved before it is tried again.</source>
+        <translation>Ein gescheiterter Eintrag kann erst verschoben werden, wenn er noch einmal versucht wird.</translation>
+    </message>
+    <message>
         <source>The item cannot move any further.</source>
         <translation>Der Film lässt sich nicht weiter verschieben.</translation>
     </message>

@@ -120,7 +120,7 @@ TEST_F(QueueServiceTest, AFailedItemIsNotMoved) {
   fake_.module.put("http://h/a.avi");
   fake_.module.put("http://h/b.avi", DownloadStatusFailed);
   EXPECT_THAT(ask(Action::kMove, 2, Direction::kTop).notes,
-              ElementsAre("A failed item cannot be moved; `retry` queues it again."));
+              ElementsAre("A failed item cannot be moved before it is tried again."));
   EXPECT_THAT(log_.lines(), testing::IsEmpty());
 }
 
