@@ -1,25 +1,8 @@
 #include "playerx/app/session/Messages.h"
 
+#include "playerx/framework/OwnPlugin.h"
+
 namespace playerx::session {
-
-namespace {
-
-class MessagesPlugin : public KPIM::Plugin {
- public:
-  MessagesPlugin(KPIM::Context* context, UserMessages& messages)
-      : KPIM::Plugin(context), messages_(messages) {}
-
-  KPIM::VESK_RESULT kpimGetInterface(std::string id, void** out) override {
-    if (id != kUserMessagesId) return KPIM::kUnknownInterface;
-    *out = &messages_;
-    return KPIM::kSuccess;
-  }
-
- private:
-  UserMessages& messages_;
-};
-
-}  // namespace
 
 void Messages::tellUser(const std::string& sentence) {
   {
@@ -35,11 +18,8 @@ std::vector<std::string> Messages::take() {
 }
 
 void Messages::offerTo(PluginContext& context) {
-  context.add({"com.vesk.playerX.plugin.Messages", "1.0", {kUserMessagesId}},
-              [this](KPIM::Context* owner, void** out) {
-                *out = static_cast<KPIM::Plugin*>(new MessagesPlugin(owner, *this));
-                return KPIM::kSuccess;
-              });
+  offerOwn<UserMessages>(context, {"com.vesk.playerX.plugin.Messages", "1.0", {kUserMessagesId}},
+                         *this);
 }
 
 }  // namespace playerx::session

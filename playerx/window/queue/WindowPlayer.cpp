@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "VeskPlayerX/InterfaceIds.h"
-#include "playerx/framework/PluginContext.h"
+#include "playerx/framework/OwnPlugin.h"
 
 namespace playerx::window {
 
@@ -12,32 +12,14 @@ namespace {
 /// Above that of the plug-in that plays with a program of the user's.
 constexpr char kVersion[] = "2.0";
 
-class PlayerFace : public KPIM::Plugin {
- public:
-  PlayerFace(KPIM::Context* context, VeskPlayerX::PlayerInterface& player)
-      : KPIM::Plugin(context), player_(player) {}
-
-  KPIM::VESK_RESULT kpimGetInterface(std::string id, void** out) override {
-    if (id != VeskPlayerX::DIN_Player) return KPIM::kUnknownInterface;
-    *out = &player_;
-    return KPIM::kSuccess;
-  }
-
- private:
-  VeskPlayerX::PlayerInterface& player_;
-};
-
 }  // namespace
 
 WindowPlayer::WindowPlayer(std::function<void(const QString& location)> open)
     : open_(std::move(open)) {}
 
 void WindowPlayer::offerTo(PluginContext& context) {
-  context.add({VeskPlayerX::kPlayerPluginId, kVersion, {VeskPlayerX::DIN_Player}},
-              [this](KPIM::Context* owner, void** out) {
-                *out = static_cast<KPIM::Plugin*>(new PlayerFace(owner, *this));
-                return KPIM::kSuccess;
-              });
+  offerOwn<VeskPlayerX::PlayerInterface>(
+      context, {VeskPlayerX::kPlayerPluginId, kVersion, {VeskPlayerX::DIN_Player}}, *this);
 }
 
 }  // namespace playerx::window
