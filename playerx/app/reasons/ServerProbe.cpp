@@ -10,6 +10,7 @@
 
 #include "playerx/app/reasons/Proxy.h"
 #include "playerx/app/reasons/TransferReason.h"
+#include "playerx/settings/CurlPerform.h"
 #include "playerx/settings/CurlTrust.h"
 
 namespace playerx::reasons {
@@ -22,10 +23,6 @@ constexpr long kMaxRedirects = 10;
 
 using CurlHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
 
-int breakOff(void* stop, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
-  return static_cast<std::stop_token*>(stop)->stop_requested() ? 1 : 0;
-}
-
 void setUp(CURL* curl, const std::string& url, const TrustedAuthorities& authorities) {
   curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
   curl_easy_setopt(curl, CURLOPT_NOBODY, 1L);
@@ -37,12 +34,6 @@ void setUp(CURL* curl, const std::string& url, const TrustedAuthorities& authori
   curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, kConnectSeconds);
   curl_easy_setopt(curl, CURLOPT_TIMEOUT, kWholeSeconds);
   applyTrust(curl, authorities);
-}
-
-void setStop(CURL* curl, std::stop_token& stop) {
-  curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
-  curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, breakOff);
-  curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &stop);
 }
 
 std::string textOf(CURL* curl, CURLINFO info) {
@@ -78,13 +69,13 @@ ProbeResult probeServer(const std::string& address, const TrustedAuthorities& au
   }
   std::array<char, CURL_ERROR_SIZE> words{};
   setUp(curl.get(), address, authorities);
-  setStop(curl.get(), stop);
   curl_easy_setopt(curl.get(), CURLOPT_ERRORBUFFER, words.data());
   Sender sender{curl.get(), result.last};
   curl_easy_setopt(curl.get(), CURLOPT_HEADERFUNCTION, noteSender);
   curl_easy_setopt(curl.get(), CURLOPT_HEADERDATA, &sender);
 
-  result.end = curlEndOf(curl.get(), curl_easy_perform(curl.get()));
+  const auto isGivenUp = [&stop] { return stop.stop_requested(); };
+  result.end = curlEndOf(curl.get(), performUnless(isGivenUp, curl.get()));
   result.words = wordsOf(result.end.code, words.data());
   curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &result.status);
   curl_off_t length = -1;

@@ -1,0 +1,38 @@
+#include "playerx/settings/CurlPerform.h"
+
+#include <memory>
+
+namespace playerx {
+
+namespace {
+
+constexpr int kLookMs = 100;
+
+using CurlMulti = std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)>;
+
+/// How the only request ended.
+CURLcode endOf(CURLM* multi) {
+  int left = 0;
+  const CURLMsg* const message = curl_multi_info_read(multi, &left);
+  return message == nullptr ? CURLE_ABORTED_BY_CALLBACK : message->data.result;
+}
+
+}  // namespace
+
+CURLcode performUnless(const IsGivenUp& isGivenUp, CURL* curl) {
+  const CurlMulti multi(curl_multi_init(), curl_multi_cleanup);
+  if (multi == nullptr) return CURLE_OUT_OF_MEMORY;
+  // A name that is being looked up is not waited for.
+  curl_easy_setopt(curl, CURLOPT_QUICK_EXIT, 1L);
+  curl_multi_add_handle(multi.get(), curl);
+  int running = 1;
+  while (!isGivenUp || !isGivenUp()) {
+    if (curl_multi_perform(multi.get(), &running) != CURLM_OK || running == 0) break;
+    curl_multi_poll(multi.get(), nullptr, 0, kLookMs, nullptr);
+  }
+  const CURLcode code = endOf(multi.get());
+  curl_multi_remove_handle(multi.get(), curl);
+  return code;
+}
+
+}  // namespace playerx
