@@ -80,6 +80,7 @@ std::optional<int> GetCommand::addInputs() {
     if (wakeUp_.takeInterrupt()) return std::nullopt;
     if (!addOne(input)) ++refused;
   }
+  if (wakeUp_.takeInterrupt()) return std::nullopt;
   return refused;
 }
 

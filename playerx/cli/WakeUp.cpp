@@ -101,6 +101,11 @@ WakeReason WakeUp::rest(std::chrono::milliseconds time) {
   return takeInterrupt() ? WakeReason::kInterrupt : WakeReason::kTimeout;
 }
 
+bool WakeUp::isInterrupted() const {
+  pollfd watched{signal_.get(), POLLIN, 0};
+  return poll(&watched, 1, 0) > 0;
+}
+
 bool WakeUp::takeInterrupt() {
   signalfd_siginfo signal;
   return read(signal_.get(), &signal, sizeof signal) == sizeof signal;

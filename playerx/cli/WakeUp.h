@@ -50,6 +50,9 @@ class WakeUp {
   /// before an event. A descriptor (-1: none) that can be read is an event too. Main thread only.
   WakeReason wait(std::chrono::milliseconds timeout, int descriptor = -1);
 
+  /// Whether an interrupt has come that was not taken yet. Any thread.
+  bool isInterrupted() const;
+
   /// Whether an interrupt has come; each is told once. Main thread only.
   bool takeInterrupt();
 

@@ -89,7 +89,8 @@ int run(const Options& options, bool hasHome) {
     reporter->note(problem);
     return kExitUsage;
   }
-  PlayerSession session(options.session, {[&wakeUp] { wakeUp.raise(); }, askForSlot});
+  PlayerSession session(options.session, {[&wakeUp] { wakeUp.raise(); }, askForSlot,
+                                          [&wakeUp] { return wakeUp.isInterrupted(); }});
   const int status = options.command == Options::kExplain
                          ? runExplain(options, session, *reporter, output.stream())
                          : runOnQueue(options, session, *reporter, wakeUp);

@@ -14,14 +14,16 @@ constexpr std::chrono::milliseconds kLongestPause(60'000);
 
 }  // namespace
 
-ConfirmationSender::ConfirmationSender(Send send, std::chrono::milliseconds firstPause)
-    : send_(std::move(send)), firstPause_(firstPause) {}
+ConfirmationSender::ConfirmationSender(Send send, std::chrono::milliseconds firstPause,
+                                       std::chrono::milliseconds lastChance)
+    : send_(std::move(send)), firstPause_(firstPause), lastChance_(lastChance) {}
 
 ConfirmationSender::~ConfirmationSender() {
   std::thread ending;
   {
     const GuardLock lock(mutex_);
     isEnding_ = true;
+    end_ = Condition::Clock::now() + lastChance_;
     ending.swap(thread_);
   }
   wake_.notifyAll();
@@ -54,7 +56,7 @@ void ConfirmationSender::run() {
   std::chrono::milliseconds pause = firstPause_;
   Try next;
   while (waitForRequest(next)) {
-    if (send_(next.request)) {
+    if (send_(next.request, [this] { return isChanceOver(); })) {
       const GuardLock lock(mutex_);
       requests_.pop_front();
       pause = firstPause_;
@@ -73,6 +75,11 @@ bool ConfirmationSender::waitForRequest(Try& next) {
   if (requests_.empty()) return false;
   next = {requests_.front(), isEnding_};
   return true;
+}
+
+bool ConfirmationSender::isChanceOver() {
+  const GuardLock lock(mutex_);
+  return isEnding_ && Condition::Clock::now() >= end_;
 }
 
 void ConfirmationSender::pauseFor(std::chrono::milliseconds pause) {

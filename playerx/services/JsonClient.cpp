@@ -56,6 +56,9 @@ std::string problemOf(CURL* curl, CURLcode code, long status) {
   if (code == CURLE_OK) {
     return "The online services answered with status " + std::to_string(status) + ".";
   }
+  if (code == CURLE_ABORTED_BY_CALLBACK) {
+    return "The player ended before the online services answered; try again.";
+  }
   if (connections > 0 && isNonsense(code)) {
     return "The online services gave no proper answer; check their address (--services), or try "
            "again later.";
@@ -73,13 +76,17 @@ std::string problemOf(CURL* curl, CURLcode code, long status) {
 JsonClient::JsonClient(std::string address, TrustedAuthorities authorities)
     : address_(withoutSlash(std::move(address))), authorities_(std::move(authorities)) {}
 
-JsonReply JsonClient::get(const std::string& path) const { return exchange(path, nullptr); }
-
-JsonReply JsonClient::post(const std::string& path, const std::string& json) const {
-  return exchange(path, &json);
+JsonReply JsonClient::get(const std::string& path, const IsGivenUp& isGivenUp) const {
+  return exchange(path, nullptr, isGivenUp);
 }
 
-JsonReply JsonClient::exchange(const std::string& path, const std::string* json) const {
+JsonReply JsonClient::post(const std::string& path, const std::string& json,
+                           const IsGivenUp& isGivenUp) const {
+  return exchange(path, &json, isGivenUp);
+}
+
+JsonReply JsonClient::exchange(const std::string& path, const std::string* json,
+                               const IsGivenUp& isGivenUp) const {
   JsonReply reply;
   const CurlHandle curl(curl_easy_init(), curl_easy_cleanup);
   const CurlHeaders headers(curl_slist_append(nullptr, "Content-Type: application/json"),
@@ -97,7 +104,7 @@ JsonReply JsonClient::exchange(const std::string& path, const std::string* json)
                      static_cast<curl_off_t>(json->size()));
     curl_easy_setopt(curl.get(), CURLOPT_POSTFIELDS, json->data());
   }
-  const CURLcode code = curl_easy_perform(curl.get());
+  const CURLcode code = performUnless(isGivenUp, curl.get());
   long status = 0;
   curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &status);
   reply.ok = code == CURLE_OK && status >= 200 && status < 300;

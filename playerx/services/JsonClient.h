@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "playerx/settings/CurlPerform.h"
 #include "playerx/settings/TrustedAuthorities.h"
 
 namespace playerx {
@@ -15,7 +16,8 @@ struct JsonReply {
 
 /// Exchanges JSON texts with one HTTP service. Certificates are checked, only http and https are
 /// spoken, redirects are not followed. Every exchange is a value of its own: all operations may be
-/// called from any thread, and block until the answer, at most `kWholeSeconds`.
+/// called from any thread, and block until the answer, at most `kWholeSeconds`, or until it is
+/// given up.
 class JsonClient {
  public:
   static constexpr long kConnectSeconds = 5;
@@ -28,11 +30,13 @@ class JsonClient {
   /// Whether there is a service to ask at all.
   bool hasAddress() const { return !address_.empty(); }
 
-  JsonReply get(const std::string& path) const;
-  JsonReply post(const std::string& path, const std::string& json) const;
+  JsonReply get(const std::string& path, const IsGivenUp& isGivenUp = {}) const;
+  JsonReply post(const std::string& path, const std::string& json,
+                 const IsGivenUp& isGivenUp = {}) const;
 
  private:
-  JsonReply exchange(const std::string& path, const std::string* json) const;
+  JsonReply exchange(const std::string& path, const std::string* json,
+                     const IsGivenUp& isGivenUp) const;
 
   const std::string address_;  ///< without "/" at its end
   const TrustedAuthorities authorities_;

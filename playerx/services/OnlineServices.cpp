@@ -8,6 +8,7 @@
 #include "VeskPlayerX/DownloadItemInterface.h"
 #include "VeskPlayerX/InterfaceIds.h"
 #include "kvpm/StringTools.h"
+#include "playerx/framework/PlayerEnd.h"
 #include "playerx/framework/PluginExport.h"
 #include "playerx/framework/UserMessages.h"
 #include "playerx/services/SealedTicket.h"
@@ -17,11 +18,21 @@ namespace playerx {
 
 using kvpm::StringTools;
 
+namespace {
+
+/// Gives up once the player says this of its end; never in a player that says nothing of it.
+IsGivenUp onceTrue(KPIM::Context* context, bool (PlayerEnd::*isSo)() const) {
+  const std::shared_ptr<KPIM::Helper<PlayerEnd>> end = KPIM::load<PlayerEnd>(context, kPlayerEndId);
+  return [end, isSo] { return end != nullptr && (end->get()->*isSo)(); };
+}
+
+}  // namespace
+
 OnlineServices::OnlineServices(KPIM::Context* context, JsonClient client)
     : KPIM::Plugin(context),
       client_(std::move(client)),
-      confirmations_([this](const std::string& request) {
-        return client_.post("/downloads/confirm", request).ok;
+      confirmations_([this](const std::string& request, const IsGivenUp& isGivenUp) {
+        return client_.post("/downloads/confirm", request, isGivenUp).ok;
       }) {}
 
 KPIM::VESK_RESULT OnlineServices::kpimGetInterface(std::string id, void** out) {
@@ -33,7 +44,8 @@ std::vector<VeskDrmTicketData*> OnlineServices::readTicket(const std::wstring& p
   if (!client_.hasAddress()) return {};
   const std::optional<std::string> content = readSealedTicket(path);
   if (!content) return {};
-  const JsonReply reply = client_.post("/tickets/read", readTicketRequest(*content));
+  const JsonReply reply = client_.post("/tickets/read", readTicketRequest(*content),
+                                       onceTrue(kpimGetPluginContext(), &PlayerEnd::isWanted));
   if (!reply.ok) {
     tellUser(reply.problem);
     return {};
@@ -48,14 +60,16 @@ std::vector<VeskDrmTicketData*> OnlineServices::readTicket(const std::wstring& p
 
 bool OnlineServices::isReady(int, int, int) {
   if (!client_.hasAddress()) return false;
-  const JsonReply reply = client_.get("/ready");
+  const JsonReply reply =
+      client_.get("/ready", onceTrue(kpimGetPluginContext(), &PlayerEnd::isUnderWay));
   return reply.ok && readyAnswer(reply.body);
 }
 
 void OnlineServices::authorizeDownload(VeskPlayerX::DownloadItemInterface* item,
                                        VeskDrmDownloadAuthorization& answer) {
   const JsonReply reply = client_.post("/downloads/authorize",
-                                       authorizeRequest(item->getTicket(), item->getSlotNumber()));
+                                       authorizeRequest(item->getTicket(), item->getSlotNumber()),
+                                       onceTrue(kpimGetPluginContext(), &PlayerEnd::isUnderWay));
   if (reply.ok) return authorizeAnswer(reply.body, answer);
   answer = {};
   answer.errorCode = kServicesUnreachable;

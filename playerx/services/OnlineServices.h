@@ -14,8 +14,9 @@ namespace playerx {
 /// preference; without one every ticket is clear and no download is authorised.
 ///
 /// Any thread may call; an operation that asks the service blocks up to the deadlines of
-/// `JsonClient`, `confirmDownload` never. What fails is told to the user or in the answer. Its
-/// destructor tries the confirmations that are left once more, and blocks for that.
+/// `JsonClient`, or until the player ends (`PlayerEnd`), `confirmDownload` never. What fails is
+/// told to the user or in the answer. Its destructor tries the confirmations that are left once
+/// more, and blocks for that as long as `ConfirmationSender` does.
 class OnlineServices : public KPIM::Plugin, public VeskPlayerX::ZPSServicesInterface {
  public:
   OnlineServices(KPIM::Context* context, JsonClient client);

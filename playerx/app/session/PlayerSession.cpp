@@ -33,10 +33,12 @@ std::string namesOf(const std::vector<std::filesystem::path>& folders) {
 
 PlayerSession::PlayerSession(const SessionOptions& options, SessionListener listener)
     : places_(setUpPlaces(options)),
+      end_(std::move(listener.isToEnd)),
       messages_(listener.wake),
       view_(listener.wake, std::move(listener.askForSlot)),
       plugins_(pluginFolders(options)),
       searchedFolders_(namesOf(pluginFolders(options))) {
+  end_.offerTo(plugins_);
   messages_.offerTo(plugins_);
 }
 
@@ -174,6 +176,7 @@ std::string PlayerSession::loadManager() {
 }
 
 void PlayerSession::close() {
+  end_.begin();
   if (manager_) pruneFilmOptions();
   if (filmOptions_) saved_->noteAllTold();
   if (manager_) manager().setViewInterface(nullptr);

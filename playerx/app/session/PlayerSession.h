@@ -15,6 +15,7 @@
 #include "playerx/app/session/Places.h"
 #include "playerx/app/session/QueueView.h"
 #include "playerx/app/session/SavedQueue.h"
+#include "playerx/app/session/SessionEnd.h"
 #include "playerx/framework/PluginContext.h"
 #include "playerx/transfers/TransferReports.h"
 #include "playerx/transfers/TransferSettings.h"
@@ -30,6 +31,10 @@ struct SessionListener {
   /// Asks the user for a slot to give up for the film of this title; returns its number, below 0
   /// to decline. May wait for the user. Not called on the session's own thread.
   QueueView::SlotQuestion askForSlot;
+
+  /// Whether the user wants the player to end, although the session's thread may be waiting for the
+  /// online services: asked then, several times a second, to break that off.
+  std::function<bool()> isToEnd = [] { return false; };
 };
 
 /// The player behind a face, from its start to its end: folders and preferences, plug-ins, the
@@ -64,7 +69,7 @@ class PlayerSession {
 
   /// Ends what was opened: stops transfers and threads, unloads the plug-ins, gives the data folder
   /// back. What is running is not parked in the queue file; pause the manager first if it should
-  /// be.
+  /// be. A film that the online services are being asked for would count as refused.
   ~PlayerSession();
 
   /// Loads the download manager, with its scheduler held back, and attaches the view. After a
@@ -133,6 +138,7 @@ class PlayerSession {
   void close();
 
   const Places places_;
+  SessionEnd end_;
   Messages messages_;
   QueueView view_;
   std::unique_ptr<DataFolderLock> lock_;

@@ -36,6 +36,8 @@ constexpr const char* kForms[] = {
     QT_TRANSLATE_NOOP("Sentence",
                       "The online services cannot be reached ({words}); check their address "
                       "(--services), or try again later."),
+    QT_TRANSLATE_NOOP("Sentence",
+                      "The player ended before the online services answered; try again."),
     QT_TRANSLATE_NOOP("Sentence", "There is too little memory to ask the online services."),
     QT_TRANSLATE_NOOP("Sentence", "The online services cannot read this ticket."),
     QT_TRANSLATE_NOOP("Sentence", "The online services refuse this download."),

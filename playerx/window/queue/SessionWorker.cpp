@@ -80,6 +80,7 @@ SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& s
   session::SessionListener listener;
   listener.wake = [this] { clock_.lookSoon(); };
   listener.askForSlot = [this](const std::string& title) { return slotDesk_.choose(title); };
+  listener.isToEnd = isEnding;
   session_ = std::make_unique<session::PlayerSession>(options, std::move(listener));
   player_.offerTo(session_->plugins());
 }

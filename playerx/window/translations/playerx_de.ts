@@ -75,6 +75,10 @@
         <translation>Die Online-Dienste sind nicht erreichbar ({words}); ihre Adresse (--services) prüfen oder es später noch einmal versuchen.</translation>
     </message>
     <message>
+        <source>The player ended before the online services answered; try again.</source>
+        <translation>Der Player wurde beendet, bevor die Online-Dienste geantwortet haben; versuche es noch einmal.</translation>
+    </message>
+    <message>
         <source>There is too little memory to ask the online services.</source>
         <translation>Der Speicher reicht nicht, um die Online-Dienste zu fragen.</translation>
     </message>

@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -14,8 +15,10 @@
 #include "VeskPlayerX/DownloadManagerInterface.h"
 #include "VeskPlayerX/InterfaceIds.h"
 #include "VeskPlayerX/ShutdownInterface.h"
+#include "playerx/services/OnlineServices.h"
 #include "tests/soak/Count.h"
 #include "tests/support/ScriptedServer.h"
+#include "tests/support/fakes/FakePlayerEnd.h"
 #include "tests/unit/plugin/ManagerFixture.h"
 
 namespace soak {
@@ -45,16 +48,31 @@ Holdings holdings() {
   return {entriesOf("/proc/self/fd"), entriesOf("/proc/self/task"), std::stol(line.substr(6))};
 }
 
-/// A host that loads the module, lets it work, and gives it up in the midst of it.
+/// A host that loads the module, lets it work, and gives it up in the midst of it, with a media
+/// server and online services that fall silent.
 class Unload : public ManagerFixture {
  protected:
   Unload() {
     silent_.always(support::Script().readRequest().stall());
+    silentServices_.onRequest(
+        [this](const std::string& request) { return answerOfServices(request); });
+    context_.offer<playerx::PlayerEnd>(playerx::kPlayerEndId, &end_);
     library_.whileStarting([this](unsigned long long uid) { library_.progress(uid, 7); });
+  }
+
+  support::Script answerOfServices(const std::string& request) {
+    const bool isReady = isReady_ && request.starts_with("GET /ready");
+    return isReady ? support::Script::answer(support::okResponse(R"({"ready":true})"))
+                   : support::Script().stall();
   }
 
   void cycle() {
     log_.clear();
+    isReady_ = random_() % 2 == 0;
+    end_.underWay = false;
+    auto* const client = new playerx::OnlineServices(
+        &context_, playerx::JsonClient(silentServices_.url("", "127.0.0.1"), {}));
+    context_.offer<VeskPlayerX::ZPSServicesInterface>(VeskPlayerX::DIN_ZPSServices, client);
     given("A1 B4 C1 D6", [this](Item& item) {
       item.setEncrypted(random_() % 2 == 0);
       if (!item.getEncrypted()) item.setUrl(silentUrl());
@@ -69,6 +87,7 @@ class Unload : public ManagerFixture {
     work(*face<DownloadManagerInterface>(plugin, VeskPlayerX::DIN_DownloadManager));
     end(plugin);
     EXPECT_EQ(::dlclose(module), 0);
+    EXPECT_EQ(client->kpimRelease(), 0);
   }
 
   template <class I>
@@ -92,6 +111,7 @@ class Unload : public ManagerFixture {
 
   void end(KPIM::Plugin* plugin) {
     const auto start = steady_clock::now();
+    end_.underWay = true;
     face<VeskPlayerX::ShutdownInterface>(plugin, VeskPlayerX::DIN_Shutdown)->Shutdown();
     const auto took = std::chrono::duration_cast<milliseconds>(steady_clock::now() - start);
     longest_ = std::max(longest_, took);
@@ -100,6 +120,9 @@ class Unload : public ManagerFixture {
   }
 
   support::ScriptedServer silent_;
+  support::ScriptedServer silentServices_;
+  support::FakePlayerEnd end_;
+  std::atomic<bool> isReady_{false};
   milliseconds longest_{0};
   std::mt19937 random_{std::random_device{}()};
 };

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -59,6 +60,20 @@ TEST(WakeUpTest, AnInterruptIsTakenOnce) {
   ASSERT_EQ(pthread_kill(pthread_self(), SIGTERM), 0);
   EXPECT_TRUE(wakeUp.takeInterrupt());
   EXPECT_FALSE(wakeUp.takeInterrupt());
+}
+
+TEST(WakeUpTest, AnInterruptIsSeenOnEveryThreadUntilItIsTaken) {
+  EXPECT_EXIT(
+      {
+        WakeUp wakeUp;
+        bool isSeen = wakeUp.isInterrupted();
+        if (isSeen) std::_Exit(1);
+        kill(getpid(), SIGINT);
+        std::thread([&] { isSeen = wakeUp.isInterrupted(); }).join();
+        const bool isTaken = wakeUp.takeInterrupt();
+        std::_Exit(isSeen && isTaken && !wakeUp.isInterrupted() ? 0 : 2);
+      },
+      testing::ExitedWithCode(0), "");
 }
 
 TEST(WakeUpTest, AnInterruptThatCameBeforeIsNotLost) {

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <future>
+#include <thread>
 #include <vector>
 
 #include "playerx/services/ConfirmationSender.h"
@@ -12,7 +13,7 @@ namespace {
 TEST(ConfirmationSenderTest, RequestsAreSentInTheirOrder) {
   std::vector<std::string> sent;
   {
-    ConfirmationSender sender([&sent](const std::string& request) {
+    ConfirmationSender sender([&sent](const std::string& request, const IsGivenUp&) {
       sent.push_back(request);
       return true;
     });
@@ -24,7 +25,7 @@ TEST(ConfirmationSenderTest, RequestsAreSentInTheirOrder) {
 TEST(ConfirmationSenderTest, QueueingDoesNotWaitForTheService) {
   std::promise<void> answer;
   std::shared_future<void> answered(answer.get_future());
-  ConfirmationSender sender([&answered](const std::string&) {
+  ConfirmationSender sender([&answered](const std::string&, const IsGivenUp&) {
     answered.wait();
     return true;
   });
@@ -37,7 +38,7 @@ TEST(ConfirmationSenderTest, WhatFailedIsSentAgain) {
   std::atomic<int> tries{0};
   std::promise<void> arrived;
   ConfirmationSender sender(
-      [&](const std::string&) {
+      [&](const std::string&, const IsGivenUp&) {
         if (++tries < 4) return false;
         arrived.set_value();
         return true;
@@ -52,7 +53,7 @@ TEST(ConfirmationSenderTest, TheEndTriesUpToTheFirstFailureOnly) {
   std::atomic<int> tries{0};
   std::promise<void> first;
   {
-    ConfirmationSender sender([&](const std::string&) {
+    ConfirmationSender sender([&](const std::string&, const IsGivenUp&) {
       if (++tries == 1) first.set_value();
       return false;
     });
@@ -62,11 +63,48 @@ TEST(ConfirmationSenderTest, TheEndTriesUpToTheFirstFailureOnly) {
   EXPECT_LE(tries, 2);
 }
 
+TEST(ConfirmationSenderTest, TheEndGivesUpASilentServiceInTheMidstOfWork) {
+  constexpr std::chrono::milliseconds kUnused(0);
+  constexpr std::chrono::milliseconds kLastChance(20);
+  std::promise<void> first;
+  std::atomic<int> tries{0};
+  {
+    ConfirmationSender sender(
+        [&](const std::string&, const IsGivenUp& isGivenUp) {
+          if (++tries == 1) first.set_value();
+          while (!isGivenUp()) std::this_thread::yield();
+          return false;
+        },
+        kUnused, kLastChance);
+    for (const char* request : {"a", "b", "c"}) sender.enqueue(request);
+    first.get_future().wait();
+  }
+  EXPECT_LE(tries, 2);
+}
+
+TEST(ConfirmationSenderTest, TheEndLetsAnAnswerComeThatTakesAMoment) {
+  std::atomic<bool> isEnding{false};
+  std::promise<void> first;
+  std::vector<std::string> sent;
+  {
+    ConfirmationSender sender([&](const std::string& request, const IsGivenUp& isGivenUp) {
+      if (request == "a") first.set_value();
+      while (!isEnding && !isGivenUp()) std::this_thread::yield();
+      sent.push_back(request);
+      return true;
+    });
+    for (const char* request : {"a", "b"}) sender.enqueue(request);
+    first.get_future().wait();
+    isEnding = true;
+  }
+  EXPECT_EQ(sent, (std::vector<std::string>{"a", "b"}));
+}
+
 TEST(ConfirmationSenderTest, ARequestQueuedWhileAnotherIsSentFollowsIt) {
   std::vector<std::string> sent;
   std::promise<void> isLast;
   ConfirmationSender* self = nullptr;
-  ConfirmationSender sender([&](const std::string& request) {
+  ConfirmationSender sender([&](const std::string& request, const IsGivenUp&) {
     sent.push_back(request);
     if (request == "a") self->enqueue("b");
     if (request == "b") isLast.set_value();

@@ -86,6 +86,18 @@ TEST(JsonClientTest, ATornBodyIsAProblem) {
   EXPECT_FALSE(JsonClient(server.url(), {}).get("/x").ok);
 }
 
+TEST(JsonClientTest, AnExchangeThatIsGivenUpEndsWithoutAnAnswer) {
+  ScriptedServer server;
+  server.always(Script().readRequest().stall());
+  const auto start = std::chrono::steady_clock::now();
+  const JsonReply reply =
+      JsonClient(server.url(), {}).get("/x", [&] { return !server.requests().empty(); });
+  EXPECT_FALSE(reply.ok);
+  EXPECT_EQ(reply.problem, "The player ended before the online services answered; try again.");
+  EXPECT_LT(std::chrono::steady_clock::now() - start,
+            std::chrono::seconds(JsonClient::kWholeSeconds - 5));
+}
+
 TEST(JsonClientTest, OnlyTrustedCertificatesAreTalkedTo) {
   const support::TempDir folder;
   const support::Identity authority = support::pki::authority("Services");

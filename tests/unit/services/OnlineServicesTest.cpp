@@ -12,6 +12,7 @@
 #include "tests/support/TempDir.h"
 #include "tests/support/fakes/FakeContext.h"
 #include "tests/support/fakes/FakeMessages.h"
+#include "tests/support/fakes/FakePlayerEnd.h"
 
 namespace playerx {
 namespace {
@@ -31,11 +32,13 @@ class OnlineServicesTest : public testing::Test {
   support::ScriptedServer server;
   support::FakeContext context;
   support::FakeMessages messages;
+  support::FakePlayerEnd end;
   support::TempDir folder;
   std::unique_ptr<OnlineServices, ReleasePlugin> services = connect(server.url(""));
 
   std::unique_ptr<OnlineServices, ReleasePlugin> connect(const std::string& address) {
     context.offer<UserMessages>(kUserMessagesId, &messages);
+    context.offer<PlayerEnd>(kPlayerEndId, &end);
     return std::unique_ptr<OnlineServices, ReleasePlugin>(
         new OnlineServices(&context, JsonClient(address, {})));
   }
@@ -124,6 +127,23 @@ TEST_F(OnlineServicesTest, AConfirmationArrives) {
   services->confirmDownload(7, 500);
   services.reset();  // sends what is left
   EXPECT_THAT(server.requests().back(), HasSubstr(R"({"bytes":500,"ticketId":7})"));
+}
+
+TEST_F(OnlineServicesTest, ATicketIsNotWaitedForOnceThePlayerIsToEnd) {
+  server.always(Script().readRequest().stall());
+  end.wanted = true;
+  EXPECT_THAT(read("VeskSealedTicket 1\nabc\n"), IsEmpty());
+  EXPECT_THAT(messages.sentences, ElementsAre(HasSubstr("The player ended before")));
+}
+
+TEST_F(OnlineServicesTest, AFilmIsAuthorisedUntilThePlayerHasStoppedIt) {
+  end.wanted = true;
+  answer("/ready", R"({"ready":true})");
+  EXPECT_TRUE(services->isReady(0, 0, 0));
+  server.always(Script().readRequest().stall());
+  end.underWay = true;
+  EXPECT_FALSE(services->isReady(0, 0, 0));
+  EXPECT_EQ(authorize().errorCode, kServicesUnreachable);
 }
 
 TEST_F(OnlineServicesTest, AnErrorIsShownInTheServicesWords) {

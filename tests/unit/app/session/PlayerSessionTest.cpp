@@ -31,7 +31,8 @@ class PlayerSessionTest : public testing::Test {
     options.mediaFolder = folder_ / "films";
     options.pluginFolder = plugins_;
     session_.emplace(options,
-                     SessionListener{[this] { ++wakes_; }, [](const std::string&) { return -1; }});
+                     SessionListener{[this] { ++wakes_; }, [](const std::string&) { return -1; },
+                                     [this] { return isToEnd_; }});
   }
 
   void startWithModule() {
@@ -46,6 +47,7 @@ class PlayerSessionTest : public testing::Test {
   support::EventLog log_;
   FakeModule module_{log_};
   int wakes_ = 0;
+  bool isToEnd_ = false;
   std::optional<PlayerSession> session_;
 };
 
@@ -53,6 +55,16 @@ TEST_F(PlayerSessionTest, ItsPlacesAreThoseOfTheOptions) {
   start();
   EXPECT_EQ(session_->places().data, folder_ / "data");
   EXPECT_EQ(session_->places().media, folder_ / "films");
+}
+
+TEST_F(PlayerSessionTest, ThePluginsAreToldThatTheUserWantsTheEnd) {
+  start();
+  const auto end = KPIM::load<PlayerEnd>(&session_->plugins(), kPlayerEndId);
+  ASSERT_NE(end, nullptr);
+  EXPECT_FALSE(end->get()->isWanted());
+  isToEnd_ = true;
+  EXPECT_TRUE(end->get()->isWanted());
+  EXPECT_FALSE(end->get()->isUnderWay());
 }
 
 TEST_F(PlayerSessionTest, ChangesNeedTheFolderAndTheView) {
