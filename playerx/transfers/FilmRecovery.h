@@ -20,8 +20,9 @@ class FilmRecovery {
 
   /// To be called for a film that the queue does not call complete, before a session for it is
   /// started. When the library has placed the file at `filmUtf8`, moves it back to the folder of
-  /// arriving films: the next session of its address finds it there, whole, and places it under
-  /// the name that the queue has for it instead of beside itself. Returns whether it did.
+  /// arriving films, or, where that is on another file system, aside under a numbered name: the
+  /// next session of its address finds it there, whole, and places it under the name that the queue
+  /// has for it instead of beside itself. Returns whether it did.
   virtual bool takeBack(const std::string& filmUtf8, const std::string& downloadFolderUtf8) = 0;
 
   /// The same for a film of which the queue knows no file, or nothing at all: the film of this

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "playerx/platform/NativePath.h"
+#include "playerx/platform/Rename.h"
 #include "playerx/transfers/FileNames.h"
 #include "playerx/transfers/SystemError.h"
 
@@ -19,6 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr unsigned kMostPartsOfOnePlace = 10'000;
+constexpr std::size_t kMostPlaces = 1000;
 
 Opened failed(TransferFailure failure, const fs::path& where, int error) {
   return {nullptr, {}, failureOfError(error, failure), describeError(where, error)};
@@ -41,8 +43,19 @@ bool isSameFilm(const DownloadRequest& request, const FilmMark& mark) {
   return request.rightsManaged && mark.place == digestOf(request.address.place);
 }
 
+/// The names under which an earlier session may have placed the film, or `takeBack` have put it.
+std::vector<std::string> namesOfPlaced(const DownloadRequest& request) {
+  std::vector<std::string> names = namesBefore(request.name);
+  for (unsigned number = 2; names.size() < kMostPlaces; ++number) {
+    std::string name = numberedName(request.name, number);
+    if (!isTaken(request.movies / name)) break;
+    names.push_back(std::move(name));
+  }
+  return names;
+}
+
 std::optional<fs::path> findPlacedFilm(const DownloadRequest& request) {
-  for (const std::string& name : namesBefore(request.name)) {
+  for (const std::string& name : namesOfPlaced(request)) {
     fs::path film = request.movies / name;
     const std::optional<FilmMark> mark = readMark(film);
     if (mark && isSameFilm(request, *mark) && isWhole(*mark, film)) return film;

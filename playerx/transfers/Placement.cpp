@@ -126,6 +126,16 @@ Placed checkSum(Part& part, const std::string& sha256) {
   return {Placed::Kind::kFailed, {}, TransferFailure::kChecksum, "the SHA-256 sum is " + sum};
 }
 
+/// Moves a file to the first free one of numbered places, from 1 on. Returns 0 or an error number.
+template <class PlaceOf>
+int moveToFirstFree(const fs::path& file, PlaceOf placeOf) {
+  int error = EEXIST;
+  for (unsigned number = 1; number <= kMostVariants && error == EEXIST; ++number) {
+    error = renameWithoutOverwriting(file, placeOf(number));
+  }
+  return error;
+}
+
 }  // namespace
 
 Placed placePart(Part& part, const DownloadRequest& request, const std::string& sha256,
@@ -151,14 +161,17 @@ Placed placeFilmAgain(const fs::path& film, const DownloadRequest& request,
 bool takeBack(const fs::path& film, const fs::path& folder) {
   const std::optional<FilmMark> mark = readMark(film);
   if (!mark) return false;
-  for (unsigned number = 1; number <= kMostVariants; ++number) {
-    const int error =
-        renameWithoutOverwriting(film, numberedPart(folder, mark->place, number).bytes());
-    if (error == EEXIST) continue;
-    if (error == 0) ::unlink(rightsOf(film).c_str());
-    return error == 0;
-  }
-  return false;
+  const auto partial = [&](unsigned number) {
+    return numberedPart(folder, mark->place, number).bytes();
+  };
+  const auto beside = [&](unsigned number) {
+    return film.parent_path() / numberedName(film.filename(), number + 1);
+  };
+  int error = moveToFirstFree(film, partial);
+  // A copy would take its time twice: it would have to come back.
+  if (error == EXDEV) error = moveToFirstFree(film, beside);
+  if (error == 0) ::unlink(rightsOf(film).c_str());
+  return error == 0;
 }
 
 bool takeBackFilmOf(const Address& address, const fs::path& movies, const fs::path& folder) {

@@ -38,9 +38,10 @@ Placed placePart(Part& part, const DownloadRequest& request, const std::string& 
 Placed placeFilmAgain(const std::filesystem::path& film, const DownloadRequest& request,
                       const std::atomic<bool>& isCancelled, Waiting waiting);
 
-/// Moves a film that was placed at `film` back to `folder` as a partial, within one file system,
-/// when it carries its mark. Its rights data is deleted: the next authorisation brings it anew.
-/// Returns whether it did.
+/// Moves a film that was placed at `film` back to `folder` as a partial, or, where that is on
+/// another file system, aside under a numbered name, when it carries its mark: `openPart` finds it
+/// there. Its rights data is deleted: the next authorisation brings it anew. Returns whether it
+/// did.
 bool takeBack(const std::filesystem::path& film, const std::filesystem::path& folder);
 
 /// The same for the film of an address that lies in `movies` under the name of its address.

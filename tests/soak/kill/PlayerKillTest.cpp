@@ -54,6 +54,17 @@ class PlayerKill : public testing::Test {
     player.wait();
   }
 
+  /// Kills the command up to 3 ms after one of the films, any, has got its name.
+  void killAroundCompletion(const PlayerHome& home) {
+    support::Process player = home.start(command_);
+    const std::size_t film = random_() % names_.size();
+    const auto hasCome = [&] { return std::filesystem::exists(home.media() / names_[film]); };
+    while (!hasCome() && player.running()) std::this_thread::yield();
+    std::this_thread::sleep_for(between(microseconds(0), microseconds(3'000)));
+    player.send(SIGKILL);
+    player.wait();
+  }
+
   microseconds between(microseconds least, microseconds most) {
     return microseconds(std::uniform_int_distribution(least.count(), most.count())(random_));
   }
@@ -98,14 +109,20 @@ TEST_F(PlayerKill, AroundTheCompletionLeavesEachFilmOnceAfterTheSameCommand) {
   for (int kills = 0; kills < countOr(6) && !HasFailure(); ++kills) {
     SCOPED_TRACE(kills);
     const PlayerHome home;
-    support::Process player = home.start(command_);
-    const std::size_t film = random_() % names_.size();
-    const auto hasCome = [&] { return std::filesystem::exists(home.media() / names_[film]); };
-    while (!hasCome() && player.running()) std::this_thread::yield();
-    std::this_thread::sleep_for(between(microseconds(0), microseconds(3'000)));
-    player.send(SIGKILL);
-    player.wait();
+    killAroundCompletion(home);
     expectEachFilmOnce(home);
+  }
+}
+
+TEST_F(PlayerKill, AroundTheCompletionOnAnotherFileSystemLeavesEachFilmOnceAfterTheSameCommand) {
+  for (int kills = 0; kills < countOr(6) && !HasFailure(); ++kills) {
+    SCOPED_TRACE(kills);
+    PlayerHome home;
+    // In memory, other than the home.
+    home.setMedia(std::filesystem::path("/dev/shm") / home.data().parent_path().filename());
+    killAroundCompletion(home);
+    expectEachFilmOnce(home);
+    std::filesystem::remove_all(home.media());
   }
 }
 

@@ -165,6 +165,20 @@ TEST_F(PlacementTest, AFilmThatIsTakenBackGetsItsOldName) {
   EXPECT_EQ(support::readFile(movie("film.avi.rights")), "new");
 }
 
+TEST_F(PlacementTest, AFilmThatIsTakenBackOnAnotherFileSystemGetsItsOldName) {
+  ASSERT_TRUE(isAcross());
+  placeWhole(across());
+  const fs::path film = shared_ / "movies/film.avi";
+  support::writeFile(shared_ / "movies/film[2].avi", "mine");
+  ASSERT_TRUE(takeBack(film, folder_ / "parts"));
+  EXPECT_FALSE(fs::exists(film));
+  const Opened opened = openPart(across());
+  ASSERT_EQ(opened.film, shared_ / "movies/film[3].avi");
+  EXPECT_EQ(placeAgain(opened.film, across()).film, film);
+  EXPECT_EQ(support::readFile(film), filmBytes(kFilmSize));
+  EXPECT_EQ(support::readFile(shared_ / "movies/film[2].avi"), "mine");
+}
+
 TEST_F(PlacementTest, AFilmIsTakenBackByItsAddressAlone) {
   placeWhole(request());
   const Address other = *parseAddress("http://other/film.avi");
