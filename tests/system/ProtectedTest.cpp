@@ -209,6 +209,16 @@ TEST_F(ProtectedCrashTest, KilledBetweenAuthorisationAndFirstByte) {
   expectWholeOnce();
 }
 
+TEST_F(ProtectedCrashTest, WithoutTheServicesTheRestIsNotBlamedOnTheServerOfTheFilm) {
+  support::Process player = home.start({"get", server.ticket()});
+  ASSERT_TRUE(player.waitForOutput("\"percent\":1"));
+  kill(player);
+  home.addOptions({"--services", "http://127.0.0.1:1"});
+  const PlayerResult result = home.run({"get"});
+  EXPECT_EQ(result.failureCode(), "services_unavailable");
+  EXPECT_THAT(result.output, HasSubstr("cannot be reached"));
+}
+
 TEST_F(ProtectedCrashTest, KilledInMidTransfer) {
   support::Process player = home.start({"get", server.ticket()});
   ASSERT_TRUE(player.waitForOutput("\"percent\":1"));

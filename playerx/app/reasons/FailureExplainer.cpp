@@ -69,6 +69,10 @@ std::optional<Explanation> explainLastTransfer(const std::optional<TransferRepor
   return isBroken ? explainTransfer(*report, address) : std::nullopt;
 }
 
+/// Whether the question of an item is one for the online services: a protected film that nothing is
+/// known of was not authorised, even when it has an address from an earlier run.
+bool isForServices(const ItemState& item) { return !item.ticket.empty(); }
+
 }  // namespace
 
 std::optional<Explanation> explainNotices(const ItemState& item, const std::vector<Notice>& notices,
@@ -136,7 +140,7 @@ void FailureExplainer::explain(const ItemState& item, const std::vector<Notice>&
   std::optional<Explanation> known = explainNotices(item, notices, words);
   if (!known) known = explainLastTransfer(findTransfer_(item.url), item.url);
   if (known && !isDoubtful(item, *known)) return answer(item, *std::move(known));
-  ask({item, item.url.empty() ? servicesAddress() : item.url, std::move(known),
+  ask({item, isForServices(item) ? servicesAddress() : item.url, std::move(known),
        folderWithoutSpace(notices)});
 }
 
@@ -173,7 +177,7 @@ std::optional<FailureExplainer::Question> FailureExplainer::takeQuestion() {
 }
 
 Explanation FailureExplainer::answerTo(const Question& question, const ProbeResult& probe) {
-  if (question.item.url.empty()) {
+  if (isForServices(question.item)) {
     return reasons::explain(reasonOfServices(probe), {.host = hostOf(probe.address)});
   }
   Explanation chosen = chooseExplanation(question.known, explainProbe(probe));

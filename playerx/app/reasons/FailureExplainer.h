@@ -76,8 +76,8 @@ class FailureExplainer {
 };
 
 /// The reason that the notices alone give, or, for an item with a ticket, the words of the online
-/// services. Nullopt when the server has to be asked: that of the film, or, for an item without
-/// address (rights-protected and never authorised), the online services.
+/// services. Nullopt when the server has to be asked: that of the film, or, for an item with a
+/// ticket, the online services.
 std::optional<Explanation> explainNotices(const model::ItemState& item,
                                           const std::vector<model::Notice>& notices,
                                           const std::string& words);

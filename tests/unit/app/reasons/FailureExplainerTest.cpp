@@ -4,6 +4,7 @@
 
 #include "playerx/app/reasons/FailureExplainer.h"
 #include "playerx/app/reasons/TransferReason.h"
+#include "playerx/settings/PreferenceOverrides.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/WaitFor.h"
 #include "tests/unit/app/FakeModule.h"
@@ -186,6 +187,18 @@ TEST_F(FailureExplainerTest, AServerThatAnswersWellLeavesTheFailureUnexplained) 
   start();
   explainer_->explain(film(), {}, "");
   EXPECT_EQ(onlyAnswer().reason, Reason::kUnexplained);
+}
+
+TEST_F(FailureExplainerTest, AProtectedFilmAsksTheServicesEvenIfItHasAnAddress) {
+  status_ = 200;
+  start();
+  explainer_->explain(film("http://films.test/a.avi", "t"), {}, "");
+  EXPECT_EQ(onlyAnswer().reason, Reason::kServicesNotNamed);
+  setPreferenceOverride("General/ServicesAddress", "http://services.test");
+  status_ = 0;
+  explainer_->explain(film("http://films.test/a.avi", "t"), {}, "");
+  EXPECT_EQ(onlyAnswer().reason, Reason::kServicesUnreachable);
+  clearPreferenceOverrides();
 }
 
 TEST_F(FailureExplainerTest, TheEndBreaksARunningQuestionOff) {
