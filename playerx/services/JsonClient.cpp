@@ -59,10 +59,7 @@ std::string problemOf(CURL* curl, CURLcode code, long status) {
   if (code == CURLE_ABORTED_BY_CALLBACK) {
     return "The player ended before the online services answered; try again.";
   }
-  if (connections > 0 && isNonsense(code)) {
-    return "The online services gave no proper answer; check their address (--services), or try "
-           "again later.";
-  }
+  if (connections > 0 && isNonsense(code)) return kNoProperAnswer;
   if (code == CURLE_UNSUPPORTED_PROTOCOL || code == CURLE_URL_MALFORMAT) {
     return "The address of the online services (--services) does not begin with http:// or "
            "https://.";

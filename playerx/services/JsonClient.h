@@ -14,6 +14,11 @@ struct JsonReply {
   std::string problem;  ///< one sentence when not `ok`
 };
 
+/// What to tell the user of an answer that makes no sense.
+inline constexpr char kNoProperAnswer[] =
+    "The online services gave no proper answer; check their address (--services), or try again "
+    "later.";
+
 /// Exchanges JSON texts with one HTTP service. Certificates are checked, only http and https are
 /// spoken, redirects are not followed. Every exchange is a value of its own: all operations may be
 /// called from any thread, and block until the answer, at most `kWholeSeconds`, or until it is

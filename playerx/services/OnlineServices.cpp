@@ -50,11 +50,15 @@ std::vector<VeskDrmTicketData*> OnlineServices::readTicket(const std::wstring& p
     tellUser(reply.problem);
     return {};
   }
-  std::vector<std::unique_ptr<VeskDrmTicketData>> records = readTicketAnswer(reply.body);
-  if (records.empty()) tellUser("The online services cannot read this ticket.");
+  std::optional<TicketRecords> records = readTicketAnswer(reply.body);
+  if (!records) {
+    tellUser(kNoProperAnswer);
+    return {};
+  }
+  if (records->empty()) tellUser("The online services cannot read this ticket.");
   std::vector<VeskDrmTicketData*> handedOver;
-  handedOver.reserve(records.size());
-  for (auto& record : records) handedOver.push_back(record.release());
+  handedOver.reserve(records->size());
+  for (auto& record : *records) handedOver.push_back(record.release());
   return handedOver;
 }
 

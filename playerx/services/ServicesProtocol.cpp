@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <optional>
 
 #include "kvpm/StringTools.h"
 
@@ -120,15 +119,15 @@ std::string readTicketRequest(const std::string& fileContent) {
   return print({{"ticket", fileContent}});
 }
 
-std::vector<std::unique_ptr<VeskDrmTicketData>> readTicketAnswer(const std::string& json) {
+std::optional<TicketRecords> readTicketAnswer(const std::string& json) {
   const Json answer = parse(json);
-  if (!answer.is_object()) return {};
+  if (!answer.is_object()) return std::nullopt;
   const auto list = answer.find("records");
-  if (list == answer.end() || !list->is_array() || list->size() > kMaxRecords) return {};
-  std::vector<std::unique_ptr<VeskDrmTicketData>> records;
+  if (list == answer.end() || !list->is_array() || list->size() > kMaxRecords) return std::nullopt;
+  TicketRecords records;
   for (const Json& entry : *list) {
     records.push_back(recordOf(entry));
-    if (records.back() == nullptr) return {};
+    if (records.back() == nullptr) return std::nullopt;
   }
   return records;
 }

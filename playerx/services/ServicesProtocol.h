@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,11 @@ constexpr std::int32_t kServicesMalformed = -2;
 /// Request to decode a ticket file with these bytes.
 std::string readTicketRequest(const std::string& fileContent);
 
-/// The records of the answer, owned by the caller; empty when the answer is malformed.
-std::vector<std::unique_ptr<VeskDrmTicketData>> readTicketAnswer(const std::string& json);
+using TicketRecords = std::vector<std::unique_ptr<VeskDrmTicketData>>;
+
+/// The records of the answer; empty for a ticket that the services cannot read, nullopt when the
+/// answer is malformed.
+std::optional<TicketRecords> readTicketAnswer(const std::string& json);
 
 /// Request to authorise the download of `ticket`; `slot` is -1 when no slot was chosen.
 std::string authorizeRequest(const std::string& ticket, int slot);

@@ -92,6 +92,15 @@ TEST_F(OnlineServicesTest, AServiceThatCannotReadTheTicketIsReported) {
   EXPECT_THAT(messages.sentences, ElementsAre("The online services cannot read this ticket."));
 }
 
+TEST_F(OnlineServicesTest, AnAnswerThatMakesNoSenseIsNotPutOnTheTicket) {
+  for (const char* nonsense : {"", "null", "<html>Log in</html>", R"({"records":[{}]})"}) {
+    messages.sentences.clear();
+    answer("/tickets/read", nonsense);
+    EXPECT_THAT(read("VeskSealedTicket 1\nabc\n"), IsEmpty());
+    EXPECT_THAT(messages.sentences, ElementsAre(kNoProperAnswer)) << nonsense;
+  }
+}
+
 TEST_F(OnlineServicesTest, AnUnreachableServiceIsReported) {
   const support::RefusingPort nobody;
   services = connect("http://127.0.0.1:" + std::to_string(nobody.port()));
