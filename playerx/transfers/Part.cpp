@@ -54,6 +54,23 @@ Descriptor openBytes(const PartPaths& paths, int& error) {
   return file;
 }
 
+// Whether writing would change a file of another name as well, such as that of a backup by hard
+// links. A whole film is only moved.
+bool isShared(const struct stat& status, const fs::path& bytes) {
+  if (status.st_nlink <= 1) return false;
+  const std::optional<FilmMark> mark = readMark(bytes);
+  return !mark || !isWhole(*mark, bytes);
+}
+
+// Has a copy take the place of the bytes. Returns 0 or an error number.
+int replaceByCopy(const fs::path& bytes, int file) {
+  removeLeftovers(bytes);
+  int error = 0;
+  HiddenFile copy = HiddenFile::create(bytes, error);
+  if (error == 0) error = copyRest(file, copy.descriptor());
+  return error == 0 ? copy.replace(bytes) : error;
+}
+
 // The umask itself can only be read by changing it.
 mode_t readDefaultMode() {
   constexpr std::string_view kField = "Umask:";
@@ -91,6 +108,10 @@ std::unique_ptr<Part> Part::claim(const PartPaths& paths, int& error) {
   if (!file || isLockedByAnother(file.get())) return nullptr;
   const auto status = statOf(file.get());
   if (!status || !hasName(*status, paths.bytes()) || !S_ISREG(status->st_mode)) return nullptr;
+  if (isShared(*status, paths.bytes())) {
+    error = replaceByCopy(paths.bytes(), file.get());
+    return error == 0 ? claim(paths, error) : nullptr;
+  }
   const auto size = static_cast<std::uint64_t>(status->st_size);
   std::unique_ptr<Part> part(new Part(paths, std::move(file), size));
   part->adoptKept(loadState(paths.state()),

@@ -121,6 +121,27 @@ TEST_F(PartFinderTest, AFolderOrALinkInThePlaceOfThePartialIsPassedOver) {
   EXPECT_EQ(support::readFile(folder_ / "victim"), "precious");
 }
 
+TEST_F(PartFinderTest, ABackupByHardLinksStaysAsItIs) {
+  partOf(request(), 400);
+  const fs::path bytes = stateFile().replace_extension(".part");
+  fs::create_hard_link(bytes, folder_ / "backup");
+  const std::unique_ptr<Part> part = openPart(request()).part;
+  ASSERT_TRUE(part);
+  EXPECT_EQ(part->file().size(), 400u) << "and the film goes on";
+  EXPECT_EQ(part->file().append("more", 4), 0);
+  EXPECT_EQ(part->file().flush(), 0);
+  EXPECT_EQ(support::readFile(folder_ / "backup"), filmBytes(kFilmSize).substr(0, 400));
+  EXPECT_EQ(support::readFile(bytes), filmBytes(kFilmSize).substr(0, 400) + "more");
+}
+
+TEST_F(PartFinderTest, AWholeFilmThatHasAnotherNameIsFoundByItsMark) {
+  partOf(request(), kFilmSize)->finish();
+  for (const auto& entry : fs::directory_iterator(folder_ / "parts")) {
+    fs::create_hard_link(entry.path(), folder_ / "backup");
+  }
+  EXPECT_TRUE(openPart(request()).part->isWhole());
+}
+
 TEST_F(PartFinderTest, WhatArrivesIsForItsOwnerAlone) {
   partOf(request(), 400);
   for (const auto& entry : fs::directory_iterator(folder_ / "parts")) {
