@@ -74,6 +74,7 @@ TransferFailure failureOf(const CurlEnd& end) {
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_SSL_CERTPROBLEM:
     case CURLE_SSL_CIPHER:
+    case CURLE_SSL_CLIENTCERT:  // the server asks for one
     case CURLE_USE_SSL_FAILED:
       return TransferFailure::kTls;
     case CURLE_TOO_MANY_REDIRECTS:

@@ -20,6 +20,7 @@ TEST(CurlFailureTest, EachEndStandsForOneFailure) {
       {CURLE_PEER_FAILED_VERIFICATION, kCertificate},
       {CURLE_SSL_CACERT_BADFILE, kTrustFile},
       {CURLE_SSL_CONNECT_ERROR, kTls},
+      {CURLE_SSL_CLIENTCERT, kTls},
       {CURLE_SSL_CERTPROBLEM, kTls},
       {CURLE_TOO_MANY_REDIRECTS, kRedirectLoop},
       {CURLE_PARTIAL_FILE, kDropped},
