@@ -28,6 +28,10 @@ constexpr struct {
     {"unable to verify the first certificate", Reason::kUnknownAuthority},
 };
 
+/// libcurl's words when nothing is wrong with the certificate of the server: it has called that of
+/// the player expired.
+constexpr char kOwnExpired[] = "SSL certificate verification failed";
+
 /// The host that was asked, as the words on a wrong one name it.
 std::string hostIn(const std::string& words, const std::string& otherwise) {
   static const std::regex kHost(R"(target (?:host name|ipv4 address) '([^']+)')");
@@ -38,6 +42,7 @@ std::string hostIn(const std::string& words, const std::string& otherwise) {
 }  // namespace
 
 Explanation explainCertificate(const std::string& words, const std::string& host) {
+  if (words == kOwnExpired) return explain(reasonOf(TransferFailure::kTls), {.host = host});
   const auto problem = std::find_if(
       std::begin(kProblems), std::end(kProblems),
       [&words](const auto& each) { return words.find(each.words) != std::string::npos; });

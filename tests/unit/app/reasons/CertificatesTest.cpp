@@ -24,6 +24,12 @@ TEST(CertificatesTest, EachFaultIsToldFromTheOthers) {
   }
 }
 
+TEST(CertificatesTest, AServerThatRefusesOursIsNotBlamedForItsOwn) {
+  EXPECT_EQ(of("SSL certificate verification failed").sentence(),
+            "No secure connection to films.test could be made; the server may be too old or ask "
+            "for a certificate.");
+}
+
 TEST(CertificatesTest, TheHostThatWasAskedIsNamed) {
   EXPECT_EQ(of("SSL: no alternative certificate subject name matches target host name 'cdn.test'")
                 .sentence(),

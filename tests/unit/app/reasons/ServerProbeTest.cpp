@@ -96,6 +96,19 @@ TEST(ServerProbeTest, AServerIsAskedForTheHeadOfTheFilm) {
   EXPECT_TRUE(server.requests().at(0).starts_with("HEAD /a.avi "));
 }
 
+TEST(ServerProbeTest, AServerThatRefusesOurCertificateIsNotBlamedForItsOwn) {
+  constexpr char kExpired = 45;
+  constexpr char kRequired = 116;
+  for (const char alert : {kExpired, kRequired}) {
+    support::ScriptedServer server;
+    server.always(Script().readBytes(5).send({0x15, 3, 3, 0, 2, 2, alert}).close());
+    const std::string url = "https://localhost:" + std::to_string(server.port()) + "/a.avi";
+    const auto explanation = explainProbe(serverProbe({})(url, {}));
+    ASSERT_TRUE(explanation);
+    EXPECT_EQ(explanation->code(), "tls") << int{alert} << explanation->sentence();
+  }
+}
+
 TEST(ServerProbeTest, AStopEndsAProbeOfASilentServer) {
   support::ScriptedServer server;
   server.always(Script().readRequest().stall());
