@@ -135,6 +135,7 @@ int request(const Options& options, PlayerSession& session, Reporter& reporter, 
       const int status = requestHere(options.request, session, reporter);
       // What changes nothing need not be saved on a full disk.
       const bool frees = accessFor(options.request) == Access::kFree;
+      if (frees && status == kExitUsage) return status;
       return complainOf(frees ? session.saveProblem() : session.saveAgain(), reporter, status);
     }
     const std::optional<Reply> reply =

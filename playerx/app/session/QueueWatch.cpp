@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "kvpm/StringTools.h"
 #include "playerx/app/model/FilmCheck.h"
 
 namespace playerx::session {
 
+using kvpm::StringTools;
 using model::ItemState;
 using model::QueueChange;
 using Kind = QueueEvent::Kind;
@@ -141,6 +143,18 @@ void QueueWatch::tellReasons() {
   }
 }
 
+/// A film that was begun with another media folder is not where its item has it.
+void QueueWatch::tellFinished(ItemState item) {
+  const std::optional<TransferReport> transfer = session_.findTransfer(item.url);
+  const std::string place = transfer ? transfer->finalPath : "";
+  if (!place.empty() && place != item.path) {
+    item.path = place;
+    session_.manager().updatePath(item.id, StringTools::stringToWString(place));
+  }
+  listener_({Kind::kFinished, item, {}, findOddity(item, session_.places().media)});
+  playIfReady(item);
+}
+
 /// A long file is not written for each of many failures: that would take longer than they do.
 void QueueWatch::saveReasons() {
   constexpr int kPauses = 9;  // as long as the last save
@@ -162,8 +176,7 @@ void QueueWatch::tell(const QueueChange& change) {
       return playIfReady(item);
     case QueueChange::kFinished:
       lastWords_.clear();
-      listener_({Kind::kFinished, item, {}, findOddity(item, session_.places().media)});
-      return playIfReady(item);
+      return tellFinished(item);
     case QueueChange::kFailed:
       return explainer_.explain(item, session_.view().takeNotices(item.id),
                                 std::exchange(lastWords_, {}));

@@ -67,6 +67,7 @@ class QueueWatch {
   void tellMessages();
   std::vector<unsigned int> tellChanges();
   void tellRemoved(const model::ItemState& item);
+  void tellFinished(model::ItemState item);
   void tellReasons();
   void saveReasons();
   void tell(const model::QueueChange& change);

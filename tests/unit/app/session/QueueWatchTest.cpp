@@ -79,6 +79,20 @@ TEST_F(QueueWatchTest, EveryStepOfAFilmIsTold) {
   EXPECT_THAT(kinds(), ElementsAre(Kind::kAdded, Kind::kChanged, Kind::kFinished));
 }
 
+TEST_F(QueueWatchTest, AFilmThatCameToAnotherFolderHasItsPathThere) {
+  DownloadItem& film = fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
+  film.setPath(L"/former/a.avi");
+  fake_.reports.isThere = true;
+  fake_.reports.last.finalPath = "/films/a.avi";
+  fake_.session().start();
+  watch();
+  film.setStatus(DownloadStatusCompleted);
+  watch().update();
+  ASSERT_FALSE(events_.empty());
+  EXPECT_EQ(events_.back().item.path, "/films/a.avi");
+  EXPECT_EQ(fake_.log.lines("manager.updatePath").size(), 1u);
+}
+
 TEST_F(QueueWatchTest, AFailureIsToldWithItsReason) {
   ASSERT_TRUE(watchAFailure());
   ASSERT_THAT(kinds(), ElementsAre(Kind::kFailed));
