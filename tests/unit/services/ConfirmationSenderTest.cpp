@@ -25,13 +25,18 @@ TEST(ConfirmationSenderTest, RequestsAreSentInTheirOrder) {
 TEST(ConfirmationSenderTest, QueueingDoesNotWaitForTheService) {
   std::promise<void> answer;
   std::shared_future<void> answered(answer.get_future());
-  ConfirmationSender sender([&answered](const std::string&, const IsGivenUp&) {
-    answered.wait();
-    return true;
-  });
-  sender.enqueue("a");
-  sender.enqueue("b");  // the service has not answered "a" yet
-  answer.set_value();
+  std::vector<std::string> sent;
+  {
+    ConfirmationSender sender([&](const std::string& request, const IsGivenUp&) {
+      answered.wait();
+      sent.push_back(request);
+      return true;
+    });
+    sender.enqueue("a");
+    sender.enqueue("b");  // the service has not answered "a" yet
+    answer.set_value();
+  }
+  EXPECT_EQ(sent, (std::vector<std::string>{"a", "b"}));
 }
 
 TEST(ConfirmationSenderTest, WhatFailedIsSentAgain) {

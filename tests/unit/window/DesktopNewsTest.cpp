@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QLocale>
+#include <QScopeGuard>
 #include <QTest>
 
 #include "playerx/window/desktop/DesktopNews.h"
@@ -93,6 +94,7 @@ TEST_F(DesktopNewsTest, TheMachineStaysAwakeOnlyWhileBytesMove) {
 }
 
 TEST(StatusStripTest, TheWholeQueueIsToldInNumbers) {
+  const auto reset = qScopeGuard([] { QLocale::setDefault(QLocale::system()); });
   QLocale::setDefault(QLocale::c());
   const auto text = [](const QList<Film>& films, bool isPaused = false) {
     const QueueTotals totals = QueueTotals::of({films.begin(), films.end()});
