@@ -142,7 +142,8 @@ Items DownloadManagerPersistence::readOldQueue(const std::wstring& path) {
 
 unsigned char* DownloadManagerPersistence::wstringToUtf8(const std::wstring& text) {
   const std::string utf8 = persistence::utf8Of(text);
-  auto bytes = std::make_unique_for_overwrite<unsigned char[]>(utf8.size() + 1);
+  const std::size_t capacity = text.size() * persistence::kBytesPerCharacter;
+  auto bytes = std::make_unique_for_overwrite<unsigned char[]>(capacity + 1);
   std::memcpy(bytes.get(), utf8.c_str(), utf8.size() + 1);
   return bytes.release();
 }

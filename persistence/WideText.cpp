@@ -9,8 +9,7 @@
 namespace persistence {
 namespace {
 
-/// More than a conversion to or from UTF-8 ever needs.
-constexpr std::size_t kBytesPerCharacter = 10;
+/// More than a conversion from UTF-8 ever needs.
 constexpr std::size_t kCharactersPerByte = 10;
 
 }  // namespace

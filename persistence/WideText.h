@@ -1,11 +1,15 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 /// Wide text as the queue files hold it. All functions may be called from any thread and throw
 /// `std::bad_alloc` alone.
 namespace persistence {
+
+/// More than a conversion to UTF-8 ever needs.
+constexpr std::size_t kBytesPerCharacter = 10;
 
 /// Empty where the text cannot be converted.
 std::string utf8Of(const std::wstring& text);
