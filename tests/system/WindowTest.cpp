@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "tests/support/Nginx.h"
+#include "tests/support/ScriptedServer.h"
 #include "tests/support/WaitFor.h"
 #include "tests/system/BigFile.h"
 #include "tests/system/PlayerHome.h"
@@ -192,6 +193,24 @@ TEST_F(WindowTest, ALongListOfAddressesKeepsNobodyWaitingAndIsNotLost) {
   window->send(SIGTERM);
   EXPECT_EQ(window->wait(), 0) << window->errors();
   EXPECT_THAT(home.queue(), SizeIs(kAddresses + 1));
+}
+
+TEST_F(WindowTest, AProtectedTicketBehindALongListIsReadAtTheEnd) {
+  support::ScriptedServer services;
+  services.always(support::Script::answer(support::okResponse(
+      R"({"records":[{"ticket":"t","title":"The last","usageId":1}],"ready":false})")));
+  home.addOptions({"--services", services.url("")});
+  const support::TempDir folder;
+  std::vector<std::string> inputs;
+  for (int i = 0; i < 1500; ++i) {
+    inputs.push_back("http://127.0.0.1:1/" + std::to_string(i) + ".avi");
+  }
+  inputs.push_back(folder.write("t.tix", "VeskSealedTicket 1\nx"));
+  const auto window = startWindow(inputs);
+  ASSERT_TRUE(isListed("0.avi")) << window->errors();
+  window->send(SIGTERM);
+  EXPECT_EQ(window->wait(), 0) << window->errors();
+  EXPECT_TRUE(isListed("The last")) << window->errors();
 }
 
 TEST_F(WindowTest, WhatHasArrivedIsKeptWhenItEnds) {

@@ -29,6 +29,9 @@ namespace {
 constexpr std::chrono::seconds kLongestOpening(3);
 constexpr int kRetryMs = 3000;
 
+/// How long a request that is left at the end may take until the services are not waited for.
+constexpr int kLongestLastMs = 2000;
+
 bool isEnding() { return QThread::currentThread()->isInterruptionRequested(); }
 
 /// Sleeps; false when the window is closed meanwhile.
@@ -80,7 +83,7 @@ SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& s
   session::SessionListener listener;
   listener.wake = [this] { clock_.lookSoon(); };
   listener.askForSlot = [this](const std::string& title) { return slotDesk_.choose(title); };
-  listener.isToEnd = isEnding;
+  listener.isToEnd = [this] { return isEnding() && lastRequest_.hasExpired(); };
   session_ = std::make_unique<session::PlayerSession>(options, std::move(listener));
   player_.offerTo(session_->plugins());
 }
@@ -199,6 +202,7 @@ Reply SessionWorker::ask(const Request& request) {
 
 /// Nullopt when the queue turned out not to be reachable any more.
 std::optional<Reply> SessionWorker::askReached(const Request& request) {
+  if (isEnding()) lastRequest_.setRemainingTime(kLongestLastMs);
   const Reply reply = ask(request);
   const bool isReached = end_ && end_->problem().empty();
   return isReached ? std::optional(reply) : std::nullopt;

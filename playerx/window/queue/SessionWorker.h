@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QSet>
 #include <QTimer>
@@ -84,6 +85,7 @@ class SessionWorker : public QObject {
   bool staysPaused_ = false;
   QSet<FilmId> playWishes_;  // films to be played as soon as enough of them is there
   InputAdder adder_;
+  QDeadlineTimer lastRequest_{0};  // of those that were left at the end; runs while it may wait
   LookClock clock_;
   RoomClock roomClock_;
   QTimer retry_;
