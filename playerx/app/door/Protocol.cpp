@@ -3,34 +3,14 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "playerx/app/inputs/InputText.h"
-#include "playerx/app/inputs/OptionFault.h"
+#include "playerx/app/door/RequestFault.h"
+#include "playerx/app/door/RequestWords.h"
 #include "playerx/app/model/JsonMembers.h"
 #include "playerx/app/session/FilmOptionsJson.h"
 
 namespace playerx::session {
 
 using Json = nlohmann::ordered_json;
-
-NLOHMANN_JSON_SERIALIZE_ENUM(Request::Action, {{Request::Action::kList, "list"},
-                                               {Request::Action::kWatch, "watch"},
-                                               {Request::Action::kAdd, "add"},
-                                               {Request::Action::kRemove, "remove"},
-                                               {Request::Action::kRetry, "retry"},
-                                               {Request::Action::kMove, "move"},
-                                               {Request::Action::kPause, "pause"},
-                                               {Request::Action::kResume, "resume"},
-                                               {Request::Action::kClear, "clear"},
-                                               {Request::Action::kClean, "clean"},
-                                               {Request::Action::kLimit, "limit"},
-                                               {Request::Action::kShow, "show"},
-                                               {Request::Action::kPing, "ping"}})
-
-NLOHMANN_JSON_SERIALIZE_ENUM(Request::Direction, {{Request::Direction::kUp, "up"},
-                                                  {Request::Direction::kDown, "down"},
-                                                  {Request::Direction::kTop, "top"},
-                                                  {Request::Direction::kBottom, "bottom"},
-                                                  {Request::Direction::kBefore, "before"}})
 
 NLOHMANN_JSON_SERIALIZE_ENUM(Reply::Outcome, {{Reply::Outcome::kDone, "done"},
                                               {Reply::Outcome::kFailed, "failed"},
@@ -189,62 +169,6 @@ std::optional<Refusal> refusalOf(const Json& object) {
 
 std::optional<std::string> textOf(const Json& value) {
   return value.is_string() ? std::optional(value.get<std::string>()) : std::nullopt;
-}
-
-bool isDirection(const Json& word) { return Json(word.get<Request::Direction>()) == word; }
-
-/// What is wrong with the way that an item is to move; empty when nothing is.
-std::string faultOfMove(const Members& members) {
-  const bool isMove = members.has("action") && members.at("action") == "move";
-  if (!isMove || (members.has("direction") && isDirection(members.at("direction")))) return {};
-  return "The request names no direction; give up, down, top, bottom or before.";
-}
-
-/// What the request lacks; empty when nothing.
-std::string lackOf(const Request& request, const Members& members) {
-  using Action = Request::Action;
-  const bool isMove = request.action == Action::kMove;
-  const bool needsItem = isMove || request.action == Action::kRemove;
-  if (needsItem && !members.has("id") && !members.has("position")) {
-    return "The request names no item; give its id, or its position from 1 on.";
-  }
-  if (request.action == Action::kLimit && !request.rateLimit) {
-    return "The request names no limit; give its rateLimit, 0 for none.";
-  }
-  if (isMove && request.direction == Request::Direction::kBefore && !members.has("before")) {
-    return "The request does not name the item to move in front of; give its id as \"before\".";
-  }
-  return {};
-}
-
-/// What is wrong with the films that the request is to add; empty when nothing is.
-std::string faultOfFilms(const Request& request) {
-  if (request.action != Request::Action::kAdd) return {};
-  const bool isOneAddress =
-      request.inputs.size() == 1 && !inputs::isTicketPath(request.inputs.front());
-  return inputs::faultOfSharing(isOneAddress, request.name, request.options);
-}
-
-/// The first option that cannot be read; empty when all can, or when these are no options at all.
-std::string faultOfOptions(const Json& options) {
-  if (!options.is_object()) return {};
-  for (const auto& [name, value] : options.items()) {
-    if (!session::filmOptionsOf({{name, value}})) {
-      return "The request has an impossible value for the option " + name + ".";
-    }
-  }
-  return {};
-}
-
-/// What is wrong with a request; empty for a right one, and for a line that is no request.
-std::string faultOf(const Request& request, const Members& members) {
-  std::string fault;
-  if (members.has("options")) fault = faultOfOptions(members.at("options"));
-  if (fault.empty()) fault = faultOfMove(members);
-  if (!members.isGood() || !members.has("action")) return fault;
-  if (!request.name.empty()) fault = inputs::faultOfName(request.name);
-  if (fault.empty()) fault = lackOf(request, members);
-  return fault.empty() ? faultOfFilms(request) : fault;
 }
 
 /// What of a request can be read; the members tell whether all could.
