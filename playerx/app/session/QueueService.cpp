@@ -203,6 +203,9 @@ Reply QueueService::editItem(const Request& request, const ItemState& item) {
     case Action::kRetry:
       return retry(item);
     case Action::kMove:
+      if (item.status == DownloadStatusFailed) {
+        return failed("A failed item cannot be moved before it is tried again.");
+      }
       return request.direction == Direction::kBefore ? moveBefore(item, request.before)
                                                      : move(item, request.direction);
     case Action::kPause:
@@ -232,12 +235,12 @@ Reply QueueService::retry(const ItemState& item) {
     return failed("Only a failed item can be retried; this one is " +
                   std::string(model::statusWord(item.status)) + ".");
   }
+  watch_.clearTopFor(item.id);
   if (session_.manager().isPaused()) {
     // The manager's own retry ends the pause.
     watch_.queueAgain(item.id);
     session_.manager().moveToTop(item.id);
   } else {
-    watch_.clearTopFor(item.id);
     session_.manager().retry(item.id);
     watch_.expectOutcome(item.id);
   }
@@ -254,9 +257,6 @@ Reply QueueService::retryAll() {
 }
 
 Reply QueueService::move(const ItemState& item, Direction direction) {
-  if (item.status == DownloadStatusFailed) {
-    return failed("A failed item cannot be moved before it is tried again.");
-  }
   VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
   const std::ptrdiff_t before = placeOf(item.id);
   bool isMoved = true;

@@ -78,7 +78,6 @@ void QueueWatch::clearTopFor(unsigned int id) {
 }
 
 void QueueWatch::queueAgain(unsigned int id) {
-  clearTopFor(id);
   session_.manager().updateStatus(id, DownloadStatusQueued);
   expectOutcome(id);
 }

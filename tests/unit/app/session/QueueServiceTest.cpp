@@ -119,8 +119,10 @@ TEST_F(QueueServiceTest, RetryOfAllMovesNothing) {
 TEST_F(QueueServiceTest, AFailedItemIsNotMoved) {
   fake_.module.put("http://h/a.avi");
   fake_.module.put("http://h/b.avi", DownloadStatusFailed);
-  EXPECT_THAT(ask(Action::kMove, 2, Direction::kTop).notes,
-              ElementsAre("A failed item cannot be moved before it is tried again."));
+  for (const Direction direction : {Direction::kTop, Direction::kBefore}) {
+    EXPECT_THAT(ask(Action::kMove, 2, direction).notes,
+                ElementsAre("A failed item cannot be moved before it is tried again."));
+  }
   EXPECT_THAT(log_.lines(), testing::IsEmpty());
 }
 
