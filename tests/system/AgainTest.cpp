@@ -88,6 +88,8 @@ TEST_F(AgainTest, AFilmThatATicketNamesTwiceIsFetchedOnce) {
   EXPECT_EQ(home.run({"get", ticket}).status, 0);
   EXPECT_THAT(home.films(), ElementsAre("a.avi"));
   EXPECT_THAT(home.queue(), SizeIs(1));
+  EXPECT_EQ(home.run({"get", "--again", ticket}).status, 0);
+  EXPECT_THAT(home.films(), SizeIs(2)) << "the film was fetched once more";
 }
 
 TEST_F(AgainTest, OneFilmThatFailedIsRetriedAlone) {

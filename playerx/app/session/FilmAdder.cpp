@@ -56,6 +56,15 @@ void makeCookieFile(const std::string& path) {
   if (file.get() < 0) errno = 0;
 }
 
+/// Leaves the first of several spellings of an address.
+void dropRepeated(std::vector<std::string>& addresses) {
+  std::set<std::string> seen;
+  std::erase_if(addresses, [&seen](const std::string& address) {
+    const std::string form = formOf(address);
+    return !seen.insert(form.empty() ? address : form).second;
+  });
+}
+
 }  // namespace
 
 Reply FilmAdder::add(const Request& request) {
@@ -115,16 +124,18 @@ void FilmAdder::addInput(const Input& input, const Request& request, Reply& repl
 }
 
 /// Whether the queue holds all films of a clear ticket, so that it need not be added; `hasTwins`
-/// tells whether it holds any.
+/// tells whether it holds any, or the ticket names one twice.
 bool FilmAdder::goOnWithTicket(const Input& input, const Request& request, Reply& reply,
                                bool& hasTwins) {
-  if (request.again) return false;
-  const std::vector<std::string> films =
+  std::vector<std::string> films =
       inputs::filmsOfTicket(kvpm::StringTools::stringToWString(inputs::unquoted(input.text)));
+  const std::size_t named = films.size();
+  dropRepeated(films);
+  hasTwins = films.size() < named;
+  if (request.again) return false;
   const auto known = std::count_if(films.begin(), films.end(),
                                    [this](const std::string& film) { return !isToAdd(film); });
-  const std::set<std::string> different(films.begin(), films.end());
-  hasTwins = known > 0 || different.size() < films.size();
+  hasTwins |= known > 0;
   if (films.empty() || known < std::ssize(films)) return false;
   for (const std::string& film : films) {
     if (input.hasOptions()) session_.addFilmOptions(film, input.options);
@@ -169,6 +180,7 @@ void FilmAdder::goOnWithUnfinished(const ItemState& film, const Input& input,
   if (!request.name.empty()) nameFilm(film.id, request.name);
   const bool hasFailed = film.status == DownloadStatusFailed;
   if (hasFailed) {
+    watch_.clearTopFor(film.id);
     watch_.queueAgain(film.id);
   } else if (film.status == DownloadStatusStopped || session_.view().isKeptStopped(film.id)) {
     // The manager has a paused item say "queued" for the moment in which another goes before it.
@@ -207,7 +219,7 @@ void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply
     const std::vector<ItemState> before = hasTwins ? watch_.queue() : std::vector<ItemState>();
     handOver(input, reply);
     const std::vector<std::string> twins =
-        hasTwins ? removeTwins(before) : std::vector<std::string>();
+        hasTwins ? removeTwins(before, request.again) : std::vector<std::string>();
     noteAdded(input, request, reply);
     for (const std::string& address : twins) goOnWith({address, input.options}, request, reply);
   });
@@ -236,16 +248,16 @@ void FilmAdder::noteAdded(const Input& input, const Request& request, Reply& rep
   }
 }
 
-/// Takes the films out again that a ticket has brought although the queue held them `before`, whose
-/// addresses it returns, or that it has brought twice.
-std::vector<std::string> FilmAdder::removeTwins(const std::vector<ItemState>& before) {
+/// Takes the films out again that a ticket has brought twice, or, unless they are fetched anew,
+/// although the queue held them `before`; returns the addresses of the latter.
+std::vector<std::string> FilmAdder::removeTwins(const std::vector<ItemState>& before, bool isAnew) {
   std::set<unsigned int> old;
   for (const ItemState& item : before) old.insert(item.id);
   std::vector<std::string> twins;
   std::vector<ItemState> fresh;
   for (const ItemState& item : model::snapshotOf(session_.manager())) {
     if (old.contains(item.id)) continue;
-    const bool isOld = findKnownFilm(before, item.url).has_value();
+    const bool isOld = !isAnew && findKnownFilm(before, item.url);
     if (isOld) twins.push_back(item.url);
     if (isOld || findKnownFilm(fresh, item.url)) {
       session_.manager().remove(item.id);

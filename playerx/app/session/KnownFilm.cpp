@@ -11,12 +11,6 @@ using model::ItemState;
 
 namespace {
 
-/// Every spelling of an address has one form in which it is remembered.
-std::string formOf(const std::string& address) {
-  const std::optional<Address> parsed = parseAddress(address);
-  return parsed ? parsed->remembered : "";
-}
-
 /// Whether an address may have this form. Parsing takes far longer than this look, which nearly all
 /// addresses of a long queue do not pass.
 bool mayHaveForm(const std::string& address, std::string_view form) {
@@ -34,6 +28,11 @@ int progressOf(const ItemState& item) {
 }
 
 }  // namespace
+
+std::string formOf(const std::string& address) {
+  const std::optional<Address> parsed = parseAddress(address);
+  return parsed ? parsed->remembered : "";
+}
 
 std::optional<ItemState> findKnownFilm(const std::vector<ItemState>& queue,
                                        const std::string& address) {

@@ -8,6 +8,9 @@
 
 namespace playerx::session {
 
+/// The one form in which every spelling of an address is remembered; empty for what is no address.
+std::string formOf(const std::string& address);
+
 /// The item of a queue that was added for this address: of several the one that has come farthest.
 /// Nullopt for an address that is not there, and for what is not an address.
 std::optional<model::ItemState> findKnownFilm(const std::vector<model::ItemState>& queue,
