@@ -190,6 +190,7 @@ TEST_F(WindowTest, ALongListOfAddressesKeepsNobodyWaitingAndIsNotLost) {
   const auto window = startWindow(inputs);
   ASSERT_TRUE(isListed("0.avi")) << window->errors();
   EXPECT_EQ(home.run({"add", "http://127.0.0.1:1/between.avi"}).status, 0);
+  EXPECT_LT(home.queue().size(), kAddresses) << "the end comes in between";
   window->send(SIGTERM);
   EXPECT_EQ(window->wait(), 0) << window->errors();
   EXPECT_THAT(home.queue(), SizeIs(kAddresses + 1));

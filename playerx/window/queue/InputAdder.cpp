@@ -1,5 +1,6 @@
 #include "playerx/window/queue/InputAdder.h"
 
+#include <QThread>
 #include <algorithm>
 #include <utility>
 
@@ -38,8 +39,9 @@ void InputAdder::addFirst() {
 }
 
 void InputAdder::addNext() {
-  if (toAdd_.isEmpty()) return;  // the rest was added meanwhile
   addFirst();
+  // At the window's end `addRest` follows, and nobody is left to report to.
+  if (QThread::currentThread()->isInterruptionRequested()) return;
   Q_EMIT advanced(static_cast<int>(toAdd_.size()));
   if (!toAdd_.isEmpty()) {
     QMetaObject::invokeMethod(this, &InputAdder::addNext, Qt::QueuedConnection);

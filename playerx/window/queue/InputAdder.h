@@ -32,8 +32,8 @@ class InputAdder : public QObject {
   /// The queue has this film since an input was added.
   void noteFilm(FilmId film) { films_.append(film); }
 
-  /// Inputs that have not been added.
-  qsizetype left() const { return toAdd_.size() + waiting_.size(); }
+  /// Inputs that have not been added, those among them whose refusal has not been reported.
+  qsizetype left() const { return toAdd_.size() + waiting_.size() + report_.refused.size(); }
 
  Q_SIGNALS:
   /// Some inputs have been handed over; `left` wait for their turn.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "playerx/app/door/QueueOpening.h"
+#include "playerx/app/inputs/InputText.h"
 #include "playerx/app/reasons/ReasonFile.h"
 #include "playerx/window/model/Sentences.h"
 #include "playerx/window/queue/InputReports.h"
@@ -29,7 +30,7 @@ namespace {
 constexpr std::chrono::seconds kLongestOpening(3);
 constexpr int kRetryMs = 3000;
 
-/// How long a request that is left at the end may take until the services are not waited for.
+/// How long the online services are waited for, for what is left to be added at the end.
 constexpr int kLongestLastMs = 2000;
 
 bool isEnding() { return QThread::currentThread()->isInterruptionRequested(); }
@@ -44,6 +45,10 @@ bool isAnyRunning(const std::vector<ItemState>& queue) {
   return std::any_of(queue.begin(), queue.end(), [](const ItemState& item) {
     return item.status == DownloadStatusStarting || item.status == DownloadStatusDownloading;
   });
+}
+
+bool namesTicket(const Request& request) {
+  return std::any_of(request.inputs.begin(), request.inputs.end(), inputs::isTicketPath);
 }
 
 QStringList inputsOf(const std::vector<std::string>& inputs) {
@@ -83,7 +88,10 @@ SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& s
   session::SessionListener listener;
   listener.wake = [this] { clock_.lookSoon(); };
   listener.askForSlot = [this](const std::string& title) { return slotDesk_.choose(title); };
-  listener.isToEnd = [this] { return isEnding() && lastRequest_.hasExpired(); };
+  listener.isToEnd = [this, own = QThread::currentThread()] {
+    const bool isTimeLeft = servicesDeadline_ && !servicesDeadline_->hasExpired();
+    return own->isInterruptionRequested() && !isTimeLeft;
+  };
   session_ = std::make_unique<session::PlayerSession>(options, std::move(listener));
   player_.offerTo(session_->plugins());
 }
@@ -202,7 +210,8 @@ Reply SessionWorker::ask(const Request& request) {
 
 /// Nullopt when the queue turned out not to be reachable any more.
 std::optional<Reply> SessionWorker::askReached(const Request& request) {
-  if (isEnding()) lastRequest_.setRemainingTime(kLongestLastMs);
+  const bool isFirstTicket = !servicesDeadline_ && namesTicket(request);
+  if (isEnding() && isFirstTicket) servicesDeadline_.emplace(kLongestLastMs);
   const Reply reply = ask(request);
   const bool isReached = end_ && end_->problem().empty();
   return isReached ? std::optional(reply) : std::nullopt;

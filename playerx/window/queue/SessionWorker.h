@@ -46,8 +46,9 @@ class SessionWorker : public QObject {
   void open(bool staysPaused);
 
   /// Adds the inputs, a long list little by little; `inputsTaken` says when it is done. Those that
-  /// are left when the worker is destroyed are added then, or, when no queue can be reached,
-  /// counted on standard error.
+  /// are left when the worker is destroyed are added then; those that are refused, or that no queue
+  /// can be told of, are counted on standard error. For what the online services are to read, they
+  /// are waited for two seconds.
   void add(const QStringList& inputs) { adder_.add(inputs); }
 
   void readTicket(const QString& path);
@@ -85,7 +86,7 @@ class SessionWorker : public QObject {
   bool staysPaused_ = false;
   QSet<FilmId> playWishes_;  // films to be played as soon as enough of them is there
   InputAdder adder_;
-  QDeadlineTimer lastRequest_{0};  // of those that were left at the end; runs while it may wait
+  std::optional<QDeadlineTimer> servicesDeadline_;  // for the tickets left at the end
   LookClock clock_;
   RoomClock roomClock_;
   QTimer retry_;
