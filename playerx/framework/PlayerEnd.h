@@ -15,8 +15,8 @@ class PlayerEnd {
   virtual ~PlayerEnd() = default;
 
   /// Whether the player is to end: what keeps the session's thread waiting is to be given up, so
-  /// that it can stop everything else. What it does not wait for goes on, lest it be taken for a
-  /// failure.
+  /// that it can stop everything else. What it does not wait for goes on: given up, it would
+  /// count as failed.
   virtual bool isWanted() const = 0;
 
   /// Whether everything has been stopped: no answer is worth waiting for any longer.

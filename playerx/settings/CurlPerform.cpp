@@ -10,11 +10,12 @@ constexpr int kLookMs = 100;
 
 using CurlMulti = std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)>;
 
-/// How the only request ended.
-CURLcode endOf(CURLM* multi) {
+/// How the only request ended; it has none when it was given up or could not be performed.
+CURLcode endOf(CURLM* multi, bool isGivenUp) {
   int left = 0;
   const CURLMsg* const message = curl_multi_info_read(multi, &left);
-  return message == nullptr ? CURLE_ABORTED_BY_CALLBACK : message->data.result;
+  if (message != nullptr) return message->data.result;
+  return isGivenUp ? CURLE_ABORTED_BY_CALLBACK : CURLE_OUT_OF_MEMORY;
 }
 
 }  // namespace
@@ -30,7 +31,7 @@ CURLcode performUnless(const IsGivenUp& isGivenUp, CURL* curl) {
     if (curl_multi_perform(multi.get(), &running) != CURLM_OK || running == 0) break;
     curl_multi_poll(multi.get(), nullptr, 0, kLookMs, nullptr);
   }
-  const CURLcode code = endOf(multi.get());
+  const CURLcode code = endOf(multi.get(), isGivenUp && isGivenUp());
   curl_multi_remove_handle(multi.get(), curl);
   return code;
 }

@@ -6,7 +6,7 @@
 
 namespace playerx {
 
-/// Whether an answer is not worth waiting for any longer. Empty: it always is.
+/// Whether to stop waiting for an answer. Empty: never.
 using IsGivenUp = std::function<bool()>;
 
 /// Performs a request as `curl_easy_perform` does, and returns CURLE_ABORTED_BY_CALLBACK once
