@@ -39,7 +39,7 @@ class HttpTransfer {
 
   bool isRunning();
 
-  /// Has the transfer fail.
+  /// Makes the transfer fail.
   void cancel();
 
   /// Ends the transfer and waits for its thread, unless that is the calling one.

@@ -245,9 +245,9 @@ QString reasonSentence(const reasons::Explanation& reason) {
   const QString english = QString::fromStdString(reason.happened);
   const auto own = translatedAs("Reason", reasons::sentenceForm(reason.reason), english);
   const QString text = own ? *own : translated(english);
-  const bool isFree = !text.endsWith(QLatin1Char('.')) && isAdviceForWindow(reason.advice);
+  const bool takesAdvice = !text.endsWith(QLatin1Char('.')) && isAdviceForWindow(reason.advice);
   const QString advice =
-      isFree ? QCoreApplication::translate("Reason", reason.advice.c_str()) : QString();
+      takesAdvice ? QCoreApplication::translate("Reason", reason.advice.c_str()) : QString();
   if (!advice.isEmpty()) return text + QStringLiteral("; ") + advice + QLatin1Char('.');
   return text.endsWith(QLatin1Char('.')) ? text : text + QLatin1Char('.');
 }

@@ -33,9 +33,9 @@ void ToolBar::resizeEvent(QResizeEvent* event) {
 
 void ToolBar::changeEvent(QEvent* event) {
   QToolBar::changeEvent(event);
-  const bool isWider =
+  const bool isRelabelled =
       event->type() == QEvent::FontChange || event->type() == QEvent::LanguageChange;
-  if (isWider) fit();
+  if (isRelabelled) fit();
 }
 
 void ToolBar::fit() {

@@ -1284,6 +1284,13 @@
     </message>
 </context>
 <context>
+    <name>playerx::window::ToolBar</name>
+    <message>
+        <source>Tools</source>
+        <translation>Werkzeuge</translation>
+    </message>
+</context>
+<context>
     <name>playerx::window::Tracks</name>
     <message>
         <source>Track %1</source>
@@ -1293,13 +1300,6 @@
         <source>%1 (%2)</source>
         <extracomment>A track&apos;s title, then its language.</extracomment>
         <translation>%1 (%2)</translation>
-    </message>
-</context>
-<context>
-    <name>playerx::window::ToolBar</name>
-    <message>
-        <source>Tools</source>
-        <translation>Werkzeuge</translation>
     </message>
 </context>
 <context>
