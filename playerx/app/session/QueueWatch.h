@@ -19,8 +19,7 @@ namespace playerx::session {
 
 /// Looks at the queue of a session and tells a listener what has happened since the last look, with
 /// progress, reasons and oddities, and keeps the reasons for later runs. On the session's thread;
-/// the listener is called within `update`, `measure`,
-/// `clearTopFor` and `playWhenReady` alone.
+/// the listener is called within `update`, `measure`, `clearTopFor` and `playWhenReady` alone.
 class QueueWatch {
  public:
   using Listener = std::function<void(const QueueEvent&)>;
