@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QTimer>
@@ -45,7 +46,10 @@ class DoorServer::Connections : public QObject {
     listener_->setListenBacklogSize(kMostWaiting);
     QObject::connect(listener_.get(), &QLocalServer::newConnection, this,
                      [this] { acceptPending(); });
-    if (!open(path)) return listener_->errorString();
+    if (!open(path)) {
+      return QFileInfo(path).isDir() ? QStringLiteral("a folder lies there")
+                                     : listener_->errorString();
+    }
     reopening_ = std::make_unique<QTimer>();
     QObject::connect(reopening_.get(), &QTimer::timeout, this, [this, path] {
       // It closes when the system has no descriptor for a visitor, and does not say so.

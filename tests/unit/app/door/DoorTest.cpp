@@ -244,6 +244,13 @@ TEST_F(DoorTest, ASocketLeftByADeadProcessIsReplaced) {
   EXPECT_EQ(DoorClient().connect(left, kGenerousDeadline), "again");
 }
 
+TEST_F(DoorTest, AFolderInThePlaceOfTheSocketIsSaid) {
+  const std::string path = folder_ / "taken";
+  std::filesystem::create_directory(path);
+  DoorServer server("welcome", "full", [] {});
+  EXPECT_EQ(server.listen(path), "The socket " + path + " cannot be opened (a folder lies there).");
+}
+
 TEST_F(DoorTest, AFolderThatIsNotThereIsSaid) {
   DoorServer server("welcome", "", [] {});
   EXPECT_NE(server.listen(folder_.path().string() + "/none/door"), "");
