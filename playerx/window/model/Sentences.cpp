@@ -143,6 +143,7 @@ constexpr const char* kForms[] = {
     QT_TRANSLATE_NOOP("Sentence", "There is no place for the socket of the queue."),
     QT_TRANSLATE_NOOP("Sentence", "No thread can be started for the socket of the queue."),
     QT_TRANSLATE_NOOP("Sentence", "The socket {place} cannot be opened ({words})."),
+    QT_TRANSLATE_NOOP("Sentence", "a folder lies there"),
 
     // The plug-ins.
     QT_TRANSLATE_NOOP("Sentence", "The download manager cannot be loaded from {place}. {words}"),

@@ -307,6 +307,10 @@
         <translation>Der Socket {place} kann nicht geöffnet werden ({words}).</translation>
     </message>
     <message>
+        <source>a folder lies there</source>
+        <translation>dort liegt ein Ordner</translation>
+    </message>
+    <message>
         <source>The download manager cannot be loaded from {place}.</source>
         <translation>Der Download-Manager kann nicht aus {place} geladen werden.</translation>
     </message>
