@@ -110,6 +110,19 @@ std::unique_ptr<Part> claimKnown(const DownloadRequest& request, const std::stri
   return nullptr;
 }
 
+/// Deletes the partials of a film that was placed: a kill may come between the two when they lie on
+/// different file systems.
+void deleteWholeParts(const DownloadRequest& request, const std::string& key) {
+  for (const Candidate& candidate : findCandidates(request, key)) {
+    int error = 0;
+    const auto part = candidate.rank == kWholeRank ? Part::claim(candidate.paths, error) : nullptr;
+    if (!part) continue;
+    std::error_code ignored;
+    fs::remove(candidate.paths.state(), ignored);
+    fs::remove(candidate.paths.bytes(), ignored);
+  }
+}
+
 // Something else than a file has the name: a folder, a link, a device that is not there.
 bool isInTheWay(int error) { return error == EISDIR || error == ELOOP || error == ENXIO; }
 
@@ -136,10 +149,11 @@ Opened openPart(const DownloadRequest& request) {
   error = makeFolders(folder);
   if (error == 0) error = writeError(folder);
   if (error != 0) return failed(TransferFailure::kMediaFolder, folder, error);
+  const std::string key = digestOf(request.address.place);
   if (auto film = findPlacedFilm(request)) {
+    deleteWholeParts(request, key);
     return {nullptr, *std::move(film), TransferFailure::kNone, {}};
   }
-  const std::string key = digestOf(request.address.place);
   std::unique_ptr<Part> part = claimKnown(request, key, error);
   if (!part) part = claimNew(request, key, error);
   if (part) error = part->adopt(request.address);

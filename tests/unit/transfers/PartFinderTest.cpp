@@ -192,6 +192,14 @@ TEST_F(PartFinderTest, APlacedFilmIsFoundUnderTheNameThatWasTakenByIt) {
   EXPECT_EQ(openPart(request("film.avi", "http://h/other.avi")).film, "");
 }
 
+TEST_F(PartFinderTest, AWholePartialBesideItsPlacedFilmIsDeleted) {
+  place(*partOf(request(), 1000), request());
+  partOf(request("other.avi"), 1000)->finish();
+  ASSERT_FALSE(fs::is_empty(request().downloads));
+  EXPECT_EQ(openPart(request()).film, movie("film.avi"));
+  EXPECT_TRUE(fs::is_empty(request().downloads));
+}
+
 TEST_F(PartFinderTest, AStrangersFileIsNotTakenForTheFilm) {
   folder_.write("movies/film.avi", filmBytes(1000));
   EXPECT_EQ(openPart(request("film[2].avi")).film, "");
