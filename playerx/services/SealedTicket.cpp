@@ -6,12 +6,8 @@ namespace playerx {
 
 namespace {
 
-constexpr char kFirstLine[] = "VeskSealedTicket 1";
-
-bool isSealed(const std::string& content) {
-  const std::size_t length = sizeof kFirstLine - 1;
-  return content.compare(0, length, kFirstLine) == 0 &&
-         (content.size() == length || content[length] == '\n' || content[length] == '\r');
+bool isSealed(std::string_view content) {
+  return content.substr(0, content.find_first_of("\n\r")) == kSealedTicketLine;
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "kvpm/StringTools.h"
 #include "persistence/ClearTicket.h"
 #include "playerx/app/inputs/InputText.h"
+#include "playerx/services/SealedTicket.h"
 #include "playerx/settings/ServicesAddress.h"
 
 namespace playerx::inputs {
@@ -17,9 +18,6 @@ using reasons::Explanation;
 using reasons::Reason;
 
 namespace {
-
-/// First line of a ticket that only the online services can read.
-constexpr std::wstring_view kSealedLine = L"VeskSealedTicket 1";
 
 bool isTooLong(const persistence::TicketFilm& film) {
   return std::max({film.title.size(), film.contentProvider.size(), film.url.size()}) > kLongestText;
@@ -87,7 +85,8 @@ std::vector<std::string> filmsOfTicket(const std::wstring& path) {
 }
 
 bool isSealedTicket(const std::wstring& text) {
-  return std::wstring_view(text).substr(0, text.find_first_of(L"\n\r")) == kSealedLine;
+  const auto line = std::wstring_view(text).substr(0, text.find_first_of(L"\n\r"));
+  return std::ranges::equal(line, kSealedTicketLine);
 }
 
 std::optional<Explanation> refusalOfTicket(const std::wstring& path) {
