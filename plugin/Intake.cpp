@@ -59,8 +59,6 @@ std::vector<Intake::Item*> Intake::addTicket(const std::wstring& ticketPath) {
   const auto services = services_.find();
   if (services == nullptr) return {};
   const Records records = services->get()->readTicket(path);
-  const std::vector<std::unique_ptr<VeskDrmTicketData>> ownedRecords(records.begin(),
-                                                                     records.end());
   std::vector<Item*> added;
   Items refused;
   if (records.empty()) {

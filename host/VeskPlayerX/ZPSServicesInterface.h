@@ -20,8 +20,8 @@ class ZPSServicesInterface {
   ZPSServicesInterface& operator=(const ZPSServicesInterface&) = delete;
   virtual ~ZPSServicesInterface() = default;
 
-  /// Decodes the rights-protected ticket file at `path`. The records, each built with `new`, belong
-  /// to the caller; none for a clear ticket or one that cannot be read.
+  /// Decodes the rights-protected ticket file at `path`. The records belong to the services and
+  /// live as long as they do; none for a clear ticket or one that cannot be read.
   virtual std::vector<VeskDrmTicketData*> readTicket(const std::wstring& path) = 0;
 
   /// Whether the services can serve a download now. The download manager passes three zeros.

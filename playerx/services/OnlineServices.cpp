@@ -12,7 +12,6 @@
 #include "playerx/framework/PluginExport.h"
 #include "playerx/framework/UserMessages.h"
 #include "playerx/services/SealedTicket.h"
-#include "playerx/services/ServicesProtocol.h"
 
 namespace playerx {
 
@@ -56,10 +55,13 @@ std::vector<VeskDrmTicketData*> OnlineServices::readTicket(const std::wstring& p
     return {};
   }
   if (records->empty()) tellUser("The online services cannot read this ticket.");
-  std::vector<VeskDrmTicketData*> handedOver;
-  handedOver.reserve(records->size());
-  for (auto& record : *records) handedOver.push_back(record.release());
-  return handedOver;
+  const std::lock_guard lock(mutex_);
+  std::vector<VeskDrmTicketData*> films;
+  for (auto& record : *records) {
+    films.push_back(record.get());
+    handedOut_.push_back(std::move(record));
+  }
+  return films;
 }
 
 bool OnlineServices::isReady(int, int, int) {

@@ -5,8 +5,10 @@
 
 #include "KPIM/Plugin.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
+#include "kvpm/Mutex.h"
 #include "playerx/services/ConfirmationSender.h"
 #include "playerx/services/JsonClient.h"
+#include "playerx/services/ServicesProtocol.h"
 
 namespace playerx {
 
@@ -34,6 +36,8 @@ class OnlineServices : public KPIM::Plugin, public VeskPlayerX::ZPSServicesInter
   void tellUser(const std::string& sentence);
 
   const JsonClient client_;
+  kvpm::Mutex mutex_;
+  TicketRecords handedOut_ KVPM_GUARDED_BY(mutex_);
   ConfirmationSender confirmations_;
 };
 

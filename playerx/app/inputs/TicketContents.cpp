@@ -106,9 +106,8 @@ std::string sentenceOf(TicketProblem problem, const ClearTicket& ticket) {
 std::vector<TicketFinding> protectedFilms(const std::wstring& path,
                                           VeskPlayerX::ZPSServicesInterface& services) {
   std::vector<TicketFinding> findings;
-  for (VeskDrmTicketData* record : services.readTicket(path)) {
-    const std::unique_ptr<VeskDrmTicketData> owned(record);
-    findings.push_back(findingOf(*owned));
+  for (const VeskDrmTicketData* record : services.readTicket(path)) {
+    findings.push_back(findingOf(*record));
   }
   return findings;
 }

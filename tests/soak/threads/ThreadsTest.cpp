@@ -3,7 +3,9 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <deque>
 #include <iostream>
+#include <mutex>
 #include <random>
 #include <set>
 #include <string>
@@ -31,16 +33,18 @@ class TicketServices : public support::FakeServices {
   using FakeServices::FakeServices;
 
   std::vector<VeskDrmTicketData*> readTicket(const std::wstring& path) override {
-    auto* const record = new VeskDrmTicketData;
-    record->title = path.substr(path.rfind(L'/') + 1);
-    record->ticket = "ticket of " + support::narrow(record->title);
-    record->contentEncryptionUsageId = ++usageId_;
-    record->version = "2.0";
-    return {record};
+    const std::lock_guard lock(mutex_);
+    VeskDrmTicketData& record = records_.emplace_back();
+    record.title = path.substr(path.rfind(L'/') + 1);
+    record.ticket = "ticket of " + support::narrow(record.title);
+    record.contentEncryptionUsageId = static_cast<std::int32_t>(records_.size());
+    record.version = "2.0";
+    return {&record};
   }
 
  private:
-  std::atomic<std::int32_t> usageId_{0};
+  std::mutex mutex_;
+  std::deque<VeskDrmTicketData> records_;  // a deque: what is handed out stays where it is
 };
 
 /// One of the threads, with the films that it has added and may remove.

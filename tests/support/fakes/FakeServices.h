@@ -22,10 +22,10 @@ class FakeServices : public VeskPlayerX::ZPSServicesInterface {
  public:
   explicit FakeServices(EventLog& log) : log_(log) {}
 
-  /// Records of which each `readTicket` hands out fresh copies; none at first.
+  /// The records that each `readTicket` hands out; none at first.
   void setTicketRecords(std::vector<VeskDrmTicketData> records) {
     const std::lock_guard lock(mutex_);
-    records_ = std::move(records);
+    records_.push_back(std::move(records));
   }
 
   void setReady(bool ready) {
@@ -48,11 +48,10 @@ class FakeServices : public VeskPlayerX::ZPSServicesInterface {
   std::vector<VeskDrmTicketData*> readTicket(const std::wstring& path) override {
     log_.add("services.readTicket " + narrow(path));
     const std::lock_guard lock(mutex_);
-    std::vector<VeskDrmTicketData*> copies;
-    for (const VeskDrmTicketData& record : records_) {
-      copies.push_back(new VeskDrmTicketData(record));
-    }
-    return copies;
+    std::vector<VeskDrmTicketData*> handedOut;
+    if (records_.empty()) return handedOut;
+    for (VeskDrmTicketData& record : records_.back()) handedOut.push_back(&record);
+    return handedOut;
   }
 
   bool isReady(int first, int second, int third) override {
@@ -89,7 +88,7 @@ class FakeServices : public VeskPlayerX::ZPSServicesInterface {
  private:
   EventLog& log_;
   std::mutex mutex_;
-  std::vector<VeskDrmTicketData> records_;
+  std::deque<std::vector<VeskDrmTicketData>> records_;  // what was handed out stays
   bool ready_ = true;
   std::deque<VeskDrmDownloadAuthorization> answers_;
   std::function<void()> whileAuthorizing_;

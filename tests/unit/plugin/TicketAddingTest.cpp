@@ -89,6 +89,15 @@ TEST_F(TicketAddingTest, AProtectedTicketGivesAnItemForEachRecord) {
   EXPECT_EQ(notices(), kAdded);
 }
 
+TEST_F(TicketAddingTest, TheRecordsOfAProtectedTicketStayTheServices) {
+  begin("A1");
+  services_.setTicketRecords({record(L"C", 5)});
+  VeskDrmTicketData* const handedOut = services_.readTicket(L"").front();
+  manager().addTicket(L"/c.tix", false);
+  EXPECT_EQ(services_.readTicket(L""), std::vector<VeskDrmTicketData*>{handedOut});
+  EXPECT_EQ(handedOut->title, L"C");
+}
+
 TEST_F(TicketAddingTest, AProtectedTicketEndsAPause) {
   begin("A3");
   manager().pause();

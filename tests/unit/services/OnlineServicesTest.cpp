@@ -47,13 +47,8 @@ class OnlineServicesTest : public testing::Test {
     server.onPath(path, Script().send(okResponse(json)));
   }
 
-  std::vector<std::unique_ptr<VeskDrmTicketData>> read(const std::string& content) {
-    std::vector<std::unique_ptr<VeskDrmTicketData>> owned;
-    for (VeskDrmTicketData* record :
-         services->readTicket(folder.write("t.tix", content).wstring())) {
-      owned.emplace_back(record);
-    }
-    return owned;
+  std::vector<VeskDrmTicketData*> read(const std::string& content) {
+    return services->readTicket(folder.write("t.tix", content).wstring());
   }
 
   VeskDrmDownloadAuthorization authorize() {
