@@ -1,5 +1,6 @@
 #include "download/SessionGate.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace download {
@@ -12,19 +13,26 @@ void SessionGate::expect() {
 std::vector<LibraryReport> SessionGate::open(unsigned long long uid) {
   phase_ = Phase::kOpen;
   uid_ = uid;
+  std::erase(earlier_, uid);
   std::vector<LibraryReport> mine = std::exchange(kept_, {});
-  std::erase_if(mine, [uid](const LibraryReport& report) { return report.uid != uid; });
+  std::erase_if(mine, [this](const LibraryReport& report) { return isOfEarlier(report); });
   return mine;
 }
 
 void SessionGate::close() {
+  if (phase_ == Phase::kOpen) earlier_.push_back(uid_);
+  if (earlier_.size() > kMostEarlier) earlier_.pop_front();
   phase_ = Phase::kClosed;
   kept_.clear();
 }
 
 bool SessionGate::admits(const LibraryReport& report) {
   if (phase_ == Phase::kExpecting) kept_.push_back(report);
-  return phase_ == Phase::kOpen && report.uid == uid_;
+  return phase_ == Phase::kOpen && !isOfEarlier(report);
+}
+
+bool SessionGate::isOfEarlier(const LibraryReport& report) const {
+  return std::ranges::find(earlier_, report.uid) != earlier_.end();
 }
 
 }  // namespace download

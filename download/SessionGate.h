@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 namespace download {
@@ -16,17 +18,20 @@ struct LibraryReport {
   bool operator==(const LibraryReport&) const = default;
 };
 
-/// Lets through the reports of the present session alone.
+/// Keeps the reports of earlier sessions from the present one.
 ///
 /// The library may report before it has told the id of a session that it starts: such reports are
-/// kept until the id is known. What belongs to any other session is dropped. A plain value without
-/// a lock; the worker keeps it under its callback mutex.
+/// kept until the id is known. What belongs to one of the last `kMostEarlier` sessions before, or
+/// comes while there is none, is dropped. A plain value without a lock; the worker keeps it under
+/// its callback mutex.
 class SessionGate {
  public:
+  static constexpr std::size_t kMostEarlier = 1000;
+
   /// A session is being started, its id is not known yet.
   void expect();
 
-  /// The id is known. Returns the reports of this session that were kept, in order.
+  /// The id is known. Returns the reports that were kept, but those of earlier sessions, in order.
   std::vector<LibraryReport> open(unsigned long long uid);
 
   /// There is no session any more; what was kept is dropped.
@@ -38,9 +43,12 @@ class SessionGate {
  private:
   enum class Phase : std::uint8_t { kClosed, kExpecting, kOpen };
 
+  bool isOfEarlier(const LibraryReport& report) const;
+
   Phase phase_ = Phase::kClosed;
   unsigned long long uid_ = 0;
   std::vector<LibraryReport> kept_;
+  std::deque<unsigned long long> earlier_;
 };
 
 }  // namespace download

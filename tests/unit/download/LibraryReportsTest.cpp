@@ -122,15 +122,6 @@ TEST_F(LibraryReports, OfTheBeginAndOfHeadersDoNothing) {
   EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
-TEST_F(LibraryReports, OfAnotherSessionNeverTouchTheItem) {
-  startAndReport(film());
-  library_.progress(kUid - 1, 50);
-  library_.complete(kUid + 1);
-  library_.broke(kUid - 1);
-  EXPECT_THAT(log_.lines(), IsEmpty());
-  finish();
-}
-
 TEST_F(LibraryReports, OfAnEarlierRunNeverTouchTheNextItem) {
   startAndReport(film());
   finish();
@@ -162,10 +153,17 @@ TEST_F(LibraryReports, AfterTheOutcomeDoNotChangeIt) {
   EXPECT_THAT(views(), IsEmpty());
 }
 
+TEST_F(LibraryReports, ThatNameNoSessionAreThoseOfThePresentOne) {
+  startAndReport(film());
+  library_.progress(0, 3);
+  library_.complete(0);
+  EXPECT_EQ(ended(), 4);
+  EXPECT_TRUE(log_.has("manager.updateDownloadProgress 7 3"));
+}
+
 TEST_F(LibraryReports, ThatComeBeforeTheSessionIsKnownWaitForIt) {
   library_.whileStarting([this](unsigned long long uid) {
     library_.progress(uid, 4);
-    library_.progress(uid - 1, 99);
     library_.progress(uid, 8);
     library_.complete(uid);
   });

@@ -19,16 +19,46 @@ TEST(SessionGate, IsClosedAtFirst) {
   EXPECT_THAT(gate.open(1), IsEmpty());
 }
 
-TEST(SessionGate, AdmitsThePresentSessionAlone) {
+/// A gate on which this session has come and gone.
+SessionGate gateAfter(unsigned long long uid) {
   SessionGate gate;
+  gate.expect();
+  gate.open(uid);
+  gate.close();
+  return gate;
+}
+
+TEST(SessionGate, KeepsEarlierSessionsFromThePresentOne) {
+  SessionGate gate = gateAfter(4);
   gate.expect();
   gate.open(5);
   EXPECT_TRUE(gate.admits(progress(5, 1)));
   EXPECT_FALSE(gate.admits(progress(4, 1)));
+  EXPECT_TRUE(gate.admits(progress(0, 1))) << "a library that does not number its reports";
+}
+
+TEST(SessionGate, AdmitsASessionWhoseIdAnEarlierOneHad) {
+  SessionGate gate = gateAfter(5);
+  gate.expect();
+  gate.open(5);
+  EXPECT_TRUE(gate.admits(progress(5, 1)));
+}
+
+TEST(SessionGate, RemembersAsManyEarlierSessionsAsItSays) {
+  SessionGate gate = gateAfter(0);
+  for (unsigned long long uid = 1; uid <= SessionGate::kMostEarlier; ++uid) {
+    gate.expect();
+    gate.open(uid);
+    gate.close();
+  }
+  gate.expect();
+  gate.open(1'000'000);
+  EXPECT_TRUE(gate.admits(progress(0, 1)));
+  EXPECT_FALSE(gate.admits(progress(1, 1)));
 }
 
 TEST(SessionGate, HoldsReportsUntilTheSessionIsKnown) {
-  SessionGate gate;
+  SessionGate gate = gateAfter(4);
   gate.expect();
   EXPECT_FALSE(gate.admits(progress(5, 1)));
   EXPECT_FALSE(gate.admits(progress(4, 2)));
@@ -47,11 +77,7 @@ TEST(SessionGate, DropsWhatWasHeldWhenItCloses) {
 }
 
 TEST(SessionGate, AdmitsNothingAfterTheSession) {
-  SessionGate gate;
-  gate.expect();
-  gate.open(5);
-  gate.close();
-  EXPECT_FALSE(gate.admits(progress(5, 1)));
+  EXPECT_FALSE(gateAfter(5).admits(progress(5, 1)));
 }
 
 }  // namespace
