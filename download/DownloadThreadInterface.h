@@ -43,12 +43,12 @@ class DownloadThreadInterface {
   /// `DownloadStatusStopped`, even one that has come and gone before `downloadVideo` is called. The
   /// scheduler calls it when it has picked an item, as the last thing under its locks; without it a
   /// stop that falls between pick and start would be lost. Never blocks.
-  virtual void prepare() = 0;
+  virtual void prepare() {}
 
   /// Stops what runs, unregisters from the library and ends the worker's own threads. Once it
   /// returns, nothing of this worker reaches the manager or the view, and every later
   /// `downloadVideo` of an item answers `DownloadStatusStopped`. Called without a lock that a
   /// report or `play` could ask for; may wait for an answer of the online services up to the
   /// deadlines that these keep, and for the answer to a question of the view.
-  virtual void close() = 0;
+  virtual void close() {}
 };
