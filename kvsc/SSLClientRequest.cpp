@@ -41,6 +41,11 @@ bool mayRedirect(const SSLSession& session) {
   return session.getRedirectCount() < session.getMaxRedirectCount();
 }
 
+// The request ends the last header line itself.
+std::string_view withoutLineEnd(std::string_view lines) {
+  return lines.ends_with("\r\n") ? lines.substr(0, lines.size() - 2) : lines;
+}
+
 // A query is part of the request line, where a line end does harm but a zero byte does not.
 bool isQuery(const unsigned char* data, int length) {
   const std::string_view text(reinterpret_cast<const char*>(data),
@@ -56,7 +61,8 @@ HttpErrorIds SSLClient::sendRequest(const std::string& url, long ifModifiedSince
                                     int length, const std::string& extraHeaders) {
   const int known = data != nullptr && length > 0 ? length : 0;
   return guarded(session, [&] {
-    return follow(url, {method, ifModifiedSince, responseType, data, known, extraHeaders}, session);
+    const std::string lines(withoutLineEnd(extraHeaders));
+    return follow(url, {method, ifModifiedSince, responseType, data, known, lines}, session);
   });
 }
 

@@ -159,6 +159,12 @@ TEST_P(AcceptedRequestsTest, ExtraHeadersAreSeparatedByLineEnds) {
             std::string::npos);
 }
 
+TEST_P(AcceptedRequestsTest, OneLineEndAfterTheExtraHeadersIsDropped) {
+  EXPECT_EQ(get("http://films.example/", "", "A: 1" + bad() + "\r\n"), kSuccess);
+  EXPECT_NE(server_.ended().received.find("\r\nA: 1" + bad() + "\r\nConnection: close\r\n"),
+            std::string::npos);
+}
+
 TEST(RefusedRedirectTest, ALocationWithAHiddenLineIsNotFollowed) {
   ScriptedServer server;
   PlainClient client;
