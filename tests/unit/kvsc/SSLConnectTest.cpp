@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <array>
 #include <memory>
@@ -123,6 +125,18 @@ TEST(SSLConnectTest, AConnectionIsFreedWithItsWholeChain) {
   EXPECT_EQ(bios.freed(), 2);
   connect.freeConnection(bios.make(BIO_s_mem()), true);
   EXPECT_EQ(bios.freed(), 3);
+}
+
+// A memory BIO that is asked for its descriptor answers 0, which is standard input.
+TEST(SSLConnectTest, AConnectionWithoutADescriptorShutsNothingDown) {
+  std::array<int, 2> pair{};
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data()), 0);
+  const int input = ::dup(STDIN_FILENO);
+  ::dup2(pair[0], STDIN_FILENO);
+  SSLConnect("LOCALHOST").freeConnection(BIO_new(BIO_s_mem()), true);
+  EXPECT_EQ(::send(STDIN_FILENO, "x", 1, MSG_NOSIGNAL), 1);
+  ::dup2(input, STDIN_FILENO);
+  for (const int fd : {input, pair[0], pair[1]}) ::close(fd);
 }
 
 TEST(PassPhraseTest, ItIsCopiedAsFarAsItFits) {
