@@ -23,8 +23,6 @@ class DownloadManagerPersistence {
  public:
   using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
 
-  DownloadManagerPersistence() = delete;
-
   /// Replaces the file with one that holds `items`, in their order. Always true, even when nothing
   /// could be written; the old file then stays as it was. Characters of the items' texts that XML
   /// cannot carry are written as U+FFFD, and texts of more than 9,000,000 bytes are truncated.

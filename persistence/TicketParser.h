@@ -15,8 +15,6 @@ class TicketParser {
   class TicketParserImpl;
   using Items = std::vector<VeskPlayerX::DownloadItemInterface*>;
 
-  TicketParser() = delete;
-
   /// The films of a clear ticket file, in its order: queued, with title, content provider and URL.
   /// Double quotes around the path are ignored. Empty for a file that is missing, empty, larger
   /// than 32 bits can count, or no clear ticket of version 1.

@@ -9,8 +9,6 @@
 /// asks the platform for the movies folder.
 class TicketParser::TicketParserImpl {
  public:
-  TicketParserImpl() = delete;
-
   static const std::wstring START_STRING;    ///< the line that opens a film's block
   static const std::wstring END_STRING;      ///< the line that closes it
   static const std::wstring VERSION_STRING;  ///< the key of a ticket's first line

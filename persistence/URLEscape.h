@@ -8,8 +8,6 @@
 /// fails.
 class URLEscape {
  public:
-  URLEscape() = delete;
-
   /// `text` with space < > # { } \ | ^ ~ escaped. Every other byte, "%" included, stays: an
   /// address that is escaped already keeps its escapes.
   ///
