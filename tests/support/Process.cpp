@@ -123,12 +123,15 @@ void Process::send(int signal) {
 
 bool Process::poll() {
   if (status_) return true;
+  siginfo_t news{};
+  // Looks before it reaps: the halts of a traced child are reported too, and are the tracer's.
+  waitid(P_PID, static_cast<id_t>(pid_), &news, WEXITED | WNOHANG | WNOWAIT);
+  const bool hasEnded =
+      news.si_code == CLD_EXITED || news.si_code == CLD_KILLED || news.si_code == CLD_DUMPED;
+  if (!hasEnded) return false;
   int raw = 0;
-  pid_t ended = 0;
-  do {
-    ended = waitpid(pid_, &raw, WNOHANG);
-  } while (ended < 0 && errno == EINTR);
-  if (ended != pid_) return false;
+  while (waitpid(pid_, &raw, 0) < 0 && errno == EINTR) {
+  }
   status_ = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
   return true;
 }

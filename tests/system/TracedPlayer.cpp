@@ -2,7 +2,6 @@
 
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
-#include <sys/time.h>
 #include <sys/uio.h>
 #include <sys/wait.h>
 
@@ -11,7 +10,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <filesystem>
 #include <stdexcept>
 #include <vector>
 
@@ -76,40 +74,6 @@ int signalOf(int status) {
   return isEvent || signal == (SIGTRAP | 0x80) ? 0 : signal;
 }
 
-/// Interrupts the calling thread's waits twice a second while it exists.
-class Alarm {
- public:
-  Alarm() {
-    struct sigaction action {};
-    action.sa_handler = [](int) {};
-    sigaction(SIGALRM, &action, &before_);
-    set(500'000);
-  }
-  Alarm(const Alarm&) = delete;
-  Alarm& operator=(const Alarm&) = delete;
-  ~Alarm() {
-    set(0);
-    sigaction(SIGALRM, &before_, nullptr);
-  }
-
- private:
-  static void set(suseconds_t interval) {
-    const itimerval timer{{0, interval}, {0, interval}};
-    setitimer(ITIMER_REAL, &timer, nullptr);
-  }
-
-  struct sigaction before_ {};
-};
-
-/// Lets every halted thread of the player run on.
-void resumeAll(pid_t player) {
-  const std::string tasks = "/proc/" + std::to_string(player) + "/task";
-  std::error_code error;
-  for (const auto& task : std::filesystem::directory_iterator(tasks, error)) {
-    ptrace(PTRACE_SYSCALL, std::stoi(task.path().filename()), nullptr, 0);
-  }
-}
-
 }  // namespace
 
 TracedPlayer::TracedPlayer(support::ProcessOptions options) {
@@ -139,7 +103,6 @@ void TracedPlayer::seize() const {
 
 std::optional<std::string> TracedPlayer::run(const Decision& isTheInstant) {
   std::optional<std::string> instant;
-  const Alarm alarm;
   while (const std::optional<pid_t> thread = nextHalted()) {
     int status = 0;
     waitpid(*thread, &status, __WALL);
@@ -160,11 +123,7 @@ std::optional<pid_t> TracedPlayer::nextHalted() const {
   for (;;) {
     siginfo_t news{};
     const int result = waitid(P_ALL, 0, &news, WEXITED | WSTOPPED | WNOWAIT | __WALL);
-    if (result != 0 && errno == EINTR) {
-      // Nothing was heard of for long: on a busy machine a resumed thread was seen to stay halted.
-      resumeAll(process_->pid());
-      continue;
-    }
+    if (result != 0 && errno == EINTR) continue;
     if (result != 0) throw std::runtime_error("the player is gone");
     if (news.si_code == CLD_TRAPPED || news.si_code == CLD_STOPPED) return news.si_pid;
     if (news.si_pid == process_->pid()) return std::nullopt;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/ptrace.h>
+#include <sys/wait.h>
 
 #include <cstdlib>
 
@@ -38,6 +40,16 @@ TEST(ProcessTest, ASignalEndsItWithItsNumber) {
   EXPECT_TRUE(process.running());
   process.send(SIGTERM);
   EXPECT_EQ(process.wait(), 128 + SIGTERM);
+}
+
+TEST(ProcessTest, ATracedOneThatIsHaltedHasNotEnded) {
+  Process process({"sh", "-c", "kill -STOP $$; exec sleep 1000"});
+  siginfo_t state{};
+  ASSERT_EQ(waitid(P_PID, static_cast<id_t>(process.pid()), &state, WSTOPPED | WNOWAIT), 0);
+  ASSERT_EQ(ptrace(PTRACE_SEIZE, process.pid(), nullptr, PTRACE_O_EXITKILL), 0);
+  EXPECT_TRUE(process.running());
+  process.send(SIGKILL);
+  EXPECT_EQ(process.wait(), 128 + SIGKILL);
 }
 
 TEST(ProcessTest, ItIsKilledWithItsOwner) {
