@@ -105,4 +105,10 @@ bool Downloads::takeBackFilmOf(const std::string& urlUtf8, const std::string& mo
   return address && transfers::takeBackFilmOf(*address, moviesFolderUtf8, downloadFolderUtf8);
 }
 
+void Downloads::confirm(const std::string& urlUtf8) {
+  TransferReport report;
+  if (!book_.findByAddress(urlUtf8, &report) || report.phase != TransferPhase::kComplete) return;
+  if (const auto session = book_.find(report.uid)) engine_.confirm(session);
+}
+
 }  // namespace playerx::transfers

@@ -41,6 +41,7 @@ class Downloads : public KPB::DownloadInterface, public TransferSettings, public
   bool takeBack(const std::string& filmUtf8, const std::string& downloadFolderUtf8) override;
   bool takeBackFilmOf(const std::string& urlUtf8, const std::string& moviesFolderUtf8,
                       const std::string& downloadFolderUtf8) override;
+  void confirm(const std::string& urlUtf8) override;
 
   TransferReports& reports() { return book_; }
 

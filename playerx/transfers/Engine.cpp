@@ -48,6 +48,10 @@ void Engine::stop(std::shared_ptr<Session> session) {
   post([this, session = std::move(session)] { endSession(session); });
 }
 
+void Engine::confirm(std::shared_ptr<Session> session) {
+  post([this, session = std::move(session)] { confirmSession(*session); });
+}
+
 void Engine::setTrust(const TrustedAuthorities& trust) {
   const GuardLock lock(mutex_);
   trust_ = trust;
@@ -165,10 +169,18 @@ void Engine::endSession(const std::shared_ptr<Session>& session) {
   std::erase_if(finished_, [&](const Finished& one) { return one.session == session; });
 }
 
+void Engine::confirmSession(Session& session) {
+  session.confirmed = true;
+  const bool isRecent = std::any_of(finished_.begin(), finished_.end(), [&](const Finished& one) {
+    return one.session.get() == &session;
+  });
+  if (!isRecent) removeMark(session.log.report().finalPath);
+}
+
 void Engine::forgetFinished(Clock::time_point now) {
   while (!finished_.empty() && finished_.front().session->announced &&
          now - finished_.front().since >= tuning_.forgetAfter) {
-    removeMark(finished_.front().film);
+    if (finished_.front().session->confirmed) removeMark(finished_.front().film);
     finished_.pop_front();
   }
 }
@@ -192,7 +204,7 @@ void Engine::close() {
   }
   transfers_.clear();
   for (const Finished& finished : finished_) {
-    if (finished.session->announced) removeMark(finished.film);
+    if (finished.session->confirmed) removeMark(finished.film);
   }
   finished_.clear();
   delivery_.flush();

@@ -59,6 +59,9 @@ class Engine {
 
   void stop(std::shared_ptr<Session> session);
 
+  /// The host knows of the film of this session, which is complete: its mark may go.
+  void confirm(std::shared_ptr<Session> session);
+
   /// For requests made from now on.
   void setTrust(const TrustedAuthorities& trust);
 
@@ -90,6 +93,7 @@ class Engine {
   void retryWhenDue(Clock::time_point now);
   void beginSession(const std::shared_ptr<Session>& session);
   void endSession(const std::shared_ptr<Session>& session);
+  void confirmSession(Session& session);
   void forgetFinished(Clock::time_point now);
   void forgetPlaceOf(const DownloadRequest& request);
   void close();

@@ -10,7 +10,7 @@ namespace playerx::transfers {
 
 /// Tells a later session that a file is a whole film whose completion may have been lost: an
 /// extended attribute, written when the last byte has come and removed a moment after the
-/// completion was reported. A record.
+/// completion was reported, once the queue has it. A record.
 ///
 /// The mark moves with the file, so that no other file has to say where the film is. On a file
 /// system without extended attributes, a film that was completed at the very moment of a crash is

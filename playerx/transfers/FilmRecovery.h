@@ -29,6 +29,11 @@ class FilmRecovery {
   /// address, when it lies in the movies folder under the name that its address gives it.
   virtual bool takeBackFilmOf(const std::string& urlUtf8, const std::string& moviesFolderUtf8,
                               const std::string& downloadFolderUtf8) = 0;
+
+  /// The queue calls the film of this address complete, so its completion cannot be lost any more.
+  /// A completion that was reported is not enough: it may have come just after the film was
+  /// stopped.
+  virtual void confirm(const std::string& urlUtf8) = 0;
 };
 
 }  // namespace playerx

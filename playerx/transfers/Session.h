@@ -37,6 +37,7 @@ struct Session {
   SessionLog log;
   std::atomic<bool> stopped{false};    ///< no further report of it is made, no further work done
   std::atomic<bool> announced{false};  ///< its completion is being, or has been, reported
+  std::atomic<bool> confirmed{false};  ///< the queue calls its film complete
 };
 
 }  // namespace playerx::transfers

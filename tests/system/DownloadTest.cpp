@@ -49,6 +49,7 @@ TEST_F(DownloadTest, AFilmOfAMegabyteArrivesWithEveryEventInOrder) {
   EXPECT_EQ(finished["status"], "completed");
   EXPECT_EQ(result.events().front()["event"], "added");
   EXPECT_THAT(home.partials(), IsEmpty());
+  EXPECT_FALSE(home.isMarked("film.avi"));
 }
 
 TEST_F(DownloadTest, AFilmOfAGigabyteArrives) {

@@ -1,5 +1,7 @@
 #include "tests/system/PlayerHome.h"
 
+#include <sys/xattr.h>
+
 #include <algorithm>
 #include <chrono>
 #include <sstream>
@@ -115,6 +117,10 @@ std::vector<std::string> PlayerHome::commandLine(const std::vector<std::string>&
 std::vector<Json> PlayerHome::queue() const { return run({"list"}).events("listed"); }
 
 std::vector<std::string> PlayerHome::films() const { return filesIn(media_); }
+
+bool PlayerHome::isMarked(const std::string& film) const {
+  return ::lgetxattr((media() / film).c_str(), "user.vesk.film", nullptr, 0) >= 0;
+}
 
 std::vector<std::string> PlayerHome::partials() const { return filesIn(data() / "partial"); }
 

@@ -76,6 +76,9 @@ class PlayerHome {
   /// Names of the files in the media folder, sorted.
   std::vector<std::string> films() const;
 
+  /// Whether a film carries the mark of one whose completion may have been lost.
+  bool isMarked(const std::string& film) const;
+
   /// Files below the folder of unfinished films.
   std::vector<std::string> partials() const;
 

@@ -26,6 +26,7 @@ class ProtectedTest : public testing::Test {
     EXPECT_TRUE(sameContent(server.film(), home.media() / "film.vesk"));
     EXPECT_THAT(home.films(), ElementsAre("film.vesk", "film.vesk.rights"));
     EXPECT_THAT(home.partials(), IsEmpty());
+    EXPECT_FALSE(home.isMarked("film.vesk"));
   }
 };
 

@@ -12,7 +12,6 @@
 #include "playerx/platform/ThreadGate.h"
 #include "playerx/settings/Folders.h"
 #include "playerx/settings/TrustedAuthorities.h"
-#include "playerx/transfers/FilmRecovery.h"
 #include "playerx/transfers/TransferSettings.h"
 
 namespace playerx::session {
@@ -100,6 +99,7 @@ void PlayerSession::start() {
   for (const auto& [address, options] : filmOptions_->all()) {
     if (settings_) settings_->get()->setFilmOptions(address, options);
   }
+  recovery_ = KPIM::load<FilmRecovery>(&plugins_, DIN_FilmRecovery);
   takeFilmsBack();
   transfers_ = KPIM::load<TransferReports>(&plugins_, DIN_TransferReports);
   ThreadGate::open();
@@ -108,8 +108,7 @@ void PlayerSession::start() {
 
 // The manager would give a film of which it knows nothing another name, because its own is taken.
 void PlayerSession::takeFilmsBack() {
-  const auto recovery = KPIM::load<FilmRecovery>(&plugins_, DIN_FilmRecovery);
-  if (!recovery) return;
+  if (!recovery_) return;
   const std::string folder = VeskPlayerX::OSUtilities::getTempPath().toStdString();
   for (const VeskPlayerX::QueuedVersion& each : reader().getVersions()) {
     if (each.status == DownloadStatusCompleted) continue;
@@ -118,17 +117,20 @@ void PlayerSession::takeFilmsBack() {
     const std::string path = kvpm::StringTools::wStringToString(item->getPath());
     if (path.empty()) {
       const std::string address = kvpm::StringTools::wStringToString(item->getUrl());
-      recovery->get()->takeBackFilmOf(address, places_.media, folder);
+      recovery_->get()->takeBackFilmOf(address, places_.media, folder);
     } else {
-      recovery->get()->takeBack(path, folder);
+      recovery_->get()->takeBack(path, folder);
     }
   }
 }
 
 void PlayerSession::takeFilmBack(const std::string& address) {
-  const auto recovery = KPIM::load<FilmRecovery>(&plugins_, DIN_FilmRecovery);
   const std::string folder = VeskPlayerX::OSUtilities::getTempPath().toStdString();
-  if (recovery) recovery->get()->takeBackFilmOf(address, places_.media, folder);
+  if (recovery_) recovery_->get()->takeBackFilmOf(address, places_.media, folder);
+}
+
+void PlayerSession::confirmFilm(const std::string& address) const {
+  if (recovery_) recovery_->get()->confirm(address);
 }
 
 void PlayerSession::addFilmOptions(const std::string& address, const FilmOptions& options) {
@@ -182,6 +184,7 @@ void PlayerSession::close() {
   if (manager_) manager().setViewInterface(nullptr);
   transfers_.reset();
   settings_.reset();
+  recovery_.reset();
   manager_.reset();
   plugins_.shutdown();
   ThreadGate::open();

@@ -17,6 +17,7 @@
 #include "playerx/app/session/SavedQueue.h"
 #include "playerx/app/session/SessionEnd.h"
 #include "playerx/framework/PluginContext.h"
+#include "playerx/transfers/FilmRecovery.h"
 #include "playerx/transfers/TransferReports.h"
 #include "playerx/transfers/TransferSettings.h"
 
@@ -89,6 +90,9 @@ class PlayerSession {
   /// After `start` only, which does so for the films of the queue.
   void takeFilmBack(const std::string& address);
 
+  /// The film of this address is complete, and the face knows: it need not be found again.
+  void confirmFilm(const std::string& address) const;
+
   /// The download manager; after a successful `open` only.
   VeskPlayerX::DownloadManagerInterface& manager() { return *manager_->get(); }
 
@@ -149,6 +153,7 @@ class PlayerSession {
   VeskPlayerX::QueueReaderInterface* reader_ = nullptr;
   std::unique_ptr<KPIM::Helper<TransferReports>> transfers_;
   std::unique_ptr<KPIM::Helper<TransferSettings>> settings_;
+  std::unique_ptr<KPIM::Helper<FilmRecovery>> recovery_;
   std::unique_ptr<FilmOptionsFile> filmOptions_;  ///< with access to change
   bool isTaken_ = false;
   bool isStarted_ = false;

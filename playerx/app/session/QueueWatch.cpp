@@ -150,6 +150,7 @@ void QueueWatch::tellFinished(ItemState item) {
     item.path = place;
     session_.manager().updatePath(item.id, StringTools::stringToWString(place));
   }
+  session_.confirmFilm(item.url);
   listener_({Kind::kFinished, item, {}, findOddity(item, session_.places().media)});
   playIfReady(item);
 }

@@ -50,6 +50,7 @@ unsigned long long DownloadsFixture::start(const std::string& url, const KPB::Do
 Reported DownloadsFixture::fetch(const std::string& url, const KPB::DownloadInfo& info) {
   const unsigned long long uid = start(url, info);
   EXPECT_TRUE(receiver_.waitForEnd(uid));
+  downloads_->confirm(url);
   return receiver_.of(uid);
 }
 

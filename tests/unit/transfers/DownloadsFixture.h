@@ -34,7 +34,7 @@ class DownloadsFixture : public ::testing::Test {
   unsigned long long start(const std::string& url, const std::string& name = "film.avi") {
     return start(url, info(name));
   }
-  /// Starts a session and waits for its end.
+  /// Starts a session, waits for its end, and confirms its film, if it has one.
   Reported fetch(const std::string& url, const KPB::DownloadInfo& info);
   Reported fetch(const std::string& url, const std::string& name = "film.avi") {
     return fetch(url, info(name));

@@ -2,9 +2,9 @@
 //
 //     fetch_program PARTS MOVIES {URL NAME}...
 //
-// fetches one after the other, prints a line for everything that is reported, releases each once it
-// is over, and ends with 1 when one broke. With "--keep" in front it releases none and never
-// ends by itself.
+// fetches one after the other, prints a line for everything that is reported, confirms and releases
+// each once it is over, and ends with 1 when one broke. With "--keep" in front it does neither and
+// never ends by itself.
 
 #include <condition_variable>
 #include <cstdio>
@@ -77,7 +77,9 @@ int main(int count, char** values) {
     unsigned long long uid = 0;
     if (downloads.startSession(arguments[next], info, &uid) != 1) return 1;
     isComplete = printer.waitForEnd() && isComplete;
-    if (!keeps) downloads.stopSession(uid);
+    if (keeps) continue;
+    downloads.confirm(arguments[next]);
+    downloads.stopSession(uid);
   }
   if (keeps) printer.waitForEnd();
   return isComplete ? 0 : 1;

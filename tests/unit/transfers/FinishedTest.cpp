@@ -125,6 +125,33 @@ TEST_F(FinishedTest, APlainFilmIsNotFoundByItsPlaceAlone) {
   EXPECT_EQ(filesIn(movies()), (std::vector<std::string>{"film.avi", "film[2].avi"}));
 }
 
+TEST_F(FinishedTest, AFilmThatTheQueueDoesNotCallCompleteIsFoundAgain) {
+  for (const char* const name : {"film.avi", "film[2].avi", "film[3].avi"}) {
+    Tuning tuning = shortTimes();
+    tuning.forgetAfter = Milliseconds(1);
+    restart(tuning);
+    EXPECT_TRUE(receiver_.waitForEnd(start(server_.url(), name)));
+    // Another one, so that what is to be forgotten of the first is.
+    EXPECT_TRUE(fetch(server_.url("/other.avi"), "other.avi").complete);
+    EXPECT_TRUE(support::waitFor([&] { return !readMark(movies() / "other.avi"); }));
+    std::filesystem::remove(movies() / "other.avi");
+    EXPECT_EQ(filesIn(movies()), std::vector<std::string>{name});
+  }
+  EXPECT_EQ(server_.requestCount(), 4u) << "once for it, three times for the other";
+}
+
+TEST_F(FinishedTest, AFilmThatIsConfirmedLateIsForgottenToo) {
+  Tuning tuning = shortTimes();
+  tuning.forgetAfter = Milliseconds(1);
+  restart(tuning);
+  EXPECT_TRUE(receiver_.waitForEnd(start(server_.url())));
+  EXPECT_TRUE(fetch(server_.url("/other.avi"), "other.avi").complete);
+  EXPECT_TRUE(support::waitFor([&] { return !readMark(movies() / "other.avi"); }));
+  EXPECT_TRUE(readMark(movies() / "film.avi"));
+  downloads_->confirm(server_.url());
+  EXPECT_TRUE(support::waitFor([&] { return !readMark(movies() / "film.avi"); }));
+}
+
 TEST_F(FinishedTest, ACompletionIsForgottenAMomentAfterItsReport) {
   Tuning tuning = shortTimes();
   tuning.forgetAfter = Milliseconds(1);

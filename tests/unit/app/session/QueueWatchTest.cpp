@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "playerx/app/session/QueueWatch.h"
+#include "playerx/transfers/FilmRecovery.h"
 #include "tests/support/WaitFor.h"
 #include "tests/unit/app/FakeSession.h"
 
@@ -11,6 +12,18 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using Kind = QueueEvent::Kind;
+
+/// A download library of which only the films are asked for that the queue calls complete.
+class FakeRecovery : public FilmRecovery {
+ public:
+  std::vector<std::string> confirmed;
+
+  bool takeBack(const std::string&, const std::string&) override { return false; }
+  bool takeBackFilmOf(const std::string&, const std::string&, const std::string&) override {
+    return false;
+  }
+  void confirm(const std::string& url) override { confirmed.push_back(url); }
+};
 
 /// A watch whose servers answer with "not found".
 class QueueWatchTest : public testing::Test {
@@ -44,6 +57,7 @@ class QueueWatchTest : public testing::Test {
     return list;
   }
 
+  FakeRecovery recovery_;
   FakeSession fake_;
   std::vector<QueueEvent> events_;
   std::optional<QueueWatch> watch_;
@@ -54,6 +68,17 @@ TEST_F(QueueWatchTest, WhatWasThereBeforeIsNotTold) {
   watch().update();
   EXPECT_THAT(events_, IsEmpty());
   EXPECT_EQ(watch().queue().size(), 1u);
+}
+
+TEST_F(QueueWatchTest, AFilmThatTheQueueCallsCompleteIsConfirmed) {
+  offer<FilmRecovery>(fake_.session().plugins(), DIN_FilmRecovery, &recovery_);
+  fake_.session().start();
+  DownloadItem& film = fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
+  fake_.module.put("http://h/b.avi", DownloadStatusDownloading).setStatus(DownloadStatusPaused);
+  watch();
+  film.setStatus(DownloadStatusCompleted);
+  watch().update();
+  EXPECT_THAT(recovery_.confirmed, ElementsAre("http://h/a.avi"));
 }
 
 TEST_F(QueueWatchTest, AnotherOrderOfTheSameItemsIsToldOnce) {
