@@ -3,10 +3,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <thread>
@@ -17,6 +14,7 @@
 #include "VeskPlayerX/ShutdownInterface.h"
 #include "playerx/services/OnlineServices.h"
 #include "tests/soak/Count.h"
+#include "tests/soak/Holdings.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/fakes/FakePlayerEnd.h"
 #include "tests/unit/plugin/ManagerFixture.h"
@@ -27,26 +25,6 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using VeskPlayerX::DownloadManagerInterface;
-
-/// What the process holds.
-struct Holdings {
-  long descriptors = 0;
-  long threads = 0;
-  long kilobytes = 0;
-};
-
-long entriesOf(const char* folder) {
-  const std::filesystem::directory_iterator entries(folder);
-  return std::distance(begin(entries), end(entries));
-}
-
-Holdings holdings() {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  while (std::getline(status, line) && !line.starts_with("VmRSS:")) {
-  }
-  return {entriesOf("/proc/self/fd"), entriesOf("/proc/self/task"), std::stol(line.substr(6))};
-}
 
 /// A host that loads the module, lets it work, and gives it up in the midst of it, with a media
 /// server and online services that fall silent.
@@ -130,17 +108,9 @@ class Unload : public ManagerFixture {
 TEST_F(Unload, InTheMidstOfWorkLeavesNothingBehind) {
   constexpr int kWarmUp = 30;
   for (int i = 0; i < kWarmUp; ++i) cycle();
-  const Holdings before = holdings();
+  const Holdings before = holdingsOf();
   for (int i = 0; i < countOr(60) && !HasFailure(); ++i) cycle();
-  // The last save is synced in the background, which takes a thread and three files.
-  Holdings after;
-  EXPECT_TRUE(support::waitFor([&] {
-    after = holdings();
-    return after.descriptors <= before.descriptors + 3 && after.threads <= before.threads + 1;
-  })) << before.descriptors
-      << " descriptors became " << after.descriptors << ", " << before.threads << " threads "
-      << after.threads;
-  EXPECT_LT(after.kilobytes, before.kilobytes + before.kilobytes / 20);
+  const Holdings after = expectFlat(before);
   EXPECT_LT(longest_, milliseconds(500));
   std::cout << before.kilobytes << " KB became " << after.kilobytes << "; longest shutdown "
             << longest_.count() << " ms" << std::endl;
