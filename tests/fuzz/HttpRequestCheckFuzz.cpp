@@ -66,7 +66,13 @@ void checkRequest(const Arguments& a) {
   unsigned char* bytes = HttpRequest::generateRequest(a.method, a.host, a.path, &length, 0,
                                                       a.responseType, a.userAgent, a.contentType,
                                                       a.charset, nullptr, 0, a.extraHeaders);
-  requireLines(takeBytes(bytes, length), linesAskedFor(a));
+  const std::string request = takeBytes(bytes, length);
+  requireLines(request, linesAskedFor(a));
+  fuzz::require(
+      !a.extraHeaders.empty() ||
+          request == HttpRequest::generateRequest(a.method, a.host, a.path, "", 0, a.responseType,
+                                                  a.userAgent, a.contentType, a.charset),
+      "both forms say the same");
 }
 
 void checkPostRequest(const Arguments& a) {
@@ -82,6 +88,10 @@ void checkPostRequest(const Arguments& a) {
                 "the body comes last");
   requireLines(request.substr(0, request.size() - tail.size()),
                linesAskedFor(a) + (a.data.empty() ? 0 : 1));
+  fuzz::require(!a.extraHeaders.empty() || request == HttpRequest::generatePostRequest(
+                                                          a.host, a.path, a.data, 0, a.responseType,
+                                                          a.userAgent, a.contentType, a.charset),
+                "both forms say the same");
 }
 
 }  // namespace

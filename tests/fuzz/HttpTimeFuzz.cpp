@@ -1,8 +1,8 @@
 // Input: the text of a date.
-#include <array>
 #include <cstdlib>
 #include <ctime>
 
+#include "kvsc/HttpTime.h"
 #include "kvsc/SSLConnect.h"
 #include "tests/fuzz/Fuzz.h"
 
@@ -14,9 +14,7 @@ constexpr int kLastYear = 9999 - 1900;
 std::string textFor(std::time_t time) {
   std::tm local{};
   if (::localtime_r(&time, &local) == nullptr || local.tm_year > kLastYear) return {};
-  std::array<char, 80> text{};
-  std::strftime(text.data(), text.size(), "%a, %d %b %Y %H:%M:%S GMT", &local);
-  return text.data();
+  return kvsc::formatHttpTime(time);
 }
 
 }  // namespace

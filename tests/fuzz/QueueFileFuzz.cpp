@@ -23,6 +23,7 @@ std::string written(const ItemList& items) {
 
 ItemList readBack(const std::string& document, std::size_t count) {
   auto [outcome, items] = persistence::readQueueDocument(document, QueueFormat::kCurrent);
+  fuzz::require(persistence::formatOf(document) != QueueFormat::kUnknown, "its form is known");
   fuzz::require(outcome == persistence::QueueOutcome::kRead, "what is written can be read");
   fuzz::require(items.size() == count, "no item is lost");
   return std::move(items);

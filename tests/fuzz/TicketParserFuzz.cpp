@@ -21,6 +21,9 @@ void checkLines(const std::string& text) {
   for (const std::wstring& line : TicketParser::TicketParserImpl::tokenize(wide, L"\n\r")) {
     fuzz::require(!line.empty(), "no line is empty");
     fuzz::require(line.find_first_of(L"\n\r") == std::wstring::npos, "no line holds a line end");
+    fuzz::require(
+        TicketParser::TicketParserImpl::stripBeginingAndEndWhiteSpace(line).size() <= line.size(),
+        "nothing is added");
     std::wstring key;
     std::wstring value;
     if (!TicketParser::TicketParserImpl::parseLine(line, key, value)) continue;
