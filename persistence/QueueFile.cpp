@@ -9,6 +9,7 @@
 
 #include "kvpm/File.h"
 #include "kvpm/PathTools.h"
+#include "persistence/XmlReader.h"
 
 namespace persistence {
 namespace {
@@ -26,7 +27,9 @@ bool isMissing(int error) { return error == ENOENT || error == ENOTDIR || error 
 
 /// Up to `size` bytes from the present position; nullopt on an error.
 std::optional<std::string> readSome(kvpm::File& file, std::size_t size) {
-  std::string bytes(size, '\0');
+  std::string bytes;
+  bytes.reserve(size + kRoomBehindXml);
+  bytes.resize(size);
   const std::int64_t got = file.read(bytes.data(), bytes.size());
   if (got < 0) return std::nullopt;
   bytes.resize(static_cast<std::size_t>(got));

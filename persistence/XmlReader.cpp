@@ -32,9 +32,9 @@ constexpr int kPointersPerAttribute = 5;
 constexpr std::size_t kLargestBuffer = 9'000'000;
 constexpr std::string_view kDiscardPoint = "\n<!---->";
 constexpr int kDiscardPoints = 128;
+static_assert(kDiscardPoints * kDiscardPoint.size() <= kRoomBehindXml);
 
 void appendDiscardPoints(std::string& bytes) {
-  bytes.reserve(bytes.size() + kDiscardPoints * kDiscardPoint.size());
   for (int count = 0; count < kDiscardPoints; ++count) bytes += kDiscardPoint;
 }
 
@@ -92,7 +92,7 @@ class Parser {
     roomForDefaults_ = bytes.size();
     context_.reset(xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size())));
     if (context_ == nullptr) return XmlResult::kOutOfMemory;
-    bytes = std::string();  // the library has copied them
+    std::string().swap(bytes);  // the library has copied them; an assignment would keep the memory
     prepare();
     xmlParseDocument(context_.get());
     if (outOfMemory_ || reports.outOfMemory()) return XmlResult::kOutOfMemory;
@@ -173,7 +173,10 @@ class Parser {
 std::optional<std::string_view> XmlAttributes::find(std::string_view name) const {
   for (int i = 0; i < count_; ++i) {
     const xmlChar** const attribute = attributes_ + i * kPointersPerAttribute;
-    if (localName(attribute[0], attribute[1], attribute[2]) == name) return valueOf(attribute);
+    const bool mayBeIt = attribute[0][0] == static_cast<unsigned char>(name.front());
+    if (mayBeIt && localName(attribute[0], attribute[1], attribute[2]) == name) {
+      return valueOf(attribute);
+    }
   }
   return std::nullopt;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,7 +15,7 @@ class XmlAttributes {
   XmlAttributes(const unsigned char** attributes, int count)
       : attributes_(attributes), count_(count) {}
 
-  /// The value of the first attribute of this local name; nullopt if absent.
+  /// The value of the first attribute of this local name, which is not empty; nullopt if absent.
   std::optional<std::string_view> find(std::string_view name) const;
 
  private:
@@ -42,6 +43,9 @@ enum class XmlResult {
   kRefused,      ///< not well-formed, hostile, larger than 2 GiB, or refused by the handler
   kOutOfMemory,  ///< the handler may have missed something
 };
+
+/// Bytes that a string should have room for behind a document, which is then not copied once more.
+inline constexpr std::size_t kRoomBehindXml = 1024;
 
 /// Reads a document. Nothing is printed, and no other file is opened. Documents that cost far more
 /// memory or time than their size suggests are refused: those with entity declarations, with

@@ -1,9 +1,14 @@
 // Each allocation of the module fails once: no file is replaced, set aside or deleted unless its
 // items have been read.
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
 #include "persistence/TicketParser.h"
+#include "persistence/XmlReader.h"
 #include "playerx/platform/MoviesFolder.h"
 #include "tests/support/LegacyQueueFile.h"
 #include "tests/unit/persistence/QueueFileFixture.h"
@@ -13,17 +18,24 @@ namespace {
 /// Allocations of this thread before the one that fails; below 0 when none fails.
 thread_local long allocationsLeft = -1;
 
+/// Bytes that this thread has allocated and not freed.
+thread_local std::ptrdiff_t bytesInUse = 0;
+
 }  // namespace
 
 void* operator new(std::size_t size) {
   const bool fails = allocationsLeft >= 0 && allocationsLeft-- == 0;
   void* const memory = fails ? nullptr : std::malloc(size == 0 ? 1 : size);
   if (memory == nullptr) throw std::bad_alloc();
+  bytesInUse += static_cast<std::ptrdiff_t>(::malloc_usable_size(memory));
   return memory;
 }
 
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept {
+  bytesInUse -= static_cast<std::ptrdiff_t>(::malloc_usable_size(memory));
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t /*size*/) noexcept { operator delete(memory); }
 
 namespace persistence {
 namespace {
@@ -85,6 +97,29 @@ TEST_F(LackOfMemory, AQueueIsWrittenCompletelyOrNotAtAll) {
     DownloadManagerPersistence::writeDownloadQueue(name, queue.items());
     ASSERT_EQ(content(), whole) << "saved again, after " << allocations;
   }
+}
+
+/// Notes how much memory is in use when an element is read.
+class MemoryGauge : public XmlHandler {
+ public:
+  bool onElement(int /*depth*/, std::string_view /*name*/, const XmlAttributes&) override {
+    most_ = std::max(most_, bytesInUse);
+    return true;
+  }
+  std::ptrdiff_t most() const { return most_; }
+
+ private:
+  std::ptrdiff_t most_ = 0;
+};
+
+TEST(XmlMemoryUse, ATextIsNotKeptBesideTheLibrarysCopy) {
+  constexpr std::size_t kLength = 20'000'000;
+  MemoryGauge gauge;
+  const std::ptrdiff_t before = bytesInUse;
+  std::string text = queueHolding(std::string(kLength, ' ') + "<DownloadItem/>");
+  ASSERT_EQ(readXml(std::move(text), gauge), XmlResult::kRead);
+  ASSERT_GT(gauge.most(), 0);
+  EXPECT_LT(gauge.most() - before, kLength / 100);
 }
 
 TEST_F(LackOfMemory, AProtectedTicketIsConsumedOnlyWhenAllItsItemsExist) {
