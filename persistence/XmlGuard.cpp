@@ -1,6 +1,5 @@
 #include "persistence/XmlGuard.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -14,7 +13,7 @@ constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::uint64_t kMostComparisons = 2'000'000'000;
 
 /// Elements with no more than this cost little, however many a readable file holds.
-constexpr std::ptrdiff_t kFewAttributes = 16;
+constexpr int kFewAttributes = 16;
 
 bool isQuote(char c) { return c == '"' || c == '\''; }
 
@@ -36,9 +35,19 @@ std::uint64_t countAttributes(std::string_view text) {
   return count;
 }
 
+/// Few tags have more "=" than an item has attributes, and looking for "=" is far cheaper than
+/// counting attributes.
+bool mayHaveManyAttributes(std::string_view tag) {
+  std::size_t at = 0;
+  for (int signs = 0; signs <= kFewAttributes; ++signs) {
+    at = tag.find('=', at);
+    if (at++ == std::string_view::npos) return false;
+  }
+  return true;
+}
+
 std::uint64_t countComparisons(std::string_view tag) {
-  // Few tags have more "=" than an item has attributes, and counting "=" is far cheaper.
-  if (std::count(tag.begin(), tag.end(), '=') <= kFewAttributes) return 0;
+  if (!mayHaveManyAttributes(tag)) return 0;
   const std::uint64_t attributes = countAttributes(tag);
   return attributes * attributes / 2;
 }
