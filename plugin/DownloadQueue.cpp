@@ -28,7 +28,6 @@ void DownloadQueue::assign(const Items& items) {
   for (Item* const item : items) owned.emplace_back(item);
   items_ = std::move(owned);
   index_.clear();
-  for (const auto& item : items_) index_.add(*item);
 }
 
 DownloadQueue::Items DownloadQueue::items() const {
@@ -43,12 +42,12 @@ DownloadQueue::Item* DownloadQueue::at(std::size_t index) const {
 }
 
 DownloadQueue::Item* DownloadQueue::find(unsigned int id) const {
-  const QueueIndex::Answer answer = index().withId(id);
+  const QueueIndex::Answer answer = index_.withId(items_, id);
   return answer ? *answer : findIf([id](const Item& item) { return item.getId() == id; });
 }
 
 DownloadQueue::Item* DownloadQueue::findUrl(const std::wstring& url) const {
-  const QueueIndex::Answer answer = index().withUrl(url);
+  const QueueIndex::Answer answer = index_.withUrl(items_, url);
   return answer ? *answer : findIf([&url](const Item& item) { return item.getUrl() == url; });
 }
 
@@ -130,11 +129,6 @@ void DownloadQueue::requeue() {
   for (const auto& item : items_) {
     if (isResumable(item->getStatus())) item->setStatus(DownloadStatusQueued);
   }
-}
-
-const QueueIndex& DownloadQueue::index() const {
-  index_.update(items_);
-  return index_;
 }
 
 DownloadQueue::Item* DownloadQueue::findIf(const std::function<bool(const Item&)>& wanted) const {

@@ -95,7 +95,6 @@ class DownloadQueue {
  private:
   using Owned = QueueIndex::Items;
 
-  const QueueIndex& index() const;
   Item* findIf(const std::function<bool(const Item&)>& wanted) const;
   std::size_t indexOf(unsigned int id) const;
 

@@ -1,84 +1,81 @@
 #include "plugin/QueueIndex.h"
 
 #include <exception>
-#include <functional>
 
 #include "item/DownloadItem.h"
 
 namespace plugin {
 namespace {
 
-std::size_t hashOf(const std::wstring& url) { return std::hash<std::wstring>()(url); }
-
-template <class Map, class Key>
-void insert(Map& map, Key key, QueueIndex::Item& item) {
-  const auto [entry, isNew] = map.try_emplace(key, &item);
-  if (!isNew) entry->second = nullptr;
+template <class Map>
+void erase(Map& map, const QueueIndex::Item& item) {
+  const auto entry = map.items.find(map.keyOf(item));
+  if (entry != map.items.end() && entry->second == &item) map.items.erase(entry);
 }
 
-template <class Map, class Key>
-void erase(Map& map, Key key, const QueueIndex::Item& item) {
-  const auto entry = map.find(key);
-  if (entry != map.end() && entry->second == &item) map.erase(entry);
-}
-
-template <class Map, class Key>
-QueueIndex::Answer find(const Map& map, Key key) {
-  const auto entry = map.find(key);
-  if (entry == map.end()) return nullptr;
-  return entry->second != nullptr ? QueueIndex::Answer(entry->second) : std::nullopt;
+template <class Map>
+void empty(Map& map) {
+  map.items.clear();
+  map.isComplete = false;
 }
 
 }  // namespace
 
 void QueueIndex::add(Item& item) noexcept {
-  if (!note(item)) isComplete_ = false;
+  add(ids_, item);
+  add(urls_, item);
 }
 
 void QueueIndex::remove(const Item& item) {
-  erase(ids_, item.getId(), item);
-  erase(urls_, hashOf(item.getUrl()), item);
+  erase(ids_, item);
+  erase(urls_, item);
 }
 
 void QueueIndex::clear() {
-  ids_.clear();
-  urls_.clear();
-  isComplete_ = true;
+  empty(ids_);
+  empty(urls_);
 }
 
-void QueueIndex::update(const Items& items) {
-  if (!hasChangedKeys_.exchange(false) && isComplete_) return;
-  clear();
-  for (const auto& item : items) {
-    if (!note(*item)) {
-      isComplete_ = false;
-      return;
-    }
-  }
+QueueIndex::Answer QueueIndex::withId(const Items& items, unsigned int id) {
+  return find(ids_, items, id);
 }
 
-QueueIndex::Answer QueueIndex::withId(unsigned int id) const {
-  return isComplete_ ? find(ids_, id) : std::nullopt;
-}
-
-QueueIndex::Answer QueueIndex::withUrl(const std::wstring& url) const {
-  const Answer answer = isComplete_ ? find(urls_, hashOf(url)) : std::nullopt;
+QueueIndex::Answer QueueIndex::withUrl(const Items& items, const std::wstring& url) {
+  const Answer answer = find(urls_, items, hashOf(url));
   const bool isAnother = answer && *answer != nullptr && (*answer)->getUrl() != url;
   return isAnother ? nullptr : answer;
 }
 
-/// False for an item that does not report its changes, or when memory is short.
-bool QueueIndex::note(Item& item) noexcept {
+/// Adds an item to a complete map, which it leaves incomplete when the item does not report its
+/// changes or memory is short.
+template <class Key>
+void QueueIndex::add(Map<Key>& map, Item& item) noexcept {
+  if (!map.isComplete) return;
+  map.isComplete = false;
   auto* const reporting = dynamic_cast<DownloadItem*>(&item);
-  if (reporting == nullptr) return false;
+  if (reporting == nullptr) return;
   try {
     reporting->reportKeyChanges(&hasChangedKeys_);
-    insert(ids_, item.getId(), item);
-    insert(urls_, hashOf(item.getUrl()), item);
-    return true;
+    const auto [entry, isNew] = map.items.try_emplace(map.keyOf(item), &item);
+    if (!isNew) entry->second = nullptr;
+    map.isComplete = true;
   } catch (const std::exception&) {
-    return false;
+    // The next look-up tries again.
   }
+}
+
+template <class Key>
+QueueIndex::Answer QueueIndex::find(Map<Key>& map, const Items& items, Key key) {
+  if (hasChangedKeys_.exchange(false)) clear();
+  if (!map.isComplete) {
+    empty(map);
+    map.isComplete = true;
+    for (auto item = items.begin(); item != items.end() && map.isComplete; ++item) add(map, **item);
+  }
+  if (!map.isComplete) return std::nullopt;
+  const auto entry = map.items.find(key);
+  if (entry == map.items.end()) return nullptr;
+  return entry->second != nullptr ? Answer(entry->second) : std::nullopt;
 }
 
 }  // namespace plugin

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,10 +15,11 @@ namespace plugin {
 
 /// Finds the items of a queue by id and by address in constant time.
 ///
-/// A host may change either of an item that it has a pointer to, so each item reports that, on
-/// whatever thread, and the index is built anew before the next look-up. For the rest it is used by
-/// one thread at a time. Only names items; where a key is that of several, or memory is short, it
-/// leaves the answer to the order of the queue.
+/// Each of the two is built at its first look-up. A host may change the id or the address of an
+/// item that it has a pointer to, so each item reports that, on whatever thread, and the index is
+/// built anew before the next look-up. For the rest it is used by one thread at a time. Only names
+/// items; where a key is that of several, or memory is short, it leaves the answer to the order of
+/// the queue.
 class QueueIndex {
  public:
   using Item = VeskPlayerX::DownloadItemInterface;
@@ -30,23 +32,30 @@ class QueueIndex {
   void remove(const Item& item);
   void clear();
 
-  /// Builds the index of `items` unless it is up to date.
-  void update(const Items& items);
+  // `items` are those of the queue.
 
-  Answer withId(unsigned int id) const;
-  Answer withUrl(const std::wstring& url) const;
+  Answer withId(const Items& items, unsigned int id);
+  Answer withUrl(const Items& items, const std::wstring& url);
 
  private:
-  /// The item of each key; null for one that several items have.
+  /// The items by one key.
   template <class Key>
-  using Map = std::unordered_map<Key, Item*>;
+  struct Map {
+    Key (*keyOf)(const Item& item);
+    std::unordered_map<Key, Item*> items{};  ///< null for a key that several items have
+    bool isComplete = false;
+  };
 
-  bool note(Item& item) noexcept;
+  template <class Key>
+  void add(Map<Key>& map, Item& item) noexcept;
+  template <class Key>
+  Answer find(Map<Key>& map, const Items& items, Key key);
 
-  Map<unsigned int> ids_;
-  Map<std::size_t> urls_;  ///< by the hash of the address
-  bool isComplete_ = true;
+  Map<unsigned int> ids_{[](const Item& item) { return item.getId(); }};
+  Map<std::size_t> urls_{[](const Item& item) { return hashOf(item.getUrl()); }};
   std::atomic<bool> hasChangedKeys_{false};  ///< set by the items themselves
+
+  static std::size_t hashOf(const std::wstring& url) { return std::hash<std::wstring>()(url); }
 };
 
 }  // namespace plugin

@@ -40,6 +40,7 @@ TEST_F(QueueIndexTest, LooksAtNoOtherItem) {
   const DownloadItem& wanted = add(L"http://h/wanted");
   const unsigned int id = wanted.getId();
   queue_.find(id);
+  queue_.findUrl(L"http://h/wanted");
   watched.looks = 0;
   EXPECT_EQ(queue_.find(id), &wanted);
   EXPECT_EQ(queue_.find(id + 1), nullptr);
