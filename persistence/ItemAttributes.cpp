@@ -10,9 +10,9 @@ namespace {
 using kvpm::StringTools;
 using Item = VeskPlayerX::DownloadItemInterface;
 
-/// A signed value printed as an unsigned one of 64 bits: -1 becomes 18446744073709551615.
-std::string signExtended(std::int32_t value) {
-  return StringTools::uint64ToString(static_cast<std::uint64_t>(std::int64_t{value}));
+/// A signed value as an unsigned one of 64 bits: -1 becomes 18446744073709551615.
+std::uint64_t signExtended(std::int32_t value) {
+  return static_cast<std::uint64_t>(std::int64_t{value});
 }
 
 std::int32_t int32Of(std::string_view value) {
@@ -32,28 +32,23 @@ constexpr std::array<ItemAttribute, 12> kTable{{
      }},
     {"contentEncryptionUsageID",
      [](const Item& item, FieldSink& sink) {
-       sink.takeValue(signExtended(static_cast<std::int32_t>(item.getContentEncryptionUsageId())));
+       sink.takeUnsigned(
+           signExtended(static_cast<std::int32_t>(item.getContentEncryptionUsageId())));
      },
      [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
        item.setContentEncryptionUsageId(int32Of(value));
      }},
-    {"status",
-     [](const Item& item, FieldSink& sink) {
-       sink.takeValue(StringTools::int32ToString(item.getStatus()));
-     },
+    {"status", [](const Item& item, FieldSink& sink) { sink.takeSigned(item.getStatus()); },
      [](std::string_view value, const Spelling& spelling, DownloadItem& item) {
        item.setStatus(spelling.status(int32Of(value)));
      }},
-    {"fileSize",
-     [](const Item& item, FieldSink& sink) {
-       sink.takeValue(StringTools::uint64ToString(item.getSize()));
-     },
+    {"fileSize", [](const Item& item, FieldSink& sink) { sink.takeUnsigned(item.getSize()); },
      [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
        item.setSize(uint64Of(value));
      }},
     {"percentDownloaded",
      [](const Item& item, FieldSink& sink) {
-       sink.takeValue(signExtended(item.getPercentDownloaded()));
+       sink.takeUnsigned(signExtended(item.getPercentDownloaded()));
      },
      [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
        item.setPercentDownloaded(static_cast<std::int32_t>(uint64Of(value)));
@@ -68,8 +63,7 @@ constexpr std::array<ItemAttribute, 12> kTable{{
      }},
     {"timeRemaining",
      [](const Item& item, FieldSink& sink) {
-       sink.takeValue(
-           StringTools::int32ToString(static_cast<std::int32_t>(item.getTimeRemaining())));
+       sink.takeSigned(static_cast<std::int32_t>(item.getTimeRemaining()));
      },
      [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
        item.setTimeRemaining(static_cast<std::uint32_t>(uint64Of(value)));
@@ -79,17 +73,12 @@ constexpr std::array<ItemAttribute, 12> kTable{{
      [](std::string_view value, const Spelling& spelling, DownloadItem& item) {
        item.setContentProviderDisplayName(spelling.text(value));
      }},
-    {"encrypted",
-     [](const Item& item, FieldSink& sink) {
-       sink.takeValue(StringTools::boolToString(item.getEncrypted()));
-     },
+    {"encrypted", [](const Item& item, FieldSink& sink) { sink.takeFlag(item.getEncrypted()); },
      [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
        item.setEncrypted(flagOf(value));
      }},
     {"ticketAlreadyTorn",
-     [](const Item& item, FieldSink& sink) {
-       sink.takeValue(StringTools::boolToString(item.getTicketAlreadyTorn()));
-     },
+     [](const Item& item, FieldSink& sink) { sink.takeFlag(item.getTicketAlreadyTorn()); },
      [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
        item.setTicketAlreadyTorn(flagOf(value));
      }},

@@ -28,8 +28,9 @@ class FieldSink {
   virtual void takeText(const std::wstring& text) = 0;
   virtual void takeBytes(const std::string& bytes) = 0;
 
-  /// A number or a flag, which never needs escaping.
-  virtual void takeValue(const std::string& value) = 0;
+  virtual void takeSigned(std::int32_t value) = 0;
+  virtual void takeUnsigned(std::uint64_t value) = 0;
+  virtual void takeFlag(bool value) = 0;
 
  protected:
   ~FieldSink() = default;

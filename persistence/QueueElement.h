@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
-#include <vector>
 
 #include "VeskPlayerX/DownloadItemInterface.h"
 
@@ -14,8 +14,8 @@ namespace persistence {
 void appendElement(std::string& document, const VeskPlayerX::DownloadItemInterface& item,
                    std::size_t limit);
 
-/// Appends the lengths of the item's texts: characters of wide or bytes of narrow text.
-void appendTextLengths(std::vector<std::size_t>& lengths,
-                       const VeskPlayerX::DownloadItemInterface& item);
+/// The sum of the lengths of the item's texts, each counted up to `limit`: characters of wide or
+/// bytes of narrow text.
+std::uint64_t charactersOf(const VeskPlayerX::DownloadItemInterface& item, std::size_t limit);
 
 }  // namespace persistence

@@ -28,9 +28,13 @@ constexpr std::size_t kPrefetchDistance = 16;
 constexpr std::size_t kMarkup = 320;
 
 std::uint32_t charactersOf(const DownloadItemInterface& item) {
-  std::vector<std::size_t> lengths;
-  appendTextLengths(lengths, item);
-  return static_cast<std::uint32_t>(persistence::charactersOf(lengths, kLongestXmlValue));
+  return static_cast<std::uint32_t>(persistence::charactersOf(item, kLongestXmlValue));
+}
+
+std::uint64_t charactersOf(const QueueText::Items& items, std::size_t limit) {
+  std::uint64_t sum = 0;
+  for (const DownloadItemInterface* item : items) sum += persistence::charactersOf(*item, limit);
+  return sum;
 }
 
 }  // namespace
@@ -161,10 +165,10 @@ QueueText::Edit QueueText::rewrite(const Items& items) const {
     edit.text = kEmptyQueueDocument;
     return edit;
   }
-  std::vector<std::size_t> lengths;
-  for (const DownloadItemInterface* item : items) appendTextLengths(lengths, *item);
-  const std::size_t limit = longestValueFor(lengths);
-  edit.text.reserve(charactersOf(lengths, limit) + items.size() * kMarkup);
+  const std::size_t limit =
+      longestValueFor([&items](std::size_t each) { return charactersOf(items, each); });
+  edit.text.reserve(charactersOf(items, limit) + items.size() * kMarkup);
+  edit.elements.reserve(items.size());
   edit.text = kQueueBeginning;
   for (const DownloadItemInterface* item : items) edit.append(*item, limit, charactersOf(*item));
   edit.text += kQueueEnd;

@@ -87,17 +87,12 @@ constexpr std::string_view escapeOf(char c) {
 
 }  // namespace
 
-std::uint64_t charactersOf(const std::vector<std::size_t>& lengths, std::size_t limit) {
-  std::uint64_t sum = 0;
-  for (const std::size_t length : lengths) sum += std::min(length, limit);
-  return sum;
-}
-
 bool fitsDocument(std::uint64_t characters) { return characters <= kMostText / kLongestEscape; }
 
-std::size_t longestValueFor(const std::vector<std::size_t>& lengths) {
+std::size_t longestValueFor(
+    const std::function<std::uint64_t(std::size_t limit)>& charactersWithin) {
   std::size_t limit = kLongestXmlValue;
-  while (!fitsDocument(charactersOf(lengths, limit))) limit /= 2;
+  while (!fitsDocument(charactersWithin(limit))) limit /= 2;
   return limit;
 }
 

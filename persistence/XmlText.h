@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// Text as an XML document can hold it. All functions are pure and may be called from any thread.
 namespace persistence {
@@ -14,17 +14,15 @@ namespace persistence {
 /// more than 10,000,000.
 inline constexpr std::size_t kLongestXmlValue = 9'000'000;
 
-/// The sum of text lengths, each counted up to `limit`.
-std::uint64_t charactersOf(const std::vector<std::size_t>& lengths, std::size_t limit);
-
 /// Whether texts of so many characters together, none above `kLongestXmlValue`, stay within what
 /// the XML library can count, whatever they hold.
 bool fitsDocument(std::uint64_t characters);
 
-/// The `limit` for `carriedByXml` with which texts of these lengths, in characters of wide or bytes
-/// of narrow text, together stay within what the XML library can count: `kLongestXmlValue` for any
-/// queue of reasonable size, less for an enormous one.
-std::size_t longestValueFor(const std::vector<std::size_t>& lengths);
+/// The `limit` for `carriedByXml` with which texts together stay within what the XML library can
+/// count: `kLongestXmlValue` for any queue of reasonable size, less for an enormous one.
+/// `charactersWithin(limit)` is the sum of their lengths, each counted up to `limit`.
+std::size_t longestValueFor(
+    const std::function<std::uint64_t(std::size_t limit)>& charactersWithin);
 
 /// `text` as XML can carry it: every character that it cannot is replaced with U+FFFD, and the text
 /// is truncated, between characters, to `limit` bytes (counted as above).

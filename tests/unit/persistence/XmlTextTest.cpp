@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "persistence/XmlText.h"
 
 namespace persistence {
@@ -71,12 +73,17 @@ TEST(XmlText, AnAmpersandCountsAsFiveBytes) {
   EXPECT_EQ(carriedByXml(std::wstring(L"a&&&"), 10), L"a&");
 }
 
+/// The limit for so many texts of one length.
+std::size_t limitFor(std::size_t texts, std::size_t length) {
+  return longestValueFor([=](std::size_t limit) { return texts * std::min(length, limit); });
+}
+
 TEST(XmlText, TheLongestValueShrinksOnlyForEnormousQueues) {
-  EXPECT_EQ(longestValueFor({}), kLongestXmlValue);
-  EXPECT_EQ(longestValueFor(std::vector<std::size_t>(10'000, 1'000)), kLongestXmlValue);
-  EXPECT_EQ(longestValueFor(std::vector<std::size_t>(25, 50'000'000)), kLongestXmlValue);
-  EXPECT_EQ(longestValueFor(std::vector<std::size_t>(50, 50'000'000)), kLongestXmlValue / 2);
-  const std::size_t limit = longestValueFor(std::vector<std::size_t>(1'000'000, 5'000));
+  EXPECT_EQ(limitFor(0, 0), kLongestXmlValue);
+  EXPECT_EQ(limitFor(10'000, 1'000), kLongestXmlValue);
+  EXPECT_EQ(limitFor(25, 50'000'000), kLongestXmlValue);
+  EXPECT_EQ(limitFor(50, 50'000'000), kLongestXmlValue / 2);
+  const std::size_t limit = limitFor(1'000'000, 5'000);
   EXPECT_GT(limit, 100U);
   EXPECT_LE(limit * 6 * 1'000'000, 1'500'000'000U);
 }
