@@ -109,12 +109,16 @@ int copyContent(const std::string& from, const std::string& to) {
   kvpm::File source;
   const int error = source.open(QString::fromStdString(from).toStdWString(), kvpm::FileOpenRead);
   if (error != 0) return error;
-  QByteArray content(static_cast<qsizetype>(source.getTotalSize()), '\0');
-  const std::int64_t length =
-      source.read(content.data(), static_cast<std::uint64_t>(content.size()));
-  if (length != content.size()) return EIO;
   QFile copy(QString::fromStdString(to));
-  return copy.open(QIODevice::WriteOnly) && copy.write(content) == content.size() ? 0 : EIO;
+  if (!copy.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) return EIO;
+  // Piece by piece: a long queue would be there as a whole beside what is made of it.
+  std::vector<char> piece(std::size_t{1} << 18U);
+  for (std::int64_t left = source.getTotalSize(); left > 0;) {
+    const std::int64_t length = source.read(piece.data(), piece.size());
+    if (length <= 0 || copy.write(piece.data(), length) != length) return EIO;
+    left -= length;
+  }
+  return 0;
 }
 
 }  // namespace
