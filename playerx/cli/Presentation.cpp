@@ -73,7 +73,7 @@ void noteWhatIsLeft(const std::vector<model::ItemState>& queue,
 }
 
 QueuePrint::QueuePrint(const session::Places& places, bool isLong, Reporter& reporter)
-    : places_(places), isLong_(isLong), reporter_(reporter), reasons_(places.data) {}
+    : media_(places.media), isLong_(isLong), reporter_(reporter), reasons_(places.data) {}
 
 void QueuePrint::add(const model::ItemState& item, const model::Progress& progress) {
   sum_.add(item);
@@ -82,7 +82,7 @@ void QueuePrint::add(const model::ItemState& item, const model::Progress& progre
                     .item = item,
                     .progress = progress,
                     .reason = reasons_.find(item),
-                    .oddity = isComplete ? model::findOddity(item, places_.media) : "",
+                    .oddity = isComplete ? model::findOddity(item, media_, folders_) : "",
                     .isLong = isLong_});
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <vector>
 
+#include "playerx/app/model/FolderNames.h"
 #include "playerx/app/reasons/ReasonFile.h"
 #include "playerx/app/session/Places.h"
 #include "playerx/app/session/QueueRequest.h"
@@ -30,7 +32,7 @@ void noteWhatIsLeft(const std::vector<model::ItemState>& queue,
 /// and with `isLong` their addresses.
 class QueuePrint {
  public:
-  /// `places` and `reporter` outlive it.
+  /// `reporter` outlives it.
   QueuePrint(const session::Places& places, bool isLong, Reporter& reporter);
 
   /// `progress` is that of an item that arrives.
@@ -40,7 +42,8 @@ class QueuePrint {
   void end(bool isPaused = false);
 
  private:
-  const session::Places& places_;
+  const std::filesystem::path media_;
+  model::FolderNames folders_;
   const bool isLong_;
   Reporter& reporter_;
   const reasons::ReasonFile reasons_;

@@ -22,19 +22,30 @@ std::string describeDifference(std::uint64_t size, std::uint64_t announced) {
          std::to_string(announced);
 }
 
+std::string whereNow(std::string_view name, const fs::path& mediaFolder, FolderNames& folders) {
+  std::error_code error;
+  const bool isListed = !folders.lacks(mediaFolder.native(), name);
+  if (!isListed || !fs::exists(mediaFolder / name, error)) return " is not there any more.";
+  return " lies at " + (mediaFolder / name).string() + ", in the present media folder.";
+}
+
 }  // namespace
 
 std::string findOddity(const ItemState& film, const fs::path& mediaFolder) {
+  FolderNames folders;
+  return findOddity(film, mediaFolder, folders);
+}
+
+std::string findOddity(const ItemState& film, const fs::path& mediaFolder, FolderNames& folders) {
   if (film.path.empty()) return {};
+  const std::string_view path = film.path;
+  const std::size_t name = path.rfind('/') + 1;
   std::error_code error;
-  const fs::path place = film.path;
-  const fs::path instead = mediaFolder / place.filename();
-  const std::uintmax_t size = fs::file_size(place, error);
-  if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) {
-    return film.title + (fs::exists(instead, error)
-                             ? " lies at " + instead.string() + ", in the present media folder."
-                             : " is not there any more.");
-  }
+  const bool isListed = !folders.lacks(path.substr(0, name), path.substr(name));
+  const std::uintmax_t size = isListed ? fs::file_size(path, error) : 0;
+  const bool isGone = error == std::errc::no_such_file_or_directory ||
+                      error == std::errc::not_a_directory || !isListed;
+  if (isGone) return film.title + whereNow(path.substr(name), mediaFolder, folders);
   if (error || film.size == 0 || size == film.size) return "";
   return film.title + " has " + describeDifference(size, film.size) +
          (size < film.size ? "; should it end early, remove it and get it again."

@@ -62,6 +62,53 @@ TEST_F(FilmCheckTest, AFilmThatIsNowhereIsNamed) {
             "film.avi is not there any more.");
 }
 
+/// Films that are looked for together, more than a few.
+class ManyFilmsTest : public FilmCheckTest {
+ protected:
+  /// The oddity of the film of this name, once the folder has been asked for many others.
+  std::string oddityOf(const std::string& name, const std::filesystem::path& mediaFolder) const {
+    FolderNames folders;
+    for (int i = 0; i < 100; ++i) {
+      const ItemState other = filmAt(folder_ / ("gone-" + std::to_string(i)), 4);
+      EXPECT_EQ(findOddity(other, mediaFolder, folders), "film.avi is not there any more.");
+    }
+    return findOddity(filmAt(folder_ / name, 4), mediaFolder, folders);
+  }
+};
+
+TEST_F(ManyFilmsTest, ThoseThatAreThereAreFound) {
+  folder_.write("film.avi", "1234");
+  folder_.write("Z\u00fcrich.avi", "1234");
+  EXPECT_EQ(oddityOf("film.avi", "/elsewhere"), "");
+  EXPECT_EQ(oddityOf("Z\u00fcrich.avi", "/elsewhere"), "");
+  EXPECT_EQ(oddityOf("other.avi", "/elsewhere"), "film.avi is not there any more.");
+}
+
+TEST_F(ManyFilmsTest, OneInThePresentMediaFolderIsNamed) {
+  const support::TempDir media;
+  const std::filesystem::path here = media.write("film.avi", "1234");
+  EXPECT_EQ(oddityOf("film.avi", here.parent_path()),
+            "film.avi lies at " + here.string() + ", in the present media folder.");
+}
+
+TEST(FolderNamesTest, AFolderThatCannotBeReadIsNotTakenForAnEmptyOne) {
+  const support::TempDir folder;
+  const std::filesystem::path loop = folder / "loop";
+  std::filesystem::create_symlink(loop, loop);
+  FolderNames folders;
+  for (int i = 0; i < 100; ++i) EXPECT_FALSE(folders.lacks(loop.native(), "film.avi"));
+}
+
+TEST(FolderNamesTest, ANameOfOtherCapitalLettersMayBeThere) {
+  const support::TempDir folder;
+  const std::string place = folder.write("Film.avi", "1234").parent_path();
+  FolderNames folders;
+  for (int i = 0; i < 100; ++i) folders.lacks(place, "gone.avi");
+  EXPECT_TRUE(folders.lacks(place, "gone.avi"));
+  EXPECT_FALSE(folders.lacks(place, "film.AVI"));
+  EXPECT_FALSE(folders.lacks(place, "GONE~1.AVI"));
+}
+
 TEST(FilmNameTest, IsOnePlainName) {
   for (const char* name : {"a.avi", "grüße.mkv", ".a.avi", "a b.avi"}) {
     EXPECT_TRUE(isFilmName(name)) << name;
