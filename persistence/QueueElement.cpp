@@ -16,9 +16,9 @@ using kvpm::StringTools;
 bool isAsciiUnit(wchar_t c) { return c >= 0 && c < 0x80; }
 
 /// Whether a character of wide text or byte of narrow text stands for itself in a document.
-bool isPlain(wchar_t c) {
+constexpr auto isPlain = [](wchar_t c) {
   return c >= ' ' && c < 0x7F && c != '"' && c != '<' && c != '>' && c != '&';
-}
+};
 
 /// Writes each field as the value of an attribute.
 class ValueWriter : public FieldSink {

@@ -165,9 +165,10 @@ QueueText::Edit QueueText::rewrite(const Items& items) const {
     edit.text = kEmptyQueueDocument;
     return edit;
   }
-  const std::size_t limit =
-      longestValueFor([&items](std::size_t each) { return charactersOf(items, each); });
-  edit.text.reserve(charactersOf(items, limit) + items.size() * kMarkup);
+  std::uint64_t characters = 0;
+  const std::size_t limit = longestValueFor(
+      [&](std::size_t longest) { return characters = charactersOf(items, longest); });
+  edit.text.reserve(characters + items.size() * kMarkup);
   edit.elements.reserve(items.size());
   edit.text = kQueueBeginning;
   for (const DownloadItemInterface* item : items) edit.append(*item, limit, charactersOf(*item));
