@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <iterator>
 #include <utility>
 
 #include "playerx/platform/FileIo.h"
@@ -77,8 +78,10 @@ std::shared_ptr<FileVersion> FileVersions::begin(int& error) {
   return error == 0 ? made : nullptr;
 }
 
+// The newest one differs least from what will be written: all that stands behind a change of length
+// differs in those from before.
 FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
-  for (auto place = hidden_.begin(); place != hidden_.end(); ++place) {
+  for (auto place = hidden_.rbegin(); place != hidden_.rend(); ++place) {
     const int file = (*place)->file.descriptor();
     if ((*place)->isKept || (*place)->hasFailed || !(*place)->isReusable) continue;
     const auto status = stateOf(file);
@@ -86,7 +89,7 @@ FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
     if (!(*place)->isReusable || !takeWriteLease(file)) continue;
     changePermissions(file, *status, old.st_mode & 07777U);
     const Version spare = *place;
-    hidden_.erase(place);
+    hidden_.erase(std::next(place).base());
     return spare;
   }
   return nullptr;
