@@ -72,7 +72,9 @@ std::atomic<bool> isEnding{false};
 
 void syncToDisk(const SyncBatcher::Files& files) {
   for (const fs::path& file : files) {
-    if (const auto versions = savedFiles().find(file)) versions->sync();
+    const auto versions = savedFiles().find(file);
+    if (versions && !isEnding) versions->addSpare();
+    if (versions) versions->sync();
   }
   syncUnsyncedFiles();
   if (isEnding) savedFiles().release();

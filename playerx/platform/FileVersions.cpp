@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <iterator>
 #include <utility>
 
@@ -18,8 +19,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// One to overwrite while the other is being synced.
-constexpr std::size_t kMostSpares = 2;
+// With the present version, what is in use while one is being synced: that one, the last one on the
+// disk, and two that are overwritten in turn.
+constexpr std::ptrdiff_t kMostSpares = 3;
 
 std::optional<struct stat> stateOf(int file) {
   struct stat status {};
@@ -55,6 +57,33 @@ bool mayBeWrittenOver(const FileVersion& version, const struct stat& now,
          now.st_gid == present.st_gid;
 }
 
+bool isSpare(const std::shared_ptr<FileVersion>& hidden) {
+  return !hidden->isKept && !hidden->hasFailed && hidden->isReusable;
+}
+
+void describe(FileVersion& version, const struct stat& status) {
+  version.inode = status.st_ino;
+  version.device = status.st_dev;
+  version.size = status.st_size;
+  version.modified = modificationTime(status);
+}
+
+// A spare of the same content; null when it cannot be made.
+std::shared_ptr<FileVersion> copyOf(const FileVersion& version, const fs::path& target) {
+  auto copy = std::make_shared<FileVersion>();
+  int error = 0;
+  copy->file = HiddenFile::create(target, error);
+  if (error != 0 || ::lseek(version.file.descriptor(), 0, SEEK_SET) != 0) return nullptr;
+  const int file = copy->file.descriptor();
+  setPermissions(file, kOwnerOnly);
+  const auto status = copyRest(version.file.descriptor(), file) == 0 ? stateOf(file) : std::nullopt;
+  if (!status) return nullptr;
+  describe(*copy, *status);
+  copy->blocks = version.blocks.fullBlocks();
+  copy->isReusable = true;
+  return copy;
+}
+
 template <class Change>
 void changeRecord(const FileVersion& version, Change change) {
   auto record = readRecord(version.file.descriptor());
@@ -83,7 +112,7 @@ std::shared_ptr<FileVersion> FileVersions::begin(int& error) {
 FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
   for (auto place = hidden_.rbegin(); place != hidden_.rend(); ++place) {
     const int file = (*place)->file.descriptor();
-    if ((*place)->isKept || (*place)->hasFailed || !(*place)->isReusable) continue;
+    if (!isSpare(*place)) continue;
     const auto status = stateOf(file);
     (*place)->isReusable = status && mayBeWrittenOver(**place, *status, old);
     if (!(*place)->isReusable || !takeWriteLease(file)) continue;
@@ -93,6 +122,10 @@ FileVersions::Version FileVersions::takeSpare(const struct stat& old) {
     return spare;
   }
   return nullptr;
+}
+
+std::ptrdiff_t FileVersions::countSpares() const {
+  return std::count_if(hidden_.begin(), hidden_.end(), isSpare);
 }
 
 std::optional<PresentContent> FileVersions::present() {
@@ -177,10 +210,7 @@ bool FileVersions::record(FileVersion& version) {
   const std::uint64_t flags = (areAllFilesOnDisk() ? 0 : VersionRecord::kReliesOnOthers) |
                               (isNew_ ? VersionRecord::kIsNew : 0);
   version.sequence = ++*sequence_;
-  version.inode = status->st_ino;
-  version.device = status->st_dev;
-  version.size = status->st_size;
-  version.modified = modificationTime(*status);
+  describe(version, *status);
   return writeRecord(version.file.descriptor(),
                      {version.sequence, version.modified, presentBoot(), version.blocks.seed(),
                       version.blocks.whole(), flags});
@@ -206,6 +236,21 @@ void FileVersions::noteOutcome(int error) {
 int FileVersions::lastOutcome() {
   const GuardLock lock(mutex_);
   return lastOutcome_;
+}
+
+void FileVersions::addSpare() {
+  Version version;
+  {
+    const GuardLock lock(mutex_);
+    // A file without a spare was saved once, and may not be saved again.
+    if (!present_ || isPresentOnDisk_ || countSpares() != 1) return;
+    version = present_;
+    version->isKept = true;  // while it is copied, as for `sync`, which comes next
+  }
+  Version copy = copyOf(*version, target_);
+  const GuardLock lock(mutex_);
+  const bool isOfUse = copy && present_ && countSpares() < kMostSpares;
+  if (isOfUse) hidden_.push_back(std::move(copy));
 }
 
 int FileVersions::sync() {
@@ -240,10 +285,13 @@ int FileVersions::noteSync(FileVersion& version, int error) {
   isNew_ = false;
   if (present_.get() == &version) isPresentOnDisk_ = true;
   changeRecord(version, [](VersionRecord& record) { record.boot = VersionRecord::kOnDisk; });
-  std::size_t spares = 0;
-  std::erase_if(hidden_, [&](const Version& hidden) {
+  for (const Version& hidden : hidden_) {
     if (hidden->sequence < version.sequence) hidden->isKept = false;
-    return !hidden->isKept && (!hidden->isReusable || hidden->hasFailed || ++spares > kMostSpares);
+  }
+  std::erase_if(hidden_, [](const Version& hidden) { return !hidden->isKept && !isSpare(hidden); });
+  std::ptrdiff_t spares = countSpares();
+  std::erase_if(hidden_, [&spares](const Version& hidden) {
+    return !hidden->isKept && spares-- > kMostSpares;  // the oldest first
   });
   return 0;
 }

@@ -16,6 +16,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -84,6 +85,11 @@ class FileVersions {
   /// That of the last attempt; 0 when there was none.
   int lastOutcome();
 
+  /// Gives a file that is saved often a second spare: while one version is synced another is kept,
+  /// and a save that finds no spare creates one, which takes far longer. To be called before
+  /// `sync`.
+  void addSpare();
+
   /// Syncs the present version before it returns, after the unsynced files (`UnsyncedFiles.h`) that
   /// it may mention. Returns 0 or an error number.
   int sync();
@@ -98,6 +104,7 @@ class FileVersions {
   using Version = std::shared_ptr<FileVersion>;
 
   Version takeSpare(const struct stat& old) KVPM_REQUIRES(mutex_);
+  std::ptrdiff_t countSpares() const KVPM_REQUIRES(mutex_);
   void removeDeleted() KVPM_REQUIRES(mutex_);
   bool exchange(FileVersion& version, const struct stat& old) KVPM_REQUIRES(mutex_);
   void hidePresent(const std::filesystem::path& name) KVPM_REQUIRES(mutex_);

@@ -69,6 +69,22 @@ TEST_F(FileVersions, OverwriteSpareOnes) {
   EXPECT_LE(filesIn(folder_), 4U);
 }
 
+TEST_F(FileVersions, AFileThatIsSavedOftenIsGivenASpareBeforeItsSync) {
+  saveTimes(1);
+  playerx::flushFileSyncs();
+  EXPECT_EQ(filesIn(folder_), 1U);
+  saveTimes(2);
+  playerx::flushFileSyncs();
+  EXPECT_EQ(filesIn(folder_), 4U);
+  std::set<ino_t> inodes;
+  for (int version = 0; version < 10; ++version) {
+    save(std::to_string(version));
+    EXPECT_EQ(readFile(path_), std::to_string(version));
+    inodes.insert(inodeOf(path_));
+  }
+  EXPECT_LE(inodes.size(), 3U);
+}
+
 TEST_F(FileVersions, RememberHowTheLastSaveEnded) {
   EXPECT_EQ(playerx::lastSaveError(path_), 0);
   fs::create_directories(path_);
