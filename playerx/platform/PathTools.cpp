@@ -1,7 +1,6 @@
 #include "kvpm/PathTools.h"
 
 #include <sys/stat.h>
-#define XXH_INLINE_ALL
 #include <xxhash.h>
 
 #include <QDir>
