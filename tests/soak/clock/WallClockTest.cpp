@@ -24,8 +24,10 @@ using system_test::PlayerHome;
 using system_test::PlayerResult;
 
 constexpr std::int64_t kDay = 24 * 60 * 60;
-constexpr double kRate = 1 << 20;  ///< bytes per second
-constexpr std::uint64_t kSize = 5 << 20;
+constexpr std::uint64_t kSize = 5 << 20;  ///< takes four seconds
+
+/// Seconds; the server sends in bursts, so the first estimates are rough.
+constexpr std::uint64_t kLongestEstimate = 300;
 
 /// A player whose wall clock is set in the midst of its work.
 class WallClock : public testing::Test {
@@ -53,11 +55,12 @@ class WallClock : public testing::Test {
     return found == std::string::npos ? 0 : std::stoi(output.substr(found + member.size()));
   }
 
+  /// By a clock that was set meanwhile, hours would be left, or a negative time.
   static void expectSteady(const Json& changed) {
     EXPECT_EQ(changed["silentSeconds"], 0) << changed;
     if (changed["secondsRemaining"].is_null()) return;
-    const double left = (changed["size"].get<double>() - changed["arrived"].get<double>()) / kRate;
-    EXPECT_NEAR(changed["secondsRemaining"].get<double>(), left, 2.5) << changed;
+    EXPECT_LT(changed["secondsRemaining"], kLongestEstimate) << changed;
+    EXPECT_GT(changed["bytesPerSecond"], kSize / kLongestEstimate) << changed;
   }
 
   const support::TempDir folder_;
