@@ -1,6 +1,9 @@
 #include "item/DownloadItem.h"
 
+#include <array>
 #include <cstdint>
+#include <functional>
+#include <mutex>
 #include <utility>
 
 namespace {
@@ -16,6 +19,20 @@ std::uint64_t nextVersion() {
   return lastVersion.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
+using SharedName = std::shared_ptr<const std::wstring>;
+
+/// The name, in the memory of an equal one where that is known: a long queue has few providers.
+SharedName sharedName(const std::wstring& name) {
+  static std::mutex mutex;
+  static std::array<std::weak_ptr<const std::wstring>, 64> known;  // by hash
+  const std::lock_guard lock(mutex);
+  std::weak_ptr<const std::wstring>& place = known[std::hash<std::wstring>()(name) % known.size()];
+  SharedName shared = place.lock();
+  if (shared == nullptr || *shared != name) shared = std::make_shared<const std::wstring>(name);
+  place = shared;
+  return shared;
+}
+
 }  // namespace
 
 struct DownloadItem::DownloadItemImpl {
@@ -27,7 +44,7 @@ struct DownloadItem::DownloadItemImpl {
   std::wstring path;
   std::wstring url;
   std::wstring title;
-  std::wstring contentProviderDisplayName;
+  SharedName contentProviderDisplayName;  // null: empty
   std::string ticket;
   std::int32_t ticketId = 0;
   bool encrypted = false;
@@ -64,7 +81,7 @@ DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : D
   impl_->url = source->getUrl();
   impl_->ticket = source->getTicket();
   impl_->title = source->getTitle();
-  impl_->contentProviderDisplayName = source->getContentProviderDisplayName();
+  impl_->contentProviderDisplayName = sharedName(source->getContentProviderDisplayName());
   impl_->ticketAlreadyTorn = source->getTicketAlreadyTorn();
   impl_->contentEncryptionUsageId =
       static_cast<std::int32_t>(source->getContentEncryptionUsageId());
@@ -121,11 +138,12 @@ void DownloadItem::setStatus(DownloadStatusEnumType status) {
 }
 
 std::wstring DownloadItem::getContentProviderDisplayName() const {
-  return impl_->contentProviderDisplayName;
+  const SharedName& name = impl_->contentProviderDisplayName;
+  return name != nullptr ? *name : std::wstring();
 }
 
 void DownloadItem::setContentProviderDisplayName(const std::wstring& name) {
-  setKept(impl_->contentProviderDisplayName, name);
+  setKept(impl_->contentProviderDisplayName, sharedName(name));
 }
 
 long DownloadItem::getContentEncryptionUsageId() const { return impl_->contentEncryptionUsageId; }

@@ -110,6 +110,18 @@ TEST(DownloadItem, KeepsEveryCharacterOfItsTexts) {
   expectTexts(item, kWideText, kNarrowText);
 }
 
+TEST(DownloadItem, ItemsOfOneProviderKeepTheNameWhenOneOfThemGetsAnother) {
+  DownloadItem one, two;
+  one.setContentProviderDisplayName(L"films.example");
+  two.setContentProviderDisplayName(L"films.example");
+  one.setContentProviderDisplayName(L"other.example");
+  EXPECT_EQ(one.getContentProviderDisplayName(), L"other.example");
+  EXPECT_EQ(two.getContentProviderDisplayName(), L"films.example");
+  one.setContentProviderDisplayName(L"");
+  EXPECT_EQ(DownloadItem(&one).getContentProviderDisplayName(), L"");
+  EXPECT_EQ(DownloadItem(&two).getContentProviderDisplayName(), L"films.example");
+}
+
 TEST(DownloadItem, TextIsReferredToWhereItIsStored) {
   DownloadItem item;
   EXPECT_EQ(&item.getPath(), &item.getPath());
