@@ -1,6 +1,8 @@
 # vesk_test(NAME SOURCES... LIBRARIES...): one GoogleTest program, its cases known to ctest.
 include(GoogleTest)
 
+option(VESK_JOINED_TESTS "Compile several sources of a test program at once, whatever the others do" OFF)
+
 # What nearly every test includes, compiled once for all programs.
 add_library(test_headers OBJECT ${PROJECT_SOURCE_DIR}/tests/support/TestHeaders.cpp)
 target_link_libraries(test_headers PRIVATE host GTest::gmock)
@@ -20,6 +22,9 @@ function(vesk_test name)
     math(EXPR ARG_TIMEOUT "4 * ${ARG_TIMEOUT}")
   endif()
   add_executable(${name} ${ARG_SOURCES})
+  if(VESK_JOINED_TESTS)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 16)
+  endif()
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE host ${ARG_LIBRARIES} GTest::gmock_main)
   target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
