@@ -1,11 +1,13 @@
-// Each allocation of the module fails once: no file is replaced, set aside or deleted unless its
-// items have been read.
+// Each allocation of the module fails, once or with all that follow: no file is replaced, set aside
+// or deleted unless its items have been read.
 #include <malloc.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 #include <new>
+#include <utility>
 
 #include "persistence/TicketParser.h"
 #include "persistence/XmlReader.h"
@@ -15,8 +17,18 @@
 
 namespace {
 
-/// Allocations of this thread before the one that fails; below 0 when none fails.
-thread_local long allocationsLeft = -1;
+constexpr long kForEver = std::numeric_limits<long>::max();
+
+/// Allocations of this thread that succeed before so many fail.
+thread_local long successesLeft = 0;
+thread_local long failuresLeft = 0;
+
+bool nextFails() {
+  if (failuresLeft == 0 || successesLeft-- > 0) return false;
+  successesLeft = 0;
+  --failuresLeft;
+  return true;
+}
 
 /// Bytes that this thread has allocated and not freed.
 thread_local std::ptrdiff_t bytesInUse = 0;
@@ -24,8 +36,7 @@ thread_local std::ptrdiff_t bytesInUse = 0;
 }  // namespace
 
 void* operator new(std::size_t size) {
-  const bool fails = allocationsLeft >= 0 && allocationsLeft-- == 0;
-  void* const memory = fails ? nullptr : std::malloc(size == 0 ? 1 : size);
+  void* const memory = nextFails() ? nullptr : std::malloc(size == 0 ? 1 : size);
   if (memory == nullptr) throw std::bad_alloc();
   bytesInUse += static_cast<std::ptrdiff_t>(::malloc_usable_size(memory));
   return memory;
@@ -42,25 +53,27 @@ namespace {
 
 class LackOfMemory : public QueueFileFixture {
  protected:
-  /// Runs `action`, whose allocation of this index fails. Returns whether it got that far.
+  /// Runs `action`, of whose allocations so many fail from this index on. Returns whether it got
+  /// that far.
   template <class Action>
-  static bool runFailing(long allocations, Action action) {
-    allocationsLeft = allocations;
+  static bool runFailing(long allocations, Action action, long failures = 1) {
+    successesLeft = allocations;
+    failuresLeft = failures;
     action();
-    const bool hasFailed = allocationsLeft < 0;
-    allocationsLeft = -1;
-    return hasFailed;
+    return std::exchange(failuresLeft, 0) < failures;
   }
 
   /// Loads a file of this content again and again, each time with another failing allocation.
-  void expectReadWholeOrLeftAlone(const std::string& content, const std::vector<Fields>& queue) {
+  void expectReadWholeOrLeftAlone(const std::string& content, const std::vector<Fields>& queue,
+                                  long failures = 1) {
     const std::wstring name = path();
     bool hasFailed = true;
     for (long allocations = 0; hasFailed; ++allocations) {
       put(content);
       DownloadManagerPersistence::Items items;
-      hasFailed = runFailing(allocations,
-                             [&] { items = DownloadManagerPersistence::readDownloadQueue(name); });
+      hasFailed = runFailing(
+          allocations, [&] { items = DownloadManagerPersistence::readDownloadQueue(name); },
+          failures);
       const auto loaded = takeFields(items);
       ASSERT_TRUE(loaded == queue || (hasFailed && loaded.empty())) << allocations;
       ASSERT_EQ(this->content(), content) << allocations;
@@ -72,6 +85,7 @@ class LackOfMemory : public QueueFileFixture {
 TEST_F(LackOfMemory, AQueueIsReadCompletelyOrLeftAlone) {
   const std::vector<Fields> queue{titled(L"one"), titled(std::wstring(5'000, L'x')), Fields()};
   expectReadWholeOrLeftAlone(written(queue), queue);
+  expectReadWholeOrLeftAlone(written(queue), queue, kForEver);
 }
 
 TEST_F(LackOfMemory, AnEarlierQueueIsReadCompletelyOrLeftAlone) {

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <filesystem>
 
+#include "persistence/QueueFile.h"
 #include "tests/unit/persistence/Limit.h"
 #include "tests/unit/persistence/QueueFileFixture.h"
 
@@ -171,6 +172,16 @@ TEST_F(QueueFileWrite, AFileThatHoldsTheQueueAlreadyIsNotReplaced) {
   const auto before = fileNow();
   written({titled(L"one")});
   EXPECT_EQ(fileNow(), before);
+}
+
+TEST_F(QueueFileWrite, AFileIsComparedToItsLastByteHoweverLongItIs) {
+  for (const std::size_t size : {1U, 1U << 18, (1U << 18) + 1, 1U << 20}) {
+    std::string text(size, 'x');
+    put(text);
+    EXPECT_TRUE(holdsExactly(path(), text)) << size;
+    text.back() = 'y';
+    EXPECT_FALSE(holdsExactly(path(), text)) << size;
+  }
 }
 
 TEST_F(QueueFileWrite, AFileThatAnotherProgramChangedIsReplaced) {

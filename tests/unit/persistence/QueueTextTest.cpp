@@ -80,6 +80,16 @@ TEST_F(QueueTextTest, AChangeOfAnyFieldIsWritten) {
   }
 }
 
+TEST_F(QueueTextTest, AChangeOfOneItemIsWrittenInItsElementAlone) {
+  queue.update(both);
+  for (const Change& change : kChanges) {
+    change(two);
+    queue.update(both);
+    EXPECT_EQ(queue.change().begin, queue.text().rfind("<DownloadItem "));
+    EXPECT_EQ(queue.change().end, queue.text().rfind("</DownloadQueue>"));
+  }
+}
+
 TEST_F(QueueTextTest, AChangeOfAForeignItemIsWritten) {
   ForeignItem foreign;
   const Items items{&one, &foreign, &two};
