@@ -179,13 +179,17 @@ def outcome(path, number, changed, programs):
 
 
 def equivalents():
-    """Pairs of a file and a changed line that are known to change nothing that can be seen."""
-    pairs = set()
+    """Files with a line before and after, where the change is known to be seen by nothing."""
+    changes = set()
     for entry in EQUIVALENT.read_text().splitlines():
         if entry and not entry.startswith("#"):
-            file, line, _reason = entry.split(" | ", 2)
-            pairs.add((file, line.strip()))
-    return pairs
+            file, before, after, _reason = entry.split(" | ", 3)
+            changes.add((file, before, after))
+    return changes
+
+
+def original_line(path, number):
+    return (ROOT / path).read_text().split("\n")[number].strip()
 
 
 def main():
@@ -201,7 +205,8 @@ def main():
     if arguments.sample and arguments.sample < len(todo):
         todo = sorted(random.Random(arguments.seed).sample(todo, arguments.sample))
     known = equivalents()
-    todo = [change for change in todo if (str(change[0]), change[2].strip()) not in known]
+    todo = [(path, number, changed) for path, number, changed in todo
+            if (str(path), original_line(path, number), changed.strip()) not in known]
     if arguments.list:
         for path, number, changed in todo:
             print(f"{path}:{number + 1}: {changed.strip()}")
@@ -212,8 +217,8 @@ def main():
         result = outcome(path, number, changed, programs)
         counts[result] += 1
         if result == "survived":
-            before = (ROOT / path).read_text().split("\n")[number].strip()
-            print(f"{path}:{number + 1}: {before}\n    => {changed.strip()}", flush=True)
+            print(f"{path}:{number + 1}: {original_line(path, number)}\n    => {changed.strip()}",
+                  flush=True)
     tried = counts["noticed"] + counts["survived"]
     share = counts["noticed"] / tried if tried else 1.0
     print(f"{arguments.folder}: {counts['noticed']} of {tried} changes noticed ({share:.1%}, "

@@ -87,6 +87,7 @@ TEST(SplitCredentialsTest, OneOfTheTwoMayBeMissing) {
   EXPECT_EQ(splitCredentials("http://anna@host/").username, "anna");
   EXPECT_EQ(splitCredentials("http://anna@host/").password, "");
   EXPECT_EQ(splitCredentials("http://:word@host/").password, "word");
+  EXPECT_EQ(splitCredentials("http://@host/").address, "http://host/");
 }
 
 TEST(SplitCredentialsTest, AnAddressWithoutThemStaysAsItIs) {

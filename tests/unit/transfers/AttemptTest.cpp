@@ -95,13 +95,21 @@ TEST_F(AttemptTest, AWrongByteAnywhereInTheOverlapAppendsNothing) {
 }
 
 TEST_F(AttemptTest, AnEndWithinTheOverlapProvesNothing) {
-  for (std::size_t length = 0; length < kOverlap; ++length) {
+  for (std::size_t length = 0; length <= kOverlap; ++length) {
     leave(kThere);
     const AttemptEnd end = take(restHead(), content_.substr(300, length));
     EXPECT_EQ(end.kind, Kind::kInterrupted) << length;
     EXPECT_EQ(end.failure, TransferFailure::kDropped);
     EXPECT_EQ(bytes().size(), kThere);
   }
+}
+
+TEST_F(AttemptTest, AShorterRangeThanAskedForIsContinued) {
+  leave(kThere);
+  const AttemptEnd end =
+      take({"HTTP/1.1 206 OK", "Content-Range: bytes 300-499/1000", ""}, content_.substr(300, 200));
+  EXPECT_EQ(end.kind, Kind::kContinue);
+  EXPECT_EQ(bytes(), content_.substr(0, 500));
 }
 
 TEST_F(AttemptTest, WhatCameBeforeAnInterruptionIsKept) {

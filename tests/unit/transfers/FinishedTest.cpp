@@ -164,6 +164,20 @@ TEST_F(FinishedTest, ACompletionIsForgottenAMomentAfterItsReport) {
   EXPECT_EQ(film("film[2].avi"), filmBytes(kFinishedSize));
 }
 
+TEST_F(FinishedTest, ACompletionThatWasNeverReportedHoldsUpNoOther) {
+  Tuning tuning = shortTimes();
+  tuning.forgetAfter = Milliseconds(1);
+  restart(tuning);
+  downloads_->setCallback(nullptr);
+  const auto uid = start(server_.url());
+  ASSERT_TRUE(support::waitFor([&] { return report(uid).phase == TransferPhase::kComplete; }));
+  downloads_->stopSession(uid);
+  downloads_->setCallback(&receiver_);
+  ASSERT_TRUE(fetch(server_.url("/other.avi"), "other.avi").complete);
+  EXPECT_TRUE(support::waitFor([&] { return !readMark(movies() / "other.avi"); }));
+  EXPECT_TRUE(readMark(movies() / "film.avi"));
+}
+
 TEST_F(FinishedTest, NothingStaysWhereFilmsArriveWhenTheProcessDies) {
   fetchAndDie(server_.url());
   EXPECT_EQ(filesIn(parts()), std::vector<std::string>{});

@@ -222,6 +222,18 @@ TEST_F(SecurityTest, TheEnvironmentNamesTheProxy) {
   EXPECT_EQ(around.wait(), 0);
 }
 
+TEST_F(SecurityTest, WhatAProxySaysIsNoHeaderOfTheFilm) {
+  support::TinyProxy proxy;
+  FilmServer server(filmOf(kSecuritySize), tls());
+  downloads_->setTrustFile(trustFile());
+  ::setenv("https_proxy", ("http://127.0.0.1:" + std::to_string(proxy.port())).c_str(), 1);
+  const Reported reported = fetch(server.url());
+  ::unsetenv("https_proxy");
+  EXPECT_TRUE(reported.complete);
+  EXPECT_EQ(reported.headers.front(), "HTTP/1.1 200 OK\r\n");
+  EXPECT_NE(proxy.log().find("CONNECT"), std::string::npos);
+}
+
 TEST_F(SecurityTest, AProxyThatRefusesTheTunnelBreaksUnderItsStatus) {
   support::TinyProxy proxy("anna", "secret");
   FilmServer server(filmOf(kSecuritySize), tls());
