@@ -40,6 +40,7 @@ TEST_F(RateLimitTest, IdleTimeIsNotMadeUpFor) {
 TEST_F(RateLimitTest, ANewLimitHoldsAtOnce) {
   limit_.set(1, start_);
   takeAt(seconds(0), 10'000);
+  EXPECT_FALSE(isOpenAt(seconds(1)));
   limit_.set(1000, start_ + seconds(1));
   EXPECT_TRUE(isOpenAt(seconds(1)));
 }
