@@ -11,9 +11,6 @@
 namespace playerx::transfers {
 namespace {
 
-/// A request that is silent for longer may have lost its connection with the network.
-constexpr std::chrono::seconds kSilence(5);
-
 std::chrono::milliseconds stallTime(const FilmOptions& options, const Tuning& tuning) {
   return options.timeout.count() > 0 ? options.timeout : tuning.stall;
 }
@@ -123,7 +120,7 @@ void Transfer::work(Clock::time_point now) {
 }
 
 void Transfer::retryNow(Clock::time_point now) {
-  if (phase_ == Phase::kRequesting && now >= clock_.silentUntil(kSilence)) {
+  if (phase_ == Phase::kRequesting && now >= clock_.silentUntil(context_.tuning.lostAfter)) {
     endAttempt(TransferFailure::kStalled, "no byte came");
   }
   if (phase_ != Phase::kPausing || isAskedToWait_) return;

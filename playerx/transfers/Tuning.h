@@ -11,6 +11,7 @@ namespace playerx::transfers {
 /// The numbers that the library works by. Tests shorten the times; nothing else changes them.
 struct Tuning {
   Milliseconds stall{30'000};           ///< without a byte
+  Milliseconds lostAfter{5'000};        ///< without a byte, when the network has come back
   Milliseconds connectTimeout{30'000};  ///< name, connection and handshake
   RetryRules retry;
   unsigned mostRestarts = 5;                           ///< of one session, from the first byte on

@@ -59,6 +59,20 @@ TEST_F(RetryTest, ATryThatEndsAPauseIsOneMore) {
   EXPECT_EQ(film(), filmBytes(kRetrySize));
 }
 
+TEST_F(RetryTest, ARequestThatIsSilentWhenTheNetworkComesBackIsMadeAgain) {
+  Tuning impatient = shortTimes();
+  impatient.lostAfter = Milliseconds(0);
+  FilmServer server(filmOf(kRetrySize));
+  server.stallNext(100'000);
+  restart(impatient);
+  const auto uid = start(server.url());
+  ASSERT_TRUE(receiver_.waitForPercent(uid, 1));
+  downloads_->retryNow();
+  ASSERT_TRUE(receiver_.waitForEnd(uid));
+  EXPECT_EQ(film(), filmBytes(kRetrySize));
+  EXPECT_EQ(server.requestCount(), 2u);
+}
+
 TEST_F(RetryTest, AShortBodyIsNoSuccess) {
   FilmServer server(filmOf(kRetrySize));
   for (int i = 0; i < 6; ++i) server.cutNext(0);
@@ -117,6 +131,7 @@ TEST_F(RetryTest, AServerThatStaysSilentBreaksAndWhatCameIsKept) {
 TEST_F(RetryTest, TheUsualTimesAreThose) {
   const Tuning usual;
   EXPECT_EQ(usual.stall, std::chrono::seconds(30));
+  EXPECT_EQ(usual.lostAfter, std::chrono::seconds(5));
   EXPECT_EQ(usual.connectTimeout, std::chrono::seconds(30));
   EXPECT_EQ(usual.retry.retries, 5u);
 }
