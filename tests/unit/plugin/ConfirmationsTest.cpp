@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <thread>
@@ -11,6 +12,24 @@ namespace plugin {
 namespace {
 
 using Lines = std::vector<std::string>;
+
+/// No thread of this process can be started during its lifetime: there is no room for a stack.
+class NoThreads {
+ public:
+  NoThreads() {
+    pthread_getattr_default_np(&usual_);
+    pthread_attr_t huge{};
+    pthread_attr_init(&huge);
+    pthread_attr_setstacksize(&huge, std::size_t{1} << 47U);
+    pthread_setattr_default_np(&huge);
+  }
+  ~NoThreads() { pthread_setattr_default_np(&usual_); }
+  NoThreads(const NoThreads&) = delete;
+  NoThreads& operator=(const NoThreads&) = delete;
+
+ private:
+  pthread_attr_t usual_{};
+};
 
 class ConfirmationsTest : public ::testing::Test {
  protected:
@@ -70,6 +89,15 @@ TEST_F(ConfirmationsTest, AReportFromInsideTheServicesIsToldWhenTheyHaveReturned
   confirm(7, 500);
   confirmations_.finish();
   EXPECT_EQ(log_.lines(), (Lines{"7 500", "7 501"}));
+}
+
+TEST_F(ConfirmationsTest, WithoutAThreadTheReportItselfTellsTheServices) {
+  const NoThreads noThreads;
+  reportsItself_ = true;
+  confirm(7, 500);
+  EXPECT_EQ(log_.lines(), (Lines{"7 500", "7 501"}));
+  confirm(7, 1000);
+  EXPECT_EQ(log_.lines(), (Lines{"7 500", "7 501", "7 1000"}));
 }
 
 TEST_F(ConfirmationsTest, FinishingWithoutAReportIsNothing) { confirmations_.finish(); }
