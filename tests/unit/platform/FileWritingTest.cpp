@@ -139,6 +139,12 @@ TEST(FileWriting, OnlyAFileOpenForWritingIsSynced) {
   EXPECT_EQ(file.sync(), EBADF);
 }
 
+TEST(FileWriting, OfAFileThatIsNotOpenNoChangeIsExpected) {
+  File file;
+  file.expectChange(0, 1);
+  EXPECT_EQ(file.getTotalSize(), -1);
+}
+
 TEST(FileWriting, CannotRead) {
   const TempDir folder;
   File file;
