@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "kvpm/Unicode.h"
+#include "playerx/platform/Text.h"
 
 namespace {
 
@@ -138,6 +139,13 @@ TEST(Unicode, TheNulNeedsCapacityToo) {
   EXPECT_EQ(narrow(L"ab", 2, true).count, -1);
   EXPECT_EQ(narrow(L"", 0, true).count, -1);
   EXPECT_EQ(narrow(L"", 1, true).count, 0);
+}
+
+TEST(TrimmedText, HasNoBlankAtEitherEnd) {
+  for (const char* text : {"a b", " a b", "a b\n", " \t\r\n\f\va b \t\r\n\f\v"}) {
+    EXPECT_EQ(playerx::trimmed(text), "a b") << text;
+  }
+  for (const char* text : {"", " ", "\t\n"}) EXPECT_EQ(playerx::trimmed(text), "");
 }
 
 }  // namespace
