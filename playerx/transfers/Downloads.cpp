@@ -105,6 +105,11 @@ bool Downloads::takeBackFilmOf(const std::string& urlUtf8, const std::string& mo
   return address && transfers::takeBackFilmOf(*address, moviesFolderUtf8, downloadFolderUtf8);
 }
 
+FilmRecovery& Downloads::recovery() {
+  engine_.awaitConfirmations();
+  return *this;
+}
+
 void Downloads::confirm(const std::string& urlUtf8) {
   TransferReport report;
   if (!book_.findByAddress(urlUtf8, &report) || report.phase != TransferPhase::kComplete) return;

@@ -45,6 +45,9 @@ class Downloads : public KPB::DownloadInterface, public TransferSettings, public
 
   TransferReports& reports() { return book_; }
 
+  /// From the first call on, a film keeps its mark until it is confirmed.
+  FilmRecovery& recovery();
+
  private:
   int refuse(DownloadRequest request, TransferFailure failure);
   FilmOptions optionsOf(const Address& address);

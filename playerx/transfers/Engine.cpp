@@ -49,6 +49,7 @@ void Engine::stop(std::shared_ptr<Session> session) {
 }
 
 void Engine::confirm(std::shared_ptr<Session> session) {
+  session->confirmed = true;  // at once: what is posted at the end may not be done any more
   post([this, session = std::move(session)] { confirmSession(*session); });
 }
 
@@ -169,18 +170,21 @@ void Engine::endSession(const std::shared_ptr<Session>& session) {
   std::erase_if(finished_, [&](const Finished& one) { return one.session == session; });
 }
 
-void Engine::confirmSession(Session& session) {
-  session.confirmed = true;
+void Engine::confirmSession(const Session& session) {
   const bool isRecent = std::any_of(finished_.begin(), finished_.end(), [&](const Finished& one) {
     return one.session.get() == &session;
   });
   if (!isRecent) removeMark(session.log.report().finalPath);
 }
 
+bool Engine::isKnownToQueue(const Session& session) const {
+  return awaitsConfirmations_ ? session.confirmed : session.announced;
+}
+
 void Engine::forgetFinished(Clock::time_point now) {
   while (!finished_.empty() && finished_.front().session->announced &&
          now - finished_.front().since >= tuning_.forgetAfter) {
-    if (finished_.front().session->confirmed) removeMark(finished_.front().film);
+    if (isKnownToQueue(*finished_.front().session)) removeMark(finished_.front().film);
     finished_.pop_front();
   }
 }
@@ -204,7 +208,7 @@ void Engine::close() {
   }
   transfers_.clear();
   for (const Finished& finished : finished_) {
-    if (finished.session->confirmed) removeMark(finished.film);
+    if (isKnownToQueue(*finished.session)) removeMark(finished.film);
   }
   finished_.clear();
   delivery_.flush();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <deque>
 #include <filesystem>
 #include <functional>
@@ -41,12 +42,13 @@ namespace playerx::transfers {
 
 /// The library's own thread, on which all sessions run side by side.
 ///
-/// `start`, `stop` and `setTrust` may be called from any thread and return at once; sessions begin
-/// in the order of `start`, and one that was stopped before has released its partial by then.
+/// The public operations may be called from any thread and return at once; sessions begin in the
+/// order of `start`, and one that was stopped before has released its partial by then.
 /// Destroyed, it ends all sessions as `stop` does.
 ///
 /// A film keeps its mark for a moment after its completion was reported: until then the receiver
-/// may not have saved it.
+/// may not have saved it. Where confirmations are awaited it keeps it until the queue calls it
+/// complete.
 class Engine {
  public:
   /// `delivery` outlives it.
@@ -59,7 +61,9 @@ class Engine {
 
   void stop(std::shared_ptr<Session> session);
 
-  /// The host knows of the film of this session, which is complete: its mark may go.
+  void awaitConfirmations() { awaitsConfirmations_ = true; }
+
+  /// The queue calls the film of this session complete.
   void confirm(std::shared_ptr<Session> session);
 
   /// For requests made from now on.
@@ -93,7 +97,8 @@ class Engine {
   void retryWhenDue(Clock::time_point now);
   void beginSession(const std::shared_ptr<Session>& session);
   void endSession(const std::shared_ptr<Session>& session);
-  void confirmSession(Session& session);
+  void confirmSession(const Session& session);
+  bool isKnownToQueue(const Session& session) const;
   void forgetFinished(Clock::time_point now);
   void forgetPlaceOf(const DownloadRequest& request);
   void close();
@@ -101,6 +106,8 @@ class Engine {
   // Constant after construction.
   const Tuning tuning_;
   ReportDelivery& delivery_;
+
+  std::atomic<bool> awaitsConfirmations_{false};
 
   // Guarded.
   mutable GuardMutex mutex_;

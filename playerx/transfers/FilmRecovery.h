@@ -8,7 +8,8 @@ namespace playerx {
 inline constexpr char DIN_FilmRecovery[] = "com.vesk.playback.interface.FilmRecovery";
 
 /// Takes back films whose completion was lost: the process died, or the power failed, after the
-/// film was in its place and before the queue said so. Offered by the library's plug-in.
+/// film was in its place and before the queue said so. Offered by the library's plug-in: who has
+/// asked for it confirms each film.
 ///
 /// Any thread; may take the disk's time.
 class FilmRecovery {

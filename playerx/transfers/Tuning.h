@@ -18,7 +18,7 @@ struct Tuning {
   std::uint64_t overlap = std::uint64_t{64} << 10U;    ///< bytes compared before the rest is added
   std::uint64_t syncEvery = std::uint64_t{32} << 20U;  ///< bytes between two syncs
   Milliseconds saveAfter{20};      ///< what is known of a film that takes longer
-  Milliseconds forgetAfter{2000};  ///< a completed film's mark, from its report
+  Milliseconds forgetAfter{2000};  ///< a completed film's mark, from its report at the earliest
   std::function<double()> jitter;  ///< [0, 1); empty: random
 };
 

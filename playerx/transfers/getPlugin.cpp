@@ -18,7 +18,7 @@ class TransfersPlugin : public KPIM::Plugin {
     }
     if (id == DIN_TransferReports) return offerInterface(&downloads_.reports(), out);
     if (id == DIN_TransferSettings) return offerInterface<TransferSettings>(&downloads_, out);
-    if (id == DIN_FilmRecovery) return offerInterface<FilmRecovery>(&downloads_, out);
+    if (id == DIN_FilmRecovery) return offerInterface(&downloads_.recovery(), out);
     return Plugin::kpimGetInterface(id, out);
   }
 

@@ -90,7 +90,7 @@ class PlayerSession {
   /// After `start` only, which does so for the films of the queue.
   void takeFilmBack(const std::string& address);
 
-  /// The film of this address is complete, and the face knows: it need not be found again.
+  /// The queue calls the film of this address complete: it need not be found again.
   void confirmFilm(const std::string& address) const;
 
   /// The download manager; after a successful `open` only.

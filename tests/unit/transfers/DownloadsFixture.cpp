@@ -28,6 +28,7 @@ void DownloadsFixture::restart(const Tuning& tuning) {
   downloads_.reset();
   receiver_.clear();
   downloads_ = std::make_unique<Downloads>(tuning);
+  downloads_->recovery();
   downloads_->setCallback(&receiver_);
 }
 

@@ -78,7 +78,7 @@ int main(int count, char** values) {
     if (downloads.startSession(arguments[next], info, &uid) != 1) return 1;
     isComplete = printer.waitForEnd() && isComplete;
     if (keeps) continue;
-    downloads.confirm(arguments[next]);
+    downloads.recovery().confirm(arguments[next]);
     downloads.stopSession(uid);
   }
   if (keeps) printer.waitForEnd();

@@ -152,6 +152,15 @@ TEST_F(FinishedTest, AFilmThatIsConfirmedLateIsForgottenToo) {
   EXPECT_TRUE(support::waitFor([&] { return !readMark(movies() / "film.avi"); }));
 }
 
+TEST_F(FinishedTest, WhereNothingIsConfirmedAFilmIsForgottenAMomentAfterItsReport) {
+  Tuning tuning = shortTimes();
+  tuning.forgetAfter = Milliseconds(1);
+  downloads_ = std::make_unique<Downloads>(tuning);
+  downloads_->setCallback(&receiver_);
+  EXPECT_TRUE(receiver_.waitForEnd(start(server_.url())));
+  EXPECT_TRUE(support::waitFor([&] { return !readMark(movies() / "film.avi"); }));
+}
+
 TEST_F(FinishedTest, ACompletionIsForgottenAMomentAfterItsReport) {
   Tuning tuning = shortTimes();
   tuning.forgetAfter = Milliseconds(1);
