@@ -42,7 +42,7 @@ class DownloadThreadInterface {
   /// Announces the next `downloadVideo`: a `stop` from here on ends that run with
   /// `DownloadStatusStopped`, even one that has come and gone before `downloadVideo` is called. The
   /// scheduler calls it when it has picked an item, as the last thing under its locks; without it a
-  /// stop that falls between pick and start would be lost. Never blocks.
+  /// stop that falls between pick and start would be lost. Never blocks. Does nothing by default.
   virtual void prepare() {}
 
   /// Stops what runs, unregisters from the library and ends the worker's own threads. Once it
@@ -50,5 +50,6 @@ class DownloadThreadInterface {
   /// `downloadVideo` of an item answers `DownloadStatusStopped`. Called without a lock that a
   /// report or `play` could ask for; may wait for an answer of the online services up to the
   /// deadlines that these keep, and for the answer to a question of the view.
+  /// Does nothing by default.
   virtual void close() {}
 };

@@ -20,7 +20,8 @@ std::vector<LibraryReport> SessionGate::open(unsigned long long uid) {
 }
 
 void SessionGate::close() {
-  if (phase_ == Phase::kOpen) earlier_.push_back(uid_);
+  // A start that was refused has no id.
+  if (phase_ == Phase::kOpen && uid_ != 0) earlier_.push_back(uid_);
   if (earlier_.size() > kMostEarlier) earlier_.pop_front();
   phase_ = Phase::kClosed;
   kept_.clear();

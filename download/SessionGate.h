@@ -31,7 +31,7 @@ class SessionGate {
   /// A session is being started, its id is not known yet.
   void expect();
 
-  /// The id is known. Returns the reports that were kept, but those of earlier sessions, in order.
+  /// The id is known. Returns the kept reports in order, without those of earlier sessions.
   std::vector<LibraryReport> open(unsigned long long uid);
 
   /// There is no session any more; what was kept is dropped.

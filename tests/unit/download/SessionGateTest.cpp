@@ -44,8 +44,15 @@ TEST(SessionGate, AdmitsASessionWhoseIdAnEarlierOneHad) {
   EXPECT_TRUE(gate.admits(progress(5, 1)));
 }
 
-TEST(SessionGate, RemembersAsManyEarlierSessionsAsItSays) {
+TEST(SessionGate, HasNoSessionOfARefusedStart) {
   SessionGate gate = gateAfter(0);
+  gate.expect();
+  gate.open(5);
+  EXPECT_TRUE(gate.admits(progress(0, 1)));
+}
+
+TEST(SessionGate, RemembersAsManyEarlierSessionsAsItSays) {
+  SessionGate gate = gateAfter(2'000'000);
   for (unsigned long long uid = 1; uid <= SessionGate::kMostEarlier; ++uid) {
     gate.expect();
     gate.open(uid);
@@ -53,7 +60,7 @@ TEST(SessionGate, RemembersAsManyEarlierSessionsAsItSays) {
   }
   gate.expect();
   gate.open(1'000'000);
-  EXPECT_TRUE(gate.admits(progress(0, 1)));
+  EXPECT_TRUE(gate.admits(progress(2'000'000, 1)));
   EXPECT_FALSE(gate.admits(progress(1, 1)));
 }
 
