@@ -73,8 +73,9 @@ std::atomic<bool> isEnding{false};
 void syncToDisk(const SyncBatcher::Files& files) {
   for (const fs::path& file : files) {
     const auto versions = savedFiles().find(file);
-    if (versions && !isEnding) versions->addSpare();
-    if (versions) versions->sync();
+    if (!versions) continue;
+    if (!isEnding) versions->addSpare();
+    versions->sync();
   }
   syncUnsyncedFiles();
   if (isEnding) savedFiles().release();

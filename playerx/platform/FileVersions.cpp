@@ -19,8 +19,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// With the present version, what is in use while one is being synced: that one, the last one on the
-// disk, and two that are overwritten in turn.
+// Four versions are in use while one is synced: that one, the last one on the disk, and two that
+// are written in turn. One of the four is the present one.
 constexpr std::ptrdiff_t kMostSpares = 3;
 
 std::optional<struct stat> stateOf(int file) {
@@ -77,7 +77,9 @@ std::shared_ptr<FileVersion> copyOf(const FileVersion& version, const fs::path& 
   const int file = copy->file.descriptor();
   setPermissions(file, kOwnerOnly);
   const auto status = copyRest(version.file.descriptor(), file) == 0 ? stateOf(file) : std::nullopt;
-  if (!status) return nullptr;
+  // Another program may have written to it: the blocks are those that this process wrote.
+  const auto original = stateOf(version.file.descriptor());
+  if (!status || !original || !isVersion(version, *original)) return nullptr;
   describe(*copy, *status);
   copy->blocks = version.blocks.fullBlocks();
   copy->isReusable = true;
@@ -239,6 +241,7 @@ int FileVersions::lastOutcome() {
 }
 
 void FileVersions::addSpare() {
+  const GuardLock one(syncing_);  // a sync lets go of what is kept
   Version version;
   {
     const GuardLock lock(mutex_);

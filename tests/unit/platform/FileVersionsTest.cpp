@@ -85,6 +85,19 @@ TEST_F(FileVersions, AFileThatIsSavedOftenIsGivenASpareBeforeItsSync) {
   EXPECT_LE(inodes.size(), 3U);
 }
 
+TEST_F(FileVersions, WhatAnotherProgramWroteInPlaceIsInNoSpare) {
+  const std::string blocks(100'000, 'x');
+  save(blocks);
+  playerx::flushFileSyncs();
+  for (const char* const end : {"1", "2"}) save(blocks + end);
+  std::fstream(path_, std::ios::in | std::ios::out | std::ios::binary) << "ZZZ";
+  playerx::flushFileSyncs();
+  for (const char* const end : {"3", "4", "5"}) {
+    save(blocks + end);
+    EXPECT_EQ(readFile(path_), blocks + end);
+  }
+}
+
 TEST_F(FileVersions, RememberHowTheLastSaveEnded) {
   EXPECT_EQ(playerx::lastSaveError(path_), 0);
   fs::create_directories(path_);
