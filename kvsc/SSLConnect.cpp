@@ -66,7 +66,8 @@ void SSLConnect::close(SSLSession* session) {
 void SSLConnect::freeConnection(BIO* connect, bool shutDown) {
   const BioPtr owned(connect);
   // A BIO without a descriptor answers 0 when it is asked for one.
-  if (!shutDown || BIO_find_type(connect, BIO_TYPE_DESCRIPTOR) == nullptr) return;
+  if (connect == nullptr || !shutDown || BIO_find_type(connect, BIO_TYPE_DESCRIPTOR) == nullptr)
+    return;
   const int fd = static_cast<int>(BIO_get_fd(connect, nullptr));
   if (fd >= 0) ::shutdown(fd, SHUT_RDWR);
 }

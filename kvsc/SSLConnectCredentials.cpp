@@ -96,6 +96,7 @@ bool SSLConnect::prepareChecks(SSL_CTX* context, const SSLSession& session, std:
   SSL_CTX_set_default_passwd_cb_userdata(context, password ? password->data() : nullptr);
   if (!trustAuthority(context) || !readClientKey(password)) return false;
   if (!installCredentials(context, session)) return false;
+  // All keys are read by now.
   if (password == nullptr) SSL_CTX_set_default_passwd_cb(context, nullptr);
   SSL_CTX_set_verify(context, session.getVerifyMode(), verifyCallback);
   SSL_CTX_set_verify_depth(context, kVerifyDepthOfOneIssuer);
