@@ -15,11 +15,11 @@ namespace plugin {
 
 /// Finds the items of a queue by id and by address in constant time.
 ///
-/// Each of the two is built at its first look-up. A host may change the id or the address of an
-/// item that it has a pointer to, so each item reports that, on whatever thread, and the index is
-/// built anew before the next look-up. For the rest it is used by one thread at a time. Only names
-/// items; where a key is that of several, or memory is short, it leaves the answer to the order of
-/// the queue.
+/// Each of the two maps is built at its first look-up. A host may change the id or the address of
+/// an item that it has a pointer to, so each item reports that, on whatever thread, and the index
+/// is built anew before the next look-up. For the rest it is used by one thread at a time. Only
+/// names items; where a key is that of several, or memory is short, it leaves the answer to the
+/// order of the queue.
 class QueueIndex {
  public:
   using Item = VeskPlayerX::DownloadItemInterface;

@@ -24,8 +24,8 @@ std::string describeDifference(std::uint64_t size, std::uint64_t announced) {
 
 std::string whereNow(std::string_view name, const fs::path& mediaFolder, FolderNames& folders) {
   std::error_code error;
-  const bool isListed = !folders.lacks(mediaFolder.native(), name);
-  if (!isListed || !fs::exists(mediaFolder / name, error)) return " is not there any more.";
+  const bool mayBeThere = !folders.lacks(mediaFolder.native(), name);
+  if (!mayBeThere || !fs::exists(mediaFolder / name, error)) return " is not there any more.";
   return " lies at " + (mediaFolder / name).string() + ", in the present media folder.";
 }
 
@@ -41,10 +41,10 @@ std::string findOddity(const ItemState& film, const fs::path& mediaFolder, Folde
   const std::string_view path = film.path;
   const std::size_t name = path.rfind('/') + 1;
   std::error_code error;
-  const bool isListed = !folders.lacks(path.substr(0, name), path.substr(name));
-  const std::uintmax_t size = isListed ? fs::file_size(path, error) : 0;
+  const bool mayBeThere = !folders.lacks(path.substr(0, name), path.substr(name));
+  const std::uintmax_t size = mayBeThere ? fs::file_size(path, error) : 0;
   const bool isGone = error == std::errc::no_such_file_or_directory ||
-                      error == std::errc::not_a_directory || !isListed;
+                      error == std::errc::not_a_directory || !mayBeThere;
   if (isGone) return film.title + whereNow(path.substr(name), mediaFolder, folders);
   if (error || film.size == 0 || size == film.size) return "";
   return film.title + " has " + describeDifference(size, film.size) +

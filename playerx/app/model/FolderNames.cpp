@@ -15,14 +15,14 @@ namespace {
 constexpr int kFewFiles = 32;
 
 /// Whether a file system could know a file by this name and by others that differ in more than
-/// capital letters: those of FAT have short names with "~", and drop a full stop at the end.
+/// case: those of FAT have short names with "~", and drop a full stop at the end.
 bool mayHaveOtherNames(std::string_view name) {
   const bool isPlain = std::all_of(name.begin(), name.end(),
                                    [](unsigned char c) { return c > ' ' && c < 0x7F && c != '~'; });
   return name.empty() || !isPlain || name.ends_with('.');
 }
 
-/// The same for names that differ in capital letters alone.
+/// Equal for names that differ in case alone.
 std::size_t hashOf(std::string_view name) {
   std::string small(name);
   for (char& c : small) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));

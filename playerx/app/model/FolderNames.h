@@ -14,8 +14,9 @@ namespace playerx::model {
 /// in it. What comes or goes after a folder was read is not seen. Used by one thread at a time.
 class FolderNames {
  public:
-  /// Whether no file of this name was in the folder; false also when only a look at the file itself
-  /// can tell, because the folder cannot be read or a file may have several names.
+  /// Whether no file of this name was in the folder; false also when a look at the file itself is
+  /// cheaper, because few were asked for, or alone can tell, because the folder cannot be read or a
+  /// file may have several names.
   bool lacks(std::string_view folder, std::string_view name);
 
  private:
