@@ -69,6 +69,27 @@ bool isPaused(const ItemState& item) {
   return item.status == DownloadStatusPaused || item.status == DownloadStatusStopped;
 }
 
+/// The limit itself is set with every request that has one.
+Reply limited(const PlayerSession& session, const Request& request) {
+  if (!session.isStarted()) return failed(kLimitsNothing);
+  const std::uint64_t rate = request.rateLimit.value_or(0);
+  if (rate == 0) return done("There is no limit of the rate any more.");
+  return done("At most " + std::to_string(rate) + " bytes (" + model::formatBytes(rate) +
+              ") per second from now on.");
+}
+
+/// From 1 on; 0 when the item is not in the queue.
+std::ptrdiff_t placeOf(const std::vector<ItemState>& queue, unsigned int id) {
+  const ItemState* const found = find(queue, {.id = id});
+  return found == nullptr ? 0 : found - queue.data() + 1;
+}
+
+/// The end of a sentence on what waits again.
+std::string whatNext(PlayerSession& session, std::size_t items) {
+  if (!session.isStarted()) return items == 1 ? "; `get` downloads it." : "; `get` downloads them.";
+  return session.manager().isPaused() ? "; the queue is paused." : ".";
+}
+
 }  // namespace
 
 QueueService::QueueService(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
@@ -155,7 +176,7 @@ Reply QueueService::editAll(const Request& request) {
     case Action::kClean:
       return clean(request.dryRun);
     case Action::kLimit:
-      return limited(request);
+      return limited(session_, request);
     case Action::kShow:
       return failed("The player that has the queue has no window.");
     case Action::kRemove:
@@ -183,17 +204,6 @@ Reply QueueService::clear() {
   update();
   if (completed == 0) return done("No item is complete.");
   return done("Removed " + model::formatCount(completed, "completed item") + ".");
-}
-
-/// The limit itself is set with every request that has one.
-Reply QueueService::limited(const Request& request) const {
-  if (!session_.isStarted()) {
-    return failed(kLimitsNothing);
-  }
-  const std::uint64_t rate = request.rateLimit.value_or(0);
-  if (rate == 0) return done("There is no limit of the rate any more.");
-  return done("At most " + std::to_string(rate) + " bytes (" + model::formatBytes(rate) +
-              ") per second from now on.");
 }
 
 Reply QueueService::editItem(const Request& request, const ItemState& item) {
@@ -244,7 +254,7 @@ Reply QueueService::retry(const ItemState& item) {
     session_.manager().retry(item.id);
     watch_.expectOutcome(item.id);
   }
-  return done("Queued again: " + displayName(item) + whatNext(1));
+  return done("Queued again: " + displayName(item) + whatNext(session_, 1));
 }
 
 Reply QueueService::retryAll() {
@@ -253,12 +263,13 @@ Reply QueueService::retryAll() {
   for (const ItemState& item : queue) watch_.queueAgain(item.id);
   watch_.update();
   if (queue.empty()) return done("No item has failed.");
-  return done("Queued again: " + model::formatCount(queue.size(), "item") + whatNext(queue.size()));
+  return done("Queued again: " + model::formatCount(queue.size(), "item") +
+              whatNext(session_, queue.size()));
 }
 
 Reply QueueService::move(const ItemState& item, Direction direction) {
   VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
-  const std::ptrdiff_t before = placeOf(item.id);
+  const std::ptrdiff_t before = placeOf(watch_.queue(), item.id);
   bool isMoved = true;
   switch (direction) {
     case Direction::kUp:
@@ -278,7 +289,8 @@ Reply QueueService::move(const ItemState& item, Direction direction) {
   }
   watch_.update();
   // Waiting items stay above those that failed or are complete.
-  const bool isHeldUp = direction == Direction::kBottom && placeOf(item.id) == before &&
+  const bool isHeldUp = direction == Direction::kBottom &&
+                        placeOf(watch_.queue(), item.id) == before &&
                         before < std::ssize(watch_.queue());
   return isMoved && !isHeldUp ? tellPlace(item) : failed("The item cannot move any further.");
 }
@@ -286,25 +298,18 @@ Reply QueueService::move(const ItemState& item, Direction direction) {
 Reply QueueService::tellPlace(const ItemState& item) {
   watch_.update();
   const std::size_t length = watch_.queue().size();
-  const std::ptrdiff_t place = placeOf(item.id);
+  const std::ptrdiff_t place = placeOf(watch_.queue(), item.id);
   if (place == 0) return refuseUnknown({.id = item.id}, length);
   return done(displayName(item) + " is now item " + std::to_string(place) + " of " +
               std::to_string(length) + ".");
 }
 
-/// From 1 on; 0 when the item is not in the queue.
-std::ptrdiff_t QueueService::placeOf(unsigned int id) const {
-  const std::vector<ItemState>& queue = watch_.queue();
-  const ItemState* const found = find(queue, {.id = id});
-  return found == nullptr ? 0 : found - queue.data() + 1;
-}
-
 /// One step at a time, because the manager knows no other way to a place in between.
 Reply QueueService::moveBefore(const ItemState& item, unsigned int before) {
   VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
-  const std::ptrdiff_t end = placeOf(before);
+  const std::ptrdiff_t end = placeOf(watch_.queue(), before);
   if (end == 0) return refuseUnknown({.id = before}, watch_.queue().size());
-  std::ptrdiff_t steps = end - placeOf(item.id);
+  std::ptrdiff_t steps = end - placeOf(watch_.queue(), item.id);
   bool isMoved = true;
   for (; steps < 0 && isMoved; ++steps) isMoved = manager.moveUp(item.id);
   for (; steps > 1 && isMoved; --steps) isMoved = manager.moveDown(item.id);
@@ -330,7 +335,7 @@ Reply QueueService::resume(const ItemState& item) {
                   std::string(model::statusWord(item.status)) + ".");
   }
   held_.letGo(item.id);
-  return done("Resumed: " + displayName(item) + whatNext(1));
+  return done("Resumed: " + displayName(item) + whatNext(session_, 1));
 }
 
 Reply QueueService::resumeAll() {
@@ -341,14 +346,7 @@ Reply QueueService::resumeAll() {
   update();
   if (!hasEffect) return done("Nothing is paused.");
   if (session_.isStarted()) return done("The queue goes on.");
-  return done("Resumed " + model::formatCount(paused, "item") + whatNext(paused));
-}
-
-/// The end of a sentence on what waits again.
-std::string QueueService::whatNext(std::size_t items) const {
-  if (!session_.isStarted())
-    return items == 1 ? "; `get` downloads it." : "; `get` downloads them.";
-  return session_.manager().isPaused() ? "; the queue is paused." : ".";
+  return done("Resumed " + model::formatCount(paused, "item") + whatNext(session_, paused));
 }
 
 }  // namespace playerx::session

@@ -70,13 +70,10 @@ class QueueService {
   Reply move(const model::ItemState& item, Request::Direction direction);
   Reply moveBefore(const model::ItemState& item, unsigned int before);
   Reply tellPlace(const model::ItemState& item);
-  std::ptrdiff_t placeOf(unsigned int id) const;
   Reply pause(const model::ItemState& item);
   Reply resume(const model::ItemState& item);
   Reply resumeAll();
-  std::string whatNext(std::size_t items) const;
   Reply clean(bool dryRun);
-  Reply limited(const Request& request) const;
   std::vector<Leftover> leftovers() const;
 
   PlayerSession& session_;
