@@ -41,4 +41,13 @@ void writeFile(const std::filesystem::path& path, std::string_view content) {
   if (!out) throw std::runtime_error("cannot write " + path.string());
 }
 
+std::vector<std::string> hiddenFilesIn(const std::filesystem::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    const std::string name = entry.path().filename();
+    if (name.starts_with(".")) names.push_back(name);
+  }
+  return names;
+}
+
 }  // namespace support

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace support {
 
@@ -31,5 +32,8 @@ std::string readFile(const std::filesystem::path& path);
 
 /// Replaces the content of a file; std::runtime_error when it cannot be written.
 void writeFile(const std::filesystem::path& path, std::string_view content);
+
+/// The names in a folder that begin with a full stop.
+std::vector<std::string> hiddenFilesIn(const std::filesystem::path& folder);
 
 }  // namespace support

@@ -73,11 +73,10 @@ class TimeLimits : public DownloadsFixture {
   const support::SilentPort silent_;
   const Script greets_ = Script().readBytes(1).stall();
   const Script listens_ = Script().readRequest().stall();
-  const Script begins_ =
-      Script()
-          .readRequest()
-          .send("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n" + filmBytes(kSize / 2))
-          .stall();
+  const Script begins_ = Script()
+                             .readRequest()
+                             .send(support::okResponse(filmBytes(kSize)).substr(0, kSize / 2))
+                             .stall();
 };
 
 TEST_F(TimeLimits, AConnectThatNobodyAnswersEnds) { expectKept(url("http", silent_.port())); }

@@ -127,10 +127,7 @@ class Endurance : public testing::Test {
     films_.release(heldFilm());
     EXPECT_EQ(player_->wait(), 1) << "some films have failed" << player_->errors();
     EXPECT_THAT(home_.partials(), testing::IsEmpty());
-    for (const auto& entry : fs::directory_iterator(home_.data())) {
-      const std::string name = entry.path().filename();
-      EXPECT_THAT(name, testing::Not(testing::StartsWith(".")));
-    }
+    EXPECT_THAT(support::hiddenFilesIn(home_.data()), testing::IsEmpty());
   }
 
   FaultyFilms films_;

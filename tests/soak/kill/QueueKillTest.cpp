@@ -83,15 +83,6 @@ class QueueKill : public testing::Test {
     return runHost(folder_ / "replay", seed, std::to_string(count + 1)).beforeLast;
   }
 
-  std::vector<std::string> hiddenFiles() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder_.path())) {
-      const std::string name = entry.path().filename();
-      if (name.starts_with(".")) names.push_back(name);
-    }
-    return names;
-  }
-
   support::TempDir folder_;
   std::mt19937 random_{std::random_device{}()};
 };
@@ -115,7 +106,7 @@ TEST_F(QueueKill, LeavesTheLastAcknowledgedStateOrWhatTheNextOperationSaves) {
   std::cout << operations << " operations were acknowledged" << std::endl;
   // What killed hosts left behind goes with the first that is not killed.
   runHost(folder_.path(), 0, "1");
-  EXPECT_THAT(hiddenFiles(), testing::IsEmpty());
+  EXPECT_THAT(support::hiddenFilesIn(folder_.path()), testing::IsEmpty());
 }
 
 }  // namespace

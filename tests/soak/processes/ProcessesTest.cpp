@@ -16,6 +16,7 @@
 
 #include "tests/soak/Count.h"
 #include "tests/support/Nginx.h"
+#include "tests/support/TempDir.h"
 #include "tests/system/BigFile.h"
 #include "tests/system/PlayerHome.h"
 
@@ -187,10 +188,7 @@ class Processes : public testing::Test {
 
   void expectNothingLeft() const {
     EXPECT_THAT(home_.partials(), testing::IsEmpty());
-    for (const auto& entry : fs::directory_iterator(home_.data())) {
-      const std::string name = entry.path().filename();
-      EXPECT_THAT(name, testing::Not(testing::StartsWith(".")));
-    }
+    EXPECT_THAT(support::hiddenFilesIn(home_.data()), testing::IsEmpty());
   }
 
   const std::string film_ = system_test::distinctBytes(60'000);
