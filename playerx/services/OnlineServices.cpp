@@ -55,7 +55,7 @@ std::vector<VeskDrmTicketData*> OnlineServices::readTicket(const std::wstring& p
     return {};
   }
   if (records->empty()) tellUser("The online services cannot read this ticket.");
-  const std::lock_guard lock(mutex_);
+  const GuardLock lock(mutex_);
   std::vector<VeskDrmTicketData*> films;
   for (auto& record : *records) {
     films.push_back(record.get());

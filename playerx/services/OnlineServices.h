@@ -5,7 +5,7 @@
 
 #include "KPIM/Plugin.h"
 #include "VeskPlayerX/ZPSServicesInterface.h"
-#include "kvpm/Mutex.h"
+#include "playerx/platform/GuardMutex.h"
 #include "playerx/services/ConfirmationSender.h"
 #include "playerx/services/JsonClient.h"
 #include "playerx/services/ServicesProtocol.h"
@@ -36,7 +36,7 @@ class OnlineServices : public KPIM::Plugin, public VeskPlayerX::ZPSServicesInter
   void tellUser(const std::string& sentence);
 
   const JsonClient client_;
-  kvpm::Mutex mutex_;
+  GuardMutex mutex_;
   TicketRecords handedOut_ KVPM_GUARDED_BY(mutex_);
   ConfirmationSender confirmations_;
 };
