@@ -76,7 +76,7 @@ QueueTracker::News QueueTracker::update() {
     const std::unique_ptr<DownloadItemInterface> item(reader_.getCopy(versions[i].id));
     if (item == nullptr) continue;  // removed meanwhile: the next look tells of it
     const bool isNew = !std::exchange(seen_[i].version, version);
-    const ItemState before = std::exchange(queue_[i], look(*item, queue_[i]));
+    const ItemState before = std::exchange(queue_[i], look(*item, versions[i].status, queue_[i]));
     const bool hasEnded = !isNew && !isUnfinished(queue_[i].status);
     appendChanges(hasEnded ? news.changes : others, isNew ? nullptr : &before, queue_[i]);
   }
@@ -85,8 +85,12 @@ QueueTracker::News QueueTracker::update() {
   return news;
 }
 
-ItemState QueueTracker::look(const DownloadItemInterface& item, const ItemState& before) {
+/// The status is that of the moment at which all were looked at: the copy may be younger, and would
+/// let an item that is passed over as unchanged end after the one that was begun after it.
+ItemState QueueTracker::look(const DownloadItemInterface& item, DownloadStatusEnumType status,
+                             const ItemState& before) {
   ItemState state = stateOf(item);
+  state.status = status;
   if (state.id == arriving_) arriving_ = 0;
   const bool mayArrive =
       before.status == DownloadStatusDownloading && state.status == DownloadStatusQueued;

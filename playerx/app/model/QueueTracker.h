@@ -59,7 +59,8 @@ class QueueTracker {
   void rearrange(Range versions, std::size_t first, std::size_t last, News& news);
   Places placesOf(Range versions, std::size_t first, std::size_t last) const;
 
-  ItemState look(const VeskPlayerX::DownloadItemInterface& item, const ItemState& before);
+  ItemState look(const VeskPlayerX::DownloadItemInterface& item, DownloadStatusEnumType status,
+                 const ItemState& before);
 
   VeskPlayerX::QueueReaderInterface& reader_;
   const Arriving isArriving_;

@@ -62,6 +62,20 @@ TEST_F(QueueTrackerTest, TellsTheEndOfAFilmBeforeTheStartOfTheNext) {
   expectTheSameAsANewSnapshot();
 }
 
+TEST_F(QueueTrackerTest, AnEndDuringALookDoesNotComeBeforeAnEarlierOne) {
+  DownloadItem& first = module_.put("http://h/a.avi", DownloadStatusDownloading);
+  kindsOfChanges();
+  DownloadItem& second = module_.put("http://h/b.avi");
+  module_.atNextCopy([&] {
+    first.setStatus(DownloadStatusCompleted);
+    second.setStatus(DownloadStatusCompleted);
+  });
+  EXPECT_THAT(kindsOfChanges(), ElementsAre(QueueChange::kAdded));
+  EXPECT_THAT(kindsOfChanges(), ElementsAre(QueueChange::kFinished, QueueChange::kFinished));
+  EXPECT_EQ(news_.changes[0].item.url, "http://h/a.avi");
+  expectTheSameAsANewSnapshot();
+}
+
 TEST_F(QueueTrackerTest, NoticesEveryFieldThatChanges) {
   DownloadItem& item = module_.put("http://h/a.avi");
   kindsOfChanges();
