@@ -14,8 +14,9 @@ namespace plugin {
 /// Tells the online services, in order, how much of a ticket's download has arrived.
 ///
 /// The services may take as long as their deadlines allow. So they are told on a thread of this
-/// object's own, and a report waits for that unless a stop is waiting for the report.
-/// `confirm` is safe on all threads. Nothing that was reported is dropped.
+/// object's own, and a report waits for that unless a stop is waiting for the report, or the
+/// services may want a lock of its caller. `confirm` is safe on all threads. Nothing that was
+/// reported is dropped.
 class Confirmations {
  public:
   using Tell = std::function<void(long ticketId, std::uint64_t bytes)>;

@@ -83,12 +83,13 @@ bool Progress::updateStatus(unsigned int id, DownloadStatusEnumType status) {
     item.setStatus(status);
     film = filmOf(item);
   });
-  queue_.events().raise();
   if (found) queue_.announceItem(id);
-  if (found && isAtBottom(status)) {
-    queue_.use([id](DownloadQueue& queue) { queue.moveToBottom(id); });
-    queue_.announceList();
-  }
+  const bool sinks = found && isAtBottom(status);
+  if (sinks) queue_.use([id](DownloadQueue& queue) { queue.moveToBottom(id); });
+  // Not before the item has its place, lest it wake the scheduler: that would climb past a failed
+  // one at the head, which queues it anew.
+  queue_.events().raise();
+  if (sinks) queue_.announceList();
   if (found && status == DownloadStatusCompleted) {
     // As it is by now; an item that the view has removed meanwhile was complete all the same.
     queue_.change(id, [&film](const Item& item) { film = filmOf(item); });
@@ -132,9 +133,11 @@ void Progress::end(unsigned int id, const Pending& pending) {
   queue_.change(id, [&pending](Item& item) { recordProgress(item, pending.progress.percent); });
 }
 
-/// Waits for the services, unless a stop waits for the transfer that is reported of.
+/// Waits for the services, unless a stop waits for the transfer that is reported of, or the caller
+/// holds the operation lock, which the services may want.
 void Progress::confirm(long ticketId, std::uint64_t bytes) {
-  confirmations_.confirm(ticketId, bytes, [this] { return !lock_.isBackgroundAwaited(); });
+  confirmations_.confirm(
+      ticketId, bytes, [this] { return !lock_.isBackgroundAwaited() && !lock_.isHeldByCaller(); });
 }
 
 void Progress::tellServices(long ticketId, std::uint64_t bytes) {

@@ -1,5 +1,8 @@
 #include "plugin/Scheduler.h"
 
+#include <algorithm>
+#include <chrono>
+
 #include "download/BackgroundThread.h"
 #include "kvpm/TimeTools.h"
 #include "plugin/StatusGroups.h"
@@ -11,6 +14,9 @@ namespace {
 /// announces the end itself.
 constexpr std::uint32_t kStopPollMilliseconds = 1;
 
+/// How long nothing must have happened before an idle queue is looked at.
+constexpr std::chrono::milliseconds kCalm{10};
+
 }  // namespace
 
 Scheduler::Scheduler(SharedQueue& queue, OperationLock& lock, TransferControl& transfers,
@@ -18,7 +24,9 @@ Scheduler::Scheduler(SharedQueue& queue, OperationLock& lock, TransferControl& t
     : queue_(queue), lock_(lock), transfers_(transfers), moves_(moves), progress_(progress) {}
 
 void Scheduler::start() {
-  if (!transfers_.isClosing() && !thread_.isRunning()) thread_.start();
+  if (transfers_.isClosing() || thread_.isRunning()) return;
+  startsIdle_ = !candidate();
+  thread_.start();
 }
 
 void Scheduler::stop() {
@@ -30,6 +38,7 @@ void Scheduler::stop() {
 
 void Scheduler::runThread(kvpm::Thread*) {
   const download::BackgroundThread mark;
+  if (startsIdle_) awaitCalm();
   while (!thread_.shouldStop()) {
     const EventCount::Key key = queue_.events().key();
     bool hasRun = false;
@@ -37,7 +46,24 @@ void Scheduler::runThread(kvpm::Thread*) {
       hasRun = runNext();
     } catch (...) {  // a view that throws, or no memory: another pass may fare better
     }
-    if (!hasRun) queue_.events().wait(key);
+    if (hasRun) continue;
+    queue_.events().wait(key);
+    if (queue_.events().key() != key) awaitCalm();
+  }
+}
+
+/// What a host does in a row, such as adding films and ordering them, is one event: the first film
+/// is picked once the queue is as the host wants it.
+void Scheduler::awaitCalm() {
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + EventCount::kLongestWait;
+  EventCount::Key key = queue_.events().key();
+  for (auto now = Clock::now(); !thread_.shouldStop() && now < end; now = Clock::now()) {
+    queue_.events().wait(key,
+                         std::min(kCalm, std::chrono::ceil<std::chrono::milliseconds>(end - now)));
+    const EventCount::Key newest = queue_.events().key();
+    if (newest == key) return;
+    key = newest;
   }
 }
 
@@ -55,7 +81,7 @@ bool Scheduler::runNext() {
 
 /// The worker's own copy of the first item that may be downloaded, which is at the top by then.
 std::unique_ptr<DownloadItem> Scheduler::pick() {
-  if (transfers_.isPaused() || !lock_.tryEnter()) return nullptr;
+  if (!candidate() || !enterUnlessStopped()) return nullptr;
   const QuietOperationGuard guard(lock_);
   return pickFirst();
 }
@@ -92,7 +118,8 @@ std::optional<unsigned int> Scheduler::candidate() {
 }
 
 /// Waits for the operation lock; false when the thread is asked to stop meanwhile, since the thread
-/// that asks may hold the lock. It gives way to nothing else: the outcome would be lost.
+/// that asks may hold the lock. It gives way to nothing else: an outcome would be lost, and beside
+/// a busy host a pick would come late.
 bool Scheduler::enterUnlessStopped() {
   for (;;) {
     const EventCount::Key key = queue_.events().key();

@@ -42,6 +42,7 @@ class Scheduler : private kvpm::IRunnable {
 
  private:
   void runThread(kvpm::Thread* thread) override;
+  void awaitCalm();
   bool runNext();
   std::unique_ptr<DownloadItem> pick();
   std::unique_ptr<DownloadItem> pickFirst() KVPM_REQUIRES(kOperationLock);
@@ -56,6 +57,7 @@ class Scheduler : private kvpm::IRunnable {
   Moves& moves_;
   Progress& progress_;
 
+  bool startsIdle_ = false;    // written before the thread starts
   kvpm::Thread thread_{this};  // last: it ends before anything that it uses
 };
 

@@ -1,5 +1,10 @@
 // What each part does with those below it. How they work together is tested with whole managers.
 
+#include <atomic>
+#include <chrono>
+#include <functional>
+
+#include "playerx/platform/ThreadGate.h"
 #include "tests/unit/plugin/PartsFixture.h"
 
 namespace plugin {
@@ -33,7 +38,80 @@ TEST_F(MovesPart, RemovingAnnouncesWhatWasThereAlone) {
   EXPECT_EQ(log_.count("view.listChanged"), 2U);
 }
 
-class SchedulerPart : public PartsFixture {};
+class SchedulerPart : public PartsFixture {
+ protected:
+  /// Whether an idle scheduler leaves an item alone while one thing happens after the other. A busy
+  /// machine may have it think that nothing does: then once more.
+  bool isLeftAlone(const std::function<void()>& start) {
+    bool isAlone = false;
+    for (int tries = 0; !isAlone && tries < 10; ++tries) {
+      given("");
+      log_.clear();
+      start();
+      isAlone = true;
+      for (int i = 0; isAlone && i < 20; ++i) {
+        queue_.events().raise();
+        isAlone = !log_.waitFor("worker.run A", 1, std::chrono::milliseconds(1));
+      }
+      EXPECT_TRUE(log_.waitFor("worker.run A"));
+      worker_.end(DownloadStatusCompleted);
+      await("A4");
+      scheduler_.stop();
+    }
+    return isAlone;
+  }
+};
+
+TEST_F(SchedulerPart, TakesForOneWhatAHostDoesInARow) {
+  EXPECT_TRUE(isLeftAlone([this] {
+    scheduler_.start();
+    given("A1");
+  }));
+}
+
+TEST_F(SchedulerPart, PicksBesideAHostThatIsNeverIdle) {
+  scheduler_.start();
+  given("A1");
+  std::atomic<bool> isPicked{false};
+  std::thread host([this, &isPicked] {
+    while (!isPicked) locked([] {});
+  });
+  EXPECT_TRUE(log_.waitFor("worker.run A"));
+  isPicked = true;
+  host.join();
+}
+
+TEST_F(SchedulerPart, TakesForOneWhatAHostDoesRightAfterTheStart) {
+  EXPECT_TRUE(isLeftAlone([this] {
+    playerx::ThreadGate::close();
+    scheduler_.start();
+    given("A1");
+    playerx::ThreadGate::open();
+  }));
+}
+
+/// An item that counts how often its status is asked for, on whatever thread.
+struct CountingItem : DownloadItem {
+  DownloadStatusEnumType getStatus() const override {
+    ++looks;
+    return DownloadItem::getStatus();
+  }
+
+  mutable std::atomic<long> looks{0};
+};
+
+TEST_F(SchedulerPart, DoesNotSpinWhileNothingCanBePicked) {
+  auto* const held = new CountingItem;
+  held->setStatus(DownloadStatusHeld);
+  queue_.use([held](DownloadQueue& items) { items.assign({held}); });
+  scheduler_.start();
+  for (int event = 0; event < 10; ++event) {
+    const long before = held->looks;
+    queue_.events().raise();
+    ASSERT_TRUE(support::waitFor([&] { return held->looks > before; }));
+  }
+  EXPECT_LT(held->looks, 1000);
+}
 
 TEST_F(SchedulerPart, CarriesItemsFromPickToOutcome) {
   given("A4 B1 C1");
@@ -160,6 +238,18 @@ TEST_F(ProgressPart, ReportsTakeNoOperationLock) {
   other.join();
   lock_.leave();
   EXPECT_EQ(text(), "A3");
+}
+
+TEST_F(ProgressPart, AnEndIsAnEventOnceItsItemHasSunk) {
+  given("A7 B1");
+  const plugin::EventCount::Key before = queue_.events().key();
+  bool isAwaited = true;
+  view_.onEvent([&](const std::string&) {
+    isAwaited = isAwaited && text() != "B1 A6";
+    EXPECT_EQ(queue_.events().key() == before, isAwaited) << text();
+  });
+  progress_.updateStatus(id(0), DownloadStatusFailed);
+  EXPECT_FALSE(isAwaited);
 }
 
 TEST_F(ProgressPart, EndedItemsSinkToTheBottom) {

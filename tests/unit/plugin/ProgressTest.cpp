@@ -193,6 +193,19 @@ TEST_F(ProgressTest, TheServicesMayReportProgressFromInsideAConfirmation) {
   EXPECT_EQ(log_.lines("services."), (Lines{"services.confirm 7 500", "services.confirm 7 1000"}));
 }
 
+TEST_F(ProgressTest, OfAViewThatIsToldOfAnOperationDoesNotWaitForServicesThatCallOne) {
+  ReportingServices reporting(log_, [this] { manager().resume(); });
+  context_.offer<VeskPlayerX::ZPSServicesInterface>(VeskPlayerX::DIN_ZPSServices, &reporting);
+  makeConfirmable();
+  view_.onEvent([this](const std::string& line) {
+    if (line == "view.listChanged") manager().updateDownloadProgress(a_, 50);
+  });
+  manager().pause();
+  view_.onEvent({});
+  shutDown();
+  EXPECT_EQ(log_.lines("services.confirm"), Lines{"services.confirm 7 500"});
+}
+
 TEST_F(ProgressTest, AReportThatComesDuringAConfirmationNeitherRepeatsItNorIsUndone) {
   SlowServices slow(log_);
   context_.offer<VeskPlayerX::ZPSServicesInterface>(VeskPlayerX::DIN_ZPSServices, &slow);

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <new>
+#include <utility>
+
 #include "plugin/DownloadQueue.h"
 #include "tests/unit/plugin/QueueText.h"
 
@@ -18,6 +22,16 @@ struct Watched : DownloadItem {
   }
 
   mutable int looks = 0;
+};
+
+/// An item that cannot be indexed by its address while memory is short.
+struct Unindexed : DownloadItem {
+  const std::wstring& getUrl() const override {
+    if (isMemoryShort) throw std::bad_alloc();
+    return DownloadItem::getUrl();
+  }
+
+  bool isMemoryShort = true;
 };
 
 class QueueIndexTest : public ::testing::Test {
@@ -81,6 +95,18 @@ TEST_F(QueueIndexTest, TheOtherOfTwoWithOneKeyIsFoundOnceTheFirstIsRemoved) {
   EXPECT_EQ(queue_.findUrl(L"http://h/same"), &second);
   queue_.remove(second.getId());
   EXPECT_EQ(queue_.findUrl(L"http://h/same"), nullptr);
+}
+
+TEST_F(QueueIndexTest, AnItemIsFoundThatCameWhileMemoryWasShort) {
+  const DownloadItem& first = add(L"http://h/first");
+  ASSERT_EQ(queue_.findUrl(L"http://h/first"), &first);
+  auto item = std::make_unique<Unindexed>();
+  item->setUrl(L"http://h/late");
+  Unindexed& late = *item;
+  queue_.add(std::move(item));
+  late.isMemoryShort = false;
+  EXPECT_EQ(queue_.findUrl(L"http://h/late"), &late);
+  EXPECT_EQ(queue_.findUrl(L"http://h/first"), &first);
 }
 
 TEST_F(QueueIndexTest, WhatWasRemovedIsNotFound) {
