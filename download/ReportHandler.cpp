@@ -1,5 +1,7 @@
 #include "download/ReportHandler.h"
 
+#include <chrono>
+
 #include "download/BackgroundThread.h"
 
 namespace download {
@@ -7,23 +9,30 @@ namespace {
 
 constexpr int kPlayableAbove = 5;  // percent
 
+// How long a report waits for its session to be open.
+constexpr std::chrono::milliseconds kLongestOpening{100};
+
 }  // namespace
 
 void ReportHandler::expect() {
   const kvpm::MutexLock lock(callbackMutex_);
   gate_.expect();
+  opener_ = std::this_thread::get_id();
+  isOpeningAwaited_ = true;
 }
 
 void ReportHandler::open(Item& item) {
   const kvpm::MutexLock lock(callbackMutex_);
   item_ = &item;
   for (const LibraryReport& report : gate_.open(item.getUID())) handle(report);
+  openedOrClosed_.notify_all();
 }
 
 void ReportHandler::close() {
   const kvpm::MutexLock lock(callbackMutex_);
   gate_.close();
   item_ = nullptr;
+  openedOrClosed_.notify_all();
 }
 
 void ReportHandler::receive(const LibraryReport& report) {
@@ -36,6 +45,14 @@ void ReportHandler::receive(const LibraryReport& report) {
     state_.reach(DownloadStatusFailed);
   }
   reportingThread_ = std::thread::id();
+  waitForOpening();
+}
+
+void ReportHandler::waitForOpening() {
+  if (!isOpeningAwaited_ || opener_ == std::this_thread::get_id()) return;
+  isOpeningAwaited_ = openedOrClosed_.wait_for(
+      callbackMutex_, kLongestOpening,
+      [this]() KVPM_REQUIRES(callbackMutex_) { return !gate_.isExpecting(); });
 }
 
 void ReportHandler::passTurn() { const kvpm::MutexLock turn(callbackMutex_); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <thread>
 
 #include "VeskPlayerX/DownloadItemInterface.h"
@@ -24,7 +25,10 @@ class ReportHandler {
   ReportHandler(Host& host, RunState& state, AutomaticPlayback& playback)
       : host_(host), state_(state), playback_(playback) {}
 
-  /// A session is being started: reports are kept for `open`.
+  /// A session is being started: reports are kept for `open` or `close`, which the calling thread
+  /// will call. A report on another thread waits for that, so that it has been handled when it
+  /// returns; but not for long, since the library may be waiting for that report before it has
+  /// started the session: after one that waited in vain no other does.
   void expect();
 
   /// From here on reports on the session of `item` are handled as they come, after those that were
@@ -43,6 +47,7 @@ class ReportHandler {
   bool isReporting() const { return reportingThread_ == std::this_thread::get_id(); }
 
  private:
+  void waitForOpening() KVPM_REQUIRES(callbackMutex_);
   void handle(const LibraryReport& report) KVPM_REQUIRES(callbackMutex_);
   void handleProgress(int percent) KVPM_REQUIRES(callbackMutex_);
   void handleBroken() KVPM_REQUIRES(callbackMutex_);
@@ -53,6 +58,9 @@ class ReportHandler {
   std::atomic<std::thread::id> reportingThread_{};  // the one inside a report
 
   kvpm::Mutex callbackMutex_;
+  std::condition_variable_any openedOrClosed_;
+  std::thread::id opener_ KVPM_GUARDED_BY(callbackMutex_);
+  bool isOpeningAwaited_ KVPM_GUARDED_BY(callbackMutex_) = false;
   SessionGate gate_ KVPM_GUARDED_BY(callbackMutex_);
   Item* item_ KVPM_GUARDED_BY(callbackMutex_) = nullptr;  // null while the gate is closed
 };

@@ -37,6 +37,9 @@ class SessionGate {
   /// There is no session any more; what was kept is dropped.
   void close();
 
+  /// Whether reports are being kept.
+  bool isExpecting() const { return phase_ == Phase::kExpecting; }
+
   /// True when `report` is to be handled now; otherwise it was kept for later or dropped.
   bool admits(const LibraryReport& report);
 
