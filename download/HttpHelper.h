@@ -45,10 +45,10 @@ class HttpHelper : public kvpm::IRunnable {
   /// Asks with HEAD, following up to 10 redirects, on the calling thread.
   HttpResult* getInfo();
 
-  /// Starts fetching and returns once the first piece of the body was passed on, or the transfer
-  /// has failed or ended. The rest of the body and the outcome reach the callbacks later. Takes
-  /// back a cancel. `requestData` goes to the client as it is. Failed when the first piece is
-  /// refused, or is that of an error. While a transfer runs, nothing is started.
+  /// Starts fetching, looks every 100 ms, and returns once the first piece of the body was passed
+  /// on, or the transfer has failed or ended. The rest of the body and the outcome reach the
+  /// callbacks later. Takes back a cancel. `requestData` goes to the client as it is. Failed when
+  /// the first piece is refused, or is that of an error. While a transfer runs, nothing is started.
   HttpResult* get(const std::string& requestData);
 
   /// Starts sending a POST and returns as `get` does, once the answer's body flows. The result is

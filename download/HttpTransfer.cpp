@@ -44,9 +44,12 @@ void HttpTransfer::joinEnded() {
 
 std::unique_ptr<HttpResult> HttpTransfer::waitForBody() {
   const kvpm::MutexLock lock(mutex_);
-  while (!progress_.bodyStarted && !progress_.ended && !progress_.aborted) {
-    changed_.wait_for(mutex_, kLookInterval);
-  }
+  // Not at once when something happens: by the first look a short answer has usually been passed on
+  // whole.
+  do {
+    const auto look = std::chrono::steady_clock::now() + kLookInterval;
+    while (std::chrono::steady_clock::now() < look) changed_.wait_until(mutex_, look);
+  } while (!progress_.bodyStarted && !progress_.ended && !progress_.aborted);
   auto result = std::make_unique<HttpResult>(transferResult_);
   if (!progress_.aborted) result->setResult(HTTP_RESULT_OK);
   return result;

@@ -33,8 +33,8 @@ class HttpTransfer {
   /// start. Returns whether a transfer runs now.
   bool start(HttpCallback* receiver, const std::function<void()>& prepare);
 
-  /// Waits for the first piece of the body, or the end or failure before it. Returns a copy of the
-  /// transfer's result: the transfer goes on writing its own.
+  /// Waits for the first piece of the body, or the end or failure before it, for which it looks
+  /// every 100 ms. Returns a copy of the transfer's result: the transfer goes on writing its own.
   std::unique_ptr<HttpResult> waitForBody();
 
   bool isRunning();
