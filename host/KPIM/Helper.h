@@ -21,15 +21,16 @@ class Helper {
   ~Helper() { release(); }
 
   /// Has `context` choose, and load when `mayLoad` is true, a plug-in, and asks it for the
-  /// interface. Returns 0 when `get` is ready, otherwise the first result other than 0, or 3 for a
-  /// plug-in that hands out null; then `get` is null. A null `context` has no plug-ins. A plug-in
-  /// found earlier is released first.
+  /// interface. Returns 0 when `get` is ready, otherwise the first result other than 0, 1 for a
+  /// plug-in that is null, or 3 for one that hands out null; then `get` is null. A null `context`
+  /// has no plug-ins. A plug-in found earlier is released first.
   VESK_RESULT loadPlugin(Context* context, const Context::PluginFilter& filter,
                          const Context::PluginInfoSelector& selector, bool mayLoad) {
     release();
     if (context == nullptr) return kNoSuchPlugin;
     const VESK_RESULT found = context->getPluginInstance(filter, selector, mayLoad, &plugin_);
     if (found != kSuccess) return found;
+    if (plugin_ == nullptr) return kNoSuchPlugin;
     void* face = nullptr;
     const VESK_RESULT offered = plugin_->kpimGetInterface(interfaceId_, &face);
     if (offered != kSuccess || face == nullptr) {

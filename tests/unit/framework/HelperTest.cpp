@@ -112,6 +112,24 @@ TEST_F(HelperTest, ANullContextHasNoPlugins) {
   EXPECT_EQ(helper.get(), nullptr);
 }
 
+/// Claims to have found a plug-in, yet has none to hand out.
+class EmptyHandedContext : public KPIM::Context {
+ public:
+  KPIM::VESK_RESULT getPluginInstance(const PluginFilter&, const PluginInfoSelector&, bool,
+                                      KPIM::Plugin**) override {
+    return KPIM::kSuccess;
+  }
+};
+
+TEST_F(HelperTest, TakesAPluginThatIsNullForNone) {
+  EmptyHandedContext emptyHanded;
+  EXPECT_EQ(KPIM::load<std::string>(&emptyHanded, "film"), nullptr);
+  KPIM::Helper<std::string> helper("film");
+  EXPECT_EQ(helper.loadPlugin(&emptyHanded, KPIM::Context::PluginInterfaceFilter("film"),
+                              KPIM::Context::SimplePluginInfoSelector(), true),
+            1);
+}
+
 // Looking a plug-in up in one step.
 
 TEST_F(HelperTest, OneStepYieldsTheInterfaceForAsLongAsItIsUsed) {
