@@ -108,7 +108,7 @@ int TcpDialer::dial(const std::string& host, const std::string& port, Waiter& wa
     if (firstError == 0 || error == ECANCELED) firstError = error;
     if (!waiter.mayTryAgain()) break;
   }
-  raiseSystemError(firstError, "connecting to " + host + ":" + port);
+  raiseSystemError(firstError, "connecting to " + host + ":" + withoutUser(port));
   return -1;
 }
 

@@ -83,8 +83,8 @@ KeyPtr readRsaKey(BIO* pem, pem_password_cb* callback, void* userData) {
 X509* peerCertificateOf(const SSL* ssl) { return SSL_get0_peer_certificate(ssl); }
 
 SSL* sslOf(X509_STORE_CTX* context) {
-  const int index = SSL_get_ex_data_X509_STORE_CTX_idx();
-  return static_cast<SSL*>(X509_STORE_CTX_get_ex_data(context, index));
+  void* ssl = X509_STORE_CTX_get_ex_data(context, SSL_get_ex_data_X509_STORE_CTX_idx());
+  return static_cast<SSL*>(ssl != nullptr ? ssl : X509_STORE_CTX_get_app_data(context));
 }
 
 CrlPtr newestCrlOf(X509_STORE* store, const X509_NAME* issuer) {

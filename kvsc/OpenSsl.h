@@ -42,8 +42,8 @@ KeyPtr readRsaKey(BIO* pem, pem_password_cb* callback, void* userData);
 /// there is no certificate.
 X509* peerCertificateOf(const SSL* ssl);
 
-/// Application data 0 of the store context: it is empty; the TLS object has another index. Null
-/// outside a handshake.
+/// Application data 0 of the store context: in a handshake it is empty, because the library keeps
+/// the TLS object under an index of its own. Null without either.
 SSL* sslOf(X509_STORE_CTX* context);
 
 /// `X509_STORE_get_by_subject`: an `X509_OBJECT` cannot live on the stack, and a look-up returns

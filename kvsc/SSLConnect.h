@@ -109,6 +109,12 @@ class SSLConnect {
   static unsigned long idFunction();
   static void lockingFunction(int mode, int n, const char* file, int line);
 
+  /// Whether the first `init` of the process is over.
+  static bool isInitialized();
+  static bool getShouldSetupThreads();
+  /// Number of locks that `lockingFunction` knows.
+  static std::size_t getLockCount();
+
   /// A lock made on demand.
   struct DynamicLock;
   static DynamicLock* dynCreateFunction(const char* file, int line);
@@ -116,12 +122,6 @@ class SSLConnect {
   static void dynDestroyFunction(DynamicLock* lock, const char* file, int line);
 
  protected:
-  /// Whether the first `init` of the process is over.
-  static bool isInitialized();
-  static bool getShouldSetupThreads();
-  /// Number of locks that `lockingFunction` knows.
-  static std::size_t getLockCount();
-
   /// Whether a revocation list ended the last handshake.
   bool wasRefusedByList() const { return refusedByList_; }
 

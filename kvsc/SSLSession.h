@@ -113,6 +113,8 @@ class SSLSession {
   /// leaves an empty store, which rejects nothing.
   const std::string& getCrlFile() const { return crlFile_; }
   void setCrlFile(const std::string& path);
+  /// Reads the file once more.
+  void initCrlStore();
   X509_STORE* getCrlStore() const { return crlStore_.get(); }
   /// Becomes the owner of the store and frees the one before.
   void setCrlStore(X509_STORE* store);
@@ -145,8 +147,6 @@ class SSLSession {
   void setDialer(Dialer* dialer) { dialer_ = dialer; }
 
  private:
-  void initCrlStore();
-
   SSL_CTX* sslContext_ = nullptr;
   std::string certFile_;
   BIO* connect_ = nullptr;

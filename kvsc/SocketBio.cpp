@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <cstring>
 #include <new>
 
 #include "kvsc/OpenSsl.h"
@@ -73,6 +74,10 @@ int writeSocket(BIO* bio, const char* data, int size) {
   return socket.sent;
 }
 
+int putText(BIO* bio, const char* text) {
+  return writeSocket(bio, text, static_cast<int>(std::strlen(text)));
+}
+
 long controlSocket(BIO* bio, int command, long, void* target) {
   switch (command) {
     case BIO_C_GET_FD:
@@ -107,6 +112,7 @@ Kind makeKind() {
   if (method == nullptr) return Kind();
   BIO_meth_set_read(method, readSocket);
   BIO_meth_set_write(method, writeSocket);
+  BIO_meth_set_puts(method, putText);
   BIO_meth_set_ctrl(method, controlSocket);
   BIO_meth_set_destroy(method, destroySocket);
   return Kind{type, method};

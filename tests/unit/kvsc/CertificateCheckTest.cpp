@@ -155,6 +155,12 @@ TEST_F(CrlTest, ARevokedCertificateIsRefused) {
                 X509_V_ERR_CERT_REVOKED);
 }
 
+TEST_F(CrlTest, AnIssuerOfAListIsLookedUpInThatOfItsOwnIssuerToo) {
+  const CrlSpec ofItself{.issuer = authority_, .revoked = {authority_.serial()}};
+  expectRefused(check(authority_, storeWith(ofItself)), issuer_ + " was revoked by " + issuer_,
+                X509_V_ERR_CERT_REVOKED);
+}
+
 TEST_F(CrlTest, OtherRevokedCertificatesDoNotMatter) {
   expectAccepted(
       check(server_, storeWith({.issuer = authority_, .revoked = {server_.serial() + 1, 7}})));

@@ -186,6 +186,11 @@ TEST_F(DialerTest, AnUnknownPortIsNotDialled) {
   EXPECT_EQ(takeErrorText().find("secret"), std::string::npos);
 }
 
+TEST_F(DialerTest, APasswordIsInNoReason) {
+  EXPECT_FALSE(dial("127.0.0.1", "1secret@films.example"));
+  EXPECT_NE(takeErrorText().find("connecting to 127.0.0.1:films.example "), std::string::npos);
+}
+
 TEST_F(DialerTest, AnAddressThatDoesNotAnswerHasALimitOfItsOwn) {
   const support::SilentPort silent;
   const std::string port = std::to_string(silent.port());

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <ostream>
 #include <string>
 
@@ -66,6 +67,19 @@ TEST(ProcessServerResponse, RecognisesAPageByItsFirstFourteenBytes) {
   EXPECT_TRUE(Check(parser, "<!doctype html>", true).ok);
   EXPECT_TRUE(Check(parser, " <!DOCTYPE HTML>", true).ok);
   EXPECT_TRUE(Check(parser, "", true).ok);
+}
+
+TEST(ProcessServerResponse, LeavesTheErrorOfAGoodResponseAlone) {
+  Parser parser;
+  for (const bool checkHtml : {true, false}) {
+    const std::string response = "<answer/>";
+    int length = static_cast<int>(response.size());
+    bool ok = false;
+    HttpErrorIds error = kvsc::HTTP_ERROR_CANCELLED;
+    std::string message;
+    parser.processServerResponse(bytesOf(response), &length, checkHtml, &ok, &error, message);
+    EXPECT_EQ(error, kvsc::HTTP_ERROR_CANCELLED);
+  }
 }
 
 TEST(ProcessServerResponse, AcceptsAGoodResponse) {
@@ -197,6 +211,17 @@ TEST(UrlEncode, ReturnsNullWithoutMemory) {
   int length = -1;
   EXPECT_EQ(HttpUtilityVirtual::urlEncode(&byte, 1, &length), nullptr);
   EXPECT_EQ(length, 0);
+}
+
+TEST(UrlEncode, TakesTextsUpToTheLongestWhoseResultFitsAnInt) {
+  constexpr int kLongest = std::numeric_limits<int>::max() / 3;
+  const unsigned char byte = 'a';  // not read without memory for the result
+  const NoMemory noMemory;
+  int length = -1;
+  EXPECT_EQ(HttpUtilityVirtual::urlEncode(&byte, kLongest + 1, &length), nullptr);
+  EXPECT_EQ(noMemory.bytesRefused(), 0u);
+  EXPECT_EQ(HttpUtilityVirtual::urlEncode(&byte, kLongest, &length), nullptr);
+  EXPECT_EQ(noMemory.bytesRefused(), std::size_t{3} * kLongest);
 }
 
 struct UrlCase {

@@ -52,6 +52,12 @@ TEST_F(RedirectUrlTest, AMoveIsResolved) {
   }
 }
 
+TEST_F(RedirectUrlTest, TheSessionGetsItsProtocol) {
+  serve("/here", "200 OK");
+  client_.getRedirectUrl(at("/here"), &result_, &session_, kvsc::TLSV1);
+  EXPECT_EQ(session_.getSslMethod(), kvsc::TLSV1);
+}
+
 TEST_F(RedirectUrlTest, ItAsksForTheHeadersAlone) {
   serve("/here", "200 OK");
   session_.setUserAgent("agent");

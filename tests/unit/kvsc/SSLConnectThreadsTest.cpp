@@ -14,14 +14,6 @@ namespace {
 
 constexpr int kUnlock = 2;
 
-/// Shows what the class keeps to itself.
-class Bare : public SSLConnect {
- public:
-  using SSLConnect::getLockCount;
-  using SSLConnect::getShouldSetupThreads;
-  using SSLConnect::isInitialized;
-};
-
 void exitUnless(bool condition, int code) {
   if (!condition) std::_Exit(code);
 }
@@ -34,11 +26,12 @@ class FreshProcessTest : public testing::Test {
 
 TEST_F(FreshProcessTest, TheFirstConnectionSetsUpTheLocks) {
   const auto run = [] {
-    exitUnless(!Bare::isInitialized() && Bare::getLockCount() == 0, 1);
+    exitUnless(!SSLConnect::isInitialized() && SSLConnect::getLockCount() == 0, 1);
     const SSLConnect one("LOCALHOST");
-    exitUnless(Bare::isInitialized() && Bare::getLockCount() == std::size_t{kCryptoLocks}, 2);
+    exitUnless(
+        SSLConnect::isInitialized() && SSLConnect::getLockCount() == std::size_t{kCryptoLocks}, 2);
     const SSLConnect two("LOCALHOST");
-    exitUnless(Bare::getLockCount() == std::size_t{kCryptoLocks}, 3);
+    exitUnless(SSLConnect::getLockCount() == std::size_t{kCryptoLocks}, 3);
     std::_Exit(0);
   };
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
@@ -49,7 +42,18 @@ TEST_F(FreshProcessTest, ManyFirstConnectionsSetThemUpOnce) {
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i) threads.emplace_back([] { SSLConnect("LOCALHOST"); });
     for (std::thread& thread : threads) thread.join();
-    exitUnless(Bare::getLockCount() == std::size_t{kCryptoLocks}, 1);
+    exitUnless(SSLConnect::getLockCount() == std::size_t{kCryptoLocks}, 1);
+    std::_Exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(FreshProcessTest, AHostWithLockingOfItsOwnTakesItDownItself) {
+  const auto run = [] {
+    SSLConnect::setupThreads();
+    SSLConnect::doNotSetupThreads();
+    SSLConnect::cleanupThreads();
+    exitUnless(SSLConnect::getLockCount() == std::size_t{kCryptoLocks}, 1);
     std::_Exit(0);
   };
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
@@ -59,10 +63,10 @@ TEST_F(FreshProcessTest, AHostWithLockingOfItsOwnKeepsIt) {
   const auto run = [] {
     SSLConnect::doNotSetupThreads();
     const SSLConnect connect("LOCALHOST");
-    exitUnless(!Bare::getShouldSetupThreads() && Bare::getLockCount() == 0, 1);
+    exitUnless(!SSLConnect::getShouldSetupThreads() && SSLConnect::getLockCount() == 0, 1);
     SSLConnect::setupThreads();
     SSLConnect::cleanupThreads();
-    exitUnless(Bare::getLockCount() == 0, 2);
+    exitUnless(SSLConnect::getLockCount() == 0, 2);
     std::_Exit(0);
   };
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
@@ -72,7 +76,7 @@ TEST_F(FreshProcessTest, AfterTheFirstConnectionItIsTooLateForThat) {
   const auto run = [] {
     const SSLConnect connect("LOCALHOST");
     SSLConnect::doNotSetupThreads();
-    exitUnless(Bare::getShouldSetupThreads(), 1);
+    exitUnless(SSLConnect::getShouldSetupThreads(), 1);
     std::_Exit(0);
   };
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
@@ -82,10 +86,10 @@ TEST_F(FreshProcessTest, TheLocksAreTakenDownAndSetUpAgain) {
   const auto run = [] {
     const SSLConnect connect("LOCALHOST");
     SSLConnect::cleanupThreads();
-    exitUnless(Bare::getLockCount() == 0, 1);
+    exitUnless(SSLConnect::getLockCount() == 0, 1);
     SSLConnect::lockingFunction(kCryptoLockBit, 0, "", 0);
     SSLConnect::setupThreads();
-    exitUnless(Bare::getLockCount() == std::size_t{kCryptoLocks}, 2);
+    exitUnless(SSLConnect::getLockCount() == std::size_t{kCryptoLocks}, 2);
     std::_Exit(0);
   };
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");

@@ -176,6 +176,14 @@ TEST_F(VerifyCallbackTest, ARevokedCertificateIsRefused) {
   EXPECT_EQ(error(), X509_V_ERR_CERT_REVOKED);
 }
 
+TEST_F(VerifyCallbackTest, TheTlsObjectMayAlsoBeTheContextsApplicationData) {
+  revoke();
+  attach(nullptr);
+  X509_STORE_CTX_set_app_data(context_.get(), ssl_.get());
+  EXPECT_EQ(verify(1), 0);
+  EXPECT_EQ(error(), X509_V_ERR_CERT_REVOKED);
+}
+
 TEST_F(VerifyCallbackTest, ACertificateThatTheLibraryRefusesIsLookedUpToo) {
   revoke();
   X509_STORE_CTX_set_error(context_.get(), X509_V_ERR_CERT_HAS_EXPIRED);

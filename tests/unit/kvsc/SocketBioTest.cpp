@@ -113,6 +113,13 @@ TEST_F(SocketBioTest, AReadHasALimit) {
   EXPECT_EQ(takeErrno(), ETIMEDOUT);
 }
 
+TEST_F(SocketBioTest, ATextIsSentWithoutItsEnd) {
+  EXPECT_EQ(BIO_puts(bio_.get(), "hello"), 5);
+  std::string sent(6, '\0');
+  EXPECT_EQ(::recv(far_.get(), sent.data(), sent.size(), 0), 5);
+  EXPECT_STREQ(sent.c_str(), "hello");
+}
+
 TEST_F(SocketBioTest, AWriteHasALimit) {
   useWaiter(Waiter(&token_, kSoon, kNever));
   const std::string bytes(16 << 20, 'x');
