@@ -97,7 +97,7 @@ bool write(const std::wstring& path, const Items& items, Durability durability)
     } else {
       return replace(path, durability, std::nullopt);
     }
-    return true;
+    return true;  // the file holds these items already
   } catch (const std::exception&) {
     return false;
   }

@@ -1,4 +1,5 @@
-// Each allocation of the XML library fails once: a queue that cannot be read is not lost.
+// Each allocation of the XML library fails once: a queue that cannot be read is not lost. All of
+// them are freed.
 #include <libxml/xmlmemory.h>
 
 #include <cstdlib>
@@ -67,6 +68,56 @@ TEST_P(XmlMemory, AQueueIsReadCompletelyOrLeftAlone) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OnceOrFromThenOn, XmlMemory, testing::Bool());
+
+/// Counts the blocks that the XML library has allocated and not freed.
+class CountedXmlMemory {
+ public:
+  CountedXmlMemory() {
+    inUse_ = 0;
+    xmlMemSetup(release, allocate, reallocate, duplicate);
+  }
+  CountedXmlMemory(const CountedXmlMemory&) = delete;
+  CountedXmlMemory& operator=(const CountedXmlMemory&) = delete;
+  ~CountedXmlMemory() { xmlMemSetup(std::free, std::malloc, std::realloc, strdup); }
+
+  static long blocksInUse() { return inUse_; }
+
+ private:
+  static void release(void* memory) {
+    if (memory != nullptr) --inUse_;
+    std::free(memory);
+  }
+  static void* allocate(std::size_t size) {
+    ++inUse_;
+    return std::malloc(size);
+  }
+  static void* reallocate(void* memory, std::size_t size) {
+    if (memory == nullptr) ++inUse_;
+    return std::realloc(memory, size);
+  }
+  static char* duplicate(const char* text) {
+    ++inUse_;
+    return strdup(text);
+  }
+
+  static inline long inUse_ = 0;
+};
+
+using XmlBlocks = QueueFileFixture;
+
+TEST_F(XmlBlocks, NoneIsLeftOfADocumentThatWasRead) {
+  const std::string documents[] = {
+      queueHolding("<DownloadItem title=\"one &amp; two\"/>"),
+      queueHolding("<DownloadItem"),
+      kDeclaration + "<!DOCTYPE DownloadQueue [<!ENTITY a 'b'>]><DownloadQueue/>\n",
+  };
+  for (const std::string& document : documents) {
+    readOf(document);  // at its first use the library allocates what it keeps for good
+    const CountedXmlMemory memory;
+    readOf(document);
+    EXPECT_EQ(CountedXmlMemory::blocksInUse(), 0) << document;
+  }
+}
 
 }  // namespace
 }  // namespace persistence
