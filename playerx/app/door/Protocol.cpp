@@ -182,7 +182,7 @@ Request requestOf(Members& members) {
   members.take("starts", request.starts);
   members.take("again", request.again);
   members.take("plays", request.plays);
-  members.take("direction", request.direction);
+  if (request.action == Request::Action::kMove) members.take("direction", request.direction);
   members.take("before", request.before);
   members.take("withFilm", request.withFilm);
   members.take("dryRun", request.dryRun);
@@ -218,19 +218,19 @@ std::optional<QueueEvent> eventOf(Members members) {
   QueueEvent event;
   members.take("event", event.kind);
   members.take("sentence", event.sentence);
-  if (members.has("item")) {
+  if (isOfItem(event) && members.has("item")) {
     const auto item = itemOf(members.at("item"));
     item ? void(event.item = *item) : members.fail();
   }
-  if (members.has("queue")) {
+  if (event.kind == QueueEvent::Kind::kQueue && members.has("queue")) {
     const auto queue = queueProgressOf(members.at("queue"));
     queue ? void(event.queue = *queue) : members.fail();
   }
-  if (members.has("progress")) {
+  if (event.kind == QueueEvent::Kind::kChanged && members.has("progress")) {
     const auto progress = progressOf(members.at("progress"));
     progress ? void(event.progress = *progress) : members.fail();
   }
-  if (members.has("reason")) {
+  if (event.kind == QueueEvent::Kind::kFailed && members.has("reason")) {
     const auto reason = explanationOf(members.at("reason"));
     reason ? void(event.reason = *reason) : members.fail();
   }

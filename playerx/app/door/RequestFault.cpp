@@ -26,17 +26,17 @@ std::string faultOfMove(const Members& members) {
 }
 
 /// What the request lacks; empty when nothing.
-std::string lackOf(const Request& request, const Members& members) {
+std::string lackOf(const Request& request) {
   using Action = Request::Action;
   const bool isMove = request.action == Action::kMove;
   const bool needsItem = isMove || request.action == Action::kRemove;
-  if (needsItem && !members.has("id") && !members.has("position")) {
+  if (needsItem && !request.id && request.position == 0) {
     return "The request names no item; give its id, or its position from 1 on.";
   }
   if (request.action == Action::kLimit && !request.rateLimit) {
     return "The request names no limit; give its rateLimit, 0 for none.";
   }
-  if (isMove && request.direction == Request::Direction::kBefore && !members.has("before")) {
+  if (isMove && request.direction == Request::Direction::kBefore && request.before == 0) {
     return "The request does not name the item to move in front of; give its id as \"before\".";
   }
   return {};
@@ -69,7 +69,7 @@ std::string faultOf(const Request& request, const Members& members) {
   if (fault.empty()) fault = faultOfMove(members);
   if (!members.isGood() || !members.has("action")) return fault;
   if (fault.empty() && !request.name.empty()) fault = inputs::faultOfName(request.name);
-  if (fault.empty()) fault = lackOf(request, members);
+  if (fault.empty()) fault = lackOf(request);
   return fault.empty() ? faultOfFilms(request) : fault;
 }
 

@@ -262,8 +262,13 @@ class DoorPathTest : public ::testing::Test {
   static void SetUpTestSuite() { needApplication(); }
 
   DoorPathTest() { ::setenv("XDG_RUNTIME_DIR", runtime_.path().c_str(), 1); }
-  ~DoorPathTest() override { ::unsetenv("XDG_RUNTIME_DIR"); }
+  ~DoorPathTest() override {
+    ::unsetenv("XDG_RUNTIME_DIR");
+    ::unsetenv("TMPDIR");
+    if (!temporary_.isNull()) qputenv("TMPDIR", temporary_);
+  }
 
+  const QByteArray temporary_ = qgetenv("TMPDIR");
   support::TempDir runtime_;
   support::TempDir data_;
 };
@@ -284,10 +289,12 @@ TEST_F(DoorPathTest, ARuntimeFolderThatOthersMayEnterIsNotUsed) {
 
 TEST_F(DoorPathTest, ALongDataFolderWithoutRuntimeFolderHasItsDoorAmongTheTemporaryFiles) {
   ::unsetenv("XDG_RUNTIME_DIR");
+  ::setenv("TMPDIR", runtime_.path().c_str(), 1);
   const std::string deep = data_.path().string() + "/" + std::string(100, 'd');
   std::filesystem::create_directory(deep);
   const std::string path = doorPath(deep);
   EXPECT_LT(path.size(), 90u);
+  EXPECT_TRUE(path.starts_with(runtime_.path().string()));
   DoorServer server("welcome", "", [] {});
   EXPECT_EQ(server.listen(path), "");
 }

@@ -127,6 +127,16 @@ TEST(ProtocolTest, WhatIsNoMessageIsNotRead) {
   }
 }
 
+TEST(ProtocolTest, AnEventHasWhatItsKindHas) {
+  for (const char* line :
+       {R"({"event":"changed","queue":{"done":1},"reason":{"number":3,"happened":"It failed"}})",
+        R"({"event":"note","item":{"id":1},"progress":{"arrived":1}})"}) {
+    const std::optional<Answer> answer = readAnswer(line);
+    ASSERT_TRUE(answer) << line;
+    EXPECT_EQ(readAnswer(write(std::get<QueueEvent>(*answer))), answer) << line;
+  }
+}
+
 std::string faultOf(const QByteArray& line) {
   std::string fault = "none told";
   const bool isRequest = readRequest(line, &fault).has_value();
@@ -136,7 +146,8 @@ std::string faultOf(const QByteArray& line) {
 
 TEST(ProtocolTest, AMoveNamesItsItemAndItsWay) {
   for (const char* line :
-       {R"({"action":"move","direction":"up"})", R"({"action":"remove","withFilm":true})"}) {
+       {R"({"action":"move","direction":"up"})", R"({"action":"remove","withFilm":true})",
+        R"({"action":"remove","position":0})"}) {
     EXPECT_EQ(faultOf(line), "The request names no item; give its id, or its position from 1 on.");
   }
   for (const char* line :
@@ -145,9 +156,18 @@ TEST(ProtocolTest, AMoveNamesItsItemAndItsWay) {
     EXPECT_EQ(faultOf(line),
               "The request names no direction; give up, down, top, bottom or before.");
   }
-  EXPECT_EQ(faultOf(R"({"action":"move","id":1,"direction":"before"})"),
-            "The request does not name the item to move in front of; give its id as \"before\".");
+  for (const char* line : {R"({"action":"move","id":1,"direction":"before"})",
+                           R"({"action":"move","id":1,"direction":"before","before":0})"}) {
+    EXPECT_EQ(faultOf(line),
+              "The request does not name the item to move in front of; give its id as \"before\".");
+  }
   EXPECT_EQ(faultOf(R"({"action":"move","id":1,"direction":"before","before":2})"), "");
+}
+
+TEST(ProtocolTest, OnlyAMoveHasADirection) {
+  const std::optional<Request> request = readRequest(R"({"action":"list","direction":"before"})");
+  ASSERT_TRUE(request);
+  EXPECT_EQ(readRequest(write(*request)), request);
 }
 
 TEST(ProtocolTest, ALimitNamesItsRate) {
