@@ -21,7 +21,10 @@ namespace {
 namespace fs = std::filesystem;
 
 Descriptor openAsItIs(const fs::path& path, int& error) {
-  Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  Descriptor file;
+  do {
+    file = Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  } while (!file && errno == EINTR);
   struct stat status {};
   const bool known = file && ::fstat(file.get(), &status) == 0;
   error = known ? 0 : errno;

@@ -47,11 +47,11 @@ Refusal addAddress(const std::string& address, DownloadManagerInterface& manager
 
 Refusal addTicket(const std::string& path, DownloadManagerInterface& manager,
                   const TakeMessages& takeMessages) {
-  const auto refusal = refusalOfTicket(StringTools::stringToWString(unquoted(path)));
-  if (refusal) return refusal;
+  const std::wstring file = StringTools::stringToWString(unquoted(path));
+  if (const auto refusal = refusalOfTicket(file)) return refusal;
   if (!manager.addTicket(StringTools::stringToWString(path), false).empty()) return {};
   const std::vector<std::string> words = takeMessages();
-  if (words.empty()) return reasons::explain(Reason::kEmptyTicket);
+  if (words.empty()) return explainNothing(file);
   return reasons::explain(Reason::kServicesSaid, {.words = words.back()});
 }
 

@@ -96,6 +96,15 @@ std::optional<Explanation> refusalOfTicket(const std::wstring& path) {
   return refusalOfText(*text, !servicesAddress().empty());
 }
 
+Explanation explainNothing(const std::wstring& path) {
+  Explanation problem;
+  const std::optional<std::wstring> text = readTicketText(path, &problem);
+  if (!text) return problem;
+  // The manager reads the file by itself, which may have failed.
+  const bool namesFilms = !persistence::readClearTicket(*text).films.empty();
+  return explain(namesFilms ? Reason::kUnreadableTicket : Reason::kEmptyTicket);
+}
+
 std::optional<Explanation> refusalOfText(const std::wstring& text, bool hasServices) {
   if (isSealedTicket(text) && !hasServices) return explain(Reason::kSealedTicket);
   const persistence::ClearTicket ticket = persistence::readClearTicket(text);

@@ -31,8 +31,11 @@ bool isSealedTicket(const std::wstring& text);
 /// the manager then makes of it. On the host's thread.
 std::optional<reasons::Explanation> refusalOfTicket(const std::wstring& path);
 
-/// The same for a ticket's text; `hasServices` when there are online services to read a protected
-/// one.
+/// Why a ticket that was handed over has brought no film.
+reasons::Explanation explainNothing(const std::wstring& path);
+
+/// What `refusalOfTicket` says of a ticket's text; `hasServices` when there are online services to
+/// read a protected one.
 std::optional<reasons::Explanation> refusalOfText(const std::wstring& text, bool hasServices);
 
 }  // namespace playerx::inputs

@@ -1,7 +1,9 @@
 // Rewrites a file, version after version, and says on standard output, a byte for each, when one is
 // in place. Without a last version it goes on until the test kills it.
 //
-// FileRewriter FILE FIRST_VERSION [LAST_VERSION]
+// FileRewriter FILE FIRST_VERSION [LAST_VERSION [again]]
+//
+// With `again` the destructor of a static object writes version 0 as the last one of all.
 
 #include <unistd.h>
 
@@ -33,12 +35,21 @@ bool rewrite(const std::wstring& path, unsigned long version) {
   return file.close() == 0;
 }
 
+// Constructed before anything that the platform cleans up at the end, so destroyed after it.
+struct LastVersion {
+  std::wstring path{};  // empty for no such version
+  ~LastVersion() {
+    if (!path.empty()) rewrite(path, 0);
+  }
+} lastVersion;
+
 }  // namespace
 
 int main(int count, char** arguments) {
   if (count < 3) return 2;
   const std::wstring path = kvpm::StringTools::stringToWString(arguments[1]);
   const unsigned long last = count > 3 ? std::strtoul(arguments[3], nullptr, 10) : ULONG_MAX;
+  if (count > 4) lastVersion.path = path;
   for (unsigned long version = std::strtoul(arguments[2], nullptr, 10); version <= last;
        ++version) {
     if (!rewrite(path, version) || ::write(STDOUT_FILENO, ".", 1) != 1) return 1;

@@ -14,6 +14,7 @@
 #include "kvpm/File.h"
 #include "kvpm/PathTools.h"
 #include "playerx/platform/FileSync.h"
+#include "playerx/platform/FileVersions.h"
 #include "playerx/platform/VersionRecord.h"
 #include "tests/support/Process.h"
 #include "tests/support/TempDir.h"
@@ -46,6 +47,16 @@ std::uint64_t bytesWritten() {
   return bytes;
 }
 
+// Makes a text of one character the next version; returns 0 or an error number.
+int saveTo(playerx::FileVersions& versions, const std::string& content) {
+  int error = 0;
+  const auto version = versions.begin(error);
+  if (error != 0) return error;
+  const int file = version->file.descriptor();
+  if (::pwrite(file, content.data(), content.size(), 0) != 1) return EIO;
+  return versions.publish(version);
+}
+
 class FileVersions : public testing::Test {
  protected:
   void save(const std::string& content) { ASSERT_EQ(replace(path_, content), 0); }
@@ -70,15 +81,16 @@ TEST_F(FileVersions, OverwriteSpareOnes) {
 }
 
 TEST_F(FileVersions, AFileThatIsSavedOftenIsGivenASpareBeforeItsSync) {
-  saveTimes(1);
-  playerx::flushFileSyncs();
-  EXPECT_EQ(filesIn(folder_), 1U);
-  saveTimes(2);
-  playerx::flushFileSyncs();
+  playerx::FileVersions versions(path_);  // no other thread syncs these
+  ASSERT_EQ(saveTo(versions, "1"), 0);
+  EXPECT_EQ(versions.sync(), 0);
+  for (const char* content : {"2", "3"}) ASSERT_EQ(saveTo(versions, content), 0);
+  versions.addSpare();
+  EXPECT_EQ(versions.sync(), 0);
   EXPECT_EQ(filesIn(folder_), 4U);
   std::set<ino_t> inodes;
   for (int version = 0; version < 10; ++version) {
-    save(std::to_string(version));
+    ASSERT_EQ(saveTo(versions, std::to_string(version)), 0);
     EXPECT_EQ(readFile(path_), std::to_string(version));
     inodes.insert(inodeOf(path_));
   }
@@ -262,6 +274,35 @@ TEST_F(FileVersions, AnOrderlyEndOfTheProcessLeavesOnlyTheFile) {
   EXPECT_FALSE(playerx::hasRecord(path_));
 }
 
+TEST_F(FileVersions, OneThatADestructorSavesAtTheEndOfTheProcessLeavesOnlyTheFile) {
+  support::Process writer({FILE_REWRITER, path_.string(), "1", "20", "again"});
+  ASSERT_EQ(writer.wait(), 0);
+  EXPECT_EQ(readFile(path_), "0\nlines 1\n");
+  EXPECT_EQ(filesIn(folder_), 1U);
+  EXPECT_FALSE(playerx::hasRecord(path_));
+}
+
+TEST_F(FileVersions, AreReleasedOnlyOnceThePresentOneIsOnTheDisk) {
+  playerx::FileVersions versions(path_);  // no other thread syncs these
+  for (const char* content : {"1", "2"}) ASSERT_EQ(saveTo(versions, content), 0);
+  EXPECT_FALSE(versions.release());
+  EXPECT_EQ(filesIn(folder_), 2U);
+  EXPECT_EQ(versions.sync(), 0);
+  EXPECT_TRUE(versions.release());
+  EXPECT_EQ(filesIn(folder_), 1U);
+}
+
+TEST_F(FileVersions, AreNotOnTheDiskWhenTheirFolderCannotBeSynced) {
+  const fs::path data = folder_ / "data";
+  fs::create_directory(data);
+  playerx::FileVersions versions(data / "queue.xml");
+  ASSERT_EQ(saveTo(versions, "1"), 0);
+  fs::rename(data, folder_ / "moved");
+  EXPECT_EQ(versions.sync(), ENOENT);
+  fs::rename(folder_ / "moved", data);
+  EXPECT_FALSE(versions.release());
+}
+
 TEST_F(FileVersions, AChildProcessDoesNotOverwriteThoseOfItsParent) {
   saveTimes(5);
   const pid_t child = ::fork();
@@ -295,6 +336,7 @@ TEST_F(FileVersions, ASyncedOneIsKnownToBeOnTheDisk) {
   const auto record = playerx::readRecord(playerx::openPlainFile(path_).get());
   ASSERT_TRUE(record);
   EXPECT_EQ(record->boot, playerx::VersionRecord::kOnDisk);
+  EXPECT_EQ(record->flags, 0U) << "what it relies on is on the disk too";
 }
 
 }  // namespace

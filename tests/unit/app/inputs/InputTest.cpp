@@ -68,11 +68,15 @@ TEST_F(AddInputTest, ATicketIsHandedOverInItsQuotes) {
 }
 
 TEST_F(AddInputTest, ATicketThatYieldsNothingIsRefusedInTheServicesWords) {
-  const std::string path = ticket("a.tix");
+  const std::string path = folder_.write("a.tix", "TixVeskVersion=1.0\n");
   EXPECT_EQ(refusalOf(path), "empty_ticket");
   words_ = {"First.", "The services are closed."};
   EXPECT_EQ(refusalOf(path), "services");
   EXPECT_EQ(add(path)->sentence(), "The services are closed.");
+}
+
+TEST_F(AddInputTest, ATicketThatTheManagerCouldNotReadIsNotCalledEmpty) {
+  EXPECT_EQ(refusalOf(ticket("a.tix")), "bad_ticket");
 }
 
 TEST_F(AddInputTest, ATicketThatCannotBeReadNeverReachesTheManager) {

@@ -76,9 +76,13 @@ TEST(TicketFileTest, AFilmThatCannotBeDownloadedIsNamedWithItsLine) {
 }
 
 TEST(TicketFileTest, ATextThatIsTooLongIsNamedWithItsLine) {
-  const std::wstring title(kLongestText + 1, L'x');
-  const auto refusal =
-      refusalOfText(L"TixVeskVersion=1.0\nstart\ntitle=" + title + L"\nurl=u\nend", false);
+  const auto refusalOfTitle = [](std::size_t length) {
+    const std::wstring title(length, L'x');
+    return refusalOfText(
+        L"TixVeskVersion=1.0\nstart\ntitle=" + title + L"\nurl=http://h/a.avi\nend", false);
+  };
+  EXPECT_EQ(refusalOfTitle(kLongestText), std::nullopt);
+  const auto refusal = refusalOfTitle(kLongestText + 1);
   ASSERT_TRUE(refusal);
   EXPECT_EQ(refusal->sentence(),
             "The film of line 2 has a text of more than 8192 characters, so nothing of "
