@@ -1,43 +1,23 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <sstream>
+#include <utility>
 
+#include "KPX/OSUtilities.h"
 #include "playerx/cli/GetCommand.h"
-#include "playerx/cli/Reporter.h"
 #include "playerx/cli/WakeUp.h"
+#include "playerx/transfers/Part.h"
 #include "tests/unit/app/FakeSession.h"
+#include "tests/unit/cli/LoggingReporter.h"
 
 namespace playerx::cli {
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-/// Writes down in a line each what it is told.
-class LoggingReporter : public Reporter {
- public:
-  std::vector<std::string> lines;
-
-  void added(const model::ItemState& item) override { lines.push_back("added " + item.url); }
-  void changed(const model::ItemState& item, const model::Progress&) override {
-    lines.push_back("changed " + std::string(model::statusWord(item.status)));
-  }
-  void finished(const model::ItemState&, const std::string& oddity) override {
-    lines.push_back("finished" + oddity);
-  }
-  void failed(const model::ItemState&, const reasons::Explanation& reason) override {
-    lines.push_back("failed " + reason.code());
-  }
-  void refused(const std::string& argument, const reasons::Explanation& reason) override {
-    lines.push_back("refused " + argument + " " + reason.code());
-  }
-  void listed(const Listing&) override {}
-  void listedAll(const model::QueueProgress&) override {}
-  void queueProgress(const model::QueueProgress&) override {}
-  void done(const std::string& sentence) override { lines.push_back(sentence); }
-  void note(const std::string& sentence) override { lines.push_back(sentence); }
-};
 
 class GetCommandTest : public testing::Test {
  protected:
@@ -174,6 +154,37 @@ TEST_F(GetCommandTest, AnInterruptBetweenInputsKeepsWhatWasAdded) {
   module_.atNextLooks({[] {}, [] { pthread_kill(pthread_self(), SIGINT); }});
   EXPECT_EQ(run({"http://h/a.avi", "http://h/b.avi"}), kExitInterrupted);
   EXPECT_EQ(log_.lines("manager.add").size(), 1u);
+}
+
+TEST_F(GetCommandTest, AnInterruptEndsTheProgramAtOnceWhileALongTicketIsAdded) {
+  module_.takesTickets = true;
+  module_.atEachLook([this] {
+    if (!log_.lines("manager.addTicket").empty()) raise(SIGINT);
+  });
+  const auto addTicketOf = [this](std::size_t bytes) {
+    run({fake_.folder.write("a.tix", std::string(bytes, '\n'))});
+    std::_Exit(77);
+  };
+  EXPECT_EXIT(addTicketOf(1'000'000), testing::ExitedWithCode(kExitInterrupted), "Interrupted;");
+  EXPECT_EXIT(addTicketOf(999'999), testing::ExitedWithCode(77), "^$");
+}
+
+TEST_F(GetCommandTest, TheFilesOfARemovedFilmAreWaitedForWhileATransferHasThem) {
+  int looks = 0;
+  module_.atEachLook([&] {
+    ++looks;
+    wakeUp_.raise();
+  });
+  EXPECT_EQ(run({}), kExitDone);
+  const int usual = std::exchange(looks, 0);
+  const std::filesystem::path folder = VeskPlayerX::OSUtilities::getTempPath().toStdString();
+  std::filesystem::create_directories(folder);
+  int error = 0;
+  const auto part =
+      transfers::Part::claim({folder, transfers::digestOf("http://h/removed.avi")}, error);
+  ASSERT_NE(part, nullptr);
+  EXPECT_EQ(run({}), kExitDone);
+  EXPECT_EQ(looks, usual + 3);
 }
 
 TEST_F(GetCommandTest, WhatPlugInsSayIsPassedOn) {

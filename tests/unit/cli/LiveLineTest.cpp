@@ -42,6 +42,14 @@ TEST_F(LiveLineTest, ATitleIsNotCutForTheSakeOfTheBar) {
   EXPECT_THAT(line(120), HasSubstr("#"));
 }
 
+TEST_F(LiveLineTest, TheBarLeavesThirtyColumnsOfATitle) {
+  item_.title = std::string(40, 't');
+  const std::size_t numbers = columnsOf(" 42 %  294.0 MB of 700.0 MB  5.2 MB/s  1 min 18 s left");
+  const std::size_t columns = numbers + columnsOf("  [######]") + columnsOf("  ") + 30;
+  EXPECT_THAT(line(columns), HasSubstr("[##    ]"));
+  EXPECT_THAT(line(columns - 1), testing::Not(HasSubstr("[")));
+}
+
 TEST_F(LiveLineTest, AFilmThatIsWholeHasNoTimeLeft) {
   item_.percent = 100;
   progress_.secondsLeft.reset();

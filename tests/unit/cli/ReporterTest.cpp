@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -190,12 +191,21 @@ TEST_F(ReporterTest, TheLiveLineFollowsTheWidthOfTheWindow) {
   EXPECT_EQ(out.str(), "");
 }
 
-TEST_F(ReporterTest, TheLiveLineMakesRoomForASentence) {
+TEST_F(ReporterTest, TheLiveLineMakesRoomForWhatIsSaid) {
   const auto reporter = makeLiveReporter(out, notes, [] { return 80; });
-  reporter->changed(film(DownloadStatusDownloading, 50), {});
-  out.str("");
-  reporter->refused("x", kReason);
-  EXPECT_EQ(out.str(), "\r\033[K");
+  const std::function<void()> sayings[] = {
+      [&] { reporter->added(film(DownloadStatusQueued)); },
+      [&] { reporter->finished(film(DownloadStatusCompleted, 100), ""); },
+      [&] { reporter->failed(film(DownloadStatusFailed), kReason); },
+      [&] { reporter->refused("x", kReason); },
+      [&] { reporter->note("Hello."); },
+  };
+  for (const std::function<void()>& say : sayings) {
+    reporter->changed(film(DownloadStatusDownloading, 50), {});
+    out.str("");
+    say();
+    EXPECT_TRUE(out.str().starts_with("\r\033[K")) << out.str() << notes.str();
+  }
 }
 
 }  // namespace

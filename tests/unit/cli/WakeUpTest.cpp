@@ -13,6 +13,23 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::minutes;
 
+/// Leaves no zero where the next calls have their variables.
+void fillStack() {
+  volatile unsigned char bytes[8192];
+  for (volatile unsigned char& byte : bytes) byte = 0xFF;
+}
+
+TEST(WakeUpTest, NoOtherSignalIsBlocked) {
+  fillStack();
+  blockInterrupts();
+  sigset_t blocked;
+  ASSERT_EQ(pthread_sigmask(SIG_SETMASK, nullptr, &blocked), 0);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) EXPECT_EQ(sigismember(&blocked, signal), 1);
+  for (const int signal : {SIGTSTP, SIGWINCH, SIGALRM, SIGUSR1}) {
+    EXPECT_EQ(sigismember(&blocked, signal), 0) << signal;
+  }
+}
+
 TEST(WakeUpTest, NothingRaisedTimesOut) {
   WakeUp wakeUp;
   EXPECT_EQ(wakeUp.wait(milliseconds(0)), WakeReason::kTimeout);
