@@ -11,10 +11,12 @@
 
 namespace playerx {
 
-/// An open session whose download manager is a fake one, in folders of its own. Owner: the test.
+/// A session whose download manager is a fake one, in folders of its own. Owner: the test.
 class FakeSession {
  public:
-  explicit FakeSession(std::function<void()> wake = [] {}) {
+  /// Opens the session unless told otherwise.
+  explicit FakeSession(
+      std::function<void()> wake = [] {}, bool opens = true) {
     needApplication();
     session::SessionOptions options;
     options.dataFolder = folder / "data";
@@ -24,6 +26,7 @@ class FakeSession {
         options, session::SessionListener{std::move(wake), [](const std::string&) { return -1; }});
     module.offerTo(*session_);
     offer<TransferReports>(session_->plugins(), DIN_TransferReports, &reports);
+    if (!opens) return;
     EXPECT_EQ(session_->open(session::PlayerSession::Access::kChange), "");
   }
 

@@ -1,6 +1,11 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 
+#include <cerrno>
+#include <fstream>
+
+#include "playerx/transfers/PartFile.h"
 #include "tests/support/Process.h"
 #include "tests/unit/transfers/DownloadsFixture.h"
 
@@ -138,6 +143,17 @@ TEST_F(SpaceTest, AFilmThatWouldTakeTheLastHundredthIsNotBegun) {
   server_.setFilm(filmOf(10 * kSpaceSize - kSpaceSize / 100));
   EXPECT_EQ(fetch(server_.url()).broke, kNoSpace);
   EXPECT_TRUE(partsBecome({}));
+}
+
+TEST_F(SpaceTest, AFilmOfWhichNothingIsMissingNeedsNoSpace) {
+  const SmallDisk disk(parts());
+  if (!disk.isThere()) return;
+  folder_.write("parts/film", "film");
+  std::ofstream(folder_ / "parts/other") << std::string(kSmall, 'x');  // as far as it fits
+  ASSERT_EQ(disk.percentFree(), 0u);
+  PartFile film(Descriptor(::open((folder_ / "parts/film").c_str(), O_RDWR | O_CLOEXEC)), 4);
+  EXPECT_EQ(film.reserve(4), 0);
+  EXPECT_EQ(film.reserve(5), ENOSPC);
 }
 
 TEST_F(SpaceTest, TheReservedSpaceIsGivenBackWhenASessionStops) {

@@ -52,6 +52,13 @@ TEST(SpeedMeterTest, TheTimeInWhichTheProcessWasStoppedDoesNotCount) {
   EXPECT_EQ(meter.bytesPerSecond(), 1000u);
 }
 
+TEST(SpeedMeterTest, ALongPauseOfTheServerCounts) {
+  SpeedMeter meter;
+  meter.feed(kStart, 0);
+  meter.feed(kStart + SpeedMeter::kLongestPause, 5000);
+  EXPECT_EQ(meter.bytesPerSecond(), 1000u);
+}
+
 TEST(SpeedMeterTest, ReportsThatComeFastCountToo) {
   SpeedMeter meter;
   meter.feed(kStart, 0);

@@ -50,6 +50,13 @@ TEST_F(FilmOptionsFileTest, WhatNamesTheUserLastIsTheOnlyOne) {
   EXPECT_EQ(options_.add(kFilm, {.username = "v"}), FilmOptions{.username = "v"});
 }
 
+TEST_F(FilmOptionsFileTest, WhatNamesTheChecksumLastIsTheOnlyOne) {
+  options_.add(kFilm, {.sha256 = "ab"});
+  EXPECT_EQ(options_.add(kFilm, {.hasChecksumFile = true}), FilmOptions{.hasChecksumFile = true});
+  EXPECT_TRUE(options_.add(kFilm, {.tries = 3}).hasChecksumFile);
+  EXPECT_EQ(options_.add(kFilm, {.sha256 = "cd"}), (FilmOptions{.tries = 3, .sha256 = "cd"}));
+}
+
 TEST_F(FilmOptionsFileTest, EverySpellingOfAnAddressIsTheSameFilm) {
   options_.add("http://h:80/a.avi#part", {.tries = 3});
   EXPECT_EQ(kept().count(kFilm), 1u);

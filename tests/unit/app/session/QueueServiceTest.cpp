@@ -2,7 +2,10 @@
 
 #include <filesystem>
 
+#include "KPX/OSUtilities.h"
+#include "playerx/app/session/FilmOptionsFile.h"
 #include "playerx/app/session/QueueService.h"
+#include "playerx/transfers/Part.h"
 #include "tests/unit/app/FakeSession.h"
 
 namespace playerx::session {
@@ -46,6 +49,13 @@ class QueueServiceTest : public testing::Test {
     DownloadItem& item = fake_.module.put("http://h/a.avi", status);
     item.setPath((fake_.folder / "a.avi").wstring());
     return item;
+  }
+
+  /// The files of a transfer of this address, in a folder that is made for them.
+  static transfers::PartPaths filesOf(const std::string& address) {
+    const std::filesystem::path folder = VeskPlayerX::OSUtilities::getTempPath().toStdString();
+    std::filesystem::create_directories(folder);
+    return {folder, transfers::digestOf(address)};
   }
 
   FakeSession fake_;
@@ -339,13 +349,45 @@ TEST_F(QueueServiceTest, AFailedAddressIsRetried) {
 TEST_F(QueueServiceTest, AFilmGoesWithItsItemOnDemand) {
   putFilm(DownloadStatusCompleted);
   const std::filesystem::path film = fake_.folder.write("a.avi", "film");
+  const std::filesystem::path rights = fake_.folder.write("a.avi.rights", "rights");
   EXPECT_THAT(ask(Action::kRemove, 1).results, ElementsAre("Removed: film."));
   EXPECT_TRUE(std::filesystem::exists(film));
   const Request withFilm{.action = Action::kRemove, .position = 1, .withFilm = true};
   EXPECT_THAT(service().handle(withFilm).results,
               ElementsAre("Removed: film; " + film.string() + " was deleted."));
   EXPECT_FALSE(std::filesystem::exists(film));
+  EXPECT_FALSE(std::filesystem::exists(rights));
   EXPECT_THAT(service().handle(withFilm).results, ElementsAre("Removed: film; it had no film."));
+}
+
+TEST_F(QueueServiceTest, WhatIsLeftOverIsNamedThenDeleted) {
+  const std::filesystem::path left = filesOf("http://h/removed.avi").bytes();
+  support::writeFile(left, "0123456789");
+  const Reply before = service().handle({.action = Action::kClean, .dryRun = true});
+  EXPECT_THAT(before.results, ElementsAre(HasSubstr("Would delete what is left of ")));
+  EXPECT_TRUE(std::filesystem::exists(left));
+  EXPECT_THAT(ask(Action::kClean).results, ElementsAre(HasSubstr("Deleted what was left of ")));
+  EXPECT_FALSE(std::filesystem::exists(left));
+  EXPECT_THAT(ask(Action::kClean).results, ElementsAre("Nothing is left over."));
+}
+
+TEST_F(QueueServiceTest, WhatATransferHasStillIsNotSaidToBeDeleted) {
+  int error = 0;
+  const auto part = transfers::Part::claim(filesOf("http://h/removed.avi"), error);
+  ASSERT_NE(part, nullptr);
+  EXPECT_THAT(ask(Action::kClean).results, ElementsAre("Nothing is left over."));
+}
+
+TEST_F(QueueServiceTest, OptionsOfATicketAreForItsFilmsThatWaitAlready) {
+  fake_.module.put("http://h/a.avi");
+  const std::string ticket =
+      fake_.folder.write("a.tix", "TixVeskVersion=1.0\nstart\nurl=http://h/a.avi\nend\n");
+  const auto options = [this] { return FilmOptionsFile(fake_.session().places().data).all(); };
+  add(ticket);
+  EXPECT_THAT(options(), IsEmpty());
+  service().handle({.action = Action::kAdd, .inputs = {ticket}, .options = {.tries = 3}});
+  ASSERT_THAT(options(), testing::SizeIs(1));
+  EXPECT_EQ(options().at("http://h/a.avi").tries, 3u);
 }
 
 TEST_F(QueueServiceTest, AnItemThatIsNotCompleteTakesNoFilmAlong) {

@@ -1,17 +1,38 @@
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <chrono>
+
 #include "playerx/app/session/QueueWatch.h"
 #include "playerx/transfers/FilmRecovery.h"
 #include "tests/support/WaitFor.h"
 #include "tests/unit/app/FakeSession.h"
 
 namespace playerx::session {
+
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+// The linker redirects the program's calls of the clock to `testNow`.
+SteadyTime realNow() __asm__("__real__ZNSt6chrono3_V212steady_clock3nowEv");
+SteadyTime testNow() __asm__("__wrap__ZNSt6chrono3_V212steady_clock3nowEv");
+
 namespace {
+
+std::atomic<std::chrono::seconds::rep> secondsAhead = 0;
 
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using Kind = QueueEvent::Kind;
+
+/// Sets the clock ahead while it lives.
+class ClockAhead {
+ public:
+  explicit ClockAhead(std::chrono::seconds time) { secondsAhead = time.count(); }
+  ~ClockAhead() { secondsAhead = 0; }
+  ClockAhead(const ClockAhead&) = delete;
+  ClockAhead& operator=(const ClockAhead&) = delete;
+};
 
 /// A download library of which only the films are asked for that the queue calls complete.
 class FakeRecovery : public FilmRecovery {
@@ -122,6 +143,17 @@ TEST_F(QueueWatchTest, AFailureIsToldWithItsReason) {
   ASSERT_TRUE(watchAFailure());
   ASSERT_THAT(kinds(), ElementsAre(Kind::kFailed));
   EXPECT_EQ(events_[0].reason.code(), "http_404");
+  EXPECT_THAT(fake_.log.lines("manager.updateDownloadProgress"), IsEmpty());
+}
+
+TEST_F(QueueWatchTest, NothingHasArrivedOfAFilmThatWasDeletedForItsChecksum) {
+  fake_.reports.isThere = true;
+  fake_.reports.last.failure = TransferFailure::kChecksum;
+  fake_.session().start();
+  ASSERT_TRUE(watchAFailure());
+  const std::string id = std::to_string(fake_.module.all()[0]->getId());
+  EXPECT_THAT(fake_.log.lines("manager.updateDownloadProgress"),
+              ElementsAre("manager.updateDownloadProgress " + id + " 0"));
 }
 
 TEST_F(QueueWatchTest, TheReasonOfAFailureIsKeptForLaterRuns) {
@@ -161,6 +193,30 @@ TEST_F(QueueWatchTest, WhatArrivesIsMeasured) {
   EXPECT_THAT(kinds(), ElementsAre(Kind::kChanged));
 }
 
+TEST_F(QueueWatchTest, TheSilenceOfAServerThatIsAskedIsTold) {
+  fake_.module.put("http://h/a.avi");
+  fake_.session().start();
+  watch().measure();
+  const ClockAhead clock(model::kShortestSilence);
+  watch().measure();
+  ASSERT_THAT(kinds(), ElementsAre(Kind::kChanged));
+  EXPECT_GE(events_[0].progress.silentSeconds, 5u);
+}
+
+TEST_F(QueueWatchTest, NoServerIsSilentWhileNothingIsDownloaded) {
+  fake_.module.put("http://h/a.avi");
+  const auto measureLater = [this] {
+    watch().measure();
+    const ClockAhead clock(model::kShortestSilence);
+    watch().measure();
+  };
+  measureLater();
+  fake_.session().start();
+  fake_.module.isPausedNow = true;
+  measureLater();
+  EXPECT_THAT(kinds(), IsEmpty());
+}
+
 TEST_F(QueueWatchTest, WhatPlugInsSayIsPassedOn) {
   watch();
   const auto messages = KPIM::load<UserMessages>(&fake_.session().plugins(), kUserMessagesId);
@@ -193,4 +249,7 @@ TEST_F(QueueWatchTest, APlayerThatDoesNotStartIsSaid) {
 }
 
 }  // namespace
+
+SteadyTime testNow() { return realNow() + std::chrono::seconds(secondsAhead); }
+
 }  // namespace playerx::session
