@@ -14,6 +14,7 @@
 #include <QTabWidget>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "playerx/window/view/Shades.h"
 
@@ -87,7 +88,8 @@ PreferencesDialog::PreferencesDialog(const QueuePreferences& queue, const Window
   load(queue, window);
   connectParts();
   check();
-  setMinimumWidth(68 * fontMetrics().averageCharWidth());
+  // One that is set takes the place of the layout's.
+  setMinimumWidth(std::max(68 * fontMetrics().averageCharWidth(), minimumSizeHint().width()));
 }
 
 void PreferencesDialog::arrange() {

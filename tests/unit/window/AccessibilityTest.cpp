@@ -60,7 +60,9 @@ void expectRoomForTheWords(QWidget& top) {
     if (hasWords || (label != nullptr && !label->wordWrap() && !label->text().isEmpty())) {
       const QSize needed = widget->minimumSizeHint();
       EXPECT_TRUE(widget->width() >= needed.width() && widget->height() >= needed.height())
-          << widget->metaObject()->className() << " in " << top.metaObject()->className() << ": "
+          << widget->metaObject()->className() << " in " << top.metaObject()->className() << ", "
+          << widget->width() << " by " << widget->height() << " instead of " << needed.width()
+          << " by " << needed.height() << ": "
           << (label != nullptr ? label->text().toStdString() : "");
     }
   }
@@ -90,6 +92,7 @@ class AccessibilityTest : public WindowTest {
     auto* const tabs = preferences.findChild<QTabWidget*>();
     for (int tab = 1; tab < tabs->count(); ++tab) {
       tabs->setCurrentIndex(tab);
+      QApplication::processEvents();  // lays the page out
       check(preferences);
     }
   }
