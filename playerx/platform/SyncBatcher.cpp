@@ -2,7 +2,8 @@
 
 #include <unistd.h>
 
-#include <system_error>
+#include <exception>
+#include <new>
 #include <utility>
 
 #include "playerx/platform/QuietThread.h"
@@ -31,11 +32,10 @@ void SyncBatcher::request(const std::filesystem::path& file) {
 void SyncBatcher::flush() {
   const GuardLock lock(mutex_);
   const std::uint64_t wanted = requested_;
-  ++flushing_;
+  awaited_ = wanted;
   work_.notifyOne();
   if (!thread_.joinable()) syncPending();
   while (synced_ < wanted) progress_.wait(mutex_);
-  --flushing_;
 }
 
 void SyncBatcher::finish() {
@@ -54,7 +54,7 @@ void SyncBatcher::ensureThread() {
   if (thread_.joinable()) return;
   try {
     thread_ = startQuietThread([this] { run(); });
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {
     // The next request tries again.
   }
 }
@@ -64,19 +64,33 @@ void SyncBatcher::run() {
   while (true) {
     while (!finishing_ && pending_.empty()) work_.wait(mutex_);
     if (pending_.empty()) return;
-    while (!finishing_ && flushing_ == 0 && work_.waitUntil(mutex_, deadline_)) {
+    while (!finishing_ && synced_ >= awaited_ && work_.waitUntil(mutex_, deadline_)) {
     }
     syncPending();
   }
 }
 
+/// False when there was not the memory for it.
+bool SyncBatcher::sync(const Files& files) const {
+  try {
+    action_(files);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
 void SyncBatcher::syncPending() {
-  const Files files = std::exchange(pending_, {});
+  Files files = std::exchange(pending_, {});
   taken_ = requested_;
   ++syncing_;
   mutex_.unlock();
-  if (!files.empty()) action_(files);
+  const bool hasSynced = files.empty() || sync(files);
   mutex_.lock();
+  if (!hasSynced && !finishing_) {
+    pending_.merge(files);  // which needs no memory
+    deadline_ = Condition::Clock::now() + delay_;
+  }
   if (--syncing_ > 0) return;  // another thread may still be syncing earlier requests
   synced_ = taken_;
   progress_.notifyAll();

@@ -15,8 +15,9 @@ namespace playerx {
 /// the instance of the process.
 ///
 /// The thread starts with the first request and blocks all signals. All operations may be called
-/// from any thread; no lock is held while files are synced. Does not throw: when no thread can be
-/// started, files wait for the next request, `flush` or `finish`.
+/// from any thread; no lock is held while files are synced. When no thread can be started, files
+/// wait for the next request, `flush` or `finish`; when there is no memory for a sync, for another
+/// delay, and what waits for it goes on.
 class SyncBatcher {
  public:
   using Files = std::set<std::filesystem::path>;
@@ -43,6 +44,7 @@ class SyncBatcher {
  private:
   void ensureThread() KVPM_REQUIRES(mutex_);
   void run();
+  bool sync(const Files& files) const;
   void syncPending() KVPM_REQUIRES(mutex_);
 
   const Action action_;
@@ -55,10 +57,10 @@ class SyncBatcher {
   Files pending_ KVPM_GUARDED_BY(mutex_);
   Condition::Clock::time_point deadline_ KVPM_GUARDED_BY(mutex_);  // of the pending files
   std::uint64_t requested_ KVPM_GUARDED_BY(mutex_) = 0;
-  std::uint64_t taken_ KVPM_GUARDED_BY(mutex_) = 0;   // requests up to this one are being done
-  std::uint64_t synced_ KVPM_GUARDED_BY(mutex_) = 0;  // requests up to this one are done
-  int syncing_ KVPM_GUARDED_BY(mutex_) = 0;           // actions that run at this moment
-  int flushing_ KVPM_GUARDED_BY(mutex_) = 0;
+  std::uint64_t taken_ KVPM_GUARDED_BY(mutex_) = 0;    // requests up to this one are being done
+  std::uint64_t synced_ KVPM_GUARDED_BY(mutex_) = 0;   // requests up to this one are done
+  std::uint64_t awaited_ KVPM_GUARDED_BY(mutex_) = 0;  // requests up to this one are waited for
+  int syncing_ KVPM_GUARDED_BY(mutex_) = 0;            // actions that run at this moment
   bool finishing_ KVPM_GUARDED_BY(mutex_) = false;
   std::thread thread_ KVPM_GUARDED_BY(mutex_);
 };

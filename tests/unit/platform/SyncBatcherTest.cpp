@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <mutex>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -75,6 +76,35 @@ TEST(SyncBatcher, SyncsByItselfAfterTheDelay) {
   ASSERT_TRUE(waitFor([&] { return disk.batches().size() == 2; }));
   EXPECT_EQ(disk.batches(), (std::vector<Files>{{"/a"}, {"/b"}}));
   EXPECT_NE(disk.thread(), std::this_thread::get_id());
+}
+
+TEST(SyncBatcher, SyncsLaterWhatThereIsNoMemoryFor) {
+  Disk disk;
+  std::atomic<int> tries = 0;
+  SyncBatcher batcher(
+      [&, sync = disk.action()](const Files& files) {
+        if (++tries <= 2) throw std::bad_alloc();
+        sync(files);
+      },
+      1ms);
+  batcher.request("/a");
+  ASSERT_TRUE(waitFor([&] { return !disk.batches().empty(); }));
+  EXPECT_EQ(disk.batches(), (std::vector<Files>{{"/a"}}));
+}
+
+TEST(SyncBatcher, WithoutMemoryNothingWaitsForASyncForEver) {
+  int tries = 0;
+  SyncBatcher batcher(
+      [&](const Files&) {
+        ++tries;
+        throw std::bad_alloc();
+      },
+      kLong);
+  batcher.request("/a");
+  batcher.flush();
+  EXPECT_EQ(tries, 1);
+  batcher.finish();
+  EXPECT_EQ(tries, 2) << "what has failed is tried again at the end";
 }
 
 TEST(SyncBatcher, BatchesRequestsThatComeDuringTheDelay) {
