@@ -1,7 +1,7 @@
 #include "kvpm/Thread.h"
 
 #include <atomic>
-#include <system_error>
+#include <exception>
 #include <thread>
 
 #include "kvpm/IRunnable.h"
@@ -35,7 +35,7 @@ bool Thread::start() {
       if (playerx::ThreadGate::pass(impl_->stop)) impl_->runnable->runThread(this);
       impl_->running.store(false);
     });
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {
     impl_->running.store(false);
     impl_->stop.store(stopBefore);
     return false;

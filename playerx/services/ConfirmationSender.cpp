@@ -1,7 +1,7 @@
 #include "playerx/services/ConfirmationSender.h"
 
 #include <algorithm>
-#include <system_error>
+#include <exception>
 #include <utility>
 
 #include "playerx/platform/QuietThread.h"
@@ -47,7 +47,7 @@ void ConfirmationSender::ensureThread() {
   if (isEnding_ || thread_.joinable()) return;
   try {
     thread_ = startQuietThread([this] { run(); });
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {
     // The next request tries again; failing that, the destructor sends what is left.
   }
 }

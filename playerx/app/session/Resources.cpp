@@ -3,8 +3,8 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <exception>
 #include <future>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -40,7 +40,7 @@ bool mayStartThreads() {
   try {
     while (threads.size() < kThreads)
       threads.push_back(startQuietThread([ended] { ended.wait(); }));
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {
   }
   end.set_value();
   for (std::thread& thread : threads) thread.join();
