@@ -1,6 +1,6 @@
 #include "plugin/Confirmations.h"
 
-#include <system_error>
+#include <exception>
 #include <utility>
 
 #include "download/BackgroundThread.h"
@@ -55,7 +55,7 @@ bool Confirmations::ensureThread() {
   if (thread_.joinable()) return true;
   try {
     thread_ = std::thread([this] { run(); });
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {
     return false;
   }
   return true;
@@ -88,7 +88,10 @@ bool Confirmations::tellNext() {
     waiting_.pop_front();
   }
   isTelling = true;
-  tell_(next.ticketId, next.bytes);
+  try {
+    tell_(next.ticketId, next.bytes);
+  } catch (...) {  // no memory, at worst: those behind it are told all the same
+  }
   isTelling = false;
   {
     const kvpm::MutexLock lock(mutex_);

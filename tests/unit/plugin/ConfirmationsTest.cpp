@@ -2,6 +2,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <new>
 #include <thread>
 
 #include "plugin/Confirmations.h"
@@ -37,6 +38,7 @@ class ConfirmationsTest : public ::testing::Test {
     telling_.open();
     if (hangs_) goOn_.wait();
     if (reportsItself_.exchange(false)) confirm(ticketId, bytes + 1);
+    if (throws_.exchange(false)) throw std::bad_alloc();
     log_.add(std::to_string(ticketId) + " " + std::to_string(bytes));
   }
 
@@ -51,6 +53,7 @@ class ConfirmationsTest : public ::testing::Test {
   std::atomic<bool> hangs_{false};
   std::atomic<bool> stopping_{false};
   std::atomic<bool> reportsItself_{false};
+  std::atomic<bool> throws_{false};
   EventCount events_;
   Confirmations confirmations_{[this](long id, std::uint64_t bytes) { tell(id, bytes); }, events_};
 };
@@ -89,6 +92,13 @@ TEST_F(ConfirmationsTest, AReportFromInsideTheServicesIsToldWhenTheyHaveReturned
   confirm(7, 500);
   confirmations_.finish();
   EXPECT_EQ(log_.lines(), (Lines{"7 500", "7 501"}));
+}
+
+TEST_F(ConfirmationsTest, ServicesThatThrowAreToldWhatComesNext) {
+  throws_ = true;
+  confirm(7, 500);
+  confirm(7, 1000);
+  EXPECT_EQ(log_.lines(), Lines{"7 1000"});
 }
 
 TEST_F(ConfirmationsTest, WithoutAThreadTheReportItselfTellsTheServices) {
