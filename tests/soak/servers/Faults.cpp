@@ -36,6 +36,17 @@ Fault fault(const char* name, const std::string& bytes, Ending ending, const Out
   return {name, script, outcomes};
 }
 
+/// `drops` come a byte at a time, faster than a transfer loses its patience.
+Fault dripping(const char* name, const std::string& bytes, const std::string& drops,
+               const std::string& rest, Ending ending, const Outcomes& outcomes) {
+  const auto script = [=](const std::string&) {
+    Script script;
+    script.send(bytes).drip(drops, std::chrono::milliseconds(1)).send(rest);
+    return (script.*ending)();
+  };
+  return {name, script, outcomes};
+}
+
 Fault status(const char* name, int code, const std::string& fields = "") {
   return fault(name,
                "HTTP/1.1 " + std::to_string(code) + " No\r\n" + fields +
@@ -132,6 +143,24 @@ std::vector<Fault> makeFaults() {
               {F::kBadAnswer, F::kDropped}),
       chunked("no last chunk", "4\r\nfilm\r\n", kClose, {F::kDropped}),
       chunked("silence between chunks", "4\r\nfilm\r\n", kStall, {F::kStalled}),
+
+      // Drops.
+      dripping("a head in drops", "", wholeHead(), film, kClose, {F::kNone}),
+      dripping("half a head in drops", "", "HTTP/1.1 200 OK\r\nContent-Le", "", kClose,
+               {F::kDropped, F::kBadAnswer}),
+      dripping("silence after a head in drops", "", wholeHead(), "", kStall, {F::kStalled}),
+      dripping("a reset after drops of a body", wholeHead(), half.substr(0, 100), "", kReset,
+               {F::kDropped}),
+      dripping("a body that ends in drops", wholeHead() + film.substr(0, film.size() - 100),
+               film.substr(film.size() - 100), "", kClose, {F::kNone}),
+      dripping("half a body that ends in drops", wholeHead() + half, half.substr(0, 100), "",
+               kClose, {F::kDropped}),
+      dripping("silence after drops of a body", wholeHead() + half, half.substr(0, 100), "", kStall,
+               {F::kStalled}),
+      dripping("a chunk in drops", headWith("Transfer-Encoding: chunked\r\n"), "4\r\nfilm\r\n", "",
+               kClose, {F::kDropped}),
+      dripping("a redirect in drops", "", "HTTP/1.1 302 Found\r\nLocation: ftp://h/\r\n", "\r\n",
+               kClose, {F::kBadRedirect}),
 
       // Statuses.
       status("no content", 204),
