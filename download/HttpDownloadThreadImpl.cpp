@@ -33,13 +33,21 @@ DownloadStatusEnumType Impl::downloadVideo(Item* item) {
 
 void Impl::runItem(Item* item) {
   try {
-    std::shared_ptr<Item> next(item);
     currentItem_ = item;
-    item_ = std::move(next);
+    unshared_.reset(item);
+    item_ = std::move(unshared_);  // which keeps it if there is no memory to share it
     takeSteps();
   } catch (...) {  // out of memory, at worst: the item has failed, the queue goes on
     state_.reach(DownloadStatusFailed);
+    giveSessionUp();
+  }
+}
+
+/// The library may fail for want of the same memory; the run ends all the same.
+void Impl::giveSessionUp() {
+  try {
     session_.release(nullptr);
+  } catch (...) {
   }
 }
 

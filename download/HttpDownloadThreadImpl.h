@@ -61,6 +61,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
 
   // The run, step by step. A step that answers false has ended the run, or found it ended.
   void runItem(Item* item);
+  void giveSessionUp();
   void takeSteps();
   bool findSource(Transfer& transfer);
   bool authorise(Transfer& transfer);
@@ -85,8 +86,9 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   kvpm::CritSection runLock_;
 
   // Used by the thread that holds the run lock.
-  std::shared_ptr<Item> item_;   // by the reports too while they are handled
-  std::uint64_t totalSize_ = 0;  // bytes
+  std::unique_ptr<Item> unshared_;  // what the run was given, until `item_` is that
+  std::shared_ptr<Item> item_;      // by the reports too while they are handled
+  std::uint64_t totalSize_ = 0;     // bytes
   download::LibrarySession session_;
 
   // Last, so that they end before anything that their calls use.

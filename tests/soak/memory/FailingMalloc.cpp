@@ -1,5 +1,6 @@
 #include "tests/soak/memory/FailingMalloc.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 
@@ -11,21 +12,20 @@ void* __libc_realloc(void* memory, std::size_t size);
 
 namespace {
 
-struct Plan {
-  bool isOn = false;
-  bool lasts = false;
-  bool hasFailed = false;
-  long left = 0;
-};
+using Threads = soak::FailingMalloc::Threads;
 
-thread_local Plan plan;
+std::atomic<bool> isOn = false;
+std::atomic<bool> lasts = false;
+std::atomic<bool> failed = false;
+std::atomic<long> left = 0;
+std::atomic<Threads> counted = Threads::kThisOne;
+thread_local bool isMaker = false;
 
 bool fails() {
-  if (!plan.isOn) return false;
-  const bool isTheOne = plan.left-- == 0;
-  const bool isBehind = plan.left < 0 && plan.lasts;
-  if (!isTheOne && !isBehind) return false;
-  plan.hasFailed = true;
+  if (!isOn || isMaker != (counted == Threads::kThisOne)) return false;
+  const long before = left--;
+  if (before > 0 || (before < 0 && !lasts)) return false;
+  failed = true;
   errno = ENOMEM;
   return true;
 }
@@ -49,12 +49,20 @@ void* realloc(void* memory, std::size_t size) {
 
 namespace soak {
 
-FailingMalloc::FailingMalloc(long passed, Lasting lasting) {
-  plan = {true, lasting == Lasting::kForEver, false, passed};
+FailingMalloc::FailingMalloc(long passed, Lasting lasting, Threads threads) {
+  isMaker = true;
+  counted = threads;
+  lasts = lasting == Lasting::kForEver;
+  failed = false;
+  left = passed;
+  isOn = true;
 }
 
-FailingMalloc::~FailingMalloc() { plan.isOn = false; }
+FailingMalloc::~FailingMalloc() {
+  isOn = false;
+  isMaker = false;
+}
 
-bool FailingMalloc::hasFailed() const { return plan.hasFailed; }
+bool FailingMalloc::hasFailed() const { return failed; }
 
 }  // namespace soak
