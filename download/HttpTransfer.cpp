@@ -1,14 +1,15 @@
 #include "download/HttpTransfer.h"
 
-#include <chrono>
+#include <cstdint>
 #include <utility>
 
 #include "download/ResultHeaders.h"
+#include "kvpm/TimeTools.h"
 
 namespace download {
 namespace {
 
-constexpr std::chrono::milliseconds kLookInterval{100};
+constexpr std::uint32_t kLookMilliseconds = 100;
 
 }  // namespace
 
@@ -43,16 +44,20 @@ void HttpTransfer::joinEnded() {
 }
 
 std::unique_ptr<HttpResult> HttpTransfer::waitForBody() {
-  const kvpm::MutexLock lock(mutex_);
   // Not at once when something happens: by the first look a short answer has usually been passed on
   // whole.
   do {
-    const auto look = std::chrono::steady_clock::now() + kLookInterval;
-    while (std::chrono::steady_clock::now() < look) changed_.wait_until(mutex_, look);
-  } while (!progress_.bodyStarted && !progress_.ended && !progress_.aborted);
+    kvpm::TimeTools::sleep(kLookMilliseconds);
+  } while (isBodyAwaited());
+  const kvpm::MutexLock lock(mutex_);
   auto result = std::make_unique<HttpResult>(transferResult_);
   if (!progress_.aborted) result->setResult(HTTP_RESULT_OK);
   return result;
+}
+
+bool HttpTransfer::isBodyAwaited() {
+  const kvpm::MutexLock lock(mutex_);
+  return !progress_.bodyStarted && !progress_.ended && !progress_.aborted;
 }
 
 bool HttpTransfer::isRunning() {
@@ -64,7 +69,6 @@ void HttpTransfer::cancel() {
   const kvpm::MutexLock lock(mutex_);
   token_.cancel();
   progress_.aborted = true;
-  changed_.notify_all();
 }
 
 void HttpTransfer::end() {
@@ -74,7 +78,6 @@ void HttpTransfer::end() {
   if (runner_ == std::this_thread::get_id()) return;
   leaving = std::move(thread_);
   progress_.aborted = progress_.aborted || !progress_.ended;
-  changed_.notify_all();
 }
 
 void HttpTransfer::fill(HttpResult& result) {
@@ -92,7 +95,6 @@ std::optional<HttpCallback*> HttpTransfer::noteHeader(const std::string& line) {
 void HttpTransfer::notePiece() {
   const kvpm::MutexLock lock(mutex_);
   progress_.bodyStarted = true;
-  changed_.notify_all();
 }
 
 void HttpTransfer::noteRefusal() {
@@ -106,7 +108,6 @@ kvsc::HttpErrorIds HttpTransfer::noteEnd(kvsc::HttpErrorIds error) {
   if (error == kvsc::HTTP_ERROR_CANCELLED && progress_.refused) error = kvsc::HTTP_ERROR_FAILED;
   if (error != kvsc::HTTP_ERROR_NONE) progress_.aborted = true;
   progress_.ended = true;
-  changed_.notify_all();
   return error;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -78,6 +77,7 @@ class HttpTransfer {
   };
 
   void joinEnded();
+  bool isBodyAwaited();
 
   // Constant after construction or synchronised by themselves.
   kvpm::IRunnable& body_;
@@ -85,7 +85,6 @@ class HttpTransfer {
   kvsc::CancelToken token_;
 
   kvpm::Mutex mutex_;
-  std::condition_variable_any changed_;  // the progress
   Progress progress_ KVPM_GUARDED_BY(mutex_);
   std::unique_ptr<kvpm::Thread> thread_ KVPM_GUARDED_BY(mutex_);  // null unless allowed
   HttpResult* currentResult_ KVPM_GUARDED_BY(mutex_) = nullptr;

@@ -1,5 +1,3 @@
-#include "playerx/platform/ThreadGate.h"
-#include "tests/support/LockWaiter.h"
 #include "tests/unit/download/HttpHelperFixture.h"
 
 namespace {
@@ -100,21 +98,6 @@ TEST_F(HttpHelperPost, NamesNoReceiverButKnowsTheLength) {
   const Result result = post();
   EXPECT_EQ(result->getHttpCallbacks(), nullptr);
   EXPECT_EQ(result->getContentLength(), 6u);
-}
-
-/// Opened again whatever becomes of the test.
-struct ClosedThreadGate {
-  ClosedThreadGate() { playerx::ThreadGate::close(); }
-  ~ClosedThreadGate() { playerx::ThreadGate::open(); }
-};
-
-TEST_F(HttpHelperPost, ReturnsWhenAbortedBeforeItsThreadBegan) {
-  const ClosedThreadGate closed;
-  support::LockWaiter posting([this] { post(); });
-  EXPECT_TRUE(posting.isHeldUp());
-  helper_.abort();
-  posting.join();
-  EXPECT_EQ(server_.connectionCount(), 0u);
 }
 
 }  // namespace

@@ -2,10 +2,17 @@
 
 #include "download/HttpTransfer.h"
 #include "kvpm/IRunnable.h"
+#include "playerx/platform/ThreadGate.h"
 #include "tests/support/WaitFor.h"
 
 namespace download {
 namespace {
+
+/// Opened again whatever becomes of the test.
+struct ClosedThreadGate {
+  ClosedThreadGate() { playerx::ThreadGate::close(); }
+  ~ClosedThreadGate() { playerx::ThreadGate::open(); }
+};
 
 /// A transfer without a server, which succeeds at once or when it is cancelled.
 class HttpTransferTest : public ::testing::Test, private kvpm::IRunnable {
@@ -37,6 +44,13 @@ TEST_F(HttpTransferTest, OneThatIsEndedHasFailedEvenIfItSucceedsMeanwhile) {
   succeedsAtOnce_ = false;
   start();
   transfer_.end();
+  EXPECT_EQ(outcome(), HTTP_RESULT_FAILED);
+}
+
+TEST_F(HttpTransferTest, OneThatIsCancelledBeforeItsThreadHasBegunIsNotWaitedFor) {
+  const ClosedThreadGate closed;
+  start();
+  transfer_.cancel();
   EXPECT_EQ(outcome(), HTTP_RESULT_FAILED);
 }
 
