@@ -52,9 +52,8 @@ void Impl::giveSessionUp() {
 }
 
 void Impl::stop() {
-  state_.askToStop();
+  const download::RunState::Stop stop(state_);  // also when the library throws
   endRun();
-  state_.stopDone();
 }
 
 /// Waits for a run that was asked to stop, also one that has yet to take the run lock.

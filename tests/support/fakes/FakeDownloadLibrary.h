@@ -50,6 +50,11 @@ class FakeDownloadLibrary : public KPB::DownloadInterface {
     set([&] { whileStarting_ = std::move(action); });
   }
 
+  /// Runs inside each `stopSession`, on its thread.
+  void whileStopping(std::function<void()> action) {
+    set([&] { whileStopping_ = std::move(action); });
+  }
+
   /// Id of the next session; later ones count on from it.
   void nextUid(unsigned long long uid) {
     set([&] { nextUid_ = uid; });
@@ -126,7 +131,12 @@ class FakeDownloadLibrary : public KPB::DownloadInterface {
 
   void stopSession(unsigned long long uid) override {
     log_.add("library.stop " + std::to_string(uid));
-    set([&] { stopped_.push_back(uid); });
+    Action action;
+    set([&] {
+      stopped_.push_back(uid);
+      action = whileStopping_;
+    });
+    if (action) action();
   }
 
  private:
@@ -193,6 +203,7 @@ class FakeDownloadLibrary : public KPB::DownloadInterface {
   KPB::DownloadCallback* callback_ = nullptr;
   int answer_ = 1;
   StartAction whileStarting_;
+  Action whileStopping_;
   unsigned long long nextUid_ = 1001;
   std::vector<Session> sessions_;
   std::vector<unsigned long long> stopped_;

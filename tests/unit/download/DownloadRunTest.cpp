@@ -69,6 +69,16 @@ TEST_F(DownloadRun, ThatThrowsLeavesNoSessionBehind) {
   EXPECT_THAT(library_.stopped(), ElementsAre(kUid));
 }
 
+TEST_F(DownloadRun, ThatThrowsEndsAlsoWhenTheLibraryThrows) {
+  manager_.onEvent([](const std::string& line) {
+    if (line == "manager.updateStatus 7 3") throw std::runtime_error("no");
+  });
+  library_.whileStopping([] { throw std::runtime_error("no"); });
+  EXPECT_EQ(run(film()), 6);
+  library_.whileStopping({});
+  worker_->stop();
+}
+
 TEST_F(DownloadRun, DestroysTheItemOfTheLastRunWhenTheNextBegins) {
   struct Watched : DownloadItem {
     explicit Watched(bool& gone) : gone_(gone) {}

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
+#include <stdexcept>
 
 #include "download/HttpDownloadThreadImpl.h"
 #include "tests/support/LockWaiter.h"
@@ -63,6 +64,18 @@ class WorkerStop : public support::WorkerTest {
 
   Gate& asked_ = gate();
 };
+
+TEST_F(WorkerStop, OfALibraryThatThrowsStopsNoLaterRun) {
+  startAndFetch(film());
+  library_.whileStopping([] { throw std::runtime_error("no"); });
+  EXPECT_THROW(worker_->stop(), std::runtime_error);
+  EXPECT_EQ(ended(), 5);
+  library_.whileStopping({});
+  log_.clear();
+  startAndFetch(film());
+  library_.complete(kUid + 1);
+  EXPECT_EQ(ended(), 4);
+}
 
 TEST_F(WorkerStop, WithNothingRunningReturnsAtOnce) {
   worker_->stop();
