@@ -140,7 +140,7 @@ void GetCommand::tellQueue() {
 }
 
 int GetCommand::park() {
-  session_.manager().pause();
+  session_.pause();
   service_.update();
   reporter_.note(kInterrupted);
   return kExitInterrupted;

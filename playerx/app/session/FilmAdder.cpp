@@ -80,7 +80,7 @@ Reply FilmAdder::add(const Request& request) {
     addInput(input, request, reply);
     isMoreCarried |= reply.items.size() > before && carriesMore(input.options);
   }
-  if (staysPaused) session_.manager().pause();
+  if (staysPaused) session_.pause();
   if (request.starts && session_.manager().isPaused()) session_.manager().resume();
   if (request.inputs.empty()) goOnWithQueue(reply);
   for (const ItemState& item : reply.items) {
@@ -279,7 +279,7 @@ void FilmAdder::nameFilm(unsigned int id, const std::string& name) {
 void FilmAdder::whilePaused(bool isNeeded, const std::function<void()>& change) {
   VeskPlayerX::DownloadManagerInterface& manager = session_.manager();
   const bool isToPause = isNeeded && !manager.isPaused();
-  if (isToPause) manager.pause();
+  if (isToPause) session_.pause();
   change();
   if (isToPause) manager.resume();
 }

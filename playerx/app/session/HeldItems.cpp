@@ -62,7 +62,7 @@ void whileStopped(PlayerSession& session, const HeldItems::Queue& queue, const I
                   const std::function<void()>& change) {
   VeskPlayerX::DownloadManagerInterface& manager = session.manager();
   const bool isStopped = !isTransferred(session, queue, item) || manager.isPaused();
-  if (!isStopped) manager.pause();
+  if (!isStopped) session.pause();
   change();
   if (!isStopped) manager.resume();
 }

@@ -100,18 +100,23 @@ void PlayerSession::start() {
     if (settings_) settings_->get()->setFilmOptions(address, options);
   }
   recovery_ = KPIM::load<FilmRecovery>(&plugins_, DIN_FilmRecovery);
-  takeFilmsBack();
+  takeFilmsBack([](DownloadStatusEnumType status) { return status != DownloadStatusCompleted; });
   transfers_ = KPIM::load<TransferReports>(&plugins_, DIN_TransferReports);
   ThreadGate::open();
   isStarted_ = true;
 }
 
+void PlayerSession::pause() {
+  manager().pause();
+  takeFilmsBack([](DownloadStatusEnumType status) { return status == DownloadStatusPaused; });
+}
+
 // The manager would give a film of which it knows nothing another name, because its own is taken.
-void PlayerSession::takeFilmsBack() {
+void PlayerSession::takeFilmsBack(const std::function<bool(DownloadStatusEnumType)>& isToTakeBack) {
   if (!recovery_) return;
   const std::string folder = VeskPlayerX::OSUtilities::getTempPath().toStdString();
   for (const VeskPlayerX::QueuedVersion& each : reader().getVersions()) {
-    if (each.status == DownloadStatusCompleted) continue;
+    if (!isToTakeBack(each.status)) continue;
     const std::unique_ptr<VeskPlayerX::DownloadItemInterface> item(reader().getCopy(each.id));
     if (item == nullptr) continue;
     const std::string path = kvpm::StringTools::wStringToString(item->getPath());

@@ -86,6 +86,10 @@ class PlayerSession {
   void start();
   bool isStarted() const { return isStarted_; }
 
+  /// Pauses the queue. Takes back the film whose last byte came just then: the manager, which no
+  /// longer listens, would fetch it beside itself.
+  void pause();
+
   /// Takes back the film of an address that is to be added: the queue that knew of it may be lost.
   /// After `start` only, which does so for the films of the queue.
   void takeFilmBack(const std::string& address);
@@ -138,7 +142,7 @@ class PlayerSession {
   std::string openForChange(Access access);
   std::string openCopy();
   std::string loadManager();
-  void takeFilmsBack();
+  void takeFilmsBack(const std::function<bool(DownloadStatusEnumType)>& isToTakeBack);
   void close();
 
   const Places places_;

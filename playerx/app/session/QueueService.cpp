@@ -192,7 +192,7 @@ Reply QueueService::pauseAll() {
   if (!session_.isStarted()) {
     return failed("Nothing is being downloaded; `pause N` keeps an item from it.");
   }
-  session_.manager().pause();
+  session_.pause();
   update();
   return done("The queue is paused; `resume` lets it go on.");
 }

@@ -25,14 +25,14 @@ OwnQueue::OwnQueue(session::PlayerSession& session, Links links, bool staysPause
   if (!problem.empty()) {
     tell({.sentence = problem + " Other players cannot reach this queue."});
   }
-  if (staysPaused) session_.manager().pause();
+  if (staysPaused) session_.pause();
   session_.start();
   service_.deleteLeftovers();
   measured_.start();
 }
 
 OwnQueue::~OwnQueue() {
-  session_.manager().pause();
+  session_.pause();
   service_.update();
 }
 

@@ -99,7 +99,7 @@ SessionWorker::SessionWorker(const session::SessionOptions& options, SlotDesk& s
 SessionWorker::~SessionWorker() {
   slotDesk_.close();
   const bool wasHere = session_->isStarted();
-  if (wasHere) session_->manager().pause();
+  if (wasHere) session_->pause();
   adder_.addRest();
   own_ = nullptr;
   end_.reset();

@@ -10,6 +10,7 @@
 #include "VeskPlayerX/QueueReaderInterface.h"
 #include "item/DownloadItem.h"
 #include "playerx/app/session/PlayerSession.h"
+#include "playerx/transfers/FilmRecovery.h"
 #include "playerx/transfers/TransferReports.h"
 #include "tests/support/fakes/FakeContext.h"
 #include "tests/support/fakes/FakeManager.h"
@@ -98,6 +99,23 @@ class FakeReports : public TransferReports {
 
   bool findByAddress(const std::string&, TransferReport* report) const override;
   bool findByPath(const std::string&, TransferReport* report) const override;
+};
+
+/// A download library of which only the films of the queue are asked for.
+class FakeRecovery : public FilmRecovery {
+ public:
+  std::vector<std::string> confirmed;
+  std::vector<std::string> takenBack;
+
+  bool takeBack(const std::string& film, const std::string&) override {
+    takenBack.push_back(film);
+    return true;
+  }
+  bool takeBackFilmOf(const std::string& url, const std::string&, const std::string&) override {
+    takenBack.push_back(url);
+    return true;
+  }
+  void confirm(const std::string& url) override { confirmed.push_back(url); }
 };
 
 /// Gives a test program the one `QCoreApplication` that a session needs.

@@ -168,5 +168,21 @@ TEST_F(PlayerSessionTest, AnnouncementsWakeTheFace) {
   EXPECT_EQ(session_->view().takeNotices(4).size(), 1u);
 }
 
+TEST_F(PlayerSessionTest, AFilmThatCameJustWhenItWasPausedIsTakenBack) {
+  FakeRecovery recovery;
+  startWithModule();
+  offer<FilmRecovery>(session_->plugins(), DIN_FilmRecovery, &recovery);
+  ASSERT_EQ(session_->open(kChange), "");
+  module_.put("http://h/done.avi", DownloadStatusCompleted).setPath(L"/films/done.avi");
+  module_.put("http://h/waits.avi").setPath(L"/films/waits.avi");
+  session_->start();
+  recovery.takenBack.clear();
+  module_.put("http://h/a.avi", DownloadStatusPaused).setPath(L"/films/a.avi");
+  session_->pause();
+  EXPECT_THAT(recovery.takenBack, ElementsAre("/films/a.avi"));
+  EXPECT_EQ(log_.count("manager.pause"), 1u);
+  session_.reset();
+}
+
 }  // namespace
 }  // namespace playerx::session

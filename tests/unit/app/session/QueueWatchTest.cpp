@@ -34,18 +34,6 @@ class ClockAhead {
   ClockAhead& operator=(const ClockAhead&) = delete;
 };
 
-/// A download library of which only the films are asked for that the queue calls complete.
-class FakeRecovery : public FilmRecovery {
- public:
-  std::vector<std::string> confirmed;
-
-  bool takeBack(const std::string&, const std::string&) override { return false; }
-  bool takeBackFilmOf(const std::string&, const std::string&, const std::string&) override {
-    return false;
-  }
-  void confirm(const std::string& url) override { confirmed.push_back(url); }
-};
-
 /// A watch whose servers answer with "not found".
 class QueueWatchTest : public testing::Test {
  protected:
