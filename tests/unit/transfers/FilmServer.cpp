@@ -99,6 +99,11 @@ FilmServer& FilmServer::answerNext(const std::string& answer) {
   return shapeNext([=](const std::string&, const std::string&) { return Script().send(answer); });
 }
 
+void FilmServer::answerAsUsual() {
+  const std::lock_guard lock(mutex_);
+  shapes_.clear();
+}
+
 Script FilmServer::respond(const std::string& request) {
   const std::lock_guard lock(mutex_);
   const std::size_t size = film_.content.size();

@@ -48,6 +48,8 @@ class FilmServer {
   FilmServer& holdNext(std::size_t bodyBytes, const support::Gate& gate);
   /// The next answer stops behind so many bytes of its body, for good.
   FilmServer& stallNext(std::size_t bodyBytes);
+  /// Forgets what the next answers were to be.
+  void answerAsUsual();
   /// The next answer is this, byte for byte.
   FilmServer& answerNext(const std::string& answer);
 

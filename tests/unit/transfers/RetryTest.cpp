@@ -120,9 +120,10 @@ TEST_F(RetryTest, AServerThatStaysSilentBreaksAndWhatCameIsKept) {
   impatient.stall = Milliseconds(50);
   restart(impatient);
   FilmServer server(filmOf(kRetrySize));
-  server.stallNext(100'000);
-  for (int i = 0; i < 5; ++i) server.stallNext(0);
+  server.cutNext(100'000);
+  for (int i = 0; i < 20; ++i) server.stallNext(0);
   EXPECT_EQ(fetch(server.url()).broke, code(TransferFailure::kStalled));
+  server.answerAsUsual();
   restart();
   EXPECT_TRUE(fetch(server.url()).complete);
   EXPECT_NE(server.header(server.requestCount() - 1, "Range"), "");
