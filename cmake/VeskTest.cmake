@@ -15,7 +15,7 @@ target_precompile_headers(test_headers PRIVATE
 function(vesk_test name)
   cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
   if(NOT ARG_TIMEOUT)
-    set(ARG_TIMEOUT 120)
+    set(ARG_TIMEOUT 300)
   endif()
   # A sanitizer takes its multiple of the time, on a busy machine more.
   if(VESK_SANITIZE)
