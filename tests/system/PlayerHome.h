@@ -48,7 +48,7 @@ class PlayerHome {
   void nameNoFolders() { namesFolders_ = false; }
 
   /// Starts the program in mount and user namespaces of its own, after this line of shell, in which
-  /// "$0" is `argument`. What is mounted goes with the program. Call `needNamespaces` before.
+  /// "$0" is `argument`. What is mounted goes with the program. Ask `lackOfNamespaces` before.
   void mountFirst(const std::string& shellLine, const std::string& argument);
 
   /// Options put in front of every command.

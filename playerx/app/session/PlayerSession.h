@@ -52,7 +52,7 @@ struct SessionListener {
 ///     session.start();                               // films are downloaded from here on
 ///     session.manager().add(...);
 ///     ...
-///     session.manager().pause();
+///     session.pause();
 ///     problem = session.saveAgain();
 class PlayerSession {
  public:
@@ -69,8 +69,8 @@ class PlayerSession {
   PlayerSession& operator=(const PlayerSession&) = delete;
 
   /// Ends what was opened: stops transfers and threads, unloads the plug-ins, gives the data folder
-  /// back. What is running is not parked in the queue file; pause the manager first if it should
-  /// be. A film that the online services are being asked for would count as refused.
+  /// back. What is running is not parked in the queue file; call `pause` first if it should be. A
+  /// film that the online services are being asked for would count as refused.
   ~PlayerSession();
 
   /// Loads the download manager, with its scheduler held back, and attaches the view. After a

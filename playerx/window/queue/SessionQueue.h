@@ -11,7 +11,8 @@ namespace playerx::window {
 
 class SessionWorker;
 
-/// The queue of this process: hands everything to a session on a thread of its own.
+/// The queue of this process, or of another that has the data folder: hands everything to a worker
+/// on a thread of its own.
 class SessionQueue : public WindowQueue {
   Q_OBJECT
 
