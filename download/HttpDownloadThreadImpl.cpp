@@ -39,21 +39,14 @@ void Impl::runItem(Item* item) {
     takeSteps();
   } catch (...) {  // out of memory, at worst: the item has failed, the queue goes on
     state_.reach(DownloadStatusFailed);
-    giveSessionUp();
-  }
-}
-
-/// The library may fail for want of the same memory; the run ends all the same.
-void Impl::giveSessionUp() {
-  try {
     session_.release(nullptr);
-  } catch (...) {
   }
 }
 
 void Impl::stop() {
-  const download::RunState::Stop stop(state_);  // also when the library throws
+  state_.askToStop();
   endRun();
+  state_.stopDone();
 }
 
 /// Waits for a run that was asked to stop, also one that has yet to take the run lock.

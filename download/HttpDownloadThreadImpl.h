@@ -61,7 +61,6 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
 
   // The run, step by step. A step that answers false has ended the run, or found it ended.
   void runItem(Item* item);
-  void giveSessionUp();
   void takeSteps();
   bool findSource(Transfer& transfer);
   bool authorise(Transfer& transfer);

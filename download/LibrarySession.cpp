@@ -47,7 +47,10 @@ void LibrarySession::end(unsigned long long uid) {
 }
 
 void LibrarySession::stop(unsigned long long uid) {
-  if (KPB::DownloadInterface* const library = library_) library->stopSession(uid);
+  try {
+    if (KPB::DownloadInterface* const library = library_) library->stopSession(uid);
+  } catch (...) {  // out of memory, at worst: whoever stops a session goes on without it
+  }
 }
 
 void LibrarySession::unregister() {

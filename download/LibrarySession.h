@@ -42,7 +42,8 @@ class LibrarySession {
   /// Stops a session, which need not be released after that.
   void end(unsigned long long uid);
 
-  /// Stops a session in the library, if that is loaded. Any thread.
+  /// Stops a session in the library, if that is loaded, whether that succeeds or throws. Any
+  /// thread.
   void stop(unsigned long long uid);
 
   /// No report comes after this. Waits for one that is running. Any thread.

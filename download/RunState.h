@@ -45,18 +45,6 @@ class RunState {
   void askToStop();
   void stopDone();
 
-  /// A stop that lasts as long as this object.
-  class Stop {
-   public:
-    explicit Stop(RunState& state) : state_(state) { state_.askToStop(); }
-    ~Stop() { state_.stopDone(); }
-    Stop(const Stop&) = delete;
-    Stop& operator=(const Stop&) = delete;
-
-   private:
-    RunState& state_;
-  };
-
   /// Whether a stop was asked for since the run was announced, whatever its outcome.
   bool isStopping() const;
 

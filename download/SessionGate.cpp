@@ -22,7 +22,7 @@ std::vector<LibraryReport> SessionGate::open(unsigned long long uid) {
 void SessionGate::close() {
   // A start that was refused has no id.
   if (phase_ == Phase::kOpen && uid_ != 0) earlier_.push_back(uid_);
-  if (earlier_.size() > kMostEarlier) earlier_.pop_front();
+  if (earlier_.size() > kMostEarlier) earlier_.erase(earlier_.begin());
   phase_ = Phase::kClosed;
   kept_.clear();
 }

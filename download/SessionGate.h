@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <vector>
 
 namespace download {
@@ -28,6 +27,8 @@ class SessionGate {
  public:
   static constexpr std::size_t kMostEarlier = 1000;
 
+  SessionGate() { earlier_.reserve(kMostEarlier + 1); }
+
   /// A session is being started, its id is not known yet.
   void expect();
 
@@ -51,7 +52,7 @@ class SessionGate {
   Phase phase_ = Phase::kClosed;
   unsigned long long uid_ = 0;
   std::vector<LibraryReport> kept_;
-  std::deque<unsigned long long> earlier_;
+  std::vector<unsigned long long> earlier_;  // with room for all, so that closing cannot fail
 };
 
 }  // namespace download

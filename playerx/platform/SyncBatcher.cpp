@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <exception>
-#include <new>
 #include <utility>
 
 #include "playerx/platform/QuietThread.h"
@@ -75,7 +74,7 @@ bool SyncBatcher::sync(const Files& files) const {
   try {
     action_(files);
     return true;
-  } catch (const std::bad_alloc&) {
+  } catch (...) {
     return false;
   }
 }

@@ -68,13 +68,21 @@ class WorkerStop : public support::WorkerTest {
 TEST_F(WorkerStop, OfALibraryThatThrowsStopsNoLaterRun) {
   startAndFetch(film());
   library_.whileStopping([] { throw std::runtime_error("no"); });
-  EXPECT_THROW(worker_->stop(), std::runtime_error);
+  worker_->stop();
   EXPECT_EQ(ended(), 5);
   library_.whileStopping({});
   log_.clear();
   startAndFetch(film());
   library_.complete(kUid + 1);
   EXPECT_EQ(ended(), 4);
+}
+
+TEST_F(WorkerStop, OfALibraryThatThrowsEndsTheWorkerToo) {
+  startAndFetch(film());
+  library_.whileStopping([] { throw std::runtime_error("no"); });
+  worker_->close();
+  EXPECT_EQ(ended(), 5);
+  EXPECT_FALSE(library_.hasCallback());
 }
 
 TEST_F(WorkerStop, WithNothingRunningReturnsAtOnce) {
