@@ -42,7 +42,6 @@ class DoorServer::Connections : public QObject {
 
   QString listen(const QString& path) {
     listener_ = std::make_unique<QLocalServer>();
-    listener_->setSocketOptions(QLocalServer::UserAccessOption);
     listener_->setListenBacklogSize(kMostWaiting);
     QObject::connect(listener_.get(), &QLocalServer::newConnection, this,
                      [this] { acceptPending(); });
@@ -84,7 +83,11 @@ class DoorServer::Connections : public QObject {
  private:
   bool open(const QString& path) {
     QLocalServer::removeServer(path);
-    return listener_->listen(path);
+    // Not by an option of the listener's: that makes the socket in a folder beside it, which stays
+    // when the player is killed then. Until the socket is closed to others, they are turned away.
+    if (!listener_->listen(path)) return false;
+    QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    return true;
   }
 
   void acceptPending() {

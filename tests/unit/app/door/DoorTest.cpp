@@ -1,4 +1,6 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -8,6 +10,7 @@
 
 #include <QLocalSocket>
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <filesystem>
 #include <memory>
@@ -65,6 +68,37 @@ class DoorTest : public ::testing::Test {
   std::unique_ptr<DoorServer> server_ =
       std::make_unique<DoorServer>("welcome", "full", [this] { ++wakes_; });
 };
+
+/// The names of what comes into being in a folder.
+class NewNames {
+ public:
+  explicit NewNames(const std::filesystem::path& folder) {
+    EXPECT_GE(inotify_add_watch(watch_.get(), folder.c_str(), IN_CREATE | IN_MOVED_TO), 0);
+  }
+
+  std::vector<std::string> take() const {
+    std::vector<std::string> names;
+    alignas(inotify_event) std::array<char, 4096> bytes{};
+    const ssize_t length = read(watch_.get(), bytes.data(), bytes.size());
+    for (ssize_t at = 0; at < length;) {
+      const auto* const event = reinterpret_cast<const inotify_event*>(&bytes.at(at));
+      names.emplace_back(event->name);
+      at += static_cast<ssize_t>(sizeof *event + event->len);
+    }
+    return names;
+  }
+
+ private:
+  const Descriptor watch_{inotify_init1(IN_NONBLOCK | IN_CLOEXEC)};
+};
+
+TEST_F(DoorTest, MakesTheSocketAndNothingBesideIt) {
+  const support::TempDir folder;
+  const NewNames names(folder.path());
+  DoorServer server("welcome", "full", [] {});
+  EXPECT_EQ(server.listen(folder / "door"), "");
+  EXPECT_THAT(names.take(), testing::ElementsAre("door"));
+}
 
 TEST_F(DoorTest, AVisitorsLinesArriveInOrder) {
   const auto client = visit();
