@@ -61,11 +61,23 @@ DesktopWorker::~DesktopWorker() {
 }
 
 void DesktopWorker::notify(const QString& topic, const QString& title, const QString& text) {
+  // Which notification it replaces is known when the earlier one has been answered.
+  if (sent_.contains(topic)) {
+    waiting_.insert(topic, {title, text});
+  } else {
+    send(topic, {title, text});
+  }
+}
+
+void DesktopWorker::send(const QString& topic, const Notification& notification) {
+  sent_.insert(topic);
   // Markup is allowed in the text, and titles come from outside.
-  const QDBusMessage message =
-      notifyMessage(notifications_.value(topic), title, text.toHtmlEscaped());
+  const QDBusMessage message = notifyMessage(notifications_.value(topic), notification.title,
+                                             notification.text.toHtmlEscaped());
   call(sessionBus(), message, this, [this, topic](const QDBusPendingReply<uint>& reply) {
     if (!reply.isError()) notifications_.insert(topic, reply.value());
+    sent_.remove(topic);
+    if (waiting_.contains(topic)) send(topic, waiting_.take(topic));
   });
 }
 

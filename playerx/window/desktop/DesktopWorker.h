@@ -4,6 +4,8 @@
 #include <QDBusUnixFileDescriptor>
 #include <QHash>
 #include <QObject>
+#include <QSet>
+#include <QString>
 #include <optional>
 #include <utility>
 
@@ -44,7 +46,16 @@ class DesktopWorker : public QObject {
   const BusAddresses addresses_;
   std::optional<QDBusConnection> session_;
   std::optional<QDBusConnection> system_;
+  struct Notification {
+    QString title;
+    QString text;
+  };
+
+  void send(const QString& topic, const Notification& notification);
+
   QHash<QString, uint> notifications_;
+  QSet<QString> sent_;                    // topics whose notification has no id yet
+  QHash<QString, Notification> waiting_;  // the latest one for each, sent when it has
   bool isAwake_ = false;
   QDBusUnixFileDescriptor inhibition_;  // open as long as the machine is to stay awake
 };
