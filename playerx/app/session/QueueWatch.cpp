@@ -39,7 +39,8 @@ QueueWatch::~QueueWatch() {
 
 bool QueueWatch::isArriving(const ItemState& item) const {
   const std::optional<TransferReport> transfer = session_.findTransfer(item.url);
-  return transfer && transfer->phase <= TransferPhase::kPlacing && !session_.manager().isPaused();
+  // One that is in its place arrives until the module calls it complete, a moment later.
+  return transfer && transfer->phase <= TransferPhase::kComplete && !session_.manager().isPaused();
 }
 
 std::vector<unsigned int> QueueWatch::update() {

@@ -113,6 +113,19 @@ TEST_F(QueueWatchTest, EveryStepOfAFilmIsTold) {
   EXPECT_THAT(kinds(), ElementsAre(Kind::kAdded, Kind::kChanged, Kind::kFinished));
 }
 
+TEST_F(QueueWatchTest, AFilmInItsPlaceIsNotToldAsQueuedBeforeItIsComplete) {
+  DownloadItem& film = fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
+  fake_.reports.isThere = true;
+  fake_.reports.last.phase = TransferPhase::kComplete;
+  fake_.session().start();
+  watch();
+  film.setStatus(DownloadStatusQueued);  // as an addition leaves the film that is arriving
+  watch().update();
+  film.setStatus(DownloadStatusCompleted);
+  watch().update();
+  EXPECT_THAT(kinds(), ElementsAre(Kind::kFinished));
+}
+
 TEST_F(QueueWatchTest, AFilmThatCameToAnotherFolderHasItsPathThere) {
   DownloadItem& film = fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
   film.setPath(L"/former/a.avi");
