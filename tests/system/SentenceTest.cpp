@@ -60,8 +60,8 @@ TEST_F(SentenceTest, AddressesThatCanNeverWorkAreRefused) {
 TEST_F(SentenceTest, TheSameGoesForTickets) {
   EXPECT_THAT(refusalOfTicketWith("http://[::1]/a.avi"), HasSubstr("version 6"));
   EXPECT_THAT(refusalOfTicketWith("http://h/https/a.avi"), HasSubstr("\"https\""));
-  EXPECT_THAT(refusalOfTicketWith("file:///etc/a.avi"), HasSubstr("The film of line 2"));
-  EXPECT_THAT(refusalOfTicketWith("ftp://h/a.avi"), HasSubstr("The film of line 2"));
+  EXPECT_THAT(refusalOfTicketWith("file:///etc/a.avi"), HasSubstr("Line 2 of this ticket"));
+  EXPECT_THAT(refusalOfTicketWith("ftp://h/a.avi"), HasSubstr("Line 2 of this ticket"));
   EXPECT_THAT(refusalOfTicketWith("http://anna:secret@h/a.avi"),
               AllOf(HasSubstr("user name or password"), Not(HasSubstr("secret"))));
 }
@@ -143,6 +143,10 @@ TEST_F(SentenceTest, AMissingModuleNamesTheFoldersSearched) {
 
 TEST_F(SentenceTest, TheFileTypesAreInTheHelp) {
   EXPECT_THAT(home.runForPeople({"--help"}).output, HasSubstr(".vesk, .xvid, .avi or .mkv"));
+}
+
+TEST_F(SentenceTest, TheExitStatusesAreInTheHelp) {
+  EXPECT_THAT(home.runForPeople({"--help"}).output, HasSubstr("130  ended by Ctrl-C"));
 }
 
 TEST_F(SentenceTest, AWordThatIsNearlyAnOptionIsSuggested) {

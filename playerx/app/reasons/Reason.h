@@ -57,6 +57,8 @@ enum class Reason : std::int32_t {
   kUnexplained = 77,  ///< failed, though the server answers now
   kProxyLogin = 78,
   kSilent = 79,  ///< the server took the connection and never sent a byte
+  kLoginForSize =
+      80,  ///< the size is asked for without user name and password, and that is refused
 
   // What is wrong with a server's certificate.
   kExpired = 85,

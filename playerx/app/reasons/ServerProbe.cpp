@@ -106,6 +106,7 @@ std::optional<Explanation> explainProbe(const ProbeResult& probe) {
   const std::string host = hostOf(address);
   if (report.failure != TransferFailure::kNone) return explainTransfer(report, address);
   if (probe.status == 407) return explainProxyLogin(address);
+  if (probe.status == 401) return explain(Reason::kLoginForSize, {.host = host});
   if (probe.status >= 300) return explain(reasonOfStatus(probe.status), {.host = host});
   if (isWebPage(probe.type)) return explain(reasonOf(TransferFailure::kWebPage), {.host = host});
   if (probe.length == 0) return explain(Reason::kEmptyFile, {.host = host});

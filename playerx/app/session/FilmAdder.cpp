@@ -25,7 +25,8 @@ using model::ItemState;
 namespace {
 
 constexpr char kAskedWithout[] =
-    "User names, headers and cookies are for the film alone: the question how long it is (HEAD) is "
+    "User names, headers and cookies are for the film alone: the question of how long it is (HEAD) "
+    "is "
     "asked without them. A server that wants them for that too cannot be used.";
 
 /// Whether a server may answer the question for the size otherwise than the request of the film.

@@ -80,8 +80,8 @@
         <translation>Das ist ein geschütztes Ticket</translation>
     </message>
     <message>
-        <source>The film of line {number} cannot be downloaded{detail}, so nothing of this ticket is added</source>
-        <translation>Der Film in Zeile {number} kann nicht geladen werden{detail}, daher wird nichts aus diesem Ticket aufgenommen</translation>
+        <source>Line {number} of this ticket cannot be used, so nothing of it is added: {words}</source>
+        <translation>Zeile {number} dieses Tickets ist nicht zu gebrauchen, daher wird nichts davon aufgenommen: {words}</translation>
     </message>
     <message>
         <source>This is a protected film</source>
@@ -228,6 +228,10 @@
         <translation>{host} verlangt einen gültigen Benutzernamen und das Passwort dazu ({status})</translation>
     </message>
     <message>
+        <source>{host} wants a user name and password even to say how long the film is (HEAD, 401), so it cannot be downloaded</source>
+        <translation>{host} verlangt Benutzernamen und Passwort sogar für die Frage nach der Länge des Films (HEAD, 401), daher kann er nicht geladen werden</translation>
+    </message>
+    <message>
         <source>{host} does not allow this film to be fetched ({status})</source>
         <translation>{host} erlaubt nicht, diesen Film zu laden ({status})</translation>
     </message>
@@ -244,7 +248,7 @@
         <translation>Der Proxy {host} verlangt Benutzername und Passwort (407)</translation>
     </message>
     <message>
-        <source>{host} does not answer the question how long a film is (HEAD, {status}), so it cannot be downloaded</source>
+        <source>{host} does not answer the question of how long a film is (HEAD, {status}), so it cannot be downloaded</source>
         <translation>{host} beantwortet die Frage nach der Länge eines Films nicht (HEAD, {status}), daher kann er nicht geladen werden</translation>
     </message>
     <message>
@@ -400,8 +404,8 @@
         <translation>die Adresse muss auf .vesk, .xvid, .avi oder .mkv enden</translation>
     </message>
     <message>
-        <source>the server may be too old or ask for a certificate</source>
-        <translation>der Server ist vielleicht zu alt oder verlangt ein Zertifikat</translation>
+        <source>the server may be too old, ask for a certificate, or speak http only</source>
+        <translation>der Server ist vielleicht zu alt, verlangt ein Zertifikat oder spricht nur http</translation>
     </message>
     <message>
         <source>try again later</source>

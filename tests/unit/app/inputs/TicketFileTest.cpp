@@ -66,12 +66,12 @@ std::string refusalOfFilmAt(const std::wstring& url) {
 
 TEST(TicketFileTest, AFilmThatCannotBeDownloadedIsNamedWithItsLine) {
   EXPECT_EQ(refusalOfFilmAt(L"http://h/b.avi\r"), "");
-  EXPECT_EQ(refusalOfFilmAt(L"http://user:word@h/b.avi"),
-            "The film of line 5 cannot be downloaded (An address with a user name or password is "
-            "not supported), so nothing of this ticket is added; ask the provider for another "
-            "ticket.");
+  EXPECT_EQ(
+      refusalOfFilmAt(L"http://user:word@h/b.avi"),
+      "Line 5 of this ticket cannot be used, so nothing of it is added: An address with a user "
+      "name or password is not supported; ask the provider for another ticket.");
   for (const wchar_t* url : {L"ftp://h/b.avi", L"file:///b.avi", L"http://[::1]/b.avi", L"b.avi"}) {
-    EXPECT_TRUE(refusalOfFilmAt(url).starts_with("The film of line 5 ")) << url;
+    EXPECT_TRUE(refusalOfFilmAt(url).starts_with("Line 5 of this ticket ")) << url;
   }
 }
 

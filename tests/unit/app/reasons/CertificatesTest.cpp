@@ -26,8 +26,8 @@ TEST(CertificatesTest, EachFaultIsToldFromTheOthers) {
 
 TEST(CertificatesTest, AServerThatRefusesOursIsNotBlamedForItsOwn) {
   EXPECT_EQ(of("SSL certificate verification failed").sentence(),
-            "No secure connection to films.test could be made; the server may be too old or ask "
-            "for a certificate.");
+            "No secure connection to films.test could be made; the server may be too old, ask for "
+            "a certificate, or speak http only.");
 }
 
 TEST(CertificatesTest, TheHostThatWasAskedIsNamed) {

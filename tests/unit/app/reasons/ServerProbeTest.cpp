@@ -54,11 +54,19 @@ TEST(ServerProbeTest, ARedirectWithoutAPlaceIsSaid) {
             "films.test sends the player on without saying where to (302); ask the provider.");
 }
 
+TEST(ServerProbeTest, AServerThatWantsALoginForTheSizeIsNotOneForWhichALoginHelps) {
+  const auto explanation = explainProbe(probed({CURLE_OK}, 401));
+  EXPECT_EQ(explanation->code(), "http_401");
+  EXPECT_EQ(explanation->sentence(),
+            "films.test wants a user name and password even to say how long the film is (HEAD, "
+            "401), so it cannot be downloaded; ask the provider for a direct address.");
+}
+
 TEST(ServerProbeTest, AServerThatRefusesTheQuestionForTheSizeIsNamed) {
   for (const int status : {405, 501}) {
     const auto explanation = explainProbe(probed({CURLE_OK}, status));
     EXPECT_EQ(explanation->sentence(),
-              "films.test does not answer the question how long a film is (HEAD, " +
+              "films.test does not answer the question of how long a film is (HEAD, " +
                   std::to_string(status) +
                   "), so it cannot be downloaded; ask the provider for a direct address.");
   }
