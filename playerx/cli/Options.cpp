@@ -357,7 +357,16 @@ void addCommands(CLI::App& app, Options& options) {
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app.footer(
       "`playerx-cli help COMMAND` shows what a command takes. The address of a film ends in .vesk, "
-      ".xvid, .avi or .mkv; a ticket may name any file.");
+      ".xvid, .avi or .mkv; a ticket may name any file.\n\n"
+      "Exit status:\n"
+      "  0    everything that it worked on completed\n"
+      "  1    something failed, or the queue could not be saved\n"
+      "  2    wrong usage, or an argument that cannot be downloaded\n"
+      "  130  ended by Ctrl-C; the next `get` goes on from the bytes already there\n\n"
+      "Files:\n"
+      "  $XDG_DATA_HOME/Vesk/VeskPlayerX  queue and unfinished films (~/.local/share/Vesk/...)\n"
+      "  ~/.config/Vesk/Settings.conf     preferences\n"
+      "  ~/Videos/Vesk                    films");
   app.set_version_flag("--version", "playerx-cli " PLAYERX_VERSION, "Print the version");
 }
 
