@@ -25,6 +25,9 @@
 namespace playerx::window {
 namespace {
 
+/// The exit status for wrong usage, as the command line's.
+constexpr int kExitUsage = 2;
+
 struct Arguments {
   session::SessionOptions session;
   QStringList inputs;
@@ -73,6 +76,10 @@ Arguments parse(const QApplication& application, int argc, char** argv) {
   parser.addOptions({data, media, plugins, authorities, services});
   parser.addHelpOption();
   parser.addVersionOption();
+  if (!parser.parse(QApplication::arguments())) {
+    std::cerr << "playerx: " << parser.errorText().toStdString() << std::endl;
+    std::exit(kExitUsage);
+  }
   parser.process(application);
 
   const QStringList inputs = inputsOf(parser.positionalArguments());

@@ -115,6 +115,13 @@ TEST_F(WindowTest, WithoutAScreenTheProgramSaysSo) {
   EXPECT_EQ(runWithoutScreen("--help", printed), 0);
 }
 
+TEST_F(WindowTest, WrongUsageIsToldFromAFailure) {
+  Process window(
+      {.arguments = {PLAYERX, "--bogus"}, .environment = {{"QT_QPA_PLATFORM", "offscreen"}}});
+  EXPECT_EQ(window.wait(), 2);
+  EXPECT_THAT(window.errors(), HasSubstr("playerx: Unknown option 'bogus'"));
+}
+
 TEST_F(WindowTest, TooFewFilesAreSaidBeforeThereIsAWindow) {
   for (const int most : {12, 20, 31}) {
     Process window(
