@@ -73,7 +73,7 @@ bool isPaused(const ItemState& item) {
 Reply limited(const PlayerSession& session, const Request& request) {
   if (!session.isStarted()) return failed(kLimitsNothing);
   const std::uint64_t rate = request.rateLimit.value_or(0);
-  if (rate == 0) return done("There is no limit of the rate any more.");
+  if (rate == 0) return done("The rate is no longer limited.");
   return done("At most " + std::to_string(rate) + " bytes (" + model::formatBytes(rate) +
               ") per second from now on.");
 }
@@ -190,7 +190,7 @@ Reply QueueService::editAll(const Request& request) {
 Reply QueueService::pauseAll() {
   if (watch_.isIdle()) return done("Nothing is waiting to be downloaded.");
   if (!session_.isStarted()) {
-    return failed("Nothing is being downloaded; `pause N` keeps an item from it.");
+    return failed("Nothing is being downloaded; `pause N` keeps an item waiting.");
   }
   session_.pause();
   update();

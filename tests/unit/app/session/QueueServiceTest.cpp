@@ -193,7 +193,7 @@ TEST_F(QueueServiceTest, ALimitIsSaidInBytes) {
   EXPECT_THAT(service().handle({.action = Action::kLimit, .rateLimit = 20 * 1024}).results,
               ElementsAre("At most 20480 bytes (20.5 kB) per second from now on."));
   EXPECT_THAT(service().handle({.action = Action::kLimit, .rateLimit = 0}).results,
-              ElementsAre("There is no limit of the rate any more."));
+              ElementsAre("The rate is no longer limited."));
 }
 
 TEST_F(QueueServiceTest, APauseSaysHowItEnds) {
@@ -233,7 +233,7 @@ TEST_F(QueueServiceTest, WithoutADownloadThereIsNothingToPause) {
   const Reply reply = ask(Action::kPause);
   EXPECT_EQ(reply.outcome, Outcome::kFailed);
   EXPECT_THAT(reply.notes,
-              ElementsAre("Nothing is being downloaded; `pause N` keeps an item from it."));
+              ElementsAre("Nothing is being downloaded; `pause N` keeps an item waiting."));
   EXPECT_THAT(log_.lines(), testing::IsEmpty());
 }
 
