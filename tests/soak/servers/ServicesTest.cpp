@@ -13,6 +13,7 @@
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/TestPki.h"
+#include "tests/support/WaitFor.h"
 #include "tests/support/fakes/FakeContext.h"
 #include "tests/support/fakes/FakeMessages.h"
 
@@ -39,7 +40,9 @@ class SoonEnding : public playerx::PlayerEnd {
  public:
   bool isWanted() const override { return isUnderWay(); }
   bool isUnderWay() const override { return std::chrono::steady_clock::now() >= end_; }
-  void beginAnew() { end_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(200); }
+  void beginAnew() { end_ = std::chrono::steady_clock::now() + moment; }
+
+  std::chrono::milliseconds moment{200};
 
  private:
   std::chrono::steady_clock::time_point end_;
@@ -155,6 +158,7 @@ TEST_F(Services, ThatCutTheirAnswersAnywhereGiveNone) {
 }
 
 TEST_F(Services, ThatAnswerByteByByteAreHeardToTheEnd) {
+  end_.moment = support::kGenerousDeadline;
   connect(server_.url(""));
   const auto answerSlowly = [this](const std::string& body) {
     server_.onRequest(
