@@ -17,6 +17,7 @@ constexpr std::chrono::milliseconds kLongestOpening{100};
 void ReportHandler::expect() {
   const kvpm::MutexLock lock(callbackMutex_);
   gate_.expect();
+  ++expected_;
   opener_ = std::this_thread::get_id();
   isOpeningAwaited_ = true;
 }
@@ -50,9 +51,12 @@ void ReportHandler::receive(const LibraryReport& report) {
 
 void ReportHandler::waitForOpening() {
   if (!isOpeningAwaited_ || opener_ == std::this_thread::get_id()) return;
-  isOpeningAwaited_ = openedOrClosed_.wait_for(
+  const bool isDecided = openedOrClosed_.wait_for(
       callbackMutex_, kLongestOpening,
-      [this]() KVPM_REQUIRES(callbackMutex_) { return !gate_.isExpecting(); });
+      [this, session = expected_]() KVPM_REQUIRES(callbackMutex_) {
+        return session != expected_ || !gate_.isExpecting();
+      });
+  if (!isDecided) isOpeningAwaited_ = false;
 }
 
 void ReportHandler::passTurn() { const kvpm::MutexLock turn(callbackMutex_); }

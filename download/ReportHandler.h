@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <cstdint>
 #include <thread>
 
 #include "VeskPlayerX/DownloadItemInterface.h"
@@ -61,6 +62,7 @@ class ReportHandler {
   std::condition_variable_any openedOrClosed_;
   std::thread::id opener_ KVPM_GUARDED_BY(callbackMutex_);
   bool isOpeningAwaited_ KVPM_GUARDED_BY(callbackMutex_) = false;
+  std::uint64_t expected_ KVPM_GUARDED_BY(callbackMutex_) = 0;  // sessions so far
   SessionGate gate_ KVPM_GUARDED_BY(callbackMutex_);
   Item* item_ KVPM_GUARDED_BY(callbackMutex_) = nullptr;  // null while the gate is closed
 };
