@@ -17,8 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Together with the time that a sync takes, a power cut undoes the last second at most.
-constexpr auto kSyncDelay = std::chrono::milliseconds(500);
+// Together with twice the time that a sync takes, a power cut undoes the last second at most.
+constexpr auto kSyncDelay = std::chrono::milliseconds(250);
 
 // Each costs a few descriptors; beyond this number, files that are on the disk release theirs.
 constexpr std::size_t kMostFiles = 16;
