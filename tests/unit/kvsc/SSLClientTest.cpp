@@ -116,6 +116,7 @@ TEST_F(CloseTest, ItWorksThroughTheBaseClass) {
 }
 
 TEST_F(CloseTest, PendingErrorsAreLeftAlone) {
+  ERR_clear_error();  // those of earlier tests
   raiseLookupError("why");
   session_.setSslContext(newClientContext(SSLV3).release());
   session_.setSsl(SSL_new(session_.getSslContext()));
