@@ -95,13 +95,13 @@ std::string whatNext(PlayerSession& session, std::size_t items) {
 QueueService::QueueService(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
                            QueueWatch::Listener listener)
     : session_(session),
-      held_(session),
+      stopped_(session),
       watch_(session, std::move(wake), std::move(probe),
              [this, listener = std::move(listener)](const QueueEvent& event) {
-               if (!held_.isBeforeHold(event)) listener(event);
+               if (!stopped_.isBeforeStop(event)) listener(event);
              }),
-      adder_(session, watch_, [this](unsigned int id) { held_.letGo(id); }) {
-  held_.adopt(watch_.queue());
+      adder_(session, watch_, [this](unsigned int id) { stopped_.letGo(id); }) {
+  stopped_.adopt(watch_.queue());
 }
 
 Reply QueueService::handle(const Request& request) {
@@ -120,7 +120,7 @@ Reply QueueService::handle(const Request& request) {
 
 void QueueService::update() {
   watch_.update();
-  held_.holdAgain(watch_.queue());
+  stopped_.stopAgain(watch_.queue());
   if (mayHaveLeftovers_) deleteLeftovers();
 }
 
@@ -324,7 +324,7 @@ Reply QueueService::pause(const ItemState& item) {
   const std::size_t unfinished = countIf(
       watch_.queue(), [](const ItemState& each) { return model::isUnfinished(each.status); });
   const bool isPassed = item.status == DownloadStatusDownloading && unfinished > 1;
-  held_.hold(item, watch_.queue());
+  stopped_.stop(item, watch_.queue());
   return done("Paused: " + displayName(item) + (isPassed ? "; the next film goes first." : "."));
 }
 
@@ -334,14 +334,14 @@ Reply QueueService::resume(const ItemState& item) {
     return failed("Only a paused item can be resumed; this one is " +
                   std::string(model::statusWord(item.status)) + ".");
   }
-  held_.letGo(item.id);
+  stopped_.letGo(item.id);
   return done("Resumed: " + displayName(item) + whatNext(session_, 1));
 }
 
 Reply QueueService::resumeAll() {
   const std::size_t paused = countIf(watch_.queue(), isPaused);
   const bool hasEffect = paused > 0 || session_.manager().isPaused();
-  held_.letAllGo(watch_.queue());
+  stopped_.letAllGo(watch_.queue());
   if (hasEffect) session_.manager().resume();
   update();
   if (!hasEffect) return done("Nothing is paused.");

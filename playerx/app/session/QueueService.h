@@ -5,11 +5,11 @@
 #include <vector>
 
 #include "playerx/app/session/FilmAdder.h"
-#include "playerx/app/session/HeldItems.h"
 #include "playerx/app/session/Leftovers.h"
 #include "playerx/app/session/PlayerSession.h"
 #include "playerx/app/session/QueueRequest.h"
 #include "playerx/app/session/QueueWatch.h"
+#include "playerx/app/session/StoppedItems.h"
 
 namespace playerx::session {
 
@@ -77,7 +77,7 @@ class QueueService {
   std::vector<Leftover> leftovers() const;
 
   PlayerSession& session_;
-  HeldItems held_;
+  StoppedItems stopped_;
   QueueWatch watch_;
   FilmAdder adder_;
   bool mayHaveLeftovers_ = false;

@@ -14,25 +14,26 @@ namespace playerx::session {
 /// though, when another takes its place at the top.
 ///
 /// Used on the session's thread. `queue` is the queue as it was last seen.
-class HeldItems {
+class StoppedItems {
  public:
   using Queue = std::vector<model::ItemState>;
 
   /// The session outlives it.
-  explicit HeldItems(PlayerSession& session) : session_(session) {}
+  explicit StoppedItems(PlayerSession& session) : session_(session) {}
 
-  /// Holds what an earlier run has stopped.
+  /// Keeps stopped what an earlier run has stopped.
   void adopt(const Queue& queue);
 
-  void hold(const model::ItemState& item, const Queue& queue);
+  /// Has an item wait, from now on and whatever the manager makes of it, until it is let go.
+  void stop(const model::ItemState& item, const Queue& queue);
   void letGo(unsigned int id);
   void letAllGo(const Queue& queue);
 
   /// Stops those again that the manager has queued and taken up meanwhile.
-  void holdAgain(const Queue& queue);
+  void stopAgain(const Queue& queue);
 
-  /// Whether an event is about the moment before `holdAgain`.
-  bool isBeforeHold(const QueueEvent& event) const;
+  /// Whether an event is about the moment before `stopAgain`.
+  bool isBeforeStop(const QueueEvent& event) const;
 
  private:
   PlayerSession& session_;
@@ -40,7 +41,7 @@ class HeldItems {
 
 /// Ends the transfer of an item before a change of it: the manager would carry it on, with the
 /// queue waiting behind it.
-void whileStopped(PlayerSession& session, const HeldItems::Queue& queue,
+void whileStopped(PlayerSession& session, const StoppedItems::Queue& queue,
                   const model::ItemState& item, const std::function<void()>& change);
 
 }  // namespace playerx::session

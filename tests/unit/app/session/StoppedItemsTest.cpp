@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "playerx/app/model/ItemState.h"
-#include "playerx/app/session/HeldItems.h"
+#include "playerx/app/session/StoppedItems.h"
 #include "tests/unit/app/FakeSession.h"
 
 namespace playerx::session {
@@ -10,9 +10,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class HeldItemsTest : public testing::Test {
+class StoppedItemsTest : public testing::Test {
  protected:
-  HeldItems::Queue queue() { return model::snapshotOf(fake_.session().manager()); }
+  StoppedItems::Queue queue() { return model::snapshotOf(fake_.session().manager()); }
 
   std::string updated(const DownloadItem& item, DownloadStatusEnumType status) const {
     return "manager.updateStatus " + std::to_string(item.getId()) + " " + std::to_string(status);
@@ -26,21 +26,21 @@ class HeldItemsTest : public testing::Test {
   }
 
   FakeSession fake_;
-  HeldItems held_{fake_.session()};
+  StoppedItems stopped_{fake_.session()};
 };
 
-TEST_F(HeldItemsTest, AnItemThatTheManagerQueuesIsHeldAgain) {
+TEST_F(StoppedItemsTest, AnItemThatTheManagerQueuesIsStoppedAgain) {
   DownloadItem& item = fake_.module.put("http://h/a.avi");
-  held_.hold(queue().front(), queue());
+  stopped_.stop(queue().front(), queue());
   EXPECT_THAT(calls(), ElementsAre(updated(item, DownloadStatusStopped)));
   item.setStatus(DownloadStatusQueued);
-  held_.holdAgain(queue());
+  stopped_.stopAgain(queue());
   EXPECT_THAT(calls(), ElementsAre(updated(item, DownloadStatusStopped)));
 }
 
-TEST_F(HeldItemsTest, AnItemThatTheManagerQueuesIsStoppedWhileTheViewIsTold) {
+TEST_F(StoppedItemsTest, AnItemThatTheManagerQueuesIsStoppedWhileTheViewIsTold) {
   DownloadItem& item = fake_.module.put("http://h/a.avi");
-  held_.hold(queue().front(), queue());
+  stopped_.stop(queue().front(), queue());
   item.setStatus(DownloadStatusQueued);
   calls();
   fake_.module.view()->downloadListChanged();
@@ -48,36 +48,36 @@ TEST_F(HeldItemsTest, AnItemThatTheManagerQueuesIsStoppedWhileTheViewIsTold) {
   item.setStatus(DownloadStatusDownloading);
   fake_.module.view()->downloadListChanged();
   EXPECT_THAT(calls(), IsEmpty());
-  held_.letGo(item.getId());
+  stopped_.letGo(item.getId());
   calls();
   item.setStatus(DownloadStatusQueued);
   fake_.module.view()->downloadListChanged();
   EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(HeldItemsTest, AnItemThatIsLetGoIsNotHeldAgain) {
+TEST_F(StoppedItemsTest, AnItemThatIsLetGoIsNotStoppedAgain) {
   DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusStopped);
-  held_.adopt(queue());
-  held_.letAllGo(queue());
+  stopped_.adopt(queue());
+  stopped_.letAllGo(queue());
   EXPECT_THAT(calls(), ElementsAre(updated(item, DownloadStatusQueued)));
   item.setStatus(DownloadStatusQueued);
-  held_.holdAgain(queue());
+  stopped_.stopAgain(queue());
   EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_F(HeldItemsTest, OnlyAHeldItemThatIsQueuedIsAboutToBeHeld) {
+TEST_F(StoppedItemsTest, OnlyAStoppedItemThatIsQueuedIsAboutToBeStopped) {
   DownloadItem& item = fake_.module.put("http://h/a.avi", DownloadStatusStopped);
-  held_.adopt(queue());
+  stopped_.adopt(queue());
   QueueEvent event{QueueEvent::Kind::kChanged, queue().front()};
-  EXPECT_FALSE(held_.isBeforeHold(event));
+  EXPECT_FALSE(stopped_.isBeforeStop(event));
   item.setStatus(DownloadStatusQueued);
   event.item = queue().front();
-  EXPECT_TRUE(held_.isBeforeHold(event));
-  held_.letGo(event.item.id);
-  EXPECT_FALSE(held_.isBeforeHold(event));
+  EXPECT_TRUE(stopped_.isBeforeStop(event));
+  stopped_.letGo(event.item.id);
+  EXPECT_FALSE(stopped_.isBeforeStop(event));
 }
 
-TEST_F(HeldItemsTest, OnlyTheItemThatIsTransferredIsStoppedForAChange) {
+TEST_F(StoppedItemsTest, OnlyTheItemThatIsTransferredIsStoppedForAChange) {
   fake_.module.put("http://h/a.avi", DownloadStatusDownloading);
   fake_.module.put("http://h/b.avi");
   fake_.session().start();

@@ -1,4 +1,4 @@
-#include "playerx/app/session/HeldItems.h"
+#include "playerx/app/session/StoppedItems.h"
 
 #include <algorithm>
 
@@ -6,39 +6,39 @@ namespace playerx::session {
 
 using model::ItemState;
 
-void HeldItems::adopt(const Queue& queue) {
+void StoppedItems::adopt(const Queue& queue) {
   for (const ItemState& item : queue) {
     if (item.status == DownloadStatusStopped) session_.view().keepStopped(item.id);
   }
 }
 
-void HeldItems::hold(const ItemState& item, const Queue& queue) {
+void StoppedItems::stop(const ItemState& item, const Queue& queue) {
   session_.view().keepStopped(item.id);
   whileStopped(session_, queue, item,
                [&] { session_.manager().updateStatus(item.id, DownloadStatusStopped); });
 }
 
-void HeldItems::letGo(unsigned int id) {
+void StoppedItems::letGo(unsigned int id) {
   session_.view().letGo(id);
   session_.manager().updateStatus(id, DownloadStatusQueued);
 }
 
-void HeldItems::letAllGo(const Queue& queue) {
+void StoppedItems::letAllGo(const Queue& queue) {
   session_.view().letAllGo();
   for (const ItemState& item : queue) {
     if (item.status == DownloadStatusStopped) letGo(item.id);
   }
 }
 
-void HeldItems::holdAgain(const Queue& queue) {
+void StoppedItems::stopAgain(const Queue& queue) {
   for (const ItemState& item : queue) {
     if (model::isUnfinished(item.status) && session_.view().isKeptStopped(item.id)) {
-      hold(item, queue);
+      stop(item, queue);
     }
   }
 }
 
-bool HeldItems::isBeforeHold(const QueueEvent& event) const {
+bool StoppedItems::isBeforeStop(const QueueEvent& event) const {
   return event.kind == QueueEvent::Kind::kChanged && model::isUnfinished(event.item.status) &&
          session_.view().isKeptStopped(event.item.id);
 }
@@ -47,7 +47,7 @@ namespace {
 
 /// Whether the manager may be at work on an item: on the first one that is unfinished, whatever its
 /// status says, because adding another one has it say "queued".
-bool isTransferred(const PlayerSession& session, const HeldItems::Queue& queue,
+bool isTransferred(const PlayerSession& session, const StoppedItems::Queue& queue,
                    const ItemState& item) {
   if (!session.isStarted()) return false;
   const auto first = std::find_if(queue.begin(), queue.end(), [](const ItemState& each) {
@@ -58,7 +58,7 @@ bool isTransferred(const PlayerSession& session, const HeldItems::Queue& queue,
 
 }  // namespace
 
-void whileStopped(PlayerSession& session, const HeldItems::Queue& queue, const ItemState& item,
+void whileStopped(PlayerSession& session, const StoppedItems::Queue& queue, const ItemState& item,
                   const std::function<void()>& change) {
   VeskPlayerX::DownloadManagerInterface& manager = session.manager();
   const bool isStopped = !isTransferred(session, queue, item) || manager.isPaused();
