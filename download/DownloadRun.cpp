@@ -4,6 +4,7 @@
 #include "VeskPlayerX/InterfaceIds.h"
 #include "download/HttpDownloadThreadImpl.h"
 #include "download/LocalFilePlacement.h"
+#include "download/MediaSize.h"
 #include "download/Placement.h"
 #include "kvpm/PathTools.h"
 #include "kvpm/StringTools.h"
@@ -58,7 +59,8 @@ bool Impl::authorise(Transfer& transfer) {
 
 bool Impl::measure(const Transfer& transfer) {
   item_->setStatus(DownloadStatusDownloading);
-  if (!item_->getEncrypted()) totalSize_ = owner_.getTotalMediaSize(transfer.url);
+  if (!item_->getEncrypted())
+    totalSize_ = download::totalMediaSize(transfer.url, state_.cancelToken());
   if (totalSize_ != 0) return state_.isRunning();
   if (state_.reach(DownloadStatusFailed)) reportStatus(DownloadStatusFailed);
   return false;

@@ -6,7 +6,7 @@
 #include "download/MediaSize.h"
 
 HttpDownloadThread::HttpDownloadThread(KPIM::Context* context)
-    : impl_(std::make_unique<HttpDownloadThreadImpl>(*this, context)) {}
+    : impl_(std::make_unique<HttpDownloadThreadImpl>(context)) {}
 
 HttpDownloadThread::~HttpDownloadThread() {
   impl_->close();  // other threads use the pointer until this returns

@@ -5,9 +5,8 @@
 using Impl = HttpDownloadThread::HttpDownloadThreadImpl;
 using download::LibraryReport;
 
-Impl::HttpDownloadThreadImpl(HttpDownloadThread& owner, KPIM::Context* context)
-    : owner_(owner),
-      host_(context),
+Impl::HttpDownloadThreadImpl(KPIM::Context* context)
+    : host_(context),
       session_(host_),
       authorisation_(host_, state_),
       playback_(host_, state_),

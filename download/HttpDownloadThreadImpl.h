@@ -29,7 +29,7 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   using Item = VeskPlayerX::DownloadItemInterface;
   using Playback = download::AutomaticPlayback::Playback;
 
-  HttpDownloadThreadImpl(HttpDownloadThread& owner, KPIM::Context* context);
+  explicit HttpDownloadThreadImpl(KPIM::Context* context);
   ~HttpDownloadThreadImpl() override;
 
   Item* getItem() const { return currentItem_; }
@@ -73,8 +73,6 @@ class HttpDownloadThread::HttpDownloadThreadImpl : public KPB::DownloadCallback 
   void endRun();
 
   const download::SharedPreferences preferences_;  // first, so that it outlives all else
-
-  HttpDownloadThread& owner_;
 
   // Synchronised by themselves.
   download::Host host_;

@@ -13,7 +13,7 @@ using testing::IsEmpty;
 using WorkerClose = support::WorkerTest;
 
 TEST_F(WorkerClose, WaitsForARunThatHasYetToTakeItsLock) {
-  HttpDownloadThread::HttpDownloadThreadImpl impl(*worker_, &context_);
+  HttpDownloadThread::HttpDownloadThreadImpl impl(&context_);
   impl.state().begin();
   support::LockWaiter closing([&] { impl.close(); });
   EXPECT_TRUE(closing.isHeldUp());
@@ -22,7 +22,7 @@ TEST_F(WorkerClose, WaitsForARunThatHasYetToTakeItsLock) {
 }
 
 TEST_F(WorkerClose, ByDestructionWaitsForARunThatCameAfterTheClosing) {
-  auto impl = std::make_unique<HttpDownloadThread::HttpDownloadThreadImpl>(*worker_, &context_);
+  auto impl = std::make_unique<HttpDownloadThread::HttpDownloadThreadImpl>(&context_);
   impl->close();
   impl->state().begin();
   download::RunState& state = impl->state();
@@ -47,7 +47,7 @@ TEST_F(WorkerClose, StopsTheSession) {
 }
 
 TEST_F(WorkerClose, ReleasesABrokenSessionThatNoRunCould) {
-  HttpDownloadThread::HttpDownloadThreadImpl impl(*worker_, &context_);
+  HttpDownloadThread::HttpDownloadThreadImpl impl(&context_);
   library_.whileStarting([this](unsigned long long uid) { library_.broke(uid); });
   EXPECT_EQ(impl.downloadVideo(film().release()), 6);
   impl.state().askToStop();

@@ -246,7 +246,7 @@ TEST_F(WorkerStop, ReturnsOnlyAfterTheRunHasReturned) {
 }
 
 TEST_F(WorkerStop, WaitsForARunThatHasYetToTakeItsLock) {
-  HttpDownloadThread::HttpDownloadThreadImpl impl(*worker_, &context_);
+  HttpDownloadThread::HttpDownloadThreadImpl impl(&context_);
   impl.state().begin();
   support::LockWaiter stopping([&] { impl.stop(); });
   EXPECT_TRUE(stopping.isHeldUp());
