@@ -3,7 +3,7 @@
 #include "playerx/window/desktop/Desktop.h"
 #include "playerx/window/model/FilmNews.h"
 #include "playerx/window/model/FilmText.h"
-#include "playerx/window/view/StatusStrip.h"
+#include "playerx/window/model/QueueTotals.h"
 
 namespace playerx::window {
 

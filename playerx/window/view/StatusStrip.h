@@ -1,27 +1,12 @@
 #pragma once
 
 #include <QWidget>
-#include <vector>
 
-#include "playerx/window/model/Film.h"
+#include "playerx/window/model/QueueTotals.h"
 
 class QLabel;
 
 namespace playerx::window {
-
-/// The whole queue in numbers.
-struct QueueTotals {
-  int films = 0;
-  int done = 0;
-  int unfinished = 0;
-  quint64 arrived = 0;  ///< bytes of all films whose size is known
-  quint64 size = 0;     ///< bytes of all films whose size is known
-  quint64 bytesPerSecond = 0;
-  bool isRunning = false;
-  bool isWhole = true;  ///< every unfinished film's size is known
-
-  static QueueTotals of(const std::vector<Film>& films);
-};
 
 /// "1 of 4 films · 0.3 of 2.6 GB · 5.2 MB/s · about 8 min"; empty for an empty queue.
 QString totalsText(const QueueTotals& totals, bool isPaused);
