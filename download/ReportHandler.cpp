@@ -52,8 +52,7 @@ void ReportHandler::receive(const LibraryReport& report) {
 void ReportHandler::waitForOpening() {
   if (!isOpeningAwaited_ || opener_ == std::this_thread::get_id()) return;
   const bool isDecided = openedOrClosed_.wait_for(
-      callbackMutex_, kLongestOpening,
-      [this, session = expected_]() KVPM_REQUIRES(callbackMutex_) {
+      callbackMutex_, kLongestOpening, [this, session = expected_]() KVPM_REQUIRES(callbackMutex_) {
         return session != expected_ || !gate_.isExpecting();
       });
   if (!isDecided) isOpeningAwaited_ = false;

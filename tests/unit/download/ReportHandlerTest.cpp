@@ -1,11 +1,10 @@
-#include "download/ReportHandler.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
 
 #include "download/AutomaticPlayback.h"
 #include "download/Host.h"
+#include "download/ReportHandler.h"
 #include "download/RunState.h"
 #include "tests/support/LockWaiter.h"
 
