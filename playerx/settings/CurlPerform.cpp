@@ -6,7 +6,7 @@ namespace playerx {
 
 namespace {
 
-constexpr int kLookMs = 100;
+constexpr int kLookMs = 20;
 
 using CurlMulti = std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)>;
 
