@@ -108,6 +108,10 @@ class Unload : public ManagerFixture {
 
 TEST_F(Unload, InTheMidstOfWorkLeavesNothingBehind) {
   constexpr int kWarmUp = 30;
+  constexpr int kLargeBlock = 128 << 10;
+  // Given back when it is freed, as at the start of a process: the allocator would get used to
+  // large blocks, and keep one.
+  ::mallopt(M_MMAP_THRESHOLD, kLargeBlock);
   for (int i = 0; i < kWarmUp; ++i) cycle();
   // What is free is kept in as many heaps as threads have allocated at the same time, which is up
   // to the machine.
