@@ -2,9 +2,10 @@
 
 #include <strings.h>
 
+#include <algorithm>
 #include <csignal>
-#include <ctime>
 #include <list>
+#include <thread>
 #include <utility>
 
 #include "kvpm/Mutex.h"
@@ -56,6 +57,8 @@ class DirectLookup : public NameLookup {
 using SystemLookup = DirectLookup;
 
 #else
+
+constexpr std::chrono::milliseconds kNap{2};
 
 // Everything that the C library refers to while it works on a look-up.
 struct Request {
@@ -117,12 +120,16 @@ class SystemLookup : public NameLookup {
     }
   }
 
+  // The C library's own wait refers to its caller's stack for ever when its limit passes just as
+  // the answer comes, and the process ends.
   bool waitFor(std::chrono::milliseconds limit) override {
     if (startError_ != 0) return true;
-    const gaicb* list[] = {&request_->block};
-    const timespec timeout{limit.count() / 1000, limit.count() % 1000 * 1'000'000};
-    gai_suspend(list, 1, &timeout);
-    return !request_->running();
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (request_->running()) {
+      if (std::chrono::steady_clock::now() >= end) return false;
+      std::this_thread::sleep_for(std::min<std::chrono::milliseconds>(limit, kNap));
+    }
+    return true;
   }
 
   Addresses take(int* error) override {
