@@ -182,10 +182,16 @@ std::string PlayerSession::loadManager() {
   return problem;
 }
 
+/// Lets the manager finish what it records of the last film: its item sinks to the end of the queue
+/// after it is called complete, and without a view that is not saved. No item has the id 0; the
+/// manager does nothing but wait its turn.
+void PlayerSession::awaitRecord() { manager().retry(0); }
+
 void PlayerSession::close() {
   end_.begin();
   if (manager_) pruneFilmOptions();
   if (filmOptions_) saved_->noteAllTold();
+  if (manager_) awaitRecord();
   if (manager_) manager().setViewInterface(nullptr);
   transfers_.reset();
   settings_.reset();

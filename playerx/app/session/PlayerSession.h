@@ -141,6 +141,7 @@ class PlayerSession {
  private:
   std::string openForChange(Access access);
   std::string openCopy();
+  void awaitRecord();
   std::string loadManager();
   void takeFilmsBack(const std::function<bool(DownloadStatusEnumType)>& isToTakeBack);
   void close();

@@ -60,6 +60,13 @@ class FakeModule : public support::FakeManager, public VeskPlayerX::QueueReaderI
 
   VeskPlayerX::DownloadManagerViewInterface* view() const { return view_; }
 
+  /// Whether the view was there at the last retry.
+  bool hadViewAtRetry = false;
+  void retry(unsigned int id) override {
+    FakeManager::retry(id);
+    hadViewAtRetry = view_ != nullptr;
+  }
+
   /// Takes addresses that end in .avi, and tickets when `takesTickets` is set.
   bool takesTickets = false;
   Item* add(const std::wstring& url, const std::wstring& title, const std::wstring&) override;

@@ -92,6 +92,15 @@ TEST_F(PlayerSessionTest, TheEndDetachesTheViewAndFreesTheFolder) {
   EXPECT_TRUE(ThreadGate::isOpen());
 }
 
+// An item sinks after it is called complete, and the manager retries no film before it has.
+TEST_F(PlayerSessionTest, TheEndAwaitsWhatIsRecordedWhileTheViewIsThere) {
+  startWithModule();
+  ASSERT_EQ(session_->open(kChange), "");
+  session_.reset();
+  EXPECT_THAT(log_.lines(), testing::Contains("manager.retry 0"));
+  EXPECT_TRUE(module_.hadViewAtRetry);
+}
+
 TEST_F(PlayerSessionTest, TheSchedulerIsHeldBackUntilTheStart) {
   startWithModule();
   ASSERT_EQ(session_->open(kChange), "");
