@@ -1,6 +1,7 @@
 #include "playerx/app/session/PlayerSession.h"
 
 #include <QTemporaryDir>
+#include <algorithm>
 #include <utility>
 
 #include "KPX/OSUtilities.h"
@@ -183,9 +184,16 @@ std::string PlayerSession::loadManager() {
 }
 
 /// Lets the manager finish what it records of the last film: its item sinks to the end of the queue
-/// after it is called complete, and without a view that is not saved. No item has the id 0; the
-/// manager does nothing but wait its turn.
-void PlayerSession::awaitRecord() { manager().retry(0); }
+/// after it is called complete, and without a view that is not saved. There is nothing to cancel,
+/// but `cancel` waits for the end of a transfer and for its record.
+void PlayerSession::awaitRecord() {
+  if (!isStarted_) return;
+  const std::vector<VeskPlayerX::QueuedVersion> items = reader().getVersions();
+  const bool isWorkLeft = std::any_of(items.begin(), items.end(), [](const auto& item) {
+    return model::isUnfinished(item.status);
+  });
+  if (!isWorkLeft) manager().cancel();
+}
 
 void PlayerSession::close() {
   end_.begin();

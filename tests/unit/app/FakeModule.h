@@ -60,11 +60,11 @@ class FakeModule : public support::FakeManager, public VeskPlayerX::QueueReaderI
 
   VeskPlayerX::DownloadManagerViewInterface* view() const { return view_; }
 
-  /// Whether the view was there at the last retry.
-  bool hadViewAtRetry = false;
-  void retry(unsigned int id) override {
-    FakeManager::retry(id);
-    hadViewAtRetry = view_ != nullptr;
+  /// Whether the view was there at the last cancelling.
+  bool hadViewAtCancel = false;
+  void cancel() override {
+    FakeManager::cancel();
+    hadViewAtCancel = view_ != nullptr;
   }
 
   /// Takes addresses that end in .avi, and tickets when `takesTickets` is set.

@@ -92,13 +92,24 @@ TEST_F(PlayerSessionTest, TheEndDetachesTheViewAndFreesTheFolder) {
   EXPECT_TRUE(ThreadGate::isOpen());
 }
 
-// An item sinks after it is called complete, and the manager retries no film before it has.
+// An item sinks after it is called complete, and `cancel` returns once it has.
 TEST_F(PlayerSessionTest, TheEndAwaitsWhatIsRecordedWhileTheViewIsThere) {
   startWithModule();
+  module_.add(L"http://a/1.avi", L"", L"");
   ASSERT_EQ(session_->open(kChange), "");
+  session_->start();
+  module_.all()[0]->setStatus(DownloadStatusCompleted);
   session_.reset();
-  EXPECT_THAT(log_.lines(), testing::Contains("manager.retry 0"));
-  EXPECT_TRUE(module_.hadViewAtRetry);
+  EXPECT_TRUE(module_.hadViewAtCancel);
+}
+
+TEST_F(PlayerSessionTest, TheEndCancelsNothing) {
+  startWithModule();
+  module_.add(L"http://a/1.avi", L"", L"");
+  ASSERT_EQ(session_->open(kChange), "");
+  session_->start();
+  session_.reset();
+  EXPECT_THAT(log_.lines(), testing::Not(testing::Contains("manager.cancel")));
 }
 
 TEST_F(PlayerSessionTest, TheSchedulerIsHeldBackUntilTheStart) {
