@@ -15,6 +15,8 @@ using support::kPromptly;
 using support::Script;
 
 constexpr Milliseconds kLimit{400};
+/// libcurl subtracts times in whole milliseconds and may so come to the limit a part of one early.
+constexpr Milliseconds kRounding{1};
 constexpr std::size_t kSize = 100'000;
 
 /// Servers that fall silent in each phase of a transfer.
@@ -33,7 +35,7 @@ class TimeLimits : public DownloadsFixture {
   void expectKept(const std::string& url) {
     const auto attempt = [&] {
       const Milliseconds took = support::timeOf([&] { EXPECT_TRUE(fetch(url).broke); });
-      EXPECT_GE(took, kLimit);
+      EXPECT_GE(took, kLimit - kRounding);
       return took;
     };
     for (int i = 0; i < soak::countOr(1) && !HasFailure(); ++i) {
