@@ -31,6 +31,9 @@ class FakeSession {
   }
 
   ~FakeSession() {
+    // The session looks at the queue once more, when what a test has planned may be gone.
+    module.atEachLook({});
+    module.atNextLooks({});
     session_.reset();
     clearPreferenceOverrides();
   }
