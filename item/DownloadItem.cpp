@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory_resource>
 #include <mutex>
 #include <utility>
 
@@ -17,6 +18,15 @@ std::uint32_t nextId() {
 std::uint64_t nextVersion() {
   static std::atomic<std::uint64_t> lastVersion{0};
   return lastVersion.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+std::pmr::memory_resource& itemMemory() {
+#ifdef VESK_ITEMS_APART
+  return *std::pmr::new_delete_resource();
+#else
+  static std::pmr::synchronized_pool_resource memory;
+  return memory;
+#endif
 }
 
 using SharedName = std::shared_ptr<const std::wstring>;
@@ -37,8 +47,6 @@ SharedName sharedName(const std::wstring& name) {
 
 struct DownloadItem::DownloadItemImpl {
   std::uint64_t uid = 0;
-  std::uint32_t id = nextId();
-  DownloadStatusEnumType status = DownloadStatusQueued;
   std::uint64_t size = 0;
   std::int32_t percentDownloaded = 0;
   std::wstring path;
@@ -70,11 +78,11 @@ void DownloadItem::reportKeyChange() const {
 }
 
 DownloadItem::DownloadItem()
-    : version_(nextVersion()), impl_(std::make_unique<DownloadItemImpl>()) {}
+    : version_(nextVersion()), id_(nextId()), impl_(std::make_unique<DownloadItemImpl>()) {}
 
 DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : DownloadItem() {
   impl_->uid = source->getUID();
-  impl_->status = source->getStatus();
+  status_ = source->getStatus();
   impl_->size = source->getSize();
   impl_->percentDownloaded = source->getPercentDownloaded();
   impl_->path = source->getPath();
@@ -90,21 +98,27 @@ DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : D
   impl_->autoProgressivePlayback = source->getAutoProgressivePlayback();
   impl_->slotNumber = source->getSlotNumber();
   impl_->timeRemaining = static_cast<std::uint32_t>(source->getTimeRemaining());
-  impl_->id = source->getId();
+  id_ = source->getId();
   // Asked once more: playback may be requested while the other fields are being copied.
   impl_->autoProgressivePlayback = source->getAutoProgressivePlayback();
 }
 
 DownloadItem::~DownloadItem() = default;
 
+void* DownloadItem::operator new(std::size_t size) { return itemMemory().allocate(size); }
+
+void DownloadItem::operator delete(void* memory, std::size_t size) {
+  itemMemory().deallocate(memory, size);
+}
+
 unsigned long long DownloadItem::getUID() const { return impl_->uid; }
 
 void DownloadItem::setUID(unsigned long long uid) { impl_->uid = uid; }
 
-unsigned int DownloadItem::getId() const { return impl_->id; }
+unsigned int DownloadItem::getId() const { return id_; }
 
 void DownloadItem::setId(unsigned int id) {
-  impl_->id = id;
+  id_ = id;
   reportKeyChange();
 }
 
@@ -131,10 +145,10 @@ const std::wstring& DownloadItem::getTitle() const { return impl_->title; }
 
 void DownloadItem::setTitle(const std::wstring& title) { setKept(impl_->title, title); }
 
-DownloadStatusEnumType DownloadItem::getStatus() const { return impl_->status; }
+DownloadStatusEnumType DownloadItem::getStatus() const { return status_; }
 
 void DownloadItem::setStatus(DownloadStatusEnumType status) {
-  if (impl_->status != DownloadStatusCompleted) setKept(impl_->status, status);
+  if (status_ != DownloadStatusCompleted) setKept(status_, status);
 }
 
 std::wstring DownloadItem::getContentProviderDisplayName() const {

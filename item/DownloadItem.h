@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -26,6 +27,12 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
   explicit DownloadItem(const VeskPlayerX::DownloadItemInterface* source);
 
   ~DownloadItem() override;
+
+  // Items lie side by side in memory, in the order in which they are made: every save and every
+  // look goes through the whole queue.
+
+  static void* operator new(std::size_t size);
+  static void operator delete(void* memory, std::size_t size);
 
   /// Stands for what a queue file keeps of the item, or a view shows: every set of such a field
   /// gives a new number, above 0, that no item has had before.
@@ -94,5 +101,10 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
 
   std::atomic<std::uint64_t> version_;  // two threads may set different fields of the worker's copy
   std::atomic<bool>* keysChanged_ = nullptr;
+
+  // Beside the version, because they are asked of every item of the queue as often.
+  std::uint32_t id_;
+  DownloadStatusEnumType status_ = DownloadStatusQueued;
+
   std::unique_ptr<DownloadItemImpl> impl_;
 };

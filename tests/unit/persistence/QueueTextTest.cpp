@@ -113,7 +113,7 @@ TEST_F(QueueTextTest, AnItemInThePlaceOfADeletedOneIsWritten) {
   auto item = std::make_unique<DownloadItem>();
   queue.update({&one, item.get()});
   item->~DownloadItem();
-  new (item.get()) DownloadItem;
+  ::new (item.get()) DownloadItem;
   item->setTitle(L"another");
   expectAsTheLibraryWrites({&one, item.get()});
 }
