@@ -60,6 +60,7 @@ QueueTracker::QueueTracker(QueueReaderInterface& reader, Arriving isArriving)
     const std::unique_ptr<DownloadItemInterface> item(reader.getCopy(version.id));
     if (item == nullptr) continue;
     queue_.push_back(stateOf(*item));
+    count(queue_.back());
     seen_.push_back({version.id, version.version});
   }
 }
@@ -77,6 +78,8 @@ QueueTracker::News QueueTracker::update() {
     if (item == nullptr) continue;  // removed meanwhile: the next look tells of it
     const bool isNew = !std::exchange(seen_[i].version, version);
     const ItemState before = std::exchange(queue_[i], look(*item, versions[i].status, queue_[i]));
+    discount(before);
+    count(queue_[i]);
     const bool hasEnded = !isNew && !isUnfinished(queue_[i].status);
     appendChanges(hasEnded ? news.changes : others, isNew ? nullptr : &before, queue_[i]);
   }
@@ -103,7 +106,10 @@ ItemState QueueTracker::look(const DownloadItemInterface& item, DownloadStatusEn
 
 void QueueTracker::expectOutcome(unsigned int id) {
   for (ItemState& state : queue_) {
-    if (state.id == id) state.status = DownloadStatusQueued;
+    if (state.id != id) continue;
+    discount(state);
+    state.status = DownloadStatusQueued;
+    count(state);
   }
 }
 
@@ -139,10 +145,13 @@ void QueueTracker::rearrange(Range versions, std::size_t first, std::size_t last
     const auto place = places[i];
     if (place) isKept[*place - first] = true;
     states.push_back(place ? std::move(queue_[*place]) : unseen(versions[i].id));
+    if (!place) count(states.back());
     seen.push_back(place ? seen_[*place] : Seen{versions[i].id, std::nullopt});
   }
   for (std::size_t i = first; i < last; ++i) {
-    if (!isKept[i - first] && seen_[i].version) news.removed.push_back(std::move(queue_[i]));
+    if (isKept[i - first]) continue;
+    discount(queue_[i]);
+    if (seen_[i].version) news.removed.push_back(std::move(queue_[i]));
   }
   replace(queue_, first, last, states);
   replace(seen_, first, last, seen);

@@ -44,6 +44,9 @@ class QueueTracker {
   /// As the last look found it.
   const std::vector<ItemState>& queue() const { return queue_; }
 
+  /// How many of them are unfinished.
+  std::size_t unfinished() const { return unfinished_; }
+
  private:
   using Versions = std::vector<VeskPlayerX::QueuedVersion>;
 
@@ -61,11 +64,14 @@ class QueueTracker {
 
   ItemState look(const VeskPlayerX::DownloadItemInterface& item, DownloadStatusEnumType status,
                  const ItemState& before);
+  void count(const ItemState& added) { unfinished_ += isUnfinished(added.status) ? 1 : 0; }
+  void discount(const ItemState& dropped) { unfinished_ -= isUnfinished(dropped.status) ? 1 : 0; }
 
   VeskPlayerX::QueueReaderInterface& reader_;
   const Arriving isArriving_;
   unsigned int arriving_ = 0;  ///< id of the item that is queued and arrives; 0: no such item
   std::vector<ItemState> queue_;
+  std::size_t unfinished_ = 0;  ///< of `queue_`
 
   /// The version of each that `queue_` holds. A vector of its own because each look goes through
   /// all of it.

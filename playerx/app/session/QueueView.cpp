@@ -81,6 +81,11 @@ bool QueueView::isKeptStopped(unsigned int id) {
   return stopped_.contains(id);
 }
 
+bool QueueView::isAnyKeptStopped() {
+  const GuardLock lock(mutex_);
+  return !stopped_.empty();
+}
+
 void QueueView::stopAgain() {
   for (const unsigned int id : queuedOnes()) {
     manager_->updateStatus(id, DownloadStatusStopped);
@@ -91,10 +96,7 @@ void QueueView::stopAgain() {
 
 /// Those that are to stay stopped and are queued.
 std::vector<unsigned int> QueueView::queuedOnes() {
-  {
-    const GuardLock lock(mutex_);
-    if (stopped_.empty()) return {};
-  }
+  if (!isAnyKeptStopped()) return {};
   std::vector<unsigned int> ids;
   for (const VeskPlayerX::QueuedVersion& item : reader_->getVersions()) {
     const bool isOne = item.status == DownloadStatusQueued && isKeptStopped(item.id);

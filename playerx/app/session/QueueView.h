@@ -46,6 +46,7 @@ class QueueView : public VeskPlayerX::DownloadManagerViewInterface {
   void letGo(unsigned int id);
   void letAllGo();
   bool isKeptStopped(unsigned int id);
+  bool isAnyKeptStopped();
 
   /// The notices about item `id` since the last call for it, oldest first. Any thread.
   std::vector<model::Notice> takeNotices(unsigned int id);

@@ -61,12 +61,7 @@ void QueueWatch::measure() {
   }
 }
 
-bool QueueWatch::isIdle() const {
-  const bool isWorkLeft = std::any_of(queue().begin(), queue().end(), [](const ItemState& item) {
-    return model::isUnfinished(item.status);
-  });
-  return !isWorkLeft && !explainer_.isBusy();
-}
+bool QueueWatch::isIdle() const { return tracker_.unfinished() == 0 && !explainer_.isBusy(); }
 
 void QueueWatch::expectOutcome(unsigned int id) { tracker_.expectOutcome(id); }
 

@@ -31,6 +31,7 @@ void StoppedItems::letAllGo(const Queue& queue) {
 }
 
 void StoppedItems::stopAgain(const Queue& queue) {
+  if (!session_.view().isAnyKeptStopped()) return;
   for (const ItemState& item : queue) {
     if (model::isUnfinished(item.status) && session_.view().isKeptStopped(item.id)) {
       stop(item, queue);

@@ -19,7 +19,18 @@ class QueueTrackerTest : public testing::Test {
     return kinds;
   }
 
-  void expectTheSameAsANewSnapshot() { EXPECT_EQ(tracker_.queue(), snapshotOf(module_)); }
+  void expectTheSameAsANewSnapshot() {
+    EXPECT_EQ(tracker_.queue(), snapshotOf(module_));
+    expectCounted(tracker_);
+  }
+
+  static void expectCounted(const QueueTracker& tracker) {
+    const auto& queue = tracker.queue();
+    EXPECT_EQ(std::ssize(queue) - std::count_if(queue.begin(), queue.end(), hasEnded),
+              static_cast<std::ptrdiff_t>(tracker.unfinished()));
+  }
+
+  static bool hasEnded(const ItemState& item) { return !isUnfinished(item.status); }
 
   support::EventLog log_;
   FakeModule module_{log_};
@@ -136,12 +147,27 @@ TEST_F(QueueTrackerTest, AnItemThatIsRemovedAfterTheLookIsToldByTheNext) {
   EXPECT_THAT(news_.removed, IsEmpty()) << "it was never told";
   ASSERT_EQ(tracker_.queue().size(), 1u);
   EXPECT_EQ(tracker_.queue()[0].id, id);
+  expectCounted(tracker_);
+}
+
+TEST_F(QueueTrackerTest, CountsAnItemWhoseOutcomeIsExpectedAsUnfinished) {
+  const unsigned int id = module_.put("http://h/a", DownloadStatusFailed).getId();
+  module_.put("http://h/b", DownloadStatusCompleted);
+  kindsOfChanges();
+  EXPECT_EQ(tracker_.unfinished(), 0u);
+  tracker_.expectOutcome(id);
+  tracker_.expectOutcome(id);
+  EXPECT_EQ(tracker_.unfinished(), 1u);
+  module_.drop(0);
+  kindsOfChanges();
+  EXPECT_EQ(tracker_.unfinished(), 0u);
 }
 
 TEST_F(QueueTrackerTest, WhatItFindsAtItsBeginningIsNoNews) {
   module_.put("http://h/a", DownloadStatusFailed);
   QueueTracker tracker(module_);
   EXPECT_EQ(tracker.queue(), snapshotOf(module_));
+  expectCounted(tracker);
   const QueueTracker::News news = tracker.update();
   EXPECT_THAT(news.changes, IsEmpty());
   EXPECT_FALSE(news.isRearranged);
