@@ -11,6 +11,14 @@ set_target_properties(downloadmanager KPB OnlineServices KPXPlayerPlugin PROPERT
   INSTALL_RPATH "$ORIGIN/../host")
 set_target_properties(playerx playerx-cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${VESK_LIBDIR}")
 
+# The build finds its libraries in the same way, through links. CMake would end a path of its own, to
+# be replaced when the files are installed, with an empty one: the folder that the user is in.
+set_target_properties(kvpm KPIM KPXLibrary downloadmanager KPB OnlineServices KPXPlayerPlugin playerx
+  playerx-cli PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+foreach(folder IN ITEMS playerx host)
+  file(CREATE_LINK . ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${folder} SYMBOLIC)
+endforeach()
+
 install(TARGETS kvpm KPIM KPXLibrary LIBRARY DESTINATION ${VESK_LIBDIR} COMPONENT module)
 install(TARGETS downloadmanager KPB
   LIBRARY DESTINATION ${VESK_PLUGIN_INSTALL_DIR} COMPONENT module)

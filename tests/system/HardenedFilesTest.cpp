@@ -44,6 +44,10 @@ TEST_P(HardenedFiles, ResolveEverySymbolBeforeTheirTablesBecomeReadOnly) {
   EXPECT_THAT(dynamic_, ContainsRegex("FLAGS_1.* NOW"));
 }
 
+TEST_P(HardenedFiles, TakeNoLibraryFromTheFolderThatTheUserIsIn) {
+  EXPECT_THAT(dynamic_, Not(ContainsRegex("PATH[^[]*\\[([^]]*:)?[^/$]"))) << "a relative path";
+}
+
 // The builds that are installed.
 #ifdef VESK_OPTIMISED
 TEST_P(HardenedFiles, NoticeAnOverwrittenStack) {
