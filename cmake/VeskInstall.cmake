@@ -15,8 +15,10 @@ set_target_properties(playerx playerx-cli PROPERTIES INSTALL_RPATH "$ORIGIN/../$
 # be replaced when the files are installed, with an empty one: the folder that the user is in.
 set_target_properties(kvpm KPIM KPXLibrary downloadmanager KPB OnlineServices KPXPlayerPlugin playerx
   playerx-cli PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
-foreach(folder IN ITEMS playerx host)
-  file(CREATE_LINK . ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${folder} SYMBOLIC)
+file(MAKE_DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/playerx)
+foreach(folder IN ITEMS playerx/host host)
+  file(CREATE_LINK ${CMAKE_LIBRARY_OUTPUT_DIRECTORY} ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${folder}
+    SYMBOLIC)
 endforeach()
 
 install(TARGETS kvpm KPIM KPXLibrary LIBRARY DESTINATION ${VESK_LIBDIR} COMPONENT module)
