@@ -20,22 +20,14 @@ ItemState unseen(unsigned int id) {
   return state;
 }
 
-/// Whether these are the places [first, last) with the first one at the end, as when a film is
-/// complete.
-bool isRotated(const std::vector<std::optional<std::size_t>>& places, std::size_t first,
-               std::size_t last) {
-  if (places.size() != last - first || places.back() != first) return false;
-  for (std::size_t i = 0; i + 1 < places.size(); ++i) {
-    if (places[i] != first + i + 1) return false;
-  }
-  return true;
-}
-
-/// Moves the first element of [first, last) to its end.
+/// Moves the first element of [first, last) to its end. `std::rotate` would swap each with the
+/// next.
 template <class T>
 void rotate(std::vector<T>& all, std::size_t first, std::size_t last) {
   const auto begin = all.begin() + static_cast<std::ptrdiff_t>(first);
-  std::rotate(begin, begin + 1, begin + static_cast<std::ptrdiff_t>(last - first));
+  const auto end = all.begin() + static_cast<std::ptrdiff_t>(last);
+  T moved = std::move(*begin);
+  *std::move(begin + 1, end, begin) = std::move(moved);
 }
 
 /// Puts `elements` in the place of those in [first, last).
@@ -131,13 +123,23 @@ void QueueTracker::rearrange(const Versions& versions, News& news) {
   rearrange({firstNew, lastNew.base()}, first, last, news);
 }
 
+/// Whether `versions` has what stands in [first, last), with the first one at the end, as when a
+/// film is complete.
+bool QueueTracker::isRotated(Range versions, std::size_t first, std::size_t last) const {
+  if (versions.size() != last - first || versions.empty()) return false;
+  if (versions.back().id != seen_[first].id) return false;
+  const auto second = seen_.begin() + static_cast<std::ptrdiff_t>(first) + 1;
+  return std::equal(versions.begin(), versions.end() - 1, second,
+                    [](const auto& l, const auto& r) { return l.id == r.id; });
+}
+
 /// Brings what stands in [first, last) into the order of `versions`.
 void QueueTracker::rearrange(Range versions, std::size_t first, std::size_t last, News& news) {
-  const Places places = placesOf(versions, first, last);
-  if (isRotated(places, first, last)) {
+  if (isRotated(versions, first, last)) {
     rotate(queue_, first, last);
     return rotate(seen_, first, last);
   }
+  const Places places = placesOf(versions, first, last);
   std::vector<ItemState> states;
   std::vector<Seen> seen;
   std::vector<bool> isKept(last - first);

@@ -60,6 +60,7 @@ class QueueTracker {
 
   void rearrange(const Versions& versions, News& news);
   void rearrange(Range versions, std::size_t first, std::size_t last, News& news);
+  bool isRotated(Range versions, std::size_t first, std::size_t last) const;
   Places placesOf(Range versions, std::size_t first, std::size_t last) const;
 
   ItemState look(const VeskPlayerX::DownloadItemInterface& item, DownloadStatusEnumType status,
