@@ -1,10 +1,12 @@
 #include "item/DownloadItem.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory_resource>
 #include <mutex>
+#include <new>
 #include <utility>
 
 namespace {
@@ -20,14 +22,37 @@ std::uint64_t nextVersion() {
   return lastVersion.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
-std::pmr::memory_resource& itemMemory() {
-#ifdef VESK_ITEMS_APART
-  return *std::pmr::new_delete_resource();
-#else
-  static std::pmr::synchronized_pool_resource memory;
-  return memory;
-#endif
+#ifndef VESK_ITEMS_APART
+/// Memory of items alone, in which they lie side by side. Safe on all threads. Without items it
+/// holds nothing.
+class ItemMemory {
+ public:
+  void* take(std::size_t size) {
+    const std::lock_guard lock(mutex_);
+    void* const memory = pool_.allocate(size);
+    ++items_;
+    return memory;
+  }
+
+  void giveBack(void* memory, std::size_t size) {
+    const std::lock_guard lock(mutex_);
+    pool_.deallocate(memory, size);
+    if (--items_ == 0) pool_.release();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::pmr::unsynchronized_pool_resource pool_;
+  std::size_t items_ = 0;
+};
+
+/// Never destroyed: the owner of an item may end later.
+ItemMemory& itemMemory() {
+  alignas(ItemMemory) static std::array<std::byte, sizeof(ItemMemory)> place;
+  static ItemMemory* const memory = ::new (place.data()) ItemMemory;
+  return *memory;
 }
+#endif
 
 using SharedName = std::shared_ptr<const std::wstring>;
 
@@ -105,11 +130,19 @@ DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : D
 
 DownloadItem::~DownloadItem() = default;
 
-void* DownloadItem::operator new(std::size_t size) { return itemMemory().allocate(size); }
+#ifdef VESK_ITEMS_APART
+void* DownloadItem::operator new(std::size_t size) { return ::operator new(size); }
 
 void DownloadItem::operator delete(void* memory, std::size_t size) {
-  itemMemory().deallocate(memory, size);
+  ::operator delete(memory, size);
 }
+#else
+void* DownloadItem::operator new(std::size_t size) { return itemMemory().take(size); }
+
+void DownloadItem::operator delete(void* memory, std::size_t size) {
+  itemMemory().giveBack(memory, size);
+}
+#endif
 
 unsigned long long DownloadItem::getUID() const { return impl_->uid; }
 

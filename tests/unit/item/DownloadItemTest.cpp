@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -281,5 +283,25 @@ TEST(DownloadItem, ReportsThatItsIdOrItsAddressIsSet) {
   item.setId(1);
   EXPECT_TRUE(isChanged);
 }
+
+TEST(DownloadItem, ItemsThatAreGoneTakeNoMemoryWhateverThreadMadeThem) {
+  std::vector<std::unique_ptr<DownloadItem>> items(10'000);
+  const auto taken = [] { return ::mallinfo2().uordblks + ::mallinfo2().hblkhd; };
+  const auto makeAndDrop = [&items] {
+    std::thread([&items] {
+      for (auto& item : items) item = std::make_unique<DownloadItem>();
+    }).join();
+    for (auto& item : items) item.reset();
+  };
+  makeAndDrop();
+  const std::size_t before = taken();
+  for (int i = 0; i < 10; ++i) makeAndDrop();
+  EXPECT_LT(taken(), before + 100'000);
+}
+
+/// Owns an item until the program has ended, which a host may do with a copy.
+std::unique_ptr<DownloadItem> lastItem;
+
+TEST(DownloadItem, MayOutliveTheProgramsEnd) { lastItem = std::make_unique<DownloadItem>(); }
 
 }  // namespace
