@@ -14,12 +14,10 @@ set_target_properties(playerx playerx-cli PROPERTIES INSTALL_RPATH "$ORIGIN/../$
 # The build finds its libraries in the same way, through links. CMake would end a path of its own, to
 # be replaced when the files are installed, with an empty one: the folder that the user is in.
 set_target_properties(kvpm KPIM KPXLibrary downloadmanager KPB OnlineServices KPXPlayerPlugin playerx
-  playerx-cli PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+  playerx-cli PROPERTIES BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH_USE_LINK_PATH ON)
 file(MAKE_DIRECTORY ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/playerx)
-foreach(folder IN ITEMS playerx/host host)
-  file(CREATE_LINK ${CMAKE_LIBRARY_OUTPUT_DIRECTORY} ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/${folder}
-    SYMBOLIC)
-endforeach()
+file(CREATE_LINK .. ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/playerx/host SYMBOLIC)
+file(CREATE_LINK . ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/host SYMBOLIC)
 
 install(TARGETS kvpm KPIM KPXLibrary LIBRARY DESTINATION ${VESK_LIBDIR} COMPONENT module)
 install(TARGETS downloadmanager KPB
