@@ -77,7 +77,7 @@ class WindowTest : public testing::Test {
     });
   }
 
-  /// Adds the address; its number. They grow, by two from one added item to the next.
+  /// Adds the address; its number. They grow, by two at least from one added item to the next.
   std::int64_t addedId(const std::string& url) {
     const std::vector<Json> added = home.run({"add", url}).events("added");
     return added.size() == 1 ? added.front()["id"].get<std::int64_t>() : -1;
@@ -210,7 +210,7 @@ TEST_F(WindowTest, ALongListOfAddressesKeepsNobodyWaitingAndIsNotLost) {
   ASSERT_GT(between, 0);
   ASSERT_TRUE(isListed(std::to_string(kAddresses - 1) + ".avi")) << window->errors();
   const std::int64_t later = addedId("http://127.0.0.1:1/later.avi");
-  EXPECT_GT(later - between, 1000) << "most of the list came first";
+  EXPECT_GT(later - between, 1000) << "nearly all of the list came first";
   window->send(SIGTERM);
   EXPECT_EQ(window->wait(kAddingTakes), 0) << window->errors();
   EXPECT_THAT(home.queue(), SizeIs(kAddresses + 2));
