@@ -54,6 +54,22 @@ TEST_F(AnnouncementsTest, BeingPlayableIsStoredAndAnnounced) {
   EXPECT_TRUE(isWritten());
 }
 
+TEST_F(AnnouncementsTest, AValueThatIsThereAlreadyIsAnnouncedAgain) {
+  const std::function<bool()> sets[] = {
+      [&] { return manager().updatePath(id("A"), L"/films/a.vesk"); },
+      [&] { return manager().updateSize(id("A"), 5); },
+      [&] { return manager().updateSlotAssignment(id("A"), 4); },
+      [&] { return manager().setTicketAlreadyTorn(id("A")); },
+      [&] { return manager().setPlayable(id("A"), true); },
+  };
+  for (const auto& set : sets) {
+    EXPECT_TRUE(set());
+    log_.clear();
+    EXPECT_TRUE(set());
+    EXPECT_EQ(notices(), announcedA()) << &set - sets;
+  }
+}
+
 TEST_F(AnnouncementsTest, AnAddressIsStoredSilently) {
   EXPECT_TRUE(manager().setDownloadUrl(id("A"), L"http://h/new.vesk"));
   EXPECT_EQ(item("A").getUrl(), L"http://h/new.vesk");

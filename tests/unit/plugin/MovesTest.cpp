@@ -59,8 +59,9 @@ TEST_F(MovesTest, MoveUpWhilePausedPastAnyStatus) {
 }
 
 TEST_F(MovesTest, MoveUpOfTheSecondItemQueuesWhatIsNotCompleted) {
-  const std::map<std::string, std::string> after = {
-      {"A1 B6", "B1 A1"}, {"A4 B1", "B1 A4"}, {"A1 B4", "B4 A1"}};
+  const std::map<std::string, std::string> after = {{"A1 B6", "B1 A1"}, {"A4 B1", "B1 A4"},
+                                                    {"A1 B4", "B4 A1"}, {"A1 B0", "B1 A1"},
+                                                    {"A1 B2", "B1 A1"}, {"A1 B3", "B1 A1"}};
   for (const auto& [before, wanted] : after) {
     begin(before);
     EXPECT_TRUE(manager().moveUp(id("B")));
@@ -92,11 +93,14 @@ TEST_F(MovesTest, MoveDownBelowTheHeadChangesTwoPlacesAndNoStatus) {
 }
 
 TEST_F(MovesTest, MoveDownOfTheHeadQueuesBoth) {
-  begin("A3 B5");
-  EXPECT_TRUE(manager().moveDown(id("A")));
-  EXPECT_EQ(queue(), "B1 A1");
-  EXPECT_FALSE(manager().isPaused());
-  EXPECT_EQ(notices(), Lines{"view.listChanged"});
+  for (const char* const before : {"A3 B5", "A1 B0", "A1 B1", "A1 B2", "A1 B3"}) {
+    begin(before);
+    EXPECT_TRUE(manager().moveDown(id("A"))) << before;
+    EXPECT_EQ(queue(), "B1 A1") << before;
+    EXPECT_FALSE(manager().isPaused()) << before;
+    EXPECT_EQ(notices(), Lines{"view.listChanged"}) << before;
+    shutDown();
+  }
 }
 
 TEST_F(MovesTest, MoveDownOfTheHeadWhilePausedHandsThePausedMarkOver) {

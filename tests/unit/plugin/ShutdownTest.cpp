@@ -55,6 +55,16 @@ TEST_F(ShutdownTest, StopsTheTransferAndEndsEveryThread) {
   EXPECT_NE(std::find(stopped.begin(), stopped.end(), uid), stopped.end());
 }
 
+TEST_F(ShutdownTest, StopsAHeldTransferBelowTheFirstItem) {
+  library_.complete(beginDownload("A1 B6 C6"));
+  await("B6 C6 A4");
+  item("C").setUID(42);
+  manager().updateStatus(id("C"), DownloadStatusHeld);
+  shutDown();
+  const Uids stopped = stoppedSessions();
+  EXPECT_NE(std::find(stopped.begin(), stopped.end(), 42U), stopped.end());
+}
+
 TEST_F(ShutdownTest, LeavesNoReceiverAtTheLibrary) {
   const auto uid = beginDownload("A1");
   manager().Shutdown();

@@ -6,6 +6,7 @@
 
 #include "KPX/KPXPreferences.h"
 #include "VeskPlayerX/InterfaceIds.h"
+#include "playerx/settings/Folders.h"
 #include "tests/unit/plugin/ManagerFixture.h"
 
 namespace {
@@ -76,6 +77,17 @@ TEST_F(StartTest, TheQueueOfTheEarlierReleaseKeepsItsOrder) {
   for (unsigned int i = 0; i < 3; ++i) {
     EXPECT_EQ(manager().at(i)->getSize(), (std::array{5U, 9U, 7U}.at(i)));
   }
+}
+
+TEST_F(StartTest, TheQueueStaysWhereItWasFound) {
+  startAsleep("A1");
+  const fs::path other = folder_ / "other";
+  fs::create_directory(other);
+  playerx::setApplicationDataPath(QString::fromStdString(other.string()));
+  forgetFile();
+  EXPECT_TRUE(manager().updateStatus(id("A"), DownloadStatusFailed));
+  EXPECT_EQ(written(), "A6");
+  EXPECT_TRUE(fs::is_empty(other));
 }
 
 TEST_F(StartTest, NeitherStartingNorAttachingAViewAnnouncesOrWritesAnything) {
