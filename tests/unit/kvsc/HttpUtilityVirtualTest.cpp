@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -289,6 +290,7 @@ TEST_F(MultiWriteFile, TakesNothingWhenTheFileTakesAPart) {
     if (file.open((folder_ / "body").wstring(), kvpm::FileOpenWrite) != 0) std::_Exit(2);
     std::string text(100, 'x');
     if (HttpUtilityVirtual::multiWriteFile(text.data(), 1, 100, &file) != 0) std::_Exit(3);
+    std::filesystem::remove_all(folder_.path());  // that of this process
     std::_Exit(file.getTotalSize() == 60 ? 0 : 4);
   };
   EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");

@@ -142,7 +142,10 @@ class BusDesktopTest : public testing::Test {
 
   BusAddresses addresses() const { return {address_, address_}; }
 
-  support::Process bus_{{"dbus-daemon", "--session", "--nofork", "--print-address"}};
+  const QTemporaryDir folder_;
+  support::Process bus_{
+      {"dbus-daemon", "--session", "--nofork", "--print-address",
+       "--address=unix:path=" + folder_.filePath(QStringLiteral("bus")).toStdString()}};
   std::unique_ptr<support::Process> mock_;
   QString address_;
   QDBusConnection connection_{QString()};

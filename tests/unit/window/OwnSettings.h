@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QSettings>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <utility>
 
@@ -18,7 +19,12 @@ class OwnSettings {
   }
   OwnSettings(const OwnSettings&) = delete;
   OwnSettings& operator=(const OwnSettings&) = delete;
-  ~OwnSettings() { forget(); }
+  ~OwnSettings() {
+    forget();
+    // What later tests write would bring the folder back.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope,
+                       QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
+  }
 
  private:
   static void forget() {
