@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "download/Placement.h"
 #include "playerx/app/model/FilmCheck.h"
 #include "tests/support/TempDir.h"
 
@@ -23,6 +24,16 @@ TEST(SpaceNeeded, IsTwiceTheFilmAndALittle) {
   EXPECT_EQ(spaceNeededFor(0), 0U);
   EXPECT_EQ(spaceNeededFor(7168), 14'337U);
   EXPECT_EQ(spaceNeededFor(std::uint64_t{1} << 63U), ~std::uint64_t{0}) << "more than there can be";
+}
+
+TEST(SpaceNeeded, IsWhatTheManagerAsksFor) {
+  for (unsigned int bits = 0; bits < 64; ++bits) {
+    const std::uint64_t power = std::uint64_t{1} << bits;
+    for (const std::uint64_t size :
+         {power - 1, power, power / 7168 * 7168, std::uint64_t{7168} * bits}) {
+      EXPECT_EQ(spaceNeededFor(size), download::spaceForFreshDownload(size)) << size;
+    }
+  }
 }
 
 TEST_F(FilmCheckTest, AWholeFilmInItsPlaceIsNotWorthAWord) {
