@@ -50,7 +50,8 @@ bool SSLSession::isCancelled() const {
 }
 
 void SSLSession::setCrlStore(X509_STORE* store) {
-  if (store != crlStore_.get()) crlStore_.reset(store);
+  static_cast<void>(crlStore_.release());  // the caller's from now on
+  crlStore_.reset(store);
 }
 
 void SSLSession::initCrlStore() {

@@ -116,7 +116,7 @@ class SSLSession {
   /// Reads the file once more.
   void initCrlStore();
   X509_STORE* getCrlStore() const { return crlStore_.get(); }
-  /// Becomes the owner of the store and frees the one before.
+  /// Becomes the owner of the store. The one before is the caller's again, who frees it.
   void setCrlStore(X509_STORE* store);
 
   /// The connection whose handshake is in progress with this session: certificate checks report to

@@ -194,8 +194,14 @@ TEST_F(CrlStoreTest, AStoreThatIsSetBelongsToTheSession) {
   session_.setCrlStore(store);
   session_.setCrlStore(store);
   EXPECT_EQ(session_.getCrlStore(), store);
+}
+
+TEST_F(CrlStoreTest, AStoreThatIsTakenOutBelongsToTheCaller) {
+  const StorePtr store(X509_STORE_new());
+  session_.setCrlStore(store.get());
   session_.setCrlStore(nullptr);
   EXPECT_EQ(session_.getCrlStore(), nullptr);
+  EXPECT_EQ(listsIn(store.get()), 0U);
 }
 
 }  // namespace
