@@ -68,7 +68,7 @@ void Player::open() {
   const std::string problem = session_.open(PlayerSession::Access::kChange);
   if (!problem.empty()) throw std::runtime_error(problem);
   service_ = std::make_unique<playerx::session::QueueService>(
-      session_, [this] { wake(); },
+      session_, playerx::model::QueueTracker::Keep::kUnlessComplete, [this] { wake(); },
       [](const std::string& address, const std::stop_token&) {
         return playerx::reasons::ProbeResult{address, {}, "", 0, 0};
       },

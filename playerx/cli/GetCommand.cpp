@@ -54,8 +54,8 @@ GetCommand::GetCommand(const Options& options, session::PlayerSession& session, 
       reporter_(reporter),
       wakeUp_(wakeUp),
       service_(
-          session, [&wakeUp] { wakeUp.raise(); }, std::move(probe),
-          [this](const QueueEvent& event) { tell(event); }),
+          session, model::QueueTracker::Keep::kUnlessComplete, [&wakeUp] { wakeUp.raise(); },
+          std::move(probe), [this](const QueueEvent& event) { tell(event); }),
       server_(service_, [&wakeUp] { wakeUp.raise(); }) {}
 
 int GetCommand::run() {
@@ -118,7 +118,9 @@ int GetCommand::workUntilDone(int refused) {
   const auto isLeft = [this](unsigned int id) {
     return (options_.request.inputs.empty() || own_.contains(id)) && !failed_.contains(id);
   };
-  noteWhatIsLeft(service_.watch().queue(), isLeft, reporter_);
+  const model::QueueTracker& queue = service_.watch().queue();
+  noteIfEmpty(queue.size(), reporter_);
+  noteWhatIsLeft(queue.kept(), isLeft, reporter_);
   if (!failed_.empty()) return kExitFailed;
   return refused > 0 ? kExitUsage : kExitDone;
 }

@@ -50,9 +50,12 @@ void noteRemoved(const model::ItemState& item, Reporter& reporter) {
   reporter.note(item.title + " was taken out of the queue.");
 }
 
+void noteIfEmpty(std::size_t items, Reporter& reporter) {
+  if (items == 0) reporter.done(kEmpty);
+}
+
 void noteWhatIsLeft(const std::vector<model::ItemState>& queue,
                     const std::function<bool(unsigned int)>& isMeant, Reporter& reporter) {
-  if (queue.empty()) return reporter.done(kEmpty);
   const auto count = [&](DownloadStatusEnumType status) {
     return std::count_if(queue.begin(), queue.end(), [&](const model::ItemState& item) {
       return item.status == status && isMeant(item.id);

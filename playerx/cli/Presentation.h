@@ -22,9 +22,11 @@ int present(const session::Reply& reply, Reporter& reporter);
 /// Says that a film which was to be fetched was taken out of the queue.
 void noteRemoved(const model::ItemState& item, Reporter& reporter);
 
+/// Says so when a queue has no items.
+void noteIfEmpty(std::size_t items, Reporter& reporter);
+
 /// Says which items of a queue a command has left as they were, because they are paused or had
-/// failed before; of those alone for which `isMeant` holds, given their ids. Says so when the queue
-/// is empty.
+/// failed before; of those alone for which `isMeant` holds, given their ids.
 void noteWhatIsLeft(const std::vector<model::ItemState>& queue,
                     const std::function<bool(unsigned int)>& isMeant, Reporter& reporter);
 

@@ -114,7 +114,7 @@ int requestHere(const Request& request, PlayerSession& session, Reporter& report
     if (isWanted) present(event, reporter);
   };
   session::QueueService service(
-      session, [] {}, probe(), tell);
+      session, model::QueueTracker::Keep::kUnlessComplete, [] {}, probe(), tell);
   return present(service.handle(request), reporter);
 }
 

@@ -148,6 +148,7 @@ void RemoteGet::tellWhatIsLeft() {
   const auto isLeft = [&](unsigned int id) {
     return (isMeantForAll || own_.contains(id)) && !lost_.contains(id);
   };
+  noteIfEmpty(reply->items.size(), reporter_);
   noteWhatIsLeft(reply->items, isLeft, reporter_);
 }
 

@@ -81,6 +81,14 @@ void QueueProgress::add(const ItemState& item) {
   arrived += arrivedOf(item);
 }
 
+void QueueProgress::remove(const ItemState& item) {
+  --items;
+  completed -= item.status == DownloadStatusCompleted ? 1 : 0;
+  unknownSizes -= item.size == 0 ? 1 : 0;
+  total -= item.size;
+  arrived -= arrivedOf(item);
+}
+
 QueueProgress progressOf(const std::vector<ItemState>& queue, bool isPaused) {
   QueueProgress progress;
   for (const ItemState& item : queue) progress.add(item);

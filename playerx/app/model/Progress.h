@@ -63,6 +63,10 @@ struct QueueProgress {
   bool isPaused = false;         ///< nothing is downloaded until it is resumed
 
   void add(const ItemState& item);
+
+  /// Takes an item off that was added as it is now.
+  void remove(const ItemState& item);
+
   bool operator==(const QueueProgress&) const = default;
 };
 

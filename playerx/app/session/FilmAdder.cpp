@@ -95,7 +95,7 @@ Reply FilmAdder::add(const Request& request) {
 /// A request without inputs is for all films that are not complete.
 void FilmAdder::goOnWithQueue(Reply& reply) {
   watch_.update();
-  reply.items = watch_.queue();
+  reply.items = watch_.queue().kept();
   std::erase_if(reply.items,
                 [](const ItemState& item) { return !model::isUnfinished(item.status); });
   for (const ItemState& item : reply.items) reply.known.insert(item.id);
@@ -217,10 +217,9 @@ void FilmAdder::addAnew(const Input& input, const Request& request, Reply& reply
   const bool mayBeThere = !input.isTicket && !request.again && session_.isStarted();
   if (mayBeThere) session_.takeFilmBack(input.text);
   whilePaused(getsOptions || hasTwins, [&] {
-    const std::vector<ItemState> before = hasTwins ? watch_.queue() : std::vector<ItemState>();
     handOver(input, reply);
     const std::vector<std::string> twins =
-        hasTwins ? removeTwins(before, request.again) : std::vector<std::string>();
+        hasTwins ? removeTwins(request.again) : std::vector<std::string>();
     noteAdded(input, request, reply);
     for (const std::string& address : twins) goOnWith({address, input.options}, request, reply);
   });
@@ -237,31 +236,31 @@ void FilmAdder::handOver(const Input& input, Reply& reply) {
 /// Gives the films that have come into the queue their names and options, and lists them.
 void FilmAdder::noteAdded(const Input& input, const Request& request, Reply& reply) {
   const bool getsOptions = input.isTicket && input.hasOptions();
-  const std::vector<unsigned int> added = watch_.update();
-  auto next = added.begin();
-  for (const ItemState& item : watch_.queue()) {
-    if (next == added.end()) break;
-    if (item.id != *next) continue;
-    ++next;
-    if (getsOptions && !item.url.empty()) session_.addFilmOptions(item.url, input.options);
-    if (!request.name.empty()) nameFilm(item.id, request.name);
-    reply.items.push_back(item);
+  for (const unsigned int id : watch_.update()) {
+    const std::optional<ItemState> item = watch_.queue().find(id);
+    if (!item) continue;
+    if (getsOptions && !item->url.empty()) session_.addFilmOptions(item->url, input.options);
+    if (!request.name.empty()) nameFilm(item->id, request.name);
+    reply.items.push_back(*item);
   }
 }
 
 /// Takes the films out again that a ticket has brought twice, or, unless they are fetched anew,
-/// although the queue held them `before`; returns the addresses of the latter.
-std::vector<std::string> FilmAdder::removeTwins(const std::vector<ItemState>& before, bool isAnew) {
-  std::set<unsigned int> old;
-  for (const ItemState& item : before) old.insert(item.id);
+/// although the queue held them before; returns the addresses of the latter. The watch has not yet
+/// seen what came.
+std::vector<std::string> FilmAdder::removeTwins(bool isAnew) {
+  const std::set<unsigned int> old = watch_.queue().ids();
   std::vector<std::string> twins;
   std::vector<ItemState> fresh;
-  for (const ItemState& item : model::snapshotOf(session_.manager())) {
-    if (old.contains(item.id)) continue;
-    const bool isOld = !isAnew && findKnownFilm(before, item.url);
+  for (const auto& [id, version, status] : session_.reader().getVersions()) {
+    if (old.contains(id)) continue;
+    const std::unique_ptr<VeskPlayerX::DownloadItemInterface> copy(session_.reader().getCopy(id));
+    if (copy == nullptr) continue;
+    const ItemState item = model::stateOf(*copy);
+    const bool isOld = !isAnew && findKnownFilm(watch_.queue(), item.url);
     if (isOld) twins.push_back(item.url);
     if (isOld || findKnownFilm(fresh, item.url)) {
-      session_.manager().remove(item.id);
+      session_.manager().remove(id);
     } else {
       fresh.push_back(item);
     }

@@ -47,7 +47,7 @@ class FilmAdder {
   void noteAdded(const Input& input, const Request& request, Reply& reply);
   bool isToAdd(const std::string& address);
   bool isComplete(const std::string& address) const;
-  std::vector<std::string> removeTwins(const std::vector<model::ItemState>& before, bool isAnew);
+  std::vector<std::string> removeTwins(bool isAnew);
   void nameFilm(unsigned int id, const std::string& name);
   void whilePaused(bool isNeeded, const std::function<void()>& change);
 

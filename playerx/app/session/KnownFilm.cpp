@@ -1,7 +1,7 @@
 #include "playerx/app/session/KnownFilm.h"
 
 #include <filesystem>
-#include <string_view>
+#include <utility>
 
 #include "playerx/transfers/Address.h"
 
@@ -11,14 +11,12 @@ using model::ItemState;
 
 namespace {
 
-/// Whether an address may have this form. Parsing takes far longer than this look, which nearly all
-/// addresses of a long queue do not pass.
-bool mayHaveForm(const std::string& address, std::string_view form) {
-  const std::string_view end = form.substr(form.rfind('/'));
-  // Bytes may be escaped, a slash may be missing, steps like ".." and a fragment may follow.
-  const bool isCertain = end.find('%') == std::string_view::npos && !end.starts_with("/?") &&
-                         end != "/" && address.find('#') == std::string::npos;
-  return !isCertain || address.ends_with(end);
+/// The last part of an address of this form; nullopt for a form whose addresses may end otherwise:
+/// bytes may be escaped, a slash may be missing, steps like ".." may follow.
+std::optional<std::string> endOf(const std::string& form) {
+  std::string end = form.substr(form.rfind('/'));
+  const bool isCertain = end.find('%') == std::string::npos && !end.starts_with("/?") && end != "/";
+  return isCertain ? std::optional(std::move(end)) : std::nullopt;
 }
 
 int progressOf(const ItemState& item) {
@@ -41,10 +39,19 @@ std::optional<ItemState> findKnownFilm(const std::vector<ItemState>& queue,
   const ItemState* best = nullptr;
   for (const ItemState& item : queue) {
     const bool isCandidate = best == nullptr || progressOf(item) > progressOf(*best);
-    if (!mayHaveForm(item.url, form)) continue;
     if (isCandidate && formOf(item.url) == form) best = &item;
   }
   return best != nullptr ? std::optional(*best) : std::nullopt;
+}
+
+/// Parsing takes far longer than a look at the ends of the addresses, which nearly all of a long
+/// queue do not pass.
+std::optional<ItemState> findKnownFilm(const model::QueueTracker& queue,
+                                       const std::string& address) {
+  const std::string form = formOf(address);
+  if (form.empty()) return std::nullopt;
+  const std::optional<std::string> end = endOf(form);
+  return findKnownFilm(end ? queue.withAddressEnd(*end) : queue.all(), address);
 }
 
 std::string findFilm(const ItemState& film, const std::string& mediaFolder) {

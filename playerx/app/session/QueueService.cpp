@@ -31,15 +31,9 @@ Reply done(std::string result) {
 
 Reply failed(std::string why) { return {Outcome::kFailed, {std::move(why)}}; }
 
-const ItemState* find(const std::vector<ItemState>& queue, const Request& request) {
-  if (request.id) {
-    const auto found = std::find_if(queue.begin(), queue.end(), [&request](const ItemState& item) {
-      return item.id == *request.id;
-    });
-    return found == queue.end() ? nullptr : &*found;
-  }
-  const auto index = static_cast<std::size_t>(request.position) - 1;
-  return index < queue.size() ? &queue[index] : nullptr;
+std::optional<ItemState> find(const model::QueueTracker& queue, const Request& request) {
+  return request.id ? queue.find(*request.id)
+                    : queue.at(static_cast<std::size_t>(request.position) - 1);
 }
 
 /// Deletes the film of a removed item, with the record of its rights beside it.
@@ -59,14 +53,14 @@ Reply refuseUnknown(const Request& request, std::size_t length) {
                             "; the queue holds " + std::to_string(length) + "."}};
 }
 
-std::size_t countIf(const std::vector<ItemState>& queue, bool (*isCounted)(const ItemState&)) {
-  return static_cast<std::size_t>(std::count_if(queue.begin(), queue.end(), isCounted));
-}
-
 bool isComplete(const ItemState& item) { return item.status == DownloadStatusCompleted; }
 
-bool isPaused(const ItemState& item) {
-  return item.status == DownloadStatusPaused || item.status == DownloadStatusStopped;
+std::size_t countPaused(const model::QueueTracker& queue) {
+  const std::vector<ItemState>& kept = queue.kept();
+  return static_cast<std::size_t>(
+      std::count_if(kept.begin(), kept.end(), [](const ItemState& item) {
+        return item.status == DownloadStatusPaused || item.status == DownloadStatusStopped;
+      }));
 }
 
 /// The limit itself is set with every request that has one.
@@ -79,9 +73,9 @@ Reply limited(const PlayerSession& session, const Request& request) {
 }
 
 /// From 1 on; 0 when the item is not in the queue.
-std::ptrdiff_t placeOf(const std::vector<ItemState>& queue, unsigned int id) {
-  const ItemState* const found = find(queue, {.id = id});
-  return found == nullptr ? 0 : found - queue.data() + 1;
+std::ptrdiff_t placeOf(const model::QueueTracker& queue, unsigned int id) {
+  const auto place = queue.placeOf(id);
+  return place ? static_cast<std::ptrdiff_t>(*place) + 1 : 0;
 }
 
 /// The end of a sentence on what waits again.
@@ -92,16 +86,17 @@ std::string whatNext(PlayerSession& session, std::size_t items) {
 
 }  // namespace
 
-QueueService::QueueService(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
+QueueService::QueueService(PlayerSession& session, model::QueueTracker::Keep keep,
+                           std::function<void()> wake, reasons::Probe probe,
                            QueueWatch::Listener listener)
     : session_(session),
       stopped_(session),
-      watch_(session, std::move(wake), std::move(probe),
+      watch_(session, keep, std::move(wake), std::move(probe),
              [this, listener = std::move(listener)](const QueueEvent& event) {
                if (!stopped_.isBeforeStop(event)) listener(event);
              }),
       adder_(session, watch_, [this](unsigned int id) { stopped_.letGo(id); }) {
-  stopped_.adopt(watch_.queue());
+  stopped_.adopt(watch_.queue().kept());
 }
 
 Reply QueueService::handle(const Request& request) {
@@ -110,22 +105,20 @@ Reply QueueService::handle(const Request& request) {
   if (request.action == Action::kAdd) return adder_.add(request);
   watch_.update();
   if (!request.id && request.position == 0) return editAll(request);
-  const std::vector<ItemState>& queue = watch_.queue();
-  const ItemState* const found = find(queue, request);
-  const std::optional<ItemState> item = found != nullptr ? std::optional(*found) : std::nullopt;
-  Reply reply = item ? editItem(request, *item) : refuseUnknown(request, queue.size());
+  const std::optional<ItemState> item = find(watch_.queue(), request);
+  Reply reply = item ? editItem(request, *item) : refuseUnknown(request, watch_.queue().size());
   update();
   return reply;
 }
 
 void QueueService::update() {
   watch_.update();
-  stopped_.stopAgain(watch_.queue());
+  stopped_.stopAgain(watch_.queue().kept());
   if (mayHaveLeftovers_) deleteLeftovers();
 }
 
 model::QueueProgress QueueService::progress() const {
-  return model::progressOf(watch_.queue(), session_.manager().isPaused());
+  return watch_.queue().progress(session_.manager().isPaused());
 }
 
 void QueueService::deleteLeftovers() {
@@ -137,8 +130,10 @@ void QueueService::deleteLeftovers() {
   }
 }
 
+/// As a rule the films that are not complete account for all that lies there.
 std::vector<Leftover> QueueService::leftovers() const {
-  return findLeftovers(partialFolder(), watch_.queue());
+  std::vector<Leftover> leftovers = findLeftovers(partialFolder(), watch_.queue().kept());
+  return leftovers.empty() ? leftovers : findLeftovers(partialFolder(), watch_.queue().all());
 }
 
 /// Deletes leftovers that the user asks about even while a queue lies set aside.
@@ -157,7 +152,7 @@ Reply QueueService::clean(bool dryRun) {
 
 Reply QueueService::list() {
   Reply reply;
-  reply.items = watch_.queue();
+  reply.items = watch_.queue().all();
   reply.progress = watch_.progress();
   reply.isPaused = session_.manager().isPaused();
   return reply;
@@ -198,7 +193,7 @@ Reply QueueService::pauseAll() {
 }
 
 Reply QueueService::clear() {
-  const std::size_t completed = countIf(watch_.queue(), isComplete);
+  const std::size_t completed = watch_.queue().progress(false).completed;
   session_.manager().clearCompletedDownloads();
   mayHaveLeftovers_ = true;
   update();
@@ -229,7 +224,7 @@ Reply QueueService::editItem(const Request& request, const ItemState& item) {
 
 Reply QueueService::remove(const ItemState& item, bool withFilm) {
   bool isRemoved = false;
-  whileStopped(session_, watch_.queue(), item,
+  whileStopped(session_, watch_.queue().kept(), item,
                [&] { isRemoved = session_.manager().remove(item.id); });
   if (!isRemoved) return failed("The item could not be removed.");
   mayHaveLeftovers_ = true;
@@ -258,7 +253,7 @@ Reply QueueService::retry(const ItemState& item) {
 }
 
 Reply QueueService::retryAll() {
-  std::vector<ItemState> queue = watch_.queue();
+  std::vector<ItemState> queue = watch_.queue().kept();
   std::erase_if(queue, [](const ItemState& item) { return item.status != DownloadStatusFailed; });
   for (const ItemState& item : queue) watch_.queueAgain(item.id);
   watch_.update();
@@ -291,7 +286,7 @@ Reply QueueService::move(const ItemState& item, Direction direction) {
   // Waiting items stay above those that failed or are complete.
   const bool isHeldUp = direction == Direction::kBottom &&
                         placeOf(watch_.queue(), item.id) == before &&
-                        before < std::ssize(watch_.queue());
+                        before < static_cast<std::ptrdiff_t>(watch_.queue().size());
   return isMoved && !isHeldUp ? tellPlace(item) : failed("The item cannot move any further.");
 }
 
@@ -321,10 +316,8 @@ Reply QueueService::pause(const ItemState& item) {
     return failed("Only what waits or arrives can be paused; this one is " +
                   std::string(model::statusWord(item.status)) + ".");
   }
-  const std::size_t unfinished = countIf(
-      watch_.queue(), [](const ItemState& each) { return model::isUnfinished(each.status); });
-  const bool isPassed = item.status == DownloadStatusDownloading && unfinished > 1;
-  stopped_.stop(item, watch_.queue());
+  const bool isPassed = item.status == DownloadStatusDownloading && watch_.queue().unfinished() > 1;
+  stopped_.stop(item, watch_.queue().kept());
   return done("Paused: " + displayName(item) + (isPassed ? "; the next film goes first." : "."));
 }
 
@@ -339,9 +332,9 @@ Reply QueueService::resume(const ItemState& item) {
 }
 
 Reply QueueService::resumeAll() {
-  const std::size_t paused = countIf(watch_.queue(), isPaused);
+  const std::size_t paused = countPaused(watch_.queue());
   const bool hasEffect = paused > 0 || session_.manager().isPaused();
-  stopped_.letAllGo(watch_.queue());
+  stopped_.letAllGo(watch_.queue().kept());
   if (hasEffect) session_.manager().resume();
   update();
   if (!hasEffect) return done("Nothing is paused.");

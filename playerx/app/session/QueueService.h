@@ -21,7 +21,7 @@ inline constexpr char kLimitsNothing[] =
 /// The queue as every face uses it, in this process or at the other end of a socket: carries
 /// requests out and tells what happens. On the session's thread.
 ///
-///     QueueService service(session, wake, probe, listener);
+///     QueueService service(session, keep, wake, probe, listener);
 ///     session.start();                             // when films are to be downloaded
 ///     Reply reply = service.handle({.action = Request::Action::kAdd, .inputs = {address}});
 ///     ... service.update() when woken, service.watch().measure() twice a second
@@ -29,8 +29,8 @@ class QueueService {
  public:
   /// The session is open for changes, and outlives the service. The other arguments are those of
   /// `QueueWatch`.
-  QueueService(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
-               QueueWatch::Listener listener);
+  QueueService(PlayerSession& session, model::QueueTracker::Keep keep, std::function<void()> wake,
+               reasons::Probe probe, QueueWatch::Listener listener);
 
   /// Carries a request out. The listener may be called meanwhile. Tickets may have to wait for the
   /// online services.

@@ -22,8 +22,8 @@ bool isReadyToPlay(const ItemState& item) {
 
 }  // namespace
 
-QueueWatch::QueueWatch(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
-                       Listener listener)
+QueueWatch::QueueWatch(PlayerSession& session, model::QueueTracker::Keep keep,
+                       std::function<void()> wake, reasons::Probe probe, Listener listener)
     : session_(session),
       listener_(std::move(listener)),
       explainer_(
@@ -31,10 +31,11 @@ QueueWatch::QueueWatch(PlayerSession& session, std::function<void()> wake, reaso
           [&session](const std::string& address) { return session.findTransfer(address); },
           std::move(probe)),
       reasons_(session.places().data),
-      tracker_(session.reader(), [this](const ItemState& item) { return isArriving(item); }) {}
+      tracker_(session.reader(), keep, [this](const ItemState& item) { return isArriving(item); }) {
+}
 
 QueueWatch::~QueueWatch() {
-  if (hasNewReasons_) reasons_.save(queue());
+  if (hasNewReasons_) reasons_.save(queue().kept());
 }
 
 bool QueueWatch::isArriving(const ItemState& item) const {
@@ -55,7 +56,7 @@ void QueueWatch::measure() {
   saveReasons();
   const ItemState* const asked = askedItem();
   if (asked == nullptr) asked_ = 0;
-  for (const ItemState& item : queue()) {
+  for (const ItemState& item : queue().kept()) {
     const auto progress = &item == asked ? measureSilence(item) : measure(item);
     if (progress) listener_({Kind::kChanged, item, *progress});
   }
@@ -67,9 +68,10 @@ void QueueWatch::expectOutcome(unsigned int id) { tracker_.expectOutcome(id); }
 
 void QueueWatch::clearTopFor(unsigned int id) {
   update();
-  for (const ItemState& item : queue()) {
-    if (item.id == id || item.status != DownloadStatusFailed) return;
-    session_.manager().updateStatus(item.id, DownloadStatusFailed);
+  for (std::size_t place = 0;; ++place) {
+    const std::optional<ItemState> item = queue().at(place);
+    if (!item || item->id == id || item->status != DownloadStatusFailed) return;
+    session_.manager().updateStatus(item->id, DownloadStatusFailed);
   }
 }
 
@@ -80,7 +82,7 @@ void QueueWatch::queueAgain(unsigned int id) {
 
 std::map<unsigned int, model::Progress> QueueWatch::progress() const {
   std::map<unsigned int, model::Progress> progress;
-  for (const ItemState& item : queue()) {
+  for (const ItemState& item : queue().kept()) {
     const auto meter = meters_.find(item.id);
     const bool arrives = item.status == DownloadStatusDownloading && meter != meters_.end();
     if (arrives) progress[item.id] = meter->second.progress();
@@ -90,9 +92,7 @@ std::map<unsigned int, model::Progress> QueueWatch::progress() const {
 
 void QueueWatch::playWhenReady(unsigned int id) {
   toPlay_.insert(id);
-  const auto found = std::find_if(queue().begin(), queue().end(),
-                                  [id](const ItemState& item) { return item.id == id; });
-  if (found != queue().end()) playIfReady(*found);
+  if (const auto item = queue().find(id)) playIfReady(*item);
 }
 
 void QueueWatch::tellMessages() {
@@ -157,7 +157,7 @@ void QueueWatch::saveReasons() {
   const auto now = std::chrono::steady_clock::now();
   if (!hasNewReasons_ || (now < nextSave_ && !isIdle())) return;
   hasNewReasons_ = false;
-  reasons_.save(queue());
+  reasons_.save(queue().kept());
   const auto end = std::chrono::steady_clock::now();
   nextSave_ = end + kPauses * (end - now);
 }
@@ -183,10 +183,11 @@ void QueueWatch::tell(const QueueChange& change) {
 /// permission. Null when nothing is being prepared.
 const ItemState* QueueWatch::askedItem() const {
   if (!session_.isStarted() || session_.manager().isPaused()) return nullptr;
-  const auto first = std::find_if(queue().begin(), queue().end(), [](const ItemState& item) {
+  const std::vector<ItemState>& kept = queue().kept();
+  const auto first = std::find_if(kept.begin(), kept.end(), [](const ItemState& item) {
     return model::isUnfinished(item.status);
   });
-  const bool isAsked = first != queue().end() && first->status != DownloadStatusDownloading;
+  const bool isAsked = first != kept.end() && first->status != DownloadStatusDownloading;
   return isAsked ? &*first : nullptr;
 }
 

@@ -26,8 +26,8 @@ class QueueWatch {
 
   /// The session is open and outlives the watch: changes are told against the queue as it is now.
   /// `wake` is called on any thread when an update is due, and must not wait.
-  QueueWatch(PlayerSession& session, std::function<void()> wake, reasons::Probe probe,
-             Listener listener);
+  QueueWatch(PlayerSession& session, model::QueueTracker::Keep keep, std::function<void()> wake,
+             reasons::Probe probe, Listener listener);
   QueueWatch(const QueueWatch&) = delete;
   QueueWatch& operator=(const QueueWatch&) = delete;
   ~QueueWatch();
@@ -54,7 +54,7 @@ class QueueWatch {
   std::map<unsigned int, model::Progress> progress() const;
 
   /// The queue as `update` has last seen it.
-  const std::vector<model::ItemState>& queue() const { return tracker_.queue(); }
+  const model::QueueTracker& queue() const { return tracker_; }
 
   /// Whether nothing is left to download and every failure has been told.
   bool isIdle() const;

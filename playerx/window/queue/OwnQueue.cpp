@@ -18,7 +18,8 @@ constexpr qint64 kMeasuringMs = 500;
 OwnQueue::OwnQueue(session::PlayerSession& session, Links links, bool staysPaused)
     : session_(session),
       listener_(std::move(links.listener)),
-      service_(session, std::move(links.wake), reasons::serverProbe(trustedAuthorities()),
+      service_(session, model::QueueTracker::Keep::kAll, std::move(links.wake),
+               reasons::serverProbe(trustedAuthorities()),
                [this](const QueueEvent& event) { tell(event); }),
       server_(service_, std::move(links.wakeServer), std::move(links.show)) {
   const std::string problem = server_.listen(session_.places().data);

@@ -30,7 +30,9 @@ class OwnQueue : public QueueEnd {
 
   session::Reply ask(const session::Request& request) override { return service_.handle(request); }
   void update() override;
-  const std::vector<model::ItemState>& queue() const override { return service_.watch().queue(); }
+  const std::vector<model::ItemState>& queue() const override {
+    return service_.watch().queue().kept();
+  }
   bool isPaused() const override { return session_.manager().isPaused(); }
   std::string problem() const override { return {}; }
 

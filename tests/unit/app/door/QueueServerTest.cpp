@@ -26,7 +26,7 @@ class QueueServerTest : public testing::Test {
  protected:
   QueueServerTest()
       : service_(
-            fake_.session(), [] {}, reasons::Probe(),
+            fake_.session(), model::QueueTracker::Keep::kUnlessComplete, [] {}, reasons::Probe(),
             [this](const QueueEvent& event) { server_->publish(event); }) {
     server_.emplace(service_, [] {});
     EXPECT_EQ(server_->listen(data()), "");

@@ -32,7 +32,7 @@ class QueueServiceTest : public testing::Test {
   QueueService& service() {
     if (!service_) {
       service_.emplace(
-          fake_.session(), [] {},
+          fake_.session(), model::QueueTracker::Keep::kUnlessComplete, [] {},
           [](const std::string& address, const std::stop_token&) {
             return reasons::ProbeResult{address, {}, "", 404, 5};
           },

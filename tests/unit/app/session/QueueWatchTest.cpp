@@ -40,7 +40,7 @@ class QueueWatchTest : public testing::Test {
   QueueWatch& watch() {
     if (!watch_) {
       watch_.emplace(
-          fake_.session(), [] {},
+          fake_.session(), model::QueueTracker::Keep::kUnlessComplete, [] {},
           [](const std::string& address, const std::stop_token&) {
             return reasons::ProbeResult{address, {}, "", 404, 5};
           },
@@ -160,7 +160,7 @@ TEST_F(QueueWatchTest, NothingHasArrivedOfAFilmThatWasDeletedForItsChecksum) {
 TEST_F(QueueWatchTest, TheReasonOfAFailureIsKeptForLaterRuns) {
   ASSERT_TRUE(watchAFailure());
   const reasons::ReasonFile file(fake_.session().places().data);
-  const auto reason = file.find(watch().queue()[0]);
+  const auto reason = file.find(watch().queue().kept()[0]);
   ASSERT_TRUE(reason);
   EXPECT_EQ(reason->code(), "http_404");
 }
