@@ -89,9 +89,9 @@ QueueFormat formatOf(std::string_view head) {
   return head.starts_with(kQueueDeclaration) ? QueueFormat::kCurrent : QueueFormat::kUnknown;
 }
 
-QueueReading readQueueDocument(std::string bytes, QueueFormat format) {
+QueueReading readQueueDocument(std::string_view bytes, QueueFormat format) {
   ItemBuilder builder(format == QueueFormat::kLegacy ? kLegacyFormat : kCurrentFormat);
-  switch (readXml(std::move(bytes), builder)) {
+  switch (readXml(bytes, builder)) {
     case XmlResult::kRead:
       return {QueueOutcome::kRead, builder.takeItems()};
     case XmlResult::kRefused:

@@ -56,6 +56,6 @@ struct QueueReading {
 };
 
 /// Reads a document as one of the format, `kCurrent` or `kLegacy`.
-QueueReading readQueueDocument(std::string bytes, QueueFormat format);
+QueueReading readQueueDocument(std::string_view bytes, QueueFormat format);
 
 }  // namespace persistence

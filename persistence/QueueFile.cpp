@@ -9,7 +9,6 @@
 
 #include "kvpm/File.h"
 #include "kvpm/PathTools.h"
-#include "persistence/XmlReader.h"
 
 namespace persistence {
 namespace {
@@ -27,9 +26,7 @@ bool isMissing(int error) { return error == ENOENT || error == ENOTDIR || error 
 
 /// Up to `size` bytes from the present position; nullopt on an error.
 std::optional<std::string> readSome(kvpm::File& file, std::size_t size) {
-  std::string bytes;
-  bytes.reserve(size + kRoomBehindXml);
-  bytes.resize(size);
+  std::string bytes(size, '\0');
   const std::int64_t got = file.read(bytes.data(), bytes.size());
   if (got < 0) return std::nullopt;
   bytes.resize(static_cast<std::size_t>(got));
@@ -70,7 +67,7 @@ QueueReading readQueueFile(const std::wstring& path, QueueFormat format) {
   const bool isWhole = bytes && bytes->size() == static_cast<std::size_t>(size);
   if (!isWhole) return {QueueOutcome::kUnavailable, {}};
   file.close();
-  return readQueueDocument(*std::move(bytes), format);
+  return readQueueDocument(*bytes, format);
 }
 
 bool isThere(const std::wstring& path) {

@@ -18,25 +18,12 @@ namespace {
 
 constexpr const char* kDocumentName = "noname.xml";
 
-/// Has the library decode the references in values, "&amp;" too. There are no entities to expand:
-/// their declarations are refused.
-constexpr int kOptions = XML_PARSE_NOENT;
+/// Has the library decode the references in values, "&amp;" too, and read elements of any length.
+/// There are no entities to expand: their declarations are refused.
+constexpr int kOptions = XML_PARSE_NOENT | XML_PARSE_HUGE;
 
 /// The library's layout of an attribute: local name, prefix, namespace, value, and its end.
 constexpr int kPointersPerAttribute = 5;
-
-/// Near the end of its input the library refuses to go on when it has buffered more than 10,000,000
-/// bytes. It discards what it has read only between pieces of markup, and only within the last 500
-/// bytes. Comments after the root give it the chance, so that long values are read wherever they
-/// are.
-constexpr std::size_t kLargestBuffer = 9'000'000;
-constexpr std::string_view kDiscardPoint = "\n<!---->";
-constexpr int kDiscardPoints = 128;
-static_assert(kDiscardPoints * kDiscardPoint.size() <= kRoomBehindXml);
-
-void appendDiscardPoints(std::string& bytes) {
-  for (int count = 0; count < kDiscardPoints; ++count) bytes += kDiscardPoint;
-}
 
 std::string_view textOf(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 
@@ -87,12 +74,14 @@ class Parser {
  public:
   explicit Parser(XmlHandler& handler) : handler_(handler) {}
 
-  XmlResult parse(std::string bytes) {
+  XmlResult parse(std::string_view bytes) {
     const XmlReports reports;
     roomForDefaults_ = bytes.size();
-    context_.reset(xmlCreateMemoryParserCtxt(bytes.data(), static_cast<int>(bytes.size())));
+    unread_ = bytes;
+    // In pieces, because the library would copy a text that it is given whole.
+    context_.reset(
+        xmlCreateIOParserCtxt(nullptr, nullptr, onRead, nullptr, this, XML_CHAR_ENCODING_NONE));
     if (context_ == nullptr) return XmlResult::kOutOfMemory;
-    std::string().swap(bytes);  // the library has copied them; an assignment would keep the memory
     prepare();
     xmlParseDocument(context_.get());
     if (outOfMemory_ || reports.outOfMemory()) return XmlResult::kOutOfMemory;
@@ -112,6 +101,13 @@ class Parser {
     callbacks.unparsedEntityDecl = onUnparsedEntity;
     *context_->sax = callbacks;
     context_->userData = this;
+  }
+
+  static int onRead(void* parser, char* buffer, int length) {
+    std::string_view& unread = static_cast<Parser*>(parser)->unread_;
+    const std::size_t count = unread.copy(buffer, static_cast<std::size_t>(length));
+    unread.remove_prefix(count);
+    return static_cast<int>(count);
   }
 
   static void onStart(void* parser, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
@@ -162,6 +158,7 @@ class Parser {
 
   XmlHandler& handler_;
   std::unique_ptr<xmlParserCtxt, FreeContext> context_;
+  std::string_view unread_;
   std::size_t roomForDefaults_ = 0;
   int depth_ = 0;
   bool isRefused_ = false;
@@ -181,13 +178,11 @@ std::optional<std::string_view> XmlAttributes::find(std::string_view name) const
   return std::nullopt;
 }
 
-XmlResult readXml(std::string bytes, XmlHandler& handler) {
-  if (!isHarmlessXml(bytes)) return XmlResult::kRefused;
-  if (bytes.size() > kLargestBuffer) appendDiscardPoints(bytes);
+XmlResult readXml(std::string_view bytes, XmlHandler& handler) {
   const bool isCountable =
       bytes.size() <= static_cast<std::size_t>(std::numeric_limits<int>::max());
-  if (bytes.empty() || !isCountable) return XmlResult::kRefused;
-  return Parser(handler).parse(std::move(bytes));
+  if (bytes.empty() || !isCountable || !isHarmlessXml(bytes)) return XmlResult::kRefused;
+  return Parser(handler).parse(bytes);
 }
 
 }  // namespace persistence

@@ -44,13 +44,10 @@ enum class XmlResult {
   kOutOfMemory,  ///< the handler may have missed something
 };
 
-/// Bytes that a string should have room for behind a document, which is then not copied once more.
-inline constexpr std::size_t kRoomBehindXml = 1024;
-
 /// Reads a document. Nothing is printed, and no other file is opened. Documents that cost far more
 /// memory or time than their size suggests are refused: those with entity declarations, with
 /// default values that add up to more than the document itself, and with very many attributes in an
 /// element.
-XmlResult readXml(std::string bytes, XmlHandler& handler);
+XmlResult readXml(std::string_view bytes, XmlHandler& handler);
 
 }  // namespace persistence
