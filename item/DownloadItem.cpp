@@ -11,6 +11,8 @@
 
 namespace {
 
+using VeskPlayerX::DownloadItemInterface;
+
 /// Ids name items within one run of the player, whatever thread builds them.
 std::uint32_t nextId() {
   static std::atomic<std::uint32_t> lastId{0};
@@ -68,15 +70,26 @@ SharedName sharedName(const std::wstring& name) {
   return shared;
 }
 
+/// Copies a text as it is kept, where the source keeps one.
+void copy(ItemText& text, const DownloadItemInterface& source,
+          const ItemText& (DownloadItem::*kept)() const,
+          const std::wstring& (DownloadItemInterface::*wide)() const) {
+  if (const DownloadItem* const same = DownloadItem::exactly(source)) {
+    text = (same->*kept)();
+  } else {
+    text = (source.*wide)();
+  }
+}
+
 }  // namespace
 
 struct DownloadItem::DownloadItemImpl {
   std::uint64_t uid = 0;
   std::uint64_t size = 0;
   std::int32_t percentDownloaded = 0;
-  std::wstring path;
-  std::wstring url;
-  std::wstring title;
+  ItemText path;
+  ItemText url;
+  ItemText title;
   SharedName contentProviderDisplayName;  // null: empty
   std::string ticket;
   std::int32_t ticketId = 0;
@@ -105,15 +118,15 @@ void DownloadItem::reportKeyChange() const {
 DownloadItem::DownloadItem()
     : version_(nextVersion()), id_(nextId()), impl_(std::make_unique<DownloadItemImpl>()) {}
 
-DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : DownloadItem() {
+DownloadItem::DownloadItem(const DownloadItemInterface* source) : DownloadItem() {
   impl_->uid = source->getUID();
   status_ = source->getStatus();
   impl_->size = source->getSize();
   impl_->percentDownloaded = source->getPercentDownloaded();
-  impl_->path = source->getPath();
-  impl_->url = source->getUrl();
+  copy(impl_->path, *source, &DownloadItem::path, &DownloadItemInterface::getPath);
+  copy(impl_->url, *source, &DownloadItem::url, &DownloadItemInterface::getUrl);
   impl_->ticket = source->getTicket();
-  impl_->title = source->getTitle();
+  copy(impl_->title, *source, &DownloadItem::title, &DownloadItemInterface::getTitle);
   impl_->contentProviderDisplayName = sharedName(source->getContentProviderDisplayName());
   impl_->ticketAlreadyTorn = source->getTicketAlreadyTorn();
   impl_->contentEncryptionUsageId =
@@ -129,6 +142,12 @@ DownloadItem::DownloadItem(const VeskPlayerX::DownloadItemInterface* source) : D
 }
 
 DownloadItem::~DownloadItem() = default;
+
+const ItemText& DownloadItem::path() const { return impl_->path; }
+
+const ItemText& DownloadItem::url() const { return impl_->url; }
+
+const ItemText& DownloadItem::title() const { return impl_->title; }
 
 #ifdef VESK_ITEMS_APART
 void* DownloadItem::operator new(std::size_t size) { return ::operator new(size); }
@@ -155,11 +174,11 @@ void DownloadItem::setId(unsigned int id) {
   reportKeyChange();
 }
 
-const std::wstring& DownloadItem::getPath() const { return impl_->path; }
+const std::wstring& DownloadItem::getPath() const { return impl_->path.wide(); }
 
 void DownloadItem::setPath(const std::wstring& path) { setKept(impl_->path, path); }
 
-const std::wstring& DownloadItem::getUrl() const { return impl_->url; }
+const std::wstring& DownloadItem::getUrl() const { return impl_->url.wide(); }
 
 void DownloadItem::setUrl(const std::wstring& url) {
   setKept(impl_->url, url);
@@ -174,7 +193,7 @@ int DownloadItem::getPercentDownloaded() const { return impl_->percentDownloaded
 
 void DownloadItem::setPercentDownloaded(int percent) { setKept(impl_->percentDownloaded, percent); }
 
-const std::wstring& DownloadItem::getTitle() const { return impl_->title; }
+const std::wstring& DownloadItem::getTitle() const { return impl_->title.wide(); }
 
 void DownloadItem::setTitle(const std::wstring& title) { setKept(impl_->title, title); }
 

@@ -9,6 +9,7 @@
 
 #include "VeskPlayerX/DownloadItemInterface.h"
 #include "VeskPlayerX/DownloadStatus.h"
+#include "item/ItemText.h"
 
 /// One entry of the download queue: a film to fetch, where it goes and how far it has got.
 ///
@@ -38,14 +39,26 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
   /// gives a new number, above 0, that no item has had before.
   std::uint64_t version() const { return version_; }
 
-  /// The version of any item; 0 for one of another class, derived ones included: it could answer
-  /// with fields that are not the item's.
+  /// The item as one of this class; null for one of another class, derived ones included: it could
+  /// answer with fields that are not the item's.
   ///
   /// Inline because every save asks each item of the queue.
-  static std::uint64_t versionOf(const VeskPlayerX::DownloadItemInterface& item) {
-    if (typeid(item) != typeid(DownloadItem)) return 0;
-    return static_cast<const DownloadItem&>(item).version();
+  static const DownloadItem* exactly(const VeskPlayerX::DownloadItemInterface& item) {
+    return typeid(item) == typeid(DownloadItem) ? static_cast<const DownloadItem*>(&item) : nullptr;
   }
+
+  /// The version of any item; 0 for one of another class.
+  static std::uint64_t versionOf(const VeskPlayerX::DownloadItemInterface& item) {
+    const DownloadItem* const same = exactly(item);
+    return same != nullptr ? same->version() : 0;
+  }
+
+  // The texts as they are kept. For what goes through a whole queue, which takes far more memory
+  // once its texts were asked for as wide ones.
+
+  const ItemText& path() const;
+  const ItemText& url() const;
+  const ItemText& title() const;
 
   /// Has `changed` set, from now on, whenever the id or the address of this item is set, on the
   /// thread that does so. Copies do not report. Not owned; outlives the item.

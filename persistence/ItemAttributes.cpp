@@ -25,8 +25,23 @@ std::uint64_t uint64Of(std::string_view value) {
 
 bool flagOf(std::string_view value) { return StringTools::stringToBool(std::string(value)); }
 
+/// Gives a text as it is kept.
+void giveText(const Item& item, const ItemText& (DownloadItem::*kept)() const,
+              const std::wstring& (Item::*wide)() const, FieldSink& sink) {
+  const DownloadItem* const own = DownloadItem::exactly(item);
+  const auto ascii = own != nullptr ? (own->*kept)().ascii() : std::nullopt;
+  if (ascii) {
+    sink.takeBytes(*ascii);
+  } else {
+    sink.takeText((item.*wide)());
+  }
+}
+
 constexpr std::array<ItemAttribute, 12> kTable{{
-    {"title", [](const Item& item, FieldSink& sink) { sink.takeText(item.getTitle()); },
+    {"title",
+     [](const Item& item, FieldSink& sink) {
+       giveText(item, &DownloadItem::title, &Item::getTitle, sink);
+     },
      [](std::string_view value, const Spelling& spelling, DownloadItem& item) {
        item.setTitle(spelling.text(value));
      }},
@@ -53,7 +68,10 @@ constexpr std::array<ItemAttribute, 12> kTable{{
      [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
        item.setPercentDownloaded(static_cast<std::int32_t>(uint64Of(value)));
      }},
-    {"filePath", [](const Item& item, FieldSink& sink) { sink.takeText(item.getPath()); },
+    {"filePath",
+     [](const Item& item, FieldSink& sink) {
+       giveText(item, &DownloadItem::path, &Item::getPath, sink);
+     },
      [](std::string_view value, const Spelling& spelling, DownloadItem& item) {
        item.setPath(spelling.text(value));
      }},
@@ -82,7 +100,10 @@ constexpr std::array<ItemAttribute, 12> kTable{{
      [](std::string_view value, const Spelling& /*spelling*/, DownloadItem& item) {
        item.setTicketAlreadyTorn(flagOf(value));
      }},
-    {"url", [](const Item& item, FieldSink& sink) { sink.takeText(item.getUrl()); },
+    {"url",
+     [](const Item& item, FieldSink& sink) {
+       giveText(item, &DownloadItem::url, &Item::getUrl, sink);
+     },
      [](std::string_view value, const Spelling& spelling, DownloadItem& item) {
        item.setUrl(spelling.text(value));
      }},

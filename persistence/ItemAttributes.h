@@ -26,7 +26,7 @@ class FieldSink {
   FieldSink& operator=(const FieldSink&) = delete;
 
   virtual void takeText(const std::wstring& text) = 0;
-  virtual void takeBytes(const std::string& bytes) = 0;
+  virtual void takeBytes(std::string_view bytes) = 0;  ///< UTF-8, ASCII wide text too
 
   virtual void takeSigned(std::int32_t value) = 0;
   virtual void takeUnsigned(std::uint64_t value) = 0;

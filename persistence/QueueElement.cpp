@@ -29,13 +29,13 @@ class ValueWriter : public FieldSink {
     if (appendPlain(text)) return;
     // ASCII is the same in both, and often all there is.
     if (std::all_of(text.begin(), text.end(), isAsciiUnit)) {
-      return takeBytes({text.begin(), text.end()});
+      return takeBytes(std::string(text.begin(), text.end()));
     }
     appendEscaped(document_, utf8Of(carriedByXml(text, limit_)));
   }
 
-  void takeBytes(const std::string& bytes) override {
-    if (!appendPlain(bytes)) appendEscaped(document_, carriedByXml(bytes, limit_));
+  void takeBytes(std::string_view bytes) override {
+    if (!appendPlain(bytes)) appendEscaped(document_, carriedByXml(std::string(bytes), limit_));
   }
 
   void takeSigned(std::int32_t value) override { document_ += StringTools::int32ToString(value); }
@@ -67,7 +67,7 @@ class TextLengths : public FieldSink {
   std::uint64_t sum() const { return sum_; }
 
   void takeText(const std::wstring& text) override { sum_ += std::min(text.size(), limit_); }
-  void takeBytes(const std::string& bytes) override { sum_ += std::min(bytes.size(), limit_); }
+  void takeBytes(std::string_view bytes) override { sum_ += std::min(bytes.size(), limit_); }
   void takeSigned(std::int32_t /*value*/) override {}
   void takeUnsigned(std::uint64_t /*value*/) override {}
   void takeFlag(bool /*value*/) override {}

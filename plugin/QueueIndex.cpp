@@ -13,6 +13,11 @@ void erase(Map& map, const QueueIndex::Item& item) {
   if (entry != map.items.end() && entry->second == &item) map.items.erase(entry);
 }
 
+bool hasUrl(const QueueIndex::Item& item, const std::wstring& url) {
+  const DownloadItem* const own = DownloadItem::exactly(item);
+  return own != nullptr ? own->url() == url : item.getUrl() == url;
+}
+
 template <class Map>
 void empty(Map& map) {
   map.items.clear();
@@ -36,13 +41,18 @@ void QueueIndex::clear() {
   empty(urls_);
 }
 
+std::size_t QueueIndex::hashOfUrl(const Item& item) {
+  const DownloadItem* const own = DownloadItem::exactly(item);
+  return own != nullptr ? own->url().hash() : ItemText::hashOf(item.getUrl());
+}
+
 QueueIndex::Answer QueueIndex::withId(const Items& items, unsigned int id) {
   return find(ids_, items, id);
 }
 
 QueueIndex::Answer QueueIndex::withUrl(const Items& items, const std::wstring& url) {
-  const Answer answer = find(urls_, items, hashOf(url));
-  const bool isAnother = answer && *answer != nullptr && (*answer)->getUrl() != url;
+  const Answer answer = find(urls_, items, ItemText::hashOf(url));
+  const bool isAnother = answer && *answer != nullptr && !hasUrl(**answer, url);
   return isAnother ? nullptr : answer;
 }
 

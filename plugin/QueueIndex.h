@@ -52,10 +52,10 @@ class QueueIndex {
   Answer find(Map<Key>& map, const Items& items, Key key);
 
   Map<unsigned int> ids_{[](const Item& item) { return item.getId(); }};
-  Map<std::size_t> urls_{[](const Item& item) { return hashOf(item.getUrl()); }};
+  Map<std::size_t> urls_{hashOfUrl};
   std::atomic<bool> hasChangedKeys_{false};  ///< set by the items themselves
 
-  static std::size_t hashOf(const std::wstring& url) { return std::hash<std::wstring>()(url); }
+  static std::size_t hashOfUrl(const Item& item);
 };
 
 }  // namespace plugin
