@@ -7,7 +7,6 @@
 #include "kvpm/StringTools.h"
 #include "persistence/ItemAttributes.h"
 #include "persistence/WideText.h"
-#include "persistence/XmlReader.h"
 
 namespace persistence {
 namespace {
@@ -90,13 +89,18 @@ QueueFormat formatOf(std::string_view head) {
 }
 
 QueueReading readQueueDocument(std::string_view bytes, QueueFormat format) {
+  return readQueueDocument(sourceOf(bytes), format);
+}
+
+QueueReading readQueueDocument(const XmlSource& source, QueueFormat format) {
   ItemBuilder builder(format == QueueFormat::kLegacy ? kLegacyFormat : kCurrentFormat);
-  switch (readXml(bytes, builder)) {
+  switch (readXml(source, builder)) {
     case XmlResult::kRead:
       return {QueueOutcome::kRead, builder.takeItems()};
     case XmlResult::kRefused:
       return {QueueOutcome::kRefused, {}};
     case XmlResult::kOutOfMemory:
+    case XmlResult::kUnreadable:
       break;
   }
   return {QueueOutcome::kUnavailable, {}};

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "persistence/ItemList.h"
+#include "persistence/XmlReader.h"
 
 /// The text of a queue file. All functions are pure and may be called from any thread.
 namespace persistence {
@@ -56,6 +57,7 @@ struct QueueReading {
 };
 
 /// Reads a document as one of the format, `kCurrent` or `kLegacy`.
+QueueReading readQueueDocument(const XmlSource& source, QueueFormat format);
 QueueReading readQueueDocument(std::string_view bytes, QueueFormat format);
 
 }  // namespace persistence

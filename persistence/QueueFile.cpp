@@ -63,11 +63,14 @@ QueueReading readQueueFile(const std::wstring& path, QueueFormat format) {
   const std::int64_t size = file.getTotalSize();
   if (size > kLargestFile) return {QueueOutcome::kRefused, {}};
   if (size < 0) return {QueueOutcome::kUnavailable, {}};
-  std::optional<std::string> bytes = readSome(file, static_cast<std::size_t>(size));
-  const bool isWhole = bytes && bytes->size() == static_cast<std::size_t>(size);
-  if (!isWhole) return {QueueOutcome::kUnavailable, {}};
-  file.close();
-  return readQueueDocument(*bytes, format);
+  auto left = static_cast<std::size_t>(size);
+  const auto readNext = [&file, &left](char* buffer, std::size_t most) -> std::int64_t {
+    if (left == 0) return 0;
+    const std::int64_t got = file.read(buffer, std::min(most, left));
+    if (got > 0) left -= static_cast<std::size_t>(got);
+    return got > 0 ? got : -1;  // the end must not come early
+  };
+  return readQueueDocument(readNext, format);
 }
 
 bool isThere(const std::wstring& path) {

@@ -1,7 +1,7 @@
 #include "persistence/XmlGuard.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <cstdint>
 
 namespace persistence {
 namespace {
@@ -13,56 +13,71 @@ constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::uint64_t kMostComparisons = 2'000'000'000;
 
 /// Elements with no more than this cost little, however many a readable file holds.
-constexpr int kFewAttributes = 16;
+constexpr std::uint64_t kFewAttributes = 16;
 
 bool isQuote(char c) { return c == '"' || c == '\''; }
-
-/// The attributes of the tag that `text`, which ends before the next "<", begins with. No value
-/// holds a "<", and a ">" ends the tag wherever it stands outside a value.
-std::uint64_t countAttributes(std::string_view text) {
-  std::uint64_t count = 0;
-  std::size_t at = text.find_first_of("=>");
-  while (at != std::string_view::npos && text[at] == '=') {
-    at = text.find_first_not_of(kBlanks, at + 1);
-    if (at == std::string_view::npos) break;
-    if (isQuote(text[at])) {
-      ++count;
-      at = text.find(text[at], at + 1);
-      if (at == std::string_view::npos) break;
-    }
-    at = text.find_first_of("=>", at);
-  }
-  return count;
-}
 
 /// Few tags have more "=" than an item has attributes, and looking for "=" is far cheaper than
 /// counting attributes.
 bool mayHaveManyAttributes(std::string_view tag) {
   std::size_t at = 0;
-  for (int signs = 0; signs <= kFewAttributes; ++signs) {
+  for (std::uint64_t signs = 0; signs <= kFewAttributes; ++signs) {
     at = tag.find('=', at);
     if (at++ == std::string_view::npos) return false;
   }
   return true;
 }
 
-std::uint64_t countComparisons(std::string_view tag) {
-  if (!mayHaveManyAttributes(tag)) return 0;
-  const std::uint64_t attributes = countAttributes(tag);
-  return attributes * attributes / 2;
-}
-
 }  // namespace
 
-bool isHarmlessXml(std::string_view bytes) {
-  std::uint64_t comparisons = 0;
-  for (std::size_t begin = bytes.find('<'); begin != std::string_view::npos;) {
+/// A "<" begins a tag wherever it stands: no value holds one.
+bool XmlGuard::take(std::string_view bytes) {
+  std::size_t begin = bytes.find('<');
+  takeTag(bytes.substr(0, begin));  // the rest of one
+  while (begin != std::string_view::npos) {
     const std::size_t end = bytes.find('<', begin + 1);
-    comparisons += countComparisons(bytes.substr(begin, end - begin));
-    if (comparisons > kMostComparisons) return false;
+    const std::string_view tag = bytes.substr(begin + 1, end - begin - 1);
+    const bool isCut = end == std::string_view::npos;
+    place_ = Place::kInTag;
+    attributes_ = 0;
+    if (isCut || mayHaveManyAttributes(tag)) takeTag(tag);
     begin = end;
   }
-  return true;
+  return comparisons_ <= kMostComparisons;
+}
+
+/// Takes what follows of the present tag, in which there is no "<".
+void XmlGuard::takeTag(std::string_view text) {
+  std::size_t at = 0;
+  while (at < text.size() && place_ != Place::kOutside) at = step(text, at);
+}
+
+/// Takes at least one character, or leaves its place. Returns the index of the next character. A
+/// ">" ends the tag wherever it stands outside a value.
+std::size_t XmlGuard::step(std::string_view text, std::size_t at) {
+  switch (place_) {
+    case Place::kInTag:
+      at = std::min(text.find_first_of("=>", at), text.size());
+      if (at == text.size()) return at;
+      place_ = text[at] == '=' ? Place::kBehindSign : Place::kOutside;
+      return at + 1;
+    case Place::kBehindSign:
+      at = std::min(text.find_first_not_of(kBlanks, at), text.size());
+      if (at == text.size()) return at;
+      place_ = isQuote(text[at]) ? Place::kInValue : Place::kInTag;
+      if (place_ == Place::kInTag) return at;
+      quote_ = text[at];
+      if (++attributes_ > kFewAttributes) comparisons_ += attributes_;
+      return at + 1;
+    case Place::kInValue:
+      at = std::min(text.find(quote_, at), text.size());
+      if (at == text.size()) return at;
+      place_ = Place::kInTag;
+      return at + 1;
+    case Place::kOutside:
+      break;
+  }
+  return text.size();
 }
 
 }  // namespace persistence

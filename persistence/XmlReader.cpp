@@ -16,6 +16,12 @@
 namespace persistence {
 namespace {
 
+/// The library counts bytes in an int.
+constexpr std::uint64_t kLargestDocument = std::numeric_limits<int>::max();
+
+/// Bytes that are read at once. The processor's cache holds them until they are parsed.
+constexpr std::size_t kPiece = std::size_t{1} << 16U;
+
 constexpr const char* kDocumentName = "noname.xml";
 
 /// Has the library decode the references in values, "&amp;" too, and read elements of any length.
@@ -72,18 +78,16 @@ struct FreeContext {
 /// One run of the parser. The library is C, so its callbacks let no exception through.
 class Parser {
  public:
-  explicit Parser(XmlHandler& handler) : handler_(handler) {}
+  Parser(const XmlSource& source, XmlHandler& handler) : source_(source), handler_(handler) {}
 
-  XmlResult parse(std::string_view bytes) {
+  XmlResult parse() {
     const XmlReports reports;
-    roomForDefaults_ = bytes.size();
-    unread_ = bytes;
-    // In pieces, because the library would copy a text that it is given whole.
     context_.reset(
         xmlCreateIOParserCtxt(nullptr, nullptr, onRead, nullptr, this, XML_CHAR_ENCODING_NONE));
     if (context_ == nullptr) return XmlResult::kOutOfMemory;
     prepare();
     xmlParseDocument(context_.get());
+    if (isUnreadable_) return XmlResult::kUnreadable;
     if (outOfMemory_ || reports.outOfMemory()) return XmlResult::kOutOfMemory;
     return context_->wellFormed != 0 && !isRefused_ ? XmlResult::kRead : XmlResult::kRefused;
   }
@@ -104,10 +108,28 @@ class Parser {
   }
 
   static int onRead(void* parser, char* buffer, int length) {
-    std::string_view& unread = static_cast<Parser*>(parser)->unread_;
-    const std::size_t count = unread.copy(buffer, static_cast<std::size_t>(length));
-    unread.remove_prefix(count);
+    auto& self = *static_cast<Parser*>(parser);
+    try {
+      if (self.unread_.empty() && !self.fetch()) return -1;
+    } catch (const std::bad_alloc&) {
+      self.outOfMemory_ = true;
+      return -1;
+    }
+    const std::size_t count = self.unread_.copy(buffer, static_cast<std::size_t>(length));
+    self.unread_.remove_prefix(count);
     return static_cast<int>(count);
+  }
+
+  /// Gets the next piece. False when the library is not to read it.
+  bool fetch() {
+    piece_.resize(kPiece);
+    const std::int64_t got = source_(piece_.data(), piece_.size());
+    isUnreadable_ = got < 0;
+    if (isUnreadable_) return false;
+    unread_ = std::string_view(piece_).substr(0, static_cast<std::size_t>(got));
+    read_ += unread_.size();
+    isRefused_ = read_ > kLargestDocument || !guard_.take(unread_);
+    return !isRefused_;
   }
 
   static void onStart(void* parser, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
@@ -145,8 +167,8 @@ class Parser {
   bool hasRoomForDefaults(const xmlChar** attributes, int count, int defaultedCount) {
     for (int i = count - defaultedCount; i < count; ++i) {
       const std::size_t length = valueOf(attributes + i * kPointersPerAttribute).size();
-      if (length > roomForDefaults_) return false;
-      roomForDefaults_ -= length;
+      defaults_ += length;
+      if (defaults_ > read_) return false;
     }
     return true;
   }
@@ -156,12 +178,17 @@ class Parser {
     xmlStopParser(context_.get());
   }
 
+  const XmlSource& source_;
   XmlHandler& handler_;
   std::unique_ptr<xmlParserCtxt, FreeContext> context_;
-  std::string_view unread_;
-  std::size_t roomForDefaults_ = 0;
+  XmlGuard guard_;
+  std::string piece_;
+  std::string_view unread_;     // of the piece
+  std::uint64_t read_ = 0;      // bytes of the document
+  std::uint64_t defaults_ = 0;  // bytes of default values
   int depth_ = 0;
   bool isRefused_ = false;
+  bool isUnreadable_ = false;
   bool outOfMemory_ = false;
 };
 
@@ -178,11 +205,16 @@ std::optional<std::string_view> XmlAttributes::find(std::string_view name) const
   return std::nullopt;
 }
 
-XmlResult readXml(std::string_view bytes, XmlHandler& handler) {
-  const bool isCountable =
-      bytes.size() <= static_cast<std::size_t>(std::numeric_limits<int>::max());
-  if (bytes.empty() || !isCountable || !isHarmlessXml(bytes)) return XmlResult::kRefused;
-  return Parser(handler).parse(bytes);
+XmlSource sourceOf(std::string_view bytes) {
+  return [bytes](char* buffer, std::size_t size) mutable {
+    const std::size_t count = bytes.copy(buffer, size);
+    bytes.remove_prefix(count);
+    return static_cast<std::int64_t>(count);
+  };
+}
+
+XmlResult readXml(const XmlSource& source, XmlHandler& handler) {
+  return Parser(source, handler).parse();
 }
 
 }  // namespace persistence

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -42,12 +44,20 @@ enum class XmlResult {
   kRead,
   kRefused,      ///< not well-formed, hostile, larger than 2 GiB, or refused by the handler
   kOutOfMemory,  ///< the handler may have missed something
+  kUnreadable,   ///< the source has failed; the same
 };
 
-/// Reads a document. Nothing is printed, and no other file is opened. Documents that cost far more
-/// memory or time than their size suggests are refused: those with entity declarations, with
-/// default values that add up to more than the document itself, and with very many attributes in an
-/// element.
-XmlResult readXml(std::string_view bytes, XmlHandler& handler);
+/// Gives the next bytes of a document, up to `size` of them, to `buffer`. Returns how many; 0
+/// behind the last one, and less when they cannot be read now. It may throw `std::bad_alloc`.
+using XmlSource = std::function<std::int64_t(char* buffer, std::size_t size)>;
+
+/// The source of a document that is there as a whole and outlives it.
+XmlSource sourceOf(std::string_view bytes);
+
+/// Reads a document piece by piece. Nothing is printed, and no other file is opened. Documents that
+/// cost far more memory or time than their size suggests are refused: those with entity
+/// declarations, with default values that add up to more than what was read until then, and with
+/// very many attributes in an element.
+XmlResult readXml(const XmlSource& source, XmlHandler& handler);
 
 }  // namespace persistence

@@ -14,6 +14,20 @@ std::string elementWith(int attributes, const std::string& value = "''") {
   return element + "/>";
 }
 
+/// Whether the library may read these bytes, however they are cut.
+bool isHarmlessXml(const std::string& bytes) {
+  const bool isHarmless = XmlGuard().take(bytes);
+  for (const std::size_t size : {1U, 2U, 3U, 7U, 100U, 65'536U}) {
+    XmlGuard guard;
+    bool isHarmlessInPieces = true;
+    for (std::size_t at = 0; at < bytes.size() && isHarmlessInPieces; at += size) {
+      isHarmlessInPieces = guard.take(std::string_view(bytes).substr(at, size));
+    }
+    EXPECT_EQ(isHarmless, isHarmlessInPieces) << "in pieces of " << size;
+  }
+  return isHarmless;
+}
+
 TEST(XmlGuard, OrdinaryDocumentsAreHarmless) {
   EXPECT_TRUE(isHarmlessXml(""));
   EXPECT_TRUE(isHarmlessXml("no markup at all"));
