@@ -17,7 +17,7 @@ inline constexpr int kJsonVersion = 1;
 /// One item of a printed queue.
 struct Listing {
   int position = 0;  ///< from 1 on
-  model::ItemState item{};
+  const model::ItemState& item;
   model::Progress progress{};                    ///< of an item that is arriving
   std::optional<reasons::Explanation> reason{};  ///< of a failed item, where it is known
   std::string oddity{};                          ///< of a complete film; empty if absent

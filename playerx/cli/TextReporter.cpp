@@ -72,16 +72,18 @@ class LineReporter : public Reporter {
 
   void listed(const Listing& listing) override {
     const ItemState& item = listing.item;
-    out_ << listing.position << ". " << model::statusWord(item.status) << ' ' << item.percent
-         << " % " << nameOf(item) << sizeNote(item) << paceNote(listing.progress);
-    if (!item.provider.empty()) out_ << ", " << printable(item.provider);
+    // As a whole: a long queue has many, and a stream takes long for each piece.
+    std::string text = std::to_string(listing.position) + ". " + model::statusWord(item.status) +
+                       ' ' + std::to_string(item.percent) + " % " + nameOf(item) + sizeNote(item) +
+                       paceNote(listing.progress);
+    if (!item.provider.empty()) text += ", " + printable(item.provider);
     // A film that has failed is not at the place that was chosen for it.
     const bool hasPlace = !item.path.empty() && item.status != DownloadStatusFailed;
-    if (hasPlace) out_ << " -> " << printable(item.path);
-    if (listing.reason) out_ << "\n   " << printable(listing.reason->sentence());
-    if (!listing.oddity.empty()) out_ << "\n   " << printable(listing.oddity);
-    if (listing.isLong && !item.url.empty()) out_ << "\n   " << printable(item.url);
-    out_ << '\n';  // `listedAll` flushes
+    if (hasPlace) text += " -> " + printable(item.path);
+    if (listing.reason) text += "\n   " + printable(listing.reason->sentence());
+    if (!listing.oddity.empty()) text += "\n   " + printable(listing.oddity);
+    if (listing.isLong && !item.url.empty()) text += "\n   " + printable(item.url);
+    out_ << text << '\n';  // `listedAll` flushes
   }
 
   void listedAll(const QueueProgress& queue) override { out_ << sentenceOf(queue) << std::endl; }

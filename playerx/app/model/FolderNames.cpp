@@ -53,8 +53,8 @@ bool FolderNames::lacks(std::string_view folder, std::string_view name) {
   if (known == folders_.end()) known = folders_.emplace(folder, Folder()).first;
   Folder& names = known->second;
   if (++names.asked == kFewFiles) names.hashes = hashesOfNames(known->first);
-  return names.hashes &&
-         !std::binary_search(names.hashes->begin(), names.hashes->end(), hashOf(name));
+  if (!names.hashes || names.hashes->empty()) return names.hashes.has_value();
+  return !std::binary_search(names.hashes->begin(), names.hashes->end(), hashOf(name));
 }
 
 }  // namespace playerx::model

@@ -1,6 +1,7 @@
 #include "playerx/app/model/TextFormat.h"
 
 #include <array>
+#include <charconv>
 #include <cstdio>
 
 namespace playerx::model {
@@ -15,8 +16,9 @@ std::string formatBytes(std::uint64_t bytes) {
     ++unit;
   }
   std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.1f %s", value, kUnits.at(unit));
-  return text.data();
+  const std::to_chars_result end =
+      std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 1);
+  return std::string(text.data(), end.ptr) + " " + kUnits.at(unit);
 }
 
 std::pair<std::string, std::string> formatApart(std::uint64_t one, std::uint64_t other) {

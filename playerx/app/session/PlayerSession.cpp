@@ -45,8 +45,9 @@ PlayerSession::PlayerSession(const SessionOptions& options, SessionListener list
 PlayerSession::~PlayerSession() { close(); }
 
 std::string PlayerSession::open(Access access) {
-  std::string problem = lackOfResources();
-  if (problem.empty()) problem = access == Access::kLook ? openCopy() : openForChange(access);
+  const bool isLook = access == Access::kLook;
+  std::string problem = lackOfResources(isLook ? kThreadsToLook : kThreadsToDownload);
+  if (problem.empty()) problem = isLook ? openCopy() : openForChange(access);
   if (!problem.empty() && !isTaken_) close();
   return problem;
 }
@@ -78,11 +79,9 @@ std::string PlayerSession::openForChange(Access access) {
 /// here it does so to a copy.
 std::string PlayerSession::openCopy() {
   const SavedQueue original(places_.data);
-  std::string problem = original.readProblem();
-  if (!problem.empty()) return problem;
   const QTemporaryDir folder;
   if (!folder.isValid()) return "The queue cannot be copied: " + folder.errorString().toStdString();
-  problem = original.copyTo(folder.path().toStdString());
+  std::string problem = original.copyTo(folder.path().toStdString());
   if (!problem.empty()) return problem;
   saved_ = std::make_unique<SavedQueue>(folder.path().toStdString());
   setApplicationDataPath(folder.path());

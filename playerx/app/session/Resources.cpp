@@ -14,9 +14,8 @@ namespace playerx::session {
 
 namespace {
 
-// A download takes about 20 files and 8 threads.
+// A download takes about 20 files.
 constexpr rlim_t kFiles = 32;
-constexpr std::size_t kThreads = 12;
 
 /// With room for all processes that may use the queue of this one too.
 constexpr rlim_t kFilesWithVisitors = 192;
@@ -33,29 +32,30 @@ rlim_t raiseFileLimit() {
 }
 
 /// The system tells how many threads there may be in more places than a process can look at.
-bool mayStartThreads() {
+bool mayStartThreads(std::size_t count) {
   std::promise<void> end;
   const std::shared_future<void> ended = end.get_future().share();
   std::vector<std::thread> threads;
   try {
-    while (threads.size() < kThreads)
+    while (threads.size() < count) {
       threads.push_back(startQuietThread([ended] { ended.wait(); }));
+    }
   } catch (const std::exception&) {
   }
   end.set_value();
   for (std::thread& thread : threads) thread.join();
-  return threads.size() == kThreads;
+  return threads.size() == count;
 }
 
 }  // namespace
 
-std::string lackOfResources() {
+std::string lackOfResources(std::size_t threads) {
   const rlim_t files = raiseFileLimit();
   if (files < kFiles) {
     return "Only " + std::to_string(files) + " files may be open at once, and " +
            std::to_string(kFiles) + " are needed; raise the limit (ulimit -n) and try again.";
   }
-  if (!mayStartThreads()) {
+  if (!mayStartThreads(threads)) {
     return "The system lets no more threads be started; end other programs or raise the limit "
            "(ulimit -u), and try again.";
   }

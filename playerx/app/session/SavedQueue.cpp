@@ -53,6 +53,12 @@ std::string wordsOf(int error) {
   return error == 0 ? "writing failed" : std::generic_category().message(error);
 }
 
+std::string unreadable(const std::string& file, int error) {
+  return "The queue file " + file + " cannot be read (" + wordsOf(error) +
+         "); nothing was changed. Try again, make it readable, or choose another folder with "
+         "--data.";
+}
+
 /// Setting a field to its own value has the manager save the queue like any change; letting a
 /// queue without items go on does the same. It writes only what the file does not hold already.
 void saveOnceMore(DownloadManagerInterface& manager, QueueReaderInterface& reader) {
@@ -126,27 +132,31 @@ int copyContent(const std::string& from, const std::string& to) {
 SavedQueue::SavedQueue(const std::string& folder)
     : folder_(folder), file_(folder + "/" + kQueueFile), told_(filesTold()) {}
 
-std::string SavedQueue::readProblem() const {
+/// Why what lies there cannot be a queue file, whatever is in it.
+std::string SavedQueue::kindProblem() const {
   for (const char* const name : {kQueueFile, kLegacyFile}) {
     const std::string kind = wrongKind(folder_ + "/" + name);
     if (kind.empty()) continue;
     return "The queue file " + folder_ + "/" + name + " is " + kind +
            "; nothing was changed. Move it away, or choose another folder with --data.";
   }
-  const int error = readError(file_);
-  if (error == 0) return {};
-  return "The queue file " + file_ + " cannot be read (" + wordsOf(error) +
-         "); nothing was changed. Try again, make it readable, or choose another folder with "
-         "--data.";
+  return {};
+}
+
+std::string SavedQueue::readProblem() const {
+  std::string problem = kindProblem();
+  const int error = problem.empty() ? readError(file_) : 0;
+  return error == 0 ? problem : unreadable(file_, error);
 }
 
 std::string SavedQueue::copyTo(const std::string& folder) const {
+  std::string problem = kindProblem();
+  if (!problem.empty()) return problem;
   for (const char* const name : {kQueueFile, kLegacyFile}) {
     const std::string from = folder_ + "/" + name;
     const int error = copyContent(from, folder + "/" + name);
     if (error != 0 && error != ENOENT) {
-      return "The queue file " + from + " cannot be read (" + wordsOf(error) +
-             "); nothing was changed.";
+      return unreadable(from, error);
     }
   }
   return {};

@@ -25,8 +25,8 @@ class SavedQueue {
   /// an empty queue.
   std::string readProblem() const;
 
-  /// Copies the file, and that of an earlier release, to another folder. Returns why it
-  /// could not, else "".
+  /// Copies the file, and that of an earlier release, to another folder. Returns why it could not,
+  /// as `readProblem` does, else "".
   std::string copyTo(const std::string& folder) const;
 
   /// What to say when the file turns out to be no queue.
@@ -75,6 +75,7 @@ class SavedQueue {
   bool hasFileSetAside() const { return !unreadableFiles().empty(); }
 
  private:
+  std::string kindProblem() const;
   std::set<std::string> unreadableFiles() const;
   std::set<std::string> filesTold() const;
   int tryToReplace() const;
