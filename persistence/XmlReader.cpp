@@ -24,9 +24,14 @@ constexpr std::size_t kPiece = std::size_t{1} << 16U;
 
 constexpr const char* kDocumentName = "noname.xml";
 
-/// Has the library decode the references in values, "&amp;" too, and read elements of any length.
-/// There are no entities to expand: their declarations are refused.
+/// Has the library decode the references in values, "&amp;" too. There are no entities to expand:
+/// their declarations are refused. Without its limits, because one of them is on what it buffers,
+/// and would be reached by an element of several long values; those that are kept follow.
 constexpr int kOptions = XML_PARSE_NOENT | XML_PARSE_HUGE;
+
+/// The library's own limits: bytes of a value, and elements around one.
+constexpr std::size_t kLongestValue = 10'000'000;
+constexpr int kDeepest = 256;
 
 /// The library's layout of an attribute: local name, prefix, namespace, value, and its end.
 constexpr int kPointersPerAttribute = 5;
@@ -137,7 +142,8 @@ class Parser {
                       int defaultedCount, const xmlChar** attributes) {
     auto& self = *static_cast<Parser*>(parser);
     try {
-      const bool isAccepted = self.hasRoomForDefaults(attributes, count, defaultedCount) &&
+      const bool isAccepted = self.isWithinLimits(attributes, count) &&
+                              self.hasRoomForDefaults(attributes, count, defaultedCount) &&
                               self.handler_.onElement(self.depth_++, localName(name, prefix, uri),
                                                       XmlAttributes(attributes, count));
       if (!isAccepted) self.refuse();
@@ -161,6 +167,13 @@ class Parser {
   static void onUnparsedEntity(void* parser, const xmlChar* /*name*/, const xmlChar* /*publicId*/,
                                const xmlChar* /*systemId*/, const xmlChar* /*notation*/) {
     static_cast<Parser*>(parser)->refuse();
+  }
+
+  bool isWithinLimits(const xmlChar** attributes, int count) const {
+    for (int i = 0; i < count; ++i) {
+      if (valueOf(attributes + i * kPointersPerAttribute).size() > kLongestValue) return false;
+    }
+    return depth_ <= kDeepest;
   }
 
   /// Default values come after the others.

@@ -94,5 +94,28 @@ TEST(LibraryTree, HoldsTheItemsThatAreRead) {
   EXPECT_GT(filled, 1'000);
 }
 
+std::string queueOf(const std::string& content) {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<DownloadQueue>" + content +
+         "</DownloadQueue>\n";
+}
+
+TEST(LibraryTree, ElementsAreReadAsDeepAsItHasThem) {
+  for (const std::size_t depth : {100U, 254U, 255U, 256U, 257U, 258U, 1'000U}) {
+    std::string nested = "<DownloadItem ticket='1'/>";
+    for (std::size_t i = 0; i < depth; ++i) nested = "<a>" + nested + "</a>";
+    const std::string document = queueOf("<DownloadItem ticket='2'/>" + nested);
+    EXPECT_EQ(ticketsRead(document), ticketsInTree(document)) << depth;
+  }
+}
+
+TEST(LibraryTree, ValuesAreReadAsLongAsItHasThem) {
+  for (const std::size_t length : {9'000'000U, 10'000'001U, 20'000'000U}) {
+    const std::string document =
+        queueOf("<DownloadItem ticket='1'/><DownloadItem ticket='" + std::string(length, 'a') +
+                "'/><DownloadItem ticket='2'/>");
+    EXPECT_TRUE(ticketsRead(document) == ticketsInTree(document)) << length;
+  }
+}
+
 }  // namespace
 }  // namespace persistence
