@@ -115,14 +115,24 @@ class Parser {
   static int onRead(void* parser, char* buffer, int length) {
     auto& self = *static_cast<Parser*>(parser);
     try {
-      if (self.unread_.empty() && !self.fetch()) return -1;
+      return self.give(buffer, static_cast<std::size_t>(length));
     } catch (const std::bad_alloc&) {
       self.outOfMemory_ = true;
       return -1;
     }
-    const std::size_t count = self.unread_.copy(buffer, static_cast<std::size_t>(length));
-    self.unread_.remove_prefix(count);
-    return static_cast<int>(count);
+  }
+
+  /// Gives the library as many bytes as it wants: it takes fewer for the end of a piece of markup.
+  int give(char* buffer, std::size_t length) {
+    std::size_t given = 0;
+    do {
+      if (unread_.empty() && !fetch()) return -1;
+      const std::size_t count = unread_.copy(buffer + given, length - given);
+      unread_.remove_prefix(count);
+      given += count;
+      if (count == 0) break;
+    } while (given < length);
+    return static_cast<int>(given);
   }
 
   /// Gets the next piece. False when the library is not to read it.

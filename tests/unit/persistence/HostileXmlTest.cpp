@@ -1,4 +1,5 @@
 // Documents made to cost memory, time or secrets.
+#include "persistence/QueueDocument.h"
 #include "tests/unit/persistence/QueueFileFixture.h"
 #include "tests/unit/persistence/Repeated.h"
 
@@ -119,6 +120,34 @@ TEST_F(HostileXml, AFileLargerThanTheLibraryCanCountIsNotRead) {
   ASSERT_THAT(read(), ElementsAre(titled(L"one")));
   std::filesystem::resize_file(file(), std::uintmax_t{5} << 30);
   EXPECT_THAT(read(), IsEmpty());
+}
+
+TEST(XmlSource, ADocumentThatCannotBeReadToItsEndIsUnavailable) {
+  const std::string document = queueHolding(repeated("<DownloadItem title=\"a\"/>", 3));
+  ASSERT_THAT(readQueueDocument(document, QueueFormat::kCurrent).items, SizeIs(3));
+  for (std::size_t readable = 0; readable <= document.size(); ++readable) {
+    const XmlSource bytes = sourceOf(std::string_view(document).substr(0, readable));
+    const auto failing = [&bytes](char* buffer, std::size_t size) {
+      const std::int64_t got = bytes(buffer, std::min<std::size_t>(size, 10));
+      return got == 0 ? -1 : got;
+    };
+    const QueueReading reading = readQueueDocument(failing, QueueFormat::kCurrent);
+    ASSERT_EQ(reading.outcome, QueueOutcome::kUnavailable) << readable;
+    ASSERT_THAT(reading.items, IsEmpty()) << readable;
+  }
+}
+
+TEST(XmlSource, ADocumentIsReadInPiecesOfAnySize) {
+  const std::string document = queueHolding(repeated("<DownloadItem title=\"\xC3\xA4\"/>", 3));
+  for (const std::size_t piece : {1U, 2U, 3U, 100U}) {
+    const XmlSource bytes = sourceOf(document);
+    const QueueReading reading = readQueueDocument(
+        [&](char* buffer, std::size_t size) { return bytes(buffer, std::min(size, piece)); },
+        QueueFormat::kCurrent);
+    EXPECT_EQ(reading.outcome, QueueOutcome::kRead);
+    ASSERT_THAT(reading.items, SizeIs(3));
+    EXPECT_EQ(reading.items[2]->getTitle(), L"\u00E4");
+  }
 }
 
 }  // namespace
