@@ -1,4 +1,3 @@
-#include <curl/curl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -110,7 +109,6 @@ int main(int argc, char** argv) {
   QCoreApplication::setOrganizationName("Vesk");
   QCoreApplication::setApplicationName("VeskPlayerX");
   QCoreApplication::setApplicationVersion(PLAYERX_VERSION);
-  curl_global_init(CURL_GLOBAL_DEFAULT);
 
   int status = cli::kExitDone;
   std::optional<cli::Options> options = cli::parseOptions(argc, argv, &status);

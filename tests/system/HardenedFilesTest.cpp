@@ -48,7 +48,7 @@ TEST_P(HardenedFiles, TakeNoLibraryFromTheFolderThatTheUserIsIn) {
   EXPECT_THAT(dynamic_, Not(ContainsRegex("PATH[^[]*\\[([^]]*:)?[^/$]"))) << "a relative path";
 }
 
-// The builds that are installed.
+// The builds that are installed. The others join sources, and with them what these call.
 #ifdef VESK_OPTIMISED
 TEST_P(HardenedFiles, NoticeAnOverwrittenStack) {
   EXPECT_THAT(symbols_, HasSubstr("__stack_chk_fail"));
@@ -58,6 +58,13 @@ TEST(HardenedModule, HasTheCLibraryCheckLengths) {
   support::Process process({"readelf", "--wide", "--dyn-syms", kLibraries.front()});
   ASSERT_EQ(process.wait(), 0) << process.errors();
   EXPECT_THAT(process.output(), ContainsRegex("__[a-z_]+_chk@"));
+}
+
+TEST(CommandLine, LoadsLibcurlOnlyWhenItAsksAServer) {
+  support::Process process({"readelf", "--wide", "--dynamic", "--dyn-syms", kPrograms.back()});
+  ASSERT_EQ(process.wait(), 0) << process.errors();
+  EXPECT_THAT(process.output(), Not(HasSubstr("libcurl")));
+  EXPECT_THAT(process.output(), Not(HasSubstr("curl_"))) << "the plug-ins have it from the library";
 }
 #endif
 
