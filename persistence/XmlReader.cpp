@@ -87,9 +87,7 @@ class Parser {
 
   XmlResult parse() {
     const XmlReports reports;
-    context_.reset(
-        xmlCreateIOParserCtxt(nullptr, nullptr, onRead, nullptr, this, XML_CHAR_ENCODING_NONE));
-    if (context_ == nullptr) return XmlResult::kOutOfMemory;
+    if (!connect()) return XmlResult::kOutOfMemory;
     prepare();
     xmlParseDocument(context_.get());
     if (isUnreadable_) return XmlResult::kUnreadable;
@@ -98,6 +96,20 @@ class Parser {
   }
 
  private:
+  /// Has the library read from the source. `xmlCreateIOParserCtxt` leaves the buffer behind when
+  /// memory is short. False when it is.
+  bool connect() {
+    context_.reset(xmlNewParserCtxt());
+    xmlParserInputBuffer* const buffer =
+        xmlParserInputBufferCreateIO(onRead, nullptr, this, XML_CHAR_ENCODING_NONE);
+    xmlParserInput* const input =
+        context_ != nullptr && buffer != nullptr
+            ? xmlNewIOInputStream(context_.get(), buffer, XML_CHAR_ENCODING_NONE)
+            : nullptr;
+    if (input == nullptr) xmlFreeParserInputBuffer(buffer);
+    return input != nullptr && inputPush(context_.get(), input) >= 0;
+  }
+
   void prepare() {
     xmlCtxtUseOptions(context_.get(), kOptions);
     context_->input->filename =
