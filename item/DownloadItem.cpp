@@ -152,8 +152,8 @@ const ItemText& DownloadItem::title() const { return impl_->title; }
 #ifdef VESK_ITEMS_APART
 void* DownloadItem::operator new(std::size_t size) { return ::operator new(size); }
 
-void DownloadItem::operator delete(void* memory, std::size_t size) {
-  ::operator delete(memory, size);
+void DownloadItem::operator delete(void* memory, std::size_t /*size*/) {
+  ::operator delete(memory);
 }
 #else
 void* DownloadItem::operator new(std::size_t size) { return itemMemory().take(size); }
