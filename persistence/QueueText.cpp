@@ -100,7 +100,7 @@ class QueueText::EditWriter {
   void keepRun() {
     for (; run_ > 0; --run_) {
       const Element& element = queue_.elements_[edit_.first + edit_.count++];
-      edit_.text.append(queue_.text_, edit_.begin + edit_.length, element.length);
+      edit_.text += queue_.text().substr(edit_.begin + edit_.length, element.length);
       edit_.length += element.length;
       edit_.elements.push_back(element);
     }
@@ -179,7 +179,7 @@ QueueText::Edit QueueText::rewrite(const Items& items) const {
 }
 
 bool QueueText::apply(Edit edit) {
-  const bool isChanged = text_.compare(edit.begin, edit.length, edit.text) != 0;
+  const bool isChanged = text().substr(edit.begin, edit.length) != edit.text;
   if (isChanged) {
     // Edits come in the order of their places.
     const std::size_t begin = change_.end == 0 ? edit.begin : std::min(change_.begin, edit.begin);

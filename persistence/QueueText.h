@@ -4,9 +4,11 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "VeskPlayerX/DownloadItemInterface.h"
+#include "persistence/EditedText.h"
 #include "persistence/QueueFile.h"
 
 namespace persistence {
@@ -30,7 +32,7 @@ class QueueText {
   const ByteRange& change() const { return change_; }
 
   /// The whole document; empty before the first update.
-  const std::string& text() const { return text_; }
+  std::string_view text() const { return text_.view(); }
 
  private:
   /// An item's element in the text.
@@ -61,7 +63,7 @@ class QueueText {
   Edit rewrite(const Items& items) const;
   bool apply(Edit edit);
 
-  std::string text_;
+  EditedText text_;
   ByteRange change_;
   std::vector<Element> elements_;  // of the items, in order; empty when no text can be kept
   std::uint64_t characters_ = 0;   // of all elements

@@ -18,7 +18,7 @@ std::string written(const ItemList& items) {
   for (const auto& item : items) queue.push_back(item.get());
   persistence::QueueText document;
   document.update(queue);
-  return document.text();
+  return std::string(document.text());
 }
 
 ItemList readBack(const std::string& document, std::size_t count) {

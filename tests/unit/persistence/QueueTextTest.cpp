@@ -209,7 +209,7 @@ class ChangingQueue {
 /// What an update says of its change: what stands before and behind it was there before.
 void expectNoOtherChange(const std::string& before, const QueueText& queue) {
   const auto [begin, end] = queue.change();
-  const std::string& text = queue.text();
+  const std::string_view text = queue.text();
   ASSERT_LE(end, text.size());
   ASSERT_EQ(text.substr(0, begin), before.substr(0, begin));
   ASSERT_TRUE(before.ends_with(text.substr(end)));
@@ -221,7 +221,7 @@ void expectTheLibrarysOwnText(ChangingQueue changing, int steps, std::size_t mos
   QueueText queue;
   for (int step = 0; step < steps; ++step) {
     changing.change(mostChanges);
-    const std::string before = queue.text();
+    const std::string before(queue.text());
     const bool isChanged = queue.update(changing.items());
     ASSERT_EQ(queue.text(), libraryDocument(changing.items())) << "step " << step;
     ASSERT_EQ(isChanged, queue.text() != before) << "step " << step;
