@@ -22,7 +22,7 @@ EditedText& EditedText::operator=(std::string text) noexcept {
 
 void EditedText::replace(std::size_t begin, std::size_t length, std::string_view part) {
   const std::size_t behind = size() - begin - length;
-  if (size() >= kLong && begin < behind) {
+  if (part.size() != length && size() >= kLong && begin < behind) {
     replaceMovingFront(begin, length, part);
   } else {
     buffer_.replace(begin_ + begin, length, part);
