@@ -101,6 +101,7 @@ struct DownloadItem::DownloadItemImpl {
   std::uint32_t timeRemaining = 0;
   std::uint32_t lastProgressUpdateTime = 0;
   std::int32_t contentEncryptionUsageId = 0;
+  std::atomic<bool>* keysChanged = nullptr;
   std::unique_ptr<KPB::DownloadInfo> downloadInfo;  // few items of a long queue have one
 };
 
@@ -111,8 +112,10 @@ void DownloadItem::setKept(Field& field, const Value& value) {
   version_ = nextVersion();
 }
 
+void DownloadItem::reportKeyChanges(std::atomic<bool>* changed) { impl_->keysChanged = changed; }
+
 void DownloadItem::reportKeyChange() const {
-  if (keysChanged_ != nullptr) *keysChanged_ = true;
+  if (impl_->keysChanged != nullptr) *impl_->keysChanged = true;
 }
 
 DownloadItem::DownloadItem()

@@ -41,16 +41,16 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
 
   /// The item as one of this class; null for one of another class, derived ones included: it could
   /// answer with fields that are not the item's.
-  ///
-  /// Inline because every save asks each item of the queue.
   static const DownloadItem* exactly(const VeskPlayerX::DownloadItemInterface& item) {
     return typeid(item) == typeid(DownloadItem) ? static_cast<const DownloadItem*>(&item) : nullptr;
   }
 
   /// The version of any item; 0 for one of another class.
+  ///
+  /// Inline because every save asks each item of the queue.
   static std::uint64_t versionOf(const VeskPlayerX::DownloadItemInterface& item) {
-    const DownloadItem* const same = exactly(item);
-    return same != nullptr ? same->version() : 0;
+    if (typeid(item) != typeid(DownloadItem)) return 0;
+    return static_cast<const DownloadItem&>(item).version();
   }
 
   // The texts as they are kept. For what goes through a whole queue, which takes far more memory
@@ -62,7 +62,7 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
 
   /// Has `changed` set, from now on, whenever the id or the address of this item is set, on the
   /// thread that does so. Copies do not report. Not owned; outlives the item.
-  void reportKeyChanges(std::atomic<bool>* changed) { keysChanged_ = changed; }
+  void reportKeyChanges(std::atomic<bool>* changed);
 
   unsigned long long getUID() const override;
   void setUID(unsigned long long uid) override;
@@ -113,7 +113,6 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
   void reportKeyChange() const;
 
   std::atomic<std::uint64_t> version_;  // two threads may set different fields of the worker's copy
-  std::atomic<bool>* keysChanged_ = nullptr;
 
   // Beside the version, because they are asked of every item of the queue as often.
   std::uint32_t id_;

@@ -39,6 +39,11 @@ std::uint64_t charactersOf(const QueueText::Items& items, std::size_t limit) {
 
 }  // namespace
 
+// Inline because every save asks it of each item of the queue.
+inline bool QueueText::Element::isOf(const DownloadItemInterface& item) const {
+  return version != kNoVersion && version == DownloadItem::versionOf(item);
+}
+
 /// Writes one edit: goes through the elements and the items that come in their place side by side,
 /// until they are the same for a while.
 class QueueText::EditWriter {
@@ -112,10 +117,6 @@ class QueueText::EditWriter {
   std::size_t run_ = 0;       // elements behind the edit that stay as they are
   std::uint64_t characters_;  // of all elements, those not yet dropped included
 };
-
-bool QueueText::Element::isOf(const DownloadItemInterface& item) const {
-  return version != kNoVersion && version == DownloadItem::versionOf(item);
-}
 
 void QueueText::Edit::append(const DownloadItemInterface& item, std::size_t limit,
                              std::uint32_t characters) {

@@ -15,6 +15,9 @@
 #undef curl_easy_getinfo
 #undef curl_easy_setopt
 
+// The header has the arguments of these two follow an enumeration, which is as wide as an int.
+#pragma GCC diagnostic ignored "-Wvarargs"
+
 namespace {
 
 /// The status of a program that the system cannot start for lack of a library.
