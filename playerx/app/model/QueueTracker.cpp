@@ -71,7 +71,7 @@ QueueTracker::QueueTracker(QueueReaderInterface& reader, Keep keep, Arriving isA
         {.id = version.id, .version = version.version, .isKnown = true, .isKept = false});
     ItemState state = stateOf(*item);
     count(state);
-    note(rows_.back(), kept_.size(), isToKeep(version.version, state), std::move(state));
+    note(rows_.back(), kept_.size(), std::move(state));
   }
 }
 
@@ -98,7 +98,7 @@ QueueTracker::News QueueTracker::update() {
     count(now);
     const bool hasEnded = !isNew && !isUnfinished(now.status);
     appendChanges(hasEnded ? news.changes : others, isNew ? nullptr : &before, now);
-    note(row, place, isToKeep(version, now), std::move(now));
+    note(row, place, std::move(now));
     next = place + (row.isKept ? 1 : 0);
   }
   news.changes.insert(news.changes.end(), std::make_move_iterator(others.begin()),
@@ -123,18 +123,18 @@ ItemState QueueTracker::look(const DownloadItemInterface& item, DownloadStatusEn
 }
 
 /// What has no version is compared with its state at each look.
-bool QueueTracker::isToKeep(std::uint64_t version, const ItemState& state) const {
-  return keep_ == Keep::kAll || version == 0 || state.status != DownloadStatusCompleted;
+bool QueueTracker::isToKeep(const Row& row, const ItemState& state) const {
+  return keep_ == Keep::kAll || row.version == 0 || state.status != DownloadStatusCompleted;
 }
 
 /// Notes the present state of a row, at this place of `kept_` if it is kept.
-void QueueTracker::note(Row& row, std::size_t place, bool isToKeep, ItemState state) {
-  const bool wasKept = std::exchange(row.isKept, isToKeep);
+void QueueTracker::note(Row& row, std::size_t place, ItemState state) {
+  const bool wasKept = std::exchange(row.isKept, isToKeep(row, state));
   row.size = state.size;
   row.addressMark = addressMarkOf(state.url);
-  if (wasKept && isToKeep) {
+  if (wasKept && row.isKept) {
     kept_[place] = std::move(state);
-  } else if (isToKeep) {
+  } else if (row.isKept) {
     kept_.insert(placeIn(kept_, place), std::move(state));
   } else if (wasKept) {
     kept_.erase(placeIn(kept_, place));

@@ -102,8 +102,8 @@ class QueueTracker {
 
   ItemState look(const VeskPlayerX::DownloadItemInterface& item, DownloadStatusEnumType status,
                  const ItemState& before);
-  bool isToKeep(std::uint64_t version, const ItemState& state) const;
-  void note(Row& row, std::size_t place, bool isToKeep, ItemState state);
+  bool isToKeep(const Row& row, const ItemState& state) const;
+  void note(Row& row, std::size_t place, ItemState state);
   static ItemState stateOfRow(const Row& row);
   std::optional<ItemState> ask(unsigned int id) const;
   std::vector<ItemState> statesOf(const std::function<bool(const Row&)>& isWanted) const;
