@@ -7,6 +7,8 @@
 #include <unordered_map>
 #include <utility>
 
+#include "kvpm/StringTools.h"
+
 namespace playerx::model {
 
 namespace {
@@ -31,6 +33,16 @@ std::uint32_t addressMarkOf(std::string_view address) {
 ItemState unseen(unsigned int id) {
   ItemState state;
   state.id = id;
+  return state;
+}
+
+/// What is needed of an item whose state is not kept.
+ItemState outlineOf(const DownloadItemInterface& item) {
+  ItemState state;
+  state.id = item.getId();
+  state.url = kvpm::StringTools::wStringToString(item.getUrl());
+  state.status = item.getStatus();
+  state.size = item.getSize();
   return state;
 }
 
@@ -69,7 +81,7 @@ QueueTracker::QueueTracker(QueueReaderInterface& reader, Keep keep, Arriving isA
     if (item == nullptr) continue;
     rows_.push_back(
         {.id = version.id, .version = version.version, .isKnown = true, .isKept = false});
-    ItemState state = stateOf(*item);
+    ItemState state = isToKeep(rows_.back(), version.status) ? stateOf(*item) : outlineOf(*item);
     count(state);
     note(rows_.back(), kept_.size(), std::move(state));
   }
@@ -123,13 +135,13 @@ ItemState QueueTracker::look(const DownloadItemInterface& item, DownloadStatusEn
 }
 
 /// What has no version is compared with its state at each look.
-bool QueueTracker::isToKeep(const Row& row, const ItemState& state) const {
-  return keep_ == Keep::kAll || row.version == 0 || state.status != DownloadStatusCompleted;
+bool QueueTracker::isToKeep(const Row& row, DownloadStatusEnumType status) const {
+  return keep_ == Keep::kAll || row.version == 0 || status != DownloadStatusCompleted;
 }
 
 /// Notes the present state of a row, at this place of `kept_` if it is kept.
 void QueueTracker::note(Row& row, std::size_t place, ItemState state) {
-  const bool wasKept = std::exchange(row.isKept, isToKeep(row, state));
+  const bool wasKept = std::exchange(row.isKept, isToKeep(row, state.status));
   row.size = state.size;
   row.addressMark = addressMarkOf(state.url);
   if (wasKept && row.isKept) {

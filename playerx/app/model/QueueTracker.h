@@ -102,7 +102,7 @@ class QueueTracker {
 
   ItemState look(const VeskPlayerX::DownloadItemInterface& item, DownloadStatusEnumType status,
                  const ItemState& before);
-  bool isToKeep(const Row& row, const ItemState& state) const;
+  bool isToKeep(const Row& row, DownloadStatusEnumType status) const;
   void note(Row& row, std::size_t place, ItemState state);
   static ItemState stateOfRow(const Row& row);
   std::optional<ItemState> ask(unsigned int id) const;
