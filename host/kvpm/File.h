@@ -42,8 +42,9 @@ class File {
 
   /// Says of the content that is to be written, whole and in one call, that it is as long as the
   /// file's present one, which this process has put there, and differs from it in bytes [begin,
-  /// end) alone. A long file is then replaced in the time that the change takes. Without effect on
-  /// a file that another program has changed, and when no file is open for writing.
+  /// end) alone. A long file then costs the time that the change takes: a small change may be made
+  /// in the file itself, in one step and already by `write`. Without effect on a file that another
+  /// program has changed, and when no file is open for writing.
   void expectChange(std::uint64_t begin, std::uint64_t end);
 
   /// Appends `length` bytes. Returns the bytes written, fewer than `length` or -1 on an error.

@@ -35,6 +35,10 @@ std::uint64_t BlockHashes::processSeed() {
   return seed;
 }
 
+void BlockHashes::replaceBlock(std::size_t index, const char* bytes) {
+  blocks_[index] = XXH3_64bits_withSeed(bytes, kBlock, seed_);
+}
+
 BlockHashes BlockHashes::fullBlocks() const {
   BlockHashes copy(seed_);
   copy.blocks_ = blocks_;

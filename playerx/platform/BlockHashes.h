@@ -28,6 +28,9 @@ class BlockHashes {
   /// Appends the block that has the next place in `other`, which has that many.
   void addBlockOf(const BlockHashes& other) { blocks_.push_back(other.blocks_[blocks_.size()]); }
 
+  /// Puts another block in the place of a full one.
+  void replaceBlock(std::size_t index, const char* bytes);
+
   /// The same full blocks.
   BlockHashes fullBlocks() const;
 

@@ -47,9 +47,24 @@ void FileSave::addPiece(const char* bytes, std::size_t begin, std::size_t length
   }
 }
 
+/// Where the change lies within a full block, replaces that in the present version.
+bool FileSave::replaceBlock(const char* bytes, std::size_t length) {
+  const std::size_t block = changeBegin_ / BlockHashes::kBlock;
+  const std::size_t begin = block * BlockHashes::kBlock;
+  const std::size_t end = begin + BlockHashes::kBlock;
+  if (changeBegin_ >= changeEnd_ || changeEnd_ > end || end > length) return false;
+  if (!versions_->replaceBlock(block, bytes + begin)) return false;
+  versions_->giveBack(std::exchange(version_, nullptr));
+  syncSoon(versions_->target());
+  position_ = static_cast<std::int64_t>(length);
+  return true;
+}
+
 IoResult FileSave::write(const char* bytes, std::size_t length) {
+  if (!version_) return {0, EINVAL};  // the content was not as long as it was said to be
   const bool isWhole =
       present_ && position_ == 0 && present_->size == static_cast<std::int64_t>(length);
+  if (isWhole && replaceBlock(bytes, length)) return {length, 0};
   std::size_t begin = 0;  // of the bytes that differ and are not written yet
   IoResult result;
   for (std::size_t end = 0; end < length && result.error == 0;) {
@@ -76,7 +91,7 @@ IoResult FileSave::put(const char* bytes, std::size_t begin, std::size_t end) co
 
 int FileSave::sync() {
   isSyncing_ = true;
-  return ::fsync(version_->file.descriptor()) == 0 ? 0 : errno;
+  return !version_ || ::fsync(version_->file.descriptor()) == 0 ? 0 : errno;
 }
 
 int FileSave::finish() {
@@ -89,6 +104,7 @@ int FileSave::finish() {
 }
 
 int FileSave::publish() {
+  if (!version_) return 0;
   const int file = version_->file.descriptor();
   if (version_->size > position_ && ::ftruncate(file, position_) != 0) return errno;
   version_->blocks = std::move(blocks_);

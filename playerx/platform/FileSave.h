@@ -35,12 +35,13 @@ class FileSave {
 
  private:
   FileSave(std::shared_ptr<FileVersions> versions, std::shared_ptr<FileVersion> version);
+  bool replaceBlock(const char* bytes, std::size_t length);
   void addPiece(const char* bytes, std::size_t begin, std::size_t length, bool isWhole);
   IoResult put(const char* bytes, std::size_t begin, std::size_t end) const;
   int publish();
 
   const std::shared_ptr<FileVersions> versions_;
-  const std::shared_ptr<FileVersion> version_;
+  std::shared_ptr<FileVersion> version_;  // null once a block of the present one was replaced
   BlockHashes blocks_;
   std::int64_t position_ = 0;
 

@@ -154,6 +154,46 @@ int FileVersions::publish(const Version& version) {
   return 0;
 }
 
+// Only the present version is changed, which is not kept and has the hash of its old content until
+// it is whole again: after a power cut the kept one stands. A full block is one copy into the
+// system's memory, which a kill does not interrupt.
+bool FileVersions::replaceBlock(std::size_t index, const char* bytes) {
+  const GuardLock lock(mutex_);
+  if (!mayChangePresent()) return false;
+  const int file = present_->file.descriptor();
+  auto before = readRecord(file);
+  if (!before || !takeWriteLease(file)) return false;
+  before->modified = VersionRecord::kBeingChanged;
+  const auto position = static_cast<std::int64_t>(index * BlockHashes::kBlock);
+  const bool isChanged = writeRecord(file, *before) &&
+                         writeFullyAt(file, bytes, BlockHashes::kBlock, position).error == 0;
+  if (isChanged) {
+    present_->blocks.replaceBlock(index, bytes);
+    if (!record(*present_)) removeRecord(file);
+  }
+  releaseWriteLease(file);
+  return isChanged;
+}
+
+bool FileVersions::mayChangePresent() const {
+  struct stat now {};
+  if (!present_ || present_->isKept || present_->hasFailed || isPresentOnDisk_) return false;
+  return ::lstat(target_.c_str(), &now) == 0 && mayBeWrittenOver(*present_, now, now) &&
+         now.st_uid == ::geteuid();
+}
+
+void FileVersions::giveBack(const Version& version) {
+  const int file = version->file.descriptor();
+  if (const auto status = stateOf(file)) {
+    changePermissions(file, *status, kOwnerOnly);
+    describe(*version, *status);
+  }
+  releaseWriteLease(file);
+  const GuardLock lock(mutex_);
+  const auto isOlder = [](const Version& l, const Version& r) { return l->sequence < r->sequence; };
+  hidden_.insert(std::upper_bound(hidden_.begin(), hidden_.end(), version, isOlder), version);
+}
+
 // A deleted file takes its hidden versions with it: a power cut must not bring one of them back.
 void FileVersions::removeDeleted() {
   hidden_.clear();

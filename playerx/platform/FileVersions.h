@@ -57,6 +57,10 @@ struct PresentContent {
 /// on the disk is kept, under whatever name it has then, until `sync` has brought a newer one
 /// there; records say which are complete (`openWhole` reads them).
 ///
+/// Between two syncs, one block of the present version may also be changed where it stands
+/// (`replaceBlock`): whoever reads it, or is left with it by a killed writer, finds the old block
+/// or the new one.
+///
 /// A file that another program has open, or that has a second name, is never overwritten. Where
 /// the file system cannot exchange names or keep a record, and for a file of another owner, a new
 /// version replaces the present one by a plain rename.
@@ -78,6 +82,14 @@ class FileVersions {
   /// Makes a written version the present one; its content is described by `blocks` and `size`.
   /// Returns 0 or an error number; then the present one stays.
   int publish(const std::shared_ptr<FileVersion>& version);
+
+  /// Puts another block of `BlockHashes::kBlock` bytes in the place of a full one of the present
+  /// version. Returns false, with the old block still there, where that needs a version of its own:
+  /// unless this process wrote the present one, nobody has it open, and another one is kept.
+  bool replaceBlock(std::size_t index, const char* bytes);
+
+  /// Makes a version that `begin` gave and that was not written a spare again.
+  void giveBack(const std::shared_ptr<FileVersion>& version);
 
   /// Remembers how an attempt to replace the file ended: 0 or an error number.
   void noteOutcome(int error);
@@ -106,6 +118,7 @@ class FileVersions {
   Version takeSpare(const struct stat& old) KVPM_REQUIRES(mutex_);
   std::ptrdiff_t countSpares() const KVPM_REQUIRES(mutex_);
   void removeDeleted() KVPM_REQUIRES(mutex_);
+  bool mayChangePresent() const KVPM_REQUIRES(mutex_);
   bool exchange(FileVersion& version, const struct stat& old) KVPM_REQUIRES(mutex_);
   void hidePresent(const std::filesystem::path& name) KVPM_REQUIRES(mutex_);
   void learnSequence() KVPM_REQUIRES(mutex_);

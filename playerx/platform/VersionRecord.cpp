@@ -35,6 +35,7 @@ std::optional<VersionRecord> readRecord(int file) {
   VersionRecord record;
   const ssize_t size = ::fgetxattr(file, kAttribute, &record, sizeof record);
   if (size != static_cast<ssize_t>(sizeof record)) return std::nullopt;
+  if (record.modified == VersionRecord::kBeingChanged) return record;
   struct stat status {};
   if (::fstat(file, &status) != 0) return std::nullopt;
   if (record.modified != modificationTime(status)) return std::nullopt;

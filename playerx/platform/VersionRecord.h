@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <optional>
 
 namespace playerx {
@@ -12,7 +13,7 @@ namespace playerx {
 /// the content is complete.
 struct VersionRecord {
   std::uint64_t sequence = 0;  ///< a later version has a higher one
-  std::int64_t modified = 0;   ///< when the content was written, in nanoseconds
+  std::int64_t modified = 0;   ///< when the content was written, in nanoseconds, or `kBeingChanged`
   std::uint64_t boot = 0;      ///< `presentBoot` of the writer; `kOnDisk` once it is synced
   std::uint64_t seed = 0;      ///< of the hash
   std::uint64_t hash = 0;      ///< of the whole content, as `BlockHashes` has it
@@ -25,6 +26,9 @@ struct VersionRecord {
   static constexpr std::uint64_t kIsNew = 2;
 
   static constexpr std::uint64_t kOnDisk = 0;
+
+  /// The time of content that is just being changed where it stands: the hash tells.
+  static constexpr std::int64_t kBeingChanged = std::numeric_limits<std::int64_t>::min();
 };
 
 /// The modification time in nanoseconds.

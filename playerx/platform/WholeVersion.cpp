@@ -20,11 +20,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Does not wait for the writer of a pipe, but for one who leases the file for the moment of a
+// change (`FileVersions::replaceBlock`).
+Descriptor openPatiently(const fs::path& path) {
+  int waiting = O_NONBLOCK;
+  while (true) {
+    Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | waiting));
+    const bool isLeased = !file && errno == EWOULDBLOCK && waiting != 0;
+    if (!isLeased && (file || errno != EINTR)) return file;
+    if (isLeased) waiting = 0;  // a pipe cannot be leased
+  }
+}
+
 Descriptor openAsItIs(const fs::path& path, int& error) {
-  Descriptor file;
-  do {
-    file = Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  } while (!file && errno == EINTR);
+  Descriptor file = openPatiently(path);
   struct stat status {};
   const bool known = file && ::fstat(file.get(), &status) == 0;
   error = known ? 0 : errno;

@@ -1,0 +1,246 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+#include "kvpm/File.h"
+#include "playerx/platform/FileIo.h"
+#include "playerx/platform/FileVersions.h"
+#include "playerx/platform/UnsyncedFiles.h"
+#include "playerx/platform/VersionRecord.h"
+#include "tests/support/TempDir.h"
+#include "tests/support/WaitFor.h"
+#include "tests/unit/platform/FileFixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using kvpm::File;
+using platform_test::hiddenBeside;
+using platform_test::read;
+using platform_test::wide;
+using playerx::BlockHashes;
+using playerx::Descriptor;
+using playerx::VersionRecord;
+using support::readFile;
+using support::TempDir;
+
+/// A block of one letter.
+std::string block(char letter) { return std::string(BlockHashes::kBlock, letter); }
+
+/// Three blocks and a bit more.
+std::string blocks(char first, char second, char third) {
+  return block(first) + block(second) + block(third) + "end";
+}
+
+/// Saves versions of a file, which are synced only on demand.
+class BlockReplacing : public testing::Test {
+ protected:
+  void save(const std::string& text) {
+    int error = 0;
+    const auto version = versions_.begin(error);
+    ASSERT_EQ(error, 0);
+    const int file = version->file.descriptor();
+    ASSERT_EQ(playerx::writeFullyAt(file, text.data(), text.size(), 0).error, 0);
+    version->blocks = BlockHashes();
+    version->blocks.add(text.data(), text.size());
+    ASSERT_EQ(versions_.publish(version), 0);
+  }
+
+  void saveTwo() {
+    save(blocks('a', 'b', 'c'));
+    ASSERT_EQ(versions_.sync(), 0);
+    save(blocks('a', 'B', 'c'));
+  }
+
+  bool replaceBlock(std::size_t index, char letter) {
+    return versions_.replaceBlock(index, block(letter).data());
+  }
+
+  void tear() const {
+    const auto time = fs::last_write_time(path_);
+    support::writeFile(path_, std::string(fs::file_size(path_), '\0'));
+    fs::last_write_time(path_, time);
+  }
+
+  static void changeRecord(const fs::path& path, void (*change)(VersionRecord&)) {
+    const Descriptor file = playerx::openPlainFile(path);
+    auto record = playerx::readRecord(file.get());
+    if (!record || record->boot == VersionRecord::kOnDisk) return;
+    change(*record);
+    ASSERT_TRUE(playerx::writeRecord(file.get(), *record));
+  }
+
+  void startMachineAnew() const {
+    const auto change = [](VersionRecord& record) { record.boot += 2; };
+    for (const fs::path& hidden : hiddenBeside(path_)) changeRecord(hidden, change);
+    changeRecord(path_, change);
+  }
+
+  std::string content() const {
+    File file;
+    EXPECT_EQ(file.open(wide(path_), kvpm::FileOpenRead), 0);
+    return read(file, 20'000);
+  }
+
+  TempDir folder_;
+  const fs::path path_ = folder_ / "queue.xml";
+  playerx::FileVersions versions_{path_};
+};
+
+TEST_F(BlockReplacing, ChangesTheFileItself) {
+  saveTwo();
+  const auto inode = [&] {
+    struct stat status {};
+    EXPECT_EQ(::stat(path_.c_str(), &status), 0);
+    return status.st_ino;
+  };
+  const ino_t before = inode();
+  for (const char letter : {'C', 'D', 'E'}) {
+    EXPECT_TRUE(replaceBlock(2, letter));
+    EXPECT_EQ(content(), blocks('a', 'B', letter));
+  }
+  EXPECT_EQ(inode(), before);
+}
+
+TEST_F(BlockReplacing, ALaterVersionKnowsOfIt) {
+  saveTwo();
+  ASSERT_TRUE(replaceBlock(0, 'A'));
+  const auto present = versions_.present();
+  ASSERT_TRUE(present);
+  BlockHashes now;
+  const std::string text = blocks('A', 'B', 'c');
+  now.add(text.data(), text.size());
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_TRUE(now.hasSameBlock(i, present->blocks)) << i;
+}
+
+TEST_F(BlockReplacing, IsRefusedBeforeTheFirstVersion) {
+  support::writeFile(path_, blocks('a', 'b', 'c'));
+  EXPECT_FALSE(replaceBlock(0, 'A'));
+  EXPECT_EQ(readFile(path_), blocks('a', 'b', 'c'));
+}
+
+TEST_F(BlockReplacing, IsRefusedWhereThatIsTheVersionOnTheDisk) {
+  saveTwo();
+  ASSERT_EQ(versions_.sync(), 0);
+  EXPECT_FALSE(replaceBlock(0, 'A'));
+  EXPECT_EQ(readFile(path_), blocks('a', 'B', 'c'));
+}
+
+TEST_F(BlockReplacing, IsRefusedAsLongAsSomebodyReadsTheFile) {
+  saveTwo();
+  {
+    File file;
+    ASSERT_EQ(file.open(wide(path_), kvpm::FileOpenRead), 0);
+    EXPECT_FALSE(replaceBlock(0, 'A'));
+    EXPECT_EQ(read(file, 20'000), blocks('a', 'B', 'c'));
+  }
+  EXPECT_TRUE(replaceBlock(0, 'A'));
+}
+
+TEST_F(BlockReplacing, IsRefusedInACopyByAHardLink) {
+  saveTwo();
+  fs::create_hard_link(path_, folder_ / "backup");
+  EXPECT_FALSE(replaceBlock(0, 'A'));
+  EXPECT_EQ(readFile(folder_ / "backup"), blocks('a', 'B', 'c'));
+}
+
+TEST_F(BlockReplacing, IsRefusedInWhatAnotherProgramHasWritten) {
+  saveTwo();
+  support::writeFile(path_, blocks('x', 'y', 'z'));
+  fs::last_write_time(path_, fs::last_write_time(path_) + std::chrono::milliseconds(20));
+  EXPECT_FALSE(replaceBlock(0, 'A'));
+  fs::rename(folder_.write("restored", blocks('1', '2', '3')), path_);
+  EXPECT_FALSE(replaceBlock(0, 'A'));
+  EXPECT_EQ(readFile(path_), blocks('1', '2', '3'));
+}
+
+TEST_F(BlockReplacing, SurvivesAPowerCutWhereItReachedTheDisk) {
+  saveTwo();
+  ASSERT_TRUE(replaceBlock(0, 'A'));
+  startMachineAnew();
+  EXPECT_EQ(content(), blocks('A', 'B', 'c'));
+}
+
+TEST_F(BlockReplacing, IsUndoneByAPowerCutThatTearsTheFile) {
+  saveTwo();
+  ASSERT_TRUE(replaceBlock(0, 'A'));
+  tear();
+  startMachineAnew();
+  EXPECT_EQ(content(), blocks('a', 'b', 'c'));
+}
+
+TEST_F(BlockReplacing, OfAKilledWriterIsReadAsItIs) {
+  saveTwo();
+  const auto begin = [](VersionRecord& record) { record.modified = VersionRecord::kBeingChanged; };
+  changeRecord(path_, begin);
+  support::writeFile(path_, blocks('A', 'B', 'c'));
+  EXPECT_EQ(content(), blocks('A', 'B', 'c'));
+}
+
+TEST_F(BlockReplacing, OfAKilledWriterIsUndoneByAPowerCut) {
+  saveTwo();
+  const auto begin = [](VersionRecord& record) { record.modified = VersionRecord::kBeingChanged; };
+  changeRecord(path_, begin);
+  support::writeFile(path_, blocks('A', 'B', 'c'));
+  startMachineAnew();
+  EXPECT_EQ(content(), blocks('a', 'b', 'c'));
+}
+
+TEST_F(BlockReplacing, ThatNeverBeganLeavesTheVersionAsGoodAsBefore) {
+  saveTwo();
+  const auto begin = [](VersionRecord& record) { record.modified = VersionRecord::kBeingChanged; };
+  changeRecord(path_, begin);
+  startMachineAnew();
+  EXPECT_EQ(content(), blocks('a', 'B', 'c'));
+}
+
+TEST_F(BlockReplacing, RemembersWhichFilesTheNewContentMentions) {
+  saveTwo();
+  playerx::addUnsyncedFile(folder_.write("film.avi", "film"));
+  ASSERT_TRUE(replaceBlock(0, 'A'));
+  startMachineAnew();
+  EXPECT_EQ(content(), blocks('a', 'b', 'c'));
+  playerx::syncUnsyncedFiles();
+}
+
+TEST_F(BlockReplacing, ASpareThatIsGivenBackIsTakenAgain) {
+  saveTwo();
+  save(blocks('a', 'B', 'C'));
+  int error = 0;
+  auto spare = versions_.begin(error);
+  const int file = spare->file.descriptor();
+  const auto hidden = hiddenBeside(path_).size();
+  versions_.giveBack(std::move(spare));
+  EXPECT_EQ(hiddenBeside(path_).size(), hidden);
+  EXPECT_EQ(versions_.begin(error)->file.descriptor(), file);
+}
+
+TEST_F(BlockReplacing, ANewFileThatIsGivenBackIsASpare) {
+  save(blocks('a', 'b', 'c'));
+  int error = 0;
+  auto made = versions_.begin(error);
+  const int file = made->file.descriptor();
+  versions_.giveBack(std::move(made));
+  EXPECT_EQ(versions_.begin(error)->file.descriptor(), file);
+}
+
+TEST_F(BlockReplacing, OneWhoOpensTheFileMeanwhileWaits) {
+  support::writeFile(path_, "content");
+  const Descriptor file(::open(path_.c_str(), O_RDWR | O_CLOEXEC));
+  ASSERT_EQ(::fcntl(file.get(), F_SETSIG, SIGURG), 0);
+  ASSERT_EQ(::fcntl(file.get(), F_SETLEASE, F_WRLCK), 0);
+  std::string found;
+  std::thread reader([&] { found = content(); });
+  // The lease is being broken.
+  EXPECT_TRUE(support::waitFor([&] { return ::fcntl(file.get(), F_GETLEASE) != F_WRLCK; }));
+  EXPECT_EQ(::fcntl(file.get(), F_SETLEASE, F_UNLCK), 0);
+  reader.join();
+  EXPECT_EQ(found, "content");
+}
+
+}  // namespace
