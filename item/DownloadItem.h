@@ -9,6 +9,7 @@
 
 #include "VeskPlayerX/DownloadItemInterface.h"
 #include "VeskPlayerX/DownloadStatus.h"
+#include "VeskPlayerX/QueueReaderInterface.h"
 #include "item/ItemText.h"
 
 /// One entry of the download queue: a film to fetch, where it goes and how far it has got.
@@ -51,6 +52,16 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
   static std::uint64_t versionOf(const VeskPlayerX::DownloadItemInterface& item) {
     if (typeid(item) != typeid(DownloadItem)) return 0;
     return static_cast<const DownloadItem&>(item).version();
+  }
+
+  /// What a view asks of any item of the queue at each look.
+  ///
+  /// Inline, and not virtual for an item of this class, because a look asks it of each item.
+  static VeskPlayerX::QueuedVersion queuedVersionOf(
+      const VeskPlayerX::DownloadItemInterface& item) {
+    const DownloadItem* const own = exactly(item);
+    if (own == nullptr) return {item.getId(), 0, item.getStatus()};
+    return {own->id_, own->version(), own->status_};
   }
 
   // The texts as they are kept. For what goes through a whole queue, which takes far more memory

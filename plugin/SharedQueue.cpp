@@ -57,12 +57,10 @@ std::vector<SharedQueue::Item*>* SharedQueue::copy() {
 
 std::vector<VeskPlayerX::QueuedVersion> SharedQueue::versions() {
   return use([](const DownloadQueue& queue) {
-    std::vector<VeskPlayerX::QueuedVersion> versions;
-    versions.reserve(queue.size());
-    for (std::size_t i = 0; i < queue.size(); ++i) {
-      const Item& item = *queue.at(i);
-      versions.push_back({item.getId(), DownloadItem::versionOf(item), item.getStatus()});
-    }
+    std::vector<VeskPlayerX::QueuedVersion> versions(queue.size());
+    std::size_t i = 0;
+    for (const Item* const item : queue.items())
+      versions[i++] = DownloadItem::queuedVersionOf(*item);
     return versions;
   });
 }
