@@ -91,7 +91,8 @@ IoResult FileSave::put(const char* bytes, std::size_t begin, std::size_t end) co
 
 int FileSave::sync() {
   isSyncing_ = true;
-  return !version_ || ::fsync(version_->file.descriptor()) == 0 ? 0 : errno;
+  if (!version_) return versions_->sync();
+  return ::fsync(version_->file.descriptor()) == 0 ? 0 : errno;
 }
 
 int FileSave::finish() {

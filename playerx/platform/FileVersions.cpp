@@ -159,27 +159,28 @@ int FileVersions::publish(const Version& version) {
 // system's memory, which a kill does not interrupt.
 bool FileVersions::replaceBlock(std::size_t index, const char* bytes) {
   const GuardLock lock(mutex_);
-  if (!mayChangePresent()) return false;
+  if (!present_ || present_->isKept || present_->hasFailed || isPresentOnDisk_) return false;
   const int file = present_->file.descriptor();
-  auto before = readRecord(file);
-  if (!before || !takeWriteLease(file)) return false;
-  before->modified = VersionRecord::kBeingChanged;
-  const auto position = static_cast<std::int64_t>(index * BlockHashes::kBlock);
-  const bool isChanged = writeRecord(file, *before) &&
-                         writeFullyAt(file, bytes, BlockHashes::kBlock, position).error == 0;
-  if (isChanged) {
-    present_->blocks.replaceBlock(index, bytes);
-    if (!record(*present_)) removeRecord(file);
-  }
+  if (!takeWriteLease(file)) return false;
+  const bool isReplaced = replaceLeasedBlock(index, bytes);
   releaseWriteLease(file);
-  return isChanged;
+  return isReplaced;
 }
 
-bool FileVersions::mayChangePresent() const {
+bool FileVersions::replaceLeasedBlock(std::size_t index, const char* bytes) {
+  const int file = present_->file.descriptor();
   struct stat now {};
-  if (!present_ || present_->isKept || present_->hasFailed || isPresentOnDisk_) return false;
-  return ::lstat(target_.c_str(), &now) == 0 && mayBeWrittenOver(*present_, now, now) &&
-         now.st_uid == ::geteuid();
+  const bool isOurs = ::lstat(target_.c_str(), &now) == 0 &&
+                      mayBeWrittenOver(*present_, now, now) && now.st_uid == ::geteuid();
+  auto before = isOurs ? readRecord(file) : std::nullopt;
+  if (!before) return false;
+  before->modified = VersionRecord::kBeingChanged;
+  const auto position = static_cast<std::int64_t>(index * BlockHashes::kBlock);
+  if (!writeRecord(file, *before)) return false;
+  if (writeFullyAt(file, bytes, BlockHashes::kBlock, position).error != 0) return false;
+  present_->blocks.replaceBlock(index, bytes);
+  if (!record(*present_)) removeRecord(file);
+  return true;
 }
 
 void FileVersions::giveBack(const Version& version) {

@@ -84,8 +84,8 @@ class FileVersions {
   int publish(const std::shared_ptr<FileVersion>& version);
 
   /// Puts another block of `BlockHashes::kBlock` bytes in the place of a full one of the present
-  /// version. Returns false, with the old block still there, where that needs a version of its own:
-  /// unless this process wrote the present one, nobody has it open, and another one is kept.
+  /// version. Returns false, with the old block still there, where a new version has to be made:
+  /// this process did not write the present one, somebody reads it, or it is kept itself.
   bool replaceBlock(std::size_t index, const char* bytes);
 
   /// Makes a version that `begin` gave and that was not written a spare again.
@@ -118,7 +118,7 @@ class FileVersions {
   Version takeSpare(const struct stat& old) KVPM_REQUIRES(mutex_);
   std::ptrdiff_t countSpares() const KVPM_REQUIRES(mutex_);
   void removeDeleted() KVPM_REQUIRES(mutex_);
-  bool mayChangePresent() const KVPM_REQUIRES(mutex_);
+  bool replaceLeasedBlock(std::size_t index, const char* bytes) KVPM_REQUIRES(mutex_);
   bool exchange(FileVersion& version, const struct stat& old) KVPM_REQUIRES(mutex_);
   void hidePresent(const std::filesystem::path& name) KVPM_REQUIRES(mutex_);
   void learnSequence() KVPM_REQUIRES(mutex_);

@@ -3,11 +3,14 @@
 //
 // VersionWriter FILE
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <iostream>
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "kvpm/File.h"
 #include "kvpm/StringTools.h"
@@ -16,9 +19,16 @@
 
 namespace {
 
-bool save(const std::wstring& path, const std::string& content) {
+/// Puts `content` in the place of `before`, and says what differs where both are as long.
+bool save(const std::wstring& path, const std::string& before, const std::string& content) {
   kvpm::File file;
   if (file.open(path, kvpm::FileOpenWrite) != 0) return false;
+  if (before.size() == content.size()) {
+    const auto begin = std::mismatch(content.begin(), content.end(), before.begin()).first;
+    const auto end = std::mismatch(content.rbegin(), content.rend(), before.rbegin()).first.base();
+    file.expectChange(static_cast<std::uint64_t>(begin - content.begin()),
+                      static_cast<std::uint64_t>(end - content.begin()));
+  }
   file.write(content.data(), content.size());
   return file.close() == 0;
 }
@@ -34,8 +44,10 @@ int main(int count, char** arguments) {
   if (count != 2) return 2;
   const std::wstring path = kvpm::StringTools::stringToWString(arguments[1]);
   std::mt19937 random(20240501);
+  std::string content;
   for (unsigned long number = 1;; ++number) {
-    if (!save(path, power_test::contentOfVersion(number))) return 1;
+    const std::string before = std::exchange(content, power_test::contentOfVersion(number));
+    if (!save(path, before, content)) return 1;
     std::cout << number << ' ' << power_test::now() << std::endl;
     std::this_thread::sleep_for(nextPause(random));
   }

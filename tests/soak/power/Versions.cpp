@@ -12,9 +12,10 @@ constexpr char kBegin[] = "version ";
 std::string contentOfVersion(unsigned long number) {
   const unsigned long items = 500 + number / 16 % 7 * 311;
   std::string content = kBegin + std::to_string(number) + "\n";
+  const unsigned long itemsChanged = number - number % 4;  // the version that changed an item
   for (unsigned long item = 0; item < items; ++item) {
     // The number of the last version that changed this item.
-    const unsigned long changed = number - (number + items - item) % items;
+    const unsigned long changed = itemsChanged - (itemsChanged + items - item) % items;
     content += "item " + std::to_string(1'000'000 + changed % 1'000'000) + " of the queue\n";
   }
   return content;

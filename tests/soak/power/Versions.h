@@ -5,7 +5,8 @@
 namespace power_test {
 
 /// Version `number` (1 and up) of a file that grows, shrinks and changes like a queue file. Like
-/// one, most versions differ from the one before in a few bytes.
+/// one, most versions differ from the one before in a few bytes, and three of four in those of one
+/// place alone.
 std::string contentOfVersion(unsigned long number);
 
 /// The number of the version that this is; 0 when it is not exactly one.
