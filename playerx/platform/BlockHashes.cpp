@@ -15,6 +15,13 @@
 #include "playerx/platform/FileIo.h"
 
 namespace playerx {
+namespace {
+
+std::uint64_t hashOfBlock(const char* bytes, std::uint64_t seed) {
+  return XXH3_64bits_withSeed(bytes, BlockHashes::kBlock, seed);
+}
+
+}  // namespace
 
 struct BlockHashes::PartialBlock {
   XXH3_state_t state;
@@ -36,7 +43,7 @@ std::uint64_t BlockHashes::processSeed() {
 }
 
 void BlockHashes::replaceBlock(std::size_t index, const char* bytes) {
-  blocks_[index] = XXH3_64bits_withSeed(bytes, kBlock, seed_);
+  blocks_[index] = hashOfBlock(bytes, seed_);
 }
 
 BlockHashes BlockHashes::fullBlocks() const {
@@ -49,7 +56,7 @@ void BlockHashes::add(const char* bytes, std::size_t length) {
   while (length > 0) {
     const std::size_t taken = std::min(length, kBlock - filled_);
     if (taken == kBlock) {
-      blocks_.push_back(XXH3_64bits_withSeed(bytes, kBlock, seed_));
+      blocks_.push_back(hashOfBlock(bytes, seed_));
     } else {
       addToPartial(bytes, taken);
     }
@@ -65,6 +72,17 @@ void BlockHashes::addToPartial(const char* bytes, std::size_t length) {
   if (filled_ < kBlock) return;
   blocks_.push_back(XXH3_64bits_digest(&partial_->state));
   filled_ = 0;
+}
+
+bool BlockHashes::hasSomeOf(const char* bytes, std::size_t length) const {
+  constexpr std::size_t kParts = 8;
+  for (std::size_t part = 0; part < kParts; ++part) {
+    const std::size_t index = length / kBlock * part / kParts;
+    const bool isThere = index < count() && (index + 1) * kBlock <= length &&
+                         blocks_[index] == hashOfBlock(bytes + index * kBlock, seed_);
+    if (isThere) return true;
+  }
+  return false;
 }
 
 std::uint64_t BlockHashes::whole() const {

@@ -22,6 +22,9 @@ class BlockHashes {
   static std::uint64_t processSeed();
   std::uint64_t seed() const { return seed_; }
 
+  /// Makes room for so many bytes, so that adding them cannot fail.
+  void reserve(std::size_t length) { blocks_.reserve(blocks_.size() + length / kBlock + 1); }
+
   /// Appends any number of bytes.
   void add(const char* bytes, std::size_t length);
 
@@ -42,6 +45,9 @@ class BlockHashes {
   bool hasSameBlock(std::size_t index, const BlockHashes& other) const {
     return index < other.count() && blocks_[index] == other.blocks_[index];
   }
+
+  /// Whether one of a few full blocks, spread over other content, has its place here.
+  bool hasSomeOf(const char* bytes, std::size_t length) const;
 
   /// Of all bytes so far.
   std::uint64_t whole() const;

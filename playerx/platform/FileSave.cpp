@@ -4,15 +4,21 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include "playerx/platform/FileSync.h"
+#include "playerx/platform/QuietThread.h"
 
 namespace playerx {
 namespace {
 
 // The outcome of an attempt that is dropped.
 constexpr int kUnfinished = ECANCELED;
+
+// Content of fewer bytes is hashed before a thread has started.
+constexpr std::size_t kLong = std::size_t{1} << 20U;
 
 }  // namespace
 
@@ -65,6 +71,31 @@ IoResult FileSave::write(const char* bytes, std::size_t length) {
   const bool isWhole =
       present_ && position_ == 0 && present_->size == static_cast<std::int64_t>(length);
   if (isWhole && replaceBlock(bytes, length)) return {length, 0};
+  const bool isOther =
+      !isWhole && position_ == 0 && length >= kLong && !version_->blocks.hasSomeOf(bytes, length);
+  const IoResult result = isOther ? writeAll(bytes, length) : writeChanged(bytes, length, isWhole);
+  if (result.error != 0) versions_->noteOutcome(result.error);
+  position_ += static_cast<std::int64_t>(result.bytes);
+  return result;
+}
+
+/// Writes content that has nothing in common with the spare's, and hashes it meanwhile.
+IoResult FileSave::writeAll(const char* bytes, std::size_t length) {
+  blocks_.reserve(length);
+  const auto hash = [this, bytes, length] { blocks_.add(bytes, length); };
+  std::thread hashing;
+  try {
+    hashing = startQuietThread(hash);
+  } catch (const std::system_error&) {
+    hash();  // no thread is to be had
+  }
+  const IoResult result = put(bytes, 0, length);
+  if (hashing.joinable()) hashing.join();
+  return result;
+}
+
+/// Writes the blocks that the spare does not hold at the same place.
+IoResult FileSave::writeChanged(const char* bytes, std::size_t length, bool isWhole) {
   std::size_t begin = 0;  // of the bytes that differ and are not written yet
   IoResult result;
   for (std::size_t end = 0; end < length && result.error == 0;) {
@@ -77,9 +108,7 @@ IoResult FileSave::write(const char* bytes, std::size_t length) {
     if (isThere && result.error == 0) begin = end;
   }
   if (result.error == 0) result = put(bytes, begin, length);
-  if (result.error != 0) versions_->noteOutcome(result.error);
   result.bytes += begin;
-  position_ += static_cast<std::int64_t>(result.bytes);
   return result;
 }
 

@@ -36,6 +36,8 @@ class FileSave {
  private:
   FileSave(std::shared_ptr<FileVersions> versions, std::shared_ptr<FileVersion> version);
   bool replaceBlock(const char* bytes, std::size_t length);
+  IoResult writeAll(const char* bytes, std::size_t length);
+  IoResult writeChanged(const char* bytes, std::size_t length, bool isWhole);
   void addPiece(const char* bytes, std::size_t begin, std::size_t length, bool isWhole);
   IoResult put(const char* bytes, std::size_t begin, std::size_t end) const;
   int publish();

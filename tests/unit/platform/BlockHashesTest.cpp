@@ -40,5 +40,33 @@ TEST(BlockHashesTest, DifferWhereTheContentDoes) {
   }
 }
 
+TEST(BlockHashesTest, TellWhetherOtherContentHasSomethingInCommon) {
+  std::string content;
+  for (std::size_t block = 0; block < 40; ++block) content.append(kBlock, char('0' + block));
+  const BlockHashes hashes = hashesOf(content, kBlock);
+  const auto hasSomeOf = [&hashes](const std::string& other) {
+    return hashes.hasSomeOf(other.data(), other.size());
+  };
+  EXPECT_TRUE(hasSomeOf(content));
+  EXPECT_TRUE(hasSomeOf(content.substr(0, 20 * kBlock)));
+  EXPECT_TRUE(hasSomeOf(content + content));
+  EXPECT_TRUE(hasSomeOf(std::string(20 * kBlock, '-') + content.substr(20 * kBlock)));
+  EXPECT_TRUE(hasSomeOf(content.substr(0, 20 * kBlock) + std::string(20 * kBlock, '-')));
+  EXPECT_FALSE(hasSomeOf("-" + content));
+  EXPECT_FALSE(hasSomeOf(content.substr(1)));
+  EXPECT_FALSE(hasSomeOf(content.substr(0, kBlock - 1)));
+  EXPECT_FALSE(hasSomeOf(""));
+  EXPECT_FALSE(BlockHashes(1).hasSomeOf(content.data(), content.size()));
+}
+
+TEST(BlockHashesTest, AreThoseOfTheContentWhenABlockIsReplaced) {
+  const std::string content(3 * kBlock + 7, 'x');
+  std::string other = content;
+  other.replace(kBlock, kBlock, std::string(kBlock, 'y'));
+  BlockHashes hashes = hashesOf(content, kBlock);
+  hashes.replaceBlock(1, other.data() + kBlock);
+  EXPECT_EQ(hashes.whole(), hashesOf(other, kBlock).whole());
+}
+
 }  // namespace
 }  // namespace playerx

@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "kvpm/File.h"
+#include "playerx/platform/BlockHashes.h"
 #include "playerx/platform/FileSync.h"
+#include "playerx/platform/VersionRecord.h"
 #include "tests/support/TempDir.h"
 #include "tests/unit/platform/FileFixture.h"
 
@@ -146,6 +148,31 @@ TEST(FileReplacing, AKnownChangeReachesEveryVersion) {
       ASSERT_EQ(readFile(path), content) << begin;
     }
   }
+}
+
+TEST(FileReplacing, ALongFileIsHashedAsItIsWritten) {
+  const TempDir folder;
+  const fs::path path = folder / "file";
+  std::string content;
+  for (int line = 0; content.size() < 3'000'000; ++line) content += std::to_string(line) + "\n";
+  const auto expectSaved = [&] {
+    ASSERT_EQ(replace(path, content), 0);
+    ASSERT_EQ(readFile(path), content);
+    const playerx::Descriptor file = playerx::openPlainFile(path);
+    const auto record = playerx::readRecord(file.get());
+    ASSERT_TRUE(record);
+    int error = 0;
+    EXPECT_EQ(playerx::hashOfFile(file.get(), record->seed, error), record->hash);
+  };
+  expectSaved();
+  for (int round = 0; round < 3; ++round) {
+    content.insert(0, "everything moves");
+    expectSaved();
+    content += "nothing does";
+    expectSaved();
+  }
+  content.resize(1'500'000);
+  expectSaved();
 }
 
 TEST(FileReplacing, WhatIsSaidOfAChangeDoesNotCountOnceTheFileIsAnother) {
