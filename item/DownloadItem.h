@@ -60,8 +60,8 @@ class DownloadItem : public VeskPlayerX::DownloadItemInterface {
   static VeskPlayerX::QueuedVersion queuedVersionOf(
       const VeskPlayerX::DownloadItemInterface& item) {
     const DownloadItem* const own = exactly(item);
-    if (own == nullptr) return {item.getId(), 0, item.getStatus()};
-    return {own->id_, own->version(), own->status_};
+    if (own == nullptr) return {item.getId(), item.getStatus(), 0};
+    return {own->id_, own->status_, own->version()};
   }
 
   // The texts as they are kept. For what goes through a whole queue, which takes far more memory

@@ -11,11 +11,11 @@ namespace VeskPlayerX {
 struct QueuedVersion {
   unsigned int id = 0;  ///< as `DownloadItemInterface::getId` has it
 
+  DownloadStatusEnumType status = DownloadStatusQueued;  ///< as of this version
+
   /// Another one after every change of what a view shows, unlike that of any other item; 0 for an
   /// item that does not tell.
   unsigned long long version = 0;
-
-  DownloadStatusEnumType status = DownloadStatusQueued;  ///< as of this version
 
   /// Whether it is the same item in the same state.
   bool operator==(const QueuedVersion&) const = default;

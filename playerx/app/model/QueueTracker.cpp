@@ -326,7 +326,7 @@ QueueTracker::Places QueueTracker::placesOf(Range versions, std::size_t first,
     return place < last && rows_[place].id == id;
   };
   std::size_t next = first;
-  for (const auto& [id, version, status] : versions) {
+  for (const auto& [id, status, version] : versions) {
     if (!holds(next, id) && holds(next + 1, id)) {
       others.emplace(rows_[next].id, next);
       ++next;

@@ -252,7 +252,7 @@ std::vector<std::string> FilmAdder::removeTwins(bool isAnew) {
   const std::set<unsigned int> old = watch_.queue().ids();
   std::vector<std::string> twins;
   std::vector<ItemState> fresh;
-  for (const auto& [id, version, status] : session_.reader().getVersions()) {
+  for (const auto& [id, status, version] : session_.reader().getVersions()) {
     if (old.contains(id)) continue;
     const std::unique_ptr<VeskPlayerX::DownloadItemInterface> copy(session_.reader().getCopy(id));
     if (copy == nullptr) continue;

@@ -64,7 +64,7 @@ std::vector<VeskPlayerX::QueuedVersion> FakeModule::getVersions() {
   takeStep();
   std::vector<VeskPlayerX::QueuedVersion> versions;
   for (const auto& item : items_) {
-    versions.push_back({item->getId(), item->version(), item->getStatus()});
+    versions.push_back({item->getId(), item->getStatus(), item->version()});
   }
   return versions;
 }
