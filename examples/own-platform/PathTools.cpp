@@ -20,7 +20,7 @@ std::string native(const std::wstring& path) { return StringTools::wStringToStri
 /// The path of an address; a local path as it is.
 std::wstring pathOf(const std::wstring& text) {
   const std::size_t scheme = text.find(L"://");
-  if (scheme == std::wstring::npos) return text;
+  if (scheme == std::wstring::npos || text.starts_with(L'/')) return text;
   const std::wstring rest = text.substr(scheme + 3, text.find_first_of(L"?#", scheme) - scheme - 3);
   const std::size_t slash = rest.find(L'/');
   return slash == std::wstring::npos ? std::wstring() : rest.substr(slash);

@@ -7,8 +7,9 @@ namespace kvpm {
 
 /// Names and facts of paths. All operations are static and may be called from any thread.
 ///
-/// For an address (a text with "://") `getFileName` and `getExtension` look at its path alone,
-/// without query and fragment; in a local path every character counts.
+/// For an address (a text with "://" that does not begin with a separator) `getFileName` and
+/// `getExtension` look at its path alone, without query and fragment; in a local path every
+/// character counts.
 class PathTools {
  public:
   PathTools() = delete;

@@ -22,7 +22,10 @@ namespace fs = std::filesystem;
 
 constexpr wchar_t kSchemeEnd[] = L"://";
 
-bool isAddress(const std::wstring& text) { return text.find(kSchemeEnd) != std::wstring::npos; }
+// A folder whose name ends in ":" may be followed by two separators.
+bool isAddress(const std::wstring& text) {
+  return !text.starts_with(L'/') && text.find(kSchemeEnd) != std::wstring::npos;
+}
 
 // The part of an address that names a file: without the server before it and the query after it.
 std::wstring pathOfAddress(const std::wstring& address) {

@@ -1,5 +1,8 @@
 // The place that a run finds for its film, and the space that it asks for.
 
+#include <QSettings>
+
+#include "KPX/KPXPreferences.h"
 #include "tests/unit/download/HostPlaces.h"
 #include "tests/unit/download/WorkerFixture.h"
 
@@ -125,6 +128,41 @@ TEST_F(RunPlacement, ThatContinuesDoesNotAskForTwiceTheSize) {
   item->setPercentDownloaded(1);
   startAndFetch(std::move(item));
   EXPECT_THAT(views(), IsEmpty());
+}
+
+TEST_F(RunPlacement, AsksForSpaceInTheMediaFolderFirst) {
+  hostPlaces().freeForMedia = 14336;
+  hostPlaces().freeForTemporary = 14336;
+  EXPECT_EQ(run(film()), 6);
+  EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + (dir_ / "media").string()));
+}
+
+TEST_F(RunPlacement, ThatContinuesReportsTheSizeToo) {
+  auto item = film();
+  item->setPercentDownloaded(1);
+  startAndFetch(std::move(item));
+  EXPECT_THAT(log_.lines("manager.updateSize"), ElementsAre("manager.updateSize 7 7168"));
+  EXPECT_EQ(worker_->getItem()->getSize(), kLength);
+}
+
+TEST_F(RunPlacement, ThatContinuesNeedsRoomForTheRest) {
+  announceLength("4611686018427387904");
+  auto item = film();
+  item->setPath((dir_ / "media/movie.vesk").wstring());
+  item->setPercentDownloaded(1);
+  EXPECT_EQ(run(std::move(item)), 6);
+  EXPECT_THAT(views(), ElementsAre("view.notEnoughSpace " + media("movie.vesk")));
+  EXPECT_THAT(log_.lines("manager.updateStatus"), IsEmpty());
+}
+
+TEST_F(RunPlacement, InAFolderThatEndsLikeASchemeKeepsTheName) {
+  std::filesystem::create_directory(dir_ / "c:");
+  const std::string folder = (dir_ / "c:").string() + "/";
+  KPXPreferences::userSettings->setValue(KPXPreferences::MediaFolder,
+                                         QString::fromStdString(folder));
+  startAndFetch(film());
+  EXPECT_EQ(library_.session()->info.getOutputFilename(), "movie.vesk");
+  EXPECT_EQ(worker_->getItem()->getPath(), std::filesystem::path(folder + "/movie.vesk").wstring());
 }
 
 TEST_F(RunPlacement, NeedsRoomForTheRestWhereTheFileWillBe) {

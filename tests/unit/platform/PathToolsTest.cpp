@@ -33,6 +33,7 @@ TEST(PathTools, TheFileNameIsTheTextAfterTheLastSeparator) {
       {L"/media/a?b#c.avi", L"a?b#c.avi"},
       {L"/media/a\\b.avi", L"a\\b.avi"},
       {L"/media/http:/a.avi?x=1", L"a.avi?x=1"},
+      {L"/media/c://a.avi?x=1", L"a.avi?x=1"},
       {L"/media/\x1F3AC.mkv", L"\x1F3AC.mkv"},
   };
   for (const Case& row : rows) EXPECT_EQ(PathTools::getFileName(row.path), row.result);
