@@ -1,3 +1,7 @@
+#include <QSettings>
+#include <filesystem>
+
+#include "KPX/KPXPreferences.h"
 #include "VeskPlayerX/InterfaceIds.h"
 #include "tests/unit/download/HostPlaces.h"
 #include "tests/unit/download/WorkerFixture.h"
@@ -38,6 +42,23 @@ TEST_F(DownloadRun, GivesTheLibraryEverythingItNeeds) {
   EXPECT_THAT(session->info.getSTRDChunk(), IsEmpty());
   EXPECT_EQ(manager_.downloadInfo(7), session->info);
   EXPECT_EQ(worker_->getItem()->getDownloadInfo(), session->info);
+}
+
+TEST_F(DownloadRun, NamesPlacesToTheLibraryInUtf8) {
+  std::filesystem::create_directory(dir_ / "Spielfilme \xC3\xA4");
+  const auto inUtf8 = [this](const char* name) {
+    return QString::fromStdString((dir_ / name).string());
+  };
+  hostPlaces().temporary = inUtf8("Teile \xC3\xB6");
+  hostPlaces().mediaFolder = inUtf8("Spielfilme \xC3\xA4");
+  KPXPreferences::userSettings->setValue(KPXPreferences::MediaFolder, hostPlaces().mediaFolder);
+  auto item = film();
+  item->setPath(L"/nowhere/\u00fc.vesk");
+  startAndFetch(std::move(item));
+  const KPB::DownloadInfo info = library_.session()->info;
+  EXPECT_EQ(info.getDownloadDirectory(), (dir_ / "Teile \xC3\xB6").string());
+  EXPECT_EQ(info.getMoviesDirectory(), (dir_ / "Spielfilme \xC3\xA4").string());
+  EXPECT_EQ(info.getOutputFilename(), "\xC3\xBC.vesk");
 }
 
 TEST_F(DownloadRun, KeepsTheItemUntilTheNextRun) {

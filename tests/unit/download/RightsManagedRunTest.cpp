@@ -98,6 +98,30 @@ TEST_F(RightsManagedRun, GivesTheLibraryCredentialsAndRights) {
   EXPECT_EQ(worker_->getItem()->getSize(), kLength);
 }
 
+TEST_F(RightsManagedRun, LeavesNothingToTheNextRun) {
+  services_.setAnswers({grant()});
+  startAndFetch(protectedFilm());
+  library_.complete(kUid);
+  EXPECT_EQ(ended(), 4);
+  log_.clear();
+  startAndFetch(film("other.vesk"));
+  const auto session = library_.session(1);
+  ASSERT_TRUE(session);
+  EXPECT_EQ(session->url, urlOf("other.vesk"));
+  EXPECT_EQ(session->info.getTempUsername(), "");
+  EXPECT_EQ(session->info.getTempPassword(), "");
+  EXPECT_THAT(session->info.getSTRDChunk(), IsEmpty());
+}
+
+TEST_F(RightsManagedRun, NamesTheFileAfterTheUnescapedAddress) {
+  auto answer = grant();
+  answer.url = "https://content.example/a b.vesk";
+  services_.setAnswers({answer});
+  startAndFetch(protectedFilm());
+  EXPECT_EQ(library_.session()->url, "https://content.example/a%20b.vesk");
+  EXPECT_EQ(library_.session()->info.getOutputFilename(), "a b.vesk");
+}
+
 TEST_F(RightsManagedRun, DoesNotAskTheContentServerForTheSize) {
   services_.setAnswers({grant()});
   startAndFetch(protectedFilm());
@@ -150,6 +174,13 @@ TEST_F(RightsManagedRun, LetsTheViewShowAnyOtherError) {
   EXPECT_THAT(views(), ElementsAre("view.authorizationError 1"));
   EXPECT_THAT(reports(), ElementsAre("manager.updateStatus 7 2"));
   EXPECT_FALSE(worker_->getItem()->getTicketAlreadyTorn());
+}
+
+TEST_F(RightsManagedRun, ShowsNoErrorWithoutAView) {
+  worker_->setInterfaces(&manager_, nullptr);
+  services_.setAnswers({refusal(1)});
+  EXPECT_EQ(run(protectedFilm()), 6);
+  EXPECT_THAT(reports(), ElementsAre("manager.updateStatus 7 2"));
 }
 
 TEST_F(RightsManagedRun, AsksForASlotThenForTheAuthorisationOnceMore) {
