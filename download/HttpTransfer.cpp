@@ -99,6 +99,7 @@ void HttpTransfer::notePiece() {
 
 void HttpTransfer::noteRefusal() {
   const kvpm::MutexLock lock(mutex_);
+  if (token_.isCancelled()) return;  // the receiver may refuse what it has cancelled
   progress_.refused = true;
   token_.cancel();
 }

@@ -42,6 +42,17 @@ TEST_F(HttpHelperGet, MayBeAbortedFromItsOwnThread) {
   helper_.abort();  // the receiver is about to go
 }
 
+TEST_F(HttpHelperGet, IsSilentWhenTheReceiverCancelsItAndRefusesThePiece) {
+  Acting receiver(log_);
+  receiver.takeAtMost(0);
+  receiver.atBody = [this] { helper_.cancelDownload(); };
+  server_.always(silentAfterThePiece());
+  EXPECT_EQ(get(helper_, receiver)->getResult(), HTTP_RESULT_FAILED);
+  helper_.abort();  // the thread has ended
+  EXPECT_THAT(log_.lines("broke"), IsEmpty());
+  EXPECT_THAT(log_.lines("complete"), IsEmpty());
+}
+
 TEST_F(HttpHelperGet, SetupLeavesOtherHelpersAlone) {
   Gate& rest = gate();
   support::EventLog otherLog;
