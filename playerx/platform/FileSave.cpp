@@ -4,12 +4,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
-#include <thread>
+#include <future>
 #include <utility>
 
 #include "playerx/platform/FileSync.h"
-#include "playerx/platform/QuietThread.h"
 
 namespace playerx {
 namespace {
@@ -58,10 +56,9 @@ bool FileSave::replaceBlock(const char* bytes, std::size_t length) {
   const std::size_t block = changeBegin_ / BlockHashes::kBlock;
   const std::size_t begin = block * BlockHashes::kBlock;
   const std::size_t end = begin + BlockHashes::kBlock;
-  if (changeBegin_ >= changeEnd_ || changeEnd_ > end || end > length) return false;
+  if (changeEnd_ > end || end > length) return false;
   if (!versions_->replaceBlock(block, bytes + begin)) return false;
   versions_->giveBack(std::exchange(version_, nullptr));
-  syncSoon(versions_->target());
   position_ = static_cast<std::int64_t>(length);
   return true;
 }
@@ -71,8 +68,7 @@ IoResult FileSave::write(const char* bytes, std::size_t length) {
   const bool isWhole =
       present_ && position_ == 0 && present_->size == static_cast<std::int64_t>(length);
   if (isWhole && replaceBlock(bytes, length)) return {length, 0};
-  const bool isOther =
-      !isWhole && position_ == 0 && length >= kLong && !version_->blocks.hasSomeOf(bytes, length);
+  const bool isOther = !isWhole && length >= kLong && !version_->blocks.hasSomeOf(bytes, length);
   const IoResult result = isOther ? writeAll(bytes, length) : writeChanged(bytes, length, isWhole);
   if (result.error != 0) versions_->noteOutcome(result.error);
   position_ += static_cast<std::int64_t>(result.bytes);
@@ -82,15 +78,10 @@ IoResult FileSave::write(const char* bytes, std::size_t length) {
 /// Writes content that has nothing in common with the spare's, and hashes it meanwhile.
 IoResult FileSave::writeAll(const char* bytes, std::size_t length) {
   blocks_.reserve(length);
-  const auto hash = [this, bytes, length] { blocks_.add(bytes, length); };
-  std::thread hashing;
-  try {
-    hashing = startQuietThread(hash);
-  } catch (const std::system_error&) {
-    hash();  // no thread is to be had
-  }
+  // On this thread, afterwards, where no other is to be had.
+  const auto hashed = std::async([this, bytes, length] { blocks_.add(bytes, length); });
   const IoResult result = put(bytes, 0, length);
-  if (hashing.joinable()) hashing.join();
+  hashed.wait();
   return result;
 }
 

@@ -159,7 +159,7 @@ int FileVersions::publish(const Version& version) {
 // system's memory, which a kill does not interrupt.
 bool FileVersions::replaceBlock(std::size_t index, const char* bytes) {
   const GuardLock lock(mutex_);
-  if (!present_ || present_->isKept || present_->hasFailed || isPresentOnDisk_) return false;
+  if (!present_ || present_->isKept || present_->hasFailed) return false;
   const int file = present_->file.descriptor();
   if (!takeWriteLease(file)) return false;
   const bool isReplaced = replaceLeasedBlock(index, bytes);

@@ -1,7 +1,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <string>
@@ -131,6 +134,51 @@ TEST_F(BlockReplacing, IsRefusedWhereThatIsTheVersionOnTheDisk) {
   EXPECT_EQ(readFile(path_), blocks('a', 'B', 'c'));
 }
 
+TEST_F(BlockReplacing, IsRefusedWhereTheVersionIsAboutToReachTheDisk) {
+  saveTwo();
+  save(blocks('a', 'B', 'C'));
+  versions_.addSpare();  // keeps it while it is copied
+  EXPECT_FALSE(replaceBlock(0, 'A'));
+  EXPECT_EQ(readFile(path_), blocks('a', 'B', 'C'));
+}
+
+// Only a new file is sure to reach the disk.
+TEST_F(BlockReplacing, IsRefusedWhereTheVersionCouldNotBeSynced) {
+  save(blocks('a', 'b', 'c'));
+  int error = 0;
+  const auto version = versions_.begin(error);
+  const std::string text = blocks('a', 'B', 'c');
+  ASSERT_EQ(playerx::writeFullyAt(version->file.descriptor(), text.data(), text.size(), 0).error,
+            0);
+  version->blocks.add(text.data(), text.size());
+  ASSERT_EQ(versions_.publish(version), 0);
+  version->hasFailed = true;
+  EXPECT_FALSE(replaceBlock(0, 'A'));
+}
+
+TEST_F(BlockReplacing, IsRefusedInAFileThatWasGivenAway) {
+  saveTwo();
+  const bool isGivenAway = ::chown(path_.c_str(), 12345, 23456) == 0;
+  EXPECT_EQ(replaceBlock(0, 'A'), !isGivenAway);
+}
+
+TEST_F(BlockReplacing, ThatFailsLeavesTheHashToTell) {
+  saveTwo();
+  ::signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  rlimit tight = before;
+  tight.rlim_cur = BlockHashes::kBlock;
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
+  EXPECT_FALSE(replaceBlock(2, 'C'));
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  ::signal(SIGXFSZ, SIG_DFL);
+  EXPECT_EQ(readFile(path_), blocks('a', 'B', 'c'));
+  const auto record = playerx::readRecord(playerx::openPlainFile(path_).get());
+  ASSERT_TRUE(record);
+  EXPECT_EQ(record->modified, VersionRecord::kBeingChanged);
+}
+
 TEST_F(BlockReplacing, IsRefusedAsLongAsSomebodyReadsTheFile) {
   saveTwo();
   {
@@ -220,6 +268,18 @@ TEST_F(BlockReplacing, ASpareThatIsGivenBackIsTakenAgain) {
   EXPECT_EQ(versions_.begin(error)->file.descriptor(), file);
 }
 
+TEST_F(BlockReplacing, ASpareThatIsGivenBackIsItsOwnersAloneAndMayBeOpened) {
+  saveTwo();
+  save(blocks('a', 'B', 'C'));
+  ASSERT_EQ(::chmod(path_.c_str(), 0644), 0);
+  int error = 0;
+  versions_.giveBack(versions_.begin(error));
+  for (const fs::path& hidden : hiddenBeside(path_)) {
+    EXPECT_EQ(fs::status(hidden).permissions(), fs::perms(0600));
+    EXPECT_TRUE(playerx::openPlainFile(hidden));
+  }
+}
+
 TEST_F(BlockReplacing, ANewFileThatIsGivenBackIsASpare) {
   save(blocks('a', 'b', 'c'));
   int error = 0;
@@ -227,6 +287,36 @@ TEST_F(BlockReplacing, ANewFileThatIsGivenBackIsASpare) {
   const int file = made->file.descriptor();
   versions_.giveBack(std::move(made));
   EXPECT_EQ(versions_.begin(error)->file.descriptor(), file);
+}
+
+/// Says that one byte changes, in a file that is not synced just then, and writes.
+void changeInPlace(const fs::path& path, File& file) {
+  const std::string text = blocks('a', 'b', 'c');
+  std::string changed = text;
+  changed.front() = 'A';
+  do {
+    ASSERT_EQ(platform_test::replace(path, text), 0);
+    ASSERT_EQ(file.open(wide(path), kvpm::FileOpenWrite), 0);
+    file.expectChange(0, 1);
+    ASSERT_EQ(platform_test::write(file, changed), static_cast<std::int64_t>(changed.size()));
+  } while (readFile(path) != changed);
+}
+
+TEST_F(BlockReplacing, EndsTheContent) {
+  File file;
+  changeInPlace(path_, file);
+  EXPECT_EQ(platform_test::write(file, "more than was said"), -1);
+  EXPECT_EQ(file.close(), EINVAL);
+}
+
+TEST_F(BlockReplacing, IsOnTheDiskOnceItIsSynced) {
+  File file;
+  changeInPlace(path_, file);
+  ASSERT_EQ(file.sync(), 0);
+  const auto record = playerx::readRecord(playerx::openPlainFile(path_).get());
+  ASSERT_TRUE(record);
+  EXPECT_EQ(record->boot, VersionRecord::kOnDisk);
+  EXPECT_EQ(file.close(), 0);
 }
 
 TEST_F(BlockReplacing, OneWhoOpensTheFileMeanwhileWaits) {
