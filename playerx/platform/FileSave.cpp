@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <future>
 #include <utility>
 
 #include "playerx/platform/FileSync.h"
+#include "playerx/platform/QuietThread.h"
 
 namespace playerx {
 namespace {
@@ -78,8 +78,7 @@ IoResult FileSave::write(const char* bytes, std::size_t length) {
 /// Writes content that has nothing in common with the spare's, and hashes it meanwhile.
 IoResult FileSave::writeAll(const char* bytes, std::size_t length) {
   blocks_.reserve(length);
-  // On this thread, afterwards, where no other is to be had.
-  const auto hashed = std::async([this, bytes, length] { blocks_.add(bytes, length); });
+  const auto hashed = runQuietly([this, bytes, length] { blocks_.add(bytes, length); });
   const IoResult result = put(bytes, 0, length);
   hashed.wait();
   return result;

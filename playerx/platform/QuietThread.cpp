@@ -29,4 +29,9 @@ std::thread startQuietThread(std::function<void()> body) {
   return std::thread(std::move(body));
 }
 
+std::future<void> runQuietly(std::function<void()> body) {
+  const SignalsBlocked blocked;
+  return std::async(std::move(body));
+}
+
 }  // namespace playerx

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <future>
 #include <thread>
 
 namespace playerx {
@@ -9,5 +10,8 @@ namespace playerx {
 /// closed connection or past a file size limit only returns an error number. Threads that it starts
 /// inherit this.
 std::thread startQuietThread(std::function<void()> body);
+
+/// Runs `body` on such a thread, or where none is to be had on the one that waits for the future.
+std::future<void> runQuietly(std::function<void()> body);
 
 }  // namespace playerx
