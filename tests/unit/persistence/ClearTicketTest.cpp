@@ -118,6 +118,16 @@ TEST_F(ClearTicket, AFirstLineOfMixedBlanksIsAHeaderThatDoesNotParse) {
   EXPECT_THAT(read(" \t \nTixVeskVersion=2\nstart\nurl=a\nend\n"), ElementsAre(bare(L"a")));
 }
 
+TEST_F(ClearTicket, AHeaderWhoseValueIsMixedBlanksDoesNotParse) {
+  EXPECT_THAT(read("TixVeskVersion=\t \nstart\nurl=a\nend\n"), ElementsAre(bare(L"a")));
+}
+
+TEST_F(ClearTicket, TheProviderIsTheHostAlsoBeyondAscii) {
+  const auto items = read(kHeader + "start\nurl=http://z\xC3\xBCrich.example/x.avi\nend\n");
+  ASSERT_THAT(items, SizeIs(1));
+  EXPECT_EQ(items[0].contentProviderDisplayName, L"z\u00FCrich.example");
+}
+
 TEST_F(ClearTicket, OnlyTheFirstLineIsTheHeader) {
   EXPECT_THAT(read(kHeader + "TixVeskVersion=2\nstart\nurl=a\nend\n"), SizeIs(1));
 }

@@ -5,6 +5,8 @@
 
 #include <climits>
 #include <filesystem>
+#include <memory>
+#include <vector>
 
 #include "persistence/TicketParser.h"
 #include "persistence/TicketParserImpl.h"
@@ -59,6 +61,25 @@ TEST_F(EncryptedTicket, ARecordBecomesAQueuedProtectedItem) {
   expected.contentProviderDisplayName = L"Vesk";
   expected.encrypted = true;
   EXPECT_THAT(process({record(L"Summer")}, ticket()), ElementsAre(expected));
+}
+
+TEST_F(EncryptedTicket, ItemsHaveAllOtherDefaults) {
+  VeskDrmTicketData data = record(L"Summer");
+  const std::vector<VeskDrmTicketData*> records{&data};
+  const std::vector<VeskPlayerX::DownloadItemInterface*> items =
+      TicketParser::processEncryptedTicket(records, ticket().wstring());
+  ASSERT_THAT(items, SizeIs(1));
+  const std::unique_ptr<VeskPlayerX::DownloadItemInterface> item(items.front());
+  EXPECT_EQ(item->getUID(), 0U);
+  EXPECT_EQ(item->getUrl(), L"");
+  EXPECT_EQ(item->getSize(), 0U);
+  EXPECT_EQ(item->getPercentDownloaded(), 0);
+  EXPECT_EQ(item->getTicketId(), 0);
+  EXPECT_FALSE(item->getTicketAlreadyTorn());
+  EXPECT_EQ(item->getSlotNumber(), -1);
+  EXPECT_FALSE(item->getReadyForProgressivePlayback());
+  EXPECT_FALSE(item->getAutoProgressivePlayback());
+  EXPECT_EQ(item->getTimeRemaining(), 0U);
 }
 
 TEST_F(EncryptedTicket, NegativeUsageIdsAndTicketsWithNulAreKept) {
@@ -230,6 +251,15 @@ TEST_F(EncryptedTicket, ABackslashInItsPathCountsAsASeparator) {
   const MoveWatch watch(movies());
   process({record(L"a/b")}, movies() / "a\\b.tix");
   EXPECT_THAT(watch.moved(), IsEmpty());
+}
+
+TEST_F(EncryptedTicket, ABackslashInItsFirstTitleCountsAsASeparator) {
+  fs::create_directory(movies() / "a");
+  support::writeFile(movies() / "a/b.tix", "sealed");
+  const MoveWatch watch(movies() / "a");
+  process({record(L"a\\b")}, movies() / "a/b.tix");
+  EXPECT_THAT(watch.moved(), IsEmpty());
+  EXPECT_FALSE(fs::exists(movies() / "a/b.tix"));
 }
 
 TEST_F(EncryptedTicket, DoubleQuotesAroundThePathAreIgnored) {
