@@ -130,7 +130,9 @@ bool QueueText::update(const Items& items) {
   change_ = {};
   std::optional<bool> isChanged;
   if (!elements_.empty() && !items.empty()) isChanged = updateElements(items);
-  return isChanged ? *isChanged : apply(rewrite(items));
+  if (isChanged) return *isChanged;
+  const bool isEdited = change_.end != 0;  // before it was given up
+  return apply(rewrite(items)) || isEdited;
 }
 
 /// Edits what has changed. Returns nullopt when the texts might not fit a document unless they are

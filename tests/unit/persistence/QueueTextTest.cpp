@@ -142,6 +142,20 @@ TEST_F(QueueTextTest, AFloodIsCutOnlyAsLongAsItLasts) {
   expectAsTheLibraryWrites(both);
 }
 
+TEST_F(QueueTextTest, AChangeBeforeATextThatMightNotFitIsWritten) {
+  DownloadItem big;
+  big.setTicket(std::string(kLongestXmlValue, 'x'));
+  Items items{&one};
+  items.insert(items.end(), 100, &two);
+  items.insert(items.end(), 27, &big);  // with one more they would not fit
+  queue.update(items);
+  one.setTitle(L"new");
+  big.setTicket(std::string(kLongestXmlValue, 'x'));
+  EXPECT_TRUE(queue.update(items));
+  EXPECT_NE(queue.text().find("title=\"new\""), std::string_view::npos);
+  EXPECT_FALSE(queue.update(items));
+}
+
 /// A queue that changes at random, as an application may change one.
 class ChangingQueue {
  public:
