@@ -39,6 +39,7 @@ int File::open(const std::wstring& path, FileOpenMode mode) {
   *impl_ = Impl();
   const auto native = playerx::nativePath(path);
   if (!native) return EINVAL;
+  if (native->empty()) return ENOENT;
   int error = 0;
   if (mode == FileOpenRead) {
     impl_->reading = playerx::openWhole(*native, error);

@@ -57,6 +57,17 @@ TEST(FileWriting, PutsTheContentUnderItsNameAtClose) {
   EXPECT_EQ(filesIn(folder), 1U);
 }
 
+TEST(FileWriting, WithoutANameCreatesNothing) {
+  const TempDir folder;
+  const fs::path before = fs::current_path();
+  fs::current_path(folder.path());
+  File file;
+  EXPECT_EQ(file.open(L"", kvpm::FileOpenWrite), ENOENT);
+  EXPECT_EQ(file.open(L"", kvpm::FileOpenRead), ENOENT);
+  EXPECT_TRUE(fs::is_empty(folder.path()));
+  fs::current_path(before);
+}
+
 TEST(FileWriting, RemembersWhyTheLastContentCouldNotBeWritten) {
   const TempDir folder;
   const fs::path path = folder.write("queue.xml", "old");
