@@ -20,16 +20,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
+Descriptor openToRead(const fs::path& path, int waiting) {
+  Descriptor file;
+  do {
+    file = Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | waiting));
+  } while (!file && errno == EINTR);
+  return file;
+}
+
 // Does not wait for the writer of a pipe, but for one who leases the file for the moment of a
 // change (`FileVersions::replaceBlock`).
 Descriptor openPatiently(const fs::path& path) {
-  int waiting = O_NONBLOCK;
-  while (true) {
-    Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | waiting));
-    const bool isLeased = !file && errno == EWOULDBLOCK && waiting != 0;
-    if (!isLeased && (file || errno != EINTR)) return file;
-    if (isLeased) waiting = 0;  // a pipe cannot be leased
-  }
+  Descriptor file = openToRead(path, O_NONBLOCK);
+  if (!file && errno == EWOULDBLOCK) file = openToRead(path, 0);  // a pipe cannot be leased
+  return file;
 }
 
 Descriptor openAsItIs(const fs::path& path, int& error) {
