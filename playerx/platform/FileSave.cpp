@@ -68,8 +68,8 @@ IoResult FileSave::write(const char* bytes, std::size_t length) {
   const bool isWhole =
       present_ && position_ == 0 && present_->size == static_cast<std::int64_t>(length);
   if (isWhole && replaceBlock(bytes, length)) return {length, 0};
-  const bool isOther = !isWhole && length >= kLong && !version_->blocks.hasSomeOf(bytes, length);
-  const IoResult result = isOther ? writeAll(bytes, length) : writeChanged(bytes, length, isWhole);
+  const bool isAllNew = !isWhole && length >= kLong && !version_->blocks.hasSomeOf(bytes, length);
+  const IoResult result = isAllNew ? writeAll(bytes, length) : writeChanged(bytes, length, isWhole);
   if (result.error != 0) versions_->noteOutcome(result.error);
   position_ += static_cast<std::int64_t>(result.bytes);
   return result;
