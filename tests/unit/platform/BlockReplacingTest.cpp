@@ -1,23 +1,19 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <string>
 #include <thread>
 
 #include "kvpm/File.h"
-#include "playerx/platform/FileIo.h"
-#include "playerx/platform/FileVersions.h"
 #include "playerx/platform/UnsyncedFiles.h"
-#include "playerx/platform/VersionRecord.h"
-#include "tests/support/TempDir.h"
 #include "tests/support/WaitFor.h"
-#include "tests/unit/platform/FileFixture.h"
+#include "tests/unit/platform/VersionsFixture.h"
 
 namespace {
 
@@ -30,7 +26,6 @@ using playerx::BlockHashes;
 using playerx::Descriptor;
 using playerx::VersionRecord;
 using support::readFile;
-using support::TempDir;
 
 /// A block of one letter.
 std::string block(char letter) { return std::string(BlockHashes::kBlock, letter); }
@@ -40,23 +35,10 @@ std::string blocks(char first, char second, char third) {
   return block(first) + block(second) + block(third) + "end";
 }
 
-/// Saves versions of a file, which are synced only on demand.
-class BlockReplacing : public testing::Test {
+class BlockReplacing : public platform_test::VersionsTest {
  protected:
-  void save(const std::string& text) {
-    int error = 0;
-    const auto version = versions_.begin(error);
-    ASSERT_EQ(error, 0);
-    const int file = version->file.descriptor();
-    ASSERT_EQ(playerx::writeFullyAt(file, text.data(), text.size(), 0).error, 0);
-    version->blocks = BlockHashes();
-    version->blocks.add(text.data(), text.size());
-    ASSERT_EQ(versions_.publish(version), 0);
-  }
-
   void saveTwo() {
-    save(blocks('a', 'b', 'c'));
-    ASSERT_EQ(versions_.sync(), 0);
+    saveAndSync(blocks('a', 'b', 'c'));
     save(blocks('a', 'B', 'c'));
   }
 
@@ -64,35 +46,11 @@ class BlockReplacing : public testing::Test {
     return versions_.replaceBlock(index, block(letter).data());
   }
 
-  void tear() const {
-    const auto time = fs::last_write_time(path_);
-    support::writeFile(path_, std::string(fs::file_size(path_), '\0'));
-    fs::last_write_time(path_, time);
+  /// Leaves the file as a writer that is killed before it has changed anything.
+  void beginToReplace() const {
+    changeRecord(path_,
+                 [](VersionRecord& record) { record.modified = VersionRecord::kBeingChanged; });
   }
-
-  static void changeRecord(const fs::path& path, void (*change)(VersionRecord&)) {
-    const Descriptor file = playerx::openPlainFile(path);
-    auto record = playerx::readRecord(file.get());
-    if (!record || record->boot == VersionRecord::kOnDisk) return;
-    change(*record);
-    ASSERT_TRUE(playerx::writeRecord(file.get(), *record));
-  }
-
-  void startMachineAnew() const {
-    const auto change = [](VersionRecord& record) { record.boot += 2; };
-    for (const fs::path& hidden : hiddenBeside(path_)) changeRecord(hidden, change);
-    changeRecord(path_, change);
-  }
-
-  std::string content() const {
-    File file;
-    EXPECT_EQ(file.open(wide(path_), kvpm::FileOpenRead), 0);
-    return read(file, 20'000);
-  }
-
-  TempDir folder_;
-  const fs::path path_ = folder_ / "queue.xml";
-  playerx::FileVersions versions_{path_};
 };
 
 TEST_F(BlockReplacing, ChangesTheFileItself) {
@@ -145,13 +103,8 @@ TEST_F(BlockReplacing, IsRefusedWhereTheVersionIsAboutToReachTheDisk) {
 // Only a new file is sure to reach the disk.
 TEST_F(BlockReplacing, IsRefusedWhereTheVersionCouldNotBeSynced) {
   save(blocks('a', 'b', 'c'));
-  int error = 0;
-  const auto version = versions_.begin(error);
-  const std::string text = blocks('a', 'B', 'c');
-  ASSERT_EQ(playerx::writeFullyAt(version->file.descriptor(), text.data(), text.size(), 0).error,
-            0);
-  version->blocks.add(text.data(), text.size());
-  ASSERT_EQ(versions_.publish(version), 0);
+  const Version version = save(blocks('a', 'B', 'c'));
+  ASSERT_TRUE(version);
   version->hasFailed = true;
   EXPECT_FALSE(replaceBlock(0, 'A'));
 }
@@ -164,15 +117,10 @@ TEST_F(BlockReplacing, IsRefusedInAFileThatWasGivenAway) {
 
 TEST_F(BlockReplacing, ThatFailsLeavesTheHashToTell) {
   saveTwo();
-  ::signal(SIGXFSZ, SIG_IGN);
-  rlimit before{};
-  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-  rlimit tight = before;
-  tight.rlim_cur = BlockHashes::kBlock;
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
-  EXPECT_FALSE(replaceBlock(2, 'C'));
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
-  ::signal(SIGXFSZ, SIG_DFL);
+  {
+    const platform_test::FileSizeLimit limit(BlockHashes::kBlock);
+    EXPECT_FALSE(replaceBlock(2, 'C'));
+  }
   EXPECT_EQ(readFile(path_), blocks('a', 'B', 'c'));
   const auto record = playerx::readRecord(playerx::openPlainFile(path_).get());
   ASSERT_TRUE(record);
@@ -224,16 +172,14 @@ TEST_F(BlockReplacing, IsUndoneByAPowerCutThatTearsTheFile) {
 
 TEST_F(BlockReplacing, OfAKilledWriterIsReadAsItIs) {
   saveTwo();
-  const auto begin = [](VersionRecord& record) { record.modified = VersionRecord::kBeingChanged; };
-  changeRecord(path_, begin);
+  beginToReplace();
   support::writeFile(path_, blocks('A', 'B', 'c'));
   EXPECT_EQ(content(), blocks('A', 'B', 'c'));
 }
 
 TEST_F(BlockReplacing, OfAKilledWriterIsUndoneByAPowerCut) {
   saveTwo();
-  const auto begin = [](VersionRecord& record) { record.modified = VersionRecord::kBeingChanged; };
-  changeRecord(path_, begin);
+  beginToReplace();
   support::writeFile(path_, blocks('A', 'B', 'c'));
   startMachineAnew();
   EXPECT_EQ(content(), blocks('a', 'b', 'c'));
@@ -241,8 +187,7 @@ TEST_F(BlockReplacing, OfAKilledWriterIsUndoneByAPowerCut) {
 
 TEST_F(BlockReplacing, ThatNeverBeganLeavesTheVersionAsGoodAsBefore) {
   saveTwo();
-  const auto begin = [](VersionRecord& record) { record.modified = VersionRecord::kBeingChanged; };
-  changeRecord(path_, begin);
+  beginToReplace();
   startMachineAnew();
   EXPECT_EQ(content(), blocks('a', 'B', 'c'));
 }
@@ -260,10 +205,10 @@ TEST_F(BlockReplacing, ASpareThatIsGivenBackIsTakenAgain) {
   saveTwo();
   save(blocks('a', 'B', 'C'));
   int error = 0;
-  auto spare = versions_.begin(error);
+  const Version spare = versions_.begin(error);
   const int file = spare->file.descriptor();
   const auto hidden = hiddenBeside(path_).size();
-  versions_.giveBack(std::move(spare));
+  versions_.giveBack(spare);
   EXPECT_EQ(hiddenBeside(path_).size(), hidden);
   EXPECT_EQ(versions_.begin(error)->file.descriptor(), file);
 }
@@ -283,9 +228,9 @@ TEST_F(BlockReplacing, ASpareThatIsGivenBackIsItsOwnersAloneAndMayBeOpened) {
 TEST_F(BlockReplacing, ANewFileThatIsGivenBackIsASpare) {
   save(blocks('a', 'b', 'c'));
   int error = 0;
-  auto made = versions_.begin(error);
+  const Version made = versions_.begin(error);
   const int file = made->file.descriptor();
-  versions_.giveBack(std::move(made));
+  versions_.giveBack(made);
   EXPECT_EQ(versions_.begin(error)->file.descriptor(), file);
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <iterator>
@@ -52,5 +54,24 @@ inline std::size_t filesIn(const support::TempDir& folder) {
   const std::filesystem::directory_iterator all(folder.path());
   return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
+
+/// Files of this process cannot grow beyond a size while this lives, as on a full disk.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) {
+    before_ = std::signal(SIGXFSZ, SIG_IGN);
+    ::getrlimit(RLIMIT_FSIZE, &limit_);
+    const rlimit smaller = {bytes, limit_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &smaller);
+  }
+  ~FileSizeLimit() {
+    ::setrlimit(RLIMIT_FSIZE, &limit_);
+    std::signal(SIGXFSZ, before_);
+  }
+
+ private:
+  rlimit limit_{};
+  void (*before_)(int) = nullptr;
+};
 
 }  // namespace platform_test

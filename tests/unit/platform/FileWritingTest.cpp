@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -17,30 +15,12 @@ namespace {
 namespace fs = std::filesystem;
 using kvpm::File;
 using platform_test::filesIn;
+using platform_test::FileSizeLimit;
 using platform_test::read;
 using platform_test::replace;
 using platform_test::write;
 using support::readFile;
 using support::TempDir;
-
-// Files of this process cannot grow beyond a size while this lives, as on a full disk.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) {
-    before_ = std::signal(SIGXFSZ, SIG_IGN);
-    ::getrlimit(RLIMIT_FSIZE, &limit_);
-    const struct rlimit smaller = {bytes, limit_.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &smaller);
-  }
-  ~FileSizeLimit() {
-    ::setrlimit(RLIMIT_FSIZE, &limit_);
-    std::signal(SIGXFSZ, before_);
-  }
-
- private:
-  struct rlimit limit_ {};
-  void (*before_)(int) = nullptr;
-};
 
 TEST(FileWriting, PutsTheContentUnderItsNameAtClose) {
   const TempDir folder;

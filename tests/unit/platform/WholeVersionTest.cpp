@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
@@ -9,12 +7,8 @@
 #include <string>
 
 #include "kvpm/File.h"
-#include "playerx/platform/FileIo.h"
-#include "playerx/platform/FileVersions.h"
 #include "playerx/platform/UnsyncedFiles.h"
-#include "playerx/platform/VersionRecord.h"
-#include "tests/support/TempDir.h"
-#include "tests/unit/platform/FileFixture.h"
+#include "tests/unit/platform/VersionsFixture.h"
 
 namespace {
 
@@ -23,66 +17,14 @@ using kvpm::File;
 using platform_test::hiddenBeside;
 using platform_test::read;
 using platform_test::wide;
-using playerx::VersionRecord;
 using support::readFile;
-using support::TempDir;
 
-// What a power cut leaves is made by hand: contents torn without a change of their time, records of
-// another boot of the machine. Files are synced only on demand.
-class WholeVersion : public testing::Test {
+class WholeVersion : public platform_test::VersionsTest {
  protected:
-  void save(const std::string& text) {
-    int error = 0;
-    const auto version = versions_.begin(error);
-    ASSERT_EQ(error, 0);
-    const int file = version->file.descriptor();
-    ASSERT_EQ(::ftruncate(file, 0), 0);
-    ASSERT_EQ(playerx::writeFullyAt(file, text.data(), text.size(), 0).error, 0);
-    version->blocks = playerx::BlockHashes();
-    version->blocks.add(text.data(), text.size());
-    ASSERT_EQ(versions_.publish(version), 0);
-  }
-
-  void saveAndSync(const std::string& text) {
-    save(text);
-    ASSERT_EQ(versions_.sync(), 0);
-  }
-
   void saveTwo() {
     saveAndSync("on the disk");
     save("not yet there");
   }
-
-  void tear() const {
-    const auto time = fs::last_write_time(path_);
-    support::writeFile(path_, std::string(fs::file_size(path_), '\0'));
-    fs::last_write_time(path_, time);
-  }
-
-  void startMachineAnew() const {
-    for (const fs::path& hidden : hiddenBeside(path_)) startMachineAnew(hidden);
-    startMachineAnew(path_);
-  }
-
-  static void startMachineAnew(const fs::path& path) {
-    const playerx::Descriptor file = playerx::openPlainFile(path);
-    auto record = playerx::readRecord(file.get());
-    if (!record || record->boot == VersionRecord::kOnDisk) return;
-    record->boot += 2;
-    ASSERT_TRUE(playerx::writeRecord(file.get(), *record));
-  }
-
-  int open(File& file) const { return file.open(wide(path_), kvpm::FileOpenRead); }
-
-  std::string content() const {
-    File file;
-    EXPECT_EQ(open(file), 0);
-    return read(file, 1000);
-  }
-
-  TempDir folder_;
-  const fs::path path_ = folder_ / "queue.xml";
-  playerx::FileVersions versions_{path_};
 };
 
 TEST_F(WholeVersion, IsFoundWhereAPowerCutHasTornTheLatest) {
